@@ -1,0 +1,37 @@
+#pragma once
+
+#include <sigc++/connection.h>
+
+#include <utility>
+
+namespace zemblar {
+
+/// A connection that ends with its scope. Move-only.
+class ScopedConnection {
+ public:
+  ScopedConnection() = default;
+  /// Takes what a signal's `connect` gives, implicitly, so that a member can be assigned from it.
+  ScopedConnection(const sigc::connection& connection) : connection_(connection) {}
+  ScopedConnection(ScopedConnection&& other) noexcept
+      : connection_(std::exchange(other.connection_, {})) {}
+  ScopedConnection& operator=(ScopedConnection&& other) noexcept {
+    if (this == &other) return *this;
+    connection_.disconnect();
+    connection_ = std::exchange(other.connection_, {});
+    return *this;
+  }
+  ~ScopedConnection() { connection_.disconnect(); }
+
+  void disconnect() { connection_.disconnect(); }
+  bool connected() const { return connection_.connected(); }
+  void block(bool should_block = true) { connection_.block(should_block); }
+  void unblock() { connection_.unblock(); }
+
+  /// Lets the connection live on without the scope.
+  sigc::connection release() { return std::exchange(connection_, {}); }
+
+ private:
+  sigc::connection connection_;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,101 @@
+#include "runtime/stack_pool.h"
+
+#include <sys/mman.h>
+
+#include <new>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define ZEMBLAR_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ZEMBLAR_ASAN 1
+#endif
+#endif
+
+#ifdef ZEMBLAR_ASAN
+#include <sanitizer/asan_interface.h>
+#include <sanitizer/lsan_interface.h>
+#endif
+
+namespace zemblar::stack_pool {
+namespace {
+
+constexpr std::size_t guard_size = 4096;
+
+/// Spare stacks kept at most, so that the memory of a crowd is given back when it has gone.
+constexpr std::size_t max_spare = 256;
+
+/// Lies at the top of each spare stack, in the page that its next use touches anyway.
+struct Spare {
+  Spare* next;
+};
+
+Spare* spares = nullptr;
+std::size_t spare_count = 0;
+
+Spare* link_of(Stack stack) {
+  return static_cast<Spare*>(static_cast<void*>(static_cast<char*>(stack.top) - sizeof(Spare)));
+}
+
+Stack stack_of(Spare* spare) {
+  char* top = static_cast<char*>(static_cast<void*>(spare)) + sizeof(Spare);
+  return {top - stack_size, top};
+}
+
+Stack map_stack() {
+  void* region = mmap(nullptr, guard_size + stack_size, PROT_READ | PROT_WRITE,
+                      MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_STACK, -1, 0);
+  if (region == MAP_FAILED) return {};
+  if (mprotect(region, guard_size, PROT_NONE) != 0) {
+    munmap(region, guard_size + stack_size);
+    return {};
+  }
+  char* bottom = static_cast<char*>(region) + guard_size;
+  return {bottom, bottom + stack_size};
+}
+
+void unmap_stack(Stack stack) {
+  munmap(static_cast<char*>(stack.bottom) - guard_size, guard_size + stack_size);
+}
+
+/// A stack in use holds the only pointers to much that a suspended body owns.
+void tell_leak_checker_of_use([[maybe_unused]] Stack stack) {
+#ifdef ZEMBLAR_ASAN
+  __lsan_register_root_region(stack.bottom, stack.size());
+#endif
+}
+
+/// Frames that were left without returning leave poison behind.
+void tell_sanitizers_of_end([[maybe_unused]] Stack stack) {
+#ifdef ZEMBLAR_ASAN
+  __lsan_unregister_root_region(stack.bottom, stack.size());
+  __asan_unpoison_memory_region(stack.bottom, stack.size());
+#endif
+}
+
+}  // namespace
+
+Stack take() {
+  Stack stack;
+  if (spares) {
+    stack = stack_of(spares);
+    spares = spares->next;
+    --spare_count;
+  } else {
+    stack = map_stack();
+  }
+  if (stack) tell_leak_checker_of_use(stack);
+  return stack;
+}
+
+void give_back(Stack stack) {
+  tell_sanitizers_of_end(stack);
+  if (spare_count == max_spare) {
+    unmap_stack(stack);
+    return;
+  }
+  spares = new (link_of(stack)) Spare{spares};
+  ++spare_count;
+}
+
+}  // namespace zemblar::stack_pool

@@ -1,0 +1,61 @@
+#include "runtime/timer_queue.h"
+
+#include <glibmm/exceptionhandler.h>
+
+namespace zemblar {
+
+TimerQueue::~TimerQueue() {
+  // What the callbacks hold may cancel other timers when it goes: let these see no queue.
+  const auto dropped = std::exchange(timers_, {});
+  for (const auto& [key, timer] : dropped) timer->queue = nullptr;
+  for (const auto& [key, timer] : dropped) timer->call = nullptr;
+}
+
+void TimerQueue::insert(const std::shared_ptr<Timer>& timer, Clock::time_point due) {
+  timer->key = {due, armed_++};
+  timer->queue = this;
+  timers_.emplace(timer->key, timer);
+}
+
+void TimerQueue::erase(Timer& timer) {
+  timer.queue = nullptr;
+  timers_.erase(timer.key);
+}
+
+std::optional<Clock::time_point> TimerQueue::next_due() const {
+  if (timers_.empty()) return {};
+  return timers_.begin()->first.first;
+}
+
+bool TimerQueue::has_due(Clock::time_point time, std::uint64_t mark) const {
+  if (timers_.empty()) return false;
+  const auto& [due, order] = timers_.begin()->first;
+  return due <= time && order < mark;
+}
+
+namespace {
+
+bool call_guarded(Timer& timer) {
+  // Run from here: the callback may cancel its own timer, which releases what the timer holds.
+  auto call = std::move(timer.call);
+  timer.repeating_call = timer.interval.count() > 0;
+  bool again = false;
+  try {
+    again = call();
+  } catch (...) {
+    Glib::exception_handlers_invoke();
+  }
+  again = again && std::exchange(timer.repeating_call, false);
+  if (again) timer.call = std::move(call);
+  return again;
+}
+
+}  // namespace
+
+void TimerQueue::fire_first() {
+  const auto timer = timers_.begin()->second;
+  erase(*timer);
+  if (call_guarded(*timer)) insert(timer, now() + timer->interval);
+}
+
+}  // namespace zemblar
