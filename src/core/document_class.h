@@ -1,0 +1,53 @@
+#pragma once
+
+#include <string>
+
+namespace YAML {
+class Node;
+}
+
+namespace zemblar {
+
+class Object;
+
+/// The six containers directly under a layout, in the order in which a new document makes them
+/// and in which their children stand in a layout file.
+enum class Section { views, locomotives, points, blocks, devices, scripts };
+inline constexpr int section_count = 6;
+
+/// A class whose objects stand directly under a toplevel.
+///
+/// The file of the class registers it by a static `DocumentClass::Registration`; `Layout` and
+/// `Object::create` need no knowledge of the class itself.
+struct DocumentClass {
+  std::string tag;  ///< in a layout file, with its leading `!`
+  Section section;  ///< where Object::create puts it
+  Object* (*load)(const YAML::Node&) = nullptr;
+  Object* (*make)() = nullptr;  ///< a new one with default values
+
+  struct Registration {
+    explicit Registration(const DocumentClass& document_class);
+  };
+};
+
+/// The registration of a class T with the two usual constructors.
+template <typename T>
+DocumentClass document_class(const char* tag, Section section) {
+  return {tag, section, [](const YAML::Node& node) -> Object* { return new T(node); },
+          []() -> Object* { return new T; }};
+}
+
+/// The class that a tag of a layout file stands for; null for an unknown tag.
+const DocumentClass* find_document_class(const std::string& tag);
+
+/// Lets objects of class T be dropped on a toplevel: a static object in the file of the class.
+struct ToplevelAccepts {
+  ToplevelAccepts(Section section, bool (*is_instance)(const Object*));
+};
+template <typename T>
+ToplevelAccepts toplevel_accepts_class(Section section) {
+  return {section, [](const Object* object) { return dynamic_cast<const T*>(object) != nullptr; }};
+}
+[[nodiscard]] bool toplevel_accepts(Section section, const Object* object);
+
+}  // namespace zemblar

@@ -1,0 +1,66 @@
+#include "core/global_options.h"
+
+#include <glib/gstdio.h>
+#include <glibmm/convert.h>
+#include <glibmm/fileutils.h>
+#include <glibmm/keyfile.h>
+#include <glibmm/miscutils.h>
+
+#include "core/i18n.h"
+#include "core/property.h"
+#include "core/status.h"
+
+namespace zemblar {
+namespace {
+
+constexpr auto group = "zemblar";
+constexpr auto layout_key = "layout";
+
+std::string folder() {
+  return Glib::build_filename(Glib::get_user_config_dir(), "zemblar");
+}
+
+std::string options_file() {
+  return Glib::build_filename(folder(), "options.ini");
+}
+
+}  // namespace
+
+GlobalOptions& GlobalOptions::get() {
+  static auto* options = new GlobalOptions;
+  return *options;
+}
+
+GlobalOptions::GlobalOptions() : Glib::ObjectBase("GlobalOptions") {
+  register_property<std::string>(this, "layout", &GlobalOptions::get_layout,
+                                 &GlobalOptions::set_layout);
+  load();
+}
+
+void GlobalOptions::set_layout(const std::string& path) {
+  if (path == layout_) return;
+  layout_ = path;
+  store();
+  notify_property(*this, "layout");
+}
+
+void GlobalOptions::load() try {
+  Glib::KeyFile file;
+  if (!file.load_from_file(options_file())) return;
+  const auto uri = file.get_string(group, layout_key).raw();
+  if (!uri.empty()) layout_ = Glib::filename_from_uri(uri);
+} catch (const Glib::Error&) {
+  // No options yet, or damaged ones: start without.
+}
+
+void GlobalOptions::store() const try {
+  Glib::KeyFile file;
+  file.set_string(group, layout_key, layout_.empty() ? "" : Glib::filename_to_uri(layout_));
+  g_mkdir_with_parents(folder().c_str(), 0700);
+  Glib::file_set_contents(options_file(), file.to_data());
+} catch (const Glib::Error& error) {
+  set_status(Glib::ustring::compose(_("The name of the layout file could not be remembered: %1"),
+                                    error.what()));
+}
+
+}  // namespace zemblar

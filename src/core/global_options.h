@@ -1,0 +1,33 @@
+#pragma once
+
+#include <glibmm/object.h>
+#include <glibmm/propertyproxy.h>
+
+#include <string>
+
+namespace zemblar {
+
+/// What the program remembers from one run to the next, apart from layouts: the absolute path of
+/// the layout file that was opened or saved last, empty when there is none.
+///
+/// Kept in `zemblar/options.ini` in the user's configuration directory, as a URI, so that a path
+/// that is no UTF-8 survives. A setting is stored at once; where that fails the status line says
+/// so and the run goes on.
+class GlobalOptions : public Glib::Object {
+ public:
+  /// The one instance; made on first use and never destroyed.
+  static GlobalOptions& get();
+
+  [[nodiscard]] const std::string& get_layout() const { return layout_; }
+  void set_layout(const std::string& path);
+  Glib::PropertyProxy<std::string> property_layout() { return {this, "layout"}; }
+
+ private:
+  GlobalOptions();
+  void load();
+  void store() const;
+
+  std::string layout_;
+};
+
+}  // namespace zemblar

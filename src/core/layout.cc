@@ -1,0 +1,164 @@
+#include "core/layout.h"
+
+#include <glibmm/main.h>
+
+#include "core/collections.h"
+#include "core/i18n.h"
+#include "core/property.h"
+#include "core/status.h"
+#include "devices/default_device.h"
+
+namespace zemblar {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto pulse_period = 500ms;
+constexpr int full_support = 2;
+
+Layout* current = nullptr;
+
+void for_each_device(const Object& parent, const std::function<void(Device&)>& visit) {
+  for (auto* child : parent) {
+    if (auto* device = dynamic_cast<Device*>(child)) visit(*device);
+    for_each_device(*child, visit);
+  }
+}
+
+bool switches_power(const Device& device) {
+  return device.supports("DCC/Power") == full_support;
+}
+
+}  // namespace
+
+Layout& Layout::get(Layout* replace) {
+  if (replace) current = replace;
+  if (!current) current = new Layout;
+  return *current;
+}
+
+bool Layout::exists() {
+  return current != nullptr;
+}
+
+sigc::signal<void>& Layout::signal_replaced() {
+  static sigc::signal<void> signal;
+  return signal;
+}
+
+Layout::Dialogs& Layout::dialogs() {
+  static Dialogs hooks;
+  return hooks;
+}
+
+Layout::Layout()
+    : Glib::ObjectBase("Layout"),
+      Object(_("Layout")),
+      default_device_(new DefaultDevice),
+      all_blocks_(new MemberSet("All Blocks", MemberKind::block, signal_object_added_)),
+      all_points_(new MemberSet("All Points", MemberKind::point, signal_object_added_)),
+      all_loks_(new AllLoks) {
+  register_property<bool>(this, "block-control", &Layout::get_block_control,
+                          &Layout::set_block_control);
+  register_property<bool>(this, "track-power", &Layout::get_track_power, &Layout::set_track_power);
+  register_property<bool>(this, "simulating", &Layout::get_simulating, &Layout::set_simulating);
+  pulse_ = Timeout::every(pulse_period, [this] {
+    signal_pulse_.emit();
+    return true;
+  });
+  signal_object_added_.connect(sigc::mem_fun(*this, &Layout::track_device));
+  signal_object_removed_.connect([this](Object* object) {
+    if (dynamic_cast<Device*>(object)) recompute_track_power();
+  });
+}
+
+Layout::~Layout() {
+  for (Object* part : {static_cast<Object*>(all_loks_), static_cast<Object*>(all_points_),
+                       static_cast<Object*>(all_blocks_), static_cast<Object*>(default_device_)}) {
+    part->destroy();
+  }
+  if (current == this) current = nullptr;
+}
+
+void Layout::new_document(bool with_view) {
+  replace_name(_("New Layout"));
+  if (with_view) file_.reset();
+  emptying_ = true;
+  destroy_children();
+  toplevels_.fill(nullptr);
+  emptying_ = false;
+  auto put = [this](Toplevel* toplevel) {
+    toplevels_[static_cast<std::size_t>(toplevel->section())] = toplevel;
+    add(toplevel);
+  };
+  put(new ViewToplevel);
+  put(new LokToplevel);
+  put(new PointToplevel);
+  put(new BlockToplevel);
+  put(new DeviceToplevel);
+  put(new ScriptToplevel);
+  const auto* view = find_document_class("!view");
+  if (with_view && view) get_views().add(view->make());
+}
+
+Toplevel& Layout::get_toplevel(Section section) const {
+  auto* toplevel = toplevels_[static_cast<std::size_t>(section)];
+  assert(toplevel && "The Layout has no document yet");
+  return *toplevel;
+}
+
+void Layout::set_block_control(bool on) {
+  if (on == block_control_) return;
+  block_control_ = on;
+  notify_property(*this, "block-control");
+}
+
+void Layout::set_simulating(bool on) {
+  if (on == simulating_) return;
+  simulating_ = on;
+  notify_property(*this, "simulating");
+}
+
+// Single devices may differ from the whole, so the walk is made whatever the property reads.
+void Layout::set_track_power(bool on) {
+  clear_status();
+  for_each_device(get_devices(), [on](Device& device) {
+    if (switches_power(device)) device.set_track_power(on);
+  });
+}
+
+void Layout::track_device(Object* object) {
+  auto* device = dynamic_cast<Device*>(object);
+  if (!device || !switches_power(*device)) return;
+  device->property_track_power().signal_changed().connect(
+      sigc::mem_fun(*this, &Layout::recompute_track_power));
+  recompute_track_power();
+}
+
+void Layout::recompute_track_power() {
+  bool any = false;
+  bool all = true;
+  if (auto* devices = toplevels_[static_cast<std::size_t>(Section::devices)]) {
+    for_each_device(*devices, [&](Device& device) {
+      if (!switches_power(device) || device.is_deleting()) return;
+      any = true;
+      all = all && device.track_power();
+    });
+  }
+  const bool on = any && all;
+  if (on == track_power_) return;
+  track_power_ = on;
+  notify_property(*this, "track-power");
+}
+
+// Completions that the devices still have queued get one chance to run before they end.
+void Layout::on_deleting() {
+  emptying_ = true;
+  if (auto* devices = toplevels_[static_cast<std::size_t>(Section::devices)]) {
+    for_each_device(*devices, [](Device& device) { device.set_active(false); });
+  }
+  Glib::MainContext::get_default()->iteration(false);
+  pulse_.cancel();
+}
+
+}  // namespace zemblar

@@ -1,0 +1,181 @@
+#pragma once
+
+#include <giomm/file.h>
+#include <sigc++/signal.h>
+
+#include <array>
+#include <functional>
+#include <list>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "core/object.h"
+#include "core/toplevel.h"
+#include "runtime/timer.h"
+
+namespace YAML {
+class Node;
+}
+
+namespace zemblar {
+
+class AllLoks;
+class DefaultDevice;
+class Device;
+class MemberSet;
+class ScriptOverlay;
+
+/// The one document: the root of the object tree, and how it gets to a file and back.
+///
+/// There is always one current layout, `Layout::get()`. Opening a file builds a second one, makes
+/// it current and then ends the first; a failure on the way leaves the first in place, untouched.
+/// New empties the current one in place, so that the toplevels change but not the Layout.
+///
+/// A file is the line "%YAML 1.2", a block mapping with the keys `title` and `objects`, and a
+/// newline. References are numbers that are given out afresh on each save, from 0 in the order in
+/// which objects are first written or referred to; they are resolved when everything has been
+/// read, since they may point forward. Loading blocks the main loop and never suspends.
+///
+/// An ECoS and a locomotive group hand the emitter a tag that it refuses: the file ends there, as
+/// its format has it, and cannot be opened again. A save that met one says so in the status line.
+///
+/// Throws Gio::Error from `save` when the bytes could not be written; the text of the error says
+/// where the old ones are.
+class Layout : public Object {
+ public:
+  Layout();
+  ~Layout() override;
+
+  /// The current layout; made on first use. With an argument, that layout becomes current.
+  static Layout& get(Layout* replace = nullptr);
+  /// Whether there is a current layout already.
+  static bool exists();
+
+  /// Empties the document: six toplevels and, if `with_view`, one view and no file.
+  void new_document(bool with_view);
+  /// Replaces the current layout by what the file holds. On a failure the status line says why,
+  /// everything stays as it was, and the result is false. The remembered path is not touched.
+  static bool open(const std::string& path);
+  /// `open` after a file chooser; a success is remembered for the next start.
+  void open_dialog();
+  /// Writes to `file`, or goes to `save_as` when there is none.
+  void save();
+  /// `save` after a file chooser.
+  void save_as();
+  /// Makes `uri` the document's file, saves, and remembers it for the next start. With
+  /// `complete_extension` a name that does not end in ".zblt" (in any case) gets it appended.
+  void save_to(std::string uri, bool complete_extension);
+  /// The bytes that `save` would write now. Numbers for references are given out afresh.
+  [[nodiscard]] std::string serialize();
+
+  [[nodiscard]] unsigned get_id(const Object* object);
+  /// Records the number of an object that is being read. Throws YAML::InvalidScalar for anything
+  /// but an unsigned decimal number, YAML::RepresentationException for one that is taken.
+  void register_id(Object* object, const YAML::Node& node);
+  /// While a file is read: the object of that number, or null.
+  [[nodiscard]] Object* find_id(unsigned id) const;
+
+  [[nodiscard]] const Glib::RefPtr<Gio::File>& get_file() const { return file_; }
+  /// The file's path; empty when there is no file.
+  [[nodiscard]] std::string get_path() const;
+
+  [[nodiscard]] DefaultDevice& get_default_device() const { return *default_device_; }
+  [[nodiscard]] MemberSet& get_all_blocks() const { return *all_blocks_; }
+  [[nodiscard]] MemberSet& get_all_points() const { return *all_points_; }
+  [[nodiscard]] AllLoks& get_all_loks() const { return *all_loks_; }
+  [[nodiscard]] Toplevel& get_toplevel(Section section) const;
+  [[nodiscard]] Toplevel& get_views() const { return get_toplevel(Section::views); }
+  [[nodiscard]] Toplevel& get_loks() const { return get_toplevel(Section::locomotives); }
+  [[nodiscard]] Toplevel& get_points() const { return get_toplevel(Section::points); }
+  [[nodiscard]] Toplevel& get_blocks() const { return get_toplevel(Section::blocks); }
+  [[nodiscard]] Toplevel& get_devices() const { return get_toplevel(Section::devices); }
+  [[nodiscard]] Toplevel& get_scripts() const { return get_toplevel(Section::scripts); }
+
+  /// Levels of temporary speeds, directions and function states, oldest first; the last one that
+  /// names an object wins. Owned by the script runs that put them there.
+  std::list<ScriptOverlay*> script_overlays;
+
+  [[nodiscard]] bool get_block_control() const { return block_control_; }
+  void set_block_control(bool on);
+  [[nodiscard]] bool get_track_power() const { return track_power_; }
+  /// Switches every device that can switch track power. The property itself follows the devices:
+  /// it is true while each of them reports power.
+  void set_track_power(bool on);
+  [[nodiscard]] bool get_simulating() const { return simulating_; }
+  void set_simulating(bool on);
+  /// True while New or Open empties this document: nothing may start work on it.
+  [[nodiscard]] bool is_emptying() const { return emptying_; }
+
+  [[nodiscard]] bool get_deletable() const override { return false; }
+
+  sigc::signal<void, Object*>& signal_object_added() { return signal_object_added_; }
+  sigc::signal<void, Object*>& signal_object_removed() { return signal_object_removed_; }
+  sigc::signal<void, Object*>& signal_object_renamed() { return signal_object_renamed_; }
+  /// Every 500 ms, for what blinks and ages.
+  sigc::signal<void>& signal_pulse() { return signal_pulse_; }
+
+  /// All slots run; the result is whether all of them returned true.
+  struct AllTrue {
+    using result_type = bool;
+    template <typename Iterator>
+    bool operator()(Iterator first, Iterator last) const {
+      bool all = true;
+      for (; first != last; ++first) {
+        const bool one = *first;
+        all = all && one;
+      }
+      return all;
+    }
+  };
+  using LoadSignal = sigc::signal<bool>::accumulated<AllTrue>;
+  /// First pass after reading: pointers are looked up. The result is ignored.
+  LoadSignal& signal_resolve() { return signal_resolve_; }
+  /// Second pass: work that needs other objects. A slot returns true unless the whole load must
+  /// fail.
+  LoadSignal& signal_post_resolve() { return signal_post_resolve_; }
+
+  /// A successful Open has replaced the current layout; the former one is gone.
+  static sigc::signal<void>& signal_replaced();
+
+  /// The file choosers, set by the interface; without one, the two dialogs do nothing.
+  struct Dialogs {
+    std::function<void(Layout&)> open;
+    std::function<void(Layout&)> save_as;
+  };
+  static Dialogs& dialogs();
+
+ protected:
+  void on_deleting() override;
+
+ private:
+  void load(const std::string& path);
+  void read_document(const YAML::Node& root);
+  void track_device(Object* object);
+  void recompute_track_power();
+
+  bool block_control_ = true;
+  bool track_power_ = false;
+  bool simulating_ = false;
+  bool emptying_ = false;
+  Timeout pulse_;
+  std::unordered_map<const Object*, unsigned> ids_by_object_;
+  std::unordered_map<unsigned, Object*> objects_by_id_;
+  Glib::RefPtr<Gio::File> file_;
+  unsigned next_id_ = 0;
+  const Object* first_unsaved_ = nullptr;  // where the last text ended before its time
+  DefaultDevice* default_device_;  // these four are not in the tree, but owned
+  MemberSet* all_blocks_;
+  MemberSet* all_points_;
+  AllLoks* all_loks_;
+  std::array<Toplevel*, section_count> toplevels_{};
+
+  sigc::signal<void, Object*> signal_object_added_;
+  sigc::signal<void, Object*> signal_object_removed_;
+  sigc::signal<void, Object*> signal_object_renamed_;
+  sigc::signal<void> signal_pulse_;
+  LoadSignal signal_resolve_;
+  LoadSignal signal_post_resolve_;
+};
+
+}  // namespace zemblar

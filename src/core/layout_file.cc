@@ -1,0 +1,187 @@
+#include <glibmm/convert.h>
+#include <yaml-cpp/yaml.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "core/global_options.h"
+#include "core/i18n.h"
+#include "core/layout.h"
+#include "core/safe_write.h"
+#include "core/status.h"
+#include "core/yaml_io.h"
+#include "devices/hw_list.h"
+
+namespace zemblar {
+namespace {
+
+constexpr auto header = "%YAML 1.2\n";
+constexpr std::string_view extension = ".zblt";
+
+/// A file that does not exist, cannot be read or is no file reads as an empty one.
+std::string read_file(const std::string& path) {
+  const auto file = Gio::File::create_for_path(path);
+  if (file->query_file_type() != Gio::FILE_TYPE_REGULAR) return {};
+  std::ifstream stream(path, std::ios::binary);
+  std::ostringstream bytes;
+  bytes << stream.rdbuf();
+  return bytes.str();
+}
+
+/// Objects after `first` in the order of the file.
+unsigned count_from(const Layout& layout, const Object& first) {
+  bool met = false;
+  unsigned count = 0;
+  for (int section = 0; section < section_count; ++section) {
+    for (const auto* object : layout.get_toplevel(static_cast<Section>(section))) {
+      if (met) ++count;
+      met = met || object == &first;
+    }
+  }
+  return count;
+}
+
+Glib::ustring loss_message(const Layout& layout, const Object& object) {
+  const auto followers = count_from(layout, object);
+  const auto* format =
+      followers == 0
+          ? _("Saved, but a layout file cannot hold “%1”: %2 cannot be opened again. Remove it and "
+              "save again.")
+          : _("Saved, but a layout file cannot hold “%1”: it and the %3 objects after it are "
+              "missing from %2, which cannot be opened again. Remove it and save again.");
+  return Glib::ustring::compose(format, object.get_name(), layout.get_file()->get_parse_name(),
+                                followers);
+}
+
+}  // namespace
+
+std::string Layout::get_path() const {
+  return file_ ? file_->get_path() : std::string();
+}
+
+// --- Saving ---
+
+unsigned Layout::get_id(const Object* object) {
+  const auto [entry, is_new] = ids_by_object_.try_emplace(object, next_id_);
+  if (is_new) ++next_id_;
+  return entry->second;
+}
+
+std::string Layout::serialize() {
+  first_unsaved_ = nullptr;
+  ids_by_object_.clear();
+  next_id_ = 0;
+  YAML::Emitter out;
+  out << YAML::BeginMap;
+  out << YAML::Key << "title" << YAML::Value << get_name();
+  out << YAML::Key << "objects" << YAML::Value << YAML::BeginSeq;
+  for (int section = 0; section < section_count; ++section) {
+    for (auto* object : get_toplevel(static_cast<Section>(section))) {
+      out << *object;
+      if (!out.good() && !first_unsaved_) first_unsaved_ = object;
+    }
+  }
+  out << YAML::EndSeq;
+  return header + std::string(out.c_str(), out.size()) + "\n";
+}
+
+void Layout::save() {
+  if (!file_) return save_as();
+  clear_status();
+  // The text is complete before the file is touched.
+  const auto text = serialize();
+  write_safely(file_, text);
+  if (first_unsaved_) set_status(loss_message(*this, *first_unsaved_));
+}
+
+void Layout::save_as() {
+  if (dialogs().save_as) dialogs().save_as(*this);
+}
+
+void Layout::save_to(std::string uri, bool complete_extension) {
+  if (complete_extension) {
+    auto end = uri.substr(uri.size() - std::min(uri.size(), extension.size()));
+    for (auto& c : end) c = g_ascii_tolower(c);
+    if (end != extension) uri += extension;
+  }
+  file_ = Gio::File::create_for_uri(uri);
+  save();
+  GlobalOptions::get().set_layout(get_path());
+}
+
+// --- Opening ---
+
+void Layout::open_dialog() {
+  if (dialogs().open) dialogs().open(*this);
+}
+
+bool Layout::open(const std::string& path) {
+  clear_status();
+  auto* previous = &get();
+  auto* opened = new Layout;
+  Glib::ustring problem;
+  try {
+    get(opened);
+    opened->file_ = Gio::File::create_for_path(path);
+    opened->load(path);
+  } catch (const std::exception& error) {
+    problem = error.what();
+  } catch (const Glib::Error& error) {
+    problem = error.what();
+  }
+  if (!problem.empty()) {
+    get(previous);
+    opened->signal_resolve_.clear();
+    opened->signal_post_resolve_.clear();
+    opened->destroy();
+    set_status(Glib::ustring::compose(_("Couldn't open %1: %2"), Glib::filename_display_name(path),
+                                      problem));
+    return false;
+  }
+  previous->destroy();
+  HWList::get().refresh();
+  signal_replaced().emit();
+  return true;
+}
+
+void Layout::load(const std::string& path) {
+  new_document(false);
+  objects_by_id_.clear();
+  const auto root = YAML::Load(read_file(path));
+  if (root.Mark().is_null()) throw std::runtime_error("Empty File");
+  read_document(root);
+  signal_resolve_.emit();
+  signal_resolve_.clear();
+  const bool consistent = signal_post_resolve_.emit();
+  signal_post_resolve_.clear();
+  objects_by_id_.clear();
+  if (!consistent) throw std::runtime_error("Post Resolve Failure");
+}
+
+void Layout::read_document(const YAML::Node& root) {
+  if (!root.IsMap()) return;
+  if (const auto title = root["title"]) {
+    Glib::ustring name;
+    title >> name;
+    set_name(name);
+  }
+  const auto objects = root["objects"];
+  if (!objects || objects.IsNull()) return;
+  if (!objects.IsSequence()) throw YAML::InvalidNode("objects");
+  for (const auto& entry : objects) Object::create(entry);
+}
+
+void Layout::register_id(Object* object, const YAML::Node& node) {
+  unsigned id = 0;
+  node >> id;
+  if (!objects_by_id_.emplace(id, object).second) {
+    throw YAML::RepresentationException(node.Mark(), "Duplicate Object IDs found");
+  }
+}
+
+Object* Layout::find_id(unsigned id) const {
+  const auto found = objects_by_id_.find(id);
+  return found == objects_by_id_.end() ? nullptr : found->second;
+}
+
+}  // namespace zemblar

@@ -1,0 +1,82 @@
+#include "core/yaml_io.h"
+
+#include <charconv>
+#include <cmath>
+
+#include "core/layout.h"
+#include "core/object.h"
+
+namespace zemblar {
+namespace {
+
+template <typename Number>
+Number whole_scalar(const YAML::Node& node) {
+  const auto& text = scalar_of(node);
+  Number value{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) {
+    throw YAML::InvalidScalar(node.Mark());
+  }
+  return value;
+}
+
+}  // namespace
+
+YAML::Emitter& operator<<(YAML::Emitter& out, const Object& object) {
+  object.save(out);
+  return out;
+}
+
+YAML::Emitter& operator<<(YAML::Emitter& out, const Object* object) {
+  if (!object) return out << YAML::Null;
+  return out << Layout::get().get_id(object);
+}
+
+YAML::Emitter& operator<<(YAML::Emitter& out, const Glib::ustring& text) {
+  return out << text.raw();
+}
+
+const std::string& scalar_of(const YAML::Node& node) {
+  if (!node.IsScalar()) throw YAML::InvalidScalar(node.Mark());
+  return node.Scalar();
+}
+
+void operator>>(const YAML::Node& node, Glib::ustring& text) {
+  Glib::ustring read = scalar_of(node);
+  text = read.validate() ? read : read.make_valid();
+}
+
+void operator>>(const YAML::Node& node, std::string& text) {
+  text = scalar_of(node);
+}
+
+void operator>>(const YAML::Node& node, bool& value) {
+  scalar_of(node);
+  try {
+    value = node.as<bool>();
+  } catch (const YAML::RepresentationException&) {
+    throw YAML::InvalidScalar(node.Mark());
+  }
+}
+
+void operator>>(const YAML::Node& node, int& value) {
+  value = whole_scalar<int>(node);
+}
+
+void operator>>(const YAML::Node& node, unsigned& value) {
+  value = whole_scalar<unsigned>(node);
+}
+
+void operator>>(const YAML::Node& node, double& value) {
+  const auto read = whole_scalar<double>(node);
+  if (!std::isfinite(read)) throw YAML::InvalidScalar(node.Mark());
+  value = read;
+}
+
+void resolve_later(unsigned id, std::function<bool(Object*)> assign) {
+  auto& layout = Layout::get();
+  layout.signal_resolve().connect(
+      [&layout, id, assign = std::move(assign)] { return assign(layout.find_id(id)); });
+}
+
+}  // namespace zemblar

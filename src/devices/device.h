@@ -1,0 +1,149 @@
+#pragma once
+
+#include <map>
+#include <string_view>
+#include <vector>
+
+#include "core/address.h"
+#include "core/object.h"
+#include "devices/driven_decoder.h"
+#include "runtime/busy_lock.h"
+
+namespace zemblar {
+
+class Lok;
+
+/// A piece of hardware, or a channel to it: a command station, a bus, a reader, one of its inputs.
+///
+/// Drivers override the operations from `start` to `set_aspect`; each of them runs on a fiber and
+/// may suspend. The rest of the program calls the `run_` operations, which do nothing while the
+/// device is not active and otherwise start the operation on a fiber of its own.
+///
+/// `active` means that the device can be talked to. It is set before `start` runs, so that a driver
+/// can use its own operations there, but announced only when `start` has succeeded. Conversations
+/// are kept apart by BusyLock; `start` takes one too. A driver reports trouble by
+/// `set_active(false)` and arranges its own return in `stop`.
+///
+/// One decoder update is in flight at a time (see DecoderTask): requests that arrive meanwhile join
+/// `pending` and are told when it ends, so that the next one sends the newest value.
+class Device : public Object, public Busy {
+ public:
+  ~Device() override;
+
+  [[nodiscard]] bool active() const override { return active_; }
+  [[nodiscard]] bool get_active() const { return active_; }
+  /// Starts activation or deactivation on a fiber. Throws DeviceInactiveException when a `start`
+  /// that is still running is told to give up: it falls out of `start` this way.
+  void set_active(bool on);
+
+  [[nodiscard]] bool track_power() const { return track_power_; }
+  /// Does nothing on an inactive device or when the power is as wanted; otherwise asks the
+  /// hardware. The property changes when the hardware has confirmed.
+  void set_track_power(bool on);
+  /// For drivers: the hardware has confirmed or reported its power. Announced each time.
+  void track_power_is_on();
+  void track_power_is_off();
+
+  void run_power(bool on);
+  void run_update_speed(DrivenDecoder* decoder);
+  void run_update_direction(DrivenDecoder* decoder);
+  void run_update_function(DrivenDecoder* decoder, unsigned fn);
+  void run_set_point(unsigned address, unsigned output, bool on);
+  void run_set_aspect(unsigned address, unsigned aspect);
+
+  /// 0 no, 1 partly, 2 yes. Features are "DCC", "DCC/Power", "DCC/...", "Occupancy", "RailCom".
+  [[nodiscard]] virtual int supports(std::string_view feature) const;
+  [[nodiscard]] virtual bool occupied() const { return false; }
+  /// The side from which RailCom comes: 0 unknown, 1 or 2.
+  [[nodiscard]] virtual unsigned orientation() const { return 0; }
+  /// The locomotives that are now detected on this input.
+  [[nodiscard]] virtual std::vector<Lok*> detected() const { return {}; }
+
+  /// Which locomotive owns an address on this device; the first one keeps it.
+  bool add_lok(Address address, Lok* lok);
+  /// Only when the address still is that locomotive's.
+  void remove_lok(Address address, Lok* lok);
+  [[nodiscard]] Lok* find_lok(Address address) const;
+
+  /// For drivers: true when no update was in flight. In either case the decoder will be told.
+  bool join_pending(DrivenDecoder* decoder);
+  /// For drivers: ends the update in flight. Tells those who joined it, in order of arrival, that
+  /// they got nothing, then `decoder` what it got.
+  void finish_update(DrivenDecoder* decoder, const DecoderUpdate& delivered);
+
+  Glib::PropertyProxy<bool> property_active() { return {this, "active"}; }
+  Glib::PropertyProxy<bool> property_track_power() { return {this, "track-power"}; }
+
+  /// Inputs only: occupancy may have changed.
+  sigc::signal<void>& signal_changed() { return signal_changed_; }
+  /// Inputs only: the raw state changed.
+  sigc::signal<void>& signal_state_changed() { return signal_state_changed_; }
+  /// Inputs only: a locomotive was detected, or is no longer.
+  sigc::signal<void, Lok*>& signal_arrived() { return signal_arrived_; }
+  sigc::signal<void, Lok*>& signal_left() { return signal_left_; }
+
+  /// Some device has come into service: decoders that are out of date try again.
+  static sigc::signal<void, Device&>& signal_in_service();
+
+ protected:
+  explicit Device(const Glib::ustring& name_format);
+
+  /// Brings the hardware into service; true when it is ready.
+  virtual bool start() { return true; }
+  /// Leaves service; called after `active` went false.
+  virtual void stop() {}
+  virtual void power_on() {}
+  virtual void power_off() {}
+  virtual void update_speed(DrivenDecoder* /*decoder*/) {}
+  virtual void update_direction(DrivenDecoder* /*decoder*/) {}
+  virtual void update_function(DrivenDecoder* /*decoder*/, unsigned /*fn*/) {}
+  virtual void set_point(unsigned /*address*/, unsigned /*output*/, bool /*on*/) {}
+  virtual void set_aspect(unsigned /*address*/, unsigned /*aspect*/) {}
+
+ private:
+  using Pending = std::vector<Glib::RefPtr<DrivenDecoder>>;
+  friend class DecoderTask;
+
+  void activate();
+  void deactivate();
+  /// Tells those of `decoders` who still wait that they got nothing.
+  void release(const Pending& decoders);
+
+  Pending pending_;  // in order of arrival, so that none starves
+  std::map<Address, Lok*> loks_;
+  bool track_power_ = false;
+  bool activating_ = false;
+  bool active_ = false;
+  sigc::signal<void> signal_changed_;
+  sigc::signal<void> signal_state_changed_;
+  sigc::signal<void, Lok*> signal_arrived_;
+  sigc::signal<void, Lok*> signal_left_;
+};
+
+/// One decoder update in a driver.
+///
+///     DecoderTask task(this, decoder);
+///     if (!task.leads()) return;      // the one in flight reads the newest value
+///     ...                             // the conversation
+///     task.finish({.mask = DecoderUpdate::speed_bit, .speed = speed});
+///
+/// However the scope is left without `finish`, by an exception too, everyone who waits is told
+/// once that nothing was delivered. A device that was destroyed meanwhile is left alone.
+class DecoderTask {
+ public:
+  DecoderTask(Device* device, DrivenDecoder* decoder);
+  ~DecoderTask();
+  DecoderTask(const DecoderTask&) = delete;
+  DecoderTask& operator=(const DecoderTask&) = delete;
+
+  [[nodiscard]] bool leads() const { return leads_; }
+  void finish(const DecoderUpdate& delivered);
+
+ private:
+  Device* device_;
+  Glib::RefPtr<DrivenDecoder> decoder_;
+  std::shared_ptr<const bool> alive_;
+  bool leads_;
+};
+
+}  // namespace zemblar

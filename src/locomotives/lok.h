@@ -1,0 +1,133 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "core/direction.h"
+#include "core/object.h"
+#include "locomotives/decoder.h"
+
+namespace zemblar {
+
+class BlockLink;
+class Function;
+
+/// One locomotive: its decoders, its functions (children in the tree), and its place on the track.
+///
+/// Three things decide what the decoders receive: the user's speed, the script overlays, and the
+/// `brake` that block control sets. In an emergency stop they get DecoderUpdate::emergency_stop,
+/// under the brake 0, otherwise the last overlay's speed or the user's.
+///
+/// Under the brake a new speed is recorded but neither computed nor sent; releasing the brake sends
+/// the speed that was in force before it, and the next change catches up. A brake that falls into
+/// an emergency stop replaces it by 0 at the decoders.
+///
+/// `apply_direction_overlay` leaves the direction in force as it was recorded, so that the next
+/// call compares against the older value: a direction that a script has set stays when the script
+/// ends, and each further call under a reversing overlay turns the train's place round again.
+///
+/// Speed, direction, place and attributes are not in a layout file.
+class Lok : public Object {
+ public:
+  Lok();
+  explicit Lok(const YAML::Node& node);
+  ~Lok() override;
+  void save(YAML::Emitter& out) const override;
+
+  /// 0 to 126; asserts "speed <= 126". Lifts an emergency stop, also with 0.
+  void set_speed(unsigned speed);
+  /// 0 during an emergency stop.
+  [[nodiscard]] unsigned get_speed() const;
+  void set_emergency_stop(bool on);
+  [[nodiscard]] bool get_emergency_stop() const;
+  void set_direction(Direction direction);
+  [[nodiscard]] Direction get_direction() const { return direction_; }
+  void set_brake(bool brake);
+  [[nodiscard]] bool get_brake() const { return brake_; }
+  void apply_speed_overlay();
+  void apply_direction_overlay();
+  /// In force after overlays; 0 during an emergency stop.
+  [[nodiscard]] unsigned get_speed_overlay() const;
+  [[nodiscard]] Direction get_direction_overlay() const { return direction_overlay_; }
+
+  /// The model's top speed in km/h; for display.
+  [[nodiscard]] int get_top_speed() const { return top_speed_; }
+  void set_top_speed(int top_speed);
+  /// As the track reports it, 0 to 126; -1 while unknown.
+  [[nodiscard]] int get_actual_speed() const { return actual_speed_; }
+  /// From a raw report of 0 to 255.
+  void set_actual_speed(unsigned char raw);
+
+  using Decoders = std::vector<Glib::RefPtr<Decoder>>;
+  [[nodiscard]] const Decoders& get_decoders() const { return decoders_; }
+  Decoder& add_decoder();
+  /// The last one stays. Functions of the decoders behind it follow.
+  void remove_decoder(unsigned index);
+  [[nodiscard]] bool has_address(Address address) const;
+  sigc::signal<void>& signal_decoders_changed() { return signal_decoders_changed_; }
+
+  using Attributes = std::map<std::string, std::string>;
+  [[nodiscard]] const Attributes& get_attributes() const { return attributes_; }
+  void set_attribute(const Glib::ustring& key, const Glib::ustring& value);
+  void remove_attribute(const Glib::ustring& key);
+  /// The key that was set or removed.
+  sigc::signal<void, const Glib::ustring&>& signal_attribute_changed() {
+    return signal_attribute_changed_;
+  }
+
+  [[nodiscard]] bool can_contain(Object* child) const override;
+
+  /// Place on the track: the outward links of the leading and the trailing block; both null (not
+  /// known) or both set.
+  BlockLink* front = nullptr;
+  BlockLink* back = nullptr;
+  bool orientation_known = false;
+  /// Follows `front` and `back` after they have changed. Defined in track/.
+  void reconnect();
+
+  Glib::PropertyProxy<int> property_top_speed() { return {this, "top-speed"}; }
+  Glib::PropertyProxy<unsigned> property_speed() { return {this, "speed"}; }
+  Glib::PropertyProxy<bool> property_emergency_stop() { return {this, "emergency-stop"}; }
+  Glib::PropertyProxy<Direction> property_direction() { return {this, "direction"}; }
+  Glib::PropertyProxy<bool> property_brake() { return {this, "brake"}; }
+  Glib::PropertyProxy_ReadOnly<int> property_actual_speed() { return {this, "actual-speed"}; }
+  Glib::PropertyProxy_ReadOnly<unsigned> property_speed_overlay() {
+    return {this, "speed-overlay"};
+  }
+  Glib::PropertyProxy_ReadOnly<Direction> property_direction_overlay() {
+    return {this, "direction-overlay"};
+  }
+  // PropertyProxy notifications cost a look-up by name: hot paths use these.
+  sigc::signal<void>& signal_speed_changed() { return signal_speed_changed_; }
+  sigc::signal<void>& signal_emergency_stop_changed() { return signal_emergency_stop_changed_; }
+  sigc::signal<void>& signal_direction_changed() { return signal_direction_changed_; }
+  sigc::signal<void>& signal_direction_overlay_changed() {
+    return signal_direction_overlay_changed_;
+  }
+  sigc::signal<void>& signal_brake_changed() { return signal_brake_changed_; }
+  sigc::signal<void>& signal_actual_speed_changed() { return signal_actual_speed_changed_; }
+  sigc::signal<void>& signal_top_speed_changed() { return signal_top_speed_changed_; }
+
+ private:
+  Attributes attributes_;
+  Decoders decoders_;
+  Direction direction_overlay_ = Direction::Forwards;
+  unsigned speed_overlay_ = 0;  // DecoderUpdate::emergency_stop during an emergency stop
+  int top_speed_ = 100;
+  Direction direction_ = Direction::Forwards;
+  int actual_speed_ = -1;
+  bool brake_ = false;
+  unsigned speed_ = 0;  // DecoderUpdate::emergency_stop during an emergency stop
+  sigc::signal<void> signal_speed_changed_;
+  sigc::signal<void> signal_emergency_stop_changed_;
+  sigc::signal<void> signal_direction_changed_;
+  sigc::signal<void> signal_direction_overlay_changed_;
+  sigc::signal<void> signal_brake_changed_;
+  sigc::signal<void> signal_actual_speed_changed_;
+  sigc::signal<void> signal_top_speed_changed_;
+  sigc::signal<void> signal_decoders_changed_;
+  sigc::signal<void, const Glib::ustring&> signal_attribute_changed_;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "core/object.h"
+
+namespace zemblar {
+
+/// A folder in the tree of locomotives: holds locomotives and further groups.
+///
+/// Its tag carries a `!` of its own, which the emitter refuses: a layout file ends at the first
+/// group (see Layout).
+class LokGroup : public Object {
+ public:
+  LokGroup();
+  /// Reads the entries of `objects` by their tags "!lok" and "!lok-group"; any other throws
+  /// YAML::InvalidScalar, as does a nesting deeper than any person would make.
+  explicit LokGroup(const YAML::Node& node);
+  void save(YAML::Emitter& out) const override;
+
+  /// Locomotives and groups, but neither itself nor a group that it stands in.
+  [[nodiscard]] bool can_contain(Object* child) const override;
+
+ private:
+  LokGroup(const YAML::Node& node, unsigned depth);
+};
+
+}  // namespace zemblar
