@@ -26,10 +26,12 @@ Address::Address(Kind kind, unsigned addr) {
       return;
     case Kind::accessory:
       assert((addr > 0) && (addr <= 512));
-      return set(ACCESSORY, addr);
+      set(ACCESSORY, addr);
+      return;
     case Kind::output:
       assert((addr > 0) && (addr <= 2048));
-      return set(OUTPUT, addr);
+      set(OUTPUT, addr);
+      return;
   }
   assert(false);
 }

@@ -2,6 +2,8 @@
 
 #include <glibmm/main.h>
 
+#include <cassert>
+
 #include "core/collections.h"
 #include "core/i18n.h"
 #include "core/property.h"

@@ -164,7 +164,7 @@ class Layout : public Object {
   Glib::RefPtr<Gio::File> file_;
   unsigned next_id_ = 0;
   const Object* first_unsaved_ = nullptr;  // where the last text ended before its time
-  DefaultDevice* default_device_;  // these four are not in the tree, but owned
+  DefaultDevice* default_device_;          // these four are not in the tree, but owned
   MemberSet* all_blocks_;
   MemberSet* all_points_;
   AllLoks* all_loks_;

@@ -1,5 +1,7 @@
 #include "core/property.h"
 
+#include <glibmm/property.h>
+
 #include <cassert>
 #include <unordered_map>
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <functional>
 #include <glibmm/object.h>
 #include <glibmm/propertyproxy.h>
 #include <glibmm/ustring.h>
 #include <glibmm/value.h>
+#include <functional>
 #include <memory>
 #include <string_view>
 #include <type_traits>
@@ -61,8 +61,7 @@ void register_property(C* object, const char* name, Getter getter, Setter setter
   };
   if constexpr (!std::is_null_pointer_v<Setter>) {
     spec.set = [setter](Glib::ObjectBase* base, const Glib::ValueBase& value) {
-      std::invoke(setter, dynamic_cast<C&>(*base),
-                  static_cast<const Glib::Value<T>&>(value).get());
+      std::invoke(setter, dynamic_cast<C&>(*base), static_cast<const Glib::Value<T>&>(value).get());
     };
   }
   table.install(*object, std::move(spec), [name](GParamFlags flags) {

@@ -43,7 +43,7 @@ void resolve_later(unsigned id, std::function<bool(Object*)> assign);
 /// place until then: it is a member of an object under construction, and a load that fails drops
 /// the look-up instead of running it.
 template <typename T>
-  requires std::is_class_v<T>
+requires std::is_class_v<T>
 void operator>>(const YAML::Node& node, T*& target) {
   target = nullptr;
   if (node.IsNull()) return;

@@ -44,6 +44,9 @@ class Busy {
   /// not active, now or after a wait. Needs no fiber when the device is active and free.
   void wait_free();
 
+  /// False once the device is being destroyed; for those who may outlive it.
+  std::shared_ptr<const bool> liveness() const { return alive_; }
+
  protected:
   /// Resumes everybody who waits, front first, and leaves the mark alone: a conversation that was
   /// cut off still holds it. To be called when the device has gone out of service.
