@@ -34,7 +34,11 @@ class AsyncResult : public Gio::AsyncResult, public Glib::Object {
   AsyncResult(Glib::RefPtr<Glib::Object> source, T value)
       : Glib::ObjectBase("AsyncResult"), source_(std::move(source)), value_(std::move(value)) {}
 
-  Glib::RefPtr<Glib::ObjectBase> get_source_object_vfunc() override { return source_; }
+  /// Callers own what they get, but giomm passes the pointer on without a reference for them.
+  Glib::RefPtr<Glib::ObjectBase> get_source_object_vfunc() override {
+    if (source_) source_->reference();
+    return source_;
+  }
 
  private:
   Glib::RefPtr<Glib::Object> source_;

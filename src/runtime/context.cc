@@ -5,16 +5,10 @@
 #include <boost/context/detail/fcontext.hpp>
 #include <cstdlib>
 
+#include "runtime/sanitizer.h"
+
 #if defined(__SSE__)
 #include <immintrin.h>
-#endif
-
-#if defined(__SANITIZE_ADDRESS__)
-#define ZEMBLAR_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define ZEMBLAR_ASAN 1
-#endif
 #endif
 
 #ifdef ZEMBLAR_ASAN

@@ -2,6 +2,7 @@
 
 #include <sigc++/connection.h>
 
+#include <concepts>
 #include <utility>
 
 namespace zemblar {
@@ -10,8 +11,9 @@ namespace zemblar {
 class ScopedConnection {
  public:
   ScopedConnection() = default;
-  /// Takes what a signal's `connect` gives, implicitly, so that a member can be assigned from it.
-  ScopedConnection(const sigc::connection& connection) : connection_(connection) {}
+  /// Takes what a signal's `connect` gives: a connection, or an iterator that stands for one.
+  template <std::convertible_to<sigc::connection> Connected>
+  ScopedConnection(const Connected& connected) : connection_(connected) {}
   ScopedConnection(ScopedConnection&& other) noexcept
       : connection_(std::exchange(other.connection_, {})) {}
   ScopedConnection& operator=(ScopedConnection&& other) noexcept {

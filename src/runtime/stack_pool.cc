@@ -4,13 +4,7 @@
 
 #include <new>
 
-#if defined(__SANITIZE_ADDRESS__)
-#define ZEMBLAR_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define ZEMBLAR_ASAN 1
-#endif
-#endif
+#include "runtime/sanitizer.h"
 
 #ifdef ZEMBLAR_ASAN
 #include <sanitizer/asan_interface.h>

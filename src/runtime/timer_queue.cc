@@ -45,7 +45,8 @@ bool call_guarded(Timer& timer) {
   } catch (...) {
     Glib::exception_handlers_invoke();
   }
-  again = again && std::exchange(timer.repeating_call, false);
+  const bool goes_on = std::exchange(timer.repeating_call, false);
+  again = again && goes_on;
   if (again) timer.call = std::move(call);
   return again;
 }

@@ -1,0 +1,11 @@
+#pragma once
+
+// Defines ZEMBLAR_ASAN where AddressSanitizer, and with it LeakSanitizer, watches the program.
+
+#if defined(__SANITIZE_ADDRESS__)
+#define ZEMBLAR_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ZEMBLAR_ASAN 1
+#endif
+#endif
