@@ -157,7 +157,7 @@ void Layout::recompute_track_power() {
 void Layout::on_deleting() {
   emptying_ = true;
   if (auto* devices = toplevels_[static_cast<std::size_t>(Section::devices)]) {
-    for_each_device(*devices, [](Device& device) { device.set_active(false); });
+    for_each_device(*devices, [](Device& device) { device.go_out_of_service(); });
   }
   Glib::MainContext::get_default()->iteration(false);
   pulse_.cancel();

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <functional>
+#include <map>
 #include <set>
+#include <utility>
 
 #include "devices/device.h"
+#include "runtime/scoped_connection.h"
 
 namespace zemblar {
 
@@ -36,7 +40,22 @@ class DefaultDevice : public Device {
   void set_aspect(unsigned address, unsigned aspect) override;
 
  private:
+  using Operation = std::function<void(Device&, DrivenDecoder*)>;
+  /// The decoder and the bit of what is sent to it.
+  using Item = std::pair<const DrivenDecoder*, std::uint32_t>;
+  struct FanOut {
+    std::uint32_t value;   // of the item, when it went out
+    std::uint64_t serial;  // tells a fan-out from a newer one of the same item
+  };
+
+  void for_each_in_service(const std::function<void(Device&)>& visit);
+  void fan_out(DrivenDecoder* decoder, std::uint32_t bit, std::uint32_t value,
+               const Operation& operation);
+
   std::set<Device*> devices_;
+  std::map<Item, FanOut> newest_;  // of those not yet answered
+  std::uint64_t fan_outs_ = 0;
+  std::map<Device*, ScopedConnection> deleted_;
 };
 
 }  // namespace zemblar

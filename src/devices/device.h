@@ -21,8 +21,8 @@ class Lok;
 ///
 /// `active` means that the device can be talked to. It is set before `start` runs, so that a driver
 /// can use its own operations there, but announced only when `start` has succeeded. Conversations
-/// are kept apart by BusyLock; `start` takes one too. A driver reports trouble by
-/// `set_active(false)` and arranges its own return in `stop`.
+/// are kept apart by BusyLock; `start` runs under one already and takes none. A driver reports
+/// trouble by `set_active(false)` and arranges its own return in `stop`.
 ///
 /// One decoder update is in flight at a time (see DecoderTask): requests that arrive meanwhile join
 /// `pending` and are told when it ends, so that the next one sends the newest value.
@@ -35,6 +35,8 @@ class Device : public Object, public Busy {
   /// Starts activation or deactivation on a fiber. Throws DeviceInactiveException when a `start`
   /// that is still running is told to give up: it falls out of `start` this way.
   void set_active(bool on);
+  /// `set_active(false)`, but a `start` that is still running goes on.
+  void go_out_of_service();
 
   [[nodiscard]] bool track_power() const { return track_power_; }
   /// Does nothing on an inactive device or when the power is as wanted; otherwise asks the
@@ -88,7 +90,14 @@ class Device : public Object, public Busy {
  protected:
   explicit Device(const Glib::ustring& name_format);
 
-  /// Brings the hardware into service; true when it is ready.
+  /// Out of service at once and for good; a driver that overrides this calls it and then cuts off
+  /// its own waits, so that no fiber is left that counts on the device.
+  void on_deleting() override;
+
+  /// For a device that needs no `start`: in service from now on, and nobody is told.
+  void enter_service();
+
+  /// Brings the hardware into service, inside a BusyLock; true when it is ready.
   virtual bool start() { return true; }
   /// Leaves service; called after `active` went false.
   virtual void stop() {}
@@ -102,14 +111,21 @@ class Device : public Object, public Busy {
 
  private:
   using Pending = std::vector<Glib::RefPtr<DrivenDecoder>>;
+  /// Grows each time that those who wait are answered, so that nobody answers twice.
+  using Round = std::uint64_t;
   friend class DecoderTask;
 
   void activate();
+  bool run_start();
+  bool try_start();
   void deactivate();
-  /// Tells those of `decoders` who still wait that they got nothing.
-  void release(const Pending& decoders);
+  void leave_service_for_good();
+  Pending take_pending();
+  /// Tells those who wait that they got nothing, unless that round has been answered already.
+  void release(Round round);
 
   Pending pending_;  // in order of arrival, so that none starves
+  Round round_ = 0;
   std::map<Address, Lok*> loks_;
   bool track_power_ = false;
   bool activating_ = false;
@@ -144,6 +160,7 @@ class DecoderTask {
   Glib::RefPtr<DrivenDecoder> decoder_;
   std::shared_ptr<const bool> alive_;
   bool leads_;
+  Device::Round round_;
 };
 
 }  // namespace zemblar
