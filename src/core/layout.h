@@ -154,6 +154,14 @@ class Layout : public Object {
   void track_device(Object* object);
   void recompute_track_power();
 
+  // The parts below connect to these in their constructors.
+  sigc::signal<void, Object*> signal_object_added_;
+  sigc::signal<void, Object*> signal_object_removed_;
+  sigc::signal<void, Object*> signal_object_renamed_;
+  sigc::signal<void> signal_pulse_;
+  LoadSignal signal_resolve_;
+  LoadSignal signal_post_resolve_;
+
   bool block_control_ = true;
   bool track_power_ = false;
   bool simulating_ = false;
@@ -169,13 +177,6 @@ class Layout : public Object {
   MemberSet* all_points_;
   AllLoks* all_loks_;
   std::array<Toplevel*, section_count> toplevels_{};
-
-  sigc::signal<void, Object*> signal_object_added_;
-  sigc::signal<void, Object*> signal_object_removed_;
-  sigc::signal<void, Object*> signal_object_renamed_;
-  sigc::signal<void> signal_pulse_;
-  LoadSignal signal_resolve_;
-  LoadSignal signal_post_resolve_;
 };
 
 }  // namespace zemblar

@@ -1,0 +1,281 @@
+#include "core/layout.h"
+
+#include <glibmm/convert.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <yaml-cpp/yaml.h>
+
+#include "core/global_options.h"
+#include "core/safe_write.h"
+#include "core/yaml_io.h"
+#include "runtime/scoped_connection.h"
+#include "runtime/timer.h"
+#include "tests/support/layout_fixture.h"
+
+namespace zemblar::test {
+namespace {
+
+/// What a document class does at the least, with a reference.
+class Sign : public Object {
+ public:
+  Sign() : Glib::ObjectBase("Sign"), Object("Sign %1") {}
+  explicit Sign(const YAML::Node& node) : Sign() {
+    load_identity(node);
+    if (const auto key = node["partner"]) key >> partner;
+    if (node["inconsistent"]) {
+      Layout::get().signal_post_resolve().connect([] { return false; });
+    }
+    Layout::get().signal_post_resolve().connect([this] {
+      resolved_before_post = !partner || partner->get_parent();
+      return true;
+    });
+  }
+  void save(YAML::Emitter& out) const override {
+    out << YAML::LocalTag("sign") << YAML::BeginMap;
+    save_identity(out);
+    out << YAML::Key << "partner" << YAML::Value << static_cast<const Object*>(partner);
+    out << YAML::EndMap;
+  }
+  Sign* partner = nullptr;
+  bool resolved_before_post = false;
+};
+
+/// Hands the emitter a tag that it refuses.
+class Unkeepable : public Object {
+ public:
+  Unkeepable() : Glib::ObjectBase("Unkeepable"), Object("Unkeepable %1") {}
+  void save(YAML::Emitter& out) const override {
+    out << YAML::LocalTag("!unkeepable") << YAML::BeginMap;
+    save_identity(out);
+    out << YAML::EndMap;
+  }
+};
+
+const DocumentClass::Registration registration(document_class<Sign>("!sign", Section::scripts));
+
+class LayoutFile : public LayoutTest {
+ protected:
+  std::string with_objects(const std::string& objects) {
+    return folder.write("layout.zblt", "%YAML 1.2\ntitle: T\nobjects:\n" + objects);
+  }
+  Sign* sign(unsigned n) { return dynamic_cast<Sign*>(layout().get_scripts().child_at(n)); }
+  std::string path() { return folder.file("layout.zblt"); }
+};
+
+TEST_F(LayoutFile, opens_what_it_has_saved_to_identical_bytes) {
+  auto* first = layout().get_scripts().add(new Sign);
+  auto* second = layout().get_scripts().add(new Sign);
+  first->partner = second;
+  second->set_name("quotes \" and: colons # and ünïcode");
+  layout().set_name("Title");
+  layout().save_to(Glib::filename_to_uri(path()), true);
+  const auto bytes = bytes_of(path());
+  EXPECT_EQ(bytes.rfind("%YAML 1.2\ntitle: Title\nobjects:\n  - !sign\n    name: Sign 1\n"
+                        "    id: 0\n    partner: 1\n  - !sign\n",
+                        0),
+            0u)
+      << bytes;
+  EXPECT_EQ(bytes.back(), '\n');
+  ASSERT_TRUE(Layout::open(path())) << get_status();
+  EXPECT_EQ(sign(0)->partner, sign(1));
+  EXPECT_TRUE(sign(0)->resolved_before_post);
+  layout().save();
+  EXPECT_EQ(bytes_of(path()), bytes);
+}
+
+TEST_F(LayoutFile, resolves_references_that_point_ahead_behind_or_nowhere) {
+  with_objects(
+      "- !sign {id: 7, partner: 9}\n- !sign {id: 9, partner: 7}\n- !sign {partner: 1000}\n"
+      "- !sign {partner: ~}\n- !sign {}\n");
+  ASSERT_TRUE(Layout::open(path())) << get_status();
+  EXPECT_EQ(sign(0)->partner, sign(1));
+  EXPECT_EQ(sign(1)->partner, sign(0));
+  EXPECT_EQ(sign(2)->partner, nullptr);
+  EXPECT_EQ(layout().get_scripts().child_count(), 5u);
+  EXPECT_EQ(layout().find_id(7), nullptr) << "numbers have no meaning after the load";
+}
+
+TEST_F(LayoutFile, that_cannot_be_opened_is_told_and_leaves_the_document_alone) {
+  const struct {
+    const char* bytes;  // null: no such file
+    const char* problem;
+  } cases[] = {
+      {nullptr, "Empty File"},
+      {"", "Empty File"},
+      {"# a comment\n", "Empty File"},
+      {"title: [\n", "yaml-cpp: error at line"},
+      {"objects:\n  - !lok-group {name: G}\n", "Unimplemented Load: !lok-group"},
+      {"objects:\n  - {name: G}\n", "Unimplemented Load: ?"},
+      {"objects:\n  - !sign {id: 1}\n  - !sign {id: 1}\n", "Duplicate Object IDs found"},
+      {"objects:\n  - !sign {id: x}\n", "invalid scalar"},
+      {"objects:\n  - !sign {id: -1}\n", "invalid scalar"},
+      {"objects:\n  - !sign {partner: [1]}\n", "invalid scalar"},
+      {"objects:\n  - !sign {name: ~}\n", "invalid scalar"},
+      {"title: {}\n", "invalid scalar"},
+      {"objects: {a: b}\n", ""},
+      {"objects:\n  - !sign\n", ""},
+      {"objects:\n  - !sign {inconsistent: 1, partner: 5}\n", "Post Resolve Failure"},
+  };
+  auto* const before = &layout();
+  auto* kept = layout().get_scripts().add(new Sign);
+  int replaced = 0;
+  const ScopedConnection watch(Layout::signal_replaced().connect([&] { ++replaced; }));
+  GlobalOptions::get().set_layout("/remembered.zblt");
+  for (const auto& one : cases) {
+    unlink(path().c_str());
+    if (one.bytes) folder.write("layout.zblt", one.bytes);
+    EXPECT_FALSE(Layout::open(path())) << one.bytes;
+    const auto status = get_status().raw();
+    EXPECT_EQ(status.rfind("Couldn't open " + path() + ": ", 0), 0u) << status;
+    EXPECT_NE(status.find(one.problem), std::string::npos) << status << " for " << one.problem;
+    EXPECT_EQ(&Layout::get(), before);
+    EXPECT_EQ(sign(0), kept);
+    EXPECT_FALSE(layout().get_file());
+  }
+  EXPECT_FALSE(Layout::open(folder.path())) << "a folder is no file";
+  EXPECT_EQ(replaced, 0);
+  EXPECT_EQ(GlobalOptions::get().get_layout(), "/remembered.zblt");
+}
+
+TEST_F(LayoutFile, may_hold_little_or_nothing) {
+  for (const auto* bytes : {"~\n", "just a scalar\n", "[1, 2]\n", "other: key\n"}) {
+    folder.write("layout.zblt", bytes);
+    ASSERT_TRUE(Layout::open(path())) << bytes << get_status();
+    EXPECT_EQ(layout().get_name(), "New Layout");
+    EXPECT_EQ(layout().child_count(), 6u);
+    EXPECT_TRUE(layout().get_views().empty());
+  }
+  folder.write("layout.zblt", "\xef\xbb\xbf%YAML 1.2\r\ntitle: Dos\r\nobjects:\r\n");
+  ASSERT_TRUE(Layout::open(path())) << get_status();
+  EXPECT_EQ(layout().get_name(), "Dos");
+  EXPECT_EQ(layout().get_path(), path());
+}
+
+TEST_F(LayoutFile, takes_its_extension_from_the_filter) {
+  const auto uri = [&](const char* name) { return Glib::filename_to_uri(folder.file(name)); };
+  layout().save_to(uri("plain"), true);
+  EXPECT_EQ(layout().get_path(), folder.file("plain.zblt"));
+  EXPECT_EQ(GlobalOptions::get().get_layout(), folder.file("plain.zblt"));
+  layout().save_to(uri("SHOUT.ZBLT"), true);
+  EXPECT_EQ(layout().get_path(), folder.file("SHOUT.ZBLT"));
+  layout().save_to(uri("any.txt"), false);
+  EXPECT_EQ(layout().get_path(), folder.file("any.txt"));
+}
+
+TEST_F(LayoutFile, ends_at_an_object_that_it_cannot_hold_and_names_it) {
+  layout().get_scripts().add(new Sign);
+  auto* lost = layout().get_scripts().add(new Unkeepable);
+  layout().get_scripts().add(new Sign);
+  layout().save_to(Glib::filename_to_uri(path()), true);
+  const auto bytes = bytes_of(path());
+  EXPECT_TRUE(bytes.ends_with("  - !\n")) << bytes;
+  EXPECT_NE(get_status().raw().find("Unkeepable 1"), std::string::npos) << get_status();
+  EXPECT_FALSE(Layout::open(path()));
+  EXPECT_NE(get_status().raw().find("Unimplemented Load: !"), std::string::npos);
+  lost->destroy();
+  layout().save();
+  EXPECT_TRUE(get_status().empty());
+  EXPECT_TRUE(Layout::open(path())) << get_status();
+}
+
+TEST_F(LayoutFile, is_followed_by_those_who_watch_the_current_layout) {
+  with_objects("- !sign {name: opened}\n");
+  auto* const old = &layout();
+  std::string seen;
+  old->signal_deleted().connect([&] { seen = sign(0)->get_name(); });
+  bool replaced = false;
+  const ScopedConnection watch(Layout::signal_replaced().connect([&] { replaced = true; }));
+  ASSERT_TRUE(Layout::open(path()));
+  EXPECT_EQ(seen, "opened") << "the new document is complete when the old one goes";
+  EXPECT_TRUE(replaced);
+  EXPECT_NE(&layout(), old);
+
+  auto* const same = &layout();
+  layout().new_document(true);
+  EXPECT_EQ(&layout(), same);
+  EXPECT_EQ(layout().get_name(), "New Layout");
+  EXPECT_FALSE(layout().get_file());
+}
+
+TEST_F(LayoutFile, runs_every_slot_after_reading_though_one_has_failed) {
+  int ran = 0;
+  layout().signal_post_resolve().connect([&] { return ++ran == 0; });
+  layout().signal_post_resolve().connect([&] { return ++ran > 0; });
+  EXPECT_FALSE(layout().signal_post_resolve().emit());
+  EXPECT_EQ(ran, 2);
+  layout().signal_post_resolve().clear();
+  EXPECT_TRUE(layout().signal_post_resolve().emit());
+}
+
+TEST(LayoutPulse, beats_twice_a_second_until_the_layout_ends) {
+  VirtualClock clock;
+  int beats = 0;
+  auto& layout = Layout::get(new Layout);
+  layout.new_document(false);
+  layout.signal_pulse().connect([&] { ++beats; });
+  clock.advance(std::chrono::milliseconds(1499));
+  EXPECT_EQ(beats, 2);
+  layout.destroy();
+  clock.advance(std::chrono::seconds(2));
+  EXPECT_EQ(beats, 2);
+}
+
+class SafeWrite : public testing::Test {
+ protected:
+  SafeWrite() { folder.write("file", old_bytes); }
+  const std::string old_bytes = "the only copy of a year of evenings\n";
+  const std::string new_bytes = std::string(100'000, 'x');
+  TemporaryFolder folder;
+
+  static std::string save(const std::string& path, const std::string& bytes) try {
+    write_safely(Gio::File::create_for_path(path), bytes);
+    return {};
+  } catch (const Gio::Error& error) {
+    return error.what();
+  }
+  /// The same in a process that cannot write that much, as on a full disk. Whether the message and
+  /// the old bytes, in their place or in the copy, are as they should be.
+  [[noreturn]] void exit_when_full(const std::string& path, bool in_place) const {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{4096, 4096};
+    setrlimit(RLIMIT_FSIZE, &small);
+    const auto problem = save(path, new_bytes);
+    const auto copy =
+        Glib::build_filename(Glib::get_user_data_dir(), "zemblar", "saved-copies", "file");
+    const bool told = problem.starts_with("Couldn't save");
+    const bool kept = in_place
+                          ? problem.find(copy) != std::string::npos && bytes_of(copy) == old_bytes
+                          : bytes_of(path) == old_bytes;
+    fprintf(stderr, "%s\n", problem.c_str());
+    _exit(told && kept ? 0 : 1);
+  }
+};
+
+TEST_F(SafeWrite, that_fails_leaves_the_old_bytes_or_names_their_copy) {
+  const auto file = folder.file("file");
+  ASSERT_EQ(symlink(file.c_str(), folder.file("link").c_str()), 0);
+  EXPECT_EXIT(exit_when_full(file, false), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(exit_when_full(folder.file("link"), false), testing::ExitedWithCode(0), "");
+  ASSERT_EQ(link(file.c_str(), folder.file("twin").c_str()), 0);
+  EXPECT_EXIT(exit_when_full(file, true), testing::ExitedWithCode(0), "");
+  EXPECT_NE(save(folder.file("no/such/folder/file"), new_bytes), "");
+}
+
+TEST_F(SafeWrite, keeps_links_and_leaves_nothing_behind) {
+  const auto file = folder.file("file");
+  ASSERT_EQ(symlink("file", folder.file("link").c_str()), 0);
+  EXPECT_EQ(save(folder.file("link"), "through a link"), "");
+  EXPECT_EQ(bytes_of(file), "through a link");
+  struct stat info {};
+  ASSERT_EQ(lstat(folder.file("link").c_str(), &info), 0);
+  EXPECT_TRUE(S_ISLNK(info.st_mode));
+  ASSERT_EQ(link(file.c_str(), folder.file("twin").c_str()), 0);
+  EXPECT_EQ(save(file, "to both names"), "");
+  EXPECT_EQ(bytes_of(folder.file("twin")), "to both names");
+  Glib::Dir listing(folder.path());
+  EXPECT_EQ(std::distance(listing.begin(), listing.end()), 3);
+}
+
+}  // namespace
+}  // namespace zemblar::test
