@@ -15,7 +15,7 @@ namespace zemblar::simulator {
 namespace {
 
 const auto readable_events = Glib::IO_IN | Glib::IO_HUP | Glib::IO_ERR;
-constexpr std::size_t max_backlog = 1 << 20;  // bytes for a client that does not read
+constexpr std::size_t max_backlog = 1 << 24;  // bytes for a client that does not read
 
 bool would_block(const Glib::Error& error) {
   return error.matches(G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK);
