@@ -1,0 +1,240 @@
+#include "devices/device_ecos.h"
+
+#include <giomm/networkaddress.h>
+#include <yaml-cpp/yaml.h>
+
+#include "core/i18n.h"
+#include "core/layout.h"
+#include "core/property.h"
+#include "core/status.h"
+#include "core/yaml_io.h"
+#include "devices/default_device.h"
+#include "devices/ecos_commands.h"
+#include "runtime/fiber.h"
+
+namespace zemblar {
+namespace {
+
+constexpr auto attempt_interval = std::chrono::seconds(1);
+
+/// Asking a key that is not there for its type throws the library's error.
+void require_keys(const YAML::Node& node) {
+  for (const auto* key : {"name", "id", "host", "use-as-default"}) {
+    static_cast<void>(node[key].Type());
+  }
+}
+
+const Layout* layout_of(const Object& device) {
+  const auto ancestors = device.get_ancestors();
+  const auto* root = ancestors.empty() ? nullptr : dynamic_cast<Layout*>(ancestors.back());
+  if (root) return root;
+  return Layout::exists() ? &Layout::get() : nullptr;
+}
+
+}  // namespace
+
+ECoS::ECoS(const Glib::RefPtr<Socket>& socket)
+    : Glib::ObjectBase("DeviceECoS"), Device(_("ESU ECoS %1")), socket_(socket) {
+  register_properties();
+  start_connecting();
+}
+
+ECoS::ECoS(const YAML::Node& node, const Glib::RefPtr<Socket>& socket)
+    : Glib::ObjectBase("DeviceECoS"), Device(_("ESU ECoS %1")), socket_(socket) {
+  register_properties();
+  require_keys(node);
+  load_identity(node);
+  node["host"] >> host_;
+  node["use-as-default"] >> use_as_default_;
+  start_connecting();
+}
+
+ECoS::~ECoS() {
+  ECoS::on_deleting();
+}
+
+void ECoS::register_properties() {
+  register_property<Glib::ustring>(this, "host", &ECoS::get_host, &ECoS::set_host);
+  register_property<bool>(this, "use-as-default", &ECoS::get_use_as_default,
+                          &ECoS::set_use_as_default);
+}
+
+void ECoS::save(YAML::Emitter& out) const {
+  out << YAML::LocalTag("!device/ESU/ECoS") << YAML::BeginMap;
+  save_identity(out);
+  out << YAML::Key << "host" << YAML::Value << host_;
+  out << YAML::Key << "use-as-default" << YAML::Value << use_as_default_;
+  out << YAML::EndMap;
+}
+
+// What the fibers still wait for completes in a later turn of the main loop and finds the socket,
+// which they hold, and the mark of a device that is gone.
+void ECoS::on_deleting() {
+  leave_default();
+  Device::on_deleting();
+  connect_cancel_->cancel();
+  read_cancel_->cancel();
+  write_cancel_->cancel();
+  cut_exchange();
+}
+
+void ECoS::set_host(const Glib::ustring& host) {
+  if (host.raw() == host_.raw()) return;
+  connect_cancel_->cancel();
+  host_ = host;
+  notify_property(*this, "host");
+  next_attempt_ = {};
+  start_connecting();
+}
+
+void ECoS::set_use_as_default(bool on) {
+  if (on == use_as_default_) return;
+  use_as_default_ = on;
+  on ? join_default() : leave_default();
+  notify_property(*this, "use-as-default");
+  // Those whom nobody served until now.
+  if (on && active()) signal_in_service().emit(*this);
+}
+
+int ECoS::supports(std::string_view feature) const {
+  if (feature == "DCC/Power") return 2;
+  return feature == "DCC" || feature.starts_with("DCC/") ? 1 : 0;
+}
+
+DefaultDevice* ECoS::default_device() const {
+  const auto* layout = layout_of(*this);
+  return layout ? &layout->get_default_device() : nullptr;
+}
+
+void ECoS::join_default() {
+  if (auto* device = default_device()) device->add_device(this);
+}
+
+void ECoS::leave_default() {
+  if (auto* device = default_device()) device->remove_device(this);
+}
+
+// --- Connecting ---
+
+bool ECoS::may_connect() const {
+  const auto* layout = layout_of(*this);
+  return !is_deleting() && !(layout && layout->is_emptying());
+}
+
+void ECoS::start_connecting() {
+  connect_cancel_->cancel();
+  if (!may_connect()) return;
+  connect_cancel_ = Gio::Cancellable::create();
+  fiber::spawn([this, cancel = connect_cancel_] { keep_connecting(cancel); });
+}
+
+void ECoS::keep_connecting(const Cancel& cancel) {
+  const auto alive = liveness();
+  const auto address = parse_host();
+  if (!address) return;
+  while (wait_for_attempt(cancel)) {
+    // A new host is for the next connection: the present one stays, and its end starts over here.
+    if (active()) return;
+    const bool connected = try_connect(address, cancel);
+    if (!*alive || cancel->is_cancelled()) return;
+    next_attempt_ = Clock::now() + attempt_interval;
+    if (connected) return set_active(true);
+  }
+}
+
+bool ECoS::wait_for_attempt(const Cancel& cancel) {
+  const auto alive = liveness();
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(next_attempt_ - Clock::now());
+  if (left.count() > 0) sleep_for(left, cancel);
+  return *alive && !cancel->is_cancelled();
+}
+
+bool ECoS::try_connect(const Glib::RefPtr<Gio::SocketConnectable>& address, const Cancel& cancel) {
+  const auto socket = socket_;
+  try {
+    return socket->connect(address, cancel);
+  } catch (...) {
+    // Not there, not found, or already connected: all the same a try that failed.
+    return false;
+  }
+}
+
+Glib::RefPtr<Gio::SocketConnectable> ECoS::parse_host() {
+  try {
+    return Gio::NetworkAddress::parse(host_.raw(), default_port);
+  } catch (const Glib::Error&) {
+    set_status(Glib::ustring::compose(
+        _("%1 cannot connect: “%2” is no network address. Enter the station’s name or address."),
+        get_name(), host_));
+    return {};
+  }
+}
+
+void ECoS::close_socket() {
+  const auto socket = socket_;
+  try {
+    socket->close();
+  } catch (...) {
+    // A connection that stays would be in the way of the next one.
+    socket->drop();
+  }
+}
+
+// --- In and out of service ---
+
+bool ECoS::start() {
+  const auto alive = liveness();
+  try {
+    subscribe();
+    return true;
+  } catch (...) {
+    // Whatever it was: the next attempt starts from the beginning.
+  }
+  if (!*alive) return false;
+  connect_cancel_->cancel();
+  read_cancel_->cancel();
+  cut_exchange();
+  close_socket();
+  if (!*alive) return false;
+  next_attempt_ = Clock::now() + attempt_interval;
+  start_connecting();
+  return false;
+}
+
+void ECoS::subscribe() {
+  const auto alive = liveness();
+  const auto address = parse_host();
+  if (!address) throw CmdFailed();
+  connect_cancel_->cancel();
+  read_cancel_->cancel();
+  if (!socket_->is_connected()) {
+    const auto socket = socket_;
+    socket->connect(address, write_cancel_);
+    if (!*alive) throw DeviceInactiveException();
+  }
+  read_cancel_ = Gio::Cancellable::create();
+  fiber::spawn([this, cancel = read_cancel_] { keep_reading(cancel); });
+  expect_success(ecos::request_view(ecos::station));
+  expect_success(ecos::request_view(ecos::locomotive_manager));
+  follow_power(expect_success(ecos::get_status()).get_object(ecos::station));
+  if (use_as_default_) join_default();
+}
+
+void ECoS::stop() {
+  const auto alive = liveness();
+  if (use_as_default_) leave_default();
+  connect_cancel_->cancel();
+  read_cancel_->cancel();
+  cut_exchange();
+  close_socket();
+  if (*alive) start_connecting();
+}
+
+// Out of service after a failure. While `start` runs, it falls out of that instead.
+void ECoS::give_up() {
+  const auto alive = liveness();
+  go_out_of_service();
+  if (*alive) cut_exchange();
+}
+
+}  // namespace zemblar

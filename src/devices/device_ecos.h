@@ -1,0 +1,129 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "devices/device.h"
+#include "devices/ecos_msg.h"
+#include "devices/socket.h"
+#include "runtime/timer.h"
+
+namespace zemblar {
+
+class DefaultDevice;
+
+/// An ESU ECoS command station, reached over TCP through its text protocol.
+///
+/// It connects by itself and tries again for as long as it lives, a second after each attempt that
+/// failed. Every failure, a refused command included, takes it out of service and back to
+/// connecting. In service it follows the station's track power and is a member of the default
+/// device if `use_as_default`.
+///
+/// Locomotives are found by their address among the station's objects, and made there when it has
+/// none. Control of one is taken before each single command and given back after it, so that a hand
+/// throttle at the station stays usable.
+///
+/// A message longer than ECoSFraming::capacity, such as the list of very many locomotives, ends the
+/// connection; the status line says so.
+///
+/// In a layout file: the keys `name`, `id`, `host`, `use-as-default`, all required. Its tag is one
+/// that the emitter refuses, so that the file ends there.
+class ECoS : public Device {
+ public:
+  static constexpr std::uint16_t default_port = 15471;
+
+  /// The station refused a command, or its answer is of no use.
+  class CmdFailed : public std::exception {
+   public:
+    const char* what() const noexcept override { return "Command Failed"; }
+  };
+
+  /// Begins to connect at once. The socket may be one in memory.
+  explicit ECoS(const Glib::RefPtr<Socket>& socket = Socket::create());
+  explicit ECoS(const YAML::Node& node, const Glib::RefPtr<Socket>& socket = Socket::create());
+  ~ECoS() override;
+  void save(YAML::Emitter& out) const override;
+
+  /// Name or address of the station, with ":port" if the port is not `default_port`.
+  [[nodiscard]] const Glib::ustring& get_host() const { return host_; }
+  /// For the next attempt: an established connection stays until it fails.
+  void set_host(const Glib::ustring& host);
+  [[nodiscard]] bool get_use_as_default() const { return use_as_default_; }
+  void set_use_as_default(bool on);
+
+  [[nodiscard]] int supports(std::string_view feature) const override;
+
+  Glib::PropertyProxy<Glib::ustring> property_host() { return {this, "host"}; }
+  Glib::PropertyProxy<bool> property_use_as_default() { return {this, "use-as-default"}; }
+
+ protected:
+  bool start() override;
+  void stop() override;
+  void power_on() override;
+  void power_off() override;
+  void update_speed(DrivenDecoder* decoder) override;
+  void update_direction(DrivenDecoder* decoder) override;
+  void update_function(DrivenDecoder* decoder, unsigned fn) override;
+  void set_point(unsigned address, unsigned output, bool on) override;
+  void on_deleting() override;
+
+ private:
+  using Cancel = Glib::RefPtr<Gio::Cancellable>;
+  /// The text of a value command for a locomotive object.
+  using ValueCommand = std::function<std::string(unsigned object, const DecoderUpdate& wanted)>;
+
+  /// A command on its way and what has come of it; lives on the stack of the fiber that sent it.
+  struct Exchange {
+    const std::string& command;
+    fiber* waiter = nullptr;  // set while the fiber is suspended for the answer
+    std::optional<ECoSMsg> answer{};
+    bool cut = false;  // there will be no answer
+  };
+
+  void register_properties();
+  DefaultDevice* default_device() const;
+  void join_default();
+  void leave_default();
+
+  // Connecting.
+  void start_connecting();
+  void keep_connecting(const Cancel& cancel);
+  bool wait_for_attempt(const Cancel& cancel);
+  bool try_connect(const Glib::RefPtr<Gio::SocketConnectable>& address, const Cancel& cancel);
+  Glib::RefPtr<Gio::SocketConnectable> parse_host();
+  [[nodiscard]] bool may_connect() const;
+  void close_socket();
+  void subscribe();
+  void give_up();
+
+  // Talking.
+  void keep_reading(const Cancel& cancel);
+  bool read_some(ECoSFraming& framing, const Cancel& cancel);
+  void dispatch(const ECoSMsg& message);
+  void follow_power(const ECoSMsg::Values& station);
+  void wake_exchange();
+  void cut_exchange();
+  ECoSMsg command(const std::string& text);
+  void send(const std::string& bytes);
+  ECoSMsg expect_success(const std::string& text);
+  void converse(const std::function<void()>& talk);
+  void drive(DrivenDecoder* decoder, std::uint32_t item, const ValueCommand& value_command);
+  unsigned object_id(Address address);
+  std::optional<unsigned> find_locomotive(Address address);
+  unsigned create_locomotive(Address address);
+
+  Exchange* exchange_ = nullptr;
+  std::map<Address, unsigned> objects_;  // the station's ids; forgotten one by one when refused
+  bool use_as_default_ = true;
+  Glib::ustring host_ = "localhost";
+  Clock::time_point next_attempt_{};  // no attempt to connect before it
+  Glib::RefPtr<Socket> socket_;
+  // Each fiber holds its own: these are replaced.
+  Cancel connect_cancel_ = Gio::Cancellable::create();
+  Cancel read_cancel_ = Gio::Cancellable::create();
+  Cancel write_cancel_ = Gio::Cancellable::create();
+};
+
+}  // namespace zemblar

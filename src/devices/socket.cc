@@ -1,0 +1,145 @@
+#include "devices/socket.h"
+
+#include <gio/gio.h>
+#include <giomm/error.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+
+#include "runtime/async_result.h"
+
+namespace zemblar {
+namespace {
+
+using Slot = Gio::SlotAsyncReady;
+using Result = Glib::RefPtr<Gio::AsyncResult>;
+
+/// A precondition that fails completes with an error of our own; the toolkit knows only its own
+/// results.
+void rethrow_own(const Result& result) {
+  const auto error = Glib::RefPtr<AsyncResult<std::exception_ptr>>::cast_dynamic(result);
+  if (error) std::rethrow_exception(error->value());
+}
+
+}  // namespace
+
+Glib::RefPtr<Socket> Socket::create() {
+  return Glib::RefPtr<Socket>(new Socket);
+}
+
+Socket::Socket() : client_(Gio::SocketClient::create()) {
+  client_->set_family(Gio::SOCKET_FAMILY_IPV4);
+  client_->set_socket_type(Gio::SOCKET_TYPE_STREAM);
+  client_->set_protocol(Gio::SOCKET_PROTOCOL_TCP);
+}
+
+Glib::RefPtr<Socket> Socket::hold() {
+  reference();
+  return Glib::RefPtr<Socket>(this);
+}
+
+Glib::RefPtr<Gio::InputStream> Socket::input() const {
+  return connection_ ? connection_->get_input_stream() : Glib::RefPtr<Gio::InputStream>();
+}
+
+Glib::RefPtr<Gio::OutputStream> Socket::output() const {
+  return connection_ ? connection_->get_output_stream() : Glib::RefPtr<Gio::OutputStream>();
+}
+
+// The stream is held: the connection may be closed, and another opened, before the end.
+template <typename Stream, typename Start, typename Finish>
+auto Socket::run(const Glib::RefPtr<Stream>& stream, Start start, Finish finish) {
+  const auto self = hold();
+  return await(
+      [self, stream, start](const Slot& done) {
+        if (stream) {
+          start(*stream.operator->(), done);
+        } else {
+          complete_with_error(done, self, Gio::Error(Gio::Error::CLOSED, "Not Connected"));
+        }
+      },
+      [self, stream, finish](Result& result) {
+        rethrow_own(result);
+        return finish(*stream.operator->(), result);
+      });
+}
+
+bool Socket::connect(const Glib::RefPtr<Gio::SocketConnectable>& address, const Cancel& cancel) {
+  const auto self = hold();
+  return await(
+      [self, address, cancel](const Slot& done) {
+        if (self->connection_) {
+          complete_with_error(done, self, Gio::Error(Gio::Error::BUSY, "Already Connected"));
+        } else {
+          self->client_->connect_async(address, cancel, done);
+        }
+      },
+      [self](Result& result) {
+        rethrow_own(result);
+        self->take(self->client_->connect_finish(result));
+        return true;
+      });
+}
+
+void Socket::take(const Glib::RefPtr<Gio::SocketConnection>& connection) {
+  // Two attempts may run at once; the second connection is closed by letting go of it.
+  if (connection_) throw Gio::Error(Gio::Error::BUSY, "Already Connected");
+  g_socket_set_option(connection->get_socket()->gobj(), IPPROTO_TCP, TCP_NODELAY, 1, nullptr);
+  connection_ = connection;
+}
+
+bool Socket::close(const Cancel& cancel) {
+  const auto closed = run(
+      connection_,
+      [cancel](Gio::IOStream& stream, const Slot& done) { stream.close_async(done, cancel); },
+      [](Gio::IOStream& stream, const Result& result) { return stream.close_finish(result); });
+  if (closed) connection_.reset();
+  return closed;
+}
+
+gssize Socket::read(void* buffer, gsize count, const Cancel& cancel) {
+  return run(
+      input(),
+      [=](Gio::InputStream& stream, const Slot& done) {
+        stream.read_async(buffer, count, done, cancel);
+      },
+      [](Gio::InputStream& stream, const Result& result) { return stream.read_finish(result); });
+}
+
+gssize Socket::write(const void* bytes, gsize count, const Cancel& cancel) {
+  return run(
+      output(),
+      [=](Gio::OutputStream& stream, const Slot& done) {
+        stream.write_async(bytes, count, done, cancel);
+      },
+      [](Gio::OutputStream& stream, const Result& result) { return stream.write_finish(result); });
+}
+
+gssize Socket::write(const std::string& bytes, const Cancel& cancel) {
+  return write(bytes.data(), bytes.size(), cancel);
+}
+
+gssize Socket::skip(gsize count, const Cancel& cancel) {
+  return run(
+      input(),
+      [=](Gio::InputStream& stream, const Slot& done) { stream.skip_async(count, done, cancel); },
+      [](Gio::InputStream& stream, const Result& result) { return stream.skip_finish(result); });
+}
+
+bool Socket::flush(const Cancel& cancel) {
+  return run(
+      output(),
+      [=](Gio::OutputStream& stream, const Slot& done) { stream.flush_async(done, cancel); },
+      [](Gio::OutputStream& stream, const Result& result) { return stream.flush_finish(result); });
+}
+
+gssize Socket::splice(const Glib::RefPtr<Gio::InputStream>& source,
+                      Gio::OutputStreamSpliceFlags flags, const Cancel& cancel) {
+  return run(
+      output(),
+      [=](Gio::OutputStream& stream, const Slot& done) {
+        stream.splice_async(source, done, cancel, flags);
+      },
+      [](Gio::OutputStream& stream, const Result& result) { return stream.splice_finish(result); });
+}
+
+}  // namespace zemblar
