@@ -1,0 +1,205 @@
+#include "ui/lok_controller.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <glibmm/main.h>
+#include <gtkmm/label.h>
+#include <gtkmm/stock.h>
+#include <gtkmm/window.h>
+
+#include <cmath>
+
+#include "core/i18n.h"
+#include "locomotives/lok.h"
+#include "ui/following.h"
+
+namespace zemblar {
+namespace {
+
+constexpr int gap = 4;
+constexpr double max_speed = 126;
+
+/// A throttle's window. Its keys go before those of the focused control, so that Space stops the
+/// train wherever the focus is.
+class ThrottleWindow : public Gtk::Window {
+ public:
+  ThrottleWindow() {
+    set_title(_("Throttle"));
+    set_icon_name("zemblar");
+    set_resizable(false);
+    add(controller);
+    show_all();
+  }
+
+  LokController controller;
+
+ protected:
+  bool on_key_press_event(GdkEventKey* event) override {
+    constexpr guint shortcut = GDK_CONTROL_MASK | GDK_MOD1_MASK | GDK_SUPER_MASK;
+    const bool plain = !(event->state & shortcut);
+    return (plain && controller.press_key(event->keyval)) || Gtk::Window::on_key_press_event(event);
+  }
+
+  void on_hide() override {
+    Gtk::Window::on_hide();
+    Glib::signal_idle().connect_once([this] { delete this; });
+  }
+};
+
+int digit_of(unsigned keyval) {
+  if (keyval >= GDK_0 && keyval <= GDK_9) return static_cast<int>(keyval - GDK_0);
+  if (keyval >= GDK_KP_0 && keyval <= GDK_KP_9) return static_cast<int>(keyval - GDK_KP_0);
+  return -1;
+}
+
+}  // namespace
+
+LokController& LokController::open(Lok* lok) {
+  auto* window = new ThrottleWindow;  // ends itself
+  window->controller.chooser_.set_object(lok);
+  return window->controller;
+}
+
+LokController::LokController()
+    : Gtk::VBox(false, gap),
+      chooser_(lok_choices()),
+      speed_(0, 0, max_speed, 1, 10, 0),
+      scale_(speed_),
+      direction_image_(Gtk::Stock::GO_FORWARD, Gtk::ICON_SIZE_LARGE_TOOLBAR),
+      stop_image_(Gtk::Stock::STOP, Gtk::ICON_SIZE_LARGE_TOOLBAR) {
+  set_border_width(gap);
+  scale_.set_inverted();
+  scale_.set_draw_value(false);
+  direction_.add(direction_image_);
+  stop_.add(stop_image_);
+  add_rows();
+  describe_controls();
+
+  chooser_.property_object().signal_changed().connect(
+      sigc::mem_fun(*this, &LokController::on_lok_changed));
+  speed_.signal_value_changed().connect(sigc::mem_fun(*this, &LokController::on_scale_moved));
+  direction_.signal_clicked().connect(sigc::mem_fun(*this, &LokController::on_direction_clicked));
+  stop_.signal_clicked().connect(sigc::mem_fun(*this, &LokController::on_stop_clicked));
+  on_lok_changed();
+  show_all_children();
+}
+
+void LokController::add_rows() {
+  auto* label = Gtk::manage(new Gtk::Label(_("_Locomotive:"), true));
+  label->set_mnemonic_widget(chooser_);
+  auto* selection = Gtk::manage(new Gtk::HBox(false, gap));
+  selection->pack_start(*label, false, false);
+  selection->pack_start(chooser_, true, true);
+
+  auto* controls = Gtk::manage(new Gtk::VBox(false, gap));
+  controls->pack_start(scale_, true, true);
+  controls->pack_start(direction_, false, false);
+  controls->pack_start(stop_, false, false);
+  auto* drive = Gtk::manage(new Gtk::HBox(false, gap));
+  drive->pack_start(dial_, true, true);
+  drive->pack_start(*controls, false, false);
+
+  pack_start(*selection, false, false);
+  pack_start(*drive, true, true);
+  pack_start(functions_, false, false);
+}
+
+void LokController::describe_controls() {
+  scale_.get_accessible()->set_name(_("Speed"));
+  scale_.set_tooltip_text(_("Wanted speed, 0 to 126"));
+  direction_.get_accessible()->set_name(_("Direction"));
+  stop_.get_accessible()->set_name(_("Emergency Stop"));
+  stop_.set_tooltip_text(_("Emergency stop of this locomotive (Space)"));
+}
+
+void LokController::on_lok_changed() {
+  lok_ = dynamic_cast<Lok*>(chooser_.get_object());
+  functions_.set_lok(lok_);
+  for (auto* connection : {&speed_changed_, &direction_changed_, &actual_speed_changed_,
+                           &emergency_stop_changed_, &brake_changed_}) {
+    connection->disconnect();
+  }
+  for (auto* control : std::initializer_list<Gtk::Widget*>{&dial_, &scale_, &direction_, &stop_}) {
+    control->set_sensitive(lok_ != nullptr);
+  }
+  dial_.set_red_visible(lok_ != nullptr);
+  if (!lok_) dial_.set_black_visible(false);
+  if (lok_) connect(*lok_);
+  follow_standing();
+}
+
+void LokController::connect(Lok& lok) {
+  speed_changed_ =
+      lok.signal_speed_changed().connect(sigc::mem_fun(*this, &LokController::follow_speed));
+  direction_changed_ = lok.signal_direction_changed().connect(
+      sigc::mem_fun(*this, &LokController::follow_direction));
+  actual_speed_changed_ = lok.signal_actual_speed_changed().connect(
+      sigc::mem_fun(*this, &LokController::follow_actual_speed));
+  emergency_stop_changed_ = lok.signal_emergency_stop_changed().connect(
+      sigc::mem_fun(*this, &LokController::follow_standing));
+  brake_changed_ =
+      lok.signal_brake_changed().connect(sigc::mem_fun(*this, &LokController::follow_standing));
+  follow_speed();
+  follow_direction();
+  follow_actual_speed();
+}
+
+void LokController::on_scale_moved() {
+  const auto speed = static_cast<unsigned>(std::lround(speed_.get_value()));
+  dial_.set_red(speed);
+  if (lok_ && !following_) lok_->set_speed(speed);
+  follow_standing();
+}
+
+void LokController::on_direction_clicked() {
+  if (!lok_) return;
+  lok_->set_direction(opposite(lok_->get_direction()));
+  // Under a script's overlay the change is recorded without being announced.
+  if (lok_) follow_direction();
+}
+
+void LokController::on_stop_clicked() {
+  if (lok_) lok_->set_emergency_stop(true);
+}
+
+void LokController::follow_speed() {
+  const Following scope(following_);
+  speed_.set_value(lok_->get_speed());
+}
+
+void LokController::follow_direction() {
+  const bool forwards = lok_->get_direction() == Direction::Forwards;
+  direction_image_.set(forwards ? Gtk::Stock::GO_FORWARD : Gtk::Stock::GO_BACK,
+                       Gtk::ICON_SIZE_LARGE_TOOLBAR);
+  direction_.set_tooltip_text(forwards ? _("Direction: forwards. Press to reverse")
+                                       : _("Direction: reverse. Press to go forwards"));
+}
+
+void LokController::follow_actual_speed() {
+  const int speed = lok_->get_actual_speed();
+  if (speed >= 0) dial_.set_black(static_cast<unsigned>(speed));
+  dial_.set_black_visible(speed >= 0);
+  follow_standing();
+}
+
+void LokController::follow_standing() {
+  auto text = dial_.describe();
+  if (lok_ && lok_->get_emergency_stop()) {
+    text += Glib::ustring("\n") + _("Emergency stop: move the scale to drive on");
+  } else if (lok_ && lok_->get_brake()) {
+    text += Glib::ustring("\n") +
+            _("Held by block control: it drives on by itself when the way ahead is free");
+  }
+  dial_.set_tooltip_text(text);
+}
+
+bool LokController::press_key(unsigned keyval) {
+  if (!lok_) return false;
+  if (keyval == GDK_space || keyval == GDK_KP_Space) {
+    on_stop_clicked();
+    return true;
+  }
+  const int digit = digit_of(keyval);
+  return digit >= 0 && functions_.press(static_cast<unsigned>(digit));
+}
+
+}  // namespace zemblar

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <gtkmm/adjustment.h>
+#include <gtkmm/box.h>
+#include <gtkmm/button.h>
+#include <gtkmm/image.h>
+#include <gtkmm/scale.h>
+
+#include "runtime/scoped_connection.h"
+#include "ui/dial.h"
+#include "ui/func_table.h"
+#include "ui/object_button.h"
+
+namespace zemblar {
+
+class Lok;
+
+/// The throttle: drives one locomotive by hand, chosen at its top.
+///
+/// It writes only to the locomotive and its functions, and follows them, so that a change made
+/// elsewhere shows at once. What it shows because it follows is never sent: an emergency stop lets
+/// the scale fall to 0 without being lifted, and choosing a locomotive sends it nothing.
+class LokController : public Gtk::VBox {
+ public:
+  LokController();
+
+  /// A throttle in a window of its own, which ends itself when it is closed. The locomotive may be
+  /// null.
+  static LokController& open(Lok* lok = nullptr);
+
+  /// The digits press the function buttons of those numbers, Space is the emergency stop. Returns
+  /// whether the key had a meaning.
+  bool press_key(unsigned keyval);
+
+  [[nodiscard]] Lok* get_lok() const { return lok_; }
+  [[nodiscard]] ObjectButton& chooser() { return chooser_; }
+  [[nodiscard]] Dial& dial() { return dial_; }
+  [[nodiscard]] Gtk::VScale& scale() { return scale_; }
+  [[nodiscard]] Gtk::Button& direction_button() { return direction_; }
+  [[nodiscard]] Gtk::Button& stop_button() { return stop_; }
+  [[nodiscard]] FuncTable& functions() { return functions_; }
+
+ private:
+  void add_rows();
+  void describe_controls();
+  void connect(Lok& lok);
+  void on_lok_changed();
+  void on_scale_moved();
+  void on_direction_clicked();
+  void on_stop_clicked();
+  void follow_speed();
+  void follow_direction();
+  void follow_actual_speed();
+  void follow_standing();
+
+  bool following_ = false;
+  ObjectButton chooser_;
+  Dial dial_;
+  Gtk::Adjustment speed_;
+  Gtk::VScale scale_;
+  Gtk::Image direction_image_;
+  Gtk::Button direction_;
+  Gtk::Image stop_image_;
+  Gtk::Button stop_;
+  FuncTable functions_;
+  Lok* lok_ = nullptr;
+  ScopedConnection speed_changed_;
+  ScopedConnection direction_changed_;
+  ScopedConnection actual_speed_changed_;
+  ScopedConnection emergency_stop_changed_;
+  ScopedConnection brake_changed_;
+};
+
+}  // namespace zemblar

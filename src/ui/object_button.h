@@ -1,0 +1,46 @@
+#pragma once
+
+#include <glibmm/propertyproxy.h>
+#include <gtkmm/button.h>
+#include <gtkmm/label.h>
+
+#include <memory>
+
+#include "runtime/scoped_connection.h"
+#include "ui/object_menu.h"
+
+namespace zemblar {
+
+/// A button that shows the name of the chosen object, or "(None)", and pops up a menu of the
+/// candidates when pressed.
+///
+/// It follows the object's name, and chooses nothing once the object has ended, as it does when
+/// another layout is opened.
+class ObjectButton : public Gtk::Button {
+ public:
+  using Object = zemblar::Object;  // Gtk::Object is not meant
+  explicit ObjectButton(ObjectChoices choices);
+  ~ObjectButton() override;
+
+  [[nodiscard]] Object* get_object() const { return object_; }
+  void set_object(Object* object);
+  Glib::PropertyProxy<Object*> property_object() { return {this, "object"}; }
+
+  /// A new menu of what can be chosen now.
+  [[nodiscard]] std::unique_ptr<Gtk::Menu> make_menu();
+
+ protected:
+  void on_clicked() override;
+
+ private:
+  void show_name();
+
+  ObjectChoices choices_;
+  Object* object_ = nullptr;
+  Gtk::Label name_;
+  std::unique_ptr<Gtk::Menu> menu_;
+  ScopedConnection renamed_;
+  ScopedConnection deleted_;
+};
+
+}  // namespace zemblar
