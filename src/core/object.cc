@@ -35,7 +35,12 @@ Object::Object(const Glib::ustring& name_format)
 
 Object::~Object() {
   leave_parent();
-  while (node_.gnode->children) Object::of(node_.gnode->children)->leave_parent();
+  // Children are still here when a constructor has failed, or when one of them is being destroyed
+  // further down the stack and will finish by itself.
+  while (auto* child = of(node_.gnode->children)) {
+    child->leave_parent();
+    if (!child->deleting_) delete child;
+  }
   g_node_destroy(node_.gnode);
 }
 

@@ -1,5 +1,7 @@
 #include "core/yaml_io.h"
 
+#include <array>
+#include <cassert>
 #include <charconv>
 #include <cmath>
 
@@ -71,6 +73,13 @@ void operator>>(const YAML::Node& node, double& value) {
   const auto read = whole_scalar<double>(node);
   if (!std::isfinite(read)) throw YAML::InvalidScalar(node.Mark());
   value = read;
+}
+
+std::string shortest_text(double value) {
+  std::array<char, 32> text{};
+  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), value);
+  assert(error == std::errc());
+  return {text.data(), end};
 }
 
 void resolve_later(unsigned id, std::function<bool(Object*)> assign) {

@@ -31,6 +31,9 @@ void operator>>(const YAML::Node& node, unsigned& value);
 /// Finite numbers only.
 void operator>>(const YAML::Node& node, double& value);
 
+/// The shortest text that reads back as the same number, with a point in every locale.
+[[nodiscard]] std::string shortest_text(double value);
+
 /// The scalar's text; throws YAML::InvalidScalar for anything else.
 const std::string& scalar_of(const YAML::Node& node);
 

@@ -6,6 +6,7 @@
 
 namespace zemblar {
 
+class Decoder;
 class Lok;
 
 /// One named button of a locomotive: a function number of one of its decoders, with a behaviour, a
@@ -66,6 +67,10 @@ class Function : public Object {
   void on_name_changed() override;
 
  private:
+  [[nodiscard]] Glib::RefPtr<Decoder> decoder() const;
+  void send(bool on);
+  void pulse();
+
   Glib::ustring pooled_name_;
   unsigned function_ = 0;
   unsigned decoder_ = 0;

@@ -7,6 +7,7 @@
 #include "core/direction.h"
 #include "core/object.h"
 #include "locomotives/decoder.h"
+#include "locomotives/lok_registry.h"
 
 namespace zemblar {
 
@@ -109,9 +110,23 @@ class Lok : public Object {
   sigc::signal<void>& signal_actual_speed_changed() { return signal_actual_speed_changed_; }
   sigc::signal<void>& signal_top_speed_changed() { return signal_top_speed_changed_; }
 
+ protected:
+  void on_deleting() override;
+
  private:
+  struct NoDecoder {};
+  explicit Lok(NoDecoder tag);
+
+  template <typename Command>
+  void send(const Command& command);
+  void send_speed(unsigned speed);
+  void compute_and_send_speed();
+  void turn_round(Direction direction);
+  void adopt(const Glib::RefPtr<Decoder>& decoder);
+
   Attributes attributes_;
   Decoders decoders_;
+  LokRegistry registry_;
   Direction direction_overlay_ = Direction::Forwards;
   unsigned speed_overlay_ = 0;  // DecoderUpdate::emergency_stop during an emergency stop
   int top_speed_ = 100;

@@ -1,0 +1,199 @@
+#include "locomotives/decoder.h"
+
+#include <yaml-cpp/yaml.h>
+
+#include <array>
+#include <cassert>
+#include <cmath>
+#include <stdexcept>
+
+#include "core/i18n.h"
+#include "core/layout.h"
+#include "core/yaml_io.h"
+#include "devices/default_device.h"
+
+namespace zemblar {
+namespace {
+
+constexpr std::array<const char*, 4> type_words = {"DCC 14", "DCC 27", "DCC 28", "DCC 128"};
+
+DecoderType type_of(const std::string& word) {
+  for (std::size_t i = 0; i < type_words.size(); ++i) {
+    if (word == type_words[i]) return static_cast<DecoderType>(i);
+  }
+  throw std::runtime_error("Invalid Decoder Type");
+}
+
+}  // namespace
+
+Glib::ustring display_name(DecoderType type) {
+  switch (type) {
+    case DecoderType::dcc14:
+      return _("DCC (14 Speed Steps)");
+    case DecoderType::dcc27:
+      return _("DCC (27 Speed Steps)");
+    case DecoderType::dcc28:
+      return _("DCC (28 Speed Steps)");
+    case DecoderType::dcc128:
+      return _("DCC (128 Speed Steps)");
+  }
+  return {};
+}
+
+Glib::RefPtr<Decoder> Decoder::create() {
+  return Glib::RefPtr<Decoder>(new Decoder);
+}
+
+Glib::RefPtr<Decoder> Decoder::create(const YAML::Node& node) {
+  return Glib::RefPtr<Decoder>(new Decoder(node));
+}
+
+Decoder::Decoder() : Glib::ObjectBase("Decoder") {}
+
+Decoder::Decoder(const YAML::Node& node) : Decoder() {
+  if (const auto type = node["type"]) type_ = type_of(scalar_of(type));
+  if (const auto device = node["device"]) device >> device_;
+  if (const auto address = node["address"]) address >> address_;
+  const auto speed = node["speed"];
+  if (!speed || speed.IsNull()) return;
+  const auto& tag = speed.Tag();
+  reverse_ = tag == "!reverse";
+  if (!reverse_ && tag != "?" && !tag.empty()) throw YAML::InvalidScalar(speed.Mark());
+  speed >> speed_ratio_;
+  if (speed_ratio_ < 0 || speed_ratio_ > max_speed_ratio) throw YAML::InvalidScalar(speed.Mark());
+}
+
+void Decoder::save(YAML::Emitter& out) const {
+  out << YAML::BeginMap;
+  out << YAML::Key << "type" << YAML::Value << type_words[static_cast<std::size_t>(type_)];
+  out << YAML::Key << "device" << YAML::Value << static_cast<const Object*>(device_);
+  out << YAML::Key << "address" << YAML::Value << address_;
+  out << YAML::Key << "speed" << YAML::Value;
+  if (!commands_enabled_) {
+    out << YAML::Null;
+  } else {
+    if (reverse_) out << YAML::LocalTag("reverse");
+    out << shortest_text(speed_ratio_);
+  }
+  out << YAML::EndMap;
+}
+
+// --- What is wanted ---
+
+void Decoder::set_speed(unsigned speed) {
+  assert((speed <= 126) || (speed == -1U));
+  if (speed == DecoderUpdate::emergency_stop) {
+    state_.speed = speed;
+  } else {
+    // More than the highest step would spill into other bits of a command.
+    const auto scaled = std::floor(static_cast<double>(speed) * speed_ratio_);
+    state_.speed =
+        static_cast<std::uint32_t>(std::min(scaled, static_cast<double>(DecoderUpdate::max_speed)));
+  }
+  if (!commands_enabled_) return;
+  state_.mask |= DecoderUpdate::speed_bit;
+  complete({});
+}
+
+void Decoder::set_direction(Direction direction) {
+  state_.direction = reverse_ ? opposite(direction) : direction;
+  if (!commands_enabled_) return;
+  state_.mask |= DecoderUpdate::direction_bit;
+  complete({});
+}
+
+void Decoder::set_function(unsigned fn, bool on) {
+  assert(fn <= 28);
+  state_.mask |= DecoderUpdate::function_bit(fn);
+  const auto bit = 1u << fn;
+  state_.functions = on ? state_.functions | bit : state_.functions & ~bit;
+  complete({});
+}
+
+// --- Reconciling ---
+
+void Decoder::complete(const DecoderUpdate& delivered) {
+  state_.mask &= ~delivered.agreeing(state_);
+  if (retired_ || state_.mask == 0) return;
+  // An operation that ends at once comes back here before the next one is started: the mask is
+  // read anew for each.
+  const auto self = Glib::RefPtr<Decoder>((reference(), this));
+  if (state_.mask & DecoderUpdate::speed_bit) return driving_device().run_update_speed(this);
+  if (state_.mask & DecoderUpdate::direction_bit) {
+    return driving_device().run_update_direction(this);
+  }
+  for (unsigned fn = 0; fn <= DecoderUpdate::max_function && !retired_; ++fn) {
+    if (state_.mask & DecoderUpdate::function_bit(fn)) {
+      driving_device().run_update_function(this, fn);
+    }
+  }
+}
+
+void Decoder::resend() {
+  complete({});
+}
+
+void Decoder::retire() {
+  retired_ = true;
+  state_.mask = 0;
+  device_ = nullptr;
+  device_deleted_.disconnect();
+}
+
+// --- The device ---
+
+Device& Decoder::driving_device() const {
+  return device_ ? *device_ : Layout::get().get_default_device();
+}
+
+void Decoder::set_device(Device* device) {
+  if (device == device_) return;
+  device_ = device;
+  follow_device();
+  signal_changed_.emit();
+}
+
+void Decoder::set_device(Object* object) {
+  set_device(dynamic_cast<Device*>(object));
+}
+
+void Decoder::follow_device() {
+  device_deleted_.disconnect();
+  if (!device_) return;
+  device_deleted_ = ScopedConnection(
+      device_->signal_deleted().connect([this] { set_device(static_cast<Device*>(nullptr)); }));
+}
+
+// --- Settings ---
+
+void Decoder::set_type(DecoderType type) {
+  if (type == type_) return;
+  type_ = type;
+  signal_changed_.emit();
+}
+
+void Decoder::set_address(Address address) {
+  if (address == address_) return;
+  address_ = address;
+  signal_changed_.emit();
+}
+
+void Decoder::set_speed_ratio(double ratio) {
+  if (!(ratio >= 0 && ratio <= max_speed_ratio) || ratio == speed_ratio_) return;
+  speed_ratio_ = ratio;
+  signal_changed_.emit();
+}
+
+void Decoder::set_commands_enabled(bool enabled) {
+  if (enabled == commands_enabled_) return;
+  commands_enabled_ = enabled;
+  signal_changed_.emit();
+}
+
+void Decoder::set_reverse(bool reverse) {
+  if (reverse == reverse_) return;
+  reverse_ = reverse;
+  signal_changed_.emit();
+}
+
+}  // namespace zemblar

@@ -1,0 +1,184 @@
+#include "locomotives/function.h"
+
+#include <yaml-cpp/yaml.h>
+
+#include <array>
+
+#include "core/i18n.h"
+#include "core/property.h"
+#include "core/string_pool.h"
+#include "core/yaml_io.h"
+#include "locomotives/lok.h"
+#include "locomotives/script_overlay.h"
+#include "runtime/timer.h"
+
+namespace zemblar {
+namespace {
+
+constexpr std::chrono::milliseconds pulse_length(200);
+constexpr std::array<const char*, 4> type_words = {"Toggle", "Pulse", "Trigger", "Script"};
+
+Function::Type read_type(const YAML::Node& node) {
+  const auto& word = scalar_of(node);
+  for (std::size_t i = 0; i < type_words.size(); ++i) {
+    if (word == type_words[i]) return static_cast<Function::Type>(i);
+  }
+  throw YAML::RepresentationException(node.Mark(), "Invalid Function Type");
+}
+
+unsigned read_below(const YAML::Node& node, std::size_t limit) {
+  unsigned value = 0;
+  node >> value;
+  if (value >= limit) throw YAML::InvalidScalar(node.Mark());
+  return value;
+}
+
+void read_image(const YAML::Node& node, std::string& path) {
+  if (node && !node.IsNull()) node >> path;
+}
+
+void write_image(YAML::Emitter& out, const char* key, const std::string& path) {
+  out << YAML::Key << key << YAML::Value;
+  if (path.empty()) {
+    out << YAML::Null;
+  } else {
+    out << path;
+  }
+}
+
+}  // namespace
+
+Function::Function(Lok* lok)
+    : Glib::ObjectBase("Function"), Object(_("Function %1")), pooled_name_(get_name()), lok_(lok) {
+  register_property<unsigned>(this, "function", &Function::get_function, &Function::set_function);
+  register_property<unsigned>(this, "decoder", &Function::get_decoder, &Function::set_decoder);
+  register_property<bool>(this, "hidden", &Function::get_hidden, &Function::set_hidden);
+  register_property<bool>(this, "state", &Function::get_state, &Function::set_state);
+  register_property<Type>(this, "type", &Function::get_type, &Function::set_type);
+  register_property<bool>(this, "state-overlay", &Function::get_state_overlay);
+  register_property<std::string>(this, "on-image", &Function::get_on_image,
+                                 &Function::set_on_image);
+  register_property<std::string>(this, "off-image", &Function::get_off_image,
+                                 &Function::set_off_image);
+  function_names().add(pooled_name_);
+}
+
+Function::Function(Lok* lok, const YAML::Node& node) : Function(lok) {
+  load_identity(node);
+  if (const auto type = node["type"]) type_ = read_type(type);
+  if (const auto key = node["decoder"]) decoder_ = read_below(key, lok->get_decoders().size());
+  if (const auto key = node["function"]) function_ = read_below(key, max_function + 1);
+  read_image(node["on_image"], on_image_);
+  read_image(node["off_image"], off_image_);
+}
+
+Function::~Function() {
+  ScriptOverlay::forget(this);
+  function_names().remove(pooled_name_);
+}
+
+void Function::save(YAML::Emitter& out) const {
+  out << YAML::BeginMap;
+  save_identity(out);
+  out << YAML::Key << "type" << YAML::Value << type_words[static_cast<std::size_t>(type_)];
+  out << YAML::Key << "decoder" << YAML::Value << decoder_;
+  out << YAML::Key << "function" << YAML::Value << function_;
+  write_image(out, "on_image", on_image_);
+  write_image(out, "off_image", off_image_);
+  out << YAML::EndMap;
+}
+
+void Function::on_name_changed() {
+  // The new one first, so that a name in use once does not vanish and reappear.
+  function_names().add(get_name());
+  function_names().remove(pooled_name_);
+  pooled_name_ = get_name();
+}
+
+// --- State ---
+
+Glib::RefPtr<Decoder> Function::decoder() const {
+  const auto& decoders = lok_->get_decoders();
+  return decoder_ < decoders.size() ? decoders[decoder_] : Glib::RefPtr<Decoder>();
+}
+
+void Function::send(bool on) {
+  if (const auto target = decoder()) target->set_function(function_, on);
+}
+
+// The off goes where the on went, whatever has become of this button meanwhile.
+void Function::pulse() {
+  const auto target = decoder();
+  if (!target) return;
+  target->set_function(function_, true);
+  Timeout::once(pulse_length, [target, number = function_] {
+    target->set_function(number, false);
+  }).release();
+}
+
+void Function::set_state(bool on) {
+  if (type_ == Type::Pulse) {
+    if (!on) return;
+    pulse();
+  } else {
+    if (on == state_) return;
+    state_ = on;
+    state_overlay_ = ScriptOverlay::apply(this, on);
+    send(state_overlay_);
+  }
+  notify_property(*this, "state");
+  notify_property(*this, "state-overlay");
+}
+
+void Function::apply_state_overlay() {
+  state_overlay_ = ScriptOverlay::apply(this, state_);
+  send(state_overlay_);
+  notify_property(*this, "state-overlay");
+}
+
+// --- Settings ---
+
+void Function::set_function(unsigned function) {
+  if (function == function_) return;
+  function_ = function;
+  notify_property(*this, "function");
+}
+
+void Function::set_decoder(unsigned index) {
+  if (index == decoder_) return;
+  decoder_ = index;
+  notify_property(*this, "decoder");
+}
+
+void Function::set_hidden(bool hidden) {
+  if (hidden == hidden_) return;
+  hidden_ = hidden;
+  notify_property(*this, "hidden");
+}
+
+void Function::set_type(Type type) {
+  if (type == type_) return;
+  type_ = type;
+  notify_property(*this, "type");
+}
+
+void Function::set_on_image(const std::string& path) {
+  if (path == on_image_) return;
+  on_image_ = path;
+  notify_property(*this, "on-image");
+}
+
+void Function::set_off_image(const std::string& path) {
+  if (path == off_image_) return;
+  off_image_ = path;
+  notify_property(*this, "off-image");
+}
+
+void Function::on_decoder_removed(unsigned index) {
+  const auto count = static_cast<unsigned>(lok_->get_decoders().size());
+  if (decoder_ > index) --decoder_;
+  if (decoder_ >= count) decoder_ = count - 1;
+  notify_property(*this, "decoder");
+}
+
+}  // namespace zemblar

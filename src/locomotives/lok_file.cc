@@ -1,0 +1,52 @@
+#include <yaml-cpp/yaml.h>
+
+#include "core/document_class.h"
+#include "core/layout.h"
+#include "core/yaml_io.h"
+#include "locomotives/function.h"
+#include "locomotives/lok.h"
+
+namespace zemblar {
+namespace {
+
+const DocumentClass::Registration registration(document_class<Lok>("!lok", Section::locomotives));
+const auto accepted_by_locomotives = toplevel_accepts_class<Lok>(Section::locomotives);
+
+/// The entries of a list under `key`; none when it is missing or null.
+YAML::Node entries_of(const YAML::Node& node, const char* key) {
+  const auto list = node[key];
+  if (!list || list.IsNull()) return YAML::Node(YAML::NodeType::Sequence);
+  if (!list.IsSequence()) throw YAML::InvalidScalar(list.Mark());
+  return list;
+}
+
+}  // namespace
+
+Lok::Lok(const YAML::Node& node) : Lok(NoDecoder{}) {
+  load_identity(node);
+  read_key(node, "top-speed", top_speed_);
+  for (const auto& entry : entries_of(node, "decoders")) adopt(Decoder::create(entry));
+  if (decoders_.empty()) adopt(Decoder::create());
+  for (const auto& entry : entries_of(node, "functions")) add(new Function(this, entry));
+  Layout::get().signal_post_resolve().connect(sigc::track_obj(
+      [this] {
+        for (const auto& decoder : decoders_) decoder->follow_device();
+        registry_.update(decoders_);
+        return true;
+      },
+      *this));
+}
+
+void Lok::save(YAML::Emitter& out) const {
+  out << YAML::LocalTag("lok") << YAML::BeginMap;
+  save_identity(out);
+  out << YAML::Key << "top-speed" << YAML::Value << top_speed_;
+  out << YAML::Key << "decoders" << YAML::Value << YAML::BeginSeq;
+  for (const auto& decoder : decoders_) decoder->save(out);
+  out << YAML::EndSeq;
+  out << YAML::Key << "functions" << YAML::Value << YAML::BeginSeq;
+  for (const auto* child : *this) out << *child;
+  out << YAML::EndSeq << YAML::EndMap;
+}
+
+}  // namespace zemblar

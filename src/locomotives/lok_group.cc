@@ -1,0 +1,59 @@
+#include "locomotives/lok_group.h"
+
+#include <yaml-cpp/yaml.h>
+
+#include <algorithm>
+
+#include "core/document_class.h"
+#include "core/i18n.h"
+#include "core/yaml_io.h"
+#include "locomotives/lok.h"
+
+namespace zemblar {
+namespace {
+
+const auto accepted_by_locomotives = toplevel_accepts_class<LokGroup>(Section::locomotives);
+
+constexpr unsigned max_depth = 100;
+
+}  // namespace
+
+LokGroup::LokGroup() : Glib::ObjectBase("LokGroup"), Object(_("Locomotive Group %1")) {}
+
+LokGroup::LokGroup(const YAML::Node& node) : LokGroup(node, 0) {}
+
+LokGroup::LokGroup(const YAML::Node& node, unsigned depth) : LokGroup() {
+  if (depth > max_depth) throw YAML::InvalidScalar(node.Mark());
+  load_identity(node);
+  const auto objects = node["objects"];
+  if (!objects) return;
+  for (const auto& entry : objects) {
+    if (entry.Tag() == "!lok") {
+      add(new Lok(entry));
+    } else if (entry.Tag() == "!lok-group") {
+      add(new LokGroup(entry, depth + 1));
+    } else {
+      throw YAML::InvalidScalar(entry.Mark());
+    }
+  }
+}
+
+void LokGroup::save(YAML::Emitter& out) const {
+  out << YAML::LocalTag("!lok-group") << YAML::BeginMap;
+  save_identity(out);
+  if (!empty()) {
+    out << YAML::Key << "objects" << YAML::Value << YAML::BeginSeq;
+    for (const auto* child : *this) out << *child;
+    out << YAML::EndSeq;
+  }
+  out << YAML::EndMap;
+}
+
+bool LokGroup::can_contain(Object* child) const {
+  if (dynamic_cast<const Lok*>(child)) return true;
+  if (!dynamic_cast<const LokGroup*>(child) || child == this) return false;
+  const auto above = get_ancestors();
+  return std::ranges::find(above, child) == above.end();
+}
+
+}  // namespace zemblar
