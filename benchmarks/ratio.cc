@@ -11,6 +11,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "runtime/context.h"
+
 namespace zemblar::bench {
 namespace {
 
@@ -155,6 +157,7 @@ int main(int argc, char** argv) {
     return 2;
   }
   Gio::init();
+  zemblar::raise_float_flags();
   try {
     return run(*options) ? 0 : 1;
   } catch (const std::exception& error) {

@@ -28,7 +28,8 @@ class Context {
   /// `leave_to`. False when no stack can be had.
   [[nodiscard]] bool make(void (*body)());
 
-  /// Saves the running context and continues `to`; returns when somebody switches back.
+  /// Saves the running context and continues `to`; returns when somebody switches back. This and
+  /// `leave_to` are defined in context_switch.h.
   static void switch_to(Context& to);
 
   /// Continues `to` for good. The context left may be destroyed from there.
@@ -44,11 +45,10 @@ class Context {
     void* caught = nullptr;
     unsigned uncaught = 0;
   };
-  struct Arrival;
+  struct Start;
 
-  static void swap_exception_globals(Context& from, const Context& to);
   static void depart(Context& from, Context& to, bool for_good);
-  friend struct Arrival;
+  static void arrive(Context& left, void* machine);
 
   static Context* current_;
 

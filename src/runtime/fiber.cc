@@ -1,6 +1,5 @@
 #include "runtime/fiber.h"
 
-#include <cassert>
 #include <utility>
 
 namespace zemblar {
@@ -10,8 +9,8 @@ namespace zemblar {
 /// fiber afterwards if that still waits: the captures live as long as the wait.
 class fiber::Handover {
  public:
-  explicit Handover(fiber* f) : fiber_(f), call_(std::move(f->continuation)) {
-    f->continuation = nullptr;
+  explicit Handover(fiber* f) : fiber_(f) {
+    call_.swap(f->continuation);
     f->handover = this;
   }
   Handover(const Handover&) = delete;
@@ -19,7 +18,7 @@ class fiber::Handover {
   ~Handover() {
     if (!fiber_) return;
     fiber_->handover = nullptr;
-    fiber_->continuation = std::move(call_);
+    fiber_->continuation.swap(call_);
   }
 
   void run() { call_(fiber_); }
@@ -30,8 +29,19 @@ class fiber::Handover {
   std::function<void(fiber*)> call_;
 };
 
-fiber* fiber::current() {
-  return Context::current()->as_fiber;
+fiber::~fiber() = default;
+
+void fiber::hand_over() {
+  Handover(this).run();
+}
+
+void fiber::let_go_of_handover() {
+  handover->let_go();
+  handover = nullptr;
+}
+
+void fiber::rethrow() {
+  std::rethrow_exception(std::exchange(exception, nullptr));
 }
 
 void fiber::run() {
@@ -44,21 +54,6 @@ void fiber::run() {
   Context::leave_to(*f->caller);
 }
 
-void fiber::enter(fiber* f) {
-  if (f->handover) {
-    f->handover->let_go();
-    f->handover = nullptr;
-  }
-  f->caller = Context::current();
-  Context::switch_to(f->self);
-  f->caller = nullptr;
-  if (f->continuation) {
-    Handover(f).run();
-  } else {
-    delete f;
-  }
-}
-
 void fiber::spawn(std::function<void()> entry) {
   static const bool prepared = (raise_float_flags(), true);
   static_cast<void>(prepared);
@@ -69,23 +64,6 @@ void fiber::spawn(std::function<void()> entry) {
   } else {
     delete f;
   }
-}
-
-std::uint32_t fiber::yield(std::function<void(zemblar::fiber*)> func) {
-  assert(func);
-  zemblar::fiber* fiber = current();
-  assert(fiber);
-  fiber->continuation = std::move(func);
-  Context::switch_to(*fiber->caller);
-  fiber->continuation = nullptr;
-  if (fiber->exception) std::rethrow_exception(std::exchange(fiber->exception, nullptr));
-  return fiber->value;
-}
-
-void fiber::resume(fiber* f, std::uint32_t value) {
-  assert(f && !f->caller);
-  f->value = value;
-  enter(f);
 }
 
 void fiber::resume_exception(fiber* f) {

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <cassert>
 #include <cstdint>
 #include <exception>
 #include <functional>
 
-#include "runtime/context.h"
+#include "runtime/context_switch.h"
 
 namespace zemblar {
 
@@ -55,14 +56,17 @@ class fiber {
   fiber& operator=(const fiber&) = delete;
 
  private:
-  /// The run of a continuation, which has to outlive the fiber when it resumes it at once.
+  /// The run of a continuation.
   class Handover;
 
   explicit fiber(std::function<void()> body) : entry(std::move(body)) {}
-  ~fiber() = default;
+  ~fiber();
 
   static void run();
   static void enter(fiber* f);
+  void let_go_of_handover();
+  void hand_over();
+  [[noreturn]] void rethrow();
 
   std::function<void(fiber*)> continuation;  // empty while running, and for good when ended
   std::function<void()> entry;
@@ -72,5 +76,41 @@ class fiber {
   std::uint32_t value = 0;
   Handover* handover = nullptr;  // set while the continuation runs
 };
+
+// The way to a fiber and back is inline: a return from a function that was entered before a switch
+// is mispredicted, and two of them cost more than the switches.
+
+inline fiber* fiber::current() {
+  return Context::current()->as_fiber;
+}
+
+inline std::uint32_t fiber::yield(std::function<void(zemblar::fiber*)> func) {
+  assert(func);
+  zemblar::fiber* fiber = current();
+  assert(fiber);
+  fiber->continuation.swap(func);
+  Context::switch_to(*fiber->caller);
+  fiber->continuation = nullptr;
+  if (fiber->exception) fiber->rethrow();
+  return fiber->value;
+}
+
+inline void fiber::resume(fiber* f, std::uint32_t value) {
+  assert(f && !f->caller);
+  f->value = value;
+  enter(f);
+}
+
+inline void fiber::enter(fiber* f) {
+  if (f->handover) f->let_go_of_handover();
+  f->caller = Context::current();
+  Context::switch_to(f->self);
+  f->caller = nullptr;
+  if (f->continuation) {
+    f->hand_over();
+  } else {
+    delete f;
+  }
+}
 
 }  // namespace zemblar

@@ -3,6 +3,8 @@
 #include <cassert>
 #include <utility>
 
+#include "runtime/context_switch.h"
+
 namespace zemblar {
 
 generator* generator::create(std::function<void()> body) {
