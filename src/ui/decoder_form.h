@@ -1,0 +1,37 @@
+#pragma once
+
+#include <gtkmm/checkbutton.h>
+#include <gtkmm/comboboxtext.h>
+
+#include "locomotives/decoder.h"
+#include "ui/addr_spin.h"
+#include "ui/form.h"
+#include "ui/object_button.h"
+
+namespace zemblar {
+
+/// The part of a locomotive's panel that edits one of its decoders.
+class DecoderForm : public Form {
+ public:
+  DecoderForm(const Glib::RefPtr<Decoder>& decoder, const Glib::ustring& heading,
+              const Labels& labels);
+
+  [[nodiscard]] const Glib::RefPtr<Decoder>& decoder() const { return decoder_; }
+
+ private:
+  void add_rows(const Glib::ustring& heading);
+  void connect();
+  void follow();
+
+  Glib::RefPtr<Decoder> decoder_;
+  bool following_ = false;
+  Gtk::ComboBoxText type_;
+  AddrSpin address_{Address::Kind::mobile};
+  Gtk::CheckButton long_;
+  ObjectButton device_;
+  Gtk::CheckButton enabled_;
+  Gtk::SpinButton ratio_;
+  Gtk::CheckButton reverse_;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,40 @@
+#include "ui/ecos_properties.h"
+
+#include <gtkmm/label.h>
+
+#include "core/i18n.h"
+#include "core/property.h"
+#include "devices/device_ecos.h"
+#include "ui/form.h"
+
+namespace zemblar {
+namespace {
+
+const PanelRegistration<ECoS, ECoSProperties> registration;
+
+}  // namespace
+
+ECoSProperties::ECoSProperties(ECoS& ecos, const Glib::RefPtr<Gtk::SizeGroup>& labels)
+    : Gtk::Table(3, 2), name_(ecos), use_as_default_(_("_Use as a default DCC Device"), true) {
+  set_spacings(4);
+  set_border_width(6);
+  const auto add_row = [this, &labels](guint row, const char* text, Gtk::Entry& field) {
+    auto* label = Gtk::manage(new Gtk::Label(text, true));
+    label->set_alignment(0, 0.5);
+    label->set_mnemonic_widget(field);
+    if (labels) labels->add_widget(*label);
+    attach(*label, 0, 1, row, row + 1, Gtk::FILL, Gtk::FILL);
+    attach(field, 1, 2, row, row + 1, Gtk::EXPAND | Gtk::FILL, Gtk::FILL);
+  };
+  add_row(0, _("_Name:"), name_);
+  add_row(1, _("_Address:"), host_);
+  attach(use_as_default_, 1, 2, 2, 3, Gtk::EXPAND | Gtk::FILL, Gtk::FILL);
+  host_.set_tooltip_text(
+      _("Network name or IP address of the station, with a port as in "
+        "192.168.1.20:15471 if it is not the usual one"));
+  use_as_default_.set_tooltip_text(_("It then drives all decoders for which no device is chosen"));
+  bind_property(ecos, "host", host_, "text");
+  bind_property(ecos, "use-as-default", use_as_default_, "active");
+}
+
+}  // namespace zemblar

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <gtkmm/entry.h>
+
+#include "ui/object_ref.h"
+
+namespace zemblar {
+
+class StringPool;
+
+/// An entry that shows and sets the name of an object as it is typed.
+///
+/// The object ignores an empty name and one that a sibling has: the entry shows the real name again
+/// when it is left, and on Return.
+class NameEntry : public Gtk::Entry {
+ public:
+  explicit NameEntry(zemblar::Object& object);
+
+  /// Offers the strings of a pool while a name is being typed.
+  void offer(const StringPool& pool);
+
+ protected:
+  void on_changed() override;
+  void on_activate() override;
+  bool on_focus_out_event(GdkEventFocus* event) override;
+
+ private:
+  void follow();
+
+  bool following_ = false;
+  ObjectRef<zemblar::Object> object_;
+  ScopedConnection renamed_;
+};
+
+/// Offers strings while something is typed into an entry.
+void offer_strings(Gtk::Entry& entry, const std::vector<Glib::ustring>& strings);
+
+}  // namespace zemblar
