@@ -51,7 +51,8 @@ Glib::RefPtr<Decoder> Decoder::create(const YAML::Node& node) {
 Decoder::Decoder() : Glib::ObjectBase("Decoder") {}
 
 Decoder::Decoder(const YAML::Node& node) : Decoder() {
-  if (const auto type = node["type"]) type_ = type_of(scalar_of(type));
+  if (const auto type = node["type"])
+    type_ = type_of(type.IsScalar() ? type.Scalar() : std::string());
   if (const auto device = node["device"]) device >> device_;
   if (const auto address = node["address"]) address >> address_;
   const auto speed = node["speed"];
@@ -115,14 +116,15 @@ void Decoder::set_function(unsigned fn, bool on) {
 void Decoder::complete(const DecoderUpdate& delivered) {
   state_.mask &= ~delivered.agreeing(state_);
   if (retired_ || state_.mask == 0) return;
-  // An operation that ends at once comes back here before the next one is started: the mask is
-  // read anew for each.
+  // An operation that ends at once comes back here before the next one is started. That inner
+  // round sees the newest state and starts all that is due, so the outer one ends.
+  const auto round = ++round_;
   const auto self = Glib::RefPtr<Decoder>((reference(), this));
   if (state_.mask & DecoderUpdate::speed_bit) return driving_device().run_update_speed(this);
   if (state_.mask & DecoderUpdate::direction_bit) {
     return driving_device().run_update_direction(this);
   }
-  for (unsigned fn = 0; fn <= DecoderUpdate::max_function && !retired_; ++fn) {
+  for (unsigned fn = 0; fn <= DecoderUpdate::max_function && round == round_; ++fn) {
     if (state_.mask & DecoderUpdate::function_bit(fn)) {
       driving_device().run_update_function(this, fn);
     }
@@ -135,6 +137,7 @@ void Decoder::resend() {
 
 void Decoder::retire() {
   retired_ = true;
+  ++round_;
   state_.mask = 0;
   device_ = nullptr;
   device_deleted_.disconnect();

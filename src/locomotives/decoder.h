@@ -79,6 +79,7 @@ class Decoder : public DrivenDecoder {
   bool commands_enabled_ = true;
   bool reverse_ = false;
   bool retired_ = false;
+  unsigned round_ = 0;  // of sending
   sigc::signal<void> signal_changed_;
   ScopedConnection device_deleted_;
 };

@@ -10,6 +10,7 @@
 #include "core/yaml_io.h"
 #include "locomotives/lok.h"
 #include "locomotives/script_overlay.h"
+#include "locomotives/survival.h"
 #include "runtime/timer.h"
 
 namespace zemblar {
@@ -126,8 +127,9 @@ void Function::set_state(bool on) {
     state_overlay_ = ScriptOverlay::apply(this, on);
     send(state_overlay_);
   }
+  const Survival alive(*this);
   notify_property(*this, "state");
-  notify_property(*this, "state-overlay");
+  if (alive) notify_property(*this, "state-overlay");
 }
 
 void Function::apply_state_overlay() {

@@ -8,17 +8,12 @@
 #include "core/string_pool.h"
 #include "locomotives/function.h"
 #include "locomotives/script_overlay.h"
+#include "locomotives/survival.h"
 
 namespace zemblar {
 namespace {
 
 constexpr auto stopped = DecoderUpdate::emergency_stop;
-
-/// Tells the property's followers and the signal's.
-void tell(Lok& lok, const char* property, sigc::signal<void>& signal) {
-  notify_property(lok, property);
-  signal.emit();
-}
 
 }  // namespace
 
@@ -49,6 +44,15 @@ Lok::~Lok() {
 void Lok::on_deleting() {
   // From here on nobody must find it by an address.
   registry_.clear();
+}
+
+void Lok::announce(std::initializer_list<Change> changes) {
+  const Survival alive(*this);
+  for (const auto& change : changes) {
+    notify_property(*this, change.property);
+    if (alive && change.signal) (this->*change.signal).emit();
+    if (!alive) return;
+  }
 }
 
 bool Lok::can_contain(Object* child) const {
@@ -90,33 +94,32 @@ void Lok::set_speed(unsigned speed) {
   if (speed == speed_) return;
   speed_ = speed;
   if (!brake_) compute_and_send_speed();
-  tell(*this, "speed", signal_speed_changed_);
-  notify_property(*this, "speed-overlay");
-  tell(*this, "emergency-stop", signal_emergency_stop_changed_);
+  announce({{"speed", &Lok::signal_speed_changed_},
+            {"speed-overlay"},
+            {"emergency-stop", &Lok::signal_emergency_stop_changed_}});
 }
 
 void Lok::set_emergency_stop(bool on) {
   if (on == get_emergency_stop()) return;
+  const Change emergency{"emergency-stop", &Lok::signal_emergency_stop_changed_};
+  speed_ = speed_overlay_ = on ? stopped : 0;
   if (on) {
-    speed_ = speed_overlay_ = stopped;
     send_speed(stopped);
-    tell(*this, "speed", signal_speed_changed_);
-    notify_property(*this, "speed-overlay");
+    announce({{"speed", &Lok::signal_speed_changed_}, {"speed-overlay"}, emergency});
+  } else if (brake_) {
+    announce({emergency});
   } else {
-    speed_ = speed_overlay_ = 0;
-    if (!brake_) {
-      compute_and_send_speed();
-      notify_property(*this, "speed-overlay");
-    }
+    compute_and_send_speed();
+    announce({{"speed-overlay"}, emergency});
   }
-  tell(*this, "emergency-stop", signal_emergency_stop_changed_);
 }
 
 void Lok::set_brake(bool brake) {
   if (brake == brake_) return;
   brake_ = brake;
-  tell(*this, "brake", signal_brake_changed_);
-  send_speed(brake_ ? 0 : speed_overlay_);
+  const Survival alive(*this);
+  announce({{"brake", &Lok::signal_brake_changed_}});
+  if (alive) send_speed(brake_ ? 0 : speed_overlay_);
 }
 
 void Lok::apply_speed_overlay() {
@@ -140,15 +143,15 @@ void Lok::set_direction(Direction direction) {
   if (in_force == direction_overlay_) return;
   direction_overlay_ = in_force;
   turn_round(in_force);
-  tell(*this, "direction", signal_direction_changed_);
-  tell(*this, "direction-overlay", signal_direction_overlay_changed_);
+  announce({{"direction", &Lok::signal_direction_changed_},
+            {"direction-overlay", &Lok::signal_direction_overlay_changed_}});
 }
 
 void Lok::apply_direction_overlay() {
   const auto in_force = ScriptOverlay::apply(this, direction_);
   if (in_force == direction_overlay_) return;
   turn_round(in_force);
-  tell(*this, "direction-overlay", signal_direction_overlay_changed_);
+  announce({{"direction-overlay", &Lok::signal_direction_overlay_changed_}});
 }
 
 // --- What it is and what is reported ---
@@ -156,7 +159,7 @@ void Lok::apply_direction_overlay() {
 void Lok::set_top_speed(int top_speed) {
   if (top_speed == top_speed_) return;
   top_speed_ = top_speed;
-  tell(*this, "top-speed", signal_top_speed_changed_);
+  announce({{"top-speed", &Lok::signal_top_speed_changed_}});
 }
 
 void Lok::set_actual_speed(unsigned char raw) {
@@ -164,7 +167,7 @@ void Lok::set_actual_speed(unsigned char raw) {
   const int speed = step == 0 ? 0 : step > 126 ? 126 : step - 1;
   if (speed == actual_speed_) return;
   actual_speed_ = speed;
-  tell(*this, "actual-speed", signal_actual_speed_changed_);
+  announce({{"actual-speed", &Lok::signal_actual_speed_changed_}});
 }
 
 // --- Decoders ---

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <initializer_list>
 #include <map>
 #include <string>
 #include <vector>
@@ -116,6 +117,14 @@ class Lok : public Object {
  private:
   struct NoDecoder {};
   explicit Lok(NoDecoder tag);
+
+  /// What there is to tell of a change: the property, and its signal where it has one.
+  struct Change {
+    const char* property;
+    sigc::signal<void> Lok::*signal = nullptr;
+  };
+  /// In that order; a handler may destroy the locomotive.
+  void announce(std::initializer_list<Change> changes);
 
   template <typename Command>
   void send(const Command& command);

@@ -1,5 +1,7 @@
 #include "locomotives/lok_holder.h"
 
+#include <unordered_set>
+
 #include "core/layout.h"
 #include "core/property.h"
 #include "locomotives/lok.h"
@@ -7,80 +9,77 @@
 namespace zemblar {
 namespace {
 
-/// Counts the locomotives of the current layout, for all holders: a walk through the groups for
-/// each of them would be made at every change of any object.
-class LokCounter : public sigc::trackable {
+/// Counts the locomotives of the current layout as they come and go. A set, because the removal of
+/// objects that were never in the layout is announced as well.
+class LokCensus {
  public:
-  static LokCounter& get() {
-    static auto* counter = new LokCounter;
-    return *counter;
+  static LokCensus& get() {
+    static auto* census = new LokCensus;
+    return *census;
   }
 
-  [[nodiscard]] unsigned count() const { return count_; }
-  /// The first one has come or the last one gone.
-  sigc::signal<void>& signal_any_changed() { return signal_any_changed_; }
+  unsigned count() {
+    if (!layout_) follow_current();
+    return static_cast<unsigned>(loks_.size());
+  }
+
+  /// From none to some, or back.
+  sigc::signal<void> signal_none_changed;
 
  private:
-  LokCounter() {
-    Layout::signal_replaced().connect([this] { follow(); });
-    follow();
+  LokCensus() {
+    Layout::signal_replaced().connect([this] {
+      const bool none = loks_.empty();
+      follow_current();
+      if (none != loks_.empty()) signal_none_changed.emit();
+    });
   }
 
-  void follow() {
-    auto& layout = Layout::get();
-    added_ = ScopedConnection(layout.signal_object_added().connect([this](Object* object) {
-      if (dynamic_cast<Lok*>(object)) set(count_ + 1);
-    }));
-    removed_ = ScopedConnection(layout.signal_object_removed().connect([this](Object* object) {
-      if (dynamic_cast<Lok*>(object) && belongs(*object)) set(count_ - 1);
-    }));
-    unsigned count = 0;
-    for_each_lok(layout, [&](Lok&) { ++count; });
-    set(count);
+  void follow_current() {
+    layout_ = &Layout::get();
+    loks_.clear();
+    for_each_lok(*layout_, [this](Lok& lok) { loks_.insert(&lok); });
+    added_ = layout_->signal_object_added().connect([this](Object* object) {
+      if (!dynamic_cast<Lok*>(object) || !loks_.insert(object).second) return;
+      if (loks_.size() == 1) signal_none_changed.emit();
+    });
+    removed_ = layout_->signal_object_removed().connect([this](Object* object) {
+      if (loks_.erase(object) && loks_.empty()) signal_none_changed.emit();
+    });
+    deleted_ = layout_->signal_deleted().connect([this] { layout_ = nullptr; });
   }
 
-  static bool belongs(const Object& object) {
-    const auto above = object.get_ancestors();
-    return !above.empty() && above.back() == &Layout::get();
-  }
-
-  void set(unsigned count) {
-    const bool any_changed = (count == 0) != (count_ == 0);
-    count_ = count;
-    if (any_changed) signal_any_changed_.emit();
-  }
-
-  unsigned count_ = 0;
-  sigc::signal<void> signal_any_changed_;
+  Layout* layout_ = nullptr;  // null until it is asked, and when the layout has ended
+  std::unordered_set<Object*> loks_;
   ScopedConnection added_;
   ScopedConnection removed_;
+  ScopedConnection deleted_;
 };
 
 }  // namespace
 
 unsigned lok_count() {
-  return LokCounter::get().count();
+  return LokCensus::get().count();
 }
 
 LokHolder::LokHolder() : Glib::ObjectBase("LokHolder") {
   register_property<Lok*>(this, "lok", &LokHolder::get_lok, &LokHolder::set_lok);
   register_property<bool>(this, "no-loks", &LokHolder::get_no_loks);
-  no_loks_changed_ = ScopedConnection(LokCounter::get().signal_any_changed().connect(
-      [this] { notify_property(*this, "no-loks"); }));
+  static_cast<void>(lok_count());  // from now on it follows the layout
+  no_loks_changed_ =
+      LokCensus::get().signal_none_changed.connect([this] { notify_property(*this, "no-loks"); });
+}
+
+bool LokHolder::get_no_loks() const {
+  return lok_count() == 0;
 }
 
 void LokHolder::set_lok(Lok* lok) {
   if (lok == lok_) return;
   lok_ = lok;
   lok_deleted_.disconnect();
-  if (lok) {
-    lok_deleted_ = ScopedConnection(lok->signal_deleted().connect([this] { set_lok(nullptr); }));
-  }
+  if (lok) lok_deleted_ = lok->signal_deleted().connect([this] { set_lok(nullptr); });
   notify_property(*this, "lok");
-}
-
-bool LokHolder::get_no_loks() const {
-  return lok_count() == 0;
 }
 
 }  // namespace zemblar

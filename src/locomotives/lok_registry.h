@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 #include "core/address.h"
@@ -12,7 +13,10 @@ class Lok;
 class Object;
 
 /// Where a locomotive's addresses stand in the maps of the devices that drive them, so that a
-/// report about an address finds the locomotive. The first locomotive with an address keeps it.
+/// report about an address finds the locomotive.
+///
+/// The first locomotive with an address has it. The others wait and get it in their turn, since
+/// every new locomotive starts with the same address.
 class LokRegistry {
  public:
   explicit LokRegistry(Lok* lok) : lok_(lok) {}
@@ -20,7 +24,7 @@ class LokRegistry {
   LokRegistry(const LokRegistry&) = delete;
   LokRegistry& operator=(const LokRegistry&) = delete;
 
-  /// Registers the decoders' addresses as they are now; what was registered before goes.
+  /// Registers the decoders' addresses as they are now. What stays keeps its turn.
   void update(const std::vector<Glib::RefPtr<Decoder>>& decoders);
   void clear();
 
@@ -28,8 +32,11 @@ class LokRegistry {
   struct Entry {
     Device* device;
     Address address;
+    unsigned turn;
     std::shared_ptr<const bool> device_lives;
   };
+  [[nodiscard]] Entry enter(Device& device, Address address) const;
+  void withdraw(const Entry& entry) const;
 
   Lok* lok_;
   std::vector<Entry> entries_;

@@ -1,5 +1,7 @@
 #include "locomotives/script_overlay.h"
 
+#include <set>
+
 #include "core/layout.h"
 #include "devices/decoder_update.h"
 
@@ -8,6 +10,12 @@ namespace {
 
 const std::list<ScriptOverlay*>& levels() {
   return Layout::get().script_overlays;
+}
+
+/// The levels of all layouts: two of those overlap while a file is opened.
+std::set<ScriptOverlay*>& all_levels() {
+  static std::set<ScriptOverlay*> all;
+  return all;
 }
 
 /// The last level that names the key decides.
@@ -23,10 +31,12 @@ Value last_of(Key* key, Value value, std::map<Key*, Entry> ScriptOverlay::*entri
 }  // namespace
 
 ScriptOverlay::ScriptOverlay()
-    : overlays_(Layout::get().script_overlays),
-      position_(overlays_.insert(overlays_.end(), this)) {}
+    : overlays_(Layout::get().script_overlays), position_(overlays_.insert(overlays_.end(), this)) {
+  all_levels().insert(this);
+}
 
 ScriptOverlay::~ScriptOverlay() {
+  all_levels().erase(this);
   overlays_.erase(position_);
 }
 
@@ -44,14 +54,14 @@ bool ScriptOverlay::apply(Function* function, bool state) {
 }
 
 void ScriptOverlay::forget(Lok* lok) {
-  for (auto* level : levels()) {
+  for (auto* level : all_levels()) {
     level->speeds.erase(lok);
     level->directions.erase(lok);
   }
 }
 
 void ScriptOverlay::forget(Function* function) {
-  for (auto* level : levels()) level->states.erase(function);
+  for (auto* level : all_levels()) level->states.erase(function);
 }
 
 }  // namespace zemblar

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <glibmm/object.h>
+
+namespace zemblar {
+
+/// Tells whether an object has survived what its handlers did. Keep it in the scope that notifies.
+class Survival {
+ public:
+  explicit Survival(Glib::ObjectBase& object) : gobject_(object.gobj()) { g_object_ref(gobject_); }
+  ~Survival() { g_object_unref(gobject_); }
+  Survival(const Survival&) = delete;
+  Survival& operator=(const Survival&) = delete;
+
+  explicit operator bool() const {
+    return Glib::ObjectBase::_get_current_wrapper(gobject_) != nullptr;
+  }
+
+ private:
+  GObject* gobject_;
+};
+
+}  // namespace zemblar
