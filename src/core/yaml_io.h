@@ -1,5 +1,6 @@
 #pragma once
 
+#include <glibmm/object.h>
 #include <glibmm/ustring.h>
 #include <yaml-cpp/yaml.h>
 
@@ -18,6 +19,8 @@ class Object;
 YAML::Emitter& operator<<(YAML::Emitter& out, const Object& object);
 /// A reference: null, or the target's number in this file.
 YAML::Emitter& operator<<(YAML::Emitter& out, const Object* object);
+/// In classes of the toolkit's `Object` alone names that one, and would be written as a bool.
+YAML::Emitter& operator<<(YAML::Emitter& out, const Glib::Object* object) = delete;
 YAML::Emitter& operator<<(YAML::Emitter& out, const Glib::ustring& text);
 
 /// A scalar; a null is none. Bytes that are no UTF-8 are replaced.

@@ -67,7 +67,7 @@ Decoder::Decoder(const YAML::Node& node) : Decoder() {
 void Decoder::save(YAML::Emitter& out) const {
   out << YAML::BeginMap;
   out << YAML::Key << "type" << YAML::Value << type_words[static_cast<std::size_t>(type_)];
-  out << YAML::Key << "device" << YAML::Value << static_cast<const Object*>(device_);
+  out << YAML::Key << "device" << YAML::Value << device_;
   out << YAML::Key << "address" << YAML::Value << address_;
   out << YAML::Key << "speed" << YAML::Value;
   if (!commands_enabled_) {
@@ -156,7 +156,7 @@ void Decoder::set_device(Device* device) {
   signal_changed_.emit();
 }
 
-void Decoder::set_device(Object* object) {
+void Decoder::set_device(zemblar::Object* object) {
   set_device(dynamic_cast<Device*>(object));
 }
 

@@ -49,7 +49,7 @@ class Decoder : public DrivenDecoder {
   [[nodiscard]] Device* get_device() const { return device_; }
   void set_device(Device* device);
   /// Null for an object that is no device.
-  void set_device(Object* object);
+  void set_device(zemblar::Object* object);
   /// The device that drives this decoder now.
   [[nodiscard]] Device& driving_device() const;
   /// Follows a device that has been read from a file.

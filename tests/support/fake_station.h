@@ -1,0 +1,76 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "devices/default_device.h"
+#include "devices/device.h"
+#include "runtime/fiber.h"
+#include "tests/support/layout_fixture.h"
+
+namespace zemblar::test {
+
+/// A station that writes down what it should send, as "3 speed 63", and answers at once or when it
+/// is told to.
+class FakeStation : public Device {
+ public:
+  using Log = std::vector<std::string>;
+
+  FakeStation() : Glib::ObjectBase("FakeStation"), Device("Station %1") {}
+
+  /// In the layout's devices and in service; for decoders without a device too if `by_default`.
+  static FakeStation* in_service(bool by_default = true) {
+    auto* station = Layout::get().get_devices().add(new FakeStation);
+    if (by_default) Layout::get().get_default_device().add_device(station);
+    station->set_active(true);
+    return station;
+  }
+
+  /// What was asked for since the last call.
+  Log sent() { return std::exchange(sent_, {}); }
+
+  /// Keeps the answers back until `answer`.
+  bool hold_answers = false;
+  void answer() {
+    for (auto* f : std::exchange(waiting_, {})) fiber::resume(f, 0);
+  }
+
+ protected:
+  void update_speed(DrivenDecoder* decoder) override {
+    converse(decoder, DecoderUpdate::speed_bit, [](const DecoderUpdate& wish) {
+      return wish.speed == DecoderUpdate::emergency_stop ? "stop"
+                                                         : "speed " + std::to_string(wish.speed);
+    });
+  }
+  void update_direction(DrivenDecoder* decoder) override {
+    converse(decoder, DecoderUpdate::direction_bit, [](const DecoderUpdate& wish) {
+      return std::string(wish.direction == Direction::Forwards ? "forwards" : "reverse");
+    });
+  }
+  void update_function(DrivenDecoder* decoder, unsigned fn) override {
+    converse(decoder, DecoderUpdate::function_bit(fn), [fn](const DecoderUpdate& wish) {
+      return "f" + std::to_string(fn) + (wish.function(fn) ? " on" : " off");
+    });
+  }
+
+ private:
+  template <typename Text>
+  void converse(DrivenDecoder* decoder, std::uint32_t item, const Text& text) {
+    DecoderTask task(this, decoder);
+    if (!task.leads()) return;
+    auto delivered = decoder->state();
+    delivered.mask = item;
+    sent_.push_back(std::to_string(decoder->get_address().get_addr()) + " " + text(delivered));
+    const auto alive = liveness();
+    if (hold_answers) fiber::yield([this](fiber* f) { waiting_.push_back(f); });
+    if (*alive) task.finish(delivered);
+  }
+
+  Log sent_;
+  std::vector<fiber*> waiting_;
+};
+
+using Log = FakeStation::Log;
+
+}  // namespace zemblar::test
