@@ -1,0 +1,157 @@
+#include "support/memory_station.h"
+
+#include <giomm/error.h>
+
+#include <algorithm>
+
+#include "runtime/fiber.h"
+#include "runtime/scoped_connection.h"
+
+namespace zemblar::test {
+
+using Milliseconds = MemoryStation::Milliseconds;
+
+static void later(Milliseconds delay, std::function<void()> call) {
+  Timeout::once(delay, std::move(call)).release();
+}
+
+/// One connection: what the station has sent and nobody has read yet.
+class MemoryStation::Link : public simulator::EcosLink, public std::enable_shared_from_this<Link> {
+ public:
+  explicit Link(MemoryStation& station) : station_(station), client_(station.hub.join(*this)) {}
+  ~Link() override { leave(); }
+
+  void write(std::string_view bytes) override { arrive(std::string(bytes)); }
+  void close() override { station_closed_ = true, wake(); }
+
+  void arrive(std::string bytes) {
+    later(station_.latency, [weak = weak_from_this(), bytes] {
+      if (const auto link = weak.lock()) link->inbox += bytes, link->wake();
+    });
+  }
+  void send(std::string bytes) {
+    later(station_.latency, [weak = weak_from_this(), bytes] {
+      if (const auto link = weak.lock()) link->station_.hub.receive(link->client_, bytes);
+    });
+  }
+  void leave() {
+    if (!left_ && !station_closed_) station_.hub.leave(client_);
+    left_ = true;
+    wake();
+  }
+  [[nodiscard]] bool ended() const { return station_closed_ && inbox.empty(); }
+  [[nodiscard]] bool broken() const { return station_closed_ || left_; }
+  [[nodiscard]] bool left() const { return left_; }
+
+  void wait_for_bytes(const Socket::Cancel& cancel) {
+    ScopedConnection on_cancel;
+    if (cancel)
+      on_cancel = sigc::connection(cancel->signal_cancelled().connect([this] { wake(); }));
+    fiber::yield([this](fiber* f) { reader_ = f; });
+  }
+
+  std::string inbox;
+
+ private:
+  void wake() {
+    if (auto* reader = std::exchange(reader_, nullptr)) {
+      later(Milliseconds(0), [reader] { fiber::resume(reader, 0); });
+    }
+  }
+
+  MemoryStation& station_;
+  simulator::EcosClient client_;
+  bool station_closed_ = false;
+  bool left_ = false;
+  fiber* reader_ = nullptr;
+};
+
+class MemoryStation::MemorySocket : public Socket {
+ public:
+  explicit MemorySocket(MemoryStation& station) : station_(station) {}
+  ~MemorySocket() override { drop(); }
+
+  bool is_connected() const override { return link_ != nullptr; }
+
+  bool connect(const Glib::RefPtr<Gio::SocketConnectable>&, const Cancel& cancel) override {
+    if (link_) throw Gio::Error(Gio::Error::BUSY, "Already Connected");
+    station_.attempts.push_back(Clock::now());
+    pass(station_.latency, cancel);
+    if (!station_.up) throw Gio::Error(Gio::Error::CONNECTION_REFUSED, "Connection refused");
+    link_ = std::make_shared<Link>(station_);
+    station_.newest_ = link_;
+    return true;
+  }
+
+  bool close(const Cancel& cancel) override {
+    connected()->leave();
+    pass(Milliseconds(0), cancel);
+    link_.reset();
+    return true;
+  }
+
+  void drop() override {
+    if (link_) link_->leave();
+    link_.reset();
+  }
+
+  gssize read(void* buffer, gsize count, const Cancel& cancel) override {
+    const auto link = connected();
+    if (count == 0) pass(Milliseconds(0), cancel);
+    while (count > 0 && link->inbox.empty() && !link->ended()) {
+      link->wait_for_bytes(cancel);
+      if (cancel && cancel->is_cancelled()) throw Gio::Error(Gio::Error::CANCELLED, "Cancelled");
+      if (link->left()) throw Gio::Error(Gio::Error::CLOSED, "Closed");
+    }
+    const auto length = std::min(static_cast<std::size_t>(count), link->inbox.size());
+    std::copy_n(link->inbox.begin(), length, static_cast<char*>(buffer));
+    link->inbox.erase(0, length);
+    return static_cast<gssize>(length);
+  }
+
+  gssize write(const void* bytes, gsize count, const Cancel& cancel) override {
+    const auto link = connected();
+    if (link->broken()) throw Gio::Error(Gio::Error::BROKEN_PIPE, "Broken pipe");
+    const auto length = std::min(static_cast<std::size_t>(count), station_.write_limit);
+    link->send(std::string(static_cast<const char*>(bytes), length));
+    pass(station_.write_time, cancel);
+    if (link->left()) throw Gio::Error(Gio::Error::CLOSED, "Closed");
+    return static_cast<gssize>(length);
+  }
+
+ private:
+  std::shared_ptr<Link> connected() const {
+    if (!link_) throw Gio::Error(Gio::Error::CLOSED, "Not Connected");
+    return link_;
+  }
+  static void pass(Milliseconds time, const Cancel& cancel) {
+    if (!sleep_for(time, cancel)) throw Gio::Error(Gio::Error::CANCELLED, "Cancelled");
+  }
+
+  MemoryStation& station_;
+  std::shared_ptr<Link> link_;
+};
+
+MemoryStation::MemoryStation() : hub(later) {}
+MemoryStation::~MemoryStation() = default;
+
+Glib::RefPtr<Socket> MemoryStation::socket() {
+  return Glib::RefPtr<Socket>(new MemorySocket(*this));
+}
+
+void MemoryStation::kill() {
+  up = false;
+  hub.drop_all();
+}
+
+void MemoryStation::inject(std::string bytes) {
+  if (const auto link = newest_.lock()) link->arrive(std::move(bytes));
+}
+
+std::vector<std::string> MemoryStation::take_commands() {
+  auto commands = hub.log().commands();
+  hub.log().clear();
+  return commands;
+}
+
+}  // namespace zemblar::test

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "devices/socket.h"
+#include "runtime/timer.h"
+#include "simulator/ecos_hub.h"
+
+namespace zemblar::test {
+
+/// A simulated ECoS station, and the sockets that lead to it through memory.
+///
+/// Everything that a socket does completes later, by the clock: under a VirtualClock a
+/// conversation always runs the same way.
+class MemoryStation {
+ public:
+  using Milliseconds = std::chrono::milliseconds;
+
+  MemoryStation();
+  ~MemoryStation();
+
+  /// A socket whose every connection leads to this station, which must outlive its use.
+  Glib::RefPtr<Socket> socket();
+
+  simulator::EcosHub hub;
+  bool up = true;                             // takes new connections
+  Milliseconds latency{1};                    // of bytes, each way
+  Milliseconds write_time{0};                 // until a write is reported complete
+  std::size_t write_limit = 1024;             // bytes that one write takes
+  std::vector<Clock::time_point> attempts{};  // to connect
+
+  /// Connections end and new ones are refused.
+  void kill();
+  /// Bytes that arrive at the newest connection as they are.
+  void inject(std::string bytes);
+  /// Takes the commands received so far out of the log.
+  std::vector<std::string> take_commands();
+
+ private:
+  class Link;
+  class MemorySocket;
+  std::weak_ptr<Link> newest_;
+};
+
+}  // namespace zemblar::test
