@@ -31,6 +31,14 @@ class MemoryStation {
   std::size_t write_limit = 1024;             // bytes that one write takes
   std::vector<Clock::time_point> attempts{};  // to connect
 
+  /// Entered at the station itself.
+  void add_locomotive(unsigned address, const std::string& name) {
+    hub.post(hub.model().add_locomotive(address, name));
+  }
+  /// What the station last did with it; it must know it.
+  [[nodiscard]] const simulator::EcosLocomotive& locomotive(unsigned address) const {
+    return *hub.model().locomotive(address);
+  }
   /// Connections end and new ones are refused.
   void kill();
   /// Bytes that arrive at the newest connection as they are.
