@@ -75,6 +75,7 @@ Layout::Layout()
 }
 
 Layout::~Layout() {
+  toplevels_.fill(nullptr);  // gone by now; the end of the default device asks for them
   for (Object* part : {static_cast<Object*>(all_loks_), static_cast<Object*>(all_points_),
                        static_cast<Object*>(all_blocks_), static_cast<Object*>(default_device_)}) {
     part->destroy();
