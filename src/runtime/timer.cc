@@ -47,9 +47,11 @@ class LoopQueue : public TimerQueue {
 
   static gboolean dispatch(GSource* source, GSourceFunc, gpointer) {
     LoopQueue& queue = of(source);
+    // What is armed by a callback is due later than this, so that the loop gets its turn.
     const auto time = queue.now();
-    const auto mark = queue.mark();
-    while (queue.has_due(time, mark)) queue.fire_first();
+    for (auto due = queue.next_due(); due && *due <= time; due = queue.next_due()) {
+      queue.fire_first();
+    }
     return G_SOURCE_CONTINUE;
   }
 
@@ -120,7 +122,6 @@ void Timeout::cancel() {
   if (!timer) return;
   if (timer->queue) timer->queue->erase(*timer);
   timer->repeating_call = false;
-  timer->call = nullptr;
 }
 
 bool Timeout::armed() const {
@@ -133,14 +134,13 @@ void Timeout::release() {
 
 bool sleep_for(std::chrono::milliseconds duration,
                const Glib::RefPtr<Gio::Cancellable>& cancellable) {
-  const auto watched = cancellable;  // the caller's own may be replaced meanwhile
-  if (watched && watched->is_cancelled()) return false;
+  if (cancellable && cancellable->is_cancelled()) return false;
   Timeout timeout;
   ScopedConnection on_cancel;
   const auto passed = fiber::yield([&](fiber* f) {
     timeout = Timeout::once(duration, [f] { fiber::resume(f, 1); });
-    if (!watched) return;
-    on_cancel = watched->signal_cancelled().connect([&timeout, f] {
+    if (!cancellable) return;
+    on_cancel = cancellable->signal_cancelled().connect([&timeout, f] {
       if (!timeout.armed()) return;
       timeout.cancel();
       Glib::signal_idle().connect_once([f] { fiber::resume(f, 0); }, Glib::PRIORITY_DEFAULT);

@@ -27,12 +27,6 @@ std::optional<Clock::time_point> TimerQueue::next_due() const {
   return timers_.begin()->first.first;
 }
 
-bool TimerQueue::has_due(Clock::time_point time, std::uint64_t mark) const {
-  if (timers_.empty()) return false;
-  const auto& [due, order] = timers_.begin()->first;
-  return due <= time && order < mark;
-}
-
 namespace {
 
 bool call_guarded(Timer& timer) {

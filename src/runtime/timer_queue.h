@@ -36,12 +36,6 @@ class TimerQueue {
   /// When the first timer is due, if there is one.
   std::optional<Clock::time_point> next_due() const;
 
-  /// Whether a timer that was armed before `mark` is due at `time`.
-  bool has_due(Clock::time_point time, std::uint64_t mark) const;
-
-  /// Greater than the order of every timer armed so far.
-  std::uint64_t mark() const { return armed_; }
-
   /// Takes the first timer out, calls it and puts it back if it goes on.
   void fire_first();
 

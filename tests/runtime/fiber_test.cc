@@ -247,7 +247,17 @@ TEST(FiberDeathTest, stops_at_misuse) {
   EXPECT_DEATH(on_fiber([] { fiber::resume(fiber::current(), 0); }), "Assertion .* failed");
   EXPECT_DEATH(on_fiber([] { fiber::yield([](fiber* f) { fiber::resume_exception(f); }); }),
                "Assertion .*exception.* failed");
-  EXPECT_DEATH(on_fiber([] { recurse(1000); }), "") << "a stack without a guard page";
+
+  const auto overflow = [] {
+    fiber* deep = nullptr;
+    fiber::spawn([&deep] {
+      park(deep);
+      recurse(300);
+    });
+    fiber::spawn([] { fiber::yield([](fiber*) {}); });  // its stack lies below, within reach
+    fiber::resume(deep, 0);
+  };
+  EXPECT_DEATH(overflow(), "") << "a stack without a guard page";
 }
 
 TEST(FiberDeathTest, does_not_run_a_body_without_a_stack) {
