@@ -1,8 +1,10 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <limits>
 #include <string>
 
 namespace zemblar::bench {
@@ -43,13 +45,20 @@ struct Figure {
   std::function<Round(Effort)> prepare;  // called once, before the first round
 };
 
-/// Nanoseconds that one of `count` calls takes.
+/// Nanoseconds that one of `count` calls takes: the fastest of some batches, because on a busy
+/// machine others are interrupted.
 template <class Body>
 double nanoseconds(std::size_t count, Body&& body) {
-  const auto start = std::chrono::steady_clock::now();
-  for (std::size_t i = 0; i < count; ++i) body();
-  const std::chrono::duration<double, std::nano> passed = std::chrono::steady_clock::now() - start;
-  return passed.count() / static_cast<double>(count);
+  const std::size_t batch = count < 100 ? 1 : count / 20;
+  double fastest = std::numeric_limits<double>::infinity();
+  for (std::size_t done = 0; done < count; done += batch) {
+    const auto start = std::chrono::steady_clock::now();
+    for (std::size_t i = 0; i < batch; ++i) body();
+    const std::chrono::duration<double, std::nano> passed =
+        std::chrono::steady_clock::now() - start;
+    fastest = std::min(fastest, passed.count() / static_cast<double>(batch));
+  }
+  return fastest;
 }
 
 /// A round that times `count` calls of either side.
