@@ -1,0 +1,29 @@
+#pragma once
+
+#include <gdkmm/pixbuf.h>
+
+#include <string>
+
+namespace zemblar {
+
+/// The picture under a track diagram, for instance a plan to trace: a path, and what was loaded
+/// from it. One pixel is one diagram unit. Loading needs no display.
+class BackgroundImage {
+ public:
+  /// Loads the file; an empty path means no image. A file that cannot be loaded leaves only its
+  /// path, so that a layout keeps it, and is named in the status line. A path that is not absolute
+  /// starts from the folder of the layout file.
+  void load(const std::string& path);
+
+  [[nodiscard]] const std::string& path() const { return path_; }
+  /// Null when there is nothing to draw.
+  [[nodiscard]] const Glib::RefPtr<Gdk::Pixbuf>& pixbuf() const { return pixbuf_; }
+  [[nodiscard]] int width() const { return pixbuf_ ? pixbuf_->get_width() : 0; }
+  [[nodiscard]] int height() const { return pixbuf_ ? pixbuf_->get_height() : 0; }
+
+ private:
+  std::string path_;
+  Glib::RefPtr<Gdk::Pixbuf> pixbuf_;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+
+#include "ui/tray.h"
+
+namespace zemblar {
+
+/// What the command line asks for.
+struct StartOptions {
+  bool track_view = false;
+  bool track_editor = false;
+};
+
+/// Everything between the toolkit's start and its main loop: shared items, splash, document,
+/// hardware, tray and the first windows. Made once, on the toolkit's thread; its end leaves
+/// windows, devices and documents as they are.
+class Application {
+ public:
+  explicit Application(StartOptions options);
+
+  /// Runs until Quit. Closing every window does not end it.
+  static void run();
+
+ private:
+  std::unique_ptr<Tray> tray_;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <gtkmm/menutoolbutton.h>
+#include <gtkmm/toolbar.h>
+
+#include <vector>
+
+namespace zemblar {
+
+/// What a tool puts on a view.
+enum class DiagramKind { point, zone, crossing, scissor, signal, label };
+
+/// The tools that add objects to a view: one button for each kind, with a menu for the choice
+/// between a new object of the layout and one that exists. The button itself adds a new one.
+class EditorTools {
+ public:
+  explicit EditorTools(Gtk::Toolbar& toolbar);
+
+  void set_sensitive(bool sensitive);
+  /// A tool was chosen: the kind, and whether it takes an existing object.
+  sigc::signal<void, DiagramKind, bool>& signal_chosen() { return signal_chosen_; }
+
+ private:
+  void append(Gtk::Toolbar& toolbar, unsigned kind);
+
+  std::vector<Gtk::MenuToolButton*> buttons_;
+  sigc::signal<void, DiagramKind, bool> signal_chosen_;
+};
+
+}  // namespace zemblar

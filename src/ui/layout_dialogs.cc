@@ -1,0 +1,110 @@
+#include "ui/layout_dialogs.h"
+
+#include <glibmm/convert.h>
+#include <glibmm/miscutils.h>
+#include <gtkmm/filechooserdialog.h>
+#include <gtkmm/filefilter.h>
+#include <gtkmm/stock.h>
+
+#include <memory>
+
+#include "core/global_options.h"
+#include "core/i18n.h"
+#include "core/layout.h"
+#include "runtime/scoped_connection.h"
+
+namespace zemblar {
+namespace {
+
+enum Response { cancelled = 0, accepted = 1 };
+
+Gtk::Window* active_window() {
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    if (window->property_is_active()) return window;
+  }
+  return nullptr;
+}
+
+/// A chooser for layout files that starts where the present file is.
+class LayoutChooser : public Gtk::FileChooserDialog {
+ public:
+  LayoutChooser(const Glib::ustring& title, Gtk::FileChooserAction action,
+                const Gtk::StockID& accept)
+      : Gtk::FileChooserDialog(title, action) {
+    add_button(Gtk::Stock::CANCEL, cancelled);
+    add_button(accept, accepted);
+    set_default_response(accepted);
+    set_icon_name("zemblar");
+    if (auto* window = active_window()) set_transient_for(*window);
+    add_filters();
+    const auto file = Layout::get().get_file();
+    const auto folder = file ? file->get_parent()->get_path() : Glib::get_current_dir();
+    set_current_folder(folder);
+    // A tray menu stays reachable beside a dialog and may replace the layout.
+    layout_ended_ = Layout::get().signal_deleted().connect([this] { response(cancelled); });
+  }
+
+  /// Whether the person chose a file; the dialog is gone from the screen then.
+  bool choose() {
+    const bool chosen = run() == accepted;
+    layout_ended_.disconnect();
+    hide();
+    return chosen;
+  }
+
+  [[nodiscard]] bool wants_layout_files() const { return get_filter() == &layouts_; }
+
+ private:
+  void add_filters() {
+    layouts_.set_name(_("Zemblar Layout (*.zblt)"));
+    layouts_.add_pattern("*.zblt");
+    everything_.set_name(_("All Files (*.*)"));
+    everything_.add_pattern("*");
+    add_filter(layouts_);
+    add_filter(everything_);
+  }
+
+  Gtk::FileFilter layouts_;
+  Gtk::FileFilter everything_;
+  ScopedConnection layout_ended_;
+};
+
+void open_layout(Layout& /*current*/) {
+  std::string path;
+  {
+    LayoutChooser chooser(_("Open"), Gtk::FILE_CHOOSER_ACTION_OPEN, Gtk::Stock::OPEN);
+    if (!chooser.choose()) return;
+    path = chooser.get_filename();
+  }
+  if (!path.empty() && Layout::open(path)) GlobalOptions::get().set_layout(path);
+}
+
+void save_layout(Layout& layout) {
+  std::string uri;
+  bool complete = false;
+  {
+    LayoutChooser chooser(_("Save As"), Gtk::FILE_CHOOSER_ACTION_SAVE, Gtk::Stock::SAVE);
+    const auto file = layout.get_file();
+    chooser.set_current_name(file ? Glib::filename_display_basename(file->get_path())
+                                  : layout.get_name() + ".zblt");
+    if (!chooser.choose()) return;
+    uri = chooser.get_uri();
+    complete = chooser.wants_layout_files();
+  }
+  if (!uri.empty()) layout.save_to(uri, complete);
+}
+
+}  // namespace
+
+void install_layout_dialogs() {
+  Layout::dialogs() = {open_layout, save_layout};
+}
+
+void close_dialogs() {
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    auto* dialog = dynamic_cast<Gtk::Dialog*>(window);
+    if (dialog && dialog->get_visible()) dialog->response(Gtk::RESPONSE_DELETE_EVENT);
+  }
+}
+
+}  // namespace zemblar

@@ -1,0 +1,31 @@
+#include "ui/layout_window.h"
+
+#include <glibmm/main.h>
+#include <gtkmm/separatortoolitem.h>
+
+#include "ui/file_menu.h"
+
+namespace zemblar {
+
+LayoutWindow::LayoutWindow(const Glib::ustring& title) {
+  set_title(title);
+  append_file_menu(menu_bar_, *this);
+  append_view_menu(menu_bar_, *this);
+  append_file_buttons(toolbar_);
+  rows_.pack_start(menu_bar_, Gtk::PACK_SHRINK);
+  rows_.pack_start(toolbar_, Gtk::PACK_SHRINK);
+  rows_.pack_end(statusbar_, Gtk::PACK_SHRINK);
+  add(rows_);
+}
+
+void LayoutWindow::set_content(Gtk::Widget& content) {
+  rows_.pack_start(content, Gtk::PACK_EXPAND_WIDGET);
+}
+
+// Deleted in the next turn: the menu entry that closes the window is still being served.
+void LayoutWindow::on_hide() {
+  Gtk::Window::on_hide();
+  Glib::signal_idle().connect_once([this] { delete this; });
+}
+
+}  // namespace zemblar

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <gtkmm/box.h>
+#include <gtkmm/menubar.h>
+#include <gtkmm/toolbar.h>
+#include <gtkmm/window.h>
+
+#include "ui/statusbar.h"
+
+namespace zemblar {
+
+/// What the main windows have in common: menu bar, tool bar with the file buttons, content and
+/// status line, from top to bottom. Closing it, by whatever way, deletes it; made with `new`.
+class LayoutWindow : public Gtk::Window {
+ protected:
+  explicit LayoutWindow(const Glib::ustring& title);
+
+  /// Takes all spare height.
+  void set_content(Gtk::Widget& content);
+
+  Gtk::MenuBar menu_bar_;
+  Gtk::Toolbar toolbar_;
+
+ private:
+  void on_hide() override;
+
+  Gtk::VBox rows_;
+  Statusbar statusbar_;
+};
+
+}  // namespace zemblar

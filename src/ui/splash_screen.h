@@ -1,0 +1,26 @@
+#pragma once
+
+#include <gtkmm/image.h>
+#include <gtkmm/window.h>
+
+#include "runtime/timer.h"
+
+namespace zemblar {
+
+/// The picture that greets at start: fades in for a second, stays for three, fades out and deletes
+/// itself. Made with `new`; nobody holds it.
+class SplashScreen : public Gtk::Window {
+ public:
+  SplashScreen();
+
+ private:
+  bool brighten();
+  bool darken();
+  void show_opacity();
+
+  double opacity_ = 0;
+  Gtk::Image image_;
+  Timeout step_;
+};
+
+}  // namespace zemblar

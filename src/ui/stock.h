@@ -1,0 +1,29 @@
+#pragma once
+
+#include <gtkmm/stockid.h>
+
+/// Menu entries, tool buttons and icons that the windows share.
+namespace zemblar::stock {
+
+extern const Gtk::StockID file;
+extern const Gtk::StockID view;
+extern const Gtk::StockID block_control;
+extern const Gtk::StockID track_view;
+extern const Gtk::StockID track_editor;
+extern const Gtk::StockID throttle;
+extern const Gtk::StockID track_power_off;
+extern const Gtk::StockID track_power_on;
+extern const Gtk::StockID disconnect;  ///< icon only
+extern const Gtk::StockID connect;     ///< icon only
+extern const Gtk::StockID locomotive;  ///< icon only
+extern const Gtk::StockID add_crossing;
+extern const Gtk::StockID add_label;
+extern const Gtk::StockID add_point;
+extern const Gtk::StockID add_scissor;
+extern const Gtk::StockID add_signal;
+extern const Gtk::StockID add_zone;
+
+/// Makes labels and icons known to the toolkit. Once, after the toolkit has set the locale.
+void register_items();
+
+}  // namespace zemblar::stock

@@ -1,0 +1,57 @@
+#include "ui/track_editor.h"
+
+#include <gtkmm/button.h>
+#include <gtkmm/separatortoolitem.h>
+
+#include "core/i18n.h"
+#include "ui/view_canvas.h"
+
+namespace zemblar {
+namespace {
+
+constexpr int default_width = 1100;
+constexpr int default_height = 700;
+constexpr int panel_width = 370;
+
+Gtk::Toolbar& with_separator(Gtk::Toolbar& toolbar) {
+  toolbar.append(*Gtk::manage(new Gtk::SeparatorToolItem));
+  return toolbar;
+}
+
+Gtk::Widget* make_canvas(View& view) {
+  return new ViewCanvas(view, _("This view is empty."));
+}
+
+}  // namespace
+
+void TrackEditor::open() {
+  (new TrackEditor)->show();
+}
+
+TrackEditor::TrackEditor()
+    : LayoutWindow(_("Zemblar 0.1 — Track Editor")),
+      tools_(with_separator(toolbar_)),
+      pages_(make_canvas, ViewPages::Hidden::show) {
+  set_default_size(default_width, default_height);
+  append_new_view_button();
+  sides_.pack1(pages_, true, true);
+  sides_.pack2(panel_, false, false);
+  sides_.set_position(default_width - panel_width);
+  set_content(sides_);
+  pages_.signal_current_changed().connect(sigc::mem_fun(*this, &TrackEditor::refresh_panel));
+  tools_.set_sensitive(false);
+  show_all_children();
+  refresh_panel();
+}
+
+void TrackEditor::append_new_view_button() {
+  auto* button = Gtk::manage(new Gtk::Button(_("New _View"), true));
+  button->signal_clicked().connect([] { Layout::get().get_views().add(new View); });
+  pages_.add_to_hint(*button);
+}
+
+void TrackEditor::refresh_panel() {
+  panel_.show_object(pages_.current());
+}
+
+}  // namespace zemblar

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <gtkmm/paned.h>
+
+#include "ui/editor_tools.h"
+#include "ui/layout_window.h"
+#include "ui/properties_panel.h"
+#include "ui/view_pages.h"
+
+namespace zemblar {
+
+/// The window in which views are drawn and all objects of the layout are edited. Views that are
+/// hidden in the track view have their page here.
+class TrackEditor : public LayoutWindow {
+ public:
+  /// Opens one more window, which owns itself.
+  static void open();
+
+ private:
+  TrackEditor();
+  void append_new_view_button();
+  void refresh_panel();
+
+  EditorTools tools_;
+  Gtk::HPaned sides_;
+  ViewPages pages_;
+  PropertiesPanel panel_;
+};
+
+}  // namespace zemblar

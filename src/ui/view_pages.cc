@@ -1,0 +1,116 @@
+#include "ui/view_pages.h"
+
+#include <algorithm>
+
+#include "core/i18n.h"
+
+namespace zemblar {
+
+struct ViewPages::Page {
+  View& view;
+  Gtk::Widget* canvas;
+  Gtk::Label* tab;
+  LayoutFollower::Connections connections{};
+};
+
+ViewPages::ViewPages(MakeCanvas make_canvas, Hidden hidden)
+    : make_canvas_(std::move(make_canvas)), hidden_(hidden), hint_(false, 12) {
+  notebook_.set_tab_pos(Gtk::POS_BOTTOM);
+  notebook_.set_show_border(false);
+  notebook_.set_border_width(0);
+  notebook_.set_scrollable(true);
+  notebook_.popup_enable();
+  pack_start(notebook_, Gtk::PACK_EXPAND_WIDGET);
+  hint_.pack_start(hint_text_, Gtk::PACK_SHRINK);
+  pack_start(hint_, Gtk::PACK_EXPAND_PADDING);
+  hint_text_.show();
+  // Which of the two is seen depends on the views, whoever calls show_all.
+  notebook_.set_no_show_all();
+  hint_.set_no_show_all();
+  page_switched_ =
+      notebook_.signal_switch_page().connect([this](GtkNotebookPage*, guint) { announce(); });
+  follower_ = std::make_unique<LayoutFollower>(
+      [this](Layout& layout, LayoutFollower::Connections& connections) {
+        attach(layout, connections);
+      });
+}
+
+// The toolkit takes the pages away one by one; nobody wants to hear of it.
+ViewPages::~ViewPages() {
+  page_switched_.disconnect();
+}
+
+void ViewPages::attach(Layout& layout, LayoutFollower::Connections& connections) {
+  connections.emplace_back(layout.signal_object_added().connect([this](Object* object) {
+    if (auto* view = dynamic_cast<View*>(object)) add_page(*view);
+  }));
+  for (auto* object : layout.get_views()) {
+    if (auto* view = dynamic_cast<View*>(object)) add_page(*view);
+  }
+  refresh_hint();
+}
+
+void ViewPages::add_page(View& view) {
+  auto* canvas = Gtk::manage(make_canvas_(view));
+  auto* tab = Gtk::manage(new Gtk::Label(view.get_name()));
+  pages_.push_back(std::make_unique<Page>(view, canvas, tab));
+  auto& page = *pages_.back();
+  page.connections.emplace_back(
+      view.signal_deleted().connect([this, &view] { remove_page(view); }));
+  page.connections.emplace_back(view.property_name().signal_changed().connect([this, &page] {
+    page.tab->set_text(page.view.get_name());
+    notebook_.set_menu_label_text(*page.canvas, page.view.get_name());
+  }));
+  page.connections.emplace_back(
+      view.property_hidden().signal_changed().connect([this, &page] { show_page(page); }));
+  tab->show();
+  notebook_.append_page(*canvas, *tab);
+  notebook_.set_menu_label_text(*canvas, view.get_name());
+  show_page(page);
+}
+
+void ViewPages::remove_page(const View& view) {
+  const auto page = std::ranges::find_if(pages_, [&](auto& p) { return &p->view == &view; });
+  if (page == pages_.end()) return;
+  auto* canvas = (*page)->canvas;
+  // The connections go with the page, one of which may have led here: it stays until the end.
+  const auto ended = std::move(*page);
+  pages_.erase(page);
+  notebook_.remove_page(*canvas);
+  refresh_hint();
+  announce();
+}
+
+void ViewPages::show_page(Page& page) {
+  page.canvas->set_visible(hidden_ == Hidden::show || !page.view.get_hidden());
+  refresh_hint();
+}
+
+void ViewPages::refresh_hint() {
+  const bool any =
+      std::ranges::any_of(pages_, [](auto& page) { return page->canvas->get_visible(); });
+  notebook_.set_visible(any);
+  hint_.set_visible(!any);
+  hint_text_.set_text(pages_.empty() ? _("This layout has no view yet.")
+                                     : _("All views of this layout are hidden."));
+}
+
+View* ViewPages::current() const {
+  auto& notebook = const_cast<Gtk::Notebook&>(notebook_);
+  const auto* child = notebook.get_nth_page(notebook.get_current_page());
+  const auto page = std::ranges::find_if(pages_, [&](auto& p) { return p->canvas == child; });
+  return page == pages_.end() ? nullptr : &(*page)->view;
+}
+
+void ViewPages::announce() {
+  signal_current_changed_.emit();
+}
+
+void ViewPages::add_to_hint(Gtk::Widget& widget) {
+  auto* centred = Gtk::manage(new Gtk::HBox);
+  centred->pack_start(widget, Gtk::PACK_EXPAND_PADDING);
+  hint_.pack_start(*centred, Gtk::PACK_SHRINK);
+  centred->show_all();
+}
+
+}  // namespace zemblar

@@ -1,0 +1,37 @@
+#!/bin/sh
+# Runs a command in a desktop session of its own: X server, session bus, window manager, a tray for
+# status icons, and accessibility, so that a program can be operated by what is visible in it.
+# Settings and data of the user are out of reach: home is a temporary folder that is removed again.
+#
+#   session.sh COMMAND [ARGUMENT...]
+#
+# The exit status is that of the command. ZEMBLAR_SCREEN sets the size, as in 1280x800x24.
+set -eu
+
+if [ "${ZEMBLAR_SESSION_STEP:-}" = inside ]; then
+  unset ZEMBLAR_SESSION_STEP
+  export GTK_MODULES=gail:atk-bridge NO_AT_BRIDGE=0 GTK_RC_FILES="$HOME/gtkrc"
+  openbox --sm-disable >"$HOME/openbox.log" 2>&1 &
+  /usr/libexec/at-spi-bus-launcher --launch-immediately >"$HOME/at-spi.log" 2>&1 &
+  trayer --edge top --align right --widthtype request --height 28 >"$HOME/trayer.log" 2>&1 &
+  status=0
+  "$@" || status=$?
+  # The X server ends with this script, and with it everything that needs a display.
+  exit "$status"
+fi
+
+home=$(mktemp -d)
+trap 'rm -rf "$home"' EXIT
+mkdir -m 700 "$home/run"
+cat >"$home/gtkrc" <<'RC'
+gtk-enable-animations = 0
+gtk-cursor-blink = 0
+RC
+status=0
+env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY \
+  HOME="$home" XDG_CONFIG_HOME="$home/config" XDG_DATA_HOME="$home/data" \
+  XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$home/run" GIO_USE_VFS=local \
+  LANG="${ZEMBLAR_LANG:-C.UTF-8}" LC_ALL= ZEMBLAR_SESSION_STEP=inside \
+  xvfb-run -a -s "-screen 0 ${ZEMBLAR_SCREEN:-1280x800x24}" \
+  dbus-run-session -- "$0" "$@" || status=$?
+exit "$status"

@@ -1,0 +1,247 @@
+"""Operates the real program by what a person sees: roles and visible names.
+
+    with Program(path, '-e') as program:
+        editor = program.window('Zemblar 0.1 — Track Editor')
+        editor.choose('File', 'New')
+        editor.find('push button', 'New View').press()
+        wait_for(lambda: 'saved' in program.status())
+
+Runs inside tests/e2e/session.sh, with the system's Python, which has pyatspi. Everything that the
+program does is awaited with a time limit; a failure says what was looked for and what was there.
+"""
+
+import os
+import subprocess
+import time
+
+import pyatspi
+
+TIME_LIMIT = 15.0  # seconds
+
+
+class NotSeen(AssertionError):
+    """What a person would look for in vain."""
+
+
+def wait_for(condition, what=None, limit=TIME_LIMIT):
+    """Returns the first true value of condition(); its exceptions count as "not yet"."""
+    end = time.monotonic() + limit
+    problem = None
+    while True:
+        try:
+            value = condition()
+            if value:
+                return value
+            problem = None
+        except Exception as error:  # widgets come and go while one looks
+            problem = error
+        if time.monotonic() > end:
+            text = f'waited {limit} s for {what or "a condition"}'
+            raise NotSeen(f'{text}: {problem}' if problem else text)
+        time.sleep(0.05)
+
+
+def screenshot(path):
+    """The whole screen, as a PNG."""
+    subprocess.run(['import', '-window', 'root', path], check=True)
+
+
+class Item:
+    """One visible thing."""
+
+    def __init__(self, accessible):
+        self.accessible = accessible
+
+    def __repr__(self):
+        return f'<{self.role} "{self.name}">'
+
+    @property
+    def role(self):
+        return self.accessible.getRoleName()
+
+    @property
+    def name(self):
+        return self.accessible.name
+
+    def has(self, state):
+        return self.accessible.getState().contains(getattr(pyatspi, 'STATE_' + state.upper()))
+
+    @property
+    def sensitive(self):
+        return self.has('sensitive')
+
+    @property
+    def checked(self):
+        return self.has('checked')
+
+    # Finding
+
+    def children(self):
+        return [Item(child) for child in self.accessible if child is not None]
+
+    def walk(self):
+        """This and everything below it, as far as it is on the screen."""
+        yield self
+        for child in self.children():
+            if child.role in ('menu item', 'menu', 'check menu item') or child.has('visible'):
+                yield from child.walk()
+
+    def find_all(self, role, name=None):
+        found = []
+        for item in self.walk():
+            try:
+                if item.role == role and (name is None or item.name == name):
+                    found.append(item)
+            except Exception:  # gone meanwhile
+                continue
+        return found
+
+    def find(self, role, name=None, limit=TIME_LIMIT):
+        """The first one of that role and name; waits until there is one."""
+        return wait_for(lambda: self.find_all(role, name), f'{role} "{name}" in {self}', limit)[0]
+
+    def labelled(self, label, limit=TIME_LIMIT):
+        """The control that a label with this text stands for."""
+        def look():
+            for item in self.walk():
+                for relation in item.accessible.getRelationSet():
+                    if relation.getRelationType() != pyatspi.RELATION_LABELLED_BY:
+                        continue
+                    if relation.getTarget(0).name == label:
+                        return item
+            return None
+        return wait_for(look, f'a control labelled "{label}" in {self}', limit)
+
+    def tree(self, depth=0):
+        """What is here, as text; for finding out why a test fails."""
+        lines = ['  ' * depth + repr(self)]
+        for child in self.children():
+            if child.has('visible') or 'menu' in child.role:
+                lines.append(child.tree(depth + 1))
+        return '\n'.join(lines)
+
+    # Acting
+
+    def press(self):
+        """Clicks a button, switches a check box, chooses a menu entry."""
+        if not self.sensitive:
+            raise NotSeen(f'{self} is insensitive')
+        self.accessible.queryAction().doAction(0)
+
+    def choose(self, *path):
+        """Chooses an entry of a menu bar or menu, as in choose('File', 'Save As')."""
+        item = self
+        for name in path:
+            roles = ('menu', 'menu item', 'check menu item')
+            above = item
+            item = wait_for(lambda: [i for r in roles for i in above.find_all(r, name)],
+                            f'the menu entry {" > ".join(path)}')[0]
+        item.press()
+
+    def set_value(self, value):
+        """Moves a slider or spin button."""
+        self.accessible.queryValue().currentValue = value
+
+    def value(self):
+        return self.accessible.queryValue().currentValue
+
+    def text(self):
+        """What an entry or label shows."""
+        return self.accessible.queryText().getText(0, -1)
+
+    def type_text(self, text):
+        """Replaces the text of an entry."""
+        self.accessible.queryEditableText().setTextContents(text)
+
+    def select(self, index):
+        """Selects a page of a notebook or an entry of a list by its place."""
+        self.accessible.querySelection().selectChild(index)
+
+    def _rows(self):
+        """Pairs of a row number and the texts in the row."""
+        table = self.accessible.queryTable()
+        for row in range(table.nRows):
+            cells = [Item(table.getAccessibleAt(row, column)) for column in range(table.nColumns)]
+            yield row, [i.name for cell in cells for i in cell.walk() if i.name]
+
+    def rows(self):
+        """In a tree or list: the texts of the rows that are not folded away."""
+        return [' '.join(texts) for _, texts in self._rows()]
+
+    def select_row(self, name, limit=TIME_LIMIT):
+        """In a tree or list: selects the row that shows this text."""
+        def look():
+            for row, texts in self._rows():
+                if name in texts:
+                    return self.accessible.queryTable().addRowSelection(row)
+            return False
+        wait_for(look, f'a row "{name}" in {self}', limit)
+
+    def extents(self):
+        """x, y, width and height on the screen."""
+        box = self.accessible.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)
+        return box.x, box.y, box.width, box.height
+
+    def click(self, button=1):
+        """A real click of the pointer in the middle."""
+        x, y, width, height = self.extents()
+        subprocess.run(['xdotool', 'mousemove', str(x + width // 2), str(y + height // 2), 'click',
+                        str(button)], check=True)
+
+
+def press_keys(*keys):
+    """Real keys, as in press_keys('ctrl+s'), to whatever has the focus."""
+    subprocess.run(['xdotool', 'key', '--clearmodifiers', *keys], check=True)
+
+
+class Program:
+    """The program, from its start to its end."""
+
+    def __init__(self, path, *arguments, env=None):
+        self.process = subprocess.Popen([path, *arguments], env={**os.environ, **(env or {})})
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        if self.process.poll() is None:
+            self.process.terminate()
+            self.process.wait(TIME_LIMIT)
+
+    def application(self):
+        def look():
+            if self.process.poll() is not None:
+                raise NotSeen(f'the program has ended with {self.process.returncode}')
+            desktop = pyatspi.Registry.getDesktop(0)
+            for application in desktop:
+                if application and application.get_process_id() == self.process.pid:
+                    return Item(application)
+            return None
+        return wait_for(look, 'the program on the accessibility bus')
+
+    def windows(self):
+        return [w for w in self.application().children() if w.has('visible')]
+
+    def window(self, title, limit=TIME_LIMIT):
+        """The first window of that title, a dialog included."""
+        return wait_for(lambda: [w for w in self.windows() if w.name == title],
+                        f'a window "{title}"', limit)[0]
+
+    def gone(self, title, limit=TIME_LIMIT):
+        """Waits until no window has that title."""
+        wait_for(lambda: not [w for w in self.windows() if w.name == title],
+                 f'the end of the window "{title}"', limit)
+
+    def status(self):
+        """The status line, as the first window that has one shows it."""
+        for window in self.windows():
+            for bar in window.find_all('statusbar'):
+                return bar.text()
+        return None
+
+    def wait_for_status(self, part, limit=TIME_LIMIT):
+        wait_for(lambda: part in self.status(), f'"{part}" in the status line', limit)
+
+    def wait_for_end(self, limit=TIME_LIMIT):
+        """The exit status."""
+        return self.process.wait(limit)
