@@ -22,7 +22,7 @@ fi
 
 home=$(mktemp -d)
 trap 'rm -rf "$home"' EXIT
-mkdir -m 700 "$home/run"
+mkdir -m 700 "$home/run" "$home/config" "$home/data" "$home/cache"
 cat >"$home/gtkrc" <<'RC'
 gtk-enable-animations = 0
 gtk-cursor-blink = 0
