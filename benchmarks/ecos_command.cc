@@ -178,22 +178,24 @@ const Figure mean("ECoS: one locomotive command", "ns", 2.7, [](Effort effort) {
   };
 });
 
-const Figure tail("ECoS: one locomotive command, 99th percentile against the floor's mean", "ns",
-                  5.0, [](Effort effort) {
-                    auto bench = std::make_shared<Bench>();
-                    return [bench, effort] {
-                      const auto count = effort.count(500);
-                      Sample sample;
-                      sample.floor =
-                          nanoseconds(count, [&] { bench->plain.command(bench->next_speed()); });
-                      std::vector<double> times(count);
-                      for (auto& time : times) {
-                        time = nanoseconds(1, [&] { bench->program.command(bench->next_speed()); });
-                      }
-                      sample.figure = percentile_99(times);
-                      return sample;
-                    };
-                  });
+/// The 99th percentile of the times that single calls take, in ns.
+template <class Body>
+double tail_of(std::size_t count, Body&& body) {
+  std::vector<double> times(count);
+  for (auto& time : times) time = nanoseconds(1, body);
+  return percentile_99(std::move(times));
+}
+
+const Figure tail("ECoS: one locomotive command, 99th percentile", "ns", 5.0, [](Effort effort) {
+  auto bench = std::make_shared<Bench>();
+  return [bench, effort] {
+    const auto count = effort.count(500);
+    Sample sample;
+    sample.floor = tail_of(count, [&] { bench->plain.command(bench->next_speed()); });
+    sample.figure = tail_of(count, [&] { bench->program.command(bench->next_speed()); });
+    return sample;
+  };
+});
 
 }  // namespace
 }  // namespace zemblar::bench

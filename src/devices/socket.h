@@ -8,13 +8,15 @@
 #include <giomm/socketconnectable.h>
 #include <giomm/socketconnection.h>
 
+#include <optional>
 #include <string>
 
 namespace zemblar {
 
 /// A TCP client whose operations look synchronous to the fiber that calls them.
 ///
-/// Each operation suspends the running fiber until it has ended; only `is_connected` and `drop`
+/// Each operation suspends the running fiber until it has ended, but for a write that the system
+/// takes at once; only `is_connected` and `drop`
 /// need no fiber. One read and one write may be under way at the same time, from two fibers. The
 /// socket and its streams live until the last operation has ended, whoever lets go of it.
 ///
@@ -56,6 +58,8 @@ class Socket : public Glib::Object {
   Socket();
 
  private:
+  /// None when the system's buffer is full, or there is no connection.
+  std::optional<gssize> write_at_once(const void* bytes, gsize count, const Cancel& cancel);
   /// Waits for an operation on one side of the connection.
   template <typename Stream, typename Start, typename Finish>
   auto run(const Glib::RefPtr<Stream>& stream, Start start, Finish finish);
