@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
   zemblar::GlobalOptions::get().set_layout(argv[1]);
   zemblar::Application application({.track_editor = true});
   add_station(argv[2]);
-  Glib::signal_timeout().connect_once(sigc::ptr_fun(&zemblar::LokController::open), throttle_delay);
+  Glib::signal_timeout().connect_once([] { zemblar::LokController::open(); }, throttle_delay);
   zemblar::Application::run();
   return 0;
 }

@@ -3,21 +3,13 @@
 #include <glibmm/optiongroup.h>
 #include <gtkmm/main.h>
 
-#include <clocale>
 #include <iostream>
 #include <optional>
 
 #include "core/i18n.h"
-#include "runtime/context.h"
 #include "ui/application.h"
 
 namespace {
-
-void set_up_translation() {
-  std::setlocale(LC_ALL, "");
-  bindtextdomain(GETTEXT_PACKAGE, ZEMBLAR_LOCALEDIR);
-  bind_textdomain_codeset(GETTEXT_PACKAGE, "UTF-8");
-}
 
 Glib::OptionEntry flag(const char* long_name, char short_name, const char* description) {
   Glib::OptionEntry entry;
@@ -30,8 +22,7 @@ Glib::OptionEntry flag(const char* long_name, char short_name, const char* descr
 }  // namespace
 
 int main(int argc, char** argv) {
-  zemblar::raise_float_flags();
-  set_up_translation();
+  zemblar::set_up_process();
 
   zemblar::StartOptions options;
   auto view = flag("track-view", 'v', _("Start with Track View window open"));

@@ -2,6 +2,7 @@
 
 #include <glibmm/main.h>
 
+#include <algorithm>
 #include <cassert>
 
 #include "core/collections.h"
@@ -88,7 +89,6 @@ void Layout::new_document(bool with_view) {
   if (with_view) file_.reset();
   emptying_ = true;
   destroy_children();
-  toplevels_.fill(nullptr);
   emptying_ = false;
   auto put = [this](Toplevel* toplevel) {
     toplevels_[static_cast<std::size_t>(toplevel->section())] = toplevel;
@@ -152,6 +152,10 @@ void Layout::recompute_track_power() {
   if (on == track_power_) return;
   track_power_ = on;
   notify_property(*this, "track-power");
+}
+
+void Layout::on_child_removing(Object* child) {
+  std::ranges::replace(toplevels_, dynamic_cast<Toplevel*>(child), static_cast<Toplevel*>(nullptr));
 }
 
 // Completions that the devices still have queued get one chance to run before they end.

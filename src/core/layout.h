@@ -147,6 +147,7 @@ class Layout : public Object {
 
  protected:
   void on_deleting() override;
+  void on_child_removing(Object* child) override;
 
  private:
   void load(const std::string& path);

@@ -4,10 +4,13 @@
 #include <gtkmm/main.h>
 #include <gtkmm/settings.h>
 
+#include <clocale>
+
 #include "core/global_options.h"
 #include "core/i18n.h"
 #include "core/status.h"
 #include "devices/hw_list.h"
+#include "runtime/context.h"
 #include "ui/icons.h"
 #include "ui/layout_dialogs.h"
 #include "ui/splash_screen.h"
@@ -29,6 +32,8 @@ void tell_of_exception() {
     set_status(error.what());
   } catch (const std::exception& error) {
     set_status(Glib::ustring::compose(_("Something went wrong: %1"), error.what()));
+  } catch (...) {
+    set_status(_("Something went wrong."));
   }
 }
 
@@ -52,6 +57,13 @@ void open_first_windows(StartOptions options) {
 }
 
 }  // namespace
+
+void set_up_process() {
+  raise_float_flags();
+  std::setlocale(LC_ALL, "");
+  bindtextdomain(GETTEXT_PACKAGE, ZEMBLAR_LOCALEDIR);
+  bind_textdomain_codeset(GETTEXT_PACKAGE, "UTF-8");
+}
 
 Application::Application(StartOptions options) {
   Glib::add_exception_handler(sigc::ptr_fun(tell_of_exception));

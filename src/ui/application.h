@@ -12,6 +12,10 @@ struct StartOptions {
   bool track_editor = false;
 };
 
+/// What comes before everything else in a process, the toolkit included: the user's language, and
+/// the floating-point flags that fibers want equal.
+void set_up_process();
+
 /// Everything between the toolkit's start and its main loop: shared items, splash, document,
 /// hardware, tray and the first windows. Made once, on the toolkit's thread; its end leaves
 /// windows, devices and documents as they are.
