@@ -1,0 +1,268 @@
+#include <gtkmm/checkbutton.h>
+#include <gtkmm/comboboxtext.h>
+
+#include <memory>
+
+#include "core/panel_factory.h"
+#include "devices/device_ecos.h"
+#include "locomotives/function.h"
+#include "locomotives/lok.h"
+#include "locomotives/lok_group.h"
+#include "runtime/timer.h"
+#include "tests/support/layout_fixture.h"
+#include "tests/ui/widget_search.h"
+#include "ui/addr_spin.h"
+#include "ui/decoder_form.h"
+#include "ui/device_toplevel_properties.h"
+#include "ui/form.h"
+#include "ui/function_list.h"
+#include "ui/function_properties.h"
+#include "ui/lok_attribute_list.h"
+
+namespace zemblar::test {
+namespace {
+
+class PanelTest : public LayoutTest {
+ protected:
+  ~PanelTest() override { layout().new_document(false); }
+
+  static std::unique_ptr<Gtk::Widget> panel_of(Object& object) {
+    return std::unique_ptr<Gtk::Widget>(
+        object.make_properties_panel(Gtk::SizeGroup::create(Gtk::SIZE_GROUP_HORIZONTAL)));
+  }
+  static Decoder& decoder_of(Lok& lok, unsigned index = 0) {
+    return *lok.get_decoders().at(index).operator->();
+  }
+
+  VirtualClock clock;
+  Lok* lok = layout().get_loks().add(new Lok);
+};
+
+TEST_F(PanelTest, showing_an_object_changes_nothing_in_it) {
+  auto* function = new Function(lok);
+  function->set_type(Function::Type::Script);
+  function->set_function(28);
+  function->set_on_image("/nowhere/at all.png");
+  lok->add(function);
+  lok->set_top_speed(123456);
+  auto& decoder = decoder_of(*lok);
+  decoder.set_address(Address(5, true));
+  decoder.set_speed_ratio(0.125);
+  decoder.set_reverse(true);
+  lok->add_decoder();
+  const auto before = layout().serialize();
+  for (zemblar::Object* object : std::initializer_list<zemblar::Object*>{
+           lok, function, &layout().get_loks(), &layout().get_devices()}) {
+    ASSERT_TRUE(panel_of(*object)) << object->get_name();
+  }
+  EXPECT_EQ(layout().serialize(), before);
+  EXPECT_EQ(decoder.state().mask, 0U);
+}
+
+TEST_F(PanelTest, a_name_that_cannot_be_given_is_shown_as_it_is_when_the_entry_is_left) {
+  layout().get_loks().add(new Lok)->set_name("Taken");
+  lok->set_name("Mine");
+  NameEntry entry(*lok);
+  entry.set_text("Mine Too");
+  EXPECT_EQ(lok->get_name(), "Mine Too");
+  for (const char* refused : {"", "Taken"}) {
+    entry.set_text(refused);
+    EXPECT_EQ(lok->get_name(), "Mine Too");
+    EXPECT_EQ(entry.get_text(), refused);
+    entry.activate();
+    EXPECT_EQ(entry.get_text(), "Mine Too");
+  }
+  lok->set_name("Elsewhere");
+  EXPECT_EQ(entry.get_text(), "Elsewhere");
+}
+
+TEST_F(PanelTest, an_address_is_kept_within_its_kind) {
+  AddrSpin mobile(Address::Kind::mobile);
+  mobile.set_address(Address(5, true));
+  EXPECT_EQ(mobile.get_address(), Address(5, true));
+  mobile.set_value(99999);
+  EXPECT_EQ(mobile.get_address(), Address(10239));
+  mobile.set_long(false);
+  EXPECT_EQ(mobile.get_address(), Address(127, false));
+  EXPECT_EQ(mobile.get_value(), 127);
+  mobile.set_value(128);
+  EXPECT_EQ(mobile.get_address(), Address(128, true));
+  mobile.set_value(-1);
+  EXPECT_EQ(mobile.get_address(), Address(1, true));
+
+  AddrSpin accessory(Address::Kind::accessory);
+  accessory.set_value(4000);
+  EXPECT_EQ(accessory.get_address(), Address(Address::Kind::accessory, 512));
+  accessory.set_address(Address(Address::Kind::output, 2048));
+  EXPECT_EQ(accessory.get_address(), Address(Address::Kind::accessory, 512));
+}
+
+TEST_F(PanelTest, the_long_mark_and_the_address_of_a_decoder_go_together) {
+  const auto panel = panel_of(*lok);
+  auto& spin = get_widget<AddrSpin>(*panel);
+  auto& is_long = get_widget<Gtk::CheckButton>(*panel, "Lo_ng");
+  spin.set_value(2000);
+  EXPECT_TRUE(is_long.get_active());
+  EXPECT_EQ(decoder_of(*lok).get_address(), Address(2000));
+  is_long.set_active(false);
+  EXPECT_EQ(decoder_of(*lok).get_address(), Address(127, false));
+  EXPECT_EQ(spin.get_value(), 127);
+  decoder_of(*lok).set_address(Address(3, true));
+  EXPECT_TRUE(is_long.get_active());
+  EXPECT_EQ(spin.get_value(), 3);
+}
+
+TEST_F(PanelTest, a_decoder_chooses_its_station_and_falls_back_when_that_goes) {
+  auto* station = layout().get_devices().add(new ECoS);
+  const auto panel = panel_of(*lok);
+  auto& chooser = get_widget<ObjectButton>(*panel);
+  EXPECT_EQ(chooser.get_accessible()->get_name(), "(Default)");
+  chooser.set_object(station);
+  EXPECT_EQ(decoder_of(*lok).get_device(), station);
+  station->destroy();
+  EXPECT_EQ(decoder_of(*lok).get_device(), nullptr);
+  EXPECT_EQ(chooser.get_accessible()->get_name(), "(Default)");
+}
+
+TEST_F(PanelTest, decoders_are_added_and_removed_but_for_the_last) {
+  const auto panel = panel_of(*lok);
+  EXPECT_EQ(find_widget<Gtk::Button>(*panel, "Remove Decoder"), nullptr);
+  auto& first = decoder_of(*lok);
+  get_widget<Gtk::Button>(*panel, "New _Decoder").clicked();
+  auto* second = &decoder_of(*lok, 1);
+  handle_events();
+  auto& remove = get_widget<Gtk::Button>(*panel, "Remove Decoder");
+  remove.clicked();
+  remove.clicked();
+  ASSERT_EQ(lok->get_decoders().size(), 1U);
+  EXPECT_EQ(&decoder_of(*lok), second);
+  EXPECT_NE(&decoder_of(*lok), &first);
+  handle_events();
+  EXPECT_EQ(find_widget<Gtk::Button>(*panel, "Remove Decoder"), nullptr);
+}
+
+TEST_F(PanelTest, attributes_stay_sorted_above_the_row_for_a_new_one) {
+  LokAttributeList list(*lok);
+  const auto& columns = LokAttributeModel::columns();
+  const auto rows = [&list, &columns] {
+    std::string text;
+    for (const auto& row : list.list().get_model()->children()) {
+      text += row.get_value(columns.key) + "=" + row.get_value(columns.value) + " ";
+    }
+    return text;
+  };
+  lok->set_attribute("owner", "me");
+  list.enter_key("class");
+  list.enter_key("z");
+  list.enter_key("");
+  list.enter_key("owner");
+  list.enter_value("0", "V60");
+  list.enter_value("3", "the last row takes no value");
+  EXPECT_EQ(rows(), "class=V60 owner=me z= Add Attribute…= ");
+  EXPECT_EQ(lok->get_attributes().at("class"), "V60");
+  lok->remove_attribute("owner");
+  EXPECT_EQ(rows(), "class=V60 z= Add Attribute…= ");
+  list.list().get_selection()->select(Gtk::TreePath("2"));
+  EXPECT_FALSE(list.remove_button().get_sensitive());
+  list.list().get_selection()->select(Gtk::TreePath("1"));
+  list.remove_button().clicked();
+  EXPECT_EQ(rows(), "class=V60 Add Attribute…= ");
+}
+
+TEST_F(PanelTest, functions_are_listed_numbered_and_deleted) {
+  const auto panel = panel_of(*lok);
+  auto& list = get_widget<FunctionList>(*panel);
+  for (int i = 0; i < 3; ++i) list.new_button().clicked();
+  ASSERT_EQ(lok->child_count(), 3U);
+  const auto number = [this](unsigned n) {
+    return dynamic_cast<Function*>(lok->child_at(n))->get_function();
+  };
+  EXPECT_EQ(number(2), 2U);
+  list.list().get_selection()->select(Gtk::TreePath("1"));
+  list.delete_button().clicked();
+  EXPECT_EQ(lok->child_count(), 2U);
+  EXPECT_EQ(list.list().get_model()->children().size(), 2U);
+  list.new_button().clicked();
+  EXPECT_EQ(number(2), 1U);
+}
+
+TEST_F(PanelTest, a_function_keeps_a_type_from_a_file_until_another_is_chosen) {
+  auto* function = lok->add(new Function(lok));
+  function->set_type(Function::Type::Script);
+  FunctionProperties panel(*function, {});
+  EXPECT_EQ(panel.type().get_active_text(), "Script Function");
+  panel.type().set_active_text("Pulse Function");
+  EXPECT_EQ(function->get_type(), Function::Type::Pulse);
+  EXPECT_EQ(panel.type().get_model()->children().size(), 2U);
+  function->set_type(Function::Type::Toggle);
+  EXPECT_EQ(panel.type().get_active_text(), "Toggle Function");
+}
+
+TEST_F(PanelTest, a_function_follows_the_decoders_of_its_locomotive) {
+  lok->add_decoder();
+  auto* function = lok->add(new Function(lok));
+  const auto panel = panel_of(*function);
+  function->set_decoder(1);
+  lok->remove_decoder(0);
+  EXPECT_EQ(function->get_decoder(), 0U);
+  lok->add_decoder();
+  EXPECT_EQ(function->get_decoder(), 0U);
+}
+
+TEST_F(PanelTest, a_panel_may_outlive_its_object) {
+  auto* function = lok->add(new Function(lok));
+  auto* group = layout().get_loks().add(new LokGroup);
+  auto* station = layout().get_devices().add(new ECoS);
+  std::vector<std::unique_ptr<Gtk::Widget>> panels;
+  for (zemblar::Object* object :
+       std::initializer_list<zemblar::Object*>{lok, function, group, station}) {
+    panels.push_back(panel_of(*object));
+  }
+  layout().new_document(false);
+  for (const auto& panel : panels) {
+    get_widget<NameEntry>(*panel).set_text("Late");
+    if (auto* check = find_widget<Gtk::CheckButton>(*panel, "")) check->set_active();
+    for (const char* name : {"New _Decoder", "New _Function", "New _Locomotive"}) {
+      if (auto* button = find_widget<Gtk::Button>(*panel, name)) button->clicked();
+    }
+  }
+  handle_events();
+  EXPECT_TRUE(layout().get_loks().empty());
+}
+
+TEST_F(PanelTest, a_station_is_made_from_the_menu_and_edited_in_its_panel) {
+  DTProps panel(dynamic_cast<DeviceToplevel&>(layout().get_devices()), {});
+  auto* item =
+      dynamic_cast<Gtk::MenuItem*>(std::vector<Gtk::Widget*>(panel.menu().get_children()).front());
+  EXPECT_EQ(item->get_label(), "ESU ECoS");
+  item->activate();
+  auto& station = dynamic_cast<ECoS&>(*layout().get_devices().child_at(0));
+  const auto station_panel = panel_of(station);
+  const auto entries = [&] {
+    std::vector<Gtk::Entry*> found;
+    for (auto* child : dynamic_cast<Gtk::Container&>(*station_panel).get_children()) {
+      if (auto* entry = dynamic_cast<Gtk::Entry*>(child)) found.push_back(entry);
+    }
+    return found;
+  }();
+  ASSERT_EQ(entries.size(), 2U);
+  for (auto* entry : entries) {
+    if (entry->get_text() == "localhost") entry->set_text("127.0.0.1:1");
+  }
+  EXPECT_EQ(station.get_host(), "127.0.0.1:1");
+  auto& use = get_widget<Gtk::CheckButton>(*station_panel, "_Use as a default DCC Device");
+  use.set_active(!station.get_use_as_default());
+  EXPECT_EQ(use.get_active(), station.get_use_as_default());
+}
+
+TEST_F(PanelTest, new_locomotives_and_groups_are_made_where_they_belong) {
+  const auto all = panel_of(layout().get_loks());
+  get_widget<Gtk::Button>(*all, "New Locomotive _Group").clicked();
+  auto& group = dynamic_cast<LokGroup&>(*layout().get_loks().child_at(1));
+  const auto panel = panel_of(group);
+  get_widget<Gtk::Button>(*panel, "New _Locomotive").clicked();
+  EXPECT_NE(dynamic_cast<Lok*>(group.child_at(0)), nullptr);
+}
+
+}  // namespace
+}  // namespace zemblar::test

@@ -1,0 +1,347 @@
+#include <gdk/gdkkeysyms.h>
+#include <gtkmm/menuitem.h>
+
+#include "locomotives/function.h"
+#include "locomotives/lok.h"
+#include "locomotives/lok_group.h"
+#include "locomotives/script_overlay.h"
+#include "runtime/timer.h"
+#include "tests/support/layout_fixture.h"
+#include "tests/ui/widget_search.h"
+#include "ui/func_button.h"
+#include "ui/lok_controller.h"
+
+namespace zemblar::test {
+namespace {
+
+/// Locomotives without a station: what is asked of a decoder stays marked as out of date.
+class ThrottleTest : public LayoutTest {
+ protected:
+  ~ThrottleTest() override { layout().new_document(false); }
+
+  static Lok* add_lok(const char* name) {
+    auto* lok = layout().get_loks().add(new Lok);
+    lok->set_name(name);
+    return lok;
+  }
+  static Function* add_function(Lok* lok, unsigned number = 0) {
+    auto* function = new Function(lok);
+    function->set_function(number);
+    return lok->add(function);
+  }
+  static unsigned asked(const Lok* lok) { return lok->get_decoders().front()->state().mask; }
+  static unsigned sent_speed(const Lok* lok) { return lok->get_decoders().front()->get_speed(); }
+  static void expect_shown(LokController& throttle, unsigned speed) {
+    EXPECT_EQ(throttle.scale().get_value(), speed);
+    EXPECT_EQ(throttle.dial().get_red(), speed);
+  }
+
+  VirtualClock clock;
+};
+
+TEST_F(ThrottleTest, throttles_on_one_locomotive_follow_each_other) {
+  auto* lok = add_lok("Express");
+  LokController one;
+  LokController other;
+  one.chooser().set_object(lok);
+  other.chooser().set_object(lok);
+  one.scale().set_value(40.3);
+  EXPECT_EQ(lok->get_speed(), 40U);
+  expect_shown(other, 40);
+  other.direction_button().clicked();
+  EXPECT_EQ(lok->get_direction(), Direction::Reverse);
+  EXPECT_EQ(one.direction_button().get_tooltip_text(), other.direction_button().get_tooltip_text());
+  lok->set_speed(126);
+  expect_shown(one, 126);
+  expect_shown(other, 126);
+}
+
+TEST_F(ThrottleTest, an_emergency_stop_is_not_lifted_by_the_scales_that_fall_to_0) {
+  auto* lok = add_lok("Express");
+  LokController one;
+  LokController other;
+  one.chooser().set_object(lok);
+  other.chooser().set_object(lok);
+  other.scale().set_value(60);
+  one.stop_button().clicked();
+  expect_shown(one, 0);
+  expect_shown(other, 0);
+  EXPECT_TRUE(lok->get_emergency_stop());
+  EXPECT_EQ(sent_speed(lok), DecoderUpdate::emergency_stop);
+  one.stop_button().clicked();
+  EXPECT_TRUE(lok->get_emergency_stop());
+
+  LokController late;
+  late.scale().set_value(80);
+  late.chooser().set_object(lok);
+  EXPECT_TRUE(lok->get_emergency_stop());
+
+  other.scale().set_value(20);
+  EXPECT_FALSE(lok->get_emergency_stop());
+  EXPECT_EQ(sent_speed(lok), 20U);
+}
+
+TEST_F(ThrottleTest, choosing_another_locomotive_sends_nothing_to_either) {
+  auto* fast = add_lok("Express");
+  auto* standing = add_lok("Shunter");
+  fast->set_speed(60);
+  fast->set_direction(Direction::Reverse);
+  add_function(standing);
+  LokController throttle;
+  throttle.chooser().set_object(fast);
+  throttle.chooser().set_object(standing);
+  expect_shown(throttle, 0);
+  EXPECT_EQ(asked(standing), 0U);
+  throttle.chooser().set_object(nullptr);
+  throttle.scale().set_value(33);
+  throttle.chooser().set_object(standing);
+  EXPECT_EQ(asked(standing), 0U);
+  EXPECT_EQ(fast->get_speed(), 60U);
+  throttle.chooser().set_object(fast);
+  expect_shown(throttle, 60);
+  EXPECT_EQ(sent_speed(fast), 60U);
+}
+
+TEST_F(ThrottleTest, is_dead_without_a_locomotive_and_when_its_own_has_ended) {
+  LokController throttle;
+  const auto expect_dead = [&throttle] {
+    EXPECT_EQ(throttle.get_lok(), nullptr);
+    EXPECT_EQ(throttle.functions().get_lok(), nullptr);
+    for (Gtk::Widget* control : std::initializer_list<Gtk::Widget*>{
+             &throttle.dial(), &throttle.scale(), &throttle.direction_button(),
+             &throttle.stop_button()}) {
+      EXPECT_FALSE(control->get_sensitive());
+    }
+    EXPECT_FALSE(throttle.dial().get_red_visible());
+    EXPECT_FALSE(throttle.dial().get_black_visible());
+    EXPECT_FALSE(throttle.press_key(GDK_space));
+    EXPECT_FALSE(throttle.press_key(GDK_0));
+  };
+  expect_dead();
+  auto* lok = add_lok("Express");
+  add_function(lok);
+  lok->set_actual_speed(50);
+  throttle.chooser().set_object(lok);
+  EXPECT_TRUE(throttle.scale().get_sensitive());
+  EXPECT_TRUE(throttle.dial().get_black_visible());
+  lok->destroy();
+  expect_dead();
+  throttle.chooser().set_object(add_lok("Shunter"));
+  layout().new_document(false);
+  expect_dead();
+}
+
+TEST_F(ThrottleTest, shows_the_actual_speed_only_while_it_is_known) {
+  auto* lok = add_lok("Express");
+  LokController throttle;
+  throttle.chooser().set_object(lok);
+  EXPECT_TRUE(throttle.dial().get_red_visible());
+  EXPECT_FALSE(throttle.dial().get_black_visible());
+  lok->set_actual_speed(101);
+  EXPECT_TRUE(throttle.dial().get_black_visible());
+  EXPECT_EQ(throttle.dial().get_black(), 99U);
+  throttle.chooser().set_object(add_lok("Shunter"));
+  EXPECT_FALSE(throttle.dial().get_black_visible());
+}
+
+TEST_F(ThrottleTest, the_dial_says_why_a_train_stands) {
+  auto* lok = add_lok("Express");
+  LokController throttle;
+  throttle.chooser().set_object(lok);
+  lok->set_speed(60);
+  const auto driving = throttle.dial().get_tooltip_text();
+  EXPECT_EQ(driving, "Wanted speed: 60 of 126");
+  lok->set_brake(true);
+  EXPECT_NE(throttle.dial().get_tooltip_text().raw().find("Held by block control"),
+            std::string::npos);
+  lok->set_brake(false);
+  EXPECT_EQ(throttle.dial().get_tooltip_text(), driving);
+}
+
+TEST_F(ThrottleTest, keys_stop_the_train_and_press_the_functions_of_their_numbers) {
+  auto* lok = add_lok("Express");
+  auto* horn = add_function(lok, 3);
+  auto* high = add_function(lok, 12);
+  LokController throttle;
+  throttle.chooser().set_object(lok);
+  EXPECT_TRUE(throttle.press_key(GDK_3));
+  EXPECT_TRUE(horn->get_state());
+  EXPECT_TRUE(throttle.press_key(GDK_KP_3));
+  EXPECT_FALSE(horn->get_state());
+  EXPECT_FALSE(throttle.press_key(GDK_1));
+  EXPECT_FALSE(high->get_state());
+  EXPECT_TRUE(throttle.press_key(GDK_space));
+  EXPECT_TRUE(lok->get_emergency_stop());
+}
+
+TEST_F(ThrottleTest, a_function_that_a_script_switches_is_shown_but_not_kept) {
+  auto* function = add_function(add_lok("Express"));
+  LokController throttle;
+  throttle.chooser().set_object(function->get_lok());
+  auto& button = *throttle.functions().buttons().front();
+  {
+    ScriptOverlay overlay;
+    overlay.states[function] = true;
+    function->apply_state_overlay();
+    EXPECT_TRUE(button.get_active());
+    EXPECT_FALSE(function->get_state());
+    // The script outranks the person until it ends.
+    button.set_active(false);
+    EXPECT_TRUE(button.get_active());
+  }
+  function->apply_state_overlay();
+  EXPECT_FALSE(button.get_active());
+  button.set_active(true);
+  EXPECT_TRUE(function->get_state());
+}
+
+TEST_F(ThrottleTest, the_button_of_a_pulse_drops_back_at_once) {
+  auto* function = add_function(add_lok("Express"), 2);
+  function->set_type(Function::Type::Pulse);
+  LokController throttle;
+  throttle.chooser().set_object(function->get_lok());
+  auto& button = *throttle.functions().buttons().front();
+  const auto& decoder = *function->get_lok()->get_decoders().front().operator->();
+  button.clicked();
+  EXPECT_FALSE(button.get_active());
+  EXPECT_EQ(decoder.state().functions, 1U << 2);
+  clock.advance(std::chrono::milliseconds(200));
+  EXPECT_EQ(decoder.state().functions, 0U);
+}
+
+/// One line per row of the table, each button by the columns that it fills: "0123 01|23".
+std::string cells(FuncTable& table) {
+  std::string text;
+  guint row = 0;
+  for (auto* button : table.buttons()) {
+    guint left = 0;
+    guint right = 0;
+    guint top = 0;
+    gtk_container_child_get(GTK_CONTAINER(table.gobj()), GTK_WIDGET(button->gobj()), "left-attach",
+                            &left, "right-attach", &right, "top-attach", &top, nullptr);
+    if (!text.empty()) text += top == row ? '|' : ' ';
+    row = top;
+    while (left < right) text += static_cast<char>('0' + left++);
+  }
+  return text;
+}
+
+TEST_F(ThrottleTest, the_rows_of_function_buttons_are_always_full) {
+  const char* const expected[] = {"",
+                                  "0123",
+                                  "01|23",
+                                  "0123 01|23",
+                                  "0|1|2|3",
+                                  "0123 0|1|2|3",
+                                  "01|23 0|1|2|3",
+                                  "0123 01|23 0|1|2|3",
+                                  "0|1|2|3 0|1|2|3",
+                                  "0123 0|1|2|3 0|1|2|3"};
+  auto* lok = add_lok("Express");
+  FuncTable table;
+  table.set_lok(lok);
+  for (const char* const row : expected) {
+    EXPECT_EQ(cells(table), row);
+    guint rows = 0;
+    g_object_get(table.gobj(), "n-rows", &rows, nullptr);
+    EXPECT_EQ(rows, *row ? 1U + static_cast<guint>(std::count(row, row + strlen(row), ' ')) : 1U);
+    add_function(lok);
+  }
+  while (!lok->empty()) (*lok->begin())->destroy();
+  EXPECT_EQ(cells(table), "");
+}
+
+TEST_F(ThrottleTest, the_function_table_follows_what_is_added_removed_and_hidden) {
+  auto* lok = add_lok("Express");
+  auto* light = add_function(lok);
+  FuncTable table;
+  table.set_lok(lok);
+  auto* horn = add_function(lok);
+  auto* bell = add_function(lok);
+  const auto shown = [&table] {
+    std::vector<Function*> functions;
+    for (auto* button : table.buttons()) functions.push_back(button->get_function());
+    return functions;
+  };
+  using Functions = std::vector<Function*>;
+  EXPECT_EQ(shown(), (Functions{light, horn, bell}));
+  horn->set_hidden(true);
+  EXPECT_EQ(shown(), (Functions{light, bell}));
+  EXPECT_EQ(cells(table), "01|23");
+  light->destroy();
+  EXPECT_EQ(shown(), (Functions{bell}));
+  horn->set_hidden(false);
+  EXPECT_EQ(shown(), (Functions{horn, bell}));
+}
+
+/// The red share of a pixel over its green one, from a picture of the dial.
+int redness(Dial& dial, int x, int y) {
+  auto* picture = gtk_widget_get_snapshot(GTK_WIDGET(dial.gobj()), nullptr);
+  auto* pixbuf = gdk_pixbuf_get_from_drawable(nullptr, picture, nullptr, x, y, 0, 0, 1, 1);
+  const auto* pixel = gdk_pixbuf_get_pixels(pixbuf);
+  const int difference = pixel[0] - pixel[1];
+  g_object_unref(pixbuf);
+  g_object_unref(picture);
+  return difference;
+}
+
+TEST_F(ThrottleTest, the_red_needle_turns_about_the_middle_of_the_dial) {
+  Gtk::Window window;
+  Dial dial;
+  window.add(dial);
+  window.show_all();
+  handle_events();
+  // Half way up, to the left and to the right of the middle, at 135 degrees for 0 and 126.
+  struct Case {
+    unsigned speed;
+    int x;
+    int y;
+  };
+  for (const auto& [speed, x, y] : {Case{63, 120, 75}, Case{0, 88, 152}, Case{126, 152, 152},
+                                    Case{21, 75, 120}, Case{105, 165, 120}}) {
+    dial.set_red(speed);
+    EXPECT_GT(redness(dial, x, y), 60) << speed;
+    dial.set_red_visible(false);
+    EXPECT_LT(redness(dial, x, y), 60) << speed;
+    dial.set_red_visible(true);
+  }
+}
+
+std::string menu_text(Gtk::Menu& menu) {
+  std::string text;
+  for (auto* child : menu.get_children()) {
+    auto* item = dynamic_cast<Gtk::MenuItem*>(child);
+    if (!item || item->get_label().empty()) continue;
+    text += (text.empty() ? "" : ", ") + item->get_label().raw();
+    if (!item->get_sensitive()) text += "!";
+    if (auto* submenu = item->get_submenu()) text += " [" + menu_text(*submenu) + "]";
+  }
+  return text;
+}
+
+TEST_F(ThrottleTest, the_selector_offers_all_locomotives_with_groups_as_submenus) {
+  ObjectButton button(lok_choices());
+  EXPECT_EQ(menu_text(*button.make_menu()).rfind("(None), Locomotives!, No locomotive yet", 0), 0U);
+  auto* express = add_lok("Express");
+  auto* depot = layout().get_loks().add(new LokGroup);
+  depot->set_name("Depot");
+  layout().get_loks().add(new LokGroup);
+  auto* steam = depot->add(new LokGroup);
+  steam->set_name("Steam");
+  steam->add(new Lok)->set_name("Old_One");
+  const auto menu = button.make_menu();
+  EXPECT_EQ(menu_text(*menu), "(None), Locomotives!, Express, Depot [Steam [Old_One]]");
+
+  auto* item = dynamic_cast<Gtk::MenuItem*>(std::vector<Gtk::Widget*>(menu->get_children()).at(3));
+  item->activate();
+  EXPECT_EQ(button.get_object(), express);
+  express->set_name("Night Express");
+  EXPECT_EQ(button.get_accessible()->get_name(), "Night Express");
+  express->destroy();
+  EXPECT_EQ(button.get_accessible()->get_name(), "(None)");
+  item->activate();
+  EXPECT_EQ(button.get_object(), nullptr);
+}
+
+}  // namespace
+}  // namespace zemblar::test

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <atkmm/object.h>
+#include <gtkmm/button.h>
+#include <gtkmm/container.h>
+#include <gtkmm/main.h>
+#include <gtkmm/window.h>
+
+#include <stdexcept>
+#include <string>
+
+namespace zemblar::test {
+
+template <typename T>
+T* find_widget(Gtk::Widget& widget, const std::string& name) {
+  auto* wanted = dynamic_cast<T*>(&widget);
+  auto* button = dynamic_cast<Gtk::Button*>(&widget);
+  const bool labelled = button && button->get_label().raw() == name;
+  if (wanted && (name.empty() || labelled || widget.get_accessible()->get_name() == name)) {
+    return wanted;
+  }
+  if (auto* container = dynamic_cast<Gtk::Container*>(&widget)) {
+    for (auto* child : container->get_children()) {
+      if (auto* found = find_widget<T>(*child, name)) return found;
+    }
+  }
+  return nullptr;
+}
+
+/// The first widget of a class below `root` whose label or accessible name is `name`; an empty name
+/// stands for any.
+template <typename T>
+T& get_widget(Gtk::Widget& root, const std::string& name = {}) {
+  auto* found = find_widget<T>(root, name);
+  if (!found) throw std::runtime_error("no widget: " + name);
+  return *found;
+}
+
+inline void handle_events() {
+  while (Gtk::Main::events_pending()) Gtk::Main::iteration(false);
+}
+
+}  // namespace zemblar::test
