@@ -57,7 +57,7 @@ void FunctionProperties::add_rows() {
   add_row(_("_Name:"), name_);
   add_row(_("T_ype:"), type_);
   add_row(_("_Decoder:"), decoder_);
-  add_row(_("_Function:"), number_, _("of 0 to 28"));
+  add_row(_("_Function:"), number_, _("(0 to 28)"));
   add_row(_("O_ff Image:"), off_image_);
   add_row(_("_On Image:"), on_image_);
   add_field(hidden_);

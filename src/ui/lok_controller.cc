@@ -147,7 +147,6 @@ void LokController::on_scale_moved() {
   const auto speed = static_cast<unsigned>(std::lround(speed_.get_value()));
   dial_.set_red(speed);
   if (lok_ && !following_) lok_->set_speed(speed);
-  follow_standing();
 }
 
 void LokController::on_direction_clicked() {
@@ -178,18 +177,16 @@ void LokController::follow_actual_speed() {
   const int speed = lok_->get_actual_speed();
   if (speed >= 0) dial_.set_black(static_cast<unsigned>(speed));
   dial_.set_black_visible(speed >= 0);
-  follow_standing();
 }
 
 void LokController::follow_standing() {
-  auto text = dial_.describe();
+  Glib::ustring why;
   if (lok_ && lok_->get_emergency_stop()) {
-    text += Glib::ustring("\n") + _("Emergency stop: move the scale to drive on");
+    why = _("Emergency stop: move the scale to drive on");
   } else if (lok_ && lok_->get_brake()) {
-    text += Glib::ustring("\n") +
-            _("Held by block control: it drives on by itself when the way ahead is free");
+    why = _("Held by block control: it drives on by itself when the way ahead is free");
   }
-  dial_.set_tooltip_text(text);
+  dial_.set_tooltip_text(why);
 }
 
 bool LokController::press_key(unsigned keyval) {

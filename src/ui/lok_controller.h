@@ -51,6 +51,7 @@ class LokController : public Gtk::VBox {
   void follow_speed();
   void follow_direction();
   void follow_actual_speed();
+  /// Says why a train stands that should drive.
   void follow_standing();
 
   bool following_ = false;
