@@ -10,7 +10,7 @@ set -eu
 
 if [ "${ZEMBLAR_SESSION_STEP:-}" = inside ]; then
   unset ZEMBLAR_SESSION_STEP
-  export GTK_MODULES=gail:atk-bridge NO_AT_BRIDGE=0 GTK_RC_FILES="$HOME/gtkrc"
+  export GTK_MODULES=gail:atk-bridge NO_AT_BRIDGE=0 GTK2_RC_FILES="$HOME/gtkrc"
   openbox --sm-disable >"$HOME/openbox.log" 2>&1 &
   /usr/libexec/at-spi-bus-launcher --launch-immediately >"$HOME/at-spi.log" 2>&1 &
   trayer --edge top --align right --widthtype request --height 28 >"$HOME/trayer.log" 2>&1 &
@@ -24,6 +24,9 @@ home=$(mktemp -d)
 trap 'rm -rf "$home"' EXIT
 mkdir -m 700 "$home/run" "$home/config" "$home/data" "$home/cache"
 cat >"$home/gtkrc" <<'RC'
+gtk-theme-name = "Adwaita"
+gtk-icon-theme-name = "Adwaita"
+gtk-font-name = "DejaVu Sans 9"
 gtk-enable-animations = 0
 gtk-cursor-blink = 0
 RC
