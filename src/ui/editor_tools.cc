@@ -1,6 +1,8 @@
 #include "ui/editor_tools.h"
 
+#include <atkmm/object.h>
 #include <gtkmm/menu.h>
+#include <gtkmm/togglebutton.h>
 
 #include "core/i18n.h"
 #include "ui/stock.h"
@@ -28,29 +30,40 @@ const Tool tools[] = {
      N_("Add Label for Existing Zone")},
 };
 
+/// The arrow beside a tool has no text of its own.
+void name_arrow(Gtk::MenuToolButton& button, const Glib::ustring& name) {
+  button.set_arrow_tooltip_text(name);
+  auto* box = dynamic_cast<Gtk::Container*>(button.get_child());
+  if (!box) return;
+  for (auto* part : box->get_children()) {
+    if (dynamic_cast<Gtk::ToggleButton*>(part)) part->get_accessible()->set_name(name);
+  }
+}
+
 }  // namespace
 
 EditorTools::EditorTools(Gtk::Toolbar& toolbar) {
   for (const auto& tool : tools) {
     auto* button = Gtk::manage(new Gtk::MenuToolButton(tool.icon));
-    auto* menu = Gtk::manage(new Gtk::Menu);
-    auto choose = [this, kind = tool.kind](bool existing) { signal_chosen_.emit(kind, existing); };
-    auto append = [&](const char* text, bool existing) {
-      auto* item = Gtk::manage(new Gtk::MenuItem(_(text)));
-      item->signal_activate().connect([choose, existing] { choose(existing); });
-      menu->append(*item);
-    };
-    append(tool.add_new, false);
-    append(tool.add_existing, true);
-    menu->show_all();
-    button->set_menu(*menu);
+    button->set_menu(*make_menu(tool.kind, _(tool.add_new), _(tool.add_existing)));
     button->set_tooltip_text(_(tool.add_new));
-    button->set_arrow_tooltip_text(
-        Glib::ustring::compose("%1 / %2", _(tool.add_new), _(tool.add_existing)));
-    button->signal_clicked().connect([choose] { choose(false); });
+    button->signal_clicked().connect(sigc::bind(signal_chosen_.make_slot(), tool.kind, false));
+    name_arrow(*button, Glib::ustring::compose("%1 / %2", _(tool.add_new), _(tool.add_existing)));
     toolbar.append(*button);
     buttons_.push_back(button);
   }
+}
+
+Gtk::Menu* EditorTools::make_menu(DiagramKind kind, const Glib::ustring& add_new,
+                                  const Glib::ustring& add_existing) {
+  auto* menu = Gtk::manage(new Gtk::Menu);
+  for (const bool existing : {false, true}) {
+    auto* item = Gtk::manage(new Gtk::MenuItem(existing ? add_existing : add_new));
+    item->signal_activate().connect(sigc::bind(signal_chosen_.make_slot(), kind, existing));
+    menu->append(*item);
+  }
+  menu->show_all();
+  return menu;
 }
 
 void EditorTools::set_sensitive(bool sensitive) {

@@ -21,7 +21,8 @@ class EditorTools {
   sigc::signal<void, DiagramKind, bool>& signal_chosen() { return signal_chosen_; }
 
  private:
-  void append(Gtk::Toolbar& toolbar, unsigned kind);
+  Gtk::Menu* make_menu(DiagramKind kind, const Glib::ustring& add_new,
+                       const Glib::ustring& add_existing);
 
   std::vector<Gtk::MenuToolButton*> buttons_;
   sigc::signal<void, DiagramKind, bool> signal_chosen_;

@@ -7,7 +7,7 @@
 namespace zemblar {
 namespace {
 
-constexpr int list_height = 300;
+constexpr int list_height = 240;
 
 }  // namespace
 

@@ -1,15 +1,11 @@
 #include "ui/statusbar.h"
 
-#include <atkmm/object.h>
-
-#include "core/i18n.h"
 #include "core/status.h"
 
 namespace zemblar {
 
 Statusbar::Statusbar() {
   set_has_resize_grip(false);
-  get_accessible()->set_name(_("Status"));
   push(get_status(), 0);
   signal_status_changed().connect(sigc::mem_fun(*this, &Statusbar::refresh));
 }

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int default_width = 1100;
 constexpr int default_height = 700;
-constexpr int panel_width = 370;
+constexpr int panel_width = 400;
 
 Gtk::Toolbar& with_separator(Gtk::Toolbar& toolbar) {
   toolbar.append(*Gtk::manage(new Gtk::SeparatorToolItem));

@@ -83,7 +83,7 @@ class Item:
         """This and everything below it, as far as it is on the screen."""
         yield self
         for child in self.children():
-            if child.role in ('menu item', 'menu', 'check menu item') or child.has('visible'):
+            if child.role in ('menu item', 'menu', 'check menu item') or child.has('showing'):
                 yield from child.walk()
 
     def find_all(self, role, name=None):
@@ -116,7 +116,7 @@ class Item:
         """What is here, as text; for finding out why a test fails."""
         lines = ['  ' * depth + repr(self)]
         for child in self.children():
-            if child.has('visible') or 'menu' in child.role:
+            if child.has('showing') or 'menu' in child.role:
                 lines.append(child.tree(depth + 1))
         return '\n'.join(lines)
 
@@ -235,9 +235,9 @@ class Program:
     def status(self):
         """The status line, as the first window that has one shows it."""
         for window in self.windows():
-            for bar in window.find_all('statusbar'):
-                return bar.text()
-        return None
+            for bar in window.find_all('status bar'):
+                return bar.name
+        raise NotSeen('no window with a status line')
 
     def wait_for_status(self, part, limit=TIME_LIMIT):
         wait_for(lambda: part in self.status(), f'"{part}" in the status line', limit)

@@ -1,0 +1,153 @@
+"""Start, tray, windows and the end of the program."""
+
+import os
+import subprocess
+import sys
+import tempfile
+import unittest
+
+from zemblar_ui import Program, press_keys, wait_for
+
+PROGRAM = sys.argv.pop(1)
+EDITOR = 'Zemblar 0.1 — Track Editor'
+VIEW = 'Zemblar 0.1 — Track View'
+SAMPLE = '%YAML 1.2\ntitle: Harbour\nobjects:\n  - !view\n    name: Quay\n    id: 0\n'
+
+
+def remember(path):
+    """Makes the program start with this layout."""
+    folder = os.path.join(os.environ['XDG_CONFIG_HOME'], 'zemblar')
+    os.makedirs(folder, exist_ok=True)
+    with open(os.path.join(folder, 'options.ini'), 'w', encoding='utf-8') as options:
+        options.write(f'[zemblar]\nlayout=file://{path}\n' if path else '')
+
+
+def objects(editor):
+    """The tree of all objects in an editor's panel."""
+    for tabs in editor.find_all('page tab list'):
+        for index, page in enumerate(tabs.children()):
+            if page.name == 'All':
+                tabs.select(index)
+    return editor.find('tree table', 'Objects')
+
+
+class Start(unittest.TestCase):
+    def setUp(self):
+        self.folder = tempfile.TemporaryDirectory()
+        remember(None)
+
+    def tearDown(self):
+        self.folder.cleanup()
+
+    def path(self, name, text=None):
+        path = os.path.join(self.folder.name, name)
+        if text is not None:
+            with open(path, 'w', encoding='utf-8') as file:
+                file.write(text)
+        return path
+
+    def start(self, *arguments):
+        # What the toolkit calls critical is a fault of ours.
+        return Program(PROGRAM, *arguments, env={'G_DEBUG': 'fatal-criticals'})
+
+    def test_opens_an_editor_on_a_new_layout_and_quits_from_its_menu(self):
+        with self.start('somefile.zblt') as program:
+            editor = program.window(EDITOR)
+            rows = objects(editor)
+            wait_for(lambda: rows.rows() == ['New Layout', 'Views', 'View 1', 'Locomotives',
+                                             'Points & Signals', 'Blocks', 'Devices', 'Scripts'],
+                     'the objects of a new layout')
+            self.assertNotIn(VIEW, [w.name for w in program.windows()])
+            editor.choose('File', 'Quit')
+            self.assertEqual(program.wait_for_end(), 0)
+
+    def test_follows_new_open_save_and_rename_in_every_window(self):
+        with self.start('-e', '-v') as program:
+            editor, view = program.window(EDITOR), program.window(VIEW)
+            rows = objects(editor)
+            rows.select_row('Views')
+            editor.find('push button', 'New View').press()
+            view.find('page tab', 'View 2')
+            rows.select_row('View 2')
+            wait_for(lambda: editor.labelled('Name:').text() == 'View 2')
+            editor.labelled('Name:').type_text('Yard')
+            view.find('page tab', 'Yard')
+            self.assertIn('Yard', rows.rows())
+            editor.labelled('Hidden:').press()
+            wait_for(lambda: not view.find_all('page tab', 'Yard'), 'the hidden page to go')
+            self.save_as(program, editor, self.path('railway'))
+            self.assertTrue(os.path.exists(self.path('railway.zblt')))
+            view.choose('File', 'New')
+            wait_for(lambda: not editor.find_all('page tab', 'Yard'), 'New')
+            self.open(program, view, self.path('railway.zblt'))
+            editor.find('page tab', 'Yard')
+            wait_for(lambda: 'Yard' in rows.rows(), 'the view of the file')
+            self.open(program, view, self.path('broken.zblt', 'objects: [!ship {}]'))
+            program.wait_for_status('Unimplemented Load: !ship')
+            self.assertIn('Yard', rows.rows())
+
+    def test_starts_with_the_remembered_layout_and_lives_on_without_windows(self):
+        remember(self.path('harbour.zblt', SAMPLE))
+        with self.start() as program:
+            view = program.window(VIEW)
+            view.find('page tab', 'Quay')
+            view.choose('Block Control', 'Enable Block Control')
+            view.choose('File', 'Close')
+            wait_for(lambda: not program.windows(), 'the end of the last window')
+            self.open_tray_menu(program)
+            self.tray_item(program, 'Track View').press()
+            again = program.window(VIEW)
+            wait_for(lambda: not again.find('check menu item', 'Enable Block Control').checked,
+                     'the switch as it was left')
+            self.open_tray_menu(program)
+            self.tray_item(program, 'Quit').press()
+            self.assertEqual(program.wait_for_end(), 0)
+
+    def test_says_which_layout_cannot_be_opened_and_runs_on(self):
+        remember(self.path('missing.zblt'))
+        with self.start() as program:
+            program.window(VIEW).find('page tab', 'View 1')
+            program.wait_for_status(f"Couldn't open {self.path('missing.zblt')}: Empty File")
+            self.open_tray_menu(program)
+            self.assertFalse(self.tray_item(program, 'New').sensitive)
+            self.assertTrue(self.tray_item(program, 'Save').sensitive)
+
+    def test_a_wrong_option_ends_the_program_with_a_message(self):
+        run = subprocess.run([PROGRAM, '--no-such-option'], capture_output=True, text=True,
+                             check=False)
+        self.assertEqual(run.returncode, 1)
+        self.assertIn('--no-such-option', run.stderr)
+
+    def save_as(self, program, window, path):
+        window.choose('File', 'Save As')
+        dialog = program.window('Save As')
+        dialog.find('text').type_text(path)
+        dialog.find('push button', 'Save').press()
+        program.gone('Save As')
+        wait_for(lambda: os.path.exists(path) or os.path.exists(path + '.zblt'), 'the saved file')
+
+    def open(self, program, window, path):
+        window.choose('File', 'Open')
+        dialog = program.window('Open')
+        if not dialog.find_all('text'):
+            press_keys('ctrl+l')
+        dialog.find('text').type_text(path)
+        dialog.find('push button', 'Open').press()
+        program.gone('Open')
+
+    def open_tray_menu(self, program):
+        """A right click on the status icon, at the right end of the tray."""
+        def look():
+            subprocess.run(['xdotool', 'mousemove', '1266', '14', 'click', '3'], check=True)
+            return self.tray_item(program, 'Quit', limit=1)
+        wait_for(look, 'the menu of the status icon')
+
+    def tray_item(self, program, name, limit=15):
+        def look():
+            menus = [w for w in program.windows() if w.role == 'window']
+            return [item for menu in menus for item in menu.find_all('menu item', name)]
+        return wait_for(look, f'the tray entry "{name}"', limit)[0]
+
+
+if __name__ == '__main__':
+    unittest.main(verbosity=2)
