@@ -79,12 +79,19 @@ class Item:
     def children(self):
         return [Item(child) for child in self.accessible if child is not None]
 
-    def walk(self):
-        """This and everything below it, as far as it is on the screen."""
-        yield self
+    def visible_children(self):
+        """Menu entries count though their menu is closed, and what only has to be scrolled to; the
+        content of a notebook's other pages does not."""
         for child in self.children():
-            if child.role in ('menu item', 'menu', 'check menu item') or child.has('showing'):
-                yield from child.walk()
+            state = 'showing' if self.role == 'page tab' else 'visible'
+            if child.role in ('menu item', 'menu', 'check menu item') or child.has(state):
+                yield child
+
+    def walk(self):
+        """This and everything below it, as far as a person can get at it."""
+        yield self
+        for child in self.visible_children():
+            yield from child.walk()
 
     def find_all(self, role, name=None):
         found = []
@@ -115,9 +122,7 @@ class Item:
     def tree(self, depth=0):
         """What is here, as text; for finding out why a test fails."""
         lines = ['  ' * depth + repr(self)]
-        for child in self.children():
-            if child.has('showing') or 'menu' in child.role:
-                lines.append(child.tree(depth + 1))
+        lines += [child.tree(depth + 1) for child in self.visible_children()]
         return '\n'.join(lines)
 
     # Acting
