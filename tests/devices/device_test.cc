@@ -368,16 +368,6 @@ TEST_F(DeviceTest, default_device_without_a_station_in_service_answers_nothing) 
   EXPECT_FALSE(decoder->up_to_date());
 }
 
-TEST_F(DeviceTest, default_device_sends_a_burst_of_functions_once_each) {
-  auto* station = add_default_device();
-  const auto decoder = TestDecoder::create(default_device());
-  for (unsigned fn = 0; fn <= DecoderUpdate::max_function; ++fn) decoder->want_function(fn, true);
-  while (station->talking()) station->step();
-  EXPECT_TRUE(decoder->up_to_date());
-  EXPECT_EQ(29u, station->sent);
-  EXPECT_LE(decoder->answers.size(), 29u * 30 / 2) << "each answer is a fan-out with its fibers";
-}
-
 TEST_F(DeviceTest, default_device_ends_a_burst_of_speeds_at_the_last_on_every_station) {
   auto* one = add_default_device();
   auto* two = add_default_device();

@@ -4,13 +4,12 @@
 
 #include <random>
 
-#include "devices/decoder_update.h"
 #include "devices/ecos_commands.h"
 
 namespace zemblar {
 namespace {
 
-// As a station sends them; the first two lines are the published protocol's own examples in form.
+// As a station sends them.
 const std::string status_reply = "<REPLY get(1,status)>\r\n1 status[GO]\r\n<END 0 (OK)>\r\n";
 const std::string power_event = "<EVENT 1>\r\n1 status[STOP]\r\n<END 0 (OK)>\r\n";
 const std::string list_reply =
@@ -181,26 +180,11 @@ TEST(ECoSFraming, survives_changed_bytes_and_hears_the_station_again) {
   }
 }
 
-TEST(ECoSCommands, are_the_protocols_texts) {
-  using namespace ecos;
-  EXPECT_EQ("request(10,view)", request_view(locomotive_manager));
-  EXPECT_EQ("get(1,status)", get_status());
-  EXPECT_EQ("set(1,go)", go());
-  EXPECT_EQ("set(1,stop)", zemblar::ecos::stop());
-  EXPECT_EQ("queryObjects(10,addr)", query_locomotives());
+TEST(ECoSCommands, quote_names_and_number_outputs_from_zero) {
   EXPECT_EQ("create(10,addr[3],name[\"The \"\"Fast\"\" One\"],append)",
-            create_locomotive(Address(3), "The \"Fast\" One"));
-  EXPECT_EQ("request(1000,control,force)", request_control(1000));
-  EXPECT_EQ("release(1000,control)", release_control(1000));
-  EXPECT_EQ("set(1000,speed[0])", set_speed(1000, 0));
-  EXPECT_EQ("set(1000,speed[126])", set_speed(1000, 126));
-  EXPECT_EQ("set(1000,stop)", set_speed(1000, DecoderUpdate::emergency_stop));
-  EXPECT_EQ("set(1000,dir[0])", set_direction(1000, Direction::Forwards));
-  EXPECT_EQ("set(1000,dir[1])", set_direction(1000, Direction::Reverse));
-  EXPECT_EQ("set(1000,func[28,1])", set_function(1000, 28, true));
-  EXPECT_EQ("set(1000,func[0,0])", set_function(1000, 0, false));
-  EXPECT_EQ("set(11,switch[DCC0g])", switch_output(1, 0, true));
-  EXPECT_EQ("set(11,switch[DCC2047r])", switch_output(512, 3, false));
+            ecos::create_locomotive(Address(3), "The \"Fast\" One"));
+  EXPECT_EQ("set(11,switch[DCC0g])", ecos::switch_output(1, 0, true));
+  EXPECT_EQ("set(11,switch[DCC2047r])", ecos::switch_output(512, 3, false));
 }
 
 }  // namespace
