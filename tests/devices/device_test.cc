@@ -391,6 +391,7 @@ TEST_F(DeviceTest, default_device_ends_a_burst_of_speeds_at_the_last_on_every_st
   EXPECT_EQ(50u, one->last_speed);
   EXPECT_EQ(50u, two->last_speed);
   EXPECT_LE(one->sent - before, 3u);
+  EXPECT_LE(decoder->answers.size(), 60u) << "and no storm of fan-outs between";
 }
 
 TEST_F(DeviceTest, default_device_does_not_hold_back_an_emergency_stop) {

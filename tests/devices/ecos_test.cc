@@ -419,20 +419,36 @@ TEST_F(ECoSTest, can_be_destroyed_at_any_moment_of_its_life) {
     for (const bool lost : {false, true}) {
       SCOPED_TRACE(moment.count());
       auto* ecos = layout().get_devices().add(new ECoS(station.socket()));
-      const auto decoder = TestDecoder::create(layout().get_default_device());
-      resend_in_service(decoder);
-      decoder->want_speed(1);
-      decoder->want_direction(Direction::Reverse);
+      const auto direct = TestDecoder::create(*ecos);
+      const auto fanned = TestDecoder::create(layout().get_default_device());
+      resend = sigc::connection(Device::signal_in_service().connect([&](Device&) {
+        direct->want_speed(1);
+        fanned->want_direction(Direction::Reverse);
+      }));
       clock.advance(moment);
       if (lost) station.hub.drop_all();
       ecos->destroy();
       EXPECT_TRUE(layout().get_default_device().devices().empty());
-      const auto answers = decoder->answers.size();
+      const auto answers = direct->answers.size() + fanned->answers.size();
       clock.advance(2s);
-      EXPECT_EQ(answers, decoder->answers.size());
+      EXPECT_EQ(answers, direct->answers.size() + fanned->answers.size());
       EXPECT_EQ(0u, station.hub.client_count()) << "the connection goes with it";
+      EXPECT_EQ(1u, direct->gobj()->ref_count) << "no fiber is left behind";
     }
   }
+}
+
+TEST_F(ECoSTest, can_be_destroyed_by_whoever_hears_a_message) {
+  auto* ecos = add_started_ecos();
+  int heard = 0;
+  ecos->property_track_power().signal_changed().connect([&] {
+    ++heard;
+    ecos->destroy();
+  });
+  const std::string event = "<EVENT 1>\n1 status[GO]\n<END 0 (OK)>\n";
+  station.inject(event + event);
+  clock.advance(1s);
+  EXPECT_EQ(1, heard);
 }
 
 TEST_F(ECoSTest, begins_nothing_while_its_layout_is_emptied) {
