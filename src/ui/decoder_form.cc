@@ -28,7 +28,7 @@ DecoderForm::DecoderForm(const Glib::RefPtr<Decoder>& decoder, const Glib::ustri
       reverse_(_("_Reverse"), true) {
   set_border_width(0);
   for (int i = 0; i < type_count; ++i) type_.append(display_name(static_cast<DecoderType>(i)));
-  ratio_.set_digits(2);
+  ratio_.set_digits(3);
   ratio_.set_numeric();
   ratio_.set_range(0, Decoder::max_speed_ratio);
   ratio_.set_increments(0.01, 0.1);

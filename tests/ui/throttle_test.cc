@@ -296,14 +296,14 @@ TEST_F(ThrottleTest, the_red_needle_turns_about_the_middle_of_the_dial) {
   window.add(dial);
   window.show_all();
   handle_events();
-  // Half way up, to the left and to the right of the middle, at 135 degrees for 0 and 126.
+  // On the needle's way out, and on its short tail.
   struct Case {
     unsigned speed;
     int x;
     int y;
   };
-  for (const auto& [speed, x, y] : {Case{63, 120, 75}, Case{0, 88, 152}, Case{126, 152, 152},
-                                    Case{21, 75, 120}, Case{105, 165, 120}}) {
+  for (const auto& [speed, x, y] : {Case{63, 120, 75}, Case{63, 120, 140}, Case{0, 88, 152},
+                                    Case{126, 152, 152}, Case{21, 75, 120}, Case{105, 165, 120}}) {
     dial.set_red(speed);
     EXPECT_GT(redness(dial, x, y), 60) << speed;
     dial.set_red_visible(false);
