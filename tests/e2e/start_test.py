@@ -1,6 +1,7 @@
 """Start, tray, windows and the end of the program."""
 
 import os
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -111,6 +112,16 @@ class Start(unittest.TestCase):
             self.open_tray_menu(program)
             self.assertFalse(self.tray_item(program, 'New').sensitive)
             self.assertTrue(self.tray_item(program, 'Save').sensitive)
+
+    def test_tells_in_the_status_line_why_a_file_cannot_be_saved(self):
+        os.mkdir(self.path('shelf'))
+        remember(self.path('shelf/harbour.zblt', SAMPLE))
+        with self.start() as program:
+            view = program.window(VIEW)
+            view.find('page tab', 'Quay')
+            shutil.rmtree(self.path('shelf'))
+            view.choose('File', 'Save')
+            program.wait_for_status(f"Couldn't save {self.path('shelf/harbour.zblt')}")
 
     def test_a_wrong_option_ends_the_program_with_a_message(self):
         run = subprocess.run([PROGRAM, '--no-such-option'], capture_output=True, text=True,

@@ -1,0 +1,96 @@
+#include "diagram/view.h"
+
+#include <gdkmm/pixbuf.h>
+#include <glib/gstdio.h>
+#include <glibmm/miscutils.h>
+#include <gtest/gtest.h>
+#include <yaml-cpp/yaml.h>
+
+#include "core/layout.h"
+#include "core/status.h"
+
+namespace zemblar {
+namespace {
+
+/// As in a file that holds nothing else.
+std::string written(const View& view) {
+  Layout::get().new_document(false);
+  EXPECT_FALSE(Layout::get().serialize().empty());  // numbers start afresh
+  YAML::Emitter out;
+  view.save(out);
+  return out.c_str();
+}
+
+/// A picture in a file that ends with the scope.
+struct Picture {
+  Picture(int width, int height)
+      : path(Glib::build_filename(Glib::get_tmp_dir(), "zemblar-view-test.png")) {
+    Gdk::Pixbuf::create(Gdk::COLORSPACE_RGB, false, 8, width, height)->save(path, "png");
+  }
+  ~Picture() { g_unlink(path.c_str()); }
+  std::string path;
+};
+
+TEST(View, is_written_and_read_back) {
+  View view;
+  EXPECT_EQ(written(view),
+            "!view\nname: View 1\nid: 0\ncolour: \"#ffffff\"\nimage: \"\"\nhidden: false");
+  view.set_name("Yard");
+  view.set_colour(Gdk::Color("#01ab80"));
+  view.set_hidden(true);
+  view.set_width(300);
+  const auto text = written(view);
+  const View read(YAML::Load(text));
+  EXPECT_EQ(written(read), text);
+  EXPECT_EQ(read.get_colour(), Gdk::Color("#01ab80"));
+  EXPECT_EQ(read.get_width(), 0);  // a file holds no table size
+}
+
+TEST(View, refuses_what_a_file_may_not_say) {
+  struct {
+    const char* text;
+    const char* message;
+  } const cases[] = {
+      {"colour: octarine", "invalid scalar"},
+      {"colour: [1]", "invalid scalar"},
+      {"hidden: perhaps", "invalid scalar"},
+      {"objects: [!view-tunnel {}]", "Unimplemented Load: !view-tunnel"},
+  };
+  for (const auto& one : cases) {
+    try {
+      const View view(YAML::Load(one.text));
+      ADD_FAILURE() << one.text;
+    } catch (const YAML::Exception& error) {
+      EXPECT_NE(std::string(error.what()).find(one.message), std::string::npos) << error.what();
+    }
+  }
+}
+
+TEST(View, grows_its_table_to_hold_the_background_image) {
+  const Picture picture(40, 30);
+  View view;
+  int widths = 0;
+  int images = 0;
+  view.property_width().signal_changed().connect([&] { ++widths; });
+  view.signal_image_changed().connect([&] { ++images; });
+  view.set_height(100);
+  view.set_image(picture.path);
+  EXPECT_EQ(view.get_width(), 40);
+  EXPECT_EQ(view.get_height(), 100);
+  EXPECT_EQ(widths, 1);
+  view.set_image({});
+  EXPECT_EQ(images, 2);
+  EXPECT_EQ(view.get_width(), 40);
+}
+
+TEST(View, keeps_the_path_of_an_image_that_cannot_be_loaded_and_names_it) {
+  clear_status();
+  View view;
+  view.set_image("/nowhere/plan.png");
+  EXPECT_FALSE(view.image().pixbuf());
+  EXPECT_NE(get_status().raw().find("/nowhere/plan.png"), std::string::npos);
+  EXPECT_NE(written(view).find("image: /nowhere/plan.png"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace zemblar
