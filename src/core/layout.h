@@ -57,6 +57,8 @@ class Layout : public Object {
   /// Replaces the current layout by what the file holds. On a failure the status line says why,
   /// everything stays as it was, and the result is false. The remembered path is not touched.
   static bool open(const std::string& path);
+  /// The same with bytes that have been read from there.
+  static bool open_bytes(const std::string& path, const std::string& bytes);
   /// `open` after a file chooser; a success is remembered for the next start.
   void open_dialog();
   /// Writes to `file`, or goes to `save_as` when there is none.
@@ -150,7 +152,7 @@ class Layout : public Object {
   void on_child_removing(Object* child) override;
 
  private:
-  void load(const std::string& path);
+  void load(const std::string& bytes);
   void read_document(const YAML::Node& root);
   void track_device(Object* object);
   void recompute_track_power();

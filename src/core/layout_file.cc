@@ -2,6 +2,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include <fstream>
+#include <optional>
 #include <sstream>
 
 #include "core/global_options.h"
@@ -116,26 +117,30 @@ void Layout::open_dialog() {
 }
 
 bool Layout::open(const std::string& path) {
+  return open_bytes(path, read_file(path));
+}
+
+bool Layout::open_bytes(const std::string& path, const std::string& bytes) {
   clear_status();
   auto* previous = &get();
   auto* opened = new Layout;
-  Glib::ustring problem;
+  std::optional<Glib::ustring> problem;
   try {
     get(opened);
     opened->file_ = Gio::File::create_for_path(path);
-    opened->load(path);
+    opened->load(bytes);
   } catch (const std::exception& error) {
     problem = error.what();
   } catch (const Glib::Error& error) {
     problem = error.what();
   }
-  if (!problem.empty()) {
+  if (problem) {
     get(previous);
     opened->signal_resolve_.clear();
     opened->signal_post_resolve_.clear();
     opened->destroy();
     set_status(Glib::ustring::compose(_("Couldn't open %1: %2"), Glib::filename_display_name(path),
-                                      problem));
+                                      *problem));
     return false;
   }
   previous->destroy();
@@ -144,10 +149,10 @@ bool Layout::open(const std::string& path) {
   return true;
 }
 
-void Layout::load(const std::string& path) {
+void Layout::load(const std::string& bytes) {
   new_document(false);
   objects_by_id_.clear();
-  const auto root = YAML::Load(read_file(path));
+  const auto root = YAML::Load(bytes);
   if (root.Mark().is_null()) throw std::runtime_error("Empty File");
   read_document(root);
   signal_resolve_.emit();

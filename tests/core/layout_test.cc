@@ -1,6 +1,7 @@
 #include "core/layout.h"
 
 #include <glibmm/convert.h>
+#include <locale.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -136,6 +137,22 @@ TEST_F(LayoutFile, that_cannot_be_opened_is_told_and_leaves_the_document_alone) 
   EXPECT_FALSE(Layout::open(folder.path())) << "a folder is no file";
   EXPECT_EQ(replaced, 0);
   EXPECT_EQ(GlobalOptions::get().get_layout(), "/remembered.zblt");
+}
+
+TEST_F(LayoutFile, has_the_same_bytes_where_numbers_have_commas) {
+  const std::string before = setlocale(LC_ALL, nullptr);
+  if (!setlocale(LC_ALL, "de_DE.UTF-8")) GTEST_SKIP() << "there is no such locale here";
+  const std::string lok =
+      "%YAML 1.2\ntitle: T\nobjects:\n  - !lok\n    name: L\n    id: 0\n    top-speed: 1000\n"
+      "    decoders:\n      - type: DCC 28\n        device: ~\n        address: 9999\n"
+      "        speed: 0.5\n    functions:\n      []\n";
+  folder.write("layout.zblt", lok);
+  EXPECT_TRUE(Layout::open(path())) << get_status();
+  layout().save();
+  EXPECT_EQ(bytes_of(path()), lok);
+  folder.write("layout.zblt", "objects: [!lok {decoders: [{speed: '0,5'}]}]\n");
+  EXPECT_FALSE(Layout::open(path()));
+  setlocale(LC_ALL, before.c_str());
 }
 
 TEST_F(LayoutFile, may_hold_little_or_nothing) {

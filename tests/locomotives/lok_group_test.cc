@@ -2,8 +2,11 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include <functional>
+
 #include "core/string_pool.h"
 #include "core/yaml_io.h"
+#include "devices/device_ecos.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_holder.h"
@@ -48,17 +51,34 @@ TEST_F(LokGroupTest, takes_locomotives_and_groups_but_not_one_that_it_stands_in)
   EXPECT_FALSE(layout().get_blocks().can_contain(lok));
 }
 
-TEST_F(LokGroupTest, ends_a_file_and_is_named_as_what_the_file_lost) {
-  layout().get_loks().add(new Lok)->set_name("Kept");
-  layout().get_loks().add(new LokGroup)->set_name("Shunters");
-  layout().get_loks().add(new Lok)->set_name("Lost");
-  layout().save_to("file://" + path(), true);
-  const auto bytes = bytes_of(path());
-  EXPECT_NE(bytes.find("Kept"), std::string::npos);
-  EXPECT_TRUE(bytes.ends_with("      []\n  - !\n")) << bytes;
-  EXPECT_NE(get_status().raw().find("Shunters"), std::string::npos) << get_status();
-  EXPECT_FALSE(Layout::open(path()));
-  EXPECT_TRUE(get_status().raw().ends_with("column 5: Unimplemented Load: !")) << get_status();
+TEST_F(LokGroupTest, ends_a_file_as_a_station_does_and_is_named_as_what_the_file_lost) {
+  const struct {
+    std::function<Object*()> add;
+    std::string kept;
+    std::string lost;
+  } cases[] = {
+      {[] { return layout().get_loks().add(new LokGroup); }, "name: Before", "name: After"},
+      {[] { return layout().get_devices().add(new ECoS); }, "name: After", "ESU"},
+  };
+  for (const auto& one : cases) {
+    layout().new_document(false);
+    layout().get_loks().add(new Lok)->set_name("Before");
+    auto* unkeepable = one.add();
+    unkeepable->set_name("Odd one");
+    layout().get_loks().add(new Lok)->set_name("After");
+    layout().save_to("file://" + path(), true);
+    const auto bytes = bytes_of(path());
+    EXPECT_NE(bytes.find(one.kept), std::string::npos);
+    EXPECT_EQ(bytes.find(one.lost), std::string::npos);
+    EXPECT_TRUE(bytes.ends_with("      []\n  - !\n")) << bytes;
+    EXPECT_NE(get_status().raw().find("“Odd one”"), std::string::npos) << get_status();
+    EXPECT_FALSE(Layout::open(path()));
+    EXPECT_TRUE(get_status().raw().ends_with("column 5: Unimplemented Load: !")) << get_status();
+    unkeepable->destroy();
+    layout().save();
+    EXPECT_TRUE(get_status().empty());
+    EXPECT_TRUE(Layout::open(path())) << get_status();
+  }
 }
 
 TEST_F(LokGroupTest, counts_for_a_holder_at_any_depth_and_in_whichever_layout_is_current) {

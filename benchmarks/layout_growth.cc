@@ -1,0 +1,72 @@
+// Whether work on a document grows with its size, and not faster.
+
+#include "benchmarks/layout_scene.h"
+#include "benchmarks/ratio.h"
+
+namespace zemblar::bench {
+namespace {
+
+constexpr std::size_t many = 10000;
+constexpr std::size_t few = 1000;
+constexpr double goal = 12.0;
+
+/// Nanoseconds of `work` on a document of `count` objects, made by `prepare`.
+using Work = std::function<double(std::size_t count)>;
+
+Figure growth(const std::string& what, const Work& work) {
+  return Figure("layout: " + what + " 10,000 objects, to 1,000", "ns", goal,
+                [work](Effort effort) -> Round {
+                  const auto large = effort.count(many);
+                  const auto small = effort.count(few);
+                  return [=] {
+                    // The small document is measured as often as it fits into the large one, so
+                    // that both last as long.
+                    Sample sample;
+                    const std::size_t times = large / small;
+                    for (std::size_t i = 0; i < times; ++i) {
+                      sample.floor += work(small) / static_cast<double>(times);
+                    }
+                    sample.figure = work(large);
+                    return sample;
+                  };
+                });
+}
+
+const Figure opening = growth("open", [](std::size_t count) {
+  fill_with_loks(count);
+  const auto bytes = Layout::get().serialize();
+  Layout::get().new_document(false);
+  return nanoseconds(1, [&] { open_or_throw(bytes); });
+});
+
+const Figure saving = growth("write", [](std::size_t count) {
+  fill_with_loks(count);
+  return nanoseconds(1, [] { keep(Layout::get().serialize()); });
+});
+
+// All of them siblings, which is what names have to be free among.
+void add_loks(std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) Layout::get().get_loks().add(new Lok);
+}
+
+const Figure adding = growth("add", [](std::size_t count) {
+  Layout::get().new_document(false);
+  return nanoseconds(1, [&] { add_loks(count); });
+});
+
+const Figure renaming = growth("rename", [](std::size_t count) {
+  Layout::get().new_document(false);
+  add_loks(count);
+  return nanoseconds(1, [] {
+    for (auto* lok : Layout::get().get_loks()) lok->set_name(lok->get_name() + " B");
+  });
+});
+
+const Figure destroying = growth("destroy", [](std::size_t count) {
+  Layout::get().new_document(false);
+  add_loks(count);
+  return nanoseconds(1, [] { Layout::get().get_loks().destroy_children(); });
+});
+
+}  // namespace
+}  // namespace zemblar::bench
