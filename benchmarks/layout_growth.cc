@@ -10,11 +10,11 @@ constexpr std::size_t many = 10000;
 constexpr std::size_t few = 1000;
 constexpr double goal = 12.0;
 
-/// Nanoseconds of `work` on a document of `count` objects, made by `prepare`.
+/// Milliseconds of `work` on a document of `count` objects, made by `prepare`.
 using Work = std::function<double(std::size_t count)>;
 
 Figure growth(const std::string& what, const Work& work) {
-  return Figure("layout: " + what + " 10,000 objects, to 1,000", "ns", goal,
+  return Figure("layout: " + what + " 10,000 objects, to 1,000", "ms", goal,
                 [work](Effort effort) -> Round {
                   const auto large = effort.count(many);
                   const auto small = effort.count(few);
@@ -36,12 +36,12 @@ const Figure opening = growth("open", [](std::size_t count) {
   fill_with_loks(count);
   const auto bytes = Layout::get().serialize();
   Layout::get().new_document(false);
-  return nanoseconds(1, [&] { open_or_throw(bytes); });
+  return milliseconds([&] { open_or_throw(bytes); });
 });
 
 const Figure saving = growth("write", [](std::size_t count) {
   fill_with_loks(count);
-  return nanoseconds(1, [] { keep(Layout::get().serialize()); });
+  return milliseconds([] { keep(Layout::get().serialize()); });
 });
 
 // All of them siblings, which is what names have to be free among.
@@ -51,13 +51,13 @@ void add_loks(std::size_t count) {
 
 const Figure adding = growth("add", [](std::size_t count) {
   Layout::get().new_document(false);
-  return nanoseconds(1, [&] { add_loks(count); });
+  return milliseconds([&] { add_loks(count); });
 });
 
 const Figure renaming = growth("rename", [](std::size_t count) {
   Layout::get().new_document(false);
   add_loks(count);
-  return nanoseconds(1, [] {
+  return milliseconds([] {
     for (auto* lok : Layout::get().get_loks()) lok->set_name(lok->get_name() + " B");
   });
 });
@@ -65,7 +65,7 @@ const Figure renaming = growth("rename", [](std::size_t count) {
 const Figure destroying = growth("destroy", [](std::size_t count) {
   Layout::get().new_document(false);
   add_loks(count);
-  return nanoseconds(1, [] { Layout::get().get_loks().destroy_children(); });
+  return milliseconds([] { Layout::get().get_loks().destroy_children(); });
 });
 
 }  // namespace

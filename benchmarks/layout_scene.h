@@ -3,6 +3,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "benchmarks/ratio.h"
 #include "core/layout.h"
 #include "core/status.h"
 #include "locomotives/function.h"
@@ -23,6 +24,13 @@ inline void fill_with_loks(std::size_t count) {
 
 inline void open_or_throw(const std::string& bytes, const std::string& path = "bench.zblt") {
   if (!Layout::open_bytes(path, bytes)) throw std::runtime_error(get_status());
+}
+
+/// Milliseconds that one call takes.
+template <class Body>
+double milliseconds(Body&& body) {
+  constexpr double per_millisecond = 1e6;
+  return nanoseconds(1, body) / per_millisecond;
 }
 
 }  // namespace zemblar::bench
