@@ -140,8 +140,10 @@ class Layout : public Object {
   /// A successful Open has replaced the current layout; the former one is gone.
   static sigc::signal<void>& signal_replaced();
 
-  /// The file choosers, set by the interface; without one, the two dialogs do nothing.
+  /// What the interface adds: the file choosers (without them the two dialogs do nothing), and
+  /// the taking over of what is still being typed when the document is saved.
   struct Dialogs {
+    std::function<void()> finish_edits;
     std::function<void(Layout&)> open;
     std::function<void(Layout&)> save_as;
   };

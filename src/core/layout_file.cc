@@ -88,6 +88,7 @@ std::string Layout::serialize() {
 
 void Layout::save() {
   if (!file_) return save_as();
+  if (dialogs().finish_edits) dialogs().finish_edits();
   clear_status();
   // The text is complete before the file is touched.
   const auto text = serialize();

@@ -24,13 +24,16 @@ FilePtr target_of(const FilePtr& file) {
   return resolved ? Gio::File::create_for_path(resolved.get()) : file;
 }
 
-bool takes_temporaries(const std::string& folder) {
+/// Whether a temporary beside the file can be made and given its owner, group and permissions: what
+/// the toolkit needs for replacing it.
+bool takes_temporaries(const std::string& folder, const struct stat& info) {
   auto name = Glib::build_filename(folder, ".zemblar-XXXXXX");
   const int fd = g_mkstemp(name.data());
   if (fd < 0) return false;
+  const bool alike = ::fchown(fd, info.st_uid, info.st_gid) == 0 && ::fchmod(fd, info.st_mode) == 0;
   ::close(fd);
   g_unlink(name.c_str());
-  return true;
+  return alike;
 }
 
 /// Whether the toolkit would have to truncate the file and write into it.
@@ -38,8 +41,7 @@ bool written_in_place(const FilePtr& file) {
   const auto path = file->get_path();
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) return false;
-  return info.st_nlink > 1 || info.st_uid != ::geteuid() ||
-         !takes_temporaries(Glib::path_get_dirname(path));
+  return info.st_nlink > 1 || !takes_temporaries(Glib::path_get_dirname(path), info);
 }
 
 /// Puts a copy of the file where it can stay; throws when that fails.
@@ -86,7 +88,8 @@ void write_whole(const FilePtr& file, const std::string& bytes) {
 
 void write_safely(const FilePtr& wanted, const std::string& bytes) {
   const auto file = target_of(wanted);
-  const auto unchanged = _("The file is as it was before.");
+  const auto* unchanged =
+      file->query_exists() ? _("The file is as it was before.") : _("Nothing has been saved.");
   FilePtr copy;
   try {
     if (written_in_place(file)) copy = copy_aside(file);

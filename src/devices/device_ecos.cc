@@ -70,6 +70,7 @@ void ECoS::save(YAML::Emitter& out) const {
 // What the fibers still wait for completes in a later turn of the main loop and finds the socket,
 // which they hold, and the mark of a device that is gone.
 void ECoS::on_deleting() {
+  take_back_what_was_told();
   leave_default();
   Device::on_deleting();
   connect_cancel_->cancel();
@@ -84,6 +85,7 @@ void ECoS::set_host(const Glib::ustring& host) {
   host_ = host;
   notify_property(*this, "host");
   next_attempt_ = {};
+  take_back_what_was_told();
   start_connecting();
 }
 
@@ -139,6 +141,7 @@ void ECoS::keep_connecting(const Cancel& cancel) {
     if (!*alive || cancel->is_cancelled()) return;
     next_attempt_ = Clock::now() + attempt_interval;
     if (connected) return set_active(true);
+    tell_unreachable();
   }
 }
 
@@ -163,11 +166,26 @@ Glib::RefPtr<Gio::SocketConnectable> ECoS::parse_host() {
   try {
     return Gio::NetworkAddress::parse(host_.raw(), default_port);
   } catch (const Glib::Error&) {
-    set_status(Glib::ustring::compose(
+    told_ = Glib::ustring::compose(
         _("%1 cannot connect: “%2” is no network address. Enter the station’s name or address."),
-        get_name(), host_));
+        get_name(), host_);
+    set_status(told_);
     return {};
   }
+}
+
+// Once until the station or its address is another, and never over something else that the person
+// has to know.
+void ECoS::tell_unreachable() {
+  if (!told_.empty() || !get_status().empty()) return;
+  told_ = Glib::ustring::compose(
+      _("%1: no station answers at “%2”. It is tried again every second."), get_name(), host_);
+  set_status(told_);
+}
+
+void ECoS::take_back_what_was_told() {
+  if (!told_.empty() && get_status().raw() == told_.raw()) clear_status();
+  told_.clear();
 }
 
 void ECoS::close_socket() {
@@ -218,6 +236,7 @@ void ECoS::subscribe() {
   expect_success(ecos::request_view(ecos::locomotive_manager));
   follow_power(expect_success(ecos::get_status()).get_object(ecos::station));
   if (use_as_default_) join_default();
+  take_back_what_was_told();
 }
 
 void ECoS::stop() {

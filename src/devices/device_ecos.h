@@ -93,6 +93,8 @@ class ECoS : public Device {
   bool wait_for_attempt(const Cancel& cancel);
   bool try_connect(const Glib::RefPtr<Gio::SocketConnectable>& address, const Cancel& cancel);
   Glib::RefPtr<Gio::SocketConnectable> parse_host();
+  void tell_unreachable();
+  void take_back_what_was_told();
   [[nodiscard]] bool may_connect() const;
   void close_socket();
   void subscribe();
@@ -119,6 +121,7 @@ class ECoS : public Device {
   bool use_as_default_ = true;
   Glib::ustring host_ = "localhost";
   Clock::time_point next_attempt_{};  // no attempt to connect before it
+  Glib::ustring told_;                // what the status line was told of this outage
   Glib::RefPtr<Socket> socket_;
   // Each fiber holds its own: these are replaced.
   Cancel connect_cancel_ = Gio::Cancellable::create();

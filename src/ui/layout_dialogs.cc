@@ -4,6 +4,7 @@
 #include <glibmm/miscutils.h>
 #include <gtkmm/filechooserdialog.h>
 #include <gtkmm/filefilter.h>
+#include <gtkmm/spinbutton.h>
 #include <gtkmm/stock.h>
 
 #include <memory>
@@ -94,10 +95,17 @@ void save_layout(Layout& layout) {
   if (!uri.empty()) layout.save_to(uri, complete);
 }
 
+// A number that is being typed counts when its field is left, and no menu or key makes that happen.
+void finish_edits() {
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    if (auto* field = dynamic_cast<Gtk::SpinButton*>(window->get_focus())) field->update();
+  }
+}
+
 }  // namespace
 
 void install_layout_dialogs() {
-  Layout::dialogs() = {open_layout, save_layout};
+  Layout::dialogs() = {.finish_edits = finish_edits, .open = open_layout, .save_as = save_layout};
 }
 
 void close_dialogs() {

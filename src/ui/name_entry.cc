@@ -3,6 +3,8 @@
 #include <gtkmm/entrycompletion.h>
 #include <gtkmm/liststore.h>
 
+#include "core/i18n.h"
+#include "core/status.h"
 #include "core/string_pool.h"
 #include "ui/following.h"
 #include "ui/form.h"
@@ -36,13 +38,32 @@ void NameEntry::on_changed() {
 }
 
 void NameEntry::on_activate() {
-  follow();
+  finish();
   Gtk::Entry::on_activate();
 }
 
+bool NameEntry::on_focus_in_event(GdkEventFocus* event) {
+  if (object_) before_ = object_->get_name();
+  return Gtk::Entry::on_focus_in_event(event);
+}
+
 bool NameEntry::on_focus_out_event(GdkEventFocus* event) {
-  follow();
+  finish();
   return Gtk::Entry::on_focus_out_event(event);
+}
+
+// A name that is taken was followed up to its last letter but one: that is not what anybody meant.
+void NameEntry::finish() {
+  if (!object_) return;
+  const auto wanted = get_text();
+  if (wanted.raw() != object_->get_name().raw() && !before_.empty()) {
+    object_->set_name(before_);
+    if (!wanted.empty()) {
+      set_status(Glib::ustring::compose(_("The name “%1” is taken."), wanted));
+    }
+  }
+  before_ = object_->get_name();
+  follow();
 }
 
 void NameEntry::follow() {

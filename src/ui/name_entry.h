@@ -10,8 +10,9 @@ class StringPool;
 
 /// An entry that shows and sets the name of an object as it is typed.
 ///
-/// The object ignores an empty name and one that a sibling has: the entry shows the real name again
-/// when it is left, and on Return.
+/// The object ignores an empty name and one that a sibling has: on Return, and when the entry is
+/// left, it gets back the name it had when typing began, the status line says so, and the entry
+/// shows it.
 class NameEntry : public Gtk::Entry {
  public:
   explicit NameEntry(zemblar::Object& object);
@@ -22,12 +23,15 @@ class NameEntry : public Gtk::Entry {
  protected:
   void on_changed() override;
   void on_activate() override;
+  bool on_focus_in_event(GdkEventFocus* event) override;
   bool on_focus_out_event(GdkEventFocus* event) override;
 
  private:
   void follow();
+  void finish();
 
   bool following_ = false;
+  Glib::ustring before_;  // the name when typing began; empty when nobody types
   ObjectRef<zemblar::Object> object_;
   ScopedConnection renamed_;
 };
