@@ -179,6 +179,29 @@ TEST_F(ThrottleTest, keys_stop_the_train_and_press_the_functions_of_their_number
   EXPECT_TRUE(lok->get_emergency_stop());
 }
 
+TEST_F(ThrottleTest, a_window_that_is_closed_ends_with_its_throttle) {
+  auto* lok = add_lok("Express");
+  auto& throttle = LokController::open(lok);
+  auto* window = dynamic_cast<Gtk::Window*>(throttle.get_toplevel());
+  ASSERT_NE(window, nullptr);
+  EXPECT_EQ(window->get_title(), "Throttle");
+  bool ended = false;
+  throttle.add_destroy_notify_callback(&ended, [](void* flag) -> void* {
+    *static_cast<bool*>(flag) = true;
+    return nullptr;
+  });
+  handle_events();
+  // As the window manager closes it.
+  auto* event = gdk_event_new(GDK_DELETE);
+  event->any.window = GDK_WINDOW(g_object_ref(window->get_window()->gobj()));
+  gtk_main_do_event(event);
+  gdk_event_free(event);
+  handle_events();
+  EXPECT_TRUE(ended);
+  lok->set_speed(20);
+  EXPECT_EQ(lok->get_speed(), 20U);
+}
+
 TEST_F(ThrottleTest, a_function_that_a_script_switches_is_shown_but_not_kept) {
   auto* function = add_function(add_lok("Express"));
   LokController throttle;
