@@ -7,7 +7,7 @@ import sys
 import tempfile
 import unittest
 
-from zemblar_ui import Program, press_keys, wait_for
+from zemblar_ui import Program, press_keys, type_keys, wait_for
 
 PROGRAM = sys.argv.pop(1)
 EDITOR = 'Zemblar 0.1 — Track Editor'
@@ -87,6 +87,28 @@ class Start(unittest.TestCase):
             program.wait_for_status('Unimplemented Load: !ship')
             self.assertIn('Yard', rows.rows())
 
+    def test_renames_and_deletes_in_the_tree_by_keys_and_context_menu(self):
+        with self.start('-e') as program:
+            editor = program.window(EDITOR)
+            rows = objects(editor)
+            rows.select_row('View 1')
+            rows.accessible.queryComponent().grabFocus()
+            press_keys('F2')
+            type_keys('Quay')
+            press_keys('Return')
+            wait_for(lambda: 'Quay' in rows.rows(), 'the new name')
+            editor.find('page tab', 'Quay')
+            rows.select_row('Views')
+            press_keys('F2', 'Delete')  # neither applies
+            self.assertIn('Views', rows.rows())
+            rows.select_row('Quay')
+            press_keys('shift+F10')
+            self.popup_item(program, 'Delete').press()
+            program.wait_for_status('Deleted “Quay”.')
+            editor.find('push button', 'New View').press()
+            editor.find('page tab', 'View 1')
+            wait_for(lambda: 'View 1' in rows.rows(), 'the new view')
+
     def test_starts_with_the_remembered_layout_and_lives_on_without_windows(self):
         remember(self.path('harbour.zblt', SAMPLE))
         with self.start() as program:
@@ -96,12 +118,12 @@ class Start(unittest.TestCase):
             view.choose('File', 'Close')
             wait_for(lambda: not program.windows(), 'the end of the last window')
             self.open_tray_menu(program)
-            self.tray_item(program, 'Track View').press()
+            self.popup_item(program, 'Track View').press()
             again = program.window(VIEW)
             wait_for(lambda: not again.find('check menu item', 'Enable Block Control').checked,
                      'the switch as it was left')
             self.open_tray_menu(program)
-            self.tray_item(program, 'Quit').press()
+            self.popup_item(program, 'Quit').press()
             self.assertEqual(program.wait_for_end(), 0)
 
     def test_says_which_layout_cannot_be_opened_and_runs_on(self):
@@ -110,8 +132,8 @@ class Start(unittest.TestCase):
             program.window(VIEW).find('page tab', 'View 1')
             program.wait_for_status(f"Couldn't open {self.path('missing.zblt')}: Empty File")
             self.open_tray_menu(program)
-            self.assertFalse(self.tray_item(program, 'New').sensitive)
-            self.assertTrue(self.tray_item(program, 'Save').sensitive)
+            self.assertFalse(self.popup_item(program, 'New').sensitive)
+            self.assertTrue(self.popup_item(program, 'Save').sensitive)
 
     def test_tells_in_the_status_line_why_a_file_cannot_be_saved(self):
         os.mkdir(self.path('shelf'))
@@ -150,14 +172,14 @@ class Start(unittest.TestCase):
         """A right click on the status icon, at the right end of the tray."""
         def look():
             subprocess.run(['xdotool', 'mousemove', '1266', '14', 'click', '3'], check=True)
-            return self.tray_item(program, 'Quit', limit=1)
+            return self.popup_item(program, 'Quit', limit=1)
         wait_for(look, 'the menu of the status icon')
 
-    def tray_item(self, program, name, limit=15):
+    def popup_item(self, program, name, limit=15):
         def look():
             menus = [w for w in program.windows() if w.role == 'window']
             return [item for menu in menus for item in menu.find_all('menu item', name)]
-        return wait_for(look, f'the tray entry "{name}"', limit)[0]
+        return wait_for(look, f'the entry "{name}"', limit)[0]
 
 
 if __name__ == '__main__':

@@ -81,7 +81,10 @@ class Item:
 
     def visible_children(self):
         """Menu entries count though their menu is closed, and what only has to be scrolled to; the
-        content of a notebook's other pages does not."""
+        content of a notebook's other pages does not. The rows of a tree or list have methods of
+        their own: asking for each of thousands takes minutes."""
+        if self.role in ('tree table', 'table'):
+            return
         for child in self.children():
             state = 'showing' if self.role == 'page tab' else 'visible'
             if child.role in ('menu item', 'menu', 'check menu item') or child.has(state):
@@ -197,6 +200,11 @@ class Item:
 def press_keys(*keys):
     """Real keys, as in press_keys('ctrl+s'), to whatever has the focus."""
     subprocess.run(['xdotool', 'key', '--clearmodifiers', *keys], check=True)
+
+
+def type_keys(text):
+    """Types real letters to whatever has the focus."""
+    subprocess.run(['xdotool', 'type', '--delay', '20', text], check=True)
 
 
 class Program:

@@ -52,6 +52,14 @@ std::string rows(ObjectList& list) {
   return text;
 }
 
+bool shows(Gtk::Widget& widget, const std::string& text) {
+  if (auto* label = dynamic_cast<Gtk::Label*>(&widget)) return label->get_text().raw() == text;
+  auto* container = dynamic_cast<Gtk::Container*>(&widget);
+  if (!container) return false;
+  const std::vector<Gtk::Widget*> children = container->get_children();
+  return std::ranges::any_of(children, [&](auto* child) { return shows(*child, text); });
+}
+
 /// A piece of hardware that may be able to switch track power.
 class Booster : public Device {
  public:
@@ -143,7 +151,7 @@ TEST(PanelView, lets_go_of_an_object_that_ends_itself_from_its_panel) {
   panel.show_object(mayfly);
   find_widget<Gtk::Button>(panel, "End")->clicked();
   EXPECT_FALSE(find_widget<Gtk::Button>(panel, "End"));
-  EXPECT_TRUE(find_widget<Gtk::Label>(panel, "Nothing is selected."));
+  EXPECT_TRUE(shows(panel, "Nothing is selected."));
   handle_events();
 }
 
@@ -160,7 +168,7 @@ TEST(ViewPages, shows_one_page_for_each_view_and_a_hint_for_none) {
   EXPECT_EQ(pages.current(), first);
   auto* second = layout.get_views().add(new View);
   second->set_name("Yard");
-  EXPECT_TRUE(find_widget<Gtk::Label>(pages, "canvas"));
+  EXPECT_TRUE(shows(pages, "canvas"));
 
   first->destroy();
   EXPECT_EQ(pages.current(), second);
