@@ -44,27 +44,37 @@ const Figure saving = growth("write", [](std::size_t count) {
   return milliseconds([] { keep(Layout::get().serialize()); });
 });
 
-// All of them siblings, which is what names have to be free among.
-void add_loks(std::size_t count) {
-  for (std::size_t i = 0; i < count; ++i) Layout::get().get_loks().add(new Lok);
-}
+const Figure adding =
+    growth("add", [](std::size_t count) { return milliseconds([&] { fill_with_loks(count); }); });
 
-const Figure adding = growth("add", [](std::size_t count) {
-  Layout::get().new_document(false);
-  return milliseconds([&] { add_loks(count); });
-});
+/// As the object list of a window does, which shows every name.
+struct NameList : sigc::trackable {
+  NameList() {
+    for_each_object([this](Object& object) {
+      object.property_name().signal_changed().connect(sigc::mem_fun(*this, &NameList::count));
+    });
+  }
+  void count() { ++changes; }
+  std::size_t changes = 0;
+
+  static void for_each_object(const std::function<void(Object&)>& visit) {
+    for (auto* lok : Layout::get().get_loks()) {
+      visit(*lok);
+      for (auto* function : *lok) visit(*function);
+    }
+  }
+};
 
 const Figure renaming = growth("rename", [](std::size_t count) {
-  Layout::get().new_document(false);
-  add_loks(count);
+  fill_with_loks(count);
+  const NameList list;
   return milliseconds([] {
-    for (auto* lok : Layout::get().get_loks()) lok->set_name(lok->get_name() + " B");
+    NameList::for_each_object([](Object& object) { object.set_name(object.get_name() + " B"); });
   });
 });
 
 const Figure destroying = growth("destroy", [](std::size_t count) {
-  Layout::get().new_document(false);
-  add_loks(count);
+  fill_with_loks(count);
   return milliseconds([] { Layout::get().get_loks().destroy_children(); });
 });
 

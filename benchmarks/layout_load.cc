@@ -53,14 +53,15 @@ std::string emit_loks(const std::vector<std::string>& names) {
   return "%YAML 1.2\n" + std::string(out.c_str(), out.size()) + "\n";
 }
 
-const Figure opening("layout: open 10,000 objects, to loading the bytes into nodes", "ns", 1.6,
+const Figure opening("layout: open 10,000 objects, to loading the bytes into nodes", "ms", 1.6,
                      [](Effort effort) {
                        fill_with_loks(effort.count(object_count));
                        auto bytes = Layout::get().serialize();
                        return [bytes = std::move(bytes)] {
                          Layout::get().new_document(false);
-                         const auto sample = versus(
-                             1, [&] { open_or_throw(bytes); }, [&] { YAML::Load(bytes); });
+                         Sample sample;
+                         sample.floor = milliseconds([&] { YAML::Load(bytes); });
+                         sample.figure = milliseconds([&] { open_or_throw(bytes); });
                          return sample;
                        };
                      });
@@ -76,7 +77,7 @@ struct SavedFile {
   std::string folder = Glib::build_filename(Glib::get_tmp_dir(), "zemblar-bench-XXXXXX");
 };
 
-const Figure saving("layout: save 10,000 objects, to emitting the same events", "ns", 1.5,
+const Figure saving("layout: save 10,000 objects, to emitting the same events", "ms", 1.5,
                     [](Effort effort) {
                       auto file = std::make_shared<SavedFile>();
                       const auto count = effort.count(object_count);
@@ -87,8 +88,9 @@ const Figure saving("layout: save 10,000 objects, to emitting the same events", 
                         std::vector<std::string> names;
                         for (auto* lok : Layout::get().get_loks()) names.push_back(lok->get_name());
                         std::string emitted;
-                        const auto sample = versus(
-                            1, [] { Layout::get().save(); }, [&] { emitted = emit_loks(names); });
+                        Sample sample;
+                        sample.floor = milliseconds([&] { emitted = emit_loks(names); });
+                        sample.figure = milliseconds([] { Layout::get().save(); });
                         if (Glib::file_get_contents(file->path()) != emitted) {
                           throw std::logic_error("the floor emits something else");
                         }

@@ -2,12 +2,21 @@
 
 #include <algorithm>
 #include <charconv>
+#include <functional>
 #include <optional>
+#include <utility>
+
+#include "core/object.h"
 
 namespace zemblar {
 namespace {
 
 constexpr std::string_view place_of_number = "%1";
+constexpr std::size_t fewest = 8;  // slots of a table
+
+std::size_t hash_of(const Glib::ustring& name) {
+  return std::hash<std::string>()(name.raw());
+}
 
 /// The number that makes `name` out of `format`; none when it is no such name.
 std::optional<unsigned> number_in(const std::string& name, const std::string& format) {
@@ -29,23 +38,59 @@ std::optional<unsigned> number_in(const std::string& name, const std::string& fo
 }  // namespace
 
 Object* SiblingNames::find(const Glib::ustring& name) const {
-  const auto found = by_name_.find(name.raw());
-  return found == by_name_.end() ? nullptr : found->second;
+  if (slots_.empty()) return nullptr;
+  const auto hash = hash_of(name);
+  for (auto at = home(hash); slots_[at].child; at = next(at)) {
+    if (slots_[at].hash != hash) continue;
+    if (slots_[at].child->get_name().raw() == name.raw()) return slots_[at].child;
+  }
+  return nullptr;
 }
 
 void SiblingNames::insert(const Glib::ustring& name, Object* child) {
-  by_name_.emplace(name.raw(), child);
+  if (find(name)) return;
+  if (2 * (taken_ + 1) > slots_.size()) grow();
+  put({hash_of(name), child});
+  ++taken_;
+}
+
+void SiblingNames::put(const Slot& slot) {
+  auto at = home(slot.hash);
+  while (slots_[at].child) at = next(at);
+  slots_[at] = slot;
+}
+
+void SiblingNames::grow() {
+  const auto former = std::exchange(slots_, std::vector<Slot>(std::max(2 * slots_.size(), fewest)));
+  for (const auto& slot : former) {
+    if (slot.child) put(slot);
+  }
 }
 
 void SiblingNames::erase(const Glib::ustring& name, const Object* child) {
-  const auto found = by_name_.find(name.raw());
-  if (found == by_name_.end() || found->second != child) return;
+  if (slots_.empty()) return;
+  const auto hash = hash_of(name);
+  auto at = home(hash);
+  while (slots_[at].child && (slots_[at].child != child || slots_[at].hash != hash)) at = next(at);
+  if (!slots_[at].child) return;
+  vacate(at);
+  --taken_;
   for (auto& [format, candidate] : first_candidate_) {
-    if (const auto number = number_in(found->first, format)) {
+    if (const auto number = number_in(name.raw(), format)) {
       candidate = std::min(candidate, std::max(*number, 1u));
     }
   }
-  by_name_.erase(found);
+}
+
+// Moves those behind the hole up that are no longer to be found across it.
+void SiblingNames::vacate(std::size_t hole) {
+  for (auto at = next(hole); slots_[at].child; at = next(at)) {
+    const auto from_home = home(at - slots_[at].hash);
+    if (from_home < home(at - hole)) continue;
+    slots_[hole] = slots_[at];
+    hole = at;
+  }
+  slots_[hole] = {};
 }
 
 Glib::ustring SiblingNames::free_name(const Glib::ustring& format) {

@@ -2,8 +2,10 @@
 
 #include <glibmm/ustring.h>
 
+#include <cstddef>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 namespace zemblar {
 
@@ -13,9 +15,13 @@ class Object;
 ///
 /// Names are compared by their bytes: the collating comparison of Glib::ustring takes different
 /// names ("Zone 2" and "Zone ²") for equal, and no hash index could agree with it.
+///
+/// The index is one flat table of hashes and children, whose own names are compared: renaming ten
+/// thousand children touches little else, where nodes of a map would each miss the cache.
 class SiblingNames {
  public:
   [[nodiscard]] Object* find(const Glib::ustring& name) const;
+  /// Does nothing when somebody has the name.
   void insert(const Glib::ustring& name, Object* child);
   /// Forgets the name if it is `child`'s.
   void erase(const Glib::ustring& name, const Object* child);
@@ -25,7 +31,18 @@ class SiblingNames {
   [[nodiscard]] Glib::ustring free_name(const Glib::ustring& format);
 
  private:
-  std::unordered_map<std::string, Object*> by_name_;
+  struct Slot {
+    std::size_t hash = 0;
+    Object* child = nullptr;  // null in a free slot
+  };
+  [[nodiscard]] std::size_t home(std::size_t hash) const { return hash & (slots_.size() - 1); }
+  [[nodiscard]] std::size_t next(std::size_t at) const { return home(at + 1); }
+  void put(const Slot& slot);
+  void grow();
+  void vacate(std::size_t hole);
+
+  std::vector<Slot> slots_;  // a power of two, at most half of them taken; empty at first
+  std::size_t taken_ = 0;
   // For each format: every smaller number is taken. Adding n children looks at each number once.
   std::unordered_map<std::string, unsigned> first_candidate_;
 };
