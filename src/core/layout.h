@@ -61,7 +61,8 @@ class Layout : public Object {
   static bool open_bytes(const std::string& path, const std::string& bytes);
   /// `open` after a file chooser; a success is remembered for the next start.
   void open_dialog();
-  /// Writes to `file`, or goes to `save_as` when there is none.
+  /// Writes to `file`, or goes to `save_as` when there is none. Not the entry of an object in a
+  /// file: a layout is the file.
   void save();
   /// `save` after a file chooser.
   void save_as();

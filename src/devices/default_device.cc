@@ -13,6 +13,8 @@ DefaultDevice::DefaultDevice() : Glib::ObjectBase("DefaultDevice"), Device(_("De
 
 void DefaultDevice::add_device(Device* device) {
   if (!devices_.insert(device).second) return;
+  // The commands in flight have not been asked of this one.
+  newest_.clear();
   deleted_[device] =
       sigc::connection(device->signal_deleted().connect([this, device] { remove_device(device); }));
 }

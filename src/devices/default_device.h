@@ -18,7 +18,8 @@ namespace zemblar {
 /// not answered at all, so that the decoder stays out of date and tries again when one comes.
 ///
 /// A fan-out is skipped when the newest unanswered one of the same decoder and item carries the
-/// same value: a burst of changes costs one command each and not one for each pair.
+/// same value and went to all who are there now: a burst of changes costs one command each and not
+/// one for each pair.
 class DefaultDevice : public Device {
  public:
   DefaultDevice();

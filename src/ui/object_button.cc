@@ -1,5 +1,6 @@
 #include "ui/object_button.h"
 
+#include <glibmm/main.h>
 #include <gtkmm/arrow.h>
 #include <gtkmm/box.h>
 
@@ -46,8 +47,17 @@ std::unique_ptr<Gtk::Menu> ObjectButton::make_menu() {
       choices_, [this](Object* object) { set_object(object); }, true);
 }
 
+// A closed menu goes in the next turn, when its choice has been made: thousands of entries that
+// follow their objects would cost much, and nobody sees them.
 void ObjectButton::on_clicked() {
+  drop_menu_.disconnect();
   menu_ = make_menu();
+  menu_->signal_hide().connect([this] {
+    drop_menu_ = Glib::signal_idle().connect([this] {
+      menu_.reset();
+      return false;
+    });
+  });
   popup_below(*menu_, *this);
 }
 

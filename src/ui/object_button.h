@@ -38,7 +38,8 @@ class ObjectButton : public Gtk::Button {
   ObjectChoices choices_;
   Object* object_ = nullptr;
   Gtk::Label name_;
-  std::unique_ptr<Gtk::Menu> menu_;
+  std::unique_ptr<Gtk::Menu> menu_;  // while it is open
+  ScopedConnection drop_menu_;
   ScopedConnection renamed_;
   ScopedConnection deleted_;
 };

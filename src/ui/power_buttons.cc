@@ -15,7 +15,7 @@ bool switches_power(const Object& parent, const Object* leaving) {
   return std::ranges::any_of(parent.begin(), parent.end(), [=](const Object* child) {
     if (child == leaving || child->is_deleting()) return false;
     const auto* device = dynamic_cast<const Device*>(child);
-    return (device && device->supports("DCC/Power") == full_support) ||
+    return (device && device->active() && device->supports("DCC/Power") == full_support) ||
            switches_power(*child, leaving);
   });
 }
@@ -35,12 +35,26 @@ PowerButtons::PowerButtons(Gtk::Toolbar& toolbar)
 }
 
 void PowerButtons::attach(Layout& layout, LayoutFollower::Connections& connections) {
+  watch_devices(layout.get_devices());
   connections.emplace_back(layout.signal_object_added().connect([this](Object* object) {
-    if (dynamic_cast<Device*>(object)) refresh(nullptr);
+    if (auto* device = dynamic_cast<Device*>(object)) watch(*device);
   }));
   connections.emplace_back(layout.signal_object_removed().connect([this](Object* object) {
     if (dynamic_cast<Device*>(object)) refresh(object);
   }));
+  refresh(nullptr);
+}
+
+void PowerButtons::watch_devices(const Object& parent) {
+  for (auto* child : parent) {
+    if (auto* device = dynamic_cast<Device*>(child)) watch(*device);
+    watch_devices(*child);
+  }
+}
+
+void PowerButtons::watch(Device& device) {
+  device.property_active().signal_changed().connect(
+      sigc::bind(sigc::mem_fun(*this, &PowerButtons::refresh), nullptr));
   refresh(nullptr);
 }
 

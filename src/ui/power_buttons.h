@@ -7,14 +7,18 @@
 
 namespace zemblar {
 
+class Device;
+
 /// "Track Power On" and "Track Power Off" for all devices that can switch it. Both are insensitive
-/// while there is no such device.
-class PowerButtons {
+/// while no such device is in service.
+class PowerButtons : public sigc::trackable {
  public:
   explicit PowerButtons(Gtk::Toolbar& toolbar);
 
  private:
   void attach(Layout& layout, LayoutFollower::Connections& connections);
+  void watch_devices(const Object& parent);
+  void watch(Device& device);
   void refresh(const Object* leaving);
 
   Gtk::ToolButton on_;
