@@ -7,7 +7,7 @@
 namespace zemblar {
 namespace {
 
-constexpr int list_height = 240;
+constexpr int list_height = 270;
 
 }  // namespace
 

@@ -66,7 +66,7 @@ Gtk::Widget& ViewProperties::image_row() {
   image_.add_filter(pictures);
   image_.set_width_chars(8);
   image_.signal_file_set().connect(sigc::mem_fun(*this, &ViewProperties::on_image_chosen));
-  clear_image_.set_image(*Gtk::manage(new Gtk::Image(Gtk::Stock::CLEAR, Gtk::ICON_SIZE_BUTTON)));
+  clear_image_.set_image(*Gtk::manage(new Gtk::Image(Gtk::Stock::CLEAR, Gtk::ICON_SIZE_MENU)));
   clear_image_.signal_clicked().connect([this] { view_.set_image({}); });
   auto* row = Gtk::manage(new Gtk::HBox(false, spacing));
   row->pack_start(image_, Gtk::PACK_EXPAND_WIDGET);
