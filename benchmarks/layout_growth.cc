@@ -21,13 +21,11 @@ Figure growth(const std::string& what, const Work& work) {
                   return [=] {
                     // The small document is measured as often as it fits into the large one, so
                     // that both last as long.
-                    settle();
                     Sample sample;
                     const std::size_t times = large / small;
                     for (std::size_t i = 0; i < times; ++i) {
                       sample.floor += work(small) / static_cast<double>(times);
                     }
-                    settle();
                     sample.figure = work(large);
                     return sample;
                   };

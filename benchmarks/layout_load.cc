@@ -59,7 +59,6 @@ const Figure opening("layout: open 10,000 objects, to loading the bytes into nod
                        auto bytes = Layout::get().serialize();
                        return [bytes = std::move(bytes)] {
                          Layout::get().new_document(false);
-                         settle();
                          Sample sample;
                          sample.floor = milliseconds([&] { YAML::Load(bytes); });
                          sample.figure = milliseconds([&] { open_or_throw(bytes); });
@@ -83,9 +82,9 @@ const Figure saving("layout: save 10,000 objects, to emitting the same events", 
                       auto file = std::make_shared<SavedFile>();
                       const auto count = effort.count(object_count);
                       return [file, count] {
-                        open_or_throw("objects:", file->path());
+                        Layout::get().new_document(false);
                         fill_with_loks(count);
-                        settle();
+                        open_or_throw(Layout::get().serialize(), file->path());
                         std::vector<std::string> names;
                         for (auto* lok : Layout::get().get_loks()) names.push_back(lok->get_name());
                         std::string emitted;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <glib.h>
-
 #include <stdexcept>
 #include <string>
 
@@ -14,12 +12,6 @@
 namespace zemblar::bench {
 
 inline constexpr unsigned functions_per_lok = 3;
-
-/// Waits until the nodes of a large document that was opened have been freed beside the program.
-inline void settle() {
-  constexpr unsigned long long_enough = 150'000;  // µs
-  g_usleep(long_enough);
-}
 
 /// Fills an empty document with `count` objects: locomotives, each with three functions.
 inline void fill_with_loks(std::size_t count) {

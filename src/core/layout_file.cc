@@ -2,11 +2,8 @@
 #include <yaml-cpp/yaml.h>
 
 #include <fstream>
-#include <memory>
 #include <optional>
 #include <sstream>
-#include <system_error>
-#include <thread>
 
 #include "core/global_options.h"
 #include "core/i18n.h"
@@ -21,7 +18,6 @@ namespace {
 
 constexpr auto header = "%YAML 1.2\n";
 constexpr std::string_view extension = ".zblt";
-constexpr std::size_t large_document = 1 << 20;  // bytes
 
 /// A file that does not exist, cannot be read or is no file reads as an empty one.
 std::string read_file(const std::string& path) {
@@ -31,15 +27,6 @@ std::string read_file(const std::string& path) {
   std::ostringstream bytes;
   bytes << stream.rdbuf();
   return bytes.str();
-}
-
-/// Freeing the nodes of a large document takes a quarter of the time of opening it, and nobody
-/// needs to wait for that.
-void free_aside(std::unique_ptr<YAML::Node> root) try {
-  std::thread([root = root.get()] { delete root; }).detach();
-  static_cast<void>(root.release());
-} catch (const std::system_error&) {
-  // No thread to be had: they are freed here.
 }
 
 /// Objects after `first` in the order of the file.
@@ -166,10 +153,9 @@ bool Layout::open_bytes(const std::string& path, const std::string& bytes) {
 void Layout::load(const std::string& bytes) {
   new_document(false);
   objects_by_id_.clear();
-  auto root = std::make_unique<YAML::Node>(YAML::Load(bytes));
-  if (root->Mark().is_null()) throw std::runtime_error("Empty File");
-  read_document(*root);
-  if (bytes.size() > large_document) free_aside(std::move(root));
+  const auto root = YAML::Load(bytes);
+  if (root.Mark().is_null()) throw std::runtime_error("Empty File");
+  read_document(root);
   signal_resolve_.emit();
   signal_resolve_.clear();
   const bool consistent = signal_post_resolve_.emit();
