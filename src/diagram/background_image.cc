@@ -11,28 +11,40 @@
 namespace zemblar {
 namespace {
 
-std::string absolute(const std::string& path) {
-  if (Glib::path_is_absolute(path) || !Layout::exists()) return path;
+/// The folder of the open layout file, empty when it has none yet.
+std::string layout_folder() {
+  if (!Layout::exists()) return {};
   const auto file = Layout::get().get_file();
-  return file ? Glib::build_filename(file->get_parent()->get_path(), path) : path;
+  return file ? file->get_parent()->get_path() : std::string();
 }
 
 Glib::RefPtr<Gdk::Pixbuf> read_pixbuf(const std::string& path) {
   Gtk::Main::init_gtkmm_internals();  // layouts are also checked by programs without a toolkit
-  return Gdk::Pixbuf::create_from_file(absolute(path));
+  const auto folder = layout_folder();
+  const bool relative = !Glib::path_is_absolute(path);
+  try {
+    return Gdk::Pixbuf::create_from_file(relative ? Glib::build_filename(folder, path) : path);
+  } catch (const Glib::Error&) {
+    // A railway that moved house brings its pictures along, beside the layout file.
+    const auto beside = Glib::build_filename(folder, Glib::path_get_basename(path));
+    if (folder.empty() || !Glib::file_test(beside, Glib::FILE_TEST_EXISTS)) throw;
+    return Gdk::Pixbuf::create_from_file(beside);
+  }
 }
 
 }  // namespace
 
 void BackgroundImage::load(const std::string& path) {
-  path_ = path;
+  path_.clear();
   pixbuf_.reset();
   if (path.empty()) return;
   try {
     pixbuf_ = read_pixbuf(path);
+    path_ = path;
   } catch (const Glib::Error& error) {
-    set_status(Glib::ustring::compose(_("Couldn't load the image %1: %2"),
-                                      Glib::filename_display_name(path), error.what()));
+    set_status(Glib::ustring::compose(
+        _("Couldn't load the image %1 (%2). Choose it anew before you save."),
+        Glib::filename_display_name(path), error.what()));
   }
 }
 

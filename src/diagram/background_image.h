@@ -10,9 +10,10 @@ namespace zemblar {
 /// from it. One pixel is one diagram unit. Loading needs no display.
 class BackgroundImage {
  public:
-  /// Loads the file; an empty path means no image. A file that cannot be loaded leaves only its
-  /// path, so that a layout keeps it, and is named in the status line. A path that is not absolute
-  /// starts from the folder of the layout file.
+  /// Loads the file; an empty path means no image. A path that is not absolute starts from the
+  /// folder of the layout file, and a picture that is not where its path says is looked for by its
+  /// name in that folder. One that cannot be loaded leaves the image empty, so that the next save
+  /// drops its path, and is named in the status line.
   void load(const std::string& path);
 
   [[nodiscard]] const std::string& path() const { return path_; }

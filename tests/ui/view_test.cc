@@ -2,6 +2,7 @@
 
 #include <gdkmm/pixbuf.h>
 #include <glib/gstdio.h>
+#include <glibmm/fileutils.h>
 #include <glibmm/miscutils.h>
 #include <gtest/gtest.h>
 #include <yaml-cpp/yaml.h>
@@ -83,13 +84,22 @@ TEST(View, grows_its_table_to_hold_the_background_image) {
   EXPECT_EQ(view.get_width(), 40);
 }
 
-TEST(View, keeps_the_path_of_an_image_that_cannot_be_loaded_and_names_it) {
+TEST(View, finds_the_image_beside_the_layout_file_or_names_it_and_leaves_it_empty) {
+  const Picture picture(40, 30);
+  const auto folder = Glib::path_get_dirname(picture.path);
+  const auto layout = Glib::build_filename(folder, "zemblar-view-test.zblt");
+  const auto open = [&](const std::string& image) {
+    Glib::file_set_contents(layout,
+                            "objects:\n  - !view\n    name: Station\n    image: " + image + "\n");
+    EXPECT_TRUE(Layout::open(layout)) << get_status();
+    return Layout::get().serialize();
+  };
+  for (const auto* path : {"zemblar-view-test.png", "/old/house/zemblar-view-test.png"})
+    EXPECT_NE(open(path).find(std::string("image: ") + path), std::string::npos);
   clear_status();
-  View view;
-  view.set_image("/nowhere/plan.png");
-  EXPECT_FALSE(view.image().pixbuf());
-  EXPECT_NE(get_status().raw().find("/nowhere/plan.png"), std::string::npos);
-  EXPECT_NE(written(view).find("image: /nowhere/plan.png"), std::string::npos);
+  EXPECT_NE(open("/old/house/plan.png").find("image: \"\""), std::string::npos);
+  EXPECT_NE(get_status().raw().find("/old/house/plan.png"), std::string::npos);
+  g_unlink(layout.c_str());
 }
 
 }  // namespace
