@@ -18,29 +18,29 @@ std::string layout_folder() {
   return file ? file->get_parent()->get_path() : std::string();
 }
 
-Glib::RefPtr<Gdk::Pixbuf> read_pixbuf(const std::string& path) {
-  Gtk::Main::init_gtkmm_internals();  // layouts are also checked by programs without a toolkit
+/// Where to find the picture. A railway that moved house brings its pictures along, beside the
+/// layout file.
+std::string locate(const std::string& path) {
   const auto folder = layout_folder();
-  const bool relative = !Glib::path_is_absolute(path);
-  try {
-    return Gdk::Pixbuf::create_from_file(relative ? Glib::build_filename(folder, path) : path);
-  } catch (const Glib::Error&) {
-    // A railway that moved house brings its pictures along, beside the layout file.
-    const auto beside = Glib::build_filename(folder, Glib::path_get_basename(path));
-    if (folder.empty() || !Glib::file_test(beside, Glib::FILE_TEST_EXISTS)) throw;
-    return Gdk::Pixbuf::create_from_file(beside);
-  }
+  const auto named = Glib::path_is_absolute(path) ? path : Glib::build_filename(folder, path);
+  const auto beside = Glib::build_filename(folder, Glib::path_get_basename(path));
+  const auto exists = [](const std::string& file) {
+    return Glib::file_test(file, Glib::FILE_TEST_EXISTS);
+  };
+  return folder.empty() || exists(named) || !exists(beside) ? named : beside;
 }
 
 }  // namespace
 
 void BackgroundImage::load(const std::string& path) {
-  path_.clear();
-  pixbuf_.reset();
+  *this = {};
   if (path.empty()) return;
+  Gtk::Main::init_gtkmm_internals();  // layouts are also checked by programs without a toolkit
+  const auto file = locate(path);
   try {
-    pixbuf_ = read_pixbuf(path);
+    pixbuf_ = Gdk::Pixbuf::create_from_file(file);
     path_ = path;
+    file_ = file;
   } catch (const Glib::Error& error) {
     set_status(Glib::ustring::compose(
         _("Couldn't load the image %1 (%2). Choose it anew before you save."),

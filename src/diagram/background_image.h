@@ -17,6 +17,8 @@ class BackgroundImage {
   void load(const std::string& path);
 
   [[nodiscard]] const std::string& path() const { return path_; }
+  /// Where the picture was found.
+  [[nodiscard]] const std::string& file() const { return file_; }
   /// Null when there is nothing to draw.
   [[nodiscard]] const Glib::RefPtr<Gdk::Pixbuf>& pixbuf() const { return pixbuf_; }
   [[nodiscard]] int width() const { return pixbuf_ ? pixbuf_->get_width() : 0; }
@@ -24,6 +26,7 @@ class BackgroundImage {
 
  private:
   std::string path_;
+  std::string file_;
   Glib::RefPtr<Gdk::Pixbuf> pixbuf_;
 };
 

@@ -3,6 +3,7 @@
 #include <glibmm/exceptionhandler.h>
 #include <gtkmm/main.h>
 #include <gtkmm/settings.h>
+#include <gtkmm/window.h>
 
 #include <clocale>
 
@@ -68,10 +69,12 @@ void set_up_process() {
 Application::Application(StartOptions options) {
   Glib::add_exception_handler(sigc::ptr_fun(tell_of_exception));
   stock::register_items();
-  add_builtin_icons();
+  // Drawn while the splash is looked at: nothing before the first windows needs them.
+  Glib::signal_idle().connect_once(sigc::ptr_fun(add_builtin_icons));
   install_layout_dialogs();
   GlobalOptions::get();
   Gtk::Settings::get_default()->property_gtk_toolbar_style() = Gtk::TOOLBAR_BOTH;
+  Gtk::Window::set_default_icon_name("zemblar");
   new SplashScreen;  // ends itself
   start_document();
   HWList::get();

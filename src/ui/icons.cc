@@ -1,7 +1,6 @@
 #include "ui/icons.h"
 
 #include <gtkmm/icontheme.h>
-#include <gtkmm/window.h>
 
 #include <string>
 
@@ -33,7 +32,6 @@ void add_builtin_icons() {
       if (pixbuf) Gtk::IconTheme::add_builtin_icon(name, size, pixbuf);
     }
   }
-  Gtk::Window::set_default_icon_name("zemblar");
 }
 
 }  // namespace zemblar

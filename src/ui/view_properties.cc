@@ -2,9 +2,6 @@
 
 #include <atkmm/object.h>
 #include <gtkmm/box.h>
-#include <gtkmm/filefilter.h>
-#include <gtkmm/image.h>
-#include <gtkmm/stock.h>
 
 #include "core/i18n.h"
 #include "core/property.h"
@@ -26,7 +23,7 @@ ViewProperties::ViewProperties(View& view, const Glib::RefPtr<Gtk::SizeGroup>& l
     : view_(view),
       labels_(labels),
       name_(view),
-      image_(_("Choose a Background Image"), Gtk::FILE_CHOOSER_ACTION_OPEN),
+      image_(_("Background Image")),
       width_(0, 0, largest_extent, 1, 10),
       height_(0, 0, largest_extent, 1, 10),
       width_spin_(width_),
@@ -37,7 +34,7 @@ ViewProperties::ViewProperties(View& view, const Glib::RefPtr<Gtk::SizeGroup>& l
   set_col_spacings(column_spacing);
   add_row(_("_Name:"), name_, name_);
   add_row(_("Background _Colour:"), colour_, colour_);
-  add_row(_("_Background Image:"), image_row(), image_);
+  add_row(_("_Background Image:"), image_, image_);
   add_row(_("Table Si_ze:"), size_row(), width_spin_);
   add_row(_("_Hidden:"), hidden_, hidden_);
   describe_controls();
@@ -45,6 +42,7 @@ ViewProperties::ViewProperties(View& view, const Glib::RefPtr<Gtk::SizeGroup>& l
   bind_property(view, "width", width_spin_, "value");
   bind_property(view, "height", height_spin_, "value");
   bind_property(view, "hidden", hidden_, "active");
+  image_.signal_chosen().connect([&view](const std::string& path) { view.set_image(path); });
   image_changed_ = view.signal_image_changed().connect([this] { follow_image(); });
   follow_image();
 }
@@ -57,21 +55,6 @@ void ViewProperties::add_row(const Glib::ustring& label, Gtk::Widget& content,
   attach(*text, 0, 1, rows_, rows_ + 1, Gtk::FILL, Gtk::FILL);
   attach(content, 1, 2, rows_, rows_ + 1, Gtk::EXPAND | Gtk::FILL, Gtk::FILL);
   ++rows_;
-}
-
-Gtk::Widget& ViewProperties::image_row() {
-  Gtk::FileFilter pictures;
-  pictures.set_name(_("Images"));
-  pictures.add_pixbuf_formats();
-  image_.add_filter(pictures);
-  image_.set_width_chars(8);
-  image_.signal_file_set().connect(sigc::mem_fun(*this, &ViewProperties::on_image_chosen));
-  clear_image_.set_image(*Gtk::manage(new Gtk::Image(Gtk::Stock::CLEAR, Gtk::ICON_SIZE_MENU)));
-  clear_image_.signal_clicked().connect([this] { view_.set_image({}); });
-  auto* row = Gtk::manage(new Gtk::HBox(false, spacing));
-  row->pack_start(image_, Gtk::PACK_EXPAND_WIDGET);
-  row->pack_start(clear_image_, Gtk::PACK_SHRINK);
-  return *row;
 }
 
 Gtk::Widget& ViewProperties::size_row() {
@@ -87,9 +70,6 @@ Gtk::Widget& ViewProperties::size_row() {
 }
 
 void ViewProperties::describe_controls() {
-  clear_image_.set_tooltip_text(_("Take the background image away"));
-  clear_image_.get_accessible()->set_name(_("Clear Background Image"));
-  image_.get_accessible()->set_name(_("Background Image"));
   width_spin_.get_accessible()->set_name(_("Table Width"));
   height_spin_.get_accessible()->set_name(_("Table Height"));
   const auto size_hint =
@@ -101,17 +81,8 @@ void ViewProperties::describe_controls() {
 
 void ViewProperties::follow_image() {
   const auto& image = view_.image();
-  if (image.path().empty()) {
-    image_.unselect_all();
-  } else {
-    image_.set_filename(image.path());
-  }
-  clear_image_.set_sensitive(!image.path().empty());
+  image_.set_path(image.file());
   from_image_.set_sensitive(bool(image.pixbuf()));
-}
-
-void ViewProperties::on_image_chosen() {
-  view_.set_image(image_.get_filename());
 }
 
 void ViewProperties::set_size_from_image() {

@@ -4,13 +4,13 @@
 #include <gtkmm/button.h>
 #include <gtkmm/checkbutton.h>
 #include <gtkmm/colorbutton.h>
-#include <gtkmm/filechooserbutton.h>
 #include <gtkmm/label.h>
 #include <gtkmm/sizegroup.h>
 #include <gtkmm/spinbutton.h>
 #include <gtkmm/table.h>
 
 #include "diagram/view.h"
+#include "ui/image_button.h"
 #include "ui/name_entry.h"
 
 namespace zemblar {
@@ -23,11 +23,9 @@ class ViewProperties : public Gtk::Table {
  private:
   /// One row; `access` is the widget that the label's access key goes to.
   void add_row(const Glib::ustring& label, Gtk::Widget& content, Gtk::Widget& access);
-  Gtk::Widget& image_row();
   Gtk::Widget& size_row();
   void describe_controls();
   void follow_image();
-  void on_image_chosen();
   void set_size_from_image();
 
   View& view_;
@@ -35,8 +33,7 @@ class ViewProperties : public Gtk::Table {
   unsigned rows_ = 0;
   NameEntry name_;
   Gtk::ColorButton colour_;
-  Gtk::FileChooserButton image_;
-  Gtk::Button clear_image_;
+  ImageButton image_;
   Gtk::Adjustment width_;
   Gtk::Adjustment height_;
   Gtk::SpinButton width_spin_;
