@@ -22,7 +22,7 @@ std::size_t hash_of(const Glib::ustring& name) {
 std::optional<unsigned> number_in(const std::string& name, const std::string& format) {
   const auto place = format.find(place_of_number);
   if (place == std::string::npos) return std::nullopt;
-  const auto suffix = format.substr(place + place_of_number.size());
+  const auto suffix = std::string_view(format).substr(place + place_of_number.size());
   if (name.size() <= place + suffix.size() || name.compare(0, place, format, 0, place) != 0 ||
       !name.ends_with(suffix)) {
     return std::nullopt;
@@ -75,9 +75,9 @@ void SiblingNames::erase(const Glib::ustring& name, const Object* child) {
   if (!slots_[at].child) return;
   vacate(at);
   --taken_;
-  for (auto& [format, candidate] : first_candidate_) {
-    if (const auto number = number_in(name.raw(), format)) {
-      candidate = std::min(candidate, std::max(*number, 1u));
+  for (auto& candidate : candidates_) {
+    if (const auto number = number_in(name.raw(), candidate.format)) {
+      candidate.number = std::min(candidate.number, std::max(*number, 1u));
     }
   }
 }
@@ -93,8 +93,15 @@ void SiblingNames::vacate(std::size_t hole) {
   slots_[hole] = {};
 }
 
+unsigned& SiblingNames::candidate(const Glib::ustring& format) {
+  for (auto& known : candidates_) {
+    if (known.format == format.raw()) return known.number;
+  }
+  return candidates_.emplace_back(Candidate{format.raw()}).number;
+}
+
 Glib::ustring SiblingNames::free_name(const Glib::ustring& format) {
-  auto& n = first_candidate_.try_emplace(format.raw(), 1u).first->second;
+  auto& n = candidate(format);
   if (format.raw().find(place_of_number) == std::string::npos) return format;
   for (; n != 0; ++n) {
     auto name = Glib::ustring::compose(format, n);

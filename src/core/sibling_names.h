@@ -2,9 +2,9 @@
 
 #include <glibmm/ustring.h>
 
+#include <boost/container/small_vector.hpp>
 #include <cstddef>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace zemblar {
@@ -43,8 +43,15 @@ class SiblingNames {
 
   std::vector<Slot> slots_;  // a power of two, at most half of them taken; empty at first
   std::size_t taken_ = 0;
-  // For each format: every smaller number is taken. Adding n children looks at each number once.
-  std::unordered_map<std::string, unsigned> first_candidate_;
+  /// Every smaller number is taken, so adding n children looks at each number once.
+  struct Candidate {
+    std::string format;
+    unsigned number = 1;
+  };
+  unsigned& candidate(const Glib::ustring& format);
+
+  // Siblings have few formats, and most have one.
+  boost::container::small_vector<Candidate, 1> candidates_;
 };
 
 }  // namespace zemblar
