@@ -5,8 +5,8 @@
 namespace zemblar::simulator {
 namespace {
 
-void after_on_main_loop(EcosHub::Milliseconds time, std::function<void()> action) {
-  Glib::signal_timeout().connect_once(std::move(action), static_cast<unsigned>(time.count()));
+void after_on_main_loop(EcosHub::Milliseconds time, const std::function<void()>& action) {
+  Glib::signal_timeout().connect_once(action, static_cast<unsigned>(time.count()));
 }
 
 }  // namespace

@@ -30,8 +30,8 @@ DecoderForm::DecoderForm(const Glib::RefPtr<Decoder>& decoder, const Glib::ustri
   for (int i = 0; i < type_count; ++i) type_.append(display_name(static_cast<DecoderType>(i)));
   ratio_.set_digits(3);
   ratio_.set_numeric();
-  ratio_.set_range(0, Decoder::max_speed_ratio);
   ratio_.set_increments(0.01, 0.1);
+  ratio_.set_range(0, Decoder::max_speed_ratio);
   add_rows(heading);
   follow();
   connect();

@@ -43,8 +43,8 @@ FunctionProperties::FunctionProperties(Function& function, const Labels& labels)
   name_.offer(function_names());
   number_.set_digits(0);
   number_.set_numeric();
-  number_.set_range(0, Function::max_function);
   number_.set_increments(1, 5);
+  number_.set_range(0, Function::max_function);
   type_.set_tooltip_text(
       _("A toggle function stays as it is set; a pulse function goes off again at once"));
   add_rows();

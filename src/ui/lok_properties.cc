@@ -92,8 +92,8 @@ void LokProperties::remove_decoder(const Glib::RefPtr<Decoder>& decoder) {
 void LokProperties::add_top_speed() {
   top_speed_.set_digits(0);
   top_speed_.set_numeric();
-  top_speed_.set_range(0, fastest);
   top_speed_.set_increments(1, 10);
+  top_speed_.set_range(0, fastest);
   const auto follow = [this] {
     const Following scope(following_);
     show_value(top_speed_, lok_->get_top_speed());

@@ -7,10 +7,12 @@
 namespace zemblar {
 
 struct ViewPages::Page {
+  Page(View& view, Gtk::Widget* canvas, Gtk::Label* tab) : view(view), canvas(canvas), tab(tab) {}
+
   View& view;
   Gtk::Widget* canvas;
   Gtk::Label* tab;
-  LayoutFollower::Connections connections{};
+  LayoutFollower::Connections connections;
 };
 
 ViewPages::ViewPages(MakeCanvas make_canvas, Hidden hidden)
