@@ -4,13 +4,18 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # The system's own Python: the accessibility modules are installed for that one.
 python=/usr/bin/python3
 
-# configure FOLDER [meson options...]: makes the build folder unless it is there.
+# configure FOLDER [meson options...]: makes the build folder, or gives it the options that it was
+# not made with.
 configure() {
-  local folder=$1 log
+  local folder=$1 log verb=setup
   shift
-  if [ -f "$folder/build.ninja" ]; then return 0; fi
+  if [ -f "$folder/build.ninja" ]; then
+    if [ "$*" = "" ] || [ "$(cat "$folder/given-options" 2>/dev/null)" = "$*" ]; then return 0; fi
+    verb=configure
+  fi
   log=$(mktemp)
-  meson setup "$folder" "$@" >"$log" 2>&1 || { cat "$log"; rm -f "$log"; return 1; }
+  meson "$verb" "$folder" "$@" >"$log" 2>&1 || { cat "$log"; rm -f "$log"; return 1; }
+  echo "$*" >"$folder/given-options"
   rm -f "$log"
 }
 

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "core/i18n.h"
@@ -44,14 +45,29 @@ bool written_in_place(const FilePtr& file) {
   return info.st_nlink > 1 || !takes_temporaries(Glib::path_get_dirname(path), info);
 }
 
-/// Puts a copy of the file where it can stay; throws when that fails.
+/// "railway.zblt", then "railway-2.zblt" and so on.
+std::string numbered(const std::string& name, unsigned number) {
+  if (number == 1) return name;
+  const auto dot = std::min(name.rfind('.'), name.size());
+  return name.substr(0, dot) + '-' + Glib::ustring::format(number).raw() + name.substr(dot);
+}
+
+/// Puts a copy of the file where it can stay; throws when that fails. An older copy is never
+/// touched: it may be the last good state of a file that a failed save has cut off since.
 FilePtr copy_aside(const FilePtr& file) {
   const auto folder = Glib::build_filename(Glib::get_user_data_dir(), "zemblar", "saved-copies");
   g_mkdir_with_parents(folder.c_str(), 0700);
-  const auto copy = Gio::File::create_for_path(
-      Glib::build_filename(folder, Glib::path_get_basename(file->get_path())));
-  file->copy(copy, Gio::FILE_COPY_OVERWRITE | Gio::FILE_COPY_TARGET_DEFAULT_PERMS);
-  return copy;
+  const auto name = Glib::path_get_basename(file->get_path());
+  for (unsigned number = 1;; ++number) {
+    const auto copy =
+        Gio::File::create_for_path(Glib::build_filename(folder, numbered(name, number)));
+    try {
+      file->copy(copy, Gio::FILE_COPY_TARGET_DEFAULT_PERMS);
+      return copy;
+    } catch (const Gio::Error& error) {
+      if (error.code() != Gio::Error::EXISTS) throw;
+    }
+  }
 }
 
 /// A stream that is merely dropped would put what has been written so far in the place of the good

@@ -1,5 +1,6 @@
 #include "diagram/background_image.h"
 
+#include <giomm/error.h>
 #include <glibmm/convert.h>
 #include <glibmm/miscutils.h>
 #include <gtkmm/main.h>
@@ -38,6 +39,11 @@ void BackgroundImage::load(const std::string& path) {
   Gtk::Main::init_gtkmm_internals();  // layouts are also checked by programs without a toolkit
   const auto file = locate(path);
   try {
+    // Opening a pipe would wait for ever.
+    if (Glib::file_test(file, Glib::FILE_TEST_EXISTS) &&
+        !Glib::file_test(file, Glib::FILE_TEST_IS_REGULAR)) {
+      throw Gio::Error(Gio::Error::NOT_REGULAR_FILE, _("it is no regular file"));
+    }
     pixbuf_ = Gdk::Pixbuf::create_from_file(file);
     path_ = path;
     file_ = file;

@@ -13,6 +13,7 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "runtime/scoped_connection.h"
+#include "ui/name_entry.h"
 
 namespace zemblar {
 namespace {
@@ -95,10 +96,12 @@ void save_layout(Layout& layout) {
   if (!uri.empty()) layout.save_to(uri, complete);
 }
 
-// A number that is being typed counts when its field is left, and no menu or key makes that happen.
+// What is being typed counts when its field is left, and no menu or key makes that happen.
 void finish_edits() {
   for (auto* window : Gtk::Window::list_toplevels()) {
-    if (auto* field = dynamic_cast<Gtk::SpinButton*>(window->get_focus())) field->update();
+    auto* focus = window->get_focus();
+    if (auto* number = dynamic_cast<Gtk::SpinButton*>(focus)) number->update();
+    if (auto* name = dynamic_cast<NameEntry*>(focus)) name->finish();
   }
 }
 

@@ -59,8 +59,12 @@ void NameEntry::finish() {
   if (wanted.raw() != object_->get_name().raw() && !before_.empty()) {
     object_->set_name(before_);
     if (!wanted.empty()) {
-      set_status(Glib::ustring::compose(_("The name “%1” is taken."), wanted));
+      complaint_ = Glib::ustring::compose(_("The name “%1” is taken."), wanted);
+      set_status(complaint_);
     }
+  } else if (!complaint_.empty()) {
+    if (get_status() == complaint_) clear_status();
+    complaint_.clear();
   }
   before_ = object_->get_name();
   follow();

@@ -19,6 +19,8 @@ class NameEntry : public Gtk::Entry {
 
   /// Offers the strings of a pool while a name is being typed.
   void offer(const StringPool& pool);
+  /// As on Return: what is there now was meant.
+  void finish();
 
  protected:
   void on_changed() override;
@@ -28,10 +30,10 @@ class NameEntry : public Gtk::Entry {
 
  private:
   void follow();
-  void finish();
 
   bool following_ = false;
-  Glib::ustring before_;  // the name when typing began; empty when nobody types
+  Glib::ustring before_;     // the name when typing began; empty when nobody types
+  Glib::ustring complaint_;  // in the status line, while the name is no good
   ObjectRef<zemblar::Object> object_;
   ScopedConnection renamed_;
 };

@@ -257,7 +257,9 @@ class SafeWrite : public testing::Test {
     signal(SIGXFSZ, SIG_IGN);
     const rlimit small{4096, 4096};
     setrlimit(RLIMIT_FSIZE, &small);
+    Glib::setenv("XDG_DATA_HOME", folder.file("data"));
     const auto problem = save(path, new_bytes);
+    save(path, new_bytes);  // somebody tries again
     const auto copy =
         Glib::build_filename(Glib::get_user_data_dir(), "zemblar", "saved-copies", "file");
     const bool told = problem.starts_with("Couldn't save");
