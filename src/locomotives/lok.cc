@@ -35,6 +35,7 @@ Lok::Lok() : Lok(NoDecoder{}) {
 }
 
 Lok::~Lok() {
+  leave_track();
   registry_.clear();
   ScriptOverlay::forget(this);
   for (const auto& decoder : decoders_) decoder->retire();
@@ -42,8 +43,9 @@ Lok::~Lok() {
 }
 
 void Lok::on_deleting() {
-  // From here on nobody must find it by an address.
+  // From here on nobody must find it by an address or on the track.
   registry_.clear();
+  leave_track();
 }
 
 void Lok::announce(std::initializer_list<Change> changes) {
@@ -131,8 +133,7 @@ void Lok::apply_speed_overlay() {
 // --- Direction ---
 
 void Lok::turn_round(Direction direction) {
-  std::swap(front, back);
-  reconnect();
+  reverse_place();
   send([direction](Decoder& decoder) { decoder.set_direction(direction); });
 }
 

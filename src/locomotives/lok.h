@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <initializer_list>
 #include <map>
 #include <string>
@@ -9,9 +11,11 @@
 #include "core/object.h"
 #include "locomotives/decoder.h"
 #include "locomotives/lok_registry.h"
+#include "runtime/scoped_connection.h"
 
 namespace zemblar {
 
+class Block;
 class BlockLink;
 class Function;
 
@@ -81,12 +85,34 @@ class Lok : public Object {
   [[nodiscard]] bool can_contain(Object* child) const override;
 
   /// Place on the track: the outward links of the leading and the trailing block; both null (not
-  /// known) or both set.
+  /// known) or both set. The blocks between them are the locomotive's span, and each of them has it
+  /// as its `lok` unless another one was there first.
   BlockLink* front = nullptr;
   BlockLink* back = nullptr;
+  /// False while nothing has told which end leads: the two may then be the wrong way round.
   bool orientation_known = false;
-  /// Follows `front` and `back` after they have changed. Defined in track/.
+
+  // Block control, defined in track/. It follows the occupancy of the blocks around the
+  // locomotive and commands nothing but `brake`; points are taken as they lie, and nothing is
+  // reserved. A trigger that arises while a handler is at work waits until that has returned.
+  //
+  // Where a walk finds the track ended, by a dead end or a point set against it, the place jumps to
+  // where RailCom sees the locomotive, and nothing is claimed. A walk that comes round to where it
+  // has been, as it can after a point was thrown under a train, ends: the span is broken. A block
+  // that ends under a locomotive takes it off the track, and so it leaves all blocks that it holds.
+  // A locomotive that loses its track otherwise leaves blocks held behind it; the operator frees
+  // them by their `lok`.
+
+  /// RailCom sees it between two links of one block, `front_` at the decoder's leading end if
+  /// `certain`. Asserts that it is one block.
+  void detected(BlockLink* front_, BlockLink* back_, bool certain);
+  /// Follows `front` and `back` after they have changed.
   void reconnect();
+  /// Whether two links in the order of the decoder's ends run along `front` and `back` (1), against
+  /// them (-1), or neither can be told (0).
+  [[nodiscard]] int travel_sign(const BlockLink* front_, const BlockLink* back_) const;
+  /// The blocks that have this locomotive as their `lok`.
+  [[nodiscard]] const std::vector<Block*>& get_blocks() const { return blocks_; }
 
   Glib::PropertyProxy<int> property_top_speed() { return {this, "top-speed"}; }
   Glib::PropertyProxy<unsigned> property_speed() { return {this, "speed"}; }
@@ -131,8 +157,37 @@ class Lok : public Object {
   void send_speed(unsigned speed);
   void compute_and_send_speed();
   void turn_round(Direction direction);
+
+  // Block control, defined in track/.
+  friend class Block;
+  void watch(std::size_t place, sigc::signal<void>& signal, void (Lok::*handler)());
+  void on_track_event(void (Lok::*handler)());
+  void on_front_occupied();
+  void on_rear_occupied();
+  void on_ahead_occupied();
+  void on_behind_occupied();
+  void on_ahead_route();
+  void on_block_ending(Block* block);
+  void place_detected(BlockLink* front_, BlockLink* back_, bool certain);
+  void move_to_detected(BlockLink* front_, BlockLink* back_, bool certain);
+  template <typename Check>
+  bool walk(BlockLink*& end, BlockLink* target, const Check& check);
+  [[nodiscard]] Block* find_rear_detector() const;
+  [[nodiscard]] bool spans(const Block* block) const;
+  bool release_undetected_tail();
+  void lose_track();
+  void leave_track();
+  void reverse_place();
+  // Blocks enter themselves and withdraw.
+  void remember_block(Block* block);
+  void forget_block(const Block* block);
+
   void adopt(const Glib::RefPtr<Decoder>& decoder);
 
+  /// In the order front, rear detector, ahead (occupied, route), behind (occupied, route).
+  std::array<ScopedConnection, 6> watches_;
+  ScopedConnection block_ending_;
+  std::vector<Block*> blocks_;
   Attributes attributes_;
   Decoders decoders_;
   LokRegistry registry_;

@@ -1,8 +1,390 @@
+// Block control: how a locomotive follows itself from block to block and stops short of one that
+// is not free.
+
+#include <algorithm>
+#include <cassert>
+#include <deque>
+#include <limits>
+
 #include "locomotives/lok.h"
+#include "locomotives/survival.h"
+#include "track/block.h"
 
 namespace zemblar {
+namespace {
 
-// No block knows a locomotive yet, so there is nothing to follow.
-void Lok::reconnect() {}
+/// What arises while a handler of block control is at work waits until the outermost one has
+/// returned, in the same turn of the main loop: every handler finds the track as it left it.
+class Turn {
+ public:
+  /// `slot` makes what has to wait; it is empty again when something that it tracks has ended.
+  template <typename Handle, typename MakeSlot>
+  static void run(const Handle& handle, const MakeSlot& make_slot) {
+    if (running_) {
+      waiting_.push_back(make_slot());
+      return;
+    }
+    const Turn turn;
+    handle();
+    while (!waiting_.empty()) {
+      const auto next = std::move(waiting_.front());
+      waiting_.pop_front();
+      next();
+    }
+  }
+
+ private:
+  Turn() { running_ = true; }
+  ~Turn() { running_ = false; }
+
+  static inline bool running_ = false;
+  static inline std::deque<sigc::slot<void>> waiting_;
+};
+
+constexpr unsigned unreachable = std::numeric_limits<unsigned>::max();
+
+unsigned distance(const BlockLink* from, const BlockLink* to) {
+  return from->find_distance_to(to).value_or(unreachable);
+}
+
+Block* neighbour(const BlockLink* end) {
+  const auto* partner = end ? end->get_partner() : nullptr;
+  return partner ? partner->get_block() : nullptr;
+}
+
+bool is_occupied(const Block* block) {
+  return block && block->occupied();
+}
+
+/// Whether a walk from `link` comes to `target`, or to a block that somebody holds, before the way
+/// ends. A point set against the train, a dead end and a circle end it.
+bool way_is_open(BlockLink* link, const BlockLink* target) {
+  CircleGuard guard;
+  for (;;) {
+    auto* near = link->get_partner();
+    if (!near) return false;
+    if (near == target || near->get_block()->get_lok()) return true;
+    link = near->get_opposite();
+    if (!link || guard.came_round(link)) return false;
+    if (link == target) return true;
+  }
+}
+
+/// The link by which the way from `link` through its block enters the next one; null when it ends.
+BlockLink* one_block_on(BlockLink* link) {
+  const auto* far = link->get_opposite();
+  return far ? far->get_partner() : nullptr;
+}
+
+}  // namespace
+
+void Lok::watch(std::size_t place, sigc::signal<void>& signal, void (Lok::*handler)()) {
+  watches_[place] = signal.connect(sigc::bind(sigc::mem_fun(*this, &Lok::on_track_event), handler));
+}
+
+void Lok::on_track_event(void (Lok::*handler)()) {
+  Turn::run([&] { (this->*handler)(); }, [&] { return sigc::mem_fun(*this, handler); });
+}
+
+// --- The place and what is watched around it ---
+
+void Lok::reconnect() {
+  for (auto& connection : watches_) connection.disconnect();
+  if (!front || !back) {
+    block_ending_.disconnect();
+    return;
+  }
+  auto* rear = find_rear_detector();
+  if (!rear) {
+    lose_track();
+    return;
+  }
+  if (!block_ending_.connected()) {
+    block_ending_ = Block::signal_ending().connect(sigc::mem_fun(*this, &Lok::on_block_ending));
+  }
+  watch(0, front->get_block()->signal_occupied(), &Lok::on_front_occupied);
+  watch(1, rear->signal_occupied(), &Lok::on_rear_occupied);
+  if (auto* ahead = neighbour(front)) {
+    watch(2, ahead->signal_occupied(), &Lok::on_ahead_occupied);
+    watch(3, ahead->signal_route(), &Lok::on_ahead_route);
+  }
+  if (auto* behind = neighbour(back)) {
+    watch(4, behind->signal_occupied(), &Lok::on_behind_occupied);
+    watch(5, behind->signal_route(), &Lok::reconnect);
+  }
+}
+
+Block* Lok::find_rear_detector() const {
+  CircleGuard guard;
+  auto* link = back;
+  while (!link->get_block()->has_input()) {
+    auto* far = link->get_opposite();
+    if (far == front) break;
+    link = far ? far->get_partner() : nullptr;
+    if (!link || guard.came_round(link)) return nullptr;
+  }
+  return link->get_block();
+}
+
+void Lok::lose_track() {
+  front = back = nullptr;
+  reconnect();
+}
+
+bool Lok::spans(const Block* block) const {
+  if (!front || !back) return false;
+  if (front->get_block() == block) return true;
+  CircleGuard guard;
+  for (auto* link = back; link && !guard.came_round(link); link = one_block_on(link)) {
+    if (link->get_block() == block) return true;
+    if (link->get_opposite() == front) break;
+  }
+  return false;
+}
+
+// At once and out of turn: the block's links are about to go.
+void Lok::on_block_ending(Block* block) {
+  if (spans(block)) leave_track();
+}
+
+void Lok::leave_track() {
+  lose_track();
+  // A handler may end this locomotive, or give it another block.
+  const Survival alive(*this);
+  const auto held = blocks_;
+  for (auto* block : held) {
+    if (!alive) return;
+    if (std::ranges::find(blocks_, block) != blocks_.end()) block->clear_lok(this);
+  }
+}
+
+void Lok::remember_block(Block* block) {
+  blocks_.push_back(block);
+}
+
+void Lok::forget_block(const Block* block) {
+  std::erase(blocks_, block);
+}
+
+void Lok::reverse_place() {
+  const auto reverse = [this] {
+    std::swap(front, back);
+    reconnect();
+  };
+  Turn::run(reverse, [&] { return sigc::track_obj(reverse, *this); });
+}
+
+// --- Occupancy ---
+
+void Lok::on_ahead_occupied() {
+  if (!front) return;
+  if (!orientation_known && is_occupied(neighbour(front))) orientation_known = true;
+  const Survival alive(*this);
+  bool moved = false;
+  CircleGuard guard;
+  while (auto* near = front->get_partner()) {
+    if (near == back) break;
+    auto* block = near->get_block();
+    if (block->has_input() && !block->occupied()) {
+      set_brake(false);
+      break;
+    }
+    if (block->get_lok() && block->get_lok() != this) {
+      set_brake(true);
+      break;
+    }
+    auto* far = block->next_link(near);
+    if (!far || guard.came_round(far)) break;
+    front = far;
+    moved = true;
+    block->set_lok(this);
+    if (!alive || !front) return;
+  }
+  if (alive && moved) reconnect();
+}
+
+void Lok::on_behind_occupied() {
+  const auto* behind = neighbour(back);
+  if (orientation_known || !behind || !behind->has_input() || !behind->occupied()) return;
+  std::swap(front, back);
+  orientation_known = true;
+  on_ahead_occupied();
+}
+
+void Lok::on_front_occupied() {
+  if (!front) return;
+  const Survival alive(*this);
+  bool moved = false;
+  CircleGuard guard;
+  for (;;) {
+    auto* block = front->get_block();
+    if (block->occupied()) break;
+    block->clear_lok(this);
+    if (!alive || !front) return;
+    auto* near = front->get_opposite();
+    auto* former = near && near != back ? near->get_partner() : nullptr;
+    if (!former || guard.came_round(former)) {
+      lose_track();
+      return;
+    }
+    moved = true;
+    front = former;
+  }
+  if (!moved) return;
+  set_brake(false);
+  if (alive) reconnect();
+}
+
+void Lok::on_rear_occupied() {
+  if (!back) return;
+  const Survival alive(*this);
+  if (!release_undetected_tail() || !alive || !back) return;
+  bool moved = false;
+  CircleGuard guard;
+  for (;;) {
+    auto* block = back->get_block();
+    if (!block->has_input() || block->occupied()) break;
+    block->clear_lok(this);
+    if (!alive || !back) return;
+    auto* far = back->get_opposite();
+    auto* next = far && far != front ? far->get_partner() : nullptr;
+    if (!next || guard.came_round(next)) {
+      lose_track();
+      return;
+    }
+    moved = true;
+    back = next;
+  }
+  if (moved) reconnect();
+}
+
+/// False when the tail stays where it is, or the place is lost.
+bool Lok::release_undetected_tail() {
+  if (back->get_block()->has_input()) return true;
+  CircleGuard guard;
+  auto* link = back;
+  do {
+    auto* far = link->get_opposite();
+    if (far == front) return false;
+    link = far ? far->get_partner() : nullptr;
+    if (!link || guard.came_round(link)) {
+      lose_track();
+      return false;
+    }
+  } while (!link->get_block()->has_input());
+  if (link->get_block()->occupied()) return false;
+
+  const Survival alive(*this);
+  while (back && !back->get_block()->has_input()) {
+    back->get_block()->clear_lok(this);
+    if (!alive) return false;
+    if (back) back = one_block_on(back);
+  }
+  if (!back) lose_track();
+  return back != nullptr;
+}
+
+void Lok::on_ahead_route() {
+  if (!front) return;
+  const auto* ahead = neighbour(front);
+  const Survival alive(*this);
+  set_brake(!ahead || ahead->occupied());
+  if (alive) reconnect();
+}
+
+// --- RailCom ---
+
+void Lok::detected(BlockLink* front_, BlockLink* back_, bool certain) {
+  assert(front_->get_block() == back_->get_block());
+  const auto place = [=, this] { place_detected(front_, back_, certain); };
+  Turn::run(place, [&] { return sigc::track_obj(place, *this, *front_->get_block()); });
+}
+
+void Lok::place_detected(BlockLink* front_, BlockLink* back_, bool certain) {
+  auto* block = front_->get_block();
+  auto* holder = block->get_lok();
+  if (is_deleting() || block->is_deleting() || (holder && holder != this)) return;
+  if (holder) {
+    if (!certain) return;
+    orientation_known = true;
+    if (travel_sign(front_, back_) == -1) std::swap(front, back);
+    return;
+  }
+  const Survival alive(*this);
+  if (!front) {
+    assert(!back);
+    front = front_;
+    back = back_;
+    orientation_known = certain;
+    block->set_lok(this);
+    if (alive) reconnect();
+    return;
+  }
+  move_to_detected(front_, back_, certain);
+  if (!alive) return;
+  reconnect();
+  if (is_occupied(neighbour(front))) on_ahead_occupied();
+}
+
+// Which end walks in the second and the fourth case is meant as it stands, although the other one
+// is nearer.
+void Lok::move_to_detected(BlockLink* front_, BlockLink* back_, bool certain) {
+  const auto a = distance(front, front_);
+  const auto b = distance(front, back_);
+  const auto c = distance(back, front_);
+  const auto d = distance(back, back_);
+  const auto jump = [&] {
+    front = front_;
+    back = back_;
+    orientation_known = certain;
+  };
+  const Survival alive(*this);
+  const auto exchange_if_certain = [&] {
+    if (alive && certain) std::swap(front, back);
+  };
+  if (a <= std::max(c, d) && b < a) {
+    if (!walk(front, front_, [&] { assert(front != front_); })) jump();
+  } else if (b <= std::max(c, d) && a < b) {
+    if (!walk(back, front_, [&] { assert(back != front_); })) jump();
+    exchange_if_certain();
+  } else if (d < std::max(a, b) && c < d) {
+    if (!walk(back, back_, [&] { assert(back != back_); })) jump();
+  } else if (c < std::max(a, b) && d < c) {
+    if (!walk(front, back_, [&] { assert(front != back_); })) jump();
+    exchange_if_certain();
+  }
+}
+
+/// False when a jump has to take its place. Nothing is claimed on a way that ends on the track;
+/// what was claimed before a block that is held stays so.
+template <typename Check>
+bool Lok::walk(BlockLink*& end, BlockLink* target, const Check& check) {
+  if (end == target) return true;
+  if (!way_is_open(end, target)) return false;
+  const Survival alive(*this);
+  do {
+    auto* near = end->get_partner();
+    if (!near || near->get_block()->get_lok()) return false;
+    end = near;
+    check();
+    auto* far = end->get_opposite();
+    if (!far) return false;
+    end = far;
+    far->get_block()->set_lok(this);
+  } while (alive && end && end != target);
+  return true;
+}
+
+int Lok::travel_sign(const BlockLink* front_, const BlockLink* back_) const {
+  if (!orientation_known) return 0;
+  const auto w = distance(front_, front);
+  const auto x = distance(front_, back);
+  const auto y = distance(back_, front);
+  const auto z = distance(back_, back);
+  const int forwards = direction_ == Direction::Forwards ? 1 : -1;
+  if (y > z && w < x) return forwards;
+  if (y < z && x < w) return -forwards;
+  return 0;
+}
 
 }  // namespace zemblar

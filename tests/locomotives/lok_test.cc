@@ -8,10 +8,7 @@
 #include "locomotives/function.h"
 #include "locomotives/script_overlay.h"
 #include "tests/support/fake_station.h"
-
-namespace zemblar {
-class BlockLink {};
-}  // namespace zemblar
+#include "track/zone.h"
 
 namespace zemblar::test {
 namespace {
@@ -189,8 +186,9 @@ TEST_F(LokTest, gives_its_decoders_the_speed_that_its_state_asks_for) {
 }
 
 TEST_F(LokTest, turns_round_with_the_direction_in_force) {
-  BlockLink leading;
-  BlockLink trailing;
+  Zone zone;
+  auto& leading = zone.right;
+  auto& trailing = zone.left;
   lok->front = &leading;
   lok->back = &trailing;
   lok->set_direction(Direction::Forwards);

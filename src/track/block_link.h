@@ -1,0 +1,89 @@
+#pragma once
+
+#include <sigc++/signal.h>
+
+#include <exception>
+#include <optional>
+#include <vector>
+
+namespace zemblar {
+
+class Block;
+
+/// There is no way to the target as the points lie now.
+class RouteNotFound : public std::exception {
+ public:
+  [[nodiscard]] const char* what() const noexcept override { return "Route Not Found"; }
+};
+
+/// One end of a block, where another block's end may be joined to it.
+///
+/// Joins are symmetric: whoever joins two ends sees to it that the other one is free. `connect`
+/// lets go of this link's former partner and not of the other's, which from then on points at a
+/// link that does not point back; when that link ends, all who still point at it are let go.
+///
+/// Handlers of a link's end may find its block half destroyed.
+class BlockLink {
+ public:
+  explicit BlockLink(Block* block);
+  /// A copy has the same block and partner, and joins nothing: both know the original alone.
+  BlockLink(const BlockLink& other);
+  BlockLink& operator=(const BlockLink&) = delete;
+  virtual ~BlockLink();
+
+  [[nodiscard]] Block* get_block() const { return block_; }
+  /// Null at a dead end.
+  [[nodiscard]] BlockLink* get_partner() const { return partner_; }
+  [[nodiscard]] bool is_connected() const { return partner_ != nullptr; }
+  /// Where a train that enters the block here leaves it; null when there is no way through now.
+  [[nodiscard]] BlockLink* get_opposite();
+
+  /// Joins two ends of the track. To join a link with itself, with nothing, or with its present
+  /// partner does nothing. Tells the former partner, then this end, then the other.
+  void connect(BlockLink* other);
+  /// Tells this end, then the former partner.
+  void disconnect();
+
+  /// How many blocks a train enters and leaves again on the way that leads out through this link,
+  /// until it stands at `target`: 0 for this link and for the link it is joined to, 1 for the far
+  /// link of the adjoining block. Points are read as they lie; a route either exists or does not.
+  /// Throws RouteNotFound.
+  [[nodiscard]] unsigned distance_to(const BlockLink* target) const;
+  /// The same without an exception; a null target is never found.
+  [[nodiscard]] std::optional<unsigned> find_distance_to(const BlockLink* target) const noexcept;
+
+  /// The partner has changed.
+  sigc::signal<void>& signal_changed() { return signal_changed_; }
+
+ private:
+  void point_at(BlockLink* partner);
+  void forget(const BlockLink* pointing);
+
+  Block* block_;
+  bool is_copy_ = false;
+  BlockLink* partner_ = nullptr;
+  std::vector<BlockLink*> pointed_at_by_;
+  sigc::signal<void> signal_changed_;
+};
+
+/// Tells when a walk along the track has come round to a link that it has met before, as it does
+/// for ever once a point has been thrown under a train. Costs a comparison for each step: the link
+/// that is looked out for moves on after 1, 2, 4, 8... steps.
+class CircleGuard {
+ public:
+  [[nodiscard]] bool came_round(const BlockLink* link) noexcept {
+    if (link == mark_) return true;
+    if (++steps_ == next_mark_) {
+      mark_ = link;
+      next_mark_ *= 2;
+    }
+    return false;
+  }
+
+ private:
+  const BlockLink* mark_ = nullptr;
+  unsigned long steps_ = 0;
+  unsigned long next_mark_ = 1;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "track/block.h"
+
+namespace zemblar {
+
+/// The plain block: a stretch of track with two ends, usually with a detector. It turns what
+/// RailCom reports into a place for the locomotive.
+///
+/// RailCom tells from which side of the track a decoder answers, and so how the locomotive stands.
+/// Side 1 is "left" here, unless `invert` is set; without a side the place is taken as it comes,
+/// and not as certain.
+///
+/// In a layout file: `!zone` with `name`, `id`, `input`, `invert`, `left` and `right`.
+class Zone : public Block {
+ public:
+  Zone();
+  explicit Zone(const YAML::Node& node);
+  void save(YAML::Emitter& out) const override;
+
+  BlockLink* next_link(BlockLink* in) override;
+  [[nodiscard]] BlockLink* get_link(const std::string& name) override;
+  [[nodiscard]] std::string get_link_name(const BlockLink* link) const override;
+
+  BlockLink left;
+  BlockLink right;
+
+ protected:
+  void on_detected(Lok* lok) override;
+};
+
+}  // namespace zemblar
