@@ -1,0 +1,339 @@
+// How a locomotive follows itself from block to block, and is braked.
+
+#include <gtest/gtest.h>
+
+#include "tests/support/small_railway.h"
+#include "track/crossing.h"
+
+namespace zemblar::test {
+namespace {
+
+class Tracking : public SmallRailway {
+ protected:
+  /// Drives a locomotive into the block beside it, head and tail.
+  static void pass(const Block* from, const Block* to) {
+    at(to).occupy();
+    at(from).occupy(false);
+  }
+};
+
+TEST_F(Tracking, moves_the_head_with_the_next_detector_and_the_tail_with_the_last) {
+  const auto zones = row({"A", "B", "C"});
+  auto* lok = new_lok_in(zones[0]);
+  EXPECT_EQ(place(lok), "A.left..A.right");
+  at(zones[1]).occupy();
+  EXPECT_EQ(place(lok), "A.left..B.right");
+  EXPECT_EQ(held(lok), "AB");
+  at(zones[0]).occupy(false);
+  EXPECT_EQ(place(lok), "B.left..B.right");
+  EXPECT_EQ(held(lok), "B");
+  at(zones[2]).occupy();  // the watch has moved on as well
+  EXPECT_EQ(place(lok), "B.left..C.right");
+  at(zones[2]).occupy(false);  // a head that goes away again falls back
+  EXPECT_EQ(place(lok), "B.left..B.right");
+  EXPECT_EQ(held(lok), "B");
+  EXPECT_FALSE(lok->get_brake());
+  at(zones[1]).occupy(false);
+  EXPECT_EQ(place(lok), "nowhere");
+  EXPECT_EQ(held(lok), "");
+  EXPECT_FALSE(lok->get_brake());
+}
+
+TEST_F(Tracking, brakes_before_a_block_that_another_one_holds) {
+  const auto zones = row({"A", "B", "C", "D"});
+  auto* lok = new_lok_in(zones[0]);
+  auto* other = new_lok_in(zones[2], "other");
+  at(zones[1]).occupy();
+  // B is the last free block: the train that enters it has to stop in it.
+  EXPECT_TRUE(lok->get_brake());
+  EXPECT_EQ(place(lok), "A.left..B.right");
+  at(zones[0]).occupy(false);
+  EXPECT_TRUE(lok->get_brake());
+  at(zones[3]).occupy();
+  EXPECT_TRUE(lok->get_brake());
+  at(zones[2]).occupy(false);
+  EXPECT_FALSE(lok->get_brake());
+  EXPECT_EQ(held(lok) + held(other), "BD");
+}
+
+TEST_F(Tracking, settles_an_open_orientation_by_the_neighbour_that_lights_up_first) {
+  for (const bool forwards : {true, false}) {
+    const auto zones = row({"A", "B", "C"});
+    auto* lok = new_lok();
+    at(zones[1]).see(lok, 0);
+    EXPECT_EQ(place(lok), "B.right..B.left?");
+    at(zones[forwards ? 0 : 2]).occupy();
+    EXPECT_EQ(place(lok), forwards ? "B.right..A.left" : "B.left..C.right");
+    EXPECT_EQ(held(lok), forwards ? "AB" : "BC");
+    layout().new_document(false);
+  }
+}
+
+TEST_F(Tracking, takes_the_orientation_from_railcom) {
+  struct {
+    unsigned orientation;
+    bool invert;
+    const char* place;
+  } const cases[] = {
+      {0, false, "A.right..A.left?"}, {0, true, "A.right..A.left?"}, {1, false, "A.right..A.left"},
+      {1, true, "A.left..A.right"},   {2, false, "A.left..A.right"}, {2, true, "A.right..A.left"},
+      {3, false, "nowhere"},
+  };
+  for (const auto& one : cases) {
+    auto* a = zone("A");
+    a->set_invert(one.invert);
+    auto* lok = new_lok();
+    at(a).see(lok, one.orientation);
+    EXPECT_EQ(place(lok), one.place) << one.orientation << one.invert;
+    layout().new_document(false);
+  }
+}
+
+TEST_F(Tracking, learns_in_its_own_block_which_way_it_stands) {
+  auto* a = zone("A");
+  auto* lok = new_lok();
+  at(a).see(lok, 0);
+  at(a).see(lok, 0);
+  EXPECT_EQ(place(lok), "A.right..A.left?");
+  at(a).see(lok, 2);  // the decoder's leading end is at the right, and it drives forwards
+  EXPECT_EQ(place(lok), "A.left..A.right");
+  lok->set_direction(Direction::Reverse);
+  EXPECT_EQ(place(lok), "A.right..A.left");
+  at(a).see(lok, 2);  // agrees: driving backwards, the trailing end leads
+  EXPECT_EQ(place(lok), "A.right..A.left");
+  at(a).see(lok, 1);
+  EXPECT_EQ(place(lok), "A.left..A.right");
+}
+
+TEST_F(Tracking, leaves_a_block_to_its_first_claimant) {
+  const auto zones = row({"A", "B"});
+  auto* first = new_lok_in(zones[0], "first");
+  auto* second = new_lok("second");
+  at(zones[0]).see(second, 2);
+  EXPECT_EQ(place(second), "nowhere");
+  EXPECT_EQ(zones[0]->get_lok(), first);
+  first->destroy();
+  at(zones[0]).see(second, 2);
+  EXPECT_EQ(place(second), "A.left..A.right");
+}
+
+TEST_F(Tracking, crosses_blocks_without_a_detector_in_one_step) {
+  auto* a = zone("A");
+  auto* b = zone("B", false);
+  auto* crossing = layout().get_blocks().add(new Crossing);
+  crossing->set_name("X");
+  auto* c = zone("C");
+  a->right.connect(&b->left);
+  b->right.connect(&crossing->links.top_left);
+  crossing->links.bottom_right.connect(&c->left);
+  auto* lok = new_lok_in(a);
+  at(c).occupy();
+  // Nothing watches C yet: the block ahead is B. The next report from A finds it.
+  EXPECT_EQ(place(lok), "A.left..A.right");
+  lok->reconnect();
+  b->signal_occupied().emit();
+  EXPECT_EQ(place(lok), "A.left..C.right");
+  EXPECT_EQ(held(lok), "ABCX");
+  at(a).occupy(false);
+  EXPECT_EQ(place(lok), "B.left..C.right");
+  EXPECT_EQ(held(lok), "BCX");  // until C, the rear detector now, has been left as well
+  at(c).occupy(false);
+  EXPECT_EQ(place(lok), "nowhere");
+}
+
+TEST_F(Tracking, looks_again_when_a_point_ahead_is_set) {
+  auto* a = zone("A");
+  auto* gate = layout().get_blocks().add(new Gate);
+  gate->set_name("G");
+  auto* b = zone("B");
+  a->right.connect(&gate->left);
+  gate->right.connect(&b->left);
+  auto* lok = new_lok_in(a);
+  gate->set_open(false);
+  EXPECT_FALSE(lok->get_brake());  // no detector: not occupied
+  gate->signal_occupied().emit();
+  EXPECT_EQ(place(lok), "A.left..A.right");  // set against the train: no way, and no brake
+  EXPECT_FALSE(lok->get_brake());
+  gate->set_input(&at(b));
+  at(b).occupy();
+  gate->set_open(true);
+  EXPECT_TRUE(lok->get_brake());
+  at(b).occupy(false);
+  gate->set_open(true);
+  EXPECT_FALSE(lok->get_brake());
+  auto& route = gate->signal_route();
+  gate->left.disconnect();
+  route.emit();  // still watched: nothing ahead any more
+  EXPECT_TRUE(lok->get_brake());
+}
+
+TEST_F(Tracking, walks_to_where_railcom_sees_it_or_jumps_there) {
+  struct {
+    const char* what;
+    bool ring;
+    int seen_in;  // of A to E; it stands in C and drives to the right
+    unsigned orientation;
+    const char* place;
+    const char* held;
+  } const cases[] = {
+      {"ahead", false, 4, 2, "C.left..E.right", "CDE"},
+      {"next", false, 3, 2, "C.left..D.right", "CD"},
+      {"behind", false, 0, 2, "A.left..C.right", "ABC"},
+      // Against the train's order of ends, the other end walks, and finds no way: a jump.
+      {"behind, the other way round", false, 1, 0, "B.right..B.left?", "C"},
+      {"ahead in a ring", true, 3, 2, "C.left..D.right", "CD"},
+      {"behind in a ring", true, 1, 2, "B.left..C.right", "BC"},
+  };
+  for (const auto& one : cases) {
+    const auto names = std::vector{"A", "B", "C", "D", "E"};
+    const auto zones = one.ring ? ring(names) : row(names);
+    auto* lok = new_lok_in(zones[2]);
+    at(zones[static_cast<unsigned>(one.seen_in)]).see(lok, one.orientation);
+    EXPECT_EQ(place(lok), one.place) << one.what;
+    EXPECT_EQ(held(lok), one.held) << one.what;
+    layout().new_document(false);
+  }
+}
+
+TEST_F(Tracking, jumps_when_the_way_ends_and_leaves_its_blocks_held) {
+  const auto zones = row({"A", "B", "C"});
+  auto* far = zone("Z");
+  auto* other = new_lok("other");
+  zones[1]->set_lok(other);
+  auto* lok = new_lok_in(zones[0]);
+  at(zones[2]).see(lok, 2);
+  EXPECT_EQ(place(lok), "C.left..C.right");  // B in between is held
+  EXPECT_EQ(held(lok), "A");
+  at(far).see(lok, 2);
+  EXPECT_EQ(place(lok), "C.left..C.right");  // nowhere near: no case applies
+  other->destroy();
+  EXPECT_EQ(held(lok), "A");
+  zones[0]->replace_lok(nullptr);  // the operator frees it
+  EXPECT_EQ(held(lok), "");
+}
+
+TEST_F(Tracking, reverses_its_place_with_its_direction) {
+  const auto zones = row({"A", "B", "C"});
+  auto* lok = new_lok_in(zones[1]);
+  lok->set_direction(Direction::Reverse);
+  EXPECT_EQ(place(lok), "B.right..B.left");
+  pass(zones[1], zones[0]);
+  EXPECT_EQ(place(lok), "A.right..A.left");
+}
+
+TEST_F(Tracking, ends_when_a_circle_closes_under_the_train) {
+  const auto zones = ring({"A", "B", "C", "D"});
+  auto* lok = new_lok_in(zones[0]);
+  at(zones[1]).occupy();
+  // The tail's link now leads into the ring's own middle; no walk must go round for ever.
+  zones[0]->left.disconnect();
+  auto* loop = zone("L", false);
+  loop->right.connect(&loop->left);
+  zones[1]->right.disconnect();
+  zones[1]->right.connect(&loop->left);
+  for (auto* one : zones) one->set_input(nullptr);
+  lok->reconnect();
+  loop->signal_occupied().emit();
+  loop->signal_route().emit();
+  EXPECT_EQ(lok->front == nullptr, lok->back == nullptr);
+}
+
+TEST_F(Tracking, leaves_no_pointer_behind_when_something_ends) {
+  struct {
+    const char* what;
+    void (*end)(const std::vector<Zone*>& zones, Lok* lok);
+    bool placed;
+  } const cases[] = {
+      {"front block", [](auto& zones, auto*) { zones[2]->destroy(); }, false},
+      {"middle block", [](auto& zones, auto*) { zones[1]->destroy(); }, false},
+      {"back block", [](auto& zones, auto*) { zones[0]->destroy(); }, false},
+      {"block ahead", [](auto& zones, auto*) { zones[3]->destroy(); }, true},
+      {"all detectors",
+       [](auto& zones, auto*) {
+         for (auto* one : zones) one->get_input()->destroy();
+       },
+       true},
+      {"a join", [](auto& zones, auto*) { zones[1]->right.disconnect(); }, true},
+  };
+  for (const auto& one : cases) {
+    const auto zones = row({"A", "B", "C", "D", "E"});
+    auto* lok = new_lok_in(zones[0]);
+    at(zones[1]).occupy();
+    at(zones[2]).occupy();
+    ASSERT_EQ(place(lok), "A.left..C.right");
+    one.end(zones, lok);
+    EXPECT_EQ(place(lok) != "nowhere", one.placed) << one.what;
+    if (!one.placed) EXPECT_EQ(held(lok), "") << one.what;
+    for (auto* block : layout().get_blocks()) {
+      dynamic_cast<Block&>(*block).signal_occupied().emit();
+      dynamic_cast<Block&>(*block).signal_route().emit();
+    }
+    lok->destroy();
+    for (auto* block : layout().get_blocks()) {
+      EXPECT_EQ(dynamic_cast<Block&>(*block).get_lok(), nullptr) << one.what;
+    }
+    layout().new_document(false);
+  }
+}
+
+TEST_F(Tracking, survives_whatever_a_handler_of_its_own_doing_does) {
+  using Act = void (*)(const std::vector<Zone*>& zones, Lok* lok);
+  const Act acts[] = {
+      [](auto&, auto* lok) { lok->destroy(); },
+      [](auto& zones, auto*) { zones[1]->destroy(); },
+      [](auto& zones, auto*) { zones[0]->destroy(); },
+      [](auto&, auto* lok) { lok->set_direction(opposite(lok->get_direction())); },
+      [](auto& zones, auto*) { zones[1]->replace_lok(nullptr); },
+      [](auto& zones, auto*) { at(zones[0]).occupy(false); },
+      [](auto& zones, auto* lok) { at(zones[1]).see(lok, 1); },
+      [](auto& zones, auto*) { zones[1]->set_input(nullptr); },
+      [](auto&, auto*) { layout().new_document(false); },
+  };
+  for (const bool on_brake : {false, true}) {
+    for (std::size_t i = 0; i < std::size(acts); ++i) {
+      const auto zones = row({"A", "B", "C"});
+      auto* lok = new_lok_in(zones[0]);
+      new_lok_in(zones[2], "other");
+      bool done = false;
+      const auto act = [&] {
+        if (!std::exchange(done, true)) acts[i](zones, lok);
+      };
+      if (on_brake) {
+        lok->signal_brake_changed().connect(act);
+      } else {
+        zones[1]->signal_lok_changed().connect(act);
+      }
+      at(zones[1]).occupy();
+      EXPECT_TRUE(done) << i;
+      for (auto* child : layout().get_loks()) {
+        const auto& one = dynamic_cast<Lok&>(*child);
+        EXPECT_EQ(one.front == nullptr, one.back == nullptr) << i;
+      }
+      layout().new_document(false);
+    }
+  }
+}
+
+TEST_F(Tracking, handles_what_its_handlers_trigger_after_it_has_finished) {
+  const auto zones = row({"A", "B", "C"});
+  auto* lok = new_lok_in(zones[0]);
+  // In the middle of the move, while the tail's watch has not been renewed.
+  zones[1]->signal_lok_changed().connect([&] {
+    if (zones[1]->get_lok()) lok->set_direction(Direction::Reverse);
+  });
+  at(zones[1]).occupy();
+  EXPECT_EQ(place(lok), "B.right..A.left");
+  EXPECT_EQ(held(lok), "AB");
+}
+
+using TrackingDeathTest = Tracking;
+
+TEST_F(TrackingDeathTest, asserts_that_railcom_sees_one_block) {
+  const auto zones = row({"A", "B"});
+  auto* lok = new_lok();
+  EXPECT_DEATH(lok->detected(&zones[0]->left, &zones[1]->right, true),
+               "front_->get_block\\(\\) == back_->get_block\\(\\)");
+}
+
+}  // namespace
+}  // namespace zemblar::test
