@@ -88,8 +88,8 @@ std::string Layout::serialize() {
 
 void Layout::save() {
   if (!file_) return save_as();
-  if (dialogs().finish_edits) dialogs().finish_edits();
   clear_status();
+  if (dialogs().finish_edits) dialogs().finish_edits();
   // The text is complete before the file is touched.
   const auto text = serialize();
   write_safely(file_, text);

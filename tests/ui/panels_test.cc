@@ -17,6 +17,7 @@
 #include "ui/form.h"
 #include "ui/function_list.h"
 #include "ui/function_properties.h"
+#include "ui/layout_dialogs.h"
 #include "ui/lok_attribute_list.h"
 
 namespace zemblar::test {
@@ -74,6 +75,32 @@ TEST_F(PanelTest, a_name_that_cannot_be_given_is_shown_as_it_is_when_the_entry_i
   }
   lok->set_name("Elsewhere");
   EXPECT_EQ(entry.get_text(), "Elsewhere");
+}
+
+TEST_F(PanelTest, what_is_being_typed_is_taken_as_it_would_be_when_the_field_is_left_for_a_save) {
+  install_layout_dialogs();
+  layout().get_loks().add(new Lok)->set_name("Taken");
+  lok->set_name("Mine");
+  Gtk::Window window;
+  Gtk::VBox box;
+  NameEntry name(*lok);
+  AddrSpin address(Address::Kind::mobile);
+  box.add(name);
+  box.add(address);
+  window.add(box);
+  window.show_all();
+  clear_status();
+  name.grab_focus();
+  name.activate();
+  for (const char* typed : {"Take", "Taken"}) name.set_text(typed);
+  Layout::dialogs().finish_edits();
+  EXPECT_EQ(lok->get_name(), "Mine");
+  EXPECT_EQ(get_status(), "The name “Taken” is taken.");
+  address.grab_focus();
+  address.set_text("777");
+  Layout::dialogs().finish_edits();
+  EXPECT_EQ(address.get_value_as_int(), 777);
+  Layout::dialogs() = {};
 }
 
 TEST_F(PanelTest, an_address_is_kept_within_its_kind) {
