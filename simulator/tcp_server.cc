@@ -161,9 +161,13 @@ bool TcpServer::accept() {
     const auto connection = std::make_shared<Connection>(*this, listener_->accept());
     connections_.insert(connection);
     connection->start();
-  } catch (const Glib::Error&) {  // it went away between the knock and the answer
+  } catch (const Gio::Error& error) {
+    // Who went away between the knock and the answer is forgotten. When there is no room for
+    // another connection the knock stays, and would be heard without end.
+    if (error.code() == Gio::Error::TOO_MANY_OPEN_FILES) listener_->close();
+  } catch (const Glib::Error&) {
   }
-  return true;
+  return listener_ && !listener_->is_closed();
 }
 
 }  // namespace zemblar::simulator

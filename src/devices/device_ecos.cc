@@ -178,8 +178,11 @@ Glib::RefPtr<Gio::SocketConnectable> ECoS::parse_host() {
 // has to know.
 void ECoS::tell_unreachable() {
   if (!told_.empty() || !get_status().empty()) return;
-  told_ = Glib::ustring::compose(
-      _("%1: no station answers at “%2”. It is tried again every second."), get_name(), host_);
+  told_ = host_.empty()
+              ? Glib::ustring::compose(_("%1 has no address yet: set it in its panel."), get_name())
+              : Glib::ustring::compose(
+                    _("%1: no station answers at “%2”. It is tried again every second."),
+                    get_name(), host_);
   set_status(told_);
 }
 

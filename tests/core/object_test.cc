@@ -24,7 +24,8 @@ class Thing : public Object {
 class ObjectTest : public LayoutTest {
  protected:
   ObjectTest() : root(layout().get_scripts().add(Thing::make("root"))) {}
-  ~ObjectTest() override { EXPECT_GE(Thing::alive, 0); }
+  // After the last test has dropped its document.
+  static void TearDownTestSuite() { EXPECT_EQ(Thing::alive, 0); }
 
   std::vector<std::string> names() const {
     std::vector<std::string> result;

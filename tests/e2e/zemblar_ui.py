@@ -166,7 +166,11 @@ class Item:
         self.accessible.querySelection().selectChild(index)
 
     def _rows(self):
-        """Pairs of a row number and the texts in the row."""
+        """Pairs of a row number and the texts in the row.
+
+        Not with rows three levels deep under G_DEBUG=fatal-criticals: the toolkit's accessibility
+        bridge complains there (gtk_tree_store_get_path) and gives the first row's texts.
+        """
         table = self.accessible.queryTable()
         for row in range(table.nRows):
             cells = [Item(table.getAccessibleAt(row, column)) for column in range(table.nColumns)]

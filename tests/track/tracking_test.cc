@@ -318,9 +318,8 @@ TEST_F(Tracking, handles_what_its_handlers_trigger_after_it_has_finished) {
   const auto zones = row({"A", "B", "C"});
   auto* lok = new_lok_in(zones[0]);
   // In the middle of the move, while the tail's watch has not been renewed.
-  zones[1]->signal_lok_changed().connect([&] {
-    if (zones[1]->get_lok()) lok->set_direction(Direction::Reverse);
-  });
+  const ScopedConnection turning =
+      zones[1]->signal_lok_changed().connect([&] { lok->set_direction(Direction::Reverse); });
   at(zones[1]).occupy();
   EXPECT_EQ(place(lok), "B.right..A.left");
   EXPECT_EQ(held(lok), "AB");
