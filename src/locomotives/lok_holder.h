@@ -1,34 +1,26 @@
 #pragma once
 
-#include <glibmm/object.h>
-#include <glibmm/propertyproxy.h>
-
-#include "runtime/scoped_connection.h"
+#include "core/object_holder.h"
+#include "locomotives/lok.h"
 
 namespace zemblar {
 
-class Lok;
-
-/// An observable pointer to a locomotive, which clears itself when that ends. It also tells whether
-/// there is any locomotive to choose, at any depth of groups, in whichever layout is current.
-class LokHolder : public Glib::Object {
+/// An observable pointer to a locomotive; see ObjectHolder.
+class LokHolder : public ObjectHolder<Lok> {
  public:
-  LokHolder();
+  LokHolder() : Glib::ObjectBase("LokHolder"), ObjectHolder("lok", "no-loks") {}
 
-  [[nodiscard]] Lok* get_lok() const { return lok_; }
-  void set_lok(Lok* lok);
-  [[nodiscard]] bool get_no_loks() const;
+  [[nodiscard]] Lok* get_lok() const { return get_held(); }
+  void set_lok(Lok* lok) { hold(lok); }
+  [[nodiscard]] bool get_no_loks() const { return get_none(); }
 
   Glib::PropertyProxy<Lok*> property_lok() { return {this, "lok"}; }
   Glib::PropertyProxy_ReadOnly<bool> property_no_loks() { return {this, "no-loks"}; }
-
- private:
-  Lok* lok_ = nullptr;
-  ScopedConnection lok_deleted_;
-  ScopedConnection no_loks_changed_;
 };
 
 /// How many locomotives the current layout holds, at any depth.
-[[nodiscard]] unsigned lok_count();
+[[nodiscard]] inline unsigned lok_count() {
+  return Census<Lok>::get().count();
+}
 
 }  // namespace zemblar

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/small_railway.h"
+#include "track/block_holder.h"
 #include "track/block_link.h"
 #include "track/crossing.h"
 
@@ -150,6 +151,20 @@ TEST_F(Route, knows_who_holds_a_block_and_what_its_detector_sees) {
   detector->destroy();
   EXPECT_EQ(a->get_input(), nullptr);
   EXPECT_FALSE(a->occupied());
+}
+
+TEST_F(Route, holds_a_block_until_it_ends) {
+  BlockHolder holder;
+  int none_told = 0;
+  holder.connect_property_changed("no-blocks", [&] { ++none_told; });
+  EXPECT_TRUE(holder.get_no_blocks());
+  auto* a = zone("A", false);
+  zone("B", false);
+  EXPECT_FALSE(holder.get_no_blocks());
+  holder.property_block().set_value(a);
+  a->destroy();
+  EXPECT_EQ(holder.get_block(), nullptr);
+  EXPECT_EQ(none_told, 1);
 }
 
 }  // namespace
