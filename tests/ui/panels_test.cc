@@ -5,6 +5,7 @@
 
 #include "core/panel_factory.h"
 #include "devices/device_ecos.h"
+#include "devices/dummy_railcom_reader.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_group.h"
@@ -280,6 +281,38 @@ TEST_F(PanelTest, a_station_is_made_from_the_menu_and_edited_in_its_panel) {
   auto& use = get_widget<Gtk::CheckButton>(*station_panel, "_Use as a default DCC Device");
   use.set_active(!station.get_use_as_default());
   EXPECT_EQ(use.get_active(), station.get_use_as_default());
+}
+
+TEST_F(PanelTest, a_simulated_reader_is_set_up_position_by_position) {
+  auto* reader = new DeviceDummyRailComReader;
+  reader->set_pattern(0b10000001);
+  reader->set_railcom(0b10);
+  reader->set_address(Address(5, true));
+  auto* station = layout().get_devices().add(new ECoS);
+  const auto panel = panel_of(*reader);
+  const auto check = [&panel](const char* name) -> Gtk::CheckButton& {
+    return get_widget<Gtk::CheckButton>(*panel, name);
+  };
+  EXPECT_EQ(reader->get_pattern(), 0b10000001);
+  EXPECT_TRUE(check("Occupied 8").get_active());
+  EXPECT_TRUE(check("RailCom 2").get_active());
+  check("Occupied 8").set_active(false);
+  check("Occupied 3").set_active();
+  check("RailCom 1").set_active();
+  EXPECT_EQ(reader->get_pattern(), 0b101);
+  EXPECT_EQ(reader->get_railcom(), 0b11);
+  check("_Long").set_active(false);
+  EXPECT_EQ(reader->get_address(), Address(5));
+  get_widget<ObjectButton>(*panel).set_object(station);
+  EXPECT_EQ(reader->get_dcc_device(), station);
+  reader->set_railcom(0b10000000);
+  EXPECT_TRUE(check("RailCom 8").get_active());
+  EXPECT_FALSE(check("RailCom 1").get_active());
+  station->destroy();
+  EXPECT_EQ(reader->get_dcc_device(), nullptr);
+  reader->destroy();
+  check("Occupied 1").set_active(false);
+  clock.advance(std::chrono::milliseconds(1));
 }
 
 TEST_F(PanelTest, new_locomotives_and_groups_are_made_where_they_belong) {
