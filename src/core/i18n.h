@@ -1,8 +1,11 @@
 #pragma once
 
+#include <glib.h>
 #include <libintl.h>
 
 /// Text that a person reads goes through the message catalogue.
 #define _(text) dgettext(GETTEXT_PACKAGE, text)
+/// The same for a text that means something else elsewhere.
+#define C_(context, text) g_dpgettext2(GETTEXT_PACKAGE, context, text)
 /// Marks a text that is translated later, where it is shown.
 #define N_(text) text

@@ -22,6 +22,14 @@ Number whole_scalar(const YAML::Node& node) {
   return value;
 }
 
+template <typename Number>
+std::string shortest_form(Number value) {
+  std::array<char, 32> text{};
+  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), value);
+  assert(error == std::errc());
+  return {text.data(), end};
+}
+
 }  // namespace
 
 YAML::Emitter& operator<<(YAML::Emitter& out, const Object& object) {
@@ -76,10 +84,25 @@ void operator>>(const YAML::Node& node, double& value) {
 }
 
 std::string shortest_text(double value) {
-  std::array<char, 32> text{};
-  const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), value);
-  assert(error == std::errc());
-  return {text.data(), end};
+  return shortest_form(value);
+}
+
+std::string shortest_text(float value) {
+  return shortest_form(value);
+}
+
+void read_path(const YAML::Node& node, const char* key, std::string& path) {
+  const auto value = node[key];
+  if (value && !value.IsNull()) value >> path;
+}
+
+void write_path(YAML::Emitter& out, const char* key, const std::string& path) {
+  out << YAML::Key << key << YAML::Value;
+  if (path.empty()) {
+    out << YAML::Null;
+  } else {
+    out << path;
+  }
 }
 
 void resolve_later(unsigned id, std::function<bool(Object*)> assign) {

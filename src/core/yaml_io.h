@@ -36,6 +36,7 @@ void operator>>(const YAML::Node& node, double& value);
 
 /// The shortest text that reads back as the same number, with a point in every locale.
 [[nodiscard]] std::string shortest_text(double value);
+[[nodiscard]] std::string shortest_text(float value);
 
 /// The scalar's text; throws YAML::InvalidScalar for anything else.
 const std::string& scalar_of(const YAML::Node& node);
@@ -66,5 +67,9 @@ template <typename T>
 void read_key(const YAML::Node& node, const char* key, T& value) {
   if (const auto child = node[key]) child >> value;
 }
+
+/// The path of a picture, empty for none: a scalar, or null.
+void read_path(const YAML::Node& node, const char* key, std::string& path);
+void write_path(YAML::Emitter& out, const char* key, const std::string& path);
 
 }  // namespace zemblar

@@ -34,19 +34,6 @@ unsigned read_below(const YAML::Node& node, std::size_t limit) {
   return value;
 }
 
-void read_image(const YAML::Node& node, std::string& path) {
-  if (node && !node.IsNull()) node >> path;
-}
-
-void write_image(YAML::Emitter& out, const char* key, const std::string& path) {
-  out << YAML::Key << key << YAML::Value;
-  if (path.empty()) {
-    out << YAML::Null;
-  } else {
-    out << path;
-  }
-}
-
 }  // namespace
 
 Function::Function(Lok* lok)
@@ -69,8 +56,8 @@ Function::Function(Lok* lok, const YAML::Node& node) : Function(lok) {
   if (const auto type = node["type"]) type_ = read_type(type);
   if (const auto key = node["decoder"]) decoder_ = read_below(key, lok->get_decoders().size());
   if (const auto key = node["function"]) function_ = read_below(key, max_function + 1);
-  read_image(node["on_image"], on_image_);
-  read_image(node["off_image"], off_image_);
+  read_path(node, "on_image", on_image_);
+  read_path(node, "off_image", off_image_);
 }
 
 Function::~Function() {
@@ -84,8 +71,8 @@ void Function::save(YAML::Emitter& out) const {
   out << YAML::Key << "type" << YAML::Value << type_words[static_cast<std::size_t>(type_)];
   out << YAML::Key << "decoder" << YAML::Value << decoder_;
   out << YAML::Key << "function" << YAML::Value << function_;
-  write_image(out, "on_image", on_image_);
-  write_image(out, "off_image", off_image_);
+  write_path(out, "on_image", on_image_);
+  write_path(out, "off_image", off_image_);
   out << YAML::EndMap;
 }
 

@@ -168,6 +168,7 @@ class Lok : public Object {
   void on_behind_occupied();
   void on_ahead_route();
   void on_block_ending(Block* block);
+  void on_link_ending(const BlockLink* link);
   void place_detected(BlockLink* front_, BlockLink* back_, bool certain);
   void move_to_detected(BlockLink* front_, BlockLink* back_, bool certain);
   template <typename Check>
@@ -187,6 +188,7 @@ class Lok : public Object {
   /// In the order front, rear detector, ahead (occupied, route), behind (occupied, route).
   std::array<ScopedConnection, 6> watches_;
   ScopedConnection block_ending_;
+  ScopedConnection link_ending_;
   std::vector<Block*> blocks_;
   Attributes attributes_;
   Decoders decoders_;

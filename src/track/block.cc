@@ -40,6 +40,11 @@ sigc::signal<void, Block*>& Block::signal_ending() {
   return signal;
 }
 
+sigc::signal<void, BlockLink*>& Block::signal_link_ending() {
+  static sigc::signal<void, BlockLink*> signal;
+  return signal;
+}
+
 // Reports that arrive from here on find nothing to place a locomotive on, and walks end before it.
 void Block::on_deleting() {
   signal_ending().emit(this);

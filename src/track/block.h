@@ -75,6 +75,8 @@ class Block : public Object {
 
   /// A block is about to end; its links are still joined.
   static sigc::signal<void, Block*>& signal_ending();
+  /// A link of a block that stays is about to end; it is still joined.
+  static sigc::signal<void, BlockLink*>& signal_link_ending();
 
  protected:
   explicit Block(const Glib::ustring& name_format);

@@ -92,6 +92,7 @@ void Lok::reconnect() {
   for (auto& connection : watches_) connection.disconnect();
   if (!front || !back) {
     block_ending_.disconnect();
+    link_ending_.disconnect();
     return;
   }
   auto* rear = find_rear_detector();
@@ -101,6 +102,7 @@ void Lok::reconnect() {
   }
   if (!block_ending_.connected()) {
     block_ending_ = Block::signal_ending().connect(sigc::mem_fun(*this, &Lok::on_block_ending));
+    link_ending_ = Block::signal_link_ending().connect(sigc::mem_fun(*this, &Lok::on_link_ending));
   }
   watch(0, front->get_block()->signal_occupied(), &Lok::on_front_occupied);
   watch(1, rear->signal_occupied(), &Lok::on_rear_occupied);
@@ -145,6 +147,10 @@ bool Lok::spans(const Block* block) const {
 // At once and out of turn: the block's links are about to go.
 void Lok::on_block_ending(Block* block) {
   if (spans(block)) leave_track();
+}
+
+void Lok::on_link_ending(const BlockLink* link) {
+  if (link == front || link == back) leave_track();
 }
 
 void Lok::leave_track() {

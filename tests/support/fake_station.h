@@ -27,6 +27,9 @@ class FakeStation : public Device {
     return station;
   }
 
+  [[nodiscard]] int supports(std::string_view feature) const override {
+    return feature == "DCC" ? 2 : 0;
+  }
   /// What was asked for since the last call.
   Log sent() { return std::exchange(sent_, {}); }
 
@@ -52,6 +55,14 @@ class FakeStation : public Device {
     converse(decoder, DecoderUpdate::function_bit(fn), [fn](const DecoderUpdate& wish) {
       return "f" + std::to_string(fn) + (wish.function(fn) ? " on" : " off");
     });
+  }
+
+  void set_point(unsigned address, unsigned output, bool on) override {
+    sent_.push_back(std::to_string(address) + "/" + std::to_string(output) +
+                    (on ? " right" : " left"));
+  }
+  void set_aspect(unsigned address, unsigned aspect) override {
+    sent_.push_back(std::to_string(address) + " aspect " + std::to_string(aspect));
   }
 
  private:

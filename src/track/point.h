@@ -1,0 +1,48 @@
+#pragma once
+
+#include <map>
+#include <memory>
+
+#include "track/point_base.h"
+
+namespace zemblar {
+
+/// A set of points: one way in, `common`, and a link for each state, of which the current state's
+/// is open. Who comes by another one finds no way through.
+///
+/// The links are named "common" and "state:" with the name of the state, whatever it is now. A
+/// state takes its link with it when it goes; a locomotive that has its end there is then unplaced.
+///
+/// In a layout file: `!point` with `name`, `id`, `outputs`, `states`, `input` and `links`, a
+/// mapping from the links' names to the links.
+class Point : public PointBase {
+ public:
+  Point();
+  explicit Point(const YAML::Node& node);
+  void save(YAML::Emitter& out) const override;
+
+  BlockLink* next_link(BlockLink* in) override;
+  [[nodiscard]] BlockLink* get_link(const std::string& name) override;
+  [[nodiscard]] std::string get_link_name(const BlockLink* link) const override;
+  /// Null for the state of another point.
+  [[nodiscard]] BlockLink* state_link(const PointState* state) const;
+
+  BlockLink common;
+
+ protected:
+  [[nodiscard]] PointState* make_state() override { return new PointState(this); }
+  [[nodiscard]] PointState* make_state(const YAML::Node& node) override {
+    return new PointState(this, node);
+  }
+  void adopt(PointState* state) override;
+  void on_state_ending(PointState* state) override;
+  void on_state_removed(PointState* state) override { links_.erase(state); }
+
+ private:
+  struct Empty {};
+  explicit Point(Empty tag);
+
+  std::map<const PointState*, std::unique_ptr<BlockLink>> links_;
+};
+
+}  // namespace zemblar
