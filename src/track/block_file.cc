@@ -24,8 +24,11 @@ void Block::load_input(const YAML::Node& node) {
       *this));
 }
 
+// A detector that lives in memory alone is not in the file either.
 void Block::save_input(YAML::Emitter& out) const {
-  out << YAML::Key << "input" << YAML::Value << static_cast<const Object*>(input_);
+  const bool in_document = input_ && of(g_node_get_root(input_->gnode())) == &Layout::get();
+  out << YAML::Key << "input" << YAML::Value
+      << static_cast<const Object*>(in_document ? input_ : nullptr);
 }
 
 void Block::load_link(const YAML::Node& node, const std::string& key, BlockLink& link) {

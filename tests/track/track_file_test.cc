@@ -67,11 +67,19 @@ TEST_F(TrackFile, leaves_an_end_open_that_cannot_be_joined) {
     for (auto* child : layout().get_blocks()) {
       for (const auto* name : {"left", "right"}) {
         auto* link = dynamic_cast<Block&>(*child).get_link(name);
-        const auto* partner = link->get_partner();
+        auto* partner = link->get_partner();
         EXPECT_TRUE(!partner || partner->get_partner() == link) << one.what;
       }
     }
   }
+}
+
+TEST_F(TrackFile, knows_nothing_of_a_detector_that_is_not_in_the_document) {
+  Detector simulated;
+  zone("A", false)->set_input(&simulated);
+  const auto text = layout().serialize();
+  EXPECT_NE(text.find("input: ~"), std::string::npos) << text;
+  layout().get_blocks().destroy_children();
 }
 
 TEST_F(TrackFile, refuses_what_is_no_block) {
