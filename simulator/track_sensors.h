@@ -1,0 +1,107 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <random>
+#include <vector>
+
+#include "runtime/timer.h"
+
+namespace zemblar::simulator {
+
+class Train;
+class TrackInput;
+
+/// Random numbers that are the same again from the same seed.
+class Chance {
+ public:
+  explicit Chance(std::uint64_t seed) : engine_(seed) {}
+
+  [[nodiscard]] bool happens(double share) { return share > 0 && fraction() < share; }
+  /// 0 to less than 1.
+  [[nodiscard]] double fraction() {
+    return static_cast<double>(engine_() >> 11) / static_cast<double>(1ull << 53);
+  }
+  [[nodiscard]] std::chrono::milliseconds between(std::chrono::milliseconds least,
+                                                  std::chrono::milliseconds most) {
+    const auto range = static_cast<double>((most - least).count() + 1);
+    return least + std::chrono::milliseconds(static_cast<long>(range * fraction()));
+  }
+  /// 0 to less than `count`.
+  [[nodiscard]] std::size_t below(std::size_t count) {
+    return static_cast<std::size_t>(fraction() * static_cast<double>(count));
+  }
+
+ private:
+  std::mt19937_64 engine_;
+};
+
+/// How detectors fall short of the truth. Shares are 0 to 1. The first group is what good hardware
+/// does all the time, the second what should not happen.
+struct SensorOptions {
+  using Time = std::chrono::milliseconds;
+
+  Time longest_delay{0};           ///< of a report about occupancy
+  double dropouts_per_minute = 0;  ///< of the current, under a moving train
+  Time longest_dropout{200};       ///< below TrackInput::hold
+  Time answer_interval{400};       ///< between RailCom answers on an input
+
+  double missing = 0;  ///< share of reports about occupancy that get lost
+  double doubled = 0;  ///< share that come twice
+  double late = 0;     ///< share that come late
+  Time late_by{1500};  ///< at most
+  double mute = 0;     ///< share of RailCom answers that get lost
+};
+
+/// What the detectors of a track see of the trains: hands to each TrackInput, late and imperfect as
+/// it is in reality, current, orientation and encoded RailCom answers.
+///
+/// Never calls an input at once, but from timers, so that what a report leads to never meets a
+/// train half-way. Inputs may end at any time; trains outlive their entries.
+class TrackSensors {
+ public:
+  explicit TrackSensors(std::uint64_t seed);
+  ~TrackSensors();
+
+  SensorOptions options;
+
+  /// How a locomotive stands at an input: 0 unknown, 1 or 2.
+  std::function<unsigned(const Train&, const TrackInput&)> orientation;
+
+  /// The inputs at which the train draws current from now on, each once, and the one at which its
+  /// decoder answers, or null.
+  void update(Train& train, std::vector<TrackInput*> drawing, TrackInput* answering);
+
+  /// Reports that were lost, doubled or late, and answers lost so far.
+  [[nodiscard]] std::uint64_t faults() const { return faults_; }
+  /// When the input's reports were last falsified, if ever.
+  [[nodiscard]] std::optional<Clock::time_point> last_fault(const TrackInput* input) const;
+
+ private:
+  struct Feed;
+  struct Seen {
+    std::vector<TrackInput*> drawing;
+    TrackInput* answering = nullptr;
+  };
+
+  Feed& feed(TrackInput* input);
+  void count(TrackInput* input, int change);
+  void report(Feed& feed, bool on);
+  void deliver(Feed& feed);
+  void start_chatter(Feed& feed);
+  void drop_out(Feed& feed);
+  void start_answers(Feed& feed);
+  void answer(Feed& feed);
+  void note_fault(Feed& feed);
+
+  Chance chance_;
+  std::uint64_t faults_ = 0;
+  std::map<const TrackInput*, std::unique_ptr<Feed>> feeds_;
+  std::map<const Train*, Seen> seen_;
+};
+
+}  // namespace zemblar::simulator
