@@ -14,6 +14,13 @@ AddrSpin::AddrSpin(Address::Kind kind) : Glib::ObjectBase("AddrSpin"), kind_(kin
   set_value(address_.get_addr());
 }
 
+void AddrSpin::set_kind(Address::Kind kind) {
+  if (kind == kind_) return;
+  kind_ = kind;
+  set_address(address_);
+  set_range(1, Address::max_number(kind));
+}
+
 void AddrSpin::set_address(Address address) {
   // A long address below 128 would become short when re-typed.
   if (address.get_kind() != kind_) address.set_kind(kind_);

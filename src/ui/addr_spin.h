@@ -18,6 +18,8 @@ class AddrSpin : public Gtk::SpinButton {
   [[nodiscard]] Address get_address() const { return address_; }
   /// Of another kind, it is re-typed.
   void set_address(Address address);
+  /// Re-types the address, and takes the range of the kind.
+  void set_kind(Address::Kind kind);
   /// Mobile addresses only.
   void set_long(bool is_long);
   Glib::PropertyProxy<Address> property_address() { return {this, "address"}; }

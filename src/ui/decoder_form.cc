@@ -8,14 +8,6 @@ namespace {
 
 constexpr int type_count = 4;
 
-// The layout's default device stands in for a device that is not chosen.
-ObjectChoices decoder_devices() {
-  auto choices = device_choices("DCC");
-  choices.none = _("(Default)");
-  choices.how_to_make = _("No command station yet: make one under Devices");
-  return choices;
-}
-
 }  // namespace
 
 DecoderForm::DecoderForm(const Glib::RefPtr<Decoder>& decoder, const Glib::ustring& heading,
@@ -23,7 +15,7 @@ DecoderForm::DecoderForm(const Glib::RefPtr<Decoder>& decoder, const Glib::ustri
     : Form(labels),
       decoder_(decoder),
       long_(_("Lo_ng"), true),
-      device_(decoder_devices()),
+      device_(driver_choices("DCC")),
       enabled_(_("_Enable Speed/Direction Commands"), true),
       reverse_(_("_Reverse"), true) {
   set_border_width(0);

@@ -9,14 +9,6 @@ namespace {
 
 const PanelRegistration<DeviceDummyRailComReader, DeviceDummyRailComReaderProperties> registration;
 
-// The layout's default device stands in for a device that is not chosen.
-ObjectChoices dcc_devices() {
-  auto choices = device_choices("DCC");
-  choices.none = _("(Default)");
-  choices.how_to_make = _("No command station yet: make one under Devices");
-  return choices;
-}
-
 }  // namespace
 
 // --- A row of positions ---
@@ -60,7 +52,7 @@ DeviceDummyRailComReaderProperties::DeviceDummyRailComReaderProperties(
     : Form(labels),
       reader_(&reader),
       name_(reader),
-      device_(dcc_devices()),
+      device_(driver_choices("DCC")),
       long_(_("_Long"), true),
       occupied_(_("Occupied")),
       railcom_(_("RailCom")) {

@@ -65,6 +65,13 @@ Gtk::Label& Form::add_heading(const Glib::ustring& markup) {
   return *heading;
 }
 
+void Form::show_row(Gtk::Widget& field, bool visible) {
+  auto* row = &field;
+  while (row->get_parent() != this) row = row->get_parent();
+  row->set_visible(visible);
+  row->set_no_show_all(!visible);
+}
+
 void Form::add_wide(Gtk::Widget& widget) {
   pack_start(widget, false, false);
 }

@@ -36,6 +36,8 @@ class Form : public Gtk::VBox {
   void add_field(Gtk::Widget& field);
   /// A heading in markup, with some room above.
   Gtk::Label& add_heading(const Glib::ustring& markup);
+  /// Shows or hides the row in which a field or a part of one stands.
+  void show_row(Gtk::Widget& field, bool visible);
   /// A widget of the whole width.
   void add_wide(Gtk::Widget& widget);
 

@@ -3,8 +3,12 @@
 #include <glibmm/main.h>
 #include <gtkmm/label.h>
 
+#include "core/collections.h"
 #include "core/i18n.h"
+#include "core/layout.h"
+#include "core/property.h"
 #include "locomotives/lok.h"
+#include "track/block.h"
 #include "ui/decoder_form.h"
 #include "ui/following.h"
 #include "ui/function_list.h"
@@ -29,10 +33,12 @@ LokProperties::LokProperties(Lok& lok, const Labels& labels)
       lok_(&lok),
       name_(lok),
       decoders_(false, 6),
-      new_decoder_(_("New _Decoder"), true) {
+      new_decoder_(_("New _Decoder"), true),
+      brake_(_("_Brake"), true) {
   add_row(_("_Name:"), name_);
   add_decoders();
   add_top_speed();
+  add_place();
   add_heading(_("<b>Attributes:</b>"));
   add_wide(*Gtk::manage(new LokAttributeList(lok)));
   add_heading(_("<b>Functions:</b>"));
@@ -104,6 +110,33 @@ void LokProperties::add_top_speed() {
     if (lok_ && !following_) lok_->set_top_speed(top_speed_.get_value_as_int());
   });
   add_row(_("_Top Speed:"), top_speed_, _("km/h"));
+}
+
+// --- Place on the track ---
+
+void LokProperties::add_place() {
+  blocks_.set_alignment(0, 0.5);
+  blocks_.set_line_wrap();
+  add_row(_("Blocks:"), blocks_);
+  add_field(brake_);
+  blocks_.set_tooltip_text(_("The blocks that the locomotive holds now"));
+  brake_.set_tooltip_text(
+      _("Holds the locomotive at speed 0. Block control sets it before a block that is not free, "
+        "and releases it; release it here for a locomotive that is stuck"));
+  bind_property(*lok_, "brake", brake_, "active");
+  show_blocks();
+  blocks_changed_ = Layout::get().get_all_blocks().signal_lok_changed().connect(
+      sigc::mem_fun(*this, &LokProperties::show_blocks));
+}
+
+void LokProperties::show_blocks() {
+  if (!lok_) return;
+  Glib::ustring names;
+  for (const auto* block : lok_->get_blocks()) {
+    if (!names.empty()) names += ", ";
+    names += block->get_name();
+  }
+  blocks_.set_text(names.empty() ? _("(None)") : names);
 }
 
 }  // namespace zemblar

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <gtkmm/button.h>
+#include <gtkmm/checkbutton.h>
+#include <gtkmm/label.h>
 #include <gtkmm/spinbutton.h>
 
 #include <memory>
@@ -27,6 +29,8 @@ class LokProperties : public Form {
   void add_decoder(unsigned index);
   void remove_decoder(const Glib::RefPtr<Decoder>& decoder);
   void add_top_speed();
+  void add_place();
+  void show_blocks();
 
   ObjectRef<Lok> lok_;
   bool following_ = false;
@@ -35,7 +39,10 @@ class LokProperties : public Form {
   std::vector<std::unique_ptr<DecoderForm>> decoder_forms_;
   Gtk::Button new_decoder_;
   Gtk::SpinButton top_speed_;
+  Gtk::CheckButton brake_;
+  Gtk::Label blocks_;
   ScopedConnection decoders_changed_;
+  ScopedConnection blocks_changed_;
   ScopedConnection top_speed_changed_;
   ScopedConnection show_decoders_soon_;
 };

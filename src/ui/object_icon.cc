@@ -15,12 +15,20 @@ namespace {
 /// By the name under which a class is known to the toolkit: classes of many folders meet here.
 const std::map<std::string, Gtk::StockID>& icons_by_class() {
   static const std::map<std::string, Gtk::StockID> icons = {
-      {"Layout", Gtk::Stock::HOME},       {"View", Gtk::Stock::PAGE_SETUP},
-      {"Lok", stock::locomotive},         {"LokGroup", Gtk::Stock::DIRECTORY},
-      {"LokHolder", Gtk::Stock::JUMP_TO}, {"Function", Gtk::Stock::EXECUTE},
-      {"Point", stock::add_point},        {"Scissor", stock::add_scissor},
-      {"Signal", stock::add_signal},      {"Zone", stock::add_zone},
-      {"Crossing", stock::add_crossing},  {"Script", Gtk::Stock::MEDIA_PLAY},
+      {"Layout", Gtk::Stock::HOME},
+      {"View", Gtk::Stock::PAGE_SETUP},
+      {"Lok", stock::locomotive},
+      {"LokGroup", Gtk::Stock::DIRECTORY},
+      {"LokHolder", Gtk::Stock::JUMP_TO},
+      {"Function", Gtk::Stock::EXECUTE},
+      {"Point", stock::add_point},
+      {"Scissor", stock::add_scissor},
+      {"Signal", stock::add_signal},
+      {"Zone", stock::add_zone},
+      {"Crossing", stock::add_crossing},
+      {"Script", Gtk::Stock::MEDIA_PLAY},
+      {"PointState", Gtk::Stock::GO_FORWARD},
+      {"SignalState", Gtk::Stock::GO_FORWARD},
   };
   return icons;
 }

@@ -58,6 +58,13 @@ ObjectChoices device_choices(const char* feature) {
               }};
 }
 
+ObjectChoices driver_choices(const char* feature) {
+  auto choices = device_choices(feature);
+  choices.none = _("(Default)");
+  choices.how_to_make = _("No command station yet: make one under Devices");
+  return choices;
+}
+
 ObjectMenuBase::ObjectMenuBase(const ObjectChoices& choices, Chosen chosen, bool with_none)
     : chosen_(std::move(chosen)) {
   if (with_none) {

@@ -24,6 +24,8 @@ struct ObjectChoices {
 [[nodiscard]] ObjectChoices lok_choices();
 /// All devices of the current layout that support a feature at least partly (Device::supports).
 [[nodiscard]] ObjectChoices device_choices(const char* feature);
+/// The same for what one of them drives: the layout's default device stands in for none.
+[[nodiscard]] ObjectChoices driver_choices(const char* feature);
 
 /// A menu of objects to choose from. Objects that hold objects to choose become submenus.
 ///

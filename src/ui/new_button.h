@@ -1,0 +1,23 @@
+#pragma once
+
+#include <gtkmm/button.h>
+
+#include <memory>
+
+#include "ui/form.h"
+#include "ui/object_ref.h"
+
+namespace zemblar {
+
+/// A button of the whole width that puts a new Child into `container`.
+template <typename Child>
+void add_new_button(Form& form, const Glib::ustring& text, zemblar::Object& container) {
+  auto* button = Gtk::manage(new Gtk::Button(text, true));
+  const auto parent = std::make_shared<ObjectRef<zemblar::Object>>(&container);
+  button->signal_clicked().connect([parent] {
+    if (*parent) (*parent)->add(new Child);
+  });
+  form.add_wide(*button);
+}
+
+}  // namespace zemblar
