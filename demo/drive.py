@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Drives a locomotive in the demonstration as a person would, and takes a picture.
+"""Drives the demonstration as a person would, and takes a picture.
 
     drive.py PICTURE PROGRAM [ARGUMENT...]
 
@@ -8,10 +8,13 @@ Runs inside tests/e2e/session.sh, with the program's helper for end-to-end tests
 
 import os
 import sys
+import tempfile
+import threading
 import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), '..', 'tests', 'e2e'))
-from zemblar_ui import Program, screenshot, wait_for  # noqa: E402
+import two_trains  # noqa: E402
+from zemblar_ui import Program, screenshot  # noqa: E402
 
 # Seconds between two acts, so that the log reads as it would for a person; and what the splash
 # takes to go.
@@ -25,42 +28,50 @@ def act(what, action, *arguments):
     time.sleep(PAUSE)
 
 
-def choose_first_locomotive(program, throttle):
-    throttle.find('push button', '(None)').press()
-    names = [item.name for item in program.application().find_all('menu item')]
-    name = names[names.index('Locomotives') + 1]
-    program.application().find('menu item', name).press()
-    wait_for(lambda: throttle.find('slider', 'Speed').sensitive, 'the locomotive')
-    print(f'Chose {name}.', flush=True)
-
-
-def show_devices(editor):
+def show_block(editor, name):
     for tabs in editor.find_all('page tab list'):
         if 'All' in [tab.name for tab in tabs.children()]:
             tabs.select(1)
-    editor.find('tree table', 'Objects').select_row('ESU ECoS 1')
+    editor.find('tree table', 'Objects').select_row(name)
 
 
-def drive(program, picture):
+def drive(program, picture, log):
     editor = program.window('Zemblar 0.1 — Track Editor')
     throttle = program.window('Throttle')
     time.sleep(SPLASH)
-    show_devices(editor)
-    choose_first_locomotive(program, throttle)
-    scale = throttle.find('slider', 'Speed')
-    act('Speed 40.', scale.set_value, 40)
-    act('The other way.', throttle.find('push button', 'Direction').press)
+    show_block(editor, 'East Curve')
+    two_trains.run(program, throttle, log, tell=lambda text: print(text, flush=True),
+                   picture=lambda: screenshot(picture))
+    act('Local 24 the other way.', throttle.find('push button', 'Direction').press)
     act('A function.', throttle.find_all('toggle button')[0].press)
     act('Emergency stop.', throttle.find('push button', 'Emergency Stop').press)
-    act('Speed 63.', scale.set_value, 63)
-    screenshot(picture)
     editor.choose('File', 'Quit')
     return program.wait_for_end()
 
 
+def print_as_it_grows(path, ended):
+    """What the program prints, between what this prints."""
+    with open(path, encoding='utf-8') as file:
+        while True:
+            over = ended.is_set()
+            sys.stdout.write(file.read())
+            sys.stdout.flush()
+            if over:
+                return
+            time.sleep(0.05)
+
+
 def main(picture, *command):
-    with Program(*command) as program:
-        return drive(program, picture)
+    ended = threading.Event()
+    with tempfile.NamedTemporaryFile('w', encoding='utf-8') as output:
+        printing = threading.Thread(target=print_as_it_grows, args=(output.name, ended))
+        printing.start()
+        try:
+            with Program(*command, output=output) as program:
+                return drive(program, picture, two_trains.Log(output.name))
+        finally:
+            ended.set()
+            printing.join()
 
 
 sys.exit(main(*sys.argv[1:]))

@@ -214,8 +214,10 @@ def type_keys(text):
 class Program:
     """The program, from its start to its end."""
 
-    def __init__(self, path, *arguments, env=None):
-        self.process = subprocess.Popen([path, *arguments], env={**os.environ, **(env or {})})
+    def __init__(self, path, *arguments, env=None, output=None):
+        """What it prints goes to the file `output`, if given."""
+        self.process = subprocess.Popen([path, *arguments], stdout=output,
+                                        env={**os.environ, **(env or {})})
 
     def __enter__(self):
         return self

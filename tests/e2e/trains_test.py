@@ -1,0 +1,51 @@
+#!/usr/bin/python3
+"""Two trains on the simulated railway, driven as a person would.
+
+    trains_test.py DEMONSTRATION LAYOUT
+"""
+
+import os
+import shutil
+import sys
+import tempfile
+import unittest
+
+import two_trains
+from zemblar_ui import Program, wait_for
+
+DEMONSTRATION, LAYOUT = sys.argv[1:3]
+
+
+class Trains(unittest.TestCase):
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+        os.environ['XDG_CONFIG_HOME'] = self.folder
+        self.output = open(os.path.join(self.folder, 'log'), 'w', encoding='utf-8')
+        self.addCleanup(self.output.close)
+        layout = shutil.copy(LAYOUT, self.folder)
+        self.program = Program(DEMONSTRATION, layout, output=self.output)
+        self.addCleanup(self.program.__exit__)
+        self.log = two_trains.Log(self.output.name)
+
+    def test_the_second_stops_short_of_the_first_and_goes_on_when_the_way_is_free(self):
+        throttle = self.program.window('Throttle')
+        two_trains.run(self.program, throttle, self.log, tell=lambda text: None)
+
+    def test_a_point_is_set_in_the_object_list_and_trains_are_watched_there(self):
+        editor = self.program.window('Zemblar 0.1 — Track Editor')
+        for tabs in editor.find_all('page tab list'):
+            if 'All' in [tab.name for tab in tabs.children()]:
+                tabs.select(1)
+        objects = editor.find('tree table', 'Objects')
+        self.log.wait_for('stands in Station 1')
+        objects.select_row('Station 1')
+        wait_for(lambda: editor.find_all('push button', 'Express 103'), 'who stands there')
+        objects.select_row('East Point')
+        editor.labelled('State:').find('menu item', 'Curved').press()
+        self.log.wait_for(r'<- set\(11, *switch\[DCC')
+        self.assertIsNone(self.program.process.poll())
+
+
+unittest.main(argv=sys.argv[:1], verbosity=2)
