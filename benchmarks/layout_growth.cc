@@ -48,29 +48,23 @@ const Figure adding =
     growth("add", [](std::size_t count) { return milliseconds([&] { fill_with_loks(count); }); });
 
 /// As the object list of a window does, which shows every name.
-struct NameList : sigc::trackable {
-  NameList() {
-    for_each_object([this](Object& object) {
-      object.property_name().signal_changed().connect(sigc::mem_fun(*this, &NameList::count));
-    });
-  }
-  void count() { ++changes; }
-  std::size_t changes = 0;
-
-  static void for_each_object(const std::function<void(Object&)>& visit) {
-    for (auto* lok : Layout::get().get_loks()) {
-      visit(*lok);
-      for (auto* function : *lok) visit(*function);
-    }
-  }
+struct NameList {
+  ScopedConnection renamed = Layout::get().signal_object_renamed().connect(
+      [](Object* object) { keep(object->get_name()); });
 };
+
+void for_each_object(const std::function<void(Object&)>& visit) {
+  for (auto* lok : Layout::get().get_loks()) {
+    visit(*lok);
+    for (auto* function : *lok) visit(*function);
+  }
+}
 
 const Figure renaming = growth("rename", [](std::size_t count) {
   fill_with_loks(count);
   const NameList list;
-  return milliseconds([] {
-    NameList::for_each_object([](Object& object) { object.set_name(object.get_name() + " B"); });
-  });
+  return milliseconds(
+      [] { for_each_object([](Object& object) { object.set_name(object.get_name() + " B"); }); });
 });
 
 const Figure destroying = growth("destroy", [](std::size_t count) {

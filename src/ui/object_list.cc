@@ -85,6 +85,10 @@ void ObjectList::attach(Layout& layout, LayoutFollower::Connections& connections
   }
   connections.emplace_back(
       layout.signal_object_added().connect([this](Object* object) { add_object(*object); }));
+  connections.emplace_back(
+      layout.signal_object_removed().connect([this](Object* object) { remove_object(*object); }));
+  connections.emplace_back(
+      layout.signal_object_renamed().connect([this](Object* object) { refresh(*object); }));
   announce();
 }
 
@@ -102,14 +106,10 @@ void ObjectList::set_row(Object& object, const Gtk::TreeIter& row) {
   (*row)[columns_.icon] = object_icon(object).get_string();
   (*row)[columns_.name] = object.get_name();
   (*row)[columns_.object] = &object;
-  auto& connections = rows_by_object_.insert_or_assign(&object, Row{row}).first->second.connections;
-  connections.emplace_back(
-      object.signal_deleted().connect([this, &object] { remove_object(object); }));
-  connections.emplace_back(
-      object.property_name().signal_changed().connect([this, &object] { refresh(object); }));
+  auto& active = rows_by_object_.insert_or_assign(&object, Row{row, {}}).first->second.active;
   if (auto* device = dynamic_cast<Device*>(&object)) {
-    connections.emplace_back(
-        device->property_active().signal_changed().connect([this, &object] { refresh(object); }));
+    active =
+        device->property_active().signal_changed().connect([this, &object] { refresh(object); });
   }
 }
 
@@ -133,11 +133,10 @@ void ObjectList::show_new_row(const Gtk::TreeIter& row) {
 void ObjectList::remove_object(const Object& object) {
   const auto found = rows_by_object_.find(&object);
   if (found == rows_by_object_.end()) return;
-  // One of the row's own connections led here: they stay until the end.
-  const auto ended = std::move(found->second);
+  const auto row = found->second.iter;
   rows_by_object_.erase(found);
-  (*ended.iter)[columns_.object] = nullptr;
-  rows_->erase(ended.iter);
+  (*row)[columns_.object] = nullptr;
+  rows_->erase(row);
 }
 
 void ObjectList::refresh(const Object& object) {

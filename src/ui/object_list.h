@@ -41,7 +41,7 @@ class ObjectList : public Gtk::TreeView {
   };
   struct Row {
     Gtk::TreeIter iter;
-    LayoutFollower::Connections connections{};
+    ScopedConnection active;  // of a device
   };
 
   void build_column();
