@@ -17,6 +17,8 @@
 
 #include "tests/support/small_railway.h"
 #include "track/crossing.h"
+#include "track/point.h"
+#include "track/scissor.h"
 
 namespace zemblar::test {
 namespace {
@@ -67,8 +69,10 @@ class Playground {
     Layout::get(new Layout).new_document(false);
     for (unsigned i = 0; i < zone_count; ++i) add_zone();
     for (unsigned i = 0; i < gate_count; ++i) add(new Gate);
+    for (unsigned i = 0; i < point_count; ++i) add(new Point);
     add(new Crossing);
-    for (unsigned i = 0; i + 1 < zone_count + gate_count; ++i) join(i, i + 1);
+    add(new Scissor);
+    for (unsigned i = 0; i + 1 < zone_count + gate_count + point_count; ++i) join(i, i + 1);
     for (unsigned i = 0; i < 8; ++i) {
       const auto one = any();
       join(one, any());
@@ -97,7 +101,8 @@ class Playground {
 
  private:
   static constexpr unsigned zone_count = 9;
-  static constexpr unsigned gate_count = 3;
+  static constexpr unsigned gate_count = 1;
+  static constexpr unsigned point_count = 3;
   static constexpr unsigned lok_count = 3;
   /// How many handlers a block's two signals have, occupied and route.
   using Watches = std::map<const Block*, std::pair<int, int>>;
@@ -130,8 +135,10 @@ class Playground {
   }
   static std::vector<BlockLink*> links_of(Block* block) {
     std::vector<BlockLink*> links;
-    for (const auto* name :
-         {"left", "right", "top-left", "top-right", "bottom-left", "bottom-right"}) {
+    std::vector<std::string> names{"left",        "right",        "top-left", "top-right",
+                                   "bottom-left", "bottom-right", "common"};
+    for (const auto* child : *block) names.push_back("state:" + child->get_name());
+    for (const auto& name : names) {
       auto* link = block->get_link(name);
       if (link && std::ranges::find(links, link) == links.end()) links.push_back(link);
     }
@@ -174,8 +181,7 @@ class Playground {
       case Kind::free_up:
         return block.replace_lok(event.b % 3 ? nullptr : &lok);
       case Kind::gate:
-        if (auto* gate = dynamic_cast<Gate*>(&block)) gate->set_open(!gate->open);
-        return;
+        return set_way(block, event.b);
       case Kind::cut: {
         const auto links = links_of(&block);
         links[event.b % links.size()]->disconnect();
@@ -192,6 +198,21 @@ class Playground {
         lok.destroy();
         forget(&lok);
         return add_lok();
+    }
+  }
+
+  static void set_way(Block& block, unsigned number) {
+    if (auto* gate = dynamic_cast<Gate*>(&block)) gate->set_open(!gate->open);
+    auto* point = dynamic_cast<PointBase*>(&block);
+    if (!point) return;
+    const auto states = point->states();
+    auto* state = states[number % states.size()];
+    if (number / 16 % 8 > 0) {
+      point->set_state(state);
+    } else if (state->get_deletable()) {
+      state->destroy();  // with its link
+    } else if (!point->has_fixed_states()) {
+      point->add_state();
     }
   }
 
