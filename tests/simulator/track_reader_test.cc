@@ -19,6 +19,9 @@ class TrackReaderTest : public test::LayoutTest {
     input->signal_left().connect([this](Lok* lok) { told += "l" + lok->get_name().raw(); });
   }
 
+  // What is told at the end is told while there is still somebody to hear it.
+  ~TrackReaderTest() override { layout().new_document(false); }
+
   static Lok* new_lok(const char* name, unsigned address) {
     auto* lok = layout().get_loks().add(new Lok);
     lok->set_name(name);
