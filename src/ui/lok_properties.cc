@@ -34,11 +34,12 @@ LokProperties::LokProperties(Lok& lok, const Labels& labels)
       name_(lok),
       decoders_(false, 6),
       new_decoder_(_("New _Decoder"), true),
-      brake_(_("_Brake"), true) {
+      brake_(_("_Brake"), true),
+      place_(lok) {
   add_row(_("_Name:"), name_);
+  add_place();
   add_decoders();
   add_top_speed();
-  add_place();
   add_heading(_("<b>Attributes:</b>"));
   add_wide(*Gtk::manage(new LokAttributeList(lok)));
   add_heading(_("<b>Functions:</b>"));
@@ -115,28 +116,12 @@ void LokProperties::add_top_speed() {
 // --- Place on the track ---
 
 void LokProperties::add_place() {
-  blocks_.set_alignment(0, 0.5);
-  blocks_.set_line_wrap();
-  add_row(_("Blocks:"), blocks_);
+  place_.add_to(*this);
   add_field(brake_);
-  blocks_.set_tooltip_text(_("The blocks that the locomotive holds now"));
   brake_.set_tooltip_text(
       _("Holds the locomotive at speed 0. Block control sets it before a block that is not free, "
         "and releases it; release it here for a locomotive that is stuck"));
   bind_property(*lok_, "brake", brake_, "active");
-  show_blocks();
-  blocks_changed_ = Layout::get().get_all_blocks().signal_lok_changed().connect(
-      sigc::mem_fun(*this, &LokProperties::show_blocks));
-}
-
-void LokProperties::show_blocks() {
-  if (!lok_) return;
-  Glib::ustring names;
-  for (const auto* block : lok_->get_blocks()) {
-    if (!names.empty()) names += ", ";
-    names += block->get_name();
-  }
-  blocks_.set_text(names.empty() ? _("(None)") : names);
 }
 
 }  // namespace zemblar

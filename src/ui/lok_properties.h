@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ui/form.h"
+#include "ui/lok_place.h"
 #include "ui/name_entry.h"
 
 namespace zemblar {
@@ -30,7 +31,6 @@ class LokProperties : public Form {
   void remove_decoder(const Glib::RefPtr<Decoder>& decoder);
   void add_top_speed();
   void add_place();
-  void show_blocks();
 
   ObjectRef<Lok> lok_;
   bool following_ = false;
@@ -40,9 +40,8 @@ class LokProperties : public Form {
   Gtk::Button new_decoder_;
   Gtk::SpinButton top_speed_;
   Gtk::CheckButton brake_;
-  Gtk::Label blocks_;
+  LokPlace place_;
   ScopedConnection decoders_changed_;
-  ScopedConnection blocks_changed_;
   ScopedConnection top_speed_changed_;
   ScopedConnection show_decoders_soon_;
 };

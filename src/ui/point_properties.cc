@@ -1,6 +1,7 @@
 #include "ui/point_properties.h"
 
 #include <glibmm/main.h>
+#include <gtkmm/cellrenderertext.h>
 #include <gtkmm/separator.h>
 
 #include "core/i18n.h"
@@ -32,6 +33,7 @@ const PanelRegistration<Scissor, PointProperties> scissor_registration;
 const PanelRegistration<PointToplevel, PointToplevelProperties> toplevel_registration;
 
 constexpr int form_gap = 8;
+constexpr int state_width = 15;  // characters; longer names end in an ellipsis
 
 void clear(Gtk::Box& box) {
   for (auto* child : box.get_children()) box.remove(*child);
@@ -65,6 +67,12 @@ PointProperties::PointProperties(PointBase& point, const Labels& labels)
 }
 
 void PointProperties::add_state_row() {
+  for (auto* cell : state_.get_cells()) {
+    auto* text = dynamic_cast<Gtk::CellRendererText*>(cell);
+    if (!text) continue;
+    text->property_ellipsize() = Pango::ELLIPSIZE_MIDDLE;
+    text->property_width_chars() = state_width;
+  }
   add_row(_("_State:"), state_, send_again_);
   state_.set_tooltip_text(
       _("How it lies now. Another choice is sent at once, whatever stands on it"));

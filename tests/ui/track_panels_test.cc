@@ -190,5 +190,19 @@ TEST_F(TrackPanelTest, a_block_offers_detectors_and_its_holder_can_be_set_free) 
   EXPECT_TRUE(lok->get_brake());
 }
 
+TEST_F(TrackPanelTest, a_locomotive_tells_what_lies_ahead_and_behind) {
+  const auto zones = row({"A", "B", "C"});
+  auto* lok = new_lok_in(zones[1]);
+  const auto panel = panel_of(*lok);
+  at(zones[2]).occupy();
+  EXPECT_TRUE(says(*panel, "B, C"));
+  EXPECT_TRUE(says(*panel, "End of track"));
+  EXPECT_TRUE(says(*panel, "A"));
+  zones[0]->set_lok(new_lok("other"));
+  EXPECT_TRUE(says(*panel, "A, held by other"));
+  lok->destroy();
+  zones[0]->replace_lok(nullptr);  // the panel stands a little longer
+}
+
 }  // namespace
 }  // namespace zemblar::test
