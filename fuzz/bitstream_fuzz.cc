@@ -3,22 +3,15 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "devices/bitstream_reader.h"
+#include "fuzz/require.h"
 
 namespace zemblar {
 namespace {
-
-void require(bool condition, const char* what) {
-  if (condition) return;
-  std::fputs(what, stderr);
-  std::abort();
-}
 
 /// Counts bits; nothing stands for the end of the stream.
 class Model {

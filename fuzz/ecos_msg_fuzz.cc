@@ -1,21 +1,14 @@
 // Feeds bytes to the reader of an ECoS station's messages, whole and in pieces.
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 #include "devices/ecos_msg.h"
+#include "fuzz/require.h"
 
 namespace zemblar {
 namespace {
-
-void require(bool condition, const char* what) {
-  if (condition) return;
-  std::fputs(what, stderr);
-  std::abort();
-}
 
 /// A text of everything that a message says.
 std::string describe(const ECoSMsg& message) {

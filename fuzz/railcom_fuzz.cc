@@ -2,23 +2,16 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "devices/railcom_decoder.h"
+#include "fuzz/require.h"
 
 namespace zemblar {
 namespace {
-
-void require(bool condition, const char* what) {
-  if (condition) return;
-  std::fputs(what, stderr);
-  std::abort();
-}
 
 struct Answer {
   std::string dcc;
