@@ -73,17 +73,14 @@ class CircleGuard {
  public:
   [[nodiscard]] bool came_round(const BlockLink* link) noexcept {
     if (link == mark_) return true;
-    if (++steps_ == next_mark_) {
-      mark_ = link;
-      next_mark_ *= 2;
-    }
+    ++steps_;
+    if ((steps_ & (steps_ - 1)) == 0) mark_ = link;
     return false;
   }
 
  private:
   const BlockLink* mark_ = nullptr;
   unsigned long steps_ = 0;
-  unsigned long next_mark_ = 1;
 };
 
 }  // namespace zemblar
