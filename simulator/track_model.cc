@@ -99,7 +99,7 @@ bool TrackModel::place(Train& train, BlockLink& towards) {
   }
   auto& run = run_of(train);
   run.settled = Clock::now();
-  look(run);
+  settle(run);
   return true;
 }
 

@@ -82,13 +82,13 @@ bool Train::place(BlockLink& towards) {
     pieces_.push_front({behind, rear, front, length_of_(behind)});
     front_ += pieces_.front().length;
   }
+  set_target();
   return true;
 }
 
 void Train::lift() {
   pieces_.clear();
   motion_.speed = motion_.target = 0;
-  step_ = 0;
   dead_ = false;
 }
 

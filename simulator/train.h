@@ -64,6 +64,7 @@ class Train {
 
   /// Stands in the block's middle, the decoder's leading end towards the link `towards`. One that
   /// is longer reaches back into the blocks behind; false when these do not go on so far.
+  /// A speed that it was commanded before counts at once: stations repeat what they have sent.
   bool place(BlockLink& towards);
   void lift();
   [[nodiscard]] bool on_track() const { return !pieces_.empty(); }
