@@ -1,0 +1,316 @@
+#include "devices/serial_port.h"
+
+#include <fcntl.h>
+#include <gio/gio.h>
+#include <giomm/error.h>
+#include <glibmm/main.h>
+#include <gtest/gtest.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <functional>
+
+#include "runtime/fiber.h"
+#include "runtime/timer.h"
+#include "simulator/pseudo_terminal.h"
+#include "simulator/serial_cable.h"
+
+namespace zemblar {
+namespace {
+
+using namespace std::chrono_literals;
+using simulator::PseudoTerminal;
+using simulator::SerialCable;
+
+/// A read or a write on a fiber of its own, and what came of it.
+class Attempt {
+ public:
+  explicit Attempt(std::function<std::size_t()> operation) {
+    fiber::spawn([this, operation = std::move(operation)] {
+      try {
+        outcome = std::to_string(operation());
+      } catch (const Gio::Error& error) {
+        outcome = error.what().raw() + " " + std::to_string(static_cast<int>(error.code()));
+      }
+    });
+  }
+  std::string outcome = "waiting";
+};
+
+std::string closed() {
+  return "Closed " + std::to_string(G_IO_ERROR_CLOSED);
+}
+std::string pending() {
+  return "Pending Operation " + std::to_string(G_IO_ERROR_PENDING);
+}
+std::string cancelled() {
+  return "Cancelled 19";
+}
+
+/// A port whose settings can be spoilt.
+class BarePort : public SerialPort {
+ public:
+  BarePort(const HWDevice& record, std::unique_ptr<SerialLine> line)
+      : SerialPort(record, std::move(line)) {}
+  LineSettings& settings() { return settings_; }
+};
+
+class SerialPortTest : public testing::Test {
+ protected:
+  SerialPortTest() { port->set_baud(57600); }
+
+  std::string open(const SerialPort::Cancel& cancel = {}) {
+    const Attempt attempt([&] { return port->open(cancel), 0; });
+    clock.advance(0ms);
+    return attempt.outcome;
+  }
+  std::function<std::size_t()> reading(const SerialPort::Cancel& cancel = {}) {
+    return [this, cancel] { return port->read(buffer, sizeof buffer, cancel); };
+  }
+  std::function<std::size_t()> writing(const SerialPort::Cancel& cancel = {}) {
+    return [this, cancel] { return port->write("hello", 5, cancel); };
+  }
+
+  VirtualClock clock;
+  SerialCable cable;
+  Glib::RefPtr<BarePort> port{new BarePort({.port_name = "memory"}, cable.plug())};
+  char buffer[8] = {};
+};
+
+TEST_F(SerialPortTest, opens_with_its_settings_and_follows_changes_of_them) {
+  port->set_flow(Flow::Soft);
+  ASSERT_EQ("0", open());
+  EXPECT_TRUE(cable.is_open());
+  const auto& settings = cable.settings();
+  EXPECT_EQ(57600u, settings.baud);
+  EXPECT_EQ(8u, settings.data_bits);
+  EXPECT_EQ(1u, settings.stop_bits);
+  EXPECT_EQ(Parity::None, settings.parity);
+  EXPECT_EQ(Flow::Soft, settings.flow);
+  port->set_baud(115200);
+  port->set_data_bits(7);
+  port->set_stop_bits(2);
+  port->set_parity(Parity::Space);
+  EXPECT_EQ(115200u, settings.baud);
+  EXPECT_EQ(7u, settings.data_bits);
+  EXPECT_EQ(2u, settings.stop_bits);
+  EXPECT_EQ(Parity::Space, settings.parity);
+  EXPECT_EQ("0", open()) << "open already";
+}
+
+TEST_F(SerialPortTest, does_not_open_with_settings_out_of_range_or_against_the_system) {
+  const LineSettings good{.baud = 9600};
+  auto& settings = port->settings();
+  settings.baud = 14400;
+  EXPECT_EQ("Invalid Baud Rate 0", open());
+  settings = {};
+  EXPECT_EQ("Invalid Baud Rate 0", open()) << "none was set";
+  settings = good;
+  settings.data_bits = 4;
+  EXPECT_EQ("Invalid Data Bits 0", open());
+  settings = good;
+  settings.stop_bits = 3;
+  EXPECT_EQ("Invalid Stop Bits 0", open());
+  settings = good;
+  cable.refusal = EACCES;
+  EXPECT_EQ("SerialPort::open_async Failed " + std::to_string(EACCES), open());
+  cable.refusal = 0;
+  const auto cancel = Gio::Cancellable::create();
+  cancel->cancel();
+  EXPECT_EQ(cancelled(), open(cancel));
+  EXPECT_FALSE(port->is_open());
+  EXPECT_EQ("0", open());
+}
+
+TEST(SerialPortDeathTest, asserts_the_range_of_each_setting) {
+  SerialCable cable;
+  const auto port = SerialPort::create({}, cable.plug());
+  EXPECT_DEATH(port->set_baud(14400), "false");
+  EXPECT_DEATH(port->set_data_bits(9), "\\(bits >= 5\\) && \\(bits <= 8\\)");
+  EXPECT_DEATH(port->set_stop_bits(0), "\\(bits == 1\\) \\|\\| \\(bits == 2\\)");
+  EXPECT_DEATH(port->set_flow(static_cast<Flow>(3)), "mode == Flow::Soft");
+}
+
+TEST_F(SerialPortTest, reads_what_is_there_or_waits_a_second_for_a_first_byte) {
+  open();
+  cable.send("abcdefghij");
+  const Attempt at_once(reading());
+  EXPECT_EQ("8", at_once.outcome);
+  const Attempt rest(reading());
+  EXPECT_EQ("2", rest.outcome);
+
+  const Attempt late(reading());
+  clock.advance(999ms);
+  EXPECT_EQ("waiting", late.outcome);
+  cable.send("x");
+  EXPECT_EQ("waiting", late.outcome) << "not inside the call of whoever sends";
+  clock.advance(0ms);
+  EXPECT_EQ("1", late.outcome);
+
+  const Attempt never(reading());
+  clock.advance(999ms);
+  EXPECT_EQ("waiting", never.outcome);
+  clock.advance(1ms);
+  EXPECT_EQ("0", never.outcome);
+  EXPECT_FALSE(port->busy());
+}
+
+TEST_F(SerialPortTest, writes_as_much_as_the_line_takes_and_waits_while_it_is_held_up) {
+  open();
+  std::string received;
+  cable.on_bytes([&](std::string_view bytes) { received += bytes; });
+  cable.write_limit = 3;
+  const Attempt shortened(writing());
+  EXPECT_EQ("3", shortened.outcome);
+  cable.hold_up(true);
+  const Attempt held(writing());
+  clock.advance(5s);
+  EXPECT_EQ("waiting", held.outcome);
+  cable.hold_up(false);
+  clock.advance(0ms);
+  EXPECT_EQ("3", held.outcome);
+  EXPECT_EQ("helhel", received);
+}
+
+TEST_F(SerialPortTest, refuses_what_its_state_does_not_allow) {
+  const Attempt early(reading());
+  EXPECT_EQ(closed(), early.outcome);
+  open();
+  const Attempt first(reading());
+  const Attempt second(reading());
+  const Attempt other(writing());
+  EXPECT_EQ(pending(), second.outcome);
+  EXPECT_EQ(pending(), other.outcome);
+  EXPECT_EQ(pending(), open());
+  cable.send("abc");
+  clock.advance(0ms);
+  EXPECT_EQ("3", first.outcome) << "undisturbed";
+}
+
+TEST_F(SerialPortTest, ends_an_operation_that_is_cancelled_closed_or_unplugged) {
+  open();
+  const auto cancel = Gio::Cancellable::create();
+  const Attempt first(reading(cancel));
+  cancel->cancel();
+  EXPECT_EQ("waiting", first.outcome) << "the cancellable is still at work";
+  clock.advance(0ms);
+  EXPECT_EQ(cancelled(), first.outcome);
+  const Attempt too_late(writing(cancel));
+  EXPECT_EQ(cancelled(), too_late.outcome);
+
+  const Attempt cut(reading());
+  port->close();
+  EXPECT_EQ("0", open()) << "free at once";
+  clock.advance(0ms);
+  EXPECT_EQ(closed(), cut.outcome);
+
+  const Attempt orphan(reading());
+  cable.unplug();
+  clock.advance(0ms);
+  EXPECT_EQ("GetLastError " + std::to_string(EIO), orphan.outcome);
+  const Attempt after(writing());
+  EXPECT_EQ("GetLastError " + std::to_string(EIO), after.outcome);
+}
+
+TEST_F(SerialPortTest, drives_and_reads_the_modem_lines_while_open) {
+  cable.lines = {.dsr = true, .ri = false, .dcd = true};
+  port->set_dtr(true);
+  EXPECT_FALSE(port->get_dsr() || port->get_dcd() || cable.dtr()) << "closed";
+  open();
+  EXPECT_TRUE(port->get_dsr() && port->get_dcd());
+  EXPECT_FALSE(port->get_ri() || cable.dtr() || cable.rts());
+  port->set_dtr(true);
+  port->set_rts(true);
+  EXPECT_TRUE(cable.dtr() && cable.rts());
+  port->set_flow(Flow::Hard);
+  port->set_rts(false);
+  EXPECT_TRUE(cable.rts()) << "the handshake's own";
+}
+
+TEST(HWDevice, compares_hardware_ids_without_regard_to_case) {
+  const HWDevice record{.hardware_ids = {"USB\\VID_0403&PID_D780"}};
+  EXPECT_TRUE(record.has_hardware_id("usb\\vid_0403&pid_d780"));
+  EXPECT_FALSE(record.has_hardware_id("USB\\VID_0403&PID_D78"));
+}
+
+// --- Terminals of the system, in real time ---
+
+bool wait_until(const std::function<bool()>& condition) {
+  bool late = false;
+  const auto limit = Timeout::once(5s, [&] { late = true; });
+  while (!condition() && !late) Glib::MainContext::get_default()->iteration(true);
+  return !late;
+}
+
+class TtyTest : public testing::Test {
+ protected:
+  TtyTest() {
+    port->set_baud(57600);
+    port->set_flow(Flow::Hard);
+  }
+  std::string run(std::function<std::size_t()> operation) {
+    const Attempt attempt(std::move(operation));
+    EXPECT_TRUE(wait_until([&] { return attempt.outcome != "waiting"; }));
+    return attempt.outcome;
+  }
+  std::string open(const Glib::RefPtr<SerialPort>& other) {
+    return run([&] { return other->open(), 0; });
+  }
+  [[nodiscard]] termios state() const {
+    termios found{};
+    const auto fd = ::open(terminal.path().c_str(), O_RDWR | O_NOCTTY);
+    EXPECT_EQ(0, tcgetattr(fd, &found));
+    ::close(fd);
+    return found;
+  }
+
+  PseudoTerminal terminal;
+  Glib::RefPtr<SerialPort> port = SerialPort::create({.port_name = terminal.path()});
+  char buffer[19] = {};
+};
+
+TEST_F(TtyTest, carries_bytes_unchanged_and_gives_the_line_back_as_it_was) {
+  const auto before = state();
+  ASSERT_EQ("0", open(port));
+  std::string received;
+  terminal.on_bytes([&](std::string_view bytes) { received += bytes; });
+  const std::string bytes("\xff\xfe\r\n\x03\x11\0\x7f", 8);
+  EXPECT_EQ("8", run([&] { return port->write(bytes.data(), bytes.size()); }));
+  EXPECT_TRUE(wait_until([&] { return received.size() >= bytes.size(); }));
+  EXPECT_EQ(bytes, received);
+  terminal.send(bytes);
+  EXPECT_EQ("8", run([&] { return port->read(buffer, sizeof buffer); }));
+  EXPECT_EQ(bytes, std::string(buffer, 8));
+  EXPECT_FALSE(port->get_dsr()) << "a pseudo-terminal has none";
+
+  port->close();
+  const auto after = state();
+  EXPECT_EQ(before.c_iflag, after.c_iflag);
+  EXPECT_EQ(before.c_lflag, after.c_lflag);
+  EXPECT_EQ(before.c_cflag, after.c_cflag);
+  EXPECT_EQ(cfgetospeed(&before), cfgetospeed(&after));
+}
+
+TEST_F(TtyTest, keeps_the_port_to_itself) {
+  ASSERT_EQ("0", open(port));
+  const auto other = SerialPort::create({.port_name = terminal.path()});
+  other->set_baud(9600);
+  EXPECT_EQ("SerialPort::open_async Failed " + std::to_string(EBUSY), open(other));
+  port->close();
+  EXPECT_EQ("0", open(other));
+}
+
+TEST_F(TtyTest, sees_a_line_that_hangs_up_before_and_during_a_read) {
+  ASSERT_EQ("0", open(port));
+  const Attempt waiting([&] { return port->read(buffer, sizeof buffer); });
+  terminal.hang_up();
+  EXPECT_TRUE(wait_until([&] { return waiting.outcome != "waiting"; }));
+  const auto gone = "GetLastError " + std::to_string(EIO);
+  EXPECT_EQ(gone, waiting.outcome);
+  EXPECT_EQ(gone, run([&] { return port->read(buffer, sizeof buffer); }));
+  EXPECT_EQ(gone, run([&] { return port->write("x", 1); }));
+}
+
+}  // namespace
+}  // namespace zemblar
