@@ -92,6 +92,14 @@ class Playground {
 
   // What may be left behind, counted.
   unsigned stale_watches = 0;
+  /// Places whose one end does not lead to the other any more.
+  [[nodiscard]] unsigned unwalkable() const {
+    return static_cast<unsigned>(std::ranges::count_if(loks_, [](const Lok* lok) {
+      if (!lok->front) return false;
+      const auto* far = lok->back->get_opposite();
+      return !far || !far->find_distance_to(lok->front);
+    }));
+  }
   [[nodiscard]] unsigned held_behind() const {
     unsigned count = 0;
     for (const auto* lok : loks_)
@@ -367,6 +375,7 @@ struct Outcome {
   bool asserted = false;
   unsigned stale_watches = 0;
   unsigned held_behind = 0;
+  unsigned unwalkable = 0;
 };
 
 [[noreturn]] void run_in_child(unsigned seed, const Events& events, int report) {
@@ -379,7 +388,8 @@ struct Outcome {
       _exit(1);
     }
   }
-  dprintf(report, "%u %u", playground.stale_watches, playground.held_behind());
+  dprintf(report, "%u %u %u", playground.stale_watches, playground.held_behind(),
+          playground.unwalkable());
   _exit(0);
 }
 
@@ -410,7 +420,8 @@ Outcome run(unsigned seed, const Events& events) {
   waitpid(child, &status, 0);
   Outcome outcome;
   if (WIFEXITED(status) && WEXITSTATUS(status) == 0) {
-    std::sscanf(text.c_str(), "%u %u", &outcome.stale_watches, &outcome.held_behind);
+    std::sscanf(text.c_str(), "%u %u %u", &outcome.stale_watches, &outcome.held_behind,
+                &outcome.unwalkable);
   } else if (WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT && is_expected_assertion(text)) {
     outcome.asserted = true;
   } else {
@@ -456,6 +467,7 @@ TEST(RandomTracking, keeps_its_invariants_whatever_happens) {
     asserted += outcome.asserted;
     total.stale_watches += outcome.stale_watches;
     total.held_behind += outcome.held_behind;
+    total.unwalkable += outcome.unwalkable;
     ASSERT_EQ(outcome.problem, "") << "seed " << seed << ", shrunk to\n"
                                    << described(shrink(seed, events));
   }
