@@ -75,6 +75,9 @@ TEST_F(PointTest, commands_every_output_in_its_order_though_one_is_not_enabled) 
   point->remove_output(1);
   curved->activate();
   EXPECT_EQ(station->sent(), Log{"1/4 right"});
+  auto& another = point->add_output();  // most likely in the memory of the first
+  EXPECT_EQ(curved->get_setting(another), PointStateOutput());
+  point->remove_output(2);
   EXPECT_DEATH((void)point->get_output(2), "\\(index > 0\\) && \\(index <= point.outputs.size");
 }
 

@@ -148,9 +148,32 @@ TEST_F(Route, knows_who_holds_a_block_and_what_its_detector_sees) {
   detector->lose(first);
   detector->occupy(false);
   EXPECT_EQ(events, "occupied first -first free ");
+  a->set_input(nullptr);
+  detector->occupy();
+  a->set_input(detector);
+  EXPECT_EQ(events, "occupied first -first free occupied ");
   detector->destroy();
   EXPECT_EQ(a->get_input(), nullptr);
   EXPECT_FALSE(a->occupied());
+}
+
+TEST_F(Route, catches_up_with_what_a_detector_still_sees) {
+  for (const bool detach : {false, true}) {
+    auto* a = zone("A", false);
+    auto* first = new_lok("first");
+    auto* second = new_lok("second");
+    auto* detector = layout().get_devices().add(new Detector);
+    detector->see(first);
+    detector->see(second);
+    std::string seen;
+    a->signal_detected().connect([&](Lok* lok) {
+      seen += lok->get_name();
+      detach ? a->set_input(nullptr) : detector->lose(second);
+    });
+    a->set_input(detector);
+    EXPECT_EQ(seen, "first");
+    layout().new_document(false);
+  }
 }
 
 TEST_F(Route, holds_a_block_until_it_ends) {

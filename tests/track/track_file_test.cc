@@ -84,9 +84,10 @@ TEST_F(TrackFile, knows_nothing_of_a_detector_that_is_not_in_the_document) {
 
 TEST_F(TrackFile, refuses_what_is_no_block) {
   zone("kept");
-  for (const auto* objects : {"- !zone {invert: perhaps}\n", "- !zone {left: 3}\n",
-                              "- !zone {left: [1]}\n", "- !zone {left: [x, left]}\n",
-                              "- !crossing {top-left: {a: b}}\n", "- !zone {input: -1}\n"}) {
+  for (const auto* objects :
+       {"- !zone {invert: perhaps}\n", "- !zone {left: 3}\n", "- !zone {left: [1]}\n",
+        "- !zone {left: [1, left, 2]}\n", "- !zone {left: [x, left]}\n",
+        "- !crossing {top-left: {a: b}}\n", "- !zone {input: -1}\n"}) {
     EXPECT_FALSE(open(objects)) << objects;
     EXPECT_NE(get_status(), "") << objects;
     EXPECT_NE(layout().get_blocks().find_child("kept"), nullptr) << objects;

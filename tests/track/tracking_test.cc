@@ -47,6 +47,11 @@ TEST_F(Tracking, brakes_before_a_block_that_another_one_holds) {
   // B is the last free block: the train that enters it has to stop in it.
   EXPECT_TRUE(lok->get_brake());
   EXPECT_EQ(place(lok), "A.left..B.right");
+  at(zones[1]).occupy(false);  // a head that was not there: nothing to stop for
+  EXPECT_EQ(place(lok), "A.left..A.right");
+  EXPECT_FALSE(lok->get_brake());
+  at(zones[1]).occupy();
+  EXPECT_TRUE(lok->get_brake());
   at(zones[0]).occupy(false);
   EXPECT_TRUE(lok->get_brake());
   at(zones[3]).occupy();
@@ -54,6 +59,36 @@ TEST_F(Tracking, brakes_before_a_block_that_another_one_holds) {
   at(zones[2]).occupy(false);
   EXPECT_FALSE(lok->get_brake());
   EXPECT_EQ(held(lok) + held(other), "BD");
+}
+
+TEST_F(Tracking, follows_a_long_train_that_leaves_its_blocks_one_by_one) {
+  const auto zones = ring({"A", "B", "C"});
+  auto* lok = new_lok_in(zones[0]);
+  at(zones[1]).occupy();
+  at(zones[2]).occupy();
+  EXPECT_EQ(place(lok), "A.left..C.right");
+  at(zones[0]).occupy();  // it fills the ring: its head has come to its own tail
+  EXPECT_EQ(place(lok), "A.left..C.right");
+  at(zones[0]).occupy(false);
+  EXPECT_EQ(place(lok), "B.left..C.right");
+  at(zones[1]).occupy(false);
+  EXPECT_EQ(place(lok), "C.left..C.right");
+  EXPECT_EQ(held(lok), "C");
+}
+
+TEST_F(Tracking, is_lost_when_its_blocks_go_free_whoever_stands_beside_it) {
+  for (const bool long_train : {false, true}) {
+    const auto zones = row({"A", "B", "C", "D"});
+    zones[3]->set_lok(new_lok("ahead"));
+    at(zones[3]).occupy();
+    if (long_train) zones[2]->set_input(&at(zones[1]));
+    auto* lok = new_lok_in(zones[1]);
+    EXPECT_EQ(place(lok), long_train ? "B.left..C.right" : "B.left..B.right");
+    at(zones[0]).occupy();
+    at(zones[1]).occupy(false);
+    EXPECT_EQ(place(lok) + held(lok), "nowhere");
+    layout().new_document(false);
+  }
 }
 
 TEST_F(Tracking, settles_an_open_orientation_by_the_neighbour_that_lights_up_first) {
@@ -106,15 +141,54 @@ TEST_F(Tracking, learns_in_its_own_block_which_way_it_stands) {
 }
 
 TEST_F(Tracking, leaves_a_block_to_its_first_claimant) {
-  const auto zones = row({"A", "B"});
+  const auto zones = row({"A", "B", "C"});
   auto* first = new_lok_in(zones[0], "first");
   auto* second = new_lok("second");
   at(zones[0]).see(second, 2);
   EXPECT_EQ(place(second), "nowhere");
   EXPECT_EQ(zones[0]->get_lok(), first);
+  at(zones[2]).see(second, 0);
+  at(zones[0]).see(second, 2);  // tells nothing of how it stands in C either
+  EXPECT_EQ(place(second), "C.right..C.left?");
+  EXPECT_EQ(second->travel_sign(&zones[2]->right, &zones[2]->left), 0);
+  second->destroy();
   first->destroy();
-  at(zones[0]).see(second, 2);
-  EXPECT_EQ(place(second), "A.left..A.right");
+  auto* third = new_lok("third");
+  at(zones[0]).see(third, 2);
+  EXPECT_EQ(place(third), "A.left..A.right");
+}
+
+// The exchange leaves the watches as they are until something moves.
+TEST_F(Tracking, keeps_its_watches_when_railcom_exchanges_its_ends) {
+  const auto zones = row({"A", "B", "C"});
+  auto* lok = new_lok_in(zones[1]);
+  at(zones[1]).see(lok, 1);
+  EXPECT_EQ(place(lok), "B.right..B.left");
+  at(zones[0]).occupy();
+  EXPECT_EQ(place(lok), "B.right..B.left");
+  lok->reconnect();
+  at(zones[0]).occupy();
+  EXPECT_EQ(place(lok), "B.right..A.left");
+}
+
+TEST_F(Tracking, cannot_tell_which_way_it_stands_over_a_point_that_was_thrown_under_it) {
+  auto* a = zone("A");
+  auto* gate = layout().get_blocks().add(new Gate);
+  auto* b = zone("B");
+  a->right.connect(&gate->left);
+  gate->right.connect(&b->left);
+  gate->set_input(&at(b));
+  auto* lok = new_lok();
+  lok->set_direction(Direction::Reverse);
+  at(a).see(lok, 2);  // taken as RailCom says, whatever the direction
+  at(b).occupy();
+  EXPECT_EQ(place(lok), "A.left..B.right");
+  gate->set_open(false);
+  at(a).see(lok, 2);
+  EXPECT_EQ(place(lok), "A.left..B.right");
+  gate->set_open(true);
+  at(a).see(lok, 2);
+  EXPECT_EQ(place(lok), "B.right..A.left");
 }
 
 TEST_F(Tracking, crosses_blocks_without_a_detector_in_one_step) {
@@ -137,8 +211,29 @@ TEST_F(Tracking, crosses_blocks_without_a_detector_in_one_step) {
   at(a).occupy(false);
   EXPECT_EQ(place(lok), "B.left..C.right");
   EXPECT_EQ(held(lok), "BCX");  // until C, the rear detector now, has been left as well
+  auto* d = zone("D");
+  c->right.connect(&d->left);
+  lok->reconnect();
+  at(d).occupy();
+  at(c).occupy();  // still there
+  EXPECT_EQ(place(lok), "B.left..D.right");
   at(c).occupy(false);
+  EXPECT_EQ(place(lok), "D.left..D.right");
+  EXPECT_EQ(held(lok), "D");
+  at(d).occupy(false);
   EXPECT_EQ(place(lok), "nowhere");
+}
+
+TEST_F(Tracking, stays_where_no_detector_is_left_to_follow_it) {
+  auto* a = zone("A");
+  auto* b = zone("B", false);
+  a->right.connect(&b->left);
+  auto* lok = new_lok_in(a);
+  b->signal_occupied().emit();
+  EXPECT_EQ(place(lok), "A.left..B.right");
+  a->set_input(nullptr);
+  a->signal_occupied().emit();
+  EXPECT_EQ(place(lok), "A.left..B.right");
 }
 
 TEST_F(Tracking, looks_again_when_a_point_ahead_is_set) {
@@ -165,6 +260,9 @@ TEST_F(Tracking, looks_again_when_a_point_ahead_is_set) {
   gate->left.disconnect();
   route.emit();  // still watched: nothing ahead any more
   EXPECT_TRUE(lok->get_brake());
+  lok->set_brake(false);
+  route.emit();  // and no longer now
+  EXPECT_FALSE(lok->get_brake());
 }
 
 TEST_F(Tracking, walks_to_where_railcom_sees_it_or_jumps_there) {
@@ -183,6 +281,11 @@ TEST_F(Tracking, walks_to_where_railcom_sees_it_or_jumps_there) {
       {"behind, the other way round", false, 1, 0, "B.right..B.left?", "C"},
       {"ahead in a ring", true, 3, 2, "C.left..D.right", "CD"},
       {"behind in a ring", true, 1, 2, "B.left..C.right", "BC"},
+      // The far end walks, round the ring, and the ends are exchanged if that is certain.
+      {"ahead in a ring, the other way round", true, 4, 1, "C.right..E.left", "ABCE"},
+      {"ahead in a ring, perhaps the other way round", true, 4, 0, "E.left..C.right", "ABCE"},
+      {"behind in a ring, the other way round", true, 1, 1, "B.right..C.left", "ABCDE"},
+      {"behind in a ring, perhaps the other way round", true, 1, 0, "C.left..B.right", "ABCDE"},
   };
   for (const auto& one : cases) {
     const auto names = std::vector{"A", "B", "C", "D", "E"};
@@ -193,6 +296,35 @@ TEST_F(Tracking, walks_to_where_railcom_sees_it_or_jumps_there) {
     EXPECT_EQ(held(lok), one.held) << one.what;
     layout().new_document(false);
   }
+}
+
+TEST_F(Tracking, takes_a_report_that_is_as_far_ahead_as_behind_for_one_ahead) {
+  for (const unsigned orientation : {1u, 2u}) {
+    const auto zones = ring({"A", "B", "C", "D"});
+    auto* lok = new_lok_in(zones[0]);
+    at(zones[2]).see(lok, orientation);
+    EXPECT_EQ(place(lok), orientation == 2 ? "A.left..C.right" : "A.right..C.left");
+    EXPECT_EQ(held(lok), orientation == 2 ? "ABC" : "ACD");
+    layout().new_document(false);
+  }
+}
+
+TEST_F(Tracking, goes_on_from_where_railcom_sees_it_over_what_is_occupied) {
+  const auto zones = row({"A", "B", "C", "D", "E"});
+  auto* lok = new_lok_in(zones[0]);
+  at(zones[3]).occupy();
+  at(zones[2]).see(lok, 2);
+  EXPECT_EQ(place(lok), "A.left..D.right");
+  EXPECT_EQ(held(lok), "ABCD");
+}
+
+TEST_F(Tracking, jumps_over_a_block_that_it_holds_itself) {
+  const auto zones = row({"A", "B", "C"});
+  auto* lok = new_lok_in(zones[0]);
+  zones[1]->set_lok(lok);
+  at(zones[2]).see(lok, 2);
+  EXPECT_EQ(place(lok), "C.left..C.right");
+  EXPECT_EQ(held(lok), "AB");
 }
 
 TEST_F(Tracking, jumps_when_the_way_ends_and_leaves_its_blocks_held) {
