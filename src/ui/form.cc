@@ -68,8 +68,9 @@ Gtk::Label& Form::add_heading(const Glib::ustring& markup) {
 void Form::show_row(Gtk::Widget& field, bool visible) {
   auto* row = &field;
   while (row->get_parent() != this) row = row->get_parent();
-  row->set_visible(visible);
   row->set_no_show_all(!visible);
+  // What was hidden when the form was shown has not been shown in its parts either.
+  visible ? row->show_all() : row->hide();
 }
 
 void Form::add_wide(Gtk::Widget& widget) {

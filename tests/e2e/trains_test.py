@@ -45,7 +45,21 @@ class Trains(unittest.TestCase):
         objects.select_row('East Point')
         editor.labelled('State:').find('menu item', 'Curved').press()
         self.log.wait_for(r'<- set\(11, *switch\[DCC')
+        self.choose_output_types(editor)
         self.assertIsNone(self.program.process.poll())
+
+    def choose_output_types(self, editor):
+        """Each type of output has rows of its own, shown when it is chosen."""
+        for tabs in editor.find_all('page tab list'):
+            if 'Outputs' in [tab.name for tab in tabs.children()]:
+                tabs.select(1)
+        for kind, row in (('Locomotive Function', 'Function:'), ('Servo', None),
+                          ('Extended Accessory', 'Address:'), ('Basic Accessory', 'Output:')):
+            editor.labelled('Type:').find('menu item', kind).press()
+            shown = [label.name for label in editor.find_all('label')]
+            rows = [name for name in ('Function:', 'Output:') if name in shown]
+            self.assertEqual(rows, [row] if row in ('Function:', 'Output:') else [], kind)
+            self.assertEqual('Address:' in shown, kind != 'Servo', kind)
 
 
 unittest.main(argv=sys.argv[:1], verbosity=2)
