@@ -59,6 +59,8 @@ struct TrackModel::Run {
 TrackModel::TrackModel(std::uint64_t seed) : sensors_(seed) {
   sensors_.orientation = side_of;
   block_ending_ = Block::signal_ending().connect([this](Block* block) { on_block_ending(block); });
+  link_ending_ =
+      Block::signal_link_ending().connect([this](const BlockLink* link) { on_link_ending(link); });
 }
 
 TrackModel::~TrackModel() = default;
@@ -122,6 +124,13 @@ void TrackModel::on_block_ending(const Block* block) {
     if (train->is_in(block)) lift(*train);
   }
   lengths_.erase(block);
+}
+
+// The state of a point takes its link with it.
+void TrackModel::on_link_ending(const BlockLink* link) {
+  for (const auto& train : trains_) {
+    if (train->is_at(link)) lift(*train);
+  }
 }
 
 // --- Commands ---

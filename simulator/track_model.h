@@ -102,6 +102,7 @@ class TrackModel {
   void arm(Run& run);
   void emit(const TrackEvent& event);
   void on_block_ending(const Block* block);
+  void on_link_ending(const BlockLink* link);
   [[nodiscard]] Train* find_train_in(const Block* block, const Train& besides) const;
 
   double default_length_ = 1000;
@@ -113,6 +114,7 @@ class TrackModel {
   TrackSensors sensors_;
   sigc::signal<void, const TrackEvent&> signal_event_;
   ScopedConnection block_ending_;
+  ScopedConnection link_ending_;
 };
 
 }  // namespace zemblar::simulator

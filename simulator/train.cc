@@ -115,6 +115,11 @@ bool Train::is_in(const Block* block) const {
   return std::ranges::any_of(pieces_, [block](const auto& piece) { return piece.block == block; });
 }
 
+bool Train::is_at(const BlockLink* link) const {
+  return std::ranges::any_of(
+      pieces_, [link](const auto& piece) { return piece.rear == link || piece.front == link; });
+}
+
 // Ends that all but touch a border have passed it, so that travelling on leads to the next one.
 double Train::place_of(double mark) const {
   return front_ - mark + (forwards_ ? touch : -touch);

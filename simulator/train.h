@@ -101,6 +101,8 @@ class Train {
   [[nodiscard]] const std::deque<WayPiece>& pieces() const { return pieces_; }
   /// Whether some part of it is in the block.
   [[nodiscard]] bool is_in(const Block* block) const;
+  /// Whether it leads through this end of a block.
+  [[nodiscard]] bool is_at(const BlockLink* link) const;
   /// The blocks in which it draws current; some may come twice.
   [[nodiscard]] std::vector<Block*> drawing_blocks() const;
   /// Where the locomotive's middle is.

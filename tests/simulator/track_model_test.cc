@@ -6,6 +6,7 @@
 #include "simulator/track_station.h"
 #include "tests/support/small_railway.h"
 #include "track/crossing.h"
+#include "track/point.h"
 
 namespace zemblar::simulator {
 namespace {
@@ -306,6 +307,22 @@ TEST_F(TrackModelTest, survives_what_ends_under_a_train) {
   model.command(3, 50, false);
   EXPECT_TRUE(model.place(one, zones[2]->left));
   layout().new_document(false);
+  EXPECT_FALSE(one.on_track());
+}
+
+TEST_F(TrackModelTest, takes_a_train_off_a_point_that_loses_the_branch_under_it) {
+  const auto zones = wired(bare_row({"A"}));
+  auto* point = layout().get_points().add(new Point);
+  point->add_state();
+  zones[0]->right.connect(&point->common);
+  lok_of("lok", 3);
+  auto& one = train("1", 3, zones[0]->right);
+  model.command(3, 126, true);
+  for (int i = 0; i < 20 && head(one) == "A"; ++i) clock.advance(1s);
+  EXPECT_EQ(head(one), "Point 1");
+  point->states()[1]->destroy();
+  EXPECT_TRUE(one.on_track());  // it stands on the other branch
+  point->states()[0]->destroy();
   EXPECT_FALSE(one.on_track());
 }
 
