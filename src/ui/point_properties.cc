@@ -73,7 +73,10 @@ void PointProperties::add_state_row() {
     text->property_ellipsize() = Pango::ELLIPSIZE_MIDDLE;
     text->property_width_chars() = state_width;
   }
-  add_row(_("_State:"), state_, send_again_);
+  add_row(_("_State:"), state_);  // on a line of its own: a scissor point's names are long
+  auto* under_it = Gtk::manage(new Gtk::HBox);
+  under_it->pack_start(send_again_, false, false);
+  add_field(*under_it);
   state_.set_tooltip_text(
       _("How it lies now. Another choice is sent at once, whatever stands on it"));
   send_again_.set_tooltip_text(
