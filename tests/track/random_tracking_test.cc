@@ -471,8 +471,10 @@ TEST(RandomTracking, keeps_its_invariants_whatever_happens) {
     ASSERT_EQ(outcome.problem, "") << "seed " << seed << ", shrunk to\n"
                                    << described(shrink(seed, events));
   }
-  std::printf("%u seeds: %u ended by an assertion, %u stale watches, %u blocks held behind\n",
-              seeds, asserted, total.stale_watches, total.held_behind);
+  std::printf(
+      "%u seeds: %u ended by an assertion, %u stale watches; at the end %u blocks held behind and "
+      "%u broken spans\n",
+      seeds, asserted, total.stale_watches, total.held_behind, total.unwalkable);
   EXPECT_LT(asserted, seeds / 2);
 }
 
