@@ -13,6 +13,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(__file__), '..', 'tests', 'e2e')
 from zemblar_ui import Program, screenshot, wait_for  # noqa: E402
 
 SPLASH = 5.5  # seconds until it has gone
+STOPPED = 4  # seconds until block control has stopped the train
 
 
 def take(folder, name, box=None):
@@ -41,21 +42,28 @@ def drive_with_throttle(program, throttle):
     throttle.find('toggle button', 'Light').press()
 
 
+def show(editor, name):
+    for tabs in editor.find_all('page tab list'):
+        if 'All' in [tab.name for tab in tabs.children()]:
+            tabs.select(1)
+    editor.find('tree table', 'Objects').select_row(name)
+
+
 def main(folder, *command):
     with Program(*command) as program:
         editor = program.window('Zemblar 0.1 — Track Editor')
         throttle = program.window('Throttle')
         time.sleep(SPLASH)
+        show(editor, 'Express 103')
+        subprocess.run(['xdotool', 'search', '--name', 'Throttle', 'windowmove', '200', '300'],
+                       check=True)
         drive_with_throttle(program, throttle)
         activate('Throttle')
         take(folder, 'throttle', frame_of(throttle))
+        time.sleep(STOPPED)
         take(folder, 'overview')
-        throttle.accessible.queryComponent()
         subprocess.run(['xdotool', 'search', '--name', 'Throttle', 'windowminimize'], check=True)
-        for tabs in editor.find_all('page tab list'):
-            if 'All' in [tab.name for tab in tabs.children()]:
-                tabs.select(1)
-        editor.find('tree table', 'Objects').select_row('Express 103')
+        show(editor, 'East Point')
         activate('Track Editor')
         take(folder, 'track-editor', frame_of(editor))
         # The tray stands in the upper right corner.
