@@ -74,7 +74,10 @@ void DefaultDevice::update_function(DrivenDecoder* decoder, unsigned fn) {
 
 void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit, std::uint32_t value,
                             const Operation& operation) {
-  if (std::ranges::none_of(devices_, [](const auto* device) { return device->active(); })) return;
+  const auto serves = [decoder](Device* device) {
+    return device->active() && device->reaches(*decoder);
+  };
+  if (std::ranges::none_of(devices_, serves)) return;
   const Item item(decoder, bit);
   const auto same = newest_.find(item);
   if (same != newest_.end() && same->second.value == value) return;
@@ -85,6 +88,7 @@ void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit, std::uint
   const auto proxy = DecoderProxy::create(decoder);
   int count = 0;
   for_each_in_service([&](Device& device) {
+    if (!device.reaches(*decoder)) return;
     ++count;
     operation(device, proxy.operator->());
   });

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/document_class.h"
+#include "core/layout.h"
 #include "core/property.h"
 #include "runtime/fiber.h"
 
@@ -42,6 +43,18 @@ void Device::leave_service_for_good() {
   active_ = false;
   activating_ = false;
   release(round_);
+}
+
+const Layout* Device::layout() const {
+  const auto ancestors = get_ancestors();
+  const auto* root = ancestors.empty() ? nullptr : dynamic_cast<Layout*>(ancestors.back());
+  if (root) return root;
+  return Layout::exists() ? &Layout::get() : nullptr;
+}
+
+DefaultDevice* Device::default_device() const {
+  const auto* layout = this->layout();
+  return layout ? &layout->get_default_device() : nullptr;
 }
 
 // --- In and out of service ---
@@ -143,17 +156,17 @@ void Device::run_power(bool on) {
 }
 
 void Device::run_update_speed(DrivenDecoder* decoder) {
-  if (!active_) return;
+  if (!active_ || !reaches(*decoder)) return;
   fiber::spawn([this, held = hold(decoder)] { update_speed(held.operator->()); });
 }
 
 void Device::run_update_direction(DrivenDecoder* decoder) {
-  if (!active_) return;
+  if (!active_ || !reaches(*decoder)) return;
   fiber::spawn([this, held = hold(decoder)] { update_direction(held.operator->()); });
 }
 
 void Device::run_update_function(DrivenDecoder* decoder, unsigned fn) {
-  if (!active_) return;
+  if (!active_ || !reaches(*decoder)) return;
   fiber::spawn([this, held = hold(decoder), fn] { update_function(held.operator->(), fn); });
 }
 

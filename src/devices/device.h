@@ -11,6 +11,8 @@
 
 namespace zemblar {
 
+class DefaultDevice;
+class Layout;
 class Lok;
 
 /// A piece of hardware, or a channel to it: a command station, a bus, a reader, one of its inputs.
@@ -55,6 +57,9 @@ class Device : public Object, public Busy {
 
   /// 0 no, 1 partly, 2 yes. Features are "DCC", "DCC/Power", "DCC/...", "Occupancy", "RailCom".
   [[nodiscard]] virtual int supports(std::string_view feature) const;
+  /// Whether it can address that decoder. One that it cannot is not updated and not answered, as
+  /// if the device were out of service; the driver tells the person why.
+  [[nodiscard]] virtual bool reaches(const DrivenDecoder& /*decoder*/) { return true; }
   [[nodiscard]] virtual bool occupied() const { return false; }
   /// The side from which RailCom comes: 0 unknown, 1 or 2.
   [[nodiscard]] virtual unsigned orientation() const { return 0; }
@@ -93,6 +98,11 @@ class Device : public Object, public Busy {
   /// Out of service at once and for good; a driver that overrides this calls it and then cuts off
   /// its own waits, so that no fiber is left that counts on the device.
   void on_deleting() override;
+
+  /// The layout that it stands in, else the current one, else null.
+  [[nodiscard]] const Layout* layout() const;
+  /// That layout's, or null.
+  [[nodiscard]] DefaultDevice* default_device() const;
 
   /// For a device that needs no `start`: in service from now on, and nobody is told.
   void enter_service();

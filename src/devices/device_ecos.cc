@@ -24,13 +24,6 @@ void require_keys(const YAML::Node& node) {
   }
 }
 
-const Layout* layout_of(const Object& device) {
-  const auto ancestors = device.get_ancestors();
-  const auto* root = ancestors.empty() ? nullptr : dynamic_cast<Layout*>(ancestors.back());
-  if (root) return root;
-  return Layout::exists() ? &Layout::get() : nullptr;
-}
-
 }  // namespace
 
 ECoS::ECoS(const Glib::RefPtr<Socket>& socket)
@@ -103,11 +96,6 @@ int ECoS::supports(std::string_view feature) const {
   return feature == "DCC" || feature.starts_with("DCC/") ? 1 : 0;
 }
 
-DefaultDevice* ECoS::default_device() const {
-  const auto* layout = layout_of(*this);
-  return layout ? &layout->get_default_device() : nullptr;
-}
-
 void ECoS::join_default() {
   if (auto* device = default_device()) device->add_device(this);
 }
@@ -119,7 +107,7 @@ void ECoS::leave_default() {
 // --- Connecting ---
 
 bool ECoS::may_connect() const {
-  const auto* layout = layout_of(*this);
+  const auto* layout = this->layout();
   return !is_deleting() && !(layout && layout->is_emptying());
 }
 

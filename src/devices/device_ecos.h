@@ -12,8 +12,6 @@
 
 namespace zemblar {
 
-class DefaultDevice;
-
 /// An ESU ECoS command station, reached over TCP through its text protocol.
 ///
 /// It connects by itself and tries again for as long as it lives, a second after each attempt that
@@ -83,7 +81,6 @@ class ECoS : public Device {
   };
 
   void register_properties();
-  DefaultDevice* default_device() const;
   void join_default();
   void leave_default();
 

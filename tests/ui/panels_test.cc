@@ -5,6 +5,7 @@
 
 #include "core/panel_factory.h"
 #include "devices/device_ecos.h"
+#include "devices/device_liusb.h"
 #include "devices/dummy_railcom_reader.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "devices/device.h"
+#include "devices/liusb_codec.h"
+#include "devices/serial_port_liusb.h"
+#include "runtime/scoped_connection.h"
+#include "runtime/timer.h"
+
+namespace zemblar {
+
+/// A Lenz LI-USB: the way to an XpressNet command station over a serial port.
+///
+/// It waits for its hardware: the first LI-USB without a port takes one that is offered. With a
+/// port it comes into service by asking for the interface's version and the station's status; an
+/// interface that does not answer is asked again a second later. Unplugged, it waits for the
+/// next one.
+///
+/// One request and its answer at a time. Without an answer within 750 ms the operation fails, but
+/// the device stays in service, and decoders try again. Answers are not told apart, but for those
+/// about points: the station's word that it is busy counts as delivered. A port that fails is let
+/// go of.
+///
+/// The station has fewer addresses than decoders can have (see liusb::can_drive). Others are
+/// refused with a word in the status line, and their decoders stay out of date.
+///
+/// In a layout file: the keys `name`, `id`, `use-as-default`.
+class LIUSB : public Device {
+ public:
+  LIUSB();
+  explicit LIUSB(const YAML::Node& node);
+  ~LIUSB() override;
+  void save(YAML::Emitter& out) const override;
+
+  /// Takes the port and begins to talk; false when it has one or is being destroyed.
+  bool attach(SerialPortLIUSB* port);
+
+  [[nodiscard]] bool get_use_as_default() const { return use_as_default_; }
+  void set_use_as_default(bool on);
+
+  [[nodiscard]] int supports(std::string_view feature) const override;
+  [[nodiscard]] bool reaches(const DrivenDecoder& decoder) override;
+
+  Glib::PropertyProxy<bool> property_enable_default() { return {this, "enable-default"}; }
+
+ protected:
+  bool start() override;
+  void stop() override;
+  void power_on() override;
+  void power_off() override;
+  void update_speed(DrivenDecoder* decoder) override;
+  void update_direction(DrivenDecoder* decoder) override;
+  void update_function(DrivenDecoder* decoder, unsigned fn) override;
+  void set_point(unsigned address, unsigned output, bool on) override;
+  void on_deleting() override;
+
+ private:
+  using Port = Glib::RefPtr<SerialPortLIUSB>;
+
+  void wait_for_hardware();
+  void join_default();
+  void leave_default();
+  void let_go_of_port();
+  void lose_port();
+  void try_again(const Port& tried);
+  void open_port(const Port& port);
+  void greet();
+  void read_status();
+
+  liusb::Bytes exchange(const liusb::Bytes& message);
+  liusb::Bytes talk(const Port& port, const liusb::Bytes& message);
+  void require_service(const Port& port) const;
+  void drive(DrivenDecoder* decoder);
+  void switch_coil(const liusb::Bytes& message);
+  void tell(const Glib::ustring& message);
+  void take_back_what_was_told();
+
+  bool use_as_default_ = true;
+  Port port_;           // null until hardware is attached
+  Glib::ustring told_;  // what the status line was told of the present trouble
+  Timeout retry_;
+  // Each exchange has its own: it ends the one in flight.
+  Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
+  ScopedConnection attached_;
+  ScopedConnection removed_;
+};
+
+}  // namespace zemblar
