@@ -284,6 +284,19 @@ TEST_F(PanelTest, a_station_is_made_from_the_menu_and_edited_in_its_panel) {
   EXPECT_EQ(use.get_active(), station.get_use_as_default());
 }
 
+TEST_F(PanelTest, a_li_usb_is_named_and_made_a_default_device_in_its_panel) {
+  auto* liusb = layout().get_devices().add(new LIUSB);
+  const auto panel = panel_of(*liusb);
+  auto& check = get_widget<Gtk::CheckButton>(*panel, "_Use as a default DCC Device");
+  EXPECT_TRUE(check.get_active());
+  check.set_active(false);
+  EXPECT_FALSE(liusb->get_use_as_default());
+  liusb->set_use_as_default(true);
+  EXPECT_TRUE(check.get_active());
+  auto& name = get_widget<NameEntry>(*panel);
+  EXPECT_EQ(name.get_text(), "Lenz LI-USB 1");
+}
+
 TEST_F(PanelTest, a_simulated_reader_is_set_up_position_by_position) {
   auto* reader = new DeviceDummyRailComReader;
   reader->set_pattern(0b10000001);
