@@ -73,13 +73,13 @@ void LiUsbInterface::answer(const XpressNetStation::Reaction& reaction) {
 }
 
 void LiUsbInterface::lose_power() {
-  ++life_;
+  life_ = std::make_shared<char>();
   received_.clear();
 }
 
 void LiUsbInterface::emit_after(Milliseconds time, const std::string& bytes) {
-  after_(time, [this, bytes, life = life_] {
-    if (life == life_) emit(bytes);
+  after_(time, [this, bytes, life = std::weak_ptr(life_)] {
+    if (!life.expired()) emit(bytes);
   });
 }
 

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <functional>
 #include <map>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -65,7 +66,7 @@ class LiUsbInterface {
 
   After after_;
   Send send_;
-  unsigned life_ = 0;  // grows each time that it loses its power
+  std::shared_ptr<char> life_ = std::make_shared<char>();  // ends with each loss of power
   std::string received_;
   std::vector<std::string> requests_;
 };
