@@ -1,12 +1,95 @@
 #include "devices/hw_list.h"
 
-namespace zemblar {
+#include <algorithm>
+#include <set>
 
-HWList& HWList::get() {
-  static HWList list;
-  return list;
+namespace zemblar {
+namespace {
+
+std::vector<HWList::Kind>& kinds() {
+  static std::vector<HWList::Kind> all;
+  return all;
 }
 
-void HWList::refresh() {}
+/// Null when nobody knows it.
+const HWList::Kind* best_for(const HWDevice& record) {
+  const HWList::Kind* best = nullptr;
+  int most = 0;
+  for (const auto& kind : kinds()) {
+    const int score = kind.score(record);
+    if (score <= most) continue;
+    best = &kind;
+    most = score;
+  }
+  return best;
+}
+
+}  // namespace
+
+HWList::Kind::Registration::Registration(const Kind& kind) {
+  kinds().push_back(kind);
+}
+
+HWList& HWList::get() {
+  static auto* list = new HWList(make_udev_source());  // never destroyed: ports close with the end
+  return *list;
+}
+
+HWList::HWList(std::unique_ptr<HWSource> source) : source_(std::move(source)) {
+  source_->signal_changed().connect(sigc::mem_fun(*this, &HWList::look));
+  look();
+}
+
+HWList::~HWList() {
+  for (const auto& [name, hardware] : attached_) hardware->remove();
+}
+
+void HWList::refresh() {
+  look();
+  // Whoever takes one may make the list look again.
+  std::vector<AttachedHardware*> all;
+  for (const auto& [name, hardware] : attached_) all.push_back(hardware.get());
+  for (auto* hardware : all) {
+    const bool still_there = std::ranges::any_of(
+        attached_, [hardware](const auto& entry) { return entry.second.get() == hardware; });
+    if (still_there) hardware->offer();
+  }
+}
+
+void HWList::look() {
+  const auto present = source_->list();
+  const bool some_gone = drop_all_but(present);
+  bool some_new = false;
+  for (const auto& record : present) {
+    if (!records_.try_emplace(record.object_name, record).second) continue;
+    add(record);
+    some_new = true;
+  }
+  if (some_gone || some_new) signal_changed_.emit();
+}
+
+// Out of the list first: whoever hears of the removal may look at what is left.
+bool HWList::drop_all_but(const std::vector<HWDevice>& present) {
+  std::set<std::string> names;
+  for (const auto& record : present) names.insert(record.object_name);
+  const auto is_gone = [&](const auto& entry) { return !names.contains(entry.first); };
+  std::vector<std::unique_ptr<AttachedHardware>> gone;
+  for (auto& entry : attached_) {
+    if (is_gone(entry)) gone.push_back(std::move(entry.second));
+  }
+  std::erase_if(attached_, is_gone);
+  const auto count = std::erase_if(records_, is_gone);
+  for (const auto& hardware : gone) hardware->remove();
+  return count > 0;
+}
+
+void HWList::add(const HWDevice& record) {
+  const auto* kind = best_for(record);
+  if (!kind) return;
+  auto hardware = kind->attach(record);
+  auto* attached = hardware.get();
+  attached_[record.object_name] = std::move(hardware);
+  attached->offer();
+}
 
 }  // namespace zemblar

@@ -1,18 +1,65 @@
 #pragma once
 
+#include <sigc++/signal.h>
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "devices/hw_source.h"
+
 namespace zemblar {
 
-/// The serial hardware that is plugged in. None is known yet.
+/// What stands for a piece of hardware as long as that is there, such as a serial port.
+class AttachedHardware {
+ public:
+  virtual ~AttachedHardware() = default;
+  /// Asks the devices of the current document which of them wants it; nothing while one has it.
+  virtual void offer() = 0;
+  /// It has been pulled out.
+  virtual void remove() = 0;
+};
+
+/// The serial hardware that is plugged in.
+///
+/// A new piece goes to the class that knows it best; without one it is only counted. What is pulled
+/// out is removed from its user, and when it returns it is a new piece, that whoever waits for it
+/// takes. After a document was opened or emptied everything that nobody holds is offered again.
 class HWList {
  public:
+  /// A kind of hardware that the program can use: a static object in the file of the class.
+  struct Kind {
+    /// How well it fits; 0 is not at all.
+    int (*score)(const HWDevice& record);
+    std::unique_ptr<AttachedHardware> (*attach)(const HWDevice& record);
+
+    struct Registration {
+      explicit Registration(const Kind& kind);
+    };
+  };
+
   /// The one list; its first use starts discovery.
   static HWList& get();
+  explicit HWList(std::unique_ptr<HWSource> source);
+  ~HWList();
 
   /// Looks again, and offers what no device holds to those who wait for it.
   void refresh();
+  /// How many pieces there are, known kinds and others.
+  [[nodiscard]] std::size_t count() const { return records_.size(); }
+  sigc::signal<void>& signal_changed() { return signal_changed_; }
 
  private:
-  HWList() = default;
+  void add(const HWDevice& record);
+  void look();
+  bool drop_all_but(const std::vector<HWDevice>& present);
+
+  std::unique_ptr<HWSource> source_;
+  std::map<std::string, HWDevice> records_;
+  std::map<std::string, std::unique_ptr<AttachedHardware>> attached_;
+  sigc::signal<void> signal_changed_;
 };
 
 }  // namespace zemblar

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <sigc++/signal.h>
+
+#include <memory>
+#include <vector>
+
+#include "devices/hw_device.h"
+
+namespace zemblar {
+
+/// The seam under HWList: what serial hardware the system has.
+class HWSource {
+ public:
+  virtual ~HWSource() = default;
+
+  /// All that is there now.
+  [[nodiscard]] virtual std::vector<HWDevice> list() = 0;
+  /// Something was plugged in or pulled out. Emitted on the main loop.
+  sigc::signal<void>& signal_changed() { return signal_changed_; }
+
+ protected:
+  HWSource() = default;
+
+ private:
+  sigc::signal<void> signal_changed_;
+};
+
+/// The system's device manager, by GUdev.
+[[nodiscard]] std::unique_ptr<HWSource> make_udev_source();
+
+}  // namespace zemblar

@@ -1,0 +1,82 @@
+// Hardware that comes and goes.
+
+#include "devices/hw_list.h"
+
+#include <gtest/gtest.h>
+
+namespace zemblar::test {
+namespace {
+
+using Log = std::vector<std::string>;
+
+class Bench : public HWSource {
+ public:
+  std::vector<HWDevice> list() override { return records; }
+  void plug(const std::string& name, const std::string& id) {
+    HWDevice record;
+    record.object_name = name;
+    record.hardware_ids = {id};
+    record.port_name = "/dev/" + name;
+    records.push_back(record);
+    signal_changed().emit();
+  }
+  void pull(const std::string& name) {
+    std::erase_if(records, [&](const auto& record) { return record.object_name == name; });
+    signal_changed().emit();
+  }
+  std::vector<HWDevice> records;
+};
+
+Log told;
+
+class Gadget : public AttachedHardware {
+ public:
+  explicit Gadget(std::string name) : name_(std::move(name)) { told.push_back(name_ + " there"); }
+  void offer() override { told.push_back(name_ + " offered"); }
+  void remove() override { told.push_back(name_ + " removed"); }
+
+ private:
+  std::string name_;
+};
+
+int score_any_test(const HWDevice& record) {
+  return record.has_hardware_id("TEST\\GADGET") || record.has_hardware_id("test\\special") ? 10 : 0;
+}
+int score_special(const HWDevice& record) {
+  return record.has_hardware_id("TEST\\SPECIAL") ? 20 : 0;
+}
+
+const HWList::Kind::Registration any_test({score_any_test, [](const HWDevice& record) {
+                                             return std::unique_ptr<AttachedHardware>(
+                                                 new Gadget(record.port_name));
+                                           }});
+const HWList::Kind::Registration special({score_special, [](const HWDevice& record) {
+                                            return std::unique_ptr<AttachedHardware>(
+                                                new Gadget("special " + record.port_name));
+                                          }});
+
+TEST(HWListTest, gives_each_piece_to_who_knows_it_best_for_as_long_as_it_is_there) {
+  told.clear();
+  auto owned = std::make_unique<Bench>();
+  auto& bench = *owned;
+  bench.plug("tty0", "test\\Gadget");  // letters of either case
+  HWList list(std::move(owned));
+  EXPECT_EQ(std::exchange(told, {}), (Log{"/dev/tty0 there", "/dev/tty0 offered"}));
+  int changes = 0;
+  list.signal_changed().connect([&] { ++changes; });
+  bench.plug("tty1", "TEST\\SPECIAL");
+  bench.plug("tty2", "TEST\\UNKNOWN");
+  EXPECT_EQ(std::exchange(told, {}), (Log{"special /dev/tty1 there", "special /dev/tty1 offered"}));
+  EXPECT_EQ(list.count(), 3u);
+  EXPECT_EQ(changes, 2);
+  list.refresh();
+  EXPECT_EQ(std::exchange(told, {}), (Log{"/dev/tty0 offered", "special /dev/tty1 offered"}));
+  bench.pull("tty0");
+  EXPECT_EQ(std::exchange(told, {}), Log{"/dev/tty0 removed"});
+  bench.plug("tty0", "TEST\\GADGET");  // another piece, for all that is known
+  EXPECT_EQ(std::exchange(told, {}), (Log{"/dev/tty0 there", "/dev/tty0 offered"}));
+  EXPECT_EQ(changes, 4);
+}
+
+}  // namespace
+}  // namespace zemblar::test
