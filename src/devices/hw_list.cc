@@ -1,5 +1,7 @@
 #include "devices/hw_list.h"
 
+#include <glibmm/main.h>
+
 #include <algorithm>
 #include <set>
 
@@ -30,14 +32,19 @@ HWList::Kind::Registration::Registration(const Kind& kind) {
   kinds().push_back(kind);
 }
 
+// The first look takes some milliseconds, which the first window need not wait for. The list is
+// never destroyed: ports close with the process.
 HWList& HWList::get() {
-  static auto* list = new HWList(make_udev_source());  // never destroyed: ports close with the end
+  static auto* list = [] {
+    auto* made = new HWList(make_udev_source());
+    Glib::signal_idle().connect_once(sigc::mem_fun(*made, &HWList::look));
+    return made;
+  }();
   return *list;
 }
 
 HWList::HWList(std::unique_ptr<HWSource> source) : source_(std::move(source)) {
   source_->signal_changed().connect(sigc::mem_fun(*this, &HWList::look));
-  look();
 }
 
 HWList::~HWList() {

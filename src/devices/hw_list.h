@@ -40,20 +40,22 @@ class HWList {
     };
   };
 
-  /// The one list; its first use starts discovery.
+  /// The one list; its first use starts discovery, on the main loop.
   static HWList& get();
+  /// Knows nothing before the first `look`.
   explicit HWList(std::unique_ptr<HWSource> source);
   ~HWList();
 
   /// Looks again, and offers what no device holds to those who wait for it.
   void refresh();
+  /// Looks what has come and gone, and offers what has come.
+  void look();
   /// How many pieces there are, known kinds and others.
   [[nodiscard]] std::size_t count() const { return records_.size(); }
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
  private:
   void add(const HWDevice& record);
-  void look();
   bool drop_all_but(const std::vector<HWDevice>& present);
 
   std::unique_ptr<HWSource> source_;

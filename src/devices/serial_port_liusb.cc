@@ -3,8 +3,27 @@
 #include "core/layout.h"
 #include "core/toplevel.h"
 #include "devices/device_liusb.h"
+#include "devices/hw_list.h"
 
 namespace zemblar {
+namespace {
+
+class AttachedLIUSB : public AttachedHardware {
+ public:
+  explicit AttachedLIUSB(const HWDevice& record) : port_(SerialPortLIUSB::create(record)) {}
+  void offer() override { port_->offer(); }
+  void remove() override { port_->remove(); }
+
+ private:
+  Glib::RefPtr<SerialPortLIUSB> port_;
+};
+
+const HWList::Kind::Registration registration({SerialPortLIUSB::score, [](const HWDevice& record) {
+                                                 return std::unique_ptr<AttachedHardware>(
+                                                     new AttachedLIUSB(record));
+                                               }});
+
+}  // namespace
 
 Glib::RefPtr<SerialPortLIUSB> SerialPortLIUSB::create(const HWDevice& record,
                                                       std::unique_ptr<SerialLine> line) {

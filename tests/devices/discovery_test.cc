@@ -5,7 +5,9 @@
 
 #include <glibmm/main.h>
 
-#include "devices/hw_source.h"
+#include "core/layout.h"
+#include "devices/device_liusb.h"
+#include "devices/hw_list.h"
 
 namespace zemblar::test {
 namespace {
@@ -67,6 +69,29 @@ TEST_F(Discovery, hears_of_what_is_plugged_in_and_pulled_out) {
   pull(port);
   EXPECT_TRUE(wait_for(before + 1));
   EXPECT_EQ(names(*source), "");
+}
+
+TEST_F(Discovery, makes_a_device_of_a_liusb_and_lets_it_wait_for_its_return) {
+  Layout::get(new Layout).new_document(false);
+  auto& devices = Layout::get().get_devices();
+  HWList list(make_udev_source());
+  plug("ttyUSB1", "0403", "6001");  // another converter
+  const auto port = plug("ttyUSB0", "0403", "d780");
+  list.look();
+  EXPECT_EQ(list.count(), 2u);
+  ASSERT_EQ(devices.child_count(), 1u);
+  auto* const liusb = dynamic_cast<LIUSB*>(devices.child_at(0));
+  ASSERT_NE(liusb, nullptr);
+  umockdev_testbed_remove_device(testbed_, port.c_str());
+  list.look();
+  EXPECT_EQ(list.count(), 1u);
+  plug("ttyUSB2", "0403", "d780");
+  list.look();
+  EXPECT_EQ(devices.child_count(), 1u);  // the one that waited took it
+  Layout::get().new_document(false);
+  list.refresh();
+  EXPECT_EQ(Layout::get().get_devices().child_count(), 1u);
+  Layout::get().destroy();
 }
 
 }  // namespace

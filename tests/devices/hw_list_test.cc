@@ -61,6 +61,7 @@ TEST(HWListTest, gives_each_piece_to_who_knows_it_best_for_as_long_as_it_is_ther
   auto& bench = *owned;
   bench.plug("tty0", "test\\Gadget");  // letters of either case
   HWList list(std::move(owned));
+  list.look();
   EXPECT_EQ(std::exchange(told, {}), (Log{"/dev/tty0 there", "/dev/tty0 offered"}));
   int changes = 0;
   list.signal_changed().connect([&] { ++changes; });
