@@ -10,6 +10,7 @@
 #include "core/property.h"
 #include "core/status.h"
 #include "devices/default_device.h"
+#include "devices/hw_list.h"
 
 namespace zemblar {
 namespace {
@@ -102,6 +103,8 @@ void Layout::new_document(bool with_view) {
   put(new ScriptToplevel);
   const auto* view = find_document_class("!view");
   if (with_view && view) get_views().add(view->make());
+  // What the devices held that have just ended is there for others.
+  if (with_view) Glib::signal_idle().connect_once([] { HWList::get().refresh(); });
 }
 
 Toplevel& Layout::get_toplevel(Section section) const {

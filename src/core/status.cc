@@ -28,4 +28,15 @@ Glib::ustring get_status() {
   return text();
 }
 
+void StatusNote::tell(const Glib::ustring& message) {
+  if (told_.raw() == message.raw()) return;
+  told_ = message;
+  set_status(message);
+}
+
+void StatusNote::take_back() {
+  if (!told_.empty() && get_status().raw() == told_.raw()) clear_status();
+  told_.clear();
+}
+
 }  // namespace zemblar

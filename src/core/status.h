@@ -14,4 +14,23 @@ void clear_status();
 /// Emitted on each of the above. It can be used before `main`.
 sigc::signal<void>& signal_status_changed();
 
+/// What one object has told of its present trouble: each message once, and none of it any longer
+/// than it is true.
+class StatusNote {
+ public:
+  StatusNote() = default;
+  ~StatusNote() { take_back(); }
+  StatusNote(const StatusNote&) = delete;
+  StatusNote& operator=(const StatusNote&) = delete;
+
+  /// Nothing when that is what was told last.
+  void tell(const Glib::ustring& message);
+  /// The trouble is over. A message of somebody else stays in the line.
+  void take_back();
+  [[nodiscard]] bool is_told() const { return !told_.empty(); }
+
+ private:
+  Glib::ustring told_;
+};
+
 }  // namespace zemblar

@@ -52,11 +52,6 @@ const Layout* Device::layout() const {
   return Layout::exists() ? &Layout::get() : nullptr;
 }
 
-DefaultDevice* Device::default_device() const {
-  const auto* layout = this->layout();
-  return layout ? &layout->get_default_device() : nullptr;
-}
-
 // --- In and out of service ---
 
 void Device::set_active(bool on) {

@@ -11,7 +11,6 @@
 
 namespace zemblar {
 
-class DefaultDevice;
 class Layout;
 class Lok;
 
@@ -101,8 +100,6 @@ class Device : public Object, public Busy {
 
   /// The layout that it stands in, else the current one, else null.
   [[nodiscard]] const Layout* layout() const;
-  /// That layout's, or null.
-  [[nodiscard]] DefaultDevice* default_device() const;
 
   /// For a device that needs no `start`: in service from now on, and nobody is told.
   void enter_service();

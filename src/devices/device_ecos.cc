@@ -6,9 +6,7 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/property.h"
-#include "core/status.h"
 #include "core/yaml_io.h"
-#include "devices/default_device.h"
 #include "devices/ecos_commands.h"
 #include "runtime/fiber.h"
 
@@ -27,13 +25,17 @@ void require_keys(const YAML::Node& node) {
 }  // namespace
 
 ECoS::ECoS(const Glib::RefPtr<Socket>& socket)
-    : Glib::ObjectBase("DeviceECoS"), Device(_("ESU ECoS %1")), socket_(socket) {
+    : Glib::ObjectBase("DeviceECoS"),
+      CommandStation(_("ESU ECoS %1"), "use-as-default"),
+      socket_(socket) {
   register_properties();
   start_connecting();
 }
 
 ECoS::ECoS(const YAML::Node& node, const Glib::RefPtr<Socket>& socket)
-    : Glib::ObjectBase("DeviceECoS"), Device(_("ESU ECoS %1")), socket_(socket) {
+    : Glib::ObjectBase("DeviceECoS"),
+      CommandStation(_("ESU ECoS %1"), "use-as-default"),
+      socket_(socket) {
   register_properties();
   require_keys(node);
   load_identity(node);
@@ -48,8 +50,6 @@ ECoS::~ECoS() {
 
 void ECoS::register_properties() {
   register_property<Glib::ustring>(this, "host", &ECoS::get_host, &ECoS::set_host);
-  register_property<bool>(this, "use-as-default", &ECoS::get_use_as_default,
-                          &ECoS::set_use_as_default);
 }
 
 void ECoS::save(YAML::Emitter& out) const {
@@ -63,9 +63,8 @@ void ECoS::save(YAML::Emitter& out) const {
 // What the fibers still wait for completes in a later turn of the main loop and finds the socket,
 // which they hold, and the mark of a device that is gone.
 void ECoS::on_deleting() {
-  take_back_what_was_told();
-  leave_default();
-  Device::on_deleting();
+  trouble_.take_back();
+  CommandStation::on_deleting();
   connect_cancel_->cancel();
   read_cancel_->cancel();
   write_cancel_->cancel();
@@ -78,30 +77,8 @@ void ECoS::set_host(const Glib::ustring& host) {
   host_ = host;
   notify_property(*this, "host");
   next_attempt_ = {};
-  take_back_what_was_told();
+  trouble_.take_back();
   start_connecting();
-}
-
-void ECoS::set_use_as_default(bool on) {
-  if (on == use_as_default_) return;
-  use_as_default_ = on;
-  on ? join_default() : leave_default();
-  notify_property(*this, "use-as-default");
-  // Those whom nobody served until now.
-  if (on && active()) signal_in_service().emit(*this);
-}
-
-int ECoS::supports(std::string_view feature) const {
-  if (feature == "DCC/Power") return 2;
-  return feature == "DCC" || feature.starts_with("DCC/") ? 1 : 0;
-}
-
-void ECoS::join_default() {
-  if (auto* device = default_device()) device->add_device(this);
-}
-
-void ECoS::leave_default() {
-  if (auto* device = default_device()) device->remove_device(this);
 }
 
 // --- Connecting ---
@@ -154,10 +131,9 @@ Glib::RefPtr<Gio::SocketConnectable> ECoS::parse_host() {
   try {
     return Gio::NetworkAddress::parse(host_.raw(), default_port);
   } catch (const Glib::Error&) {
-    told_ = Glib::ustring::compose(
+    trouble_.tell(Glib::ustring::compose(
         _("%1 cannot connect: “%2” is no network address. Enter the station’s name or address."),
-        get_name(), host_);
-    set_status(told_);
+        get_name(), host_));
     return {};
   }
 }
@@ -165,18 +141,13 @@ Glib::RefPtr<Gio::SocketConnectable> ECoS::parse_host() {
 // Once until the station or its address is another, and never over something else that the person
 // has to know.
 void ECoS::tell_unreachable() {
-  if (!told_.empty() || !get_status().empty()) return;
-  told_ = host_.empty()
-              ? Glib::ustring::compose(_("%1 has no address yet: set it in its panel."), get_name())
-              : Glib::ustring::compose(
-                    _("%1: no station answers at “%2”. It is tried again every second."),
-                    get_name(), host_);
-  set_status(told_);
-}
-
-void ECoS::take_back_what_was_told() {
-  if (!told_.empty() && get_status().raw() == told_.raw()) clear_status();
-  told_.clear();
+  if (trouble_.is_told() || !get_status().empty()) return;
+  trouble_.tell(
+      host_.empty()
+          ? Glib::ustring::compose(_("%1 has no address yet: set it in its panel."), get_name())
+          : Glib::ustring::compose(
+                _("%1: no station answers at “%2”. It is tried again every second."), get_name(),
+                host_));
 }
 
 void ECoS::close_socket() {
@@ -226,13 +197,13 @@ void ECoS::subscribe() {
   expect_success(ecos::request_view(ecos::station));
   expect_success(ecos::request_view(ecos::locomotive_manager));
   follow_power(expect_success(ecos::get_status()).get_object(ecos::station));
-  if (use_as_default_) join_default();
-  take_back_what_was_told();
+  join_default();
+  trouble_.take_back();
 }
 
 void ECoS::stop() {
   const auto alive = liveness();
-  if (use_as_default_) leave_default();
+  leave_default();
   connect_cancel_->cancel();
   read_cancel_->cancel();
   cut_exchange();

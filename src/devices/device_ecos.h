@@ -5,7 +5,8 @@
 #include <optional>
 #include <string>
 
-#include "devices/device.h"
+#include "core/status.h"
+#include "devices/command_station.h"
 #include "devices/ecos_msg.h"
 #include "devices/socket.h"
 #include "runtime/timer.h"
@@ -28,7 +29,7 @@ namespace zemblar {
 ///
 /// In a layout file: the keys `name`, `id`, `host`, `use-as-default`, all required. Its tag is one
 /// that the emitter refuses, so that the file ends there.
-class ECoS : public Device {
+class ECoS : public CommandStation {
  public:
   static constexpr std::uint16_t default_port = 15471;
 
@@ -48,10 +49,6 @@ class ECoS : public Device {
   [[nodiscard]] const Glib::ustring& get_host() const { return host_; }
   /// For the next attempt: an established connection stays until it fails.
   void set_host(const Glib::ustring& host);
-  [[nodiscard]] bool get_use_as_default() const { return use_as_default_; }
-  void set_use_as_default(bool on);
-
-  [[nodiscard]] int supports(std::string_view feature) const override;
 
   Glib::PropertyProxy<Glib::ustring> property_host() { return {this, "host"}; }
   Glib::PropertyProxy<bool> property_use_as_default() { return {this, "use-as-default"}; }
@@ -81,8 +78,6 @@ class ECoS : public Device {
   };
 
   void register_properties();
-  void join_default();
-  void leave_default();
 
   // Connecting.
   void start_connecting();
@@ -91,7 +86,6 @@ class ECoS : public Device {
   bool try_connect(const Glib::RefPtr<Gio::SocketConnectable>& address, const Cancel& cancel);
   Glib::RefPtr<Gio::SocketConnectable> parse_host();
   void tell_unreachable();
-  void take_back_what_was_told();
   [[nodiscard]] bool may_connect() const;
   void close_socket();
   void subscribe();
@@ -115,10 +109,9 @@ class ECoS : public Device {
 
   Exchange* exchange_ = nullptr;
   std::map<Address, unsigned> objects_;  // the station's ids; forgotten one by one when refused
-  bool use_as_default_ = true;
   Glib::ustring host_ = "localhost";
   Clock::time_point next_attempt_{};  // no attempt to connect before it
-  Glib::ustring told_;                // what the status line was told of this outage
+  StatusNote trouble_;                // this outage
   Glib::RefPtr<Socket> socket_;
   // Each fiber holds its own: these are replaced.
   Cancel connect_cancel_ = Gio::Cancellable::create();

@@ -4,15 +4,12 @@
 #include <yaml-cpp/yaml.h>
 
 #include <array>
-#include <cerrno>
 #include <stdexcept>
 
 #include "core/document_class.h"
 #include "core/i18n.h"
 #include "core/property.h"
-#include "core/status.h"
 #include "core/yaml_io.h"
-#include "devices/default_device.h"
 
 namespace zemblar {
 namespace {
@@ -25,16 +22,10 @@ constexpr auto retry_time = 1s;
 const DocumentClass::Registration registration(document_class<LIUSB>("!device/Lenz/LI-USB",
                                                                      Section::devices));
 
-Glib::RefPtr<SerialPortLIUSB> hold(SerialPortLIUSB* port) {
-  port->reference();
-  return Glib::RefPtr<SerialPortLIUSB>(port);
-}
-
 }  // namespace
 
-LIUSB::LIUSB() : Glib::ObjectBase("DeviceLIUSB"), Device(_("Lenz LI-USB %1")) {
-  register_property<bool>(this, "enable-default", &LIUSB::get_use_as_default,
-                          &LIUSB::set_use_as_default);
+LIUSB::LIUSB()
+    : Glib::ObjectBase("DeviceLIUSB"), CommandStation(_("Lenz LI-USB %1"), "enable-default") {
   wait_for_hardware();
 }
 
@@ -56,51 +47,20 @@ void LIUSB::save(YAML::Emitter& out) const {
 
 void LIUSB::on_deleting() {
   attached_.disconnect();
-  take_back_what_was_told();
-  leave_default();
-  Device::on_deleting();
+  trouble_.take_back();
+  CommandStation::on_deleting();
   let_go_of_port();
-}
-
-// --- As a default device ---
-
-void LIUSB::set_use_as_default(bool on) {
-  if (on == use_as_default_) return;
-  use_as_default_ = on;
-  on ? join_default() : leave_default();
-  notify_property(*this, "enable-default");
-  // Those whom nobody served until now.
-  if (on && active()) signal_in_service().emit(*this);
-}
-
-void LIUSB::join_default() {
-  if (auto* device = default_device()) device->add_device(this);
-}
-
-void LIUSB::leave_default() {
-  if (auto* device = default_device()) device->remove_device(this);
-}
-
-int LIUSB::supports(std::string_view feature) const {
-  if (feature == "DCC/Power") return 2;
-  return feature == "DCC" || feature.starts_with("DCC/") ? 1 : 0;
 }
 
 // --- Hardware comes and goes ---
 
 void LIUSB::wait_for_hardware() {
-  attached_ =
-      sigc::connection(SerialPortLIUSB::signal_attached().connect([this](SerialPort* offered) {
-        auto* port = dynamic_cast<SerialPortLIUSB*>(offered);
-        return port && attach(port);
-      }));
+  attached_ = sigc::connection(
+      SerialPortLIUSB::signal_attached().connect(sigc::mem_fun(*this, &LIUSB::attach)));
 }
 
-bool LIUSB::attach(SerialPortLIUSB* port) {
-  if (port_ || is_deleting()) return false;
-  port_ = hold(port);
-  port->set_held(true);
-  removed_ = sigc::connection(port->signal_removed().connect([this] { lose_port(); }));
+bool LIUSB::attach(SerialPort* port) {
+  if (is_deleting() || !hold_.take(port, [this] { lose_port(); })) return false;
   // While an older conversation still winds up, its end tries again.
   set_active(true);
   return true;
@@ -109,24 +69,19 @@ bool LIUSB::attach(SerialPortLIUSB* port) {
 void LIUSB::let_go_of_port() {
   retry_.cancel();
   cancel_->cancel();
-  removed_.disconnect();
-  const auto port = port_;
-  port_.reset();
-  if (!port) return;
-  port->close();
-  port->set_held(false);
+  hold_.let_go();
 }
 
 // Not by set_active: a `start` that is still running finds by itself that the port has gone.
 void LIUSB::lose_port() {
-  take_back_what_was_told();
+  trouble_.take_back();
   let_go_of_port();
   go_out_of_service();
 }
 
 void LIUSB::try_again(const Port& tried) {
-  if (!port_ || is_deleting()) return;
-  const auto pause = port_ == tried ? retry_time : 0ms;
+  if (!hold_ || is_deleting()) return;
+  const auto pause = hold_.port() == tried ? retry_time : 0ms;
   retry_ = Timeout::once(pause, [this] { set_active(true); });
 }
 
@@ -134,14 +89,14 @@ void LIUSB::try_again(const Port& tried) {
 
 bool LIUSB::start() {
   const auto alive = liveness();
-  const auto port = port_;
+  const auto port = hold_.port();
   if (!port) return false;
   try {
     open_port(port);
     if (!*alive) return false;
     greet();
     read_status();
-    if (use_as_default_) join_default();
+    join_default();
     return true;
   } catch (...) {
     // Told where it arose.
@@ -152,8 +107,8 @@ bool LIUSB::start() {
 
 void LIUSB::stop() {
   const auto alive = liveness();
-  const auto port = port_;
-  if (use_as_default_) leave_default();
+  const auto port = hold_.port();
+  leave_default();
   retry_.cancel();
   cancel_->cancel();
   if (*alive && port) port->close();
@@ -168,11 +123,7 @@ void LIUSB::open_port(const Port& port) {
     port->open(cancel_);
   } catch (const Gio::Error& error) {
     if (!*alive) throw;
-    tell(Glib::ustring::compose(
-        error.code() == EACCES
-            ? _("%1 may not use the port %2. Join the group that owns it, often “dialout”.")
-            : _("%1 cannot open the port %2: is another program using it?"),
-        get_name(), port->port_name));
+    trouble_.tell(why_not_opened(get_name(), *port.operator->(), error));
     throw;
   }
 }
@@ -180,7 +131,7 @@ void LIUSB::open_port(const Port& port) {
 void LIUSB::greet() {
   const auto buf = exchange(liusb::interface_version);
   const auto refuse = [this](const char* reason) {
-    tell(Glib::ustring::compose(
+    trouble_.tell(Glib::ustring::compose(
         _("%1: what is connected to the port does not answer as a LI-USB does (%2)."), get_name(),
         reason));
     throw std::runtime_error(reason);
@@ -199,13 +150,13 @@ void LIUSB::read_status() {
 // --- One exchange ---
 
 void LIUSB::require_service(const Port& port) const {
-  if (!active() || port_ != port) throw DeviceInactiveException();
+  if (!active() || hold_.port() != port) throw DeviceInactiveException();
 }
 
 /// One request and its answer. Only inside a BusyLock.
 liusb::Bytes LIUSB::exchange(const liusb::Bytes& message) {
   const auto alive = liveness();
-  const auto port = port_;
+  const auto port = hold_.port();
   if (!port) throw DeviceInactiveException();
   bool timed_out = false;
   cancel_ = Gio::Cancellable::create();
@@ -215,21 +166,21 @@ liusb::Bytes LIUSB::exchange(const liusb::Bytes& message) {
   });
   try {
     auto answer = talk(port, message);
-    take_back_what_was_told();
+    trouble_.take_back();
     return answer;
   } catch (const Gio::Error& error) {
     if (!*alive) throw DeviceInactiveException();
     if (timed_out) {
-      tell(Glib::ustring::compose(
+      trouble_.tell(Glib::ustring::compose(
           _("%1 does not answer: is the command station switched on and connected?"), get_name()));
       throw DeviceInactiveException();
     }
-    if (error.code() == Gio::Error::CANCELLED || port_ != port) throw;
+    if (error.code() == Gio::Error::CANCELLED || hold_.port() != port) throw;
     // Nothing goes over this port any more, and trying would not take time.
     lose_port();
     if (*alive) {
-      tell(Glib::ustring::compose(_("%1 lost its port %2: plug it out and in again."), get_name(),
-                                  port->port_name));
+      trouble_.tell(Glib::ustring::compose(_("%1 lost its port %2: plug it out and in again."),
+                                           get_name(), port->port_name));
     }
     throw;
   }
@@ -259,18 +210,6 @@ liusb::Bytes LIUSB::talk(const Port& port, const liusb::Bytes& message) {
     if (count == 0) throw DeviceInactiveException();
     reader.add({buffer.data(), count});
   }
-}
-
-// Once for each trouble.
-void LIUSB::tell(const Glib::ustring& message) {
-  if (told_.raw() == message.raw()) return;
-  told_ = message;
-  set_status(message);
-}
-
-void LIUSB::take_back_what_was_told() {
-  if (!told_.empty() && get_status().raw() == told_.raw()) clear_status();
-  told_.clear();
 }
 
 // --- What the railway asks for ---

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "devices/device.h"
+#include "core/status.h"
+#include "devices/command_station.h"
 #include "devices/liusb_codec.h"
 #include "devices/serial_port_liusb.h"
-#include "runtime/scoped_connection.h"
 #include "runtime/timer.h"
 
 namespace zemblar {
@@ -24,7 +24,7 @@ namespace zemblar {
 /// refused with a word in the status line, and their decoders stay out of date.
 ///
 /// In a layout file: the keys `name`, `id`, `use-as-default`.
-class LIUSB : public Device {
+class LIUSB : public CommandStation {
  public:
   LIUSB();
   explicit LIUSB(const YAML::Node& node);
@@ -32,12 +32,8 @@ class LIUSB : public Device {
   void save(YAML::Emitter& out) const override;
 
   /// Takes the port and begins to talk; false when it has one or is being destroyed.
-  bool attach(SerialPortLIUSB* port);
+  bool attach(SerialPort* port);
 
-  [[nodiscard]] bool get_use_as_default() const { return use_as_default_; }
-  void set_use_as_default(bool on);
-
-  [[nodiscard]] int supports(std::string_view feature) const override;
   [[nodiscard]] bool reaches(const DrivenDecoder& decoder) override;
 
   Glib::PropertyProxy<bool> property_enable_default() { return {this, "enable-default"}; }
@@ -54,11 +50,9 @@ class LIUSB : public Device {
   void on_deleting() override;
 
  private:
-  using Port = Glib::RefPtr<SerialPortLIUSB>;
+  using Port = Glib::RefPtr<SerialPort>;
 
   void wait_for_hardware();
-  void join_default();
-  void leave_default();
   void let_go_of_port();
   void lose_port();
   void try_again(const Port& tried);
@@ -71,17 +65,13 @@ class LIUSB : public Device {
   void require_service(const Port& port) const;
   void drive(DrivenDecoder* decoder);
   void switch_coil(const liusb::Bytes& message);
-  void tell(const Glib::ustring& message);
-  void take_back_what_was_told();
 
-  bool use_as_default_ = true;
-  Port port_;           // null until hardware is attached
-  Glib::ustring told_;  // what the status line was told of the present trouble
+  PortHold hold_;  // empty until hardware is attached
+  StatusNote trouble_;
   Timeout retry_;
   // Each exchange has its own: it ends the one in flight.
   Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
   ScopedConnection attached_;
-  ScopedConnection removed_;
 };
 
 }  // namespace zemblar

@@ -18,6 +18,9 @@ namespace {
 
 using std::chrono::milliseconds;
 
+/// Of a transfer that waits for as long as it takes.
+constexpr auto no_limit = milliseconds::max();
+
 constexpr std::array<unsigned, 18> baud_rates = {50,   75,    110,   134,   150,    200,
                                                  300,  600,   1200,  1800,  2400,   4800,
                                                  9600, 19200, 38400, 57600, 115200, 230400};
@@ -170,14 +173,15 @@ void SerialPort::remove() {
 
 // --- Reading and writing ---
 
-std::size_t SerialPort::read(void* buffer, std::size_t count, const Cancel& cancel) {
+std::size_t SerialPort::read(void* buffer, std::size_t count, const Cancel& cancel,
+                             milliseconds timeout) {
   const auto self = hold();
   const auto attempt = [=](SerialLine& line) { return line.read(buffer, count); };
-  return await<std::size_t>([self, cancel, attempt](const Slot& done) {
+  return await<std::size_t>([self, cancel, attempt, timeout](const Slot& done) {
     if (!self->may_begin(done)) return;
     self->begin(
         std::make_shared<Transfer>(Transfer{self, done, SerialLine::Awaited::bytes, attempt}),
-        cancel);
+        cancel, timeout);
   });
 }
 
@@ -188,7 +192,7 @@ std::size_t SerialPort::write(const void* bytes, std::size_t count, const Cancel
     if (!self->may_begin(done)) return;
     self->begin(
         std::make_shared<Transfer>(Transfer{self, done, SerialLine::Awaited::room, attempt}),
-        cancel);
+        cancel, no_limit);
   });
 }
 
@@ -203,12 +207,13 @@ bool SerialPort::may_begin(const Slot& done) {
   return false;
 }
 
-void SerialPort::begin(std::shared_ptr<Transfer> transfer, const Cancel& cancel) {
+void SerialPort::begin(std::shared_ptr<Transfer> transfer, const Cancel& cancel,
+                       milliseconds limit) {
   transfer_ = std::move(transfer);
   if (cancel && cancel->is_cancelled()) return fail(G_IO_ERROR_CANCELLED, "Cancelled");
   if (try_transfer()) return;
-  if (transfer_->awaited == SerialLine::Awaited::bytes) {
-    transfer_->timeout = Timeout::once(read_timeout, [this] { end_transfer()->succeed(0); });
+  if (limit != no_limit) {
+    transfer_->timeout = Timeout::once(limit, [this] { end_transfer()->succeed(0); });
   }
   // Whoever cancels may use the cancellable again as soon as the operation has ended, which inside
   // the emission would wait for itself.

@@ -28,7 +28,7 @@ namespace zemblar {
 class SerialPort : public Glib::Object, public HWDevice {
  public:
   using Cancel = Glib::RefPtr<Gio::Cancellable>;
-  /// How long a read waits for its first byte.
+  /// How long a read waits for its first byte, unless it is told.
   static constexpr std::chrono::milliseconds read_timeout{1000};
 
   static Glib::RefPtr<SerialPort> create(const HWDevice& record,
@@ -55,9 +55,10 @@ class SerialPort : public Glib::Object, public HWDevice {
   /// Takes the port for this program alone. An open one stays open. Besides the errors above throws
   /// FAILED "Invalid Baud Rate", "Invalid Data Bits" or "Invalid Stop Bits".
   void open(const Cancel& cancel = {});
-  /// The count read: what is there at once, or what comes first within `read_timeout`, or 0. The
-  /// buffer must stay until the operation has ended.
-  std::size_t read(void* buffer, std::size_t count, const Cancel& cancel = {});
+  /// The count read: what is there at once, or what comes first within `timeout`, or 0. The buffer
+  /// must stay until the operation has ended.
+  std::size_t read(void* buffer, std::size_t count, const Cancel& cancel = {},
+                   std::chrono::milliseconds timeout = read_timeout);
   /// The count written, which may be less. Waits for as long as the far end holds up the line.
   std::size_t write(const void* bytes, std::size_t count, const Cancel& cancel = {});
   /// Gives the line back with the settings that it had. An operation under way ends with CLOSED in
@@ -68,6 +69,9 @@ class SerialPort : public Glib::Object, public HWDevice {
 
   [[nodiscard]] bool is_open() const { return open_; }
   [[nodiscard]] bool busy() const { return transfer_ != nullptr; }
+  /// Some device has taken the port for itself. See PortHold.
+  [[nodiscard]] bool is_held() const { return held_; }
+  void set_held(bool held) { held_ = held; }
 
   /// The hardware has gone: closes the port and tells its user, who lets go of it.
   void remove();
@@ -87,7 +91,8 @@ class SerialPort : public Glib::Object, public HWDevice {
   [[nodiscard]] const char* fault_in_settings() const;
   void begin_open(const Cancel& cancel, const Slot& done);
   bool may_begin(const Slot& done);
-  void begin(std::shared_ptr<Transfer> transfer, const Cancel& cancel);
+  void begin(std::shared_ptr<Transfer> transfer, const Cancel& cancel,
+             std::chrono::milliseconds limit);
   void wait_until_ready();
   bool try_transfer();
   void fail(int code, const char* text);
@@ -96,6 +101,7 @@ class SerialPort : public Glib::Object, public HWDevice {
 
   std::unique_ptr<SerialLine> line_;
   bool open_ = false;
+  bool held_ = false;
   std::shared_ptr<Transfer> transfer_;  // holds the port; null unless one is under way
   sigc::signal<void> signal_removed_;
 };

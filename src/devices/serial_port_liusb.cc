@@ -39,14 +39,14 @@ int SerialPortLIUSB::score(const HWDevice& record) {
 }
 
 bool SerialPortLIUSB::offer() {
-  if (held_) return false;
+  if (is_held()) return false;
   if (signal_attached().emit(this)) return true;
   if (!Layout::exists() || Layout::get().is_emptying()) return false;
   return Layout::get().get_devices().add(new LIUSB)->attach(this);
 }
 
-sigc::signal<bool, SerialPort*>::accumulated<FirstToTake>& SerialPortLIUSB::signal_attached() {
-  static sigc::signal<bool, SerialPort*>::accumulated<FirstToTake> signal;
+PortOffer& SerialPortLIUSB::signal_attached() {
+  static PortOffer signal;
   return signal;
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "devices/serial_port.h"
+#include "devices/port_hold.h"
 
 namespace zemblar {
 
@@ -20,28 +20,10 @@ class SerialPortLIUSB : public SerialPort {
   /// layout takes one that nobody waits for. Does nothing while the port is held.
   bool offer();
   /// A slot that takes the port returns true.
-  static sigc::signal<bool, SerialPort*>::accumulated<struct FirstToTake>& signal_attached();
-
-  [[nodiscard]] bool is_held() const { return held_; }
-  /// For whoever takes the port, and lets go of it.
-  void set_held(bool held) { held_ = held; }
+  static PortOffer& signal_attached();
 
  private:
   using SerialPort::SerialPort;
-
-  bool held_ = false;
-};
-
-/// Asks until one has taken it.
-struct FirstToTake {
-  using result_type = bool;
-  template <typename Iterator>
-  bool operator()(Iterator slot, Iterator end) const {
-    for (; slot != end; ++slot) {
-      if (*slot) return true;
-    }
-    return false;
-  }
 };
 
 }  // namespace zemblar
