@@ -22,7 +22,8 @@ class SerialCable::Line : public SerialLine {
     if (cable_->refusal != 0) return cable_->refusal;
     cable_->arrived_.clear();
     cable_->settings_ = settings;
-    cable_->dtr_ = cable_->rts_ = false;
+    cable_->change_dtr(false);
+    cable_->rts_ = false;
     cable_->open_ = true;
     return 0;
   }
@@ -32,7 +33,9 @@ class SerialCable::Line : public SerialLine {
   }
   void close() override {
     stop_watching();
-    if (cable_) cable_->open_ = false;
+    if (!cable_) return;
+    cable_->change_dtr(false);
+    cable_->open_ = false;
   }
 
   Transferred read(void* buffer, std::size_t count) override {
@@ -72,7 +75,7 @@ class SerialCable::Line : public SerialLine {
 
   ModemLines modem_lines() const override { return connected() ? cable_->lines : ModemLines{}; }
   void set_dtr(bool on) override {
-    if (cable_) cable_->dtr_ = on;
+    if (cable_) cable_->change_dtr(on);
   }
   void set_rts(bool on) override {
     if (cable_) cable_->rts_ = on;
@@ -98,11 +101,14 @@ std::unique_ptr<SerialLine> SerialCable::plug() {
   line_ = line.get();
   gone_ = false;
   open_ = false;
+  change_dtr(false);
   return line;
 }
 
 void SerialCable::unplug() {
   gone_ = true;
+  open_ = false;
+  change_dtr(false);
   if (auto* line = std::exchange(line_, nullptr)) {
     line->cut();
     line->ready();
@@ -118,6 +124,10 @@ void SerialCable::send(std::string_view bytes) {
 void SerialCable::hold_up(bool on) {
   held_up_ = on;
   ready();
+}
+
+void SerialCable::change_dtr(bool on) {
+  if (std::exchange(dtr_, on) != on && dtr_listener_) dtr_listener_(on);
 }
 
 void SerialCable::ready() {

@@ -35,6 +35,8 @@ class SerialCable {
   void send(std::string_view bytes);
   /// Called with the bytes that the program sends, as it sends them.
   void on_bytes(std::function<void(std::string_view)> listener) { listener_ = std::move(listener); }
+  /// Called when DTR changes; it falls when the program closes the line or lets go of it.
+  void on_dtr(std::function<void(bool)> listener) { dtr_listener_ = std::move(listener); }
   /// Holds up the program's bytes, as CTS does, or lets them go.
   void hold_up(bool on);
 
@@ -54,9 +56,11 @@ class SerialCable {
   class Line;
 
   void ready();
+  void change_dtr(bool on);
 
   Line* line_ = nullptr;
   std::function<void(std::string_view)> listener_;
+  std::function<void(bool)> dtr_listener_;
   std::string arrived_;
   LineSettings settings_;
   bool gone_ = false;

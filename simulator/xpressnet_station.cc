@@ -1,5 +1,7 @@
 #include "simulator/xpressnet_station.h"
 
+#include "simulator/hex.h"
+
 namespace zemblar::simulator {
 namespace {
 
@@ -118,13 +120,7 @@ std::optional<bool> XpressNetStation::coil(unsigned decoder, unsigned output) co
 }
 
 std::string hex(const Message& message) {
-  constexpr auto* digits = "0123456789abcdef";
-  std::string text;
-  for (const auto byte : message) {
-    if (!text.empty()) text += ' ';
-    text += {digits[byte >> 4], digits[byte & 15]};
-  }
-  return text;
+  return simulator::hex(std::string(message.begin(), message.end()));
 }
 
 }  // namespace zemblar::simulator

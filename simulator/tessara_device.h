@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zemblar::simulator {
+
+/// Hardware with an address on a Tessara bus, as its master meets it. One that stands at another
+/// speed than the one its master speaks with does not hear it.
+class TessaraDevice {
+ public:
+  virtual ~TessaraDevice() = default;
+
+  /// The index of the bus speed at which it listens; 0 after power on.
+  [[nodiscard]] virtual unsigned speed() const = 0;
+  /// The answer to a message, or nothing when it refuses. A change of speed counts from the next
+  /// message on.
+  virtual std::optional<std::string> execute(std::string_view message) = 0;
+  /// Off and on again: it has forgotten what it was told.
+  virtual void restart() = 0;
+};
+
+/// Four bytes of kind and the table of speeds: what each information block begins with. Bit k of
+/// the first word stands for speed k; bit 15 says that another word follows, whose bit k stands for
+/// speed k + 1, and so on.
+[[nodiscard]] std::string tessara_info(std::string_view kind,
+                                       const std::vector<std::uint16_t>& speeds);
+/// Whether the words of such a table hold the speed.
+[[nodiscard]] bool has_speed(const std::vector<std::uint16_t>& speeds, unsigned index);
+
+}  // namespace zemblar::simulator
