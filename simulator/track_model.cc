@@ -4,7 +4,8 @@
 #include <cassert>
 #include <cmath>
 
-#include "simulator/track_reader.h"
+#include "devices/device.h"
+#include "simulator/track_detector.h"
 #include "track/block.h"
 
 namespace zemblar::simulator {
@@ -14,8 +15,8 @@ using Seconds = std::chrono::duration<double>;
 
 constexpr int longest_shared_input = 4;  // blocks to look through for the zone of an input
 
-TrackInput* input_of(const Block* block) {
-  return dynamic_cast<TrackInput*>(block->get_input());
+TrackDetector* detector_in_memory(const Block* block) {
+  return dynamic_cast<TrackDetector*>(block->get_input());
 }
 
 /// The side of a block's rails that a decoder whose leading end points at `link` answers from.
@@ -23,24 +24,6 @@ unsigned side_at(const Block* block, const BlockLink* link) {
   const auto name = block->get_link_name(link);
   if (name != "left" && name != "right") return 0;
   return (name == "right") != block->get_invert() ? 2 : 1;
-}
-
-// The rails of an input have one polarity: where a point has a zone's input, the side is the one at
-// which the same locomotive stands in that zone, which is found ahead of it or behind it.
-unsigned side_of(const Train& train, const TrackInput& input) {
-  const auto& piece = train.locomotive_piece();
-  if (const auto side = side_at(piece.block, piece.front)) return side;
-  for (const bool ahead : {true, false}) {
-    auto* out = ahead ? piece.front : piece.rear;
-    for (int i = 0; i < longest_shared_input && out; ++i) {
-      auto* in = out->get_partner();
-      if (!in || in->get_block()->get_input() != &input) break;
-      out = in->get_opposite();
-      const auto side = side_at(in->get_block(), ahead ? out : in);
-      if (side) return side;
-    }
-  }
-  return 0;
 }
 
 }  // namespace
@@ -56,8 +39,10 @@ struct TrackModel::Run {
   [[nodiscard]] double age() const { return Seconds(Clock::now() - settled).count(); }
 };
 
-TrackModel::TrackModel(std::uint64_t seed) : sensors_(seed) {
-  sensors_.orientation = side_of;
+TrackModel::TrackModel(std::uint64_t seed) : detector_of(detector_in_memory), sensors_(seed) {
+  sensors_.orientation = [this](const Train& train, const TrackDetector& detector) {
+    return side_of(train, detector);
+  };
   block_ending_ = Block::signal_ending().connect([this](Block* block) { on_block_ending(block); });
   link_ending_ =
       Block::signal_link_ending().connect([this](const BlockLink* link) { on_link_ending(link); });
@@ -226,13 +211,32 @@ void TrackModel::hit(Run& run, Block& block, Train& other) {
 
 void TrackModel::look(Run& run) {
   auto& train = *run.train;
-  std::vector<TrackInput*> drawing;
+  std::vector<TrackDetector*> drawing;
   for (const auto* block : train.drawing_blocks()) {
-    auto* input = input_of(block);
-    if (input && std::ranges::find(drawing, input) == drawing.end()) drawing.push_back(input);
+    auto* detector = detector_of(block);
+    if (!detector || std::ranges::find(drawing, detector) != drawing.end()) continue;
+    drawing.push_back(detector);
   }
-  auto* answering = input_of(train.locomotive_piece().block);
+  auto* answering = detector_of(train.locomotive_piece().block);
   sensors_.update(train, std::move(drawing), answering);
+}
+
+// The rails of a detector have one polarity: where a point has a zone's detector, the side is the
+// one at which the same locomotive stands in that zone, which is found ahead of it or behind it.
+unsigned TrackModel::side_of(const Train& train, const TrackDetector& detector) const {
+  const auto& piece = train.locomotive_piece();
+  if (const auto side = side_at(piece.block, piece.front)) return side;
+  for (const bool ahead : {true, false}) {
+    auto* out = ahead ? piece.front : piece.rear;
+    for (int i = 0; i < longest_shared_input && out; ++i) {
+      auto* in = out->get_partner();
+      if (!in || detector_of(in->get_block()) != &detector) break;
+      out = in->get_opposite();
+      const auto side = side_at(in->get_block(), ahead ? out : in);
+      if (side) return side;
+    }
+  }
+  return 0;
 }
 
 // Rounded up, so that what is waited for has happened then.

@@ -41,7 +41,7 @@ struct TrackEvent {
 /// what the detectors see of them.
 ///
 /// Speeds and directions come from a command station: whoever stands for one hands every command to
-/// `command`. Blocks with a TrackInput as `input` are reported there; several may share one.
+/// `command`. What happens on a block is told to its detector; several may share one.
 ///
 /// It follows time from event to event by runtime/timer: a train has a timer only while it moves,
 /// an input only while something is on its way. Everything that is random comes from the seed.
@@ -68,6 +68,10 @@ class TrackModel {
   bool place(Train& train, BlockLink& towards);
   /// Takes it from the track.
   void lift(Train& train);
+
+  /// What is wired to the block's rails, or null: unless told otherwise its input, when that is in
+  /// memory.
+  std::function<TrackDetector*(const Block*)> detector_of;
 
   // From the command station.
   /// Speed step 0 to 126. An address that no train has is ignored.
@@ -99,6 +103,7 @@ class TrackModel {
   bool advance(Run& run);
   void hit(Run& run, Block& block, Train& other);
   void look(Run& run);
+  [[nodiscard]] unsigned side_of(const Train& train, const TrackDetector& detector) const;
   void arm(Run& run);
   void emit(const TrackEvent& event);
   void on_block_ending(const Block* block);

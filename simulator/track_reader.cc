@@ -11,6 +11,7 @@ namespace zemblar::simulator {
 
 TrackInput::TrackInput() : Glib::ObjectBase("TrackInput"), Device("Input %1") {
   enter_service();
+  signal_deleted().connect([this] { signal_ended().emit(); });
   decoder_.signal_seen().connect(sigc::mem_fun(*this, &TrackInput::on_seen));
 }
 
@@ -37,16 +38,16 @@ std::vector<Lok*> TrackInput::detected() const {
   return loks;
 }
 
-void TrackInput::set_current(bool on, unsigned orientation) {
-  if (!on) orientation = 0;
-  if (on == current_ && orientation == orientation_) return;
+void TrackInput::set_current(bool on, unsigned side) {
+  if (!on) side = 0;
+  if (on == current_ && side == orientation_) return;
   if (on) {
     holding_.cancel();
   } else {
     holding_ = Timeout::once(hold, [this] { signal_changed().emit(); });
   }
   current_ = on;
-  orientation_ = orientation;
+  orientation_ = side;
   const Survival alive(*this);
   signal_changed().emit();
   if (alive) signal_state_changed().emit();

@@ -9,6 +9,7 @@
 #include "devices/railcom_decoder.h"
 #include "runtime/scoped_connection.h"
 #include "runtime/timer.h"
+#include "simulator/track_detector.h"
 
 namespace zemblar::simulator {
 
@@ -19,17 +20,16 @@ namespace zemblar::simulator {
 /// a second after its last; whose it is, the layout's default device knows by the address. Sends
 /// `signal_changed` before `signal_arrived`, and `signal_left` before `signal_changed`, as readers
 /// do. Not in a layout file.
-class TrackInput : public Device {
+class TrackInput : public Device, public TrackDetector {
  public:
   TrackInput();
   void save(YAML::Emitter& out) const override;
 
-  /// Current flows or not; the side that RailCom answers come from: 0 unknown, 1 or 2.
-  void set_current(bool on, unsigned orientation = 0);
-  /// Hands in what was heard in the cutout after a DCC packet; no bytes are no answer.
-  void receive(std::string_view dcc, std::string_view bytes);
+  void set_current(bool on, unsigned side = 0) override;
+  void receive(std::string_view dcc, std::string_view bytes) override;
+  [[nodiscard]] bool current() const override { return current_; }
+  [[nodiscard]] unsigned side() const override { return orientation_; }
 
-  [[nodiscard]] bool current() const { return current_; }
   [[nodiscard]] int supports(std::string_view feature) const override;
   [[nodiscard]] bool occupied() const override;
   [[nodiscard]] unsigned orientation() const override { return orientation_; }

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "runtime/scoped_connection.h"
-#include "simulator/track_reader.h"
+#include "simulator/track_detector.h"
 #include "simulator/train.h"
 
 namespace zemblar::simulator {
@@ -31,9 +31,9 @@ struct TrackSensors::Feed {
     bool on;
   };
 
-  explicit Feed(TrackInput* to) : input(to) {}
+  explicit Feed(TrackDetector* to) : input(to) {}
 
-  TrackInput* input;
+  TrackDetector* input;
   int drawing = 0;  // trains
   std::vector<Train*> answering;
   std::size_t next_answer = 0;
@@ -50,11 +50,11 @@ TrackSensors::TrackSensors(std::uint64_t seed) : chance_(seed) {}
 
 TrackSensors::~TrackSensors() = default;
 
-TrackSensors::Feed& TrackSensors::feed(TrackInput* input) {
+TrackSensors::Feed& TrackSensors::feed(TrackDetector* input) {
   auto& feed = feeds_[input];
   if (!feed) {
     feed = std::make_unique<Feed>(input);
-    feed->deleted = input->signal_deleted().connect([this, input] {
+    feed->deleted = input->signal_ended().connect([this, input] {
       for (auto& [train, seen] : seen_) {
         std::erase(seen.drawing, input);
         if (seen.answering == input) seen.answering = nullptr;
@@ -65,7 +65,8 @@ TrackSensors::Feed& TrackSensors::feed(TrackInput* input) {
   return *feed;
 }
 
-void TrackSensors::update(Train& train, std::vector<TrackInput*> drawing, TrackInput* answering) {
+void TrackSensors::update(Train& train, std::vector<TrackDetector*> drawing,
+                          TrackDetector* answering) {
   auto& seen = seen_[&train];
   if (seen.answering != answering) {
     if (seen.answering) std::erase(feed(seen.answering).answering, &train);
@@ -86,7 +87,7 @@ void TrackSensors::update(Train& train, std::vector<TrackInput*> drawing, TrackI
   }
 }
 
-void TrackSensors::count(TrackInput* input, int change) {
+void TrackSensors::count(TrackDetector* input, int change) {
   auto& feed = this->feed(input);
   const bool before = feed.drawing > 0;
   feed.drawing += change;
@@ -130,7 +131,7 @@ void TrackSensors::deliver(Feed& feed) {
     feed.reports.pop_front();
     if (!feed.reports.empty()) deliver(feed);
     // Last: the input may end, and this entry with it.
-    feed.input->set_current(on, on ? feed.input->orientation() : 0);
+    feed.input->set_current(on, on ? feed.input->side() : 0);
   });
 }
 
@@ -176,7 +177,7 @@ void TrackSensors::answer(Feed& feed) {
   auto bytes = feed.answering.size() == 1 ? train.encoder().channel_1() : std::string();
   bytes += train.encoder().channel_2(scale_speed(train));
   const auto side = orientation ? orientation(train, *input) : 0;
-  const auto watched = input->signal_deleted().connect([&input] { input = nullptr; });
+  const auto watched = input->signal_ended().connect([&input] { input = nullptr; });
   ScopedConnection watch(watched);
   input->set_current(true, side);
   if (input) input->receive(dcc, bytes);
@@ -189,7 +190,7 @@ void TrackSensors::note_fault(Feed& feed) {
   feed.last_fault = Clock::now();
 }
 
-std::optional<Clock::time_point> TrackSensors::last_fault(const TrackInput* input) const {
+std::optional<Clock::time_point> TrackSensors::last_fault(const TrackDetector* input) const {
   const auto found = feeds_.find(input);
   return found == feeds_.end() ? std::nullopt : found->second->last_fault;
 }

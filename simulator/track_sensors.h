@@ -14,7 +14,7 @@
 namespace zemblar::simulator {
 
 class Train;
-class TrackInput;
+class TrackDetector;
 
 /// Random numbers that are the same again from the same seed.
 class Chance {
@@ -57,11 +57,11 @@ struct SensorOptions {
   double mute = 0;     ///< share of RailCom answers that get lost
 };
 
-/// What the detectors of a track see of the trains: hands to each TrackInput, late and imperfect as
+/// What the detectors of a track see of the trains: hands to each detector, late and imperfect as
 /// it is in reality, current, orientation and encoded RailCom answers.
 ///
-/// Never calls an input at once, but from timers, so that what a report leads to never meets a
-/// train half-way. Inputs may end at any time; trains outlive their entries.
+/// Never calls a detector at once, but from timers, so that what a report leads to never meets a
+/// train half-way. Detectors may end at any time; trains outlive their entries.
 class TrackSensors {
  public:
   explicit TrackSensors(std::uint64_t seed);
@@ -70,26 +70,26 @@ class TrackSensors {
   SensorOptions options;
 
   /// How a locomotive stands at an input: 0 unknown, 1 or 2.
-  std::function<unsigned(const Train&, const TrackInput&)> orientation;
+  std::function<unsigned(const Train&, const TrackDetector&)> orientation;
 
   /// The inputs at which the train draws current from now on, each once, and the one at which its
   /// decoder answers, or null.
-  void update(Train& train, std::vector<TrackInput*> drawing, TrackInput* answering);
+  void update(Train& train, std::vector<TrackDetector*> drawing, TrackDetector* answering);
 
   /// Reports that were lost, doubled or late, and answers lost so far.
   [[nodiscard]] std::uint64_t faults() const { return faults_; }
   /// When the input's reports were last falsified, if ever.
-  [[nodiscard]] std::optional<Clock::time_point> last_fault(const TrackInput* input) const;
+  [[nodiscard]] std::optional<Clock::time_point> last_fault(const TrackDetector* input) const;
 
  private:
   struct Feed;
   struct Seen {
-    std::vector<TrackInput*> drawing;
-    TrackInput* answering = nullptr;
+    std::vector<TrackDetector*> drawing;
+    TrackDetector* answering = nullptr;
   };
 
-  Feed& feed(TrackInput* input);
-  void count(TrackInput* input, int change);
+  Feed& feed(TrackDetector* input);
+  void count(TrackDetector* input, int change);
   void report(Feed& feed, bool on);
   void deliver(Feed& feed);
   void start_chatter(Feed& feed);
@@ -100,7 +100,7 @@ class TrackSensors {
 
   Chance chance_;
   std::uint64_t faults_ = 0;
-  std::map<const TrackInput*, std::unique_ptr<Feed>> feeds_;
+  std::map<const TrackDetector*, std::unique_ptr<Feed>> feeds_;
   std::map<const Train*, Seen> seen_;
 };
 
