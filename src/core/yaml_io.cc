@@ -1,5 +1,6 @@
 #include "core/yaml_io.h"
 
+#include <algorithm>
 #include <array>
 #include <cassert>
 #include <charconv>
@@ -20,6 +21,12 @@ Number whole_scalar(const YAML::Node& node) {
     throw YAML::InvalidScalar(node.Mark());
   }
   return value;
+}
+
+constexpr auto binary_tag = "tag:yaml.org,2002:binary";
+
+bool is_printable(char byte) {
+  return byte >= ' ' && byte <= '~';
 }
 
 template <typename Number>
@@ -89,6 +96,22 @@ std::string shortest_text(double value) {
 
 std::string shortest_text(float value) {
   return shortest_form(value);
+}
+
+void write_bytes(YAML::Emitter& out, const std::string& bytes) {
+  if (std::ranges::all_of(bytes, is_printable)) {
+    out << bytes;
+  } else {
+    out << YAML::Binary(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+  }
+}
+
+std::string read_bytes(const YAML::Node& node) {
+  const auto& text = scalar_of(node);
+  if (node.Tag() != binary_tag) return text;
+  const auto bytes = YAML::DecodeBase64(text);
+  if (bytes.empty() && !text.empty()) throw YAML::InvalidScalar(node.Mark());
+  return {bytes.begin(), bytes.end()};
 }
 
 void read_path(const YAML::Node& node, const char* key, std::string& path) {

@@ -41,6 +41,10 @@ void operator>>(const YAML::Node& node, double& value);
 /// The scalar's text; throws YAML::InvalidScalar for anything else.
 const std::string& scalar_of(const YAML::Node& node);
 
+/// Bytes of any kind: as a text when all are printable ASCII, else as binary data (base64).
+void write_bytes(YAML::Emitter& out, const std::string& bytes);
+[[nodiscard]] std::string read_bytes(const YAML::Node& node);
+
 /// Asks the current layout to call `assign` with the object of that number, or with null when the
 /// file has none, once everything has been read. `assign` says whether it took the object.
 void resolve_later(unsigned id, std::function<bool(Object*)> assign);

@@ -8,6 +8,11 @@
 namespace zemblar {
 namespace {
 
+std::unique_ptr<HWSource>& chosen_source() {
+  static std::unique_ptr<HWSource> source;
+  return source;
+}
+
 std::vector<HWList::Kind>& kinds() {
   static std::vector<HWList::Kind> all;
   return all;
@@ -32,11 +37,15 @@ HWList::Kind::Registration::Registration(const Kind& kind) {
   kinds().push_back(kind);
 }
 
+void HWList::look_at(std::unique_ptr<HWSource> source) {
+  chosen_source() = std::move(source);
+}
+
 // The first look takes some milliseconds, which the first window need not wait for. The list is
 // never destroyed: ports close with the process.
 HWList& HWList::get() {
   static auto* list = [] {
-    auto* made = new HWList(make_udev_source());
+    auto* made = new HWList(chosen_source() ? std::move(chosen_source()) : make_udev_source());
     Glib::signal_idle().connect_once(sigc::mem_fun(*made, &HWList::look));
     return made;
   }();
@@ -93,7 +102,7 @@ bool HWList::drop_all_but(const std::vector<HWDevice>& present) {
 void HWList::add(const HWDevice& record) {
   const auto* kind = best_for(record);
   if (!kind) return;
-  auto hardware = kind->attach(record);
+  auto hardware = kind->attach(record, source_->line_to(record));
   auto* attached = hardware.get();
   attached_[record.object_name] = std::move(hardware);
   attached->offer();

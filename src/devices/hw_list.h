@@ -1,5 +1,6 @@
 #pragma once
 
+#include <glibmm/refptr.h>
 #include <sigc++/signal.h>
 
 #include <functional>
@@ -33,7 +34,9 @@ class HWList {
   struct Kind {
     /// How well it fits; 0 is not at all.
     int (*score)(const HWDevice& record);
-    std::unique_ptr<AttachedHardware> (*attach)(const HWDevice& record);
+    /// `line` leads to its port, if it has one.
+    std::unique_ptr<AttachedHardware> (*attach)(const HWDevice& record,
+                                                std::unique_ptr<SerialLine> line);
 
     struct Registration {
       explicit Registration(const Kind& kind);
@@ -42,6 +45,8 @@ class HWList {
 
   /// The one list; its first use starts discovery, on the main loop.
   static HWList& get();
+  /// The one list is to look there and not at the system's hardware. Before its first use.
+  static void look_at(std::unique_ptr<HWSource> source);
   /// Knows nothing before the first `look`.
   explicit HWList(std::unique_ptr<HWSource> source);
   ~HWList();
@@ -63,5 +68,27 @@ class HWList {
   std::map<std::string, std::unique_ptr<AttachedHardware>> attached_;
   sigc::signal<void> signal_changed_;
 };
+
+/// A serial port, which knows by itself how it is offered.
+template <typename Port>
+class AttachedPort : public AttachedHardware {
+ public:
+  explicit AttachedPort(const Glib::RefPtr<Port>& port) : port_(port) {}
+  void offer() override { port_->offer(); }
+  void remove() override { port_->remove(); }
+
+ private:
+  Glib::RefPtr<Port> port_;
+};
+
+/// The kind of hardware that a class of ports stands for.
+template <typename Port>
+HWList::Kind port_kind() {
+  return {Port::score,
+          [](const HWDevice& record,
+             std::unique_ptr<SerialLine> line) -> std::unique_ptr<AttachedHardware> {
+            return std::make_unique<AttachedPort<Port>>(Port::create(record, std::move(line)));
+          }};
+}
 
 }  // namespace zemblar

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "devices/hw_device.h"
+#include "devices/serial_line.h"
 
 namespace zemblar {
 
@@ -16,6 +17,10 @@ class HWSource {
 
   /// All that is there now.
   [[nodiscard]] virtual std::vector<HWDevice> list() = 0;
+  /// The way to the port of one of them.
+  [[nodiscard]] virtual std::unique_ptr<SerialLine> line_to(const HWDevice& /*record*/) {
+    return make_tty_line();
+  }
   /// Something was plugged in or pulled out. Emitted on the main loop.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 

@@ -167,6 +167,7 @@ void SerialPort::discard_input() {
 
 void SerialPort::remove() {
   const auto self = hold();
+  removed_ = true;
   close();
   signal_removed_.emit();
 }

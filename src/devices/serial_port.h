@@ -69,6 +69,8 @@ class SerialPort : public Glib::Object, public HWDevice {
 
   [[nodiscard]] bool is_open() const { return open_; }
   [[nodiscard]] bool busy() const { return transfer_ != nullptr; }
+  /// The hardware has gone for good.
+  [[nodiscard]] bool is_removed() const { return removed_; }
   /// Some device has taken the port for itself. See PortHold.
   [[nodiscard]] bool is_held() const { return held_; }
   void set_held(bool held) { held_ = held; }
@@ -102,6 +104,7 @@ class SerialPort : public Glib::Object, public HWDevice {
   std::unique_ptr<SerialLine> line_;
   bool open_ = false;
   bool held_ = false;
+  bool removed_ = false;
   std::shared_ptr<Transfer> transfer_;  // holds the port; null unless one is under way
   sigc::signal<void> signal_removed_;
 };

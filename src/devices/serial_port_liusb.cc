@@ -8,20 +8,7 @@
 namespace zemblar {
 namespace {
 
-class AttachedLIUSB : public AttachedHardware {
- public:
-  explicit AttachedLIUSB(const HWDevice& record) : port_(SerialPortLIUSB::create(record)) {}
-  void offer() override { port_->offer(); }
-  void remove() override { port_->remove(); }
-
- private:
-  Glib::RefPtr<SerialPortLIUSB> port_;
-};
-
-const HWList::Kind::Registration registration({SerialPortLIUSB::score, [](const HWDevice& record) {
-                                                 return std::unique_ptr<AttachedHardware>(
-                                                     new AttachedLIUSB(record));
-                                               }});
+const HWList::Kind::Registration registration(port_kind<SerialPortLIUSB>());
 
 }  // namespace
 

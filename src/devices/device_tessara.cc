@@ -1,0 +1,349 @@
+#include "devices/device_tessara.h"
+
+#include <yaml-cpp/yaml.h>
+
+#include <array>
+#include <cassert>
+#include <stdexcept>
+
+#include "core/i18n.h"
+#include "core/property.h"
+#include "core/yaml_io.h"
+#include "devices/device_tessara_bus.h"
+#include "devices/serial_port_tessara.h"
+#include "devices/tessara_class.h"
+#include "devices/tessara_codec.h"
+
+namespace zemblar {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// From the last byte sent until DTR falls: what the driver still holds has to go out first.
+constexpr auto transmit_time = 20ms;
+constexpr auto read_time = 5ms;
+/// For a whole exchange; the longest that is meant takes a tenth of it.
+constexpr auto exchange_limit = 500ms;
+constexpr auto retry_time = 1s;
+
+/// The program has the line while this is there.
+class Transmission {
+ public:
+  explicit Transmission(const Glib::RefPtr<SerialPort>& port) : port_(port) {
+    port_->set_dtr(true);
+  }
+  ~Transmission() { port_->set_dtr(false); }
+  Transmission(const Transmission&) = delete;
+  Transmission& operator=(const Transmission&) = delete;
+
+ private:
+  Glib::RefPtr<SerialPort> port_;
+};
+
+std::uint8_t read_address(const YAML::Node& node) {
+  unsigned address = 0;
+  node >> address;
+  if (address > 255) throw YAML::InvalidScalar(node.Mark());
+  return static_cast<std::uint8_t>(address);
+}
+
+}  // namespace
+
+DeviceTessara::DeviceTessara(DeviceTessaraBus* bus, std::uint8_t address)
+    : Glib::ObjectBase("DeviceTessara"), Device("Tessara Device %1"), bus_(bus), address_(address) {
+  find_place();
+}
+
+DeviceTessara::DeviceTessara(const Glib::ustring& name_format, DeviceTessaraBus* bus,
+                             std::uint8_t address)
+    : Device(name_format), bus_(bus), address_(address) {
+  find_place();
+}
+
+void DeviceTessara::find_place() {
+  register_properties();
+  if (bus_) {
+    bus_deleted_ = bus_->signal_deleted().connect([this] { bus_ = nullptr; });
+  } else {
+    wait_for_hardware();
+  }
+}
+
+DeviceTessara::DeviceTessara(const Glib::ustring& name_format, const YAML::Node& node,
+                             DeviceTessaraBus* bus)
+    : DeviceTessara(name_format, bus, bus ? read_address(node["address"]) : std::uint8_t{0}) {
+  if (!bus && node["address"]) throw std::runtime_error("Parent is not an Tessara Bus");
+  load_identity(node);
+  if (node["serial-nr"]) serial_nr_ = read_bytes(node["serial-nr"]);
+  if (bus) has_marked_address_ = bus->mark_used(address_);
+}
+
+DeviceTessara::~DeviceTessara() {
+  DeviceTessara::on_deleting();
+}
+
+void DeviceTessara::save_tessara(YAML::Emitter& out) const {
+  save_identity(out);
+  if (bus_) out << YAML::Key << "address" << YAML::Value << static_cast<unsigned>(address_);
+  out << YAML::Key << "serial-nr" << YAML::Value;
+  write_bytes(out, serial_nr_);
+}
+
+void DeviceTessara::on_deleting() {
+  attached_.disconnect();
+  trouble_.take_back();
+  Device::on_deleting();
+  retry_.cancel();
+  cut_exchange();
+  hold_.let_go();
+  if (bus_ && std::exchange(has_marked_address_, false)) bus_->clear_used(address_);
+}
+
+void DeviceTessara::register_properties() {
+  register_property<std::uint8_t>(this, "address", &DeviceTessara::get_address,
+                                  &DeviceTessara::set_address);
+  register_property<Device*>(this, "bus", &DeviceTessara::get_bus_device);
+}
+
+Device* DeviceTessara::get_bus_device() const {
+  return bus_;
+}
+
+void DeviceTessara::set_address(std::uint8_t address) {
+  if (!bus_ || address == address_ || !bus_->mark_used(address)) return;
+  if (has_marked_address_) bus_->clear_used(address_);
+  has_marked_address_ = true;
+  address_ = address;
+  notify_property(*this, "address");
+}
+
+// --- Hardware comes and goes ---
+
+void DeviceTessara::wait_for_hardware() {
+  attached_ = sigc::connection(
+      SerialPortTessara::signal_attached().connect(sigc::mem_fun(*this, &DeviceTessara::claim)));
+}
+
+// Runs inside an emission, from which the slot may be disconnected meanwhile.
+bool DeviceTessara::claim(SerialPort* port) {
+  if (hold_ || serial_nr_.empty() || is_deleting()) return false;
+  const auto alive = liveness();
+  const auto found = serial_nr_on(port);
+  if (!*alive || is_deleting() || found != serial_nr_) return false;
+  if (!hold_.take(port, [this] { lose_port(); })) return false;
+  // While an older conversation still winds up, its end tries again.
+  set_active(true);
+  return true;
+}
+
+void DeviceTessara::come_up_on(SerialPort* port) {
+  if (!hold_.take(port, [this] { lose_port(); })) throw TessaraCmdFailed();
+  come_up();
+}
+
+void DeviceTessara::come_up_on_bus() {
+  const auto alive = liveness();
+  const bool found = find_on_bus();
+  if (!*alive || !bus_) throw DeviceInactiveException();
+  if (!found) throw std::runtime_error("No Device");
+  has_marked_address_ = bus_->mark_used(address_);
+  come_up();
+}
+
+// The lock comes free when `start` has ended.
+void DeviceTessara::come_up() {
+  const auto alive = liveness();
+  set_active(true);
+  try {
+    const BusyLock started(this, true);
+  } catch (const DeviceInactiveException&) {
+    if (*alive && !fault_.empty()) throw std::runtime_error(fault_);
+    throw;
+  }
+}
+
+// Not by set_active: a `start` that is still running finds by itself that the port has gone.
+void DeviceTessara::lose_port() {
+  trouble_.take_back();
+  retry_.cancel();
+  cut_exchange();
+  hold_.let_go();
+  go_out_of_service();
+}
+
+void DeviceTessara::try_again() {
+  if (hold_ && !is_deleting()) retry_ = Timeout::once(retry_time, [this] { set_active(true); });
+}
+
+void DeviceTessara::give_up() {
+  const auto alive = liveness();
+  go_out_of_service();
+  if (*alive) try_again();
+}
+
+// --- In and out of service ---
+
+bool DeviceTessara::start() {
+  const auto port = hold_.port();
+  if (!port) return bus_ != nullptr;
+  const auto alive = liveness();
+  cancel_ = Gio::Cancellable::create();
+  try {
+    port->open(cancel_);
+  } catch (const Gio::Error& error) {
+    if (*alive) trouble_.tell(why_not_opened(get_name(), *port.operator->(), error));
+    throw;
+  }
+  port->set_dtr(false);
+  return *alive;
+}
+
+bool DeviceTessara::bring_up(const std::function<void(const std::string& info)>& set_up) {
+  const auto alive = liveness();
+  fault_.clear();
+  try {
+    if (!DeviceTessara::start()) return false;
+    const auto info = command(tessara::ask_info());
+    identify();
+    set_up(info);
+    trouble_.take_back();
+    return true;
+  } catch (const std::runtime_error& error) {
+    if (!*alive) return false;
+    fault_ = error.what();
+    trouble_.tell(Glib::ustring::compose(_("%1 stays out of service: %2"), get_name(), fault_));
+  } catch (...) {
+    if (*alive) try_again();
+  }
+  return false;
+}
+
+void DeviceTessara::identify() {
+  const auto serial = command(tessara::ask_serial());
+  if (serial_nr_.empty()) serial_nr_ = serial;
+  if (serial != serial_nr_) {
+    throw std::runtime_error(_("Another device is in its place."));
+  }
+}
+
+void DeviceTessara::stop() {
+  retry_.cancel();
+  cut_exchange();
+  if (hold_) hold_.port()->close();
+}
+
+// --- What every device understands ---
+
+std::string DeviceTessara::command(const std::string& bytes) {
+  assert(busy());
+  if (!active()) throw TessaraCmdFailed();
+  cancel_ = Gio::Cancellable::create();
+  if (!bus_) return exchange(bytes);
+  const auto alive = liveness();
+  auto answer = bus_->relay(address_, bytes);
+  // The bus may have talked on for a device that has ended.
+  if (!*alive) throw TessaraCmdFailed(answer);
+  return answer;
+}
+
+std::string DeviceTessara::read_info() {
+  const BusyLock lock(this, true);
+  return command(tessara::ask_info());
+}
+
+std::string DeviceTessara::read_serial() {
+  const BusyLock lock(this, true);
+  return command(tessara::ask_serial());
+}
+
+void DeviceTessara::set_speed(std::uint8_t index) {
+  if (!bus_) return;
+  const BusyLock lock(this, true);
+  change_speed(index);
+}
+
+void DeviceTessara::change_speed(std::uint8_t index) {
+  if (!bus_) return;
+  const auto alive = liveness();
+  command(tessara::use_speed(index));
+  if (!*alive || !bus_) throw TessaraCmdFailed();
+  bus_->set_speed(address_, index);
+}
+
+bool DeviceTessara::find_on_bus() {
+  const auto alive = liveness();
+  const auto lost = [&] { return !*alive || !bus_; };
+  if (lost()) return false;
+  const auto address = address_;
+  if (bus_->ping(address)) return true;
+  if (lost()) return false;
+  const auto speed = bus_->get_speed(address);
+  if (speed == 0 || lost()) return false;
+  bus_->set_speed(address, 0);
+  if (lost()) return false;
+  if (bus_->ping(address)) return true;
+  if (!lost()) bus_->set_speed(address, speed);
+  return false;
+}
+
+// --- One exchange on the port ---
+
+std::string DeviceTessara::exchange(const std::string& bytes) {
+  const auto alive = liveness();
+  const auto port = hold_.port();
+  const auto limit = Timeout::once(exchange_limit, [cancel = cancel_] { cancel->cancel(); });
+  std::string received;
+  try {
+    require_service(port, alive);
+    port->discard_input();
+    send(port, bytes);
+    collect(port, received);
+    return received;
+  } catch (const Gio::Error& error) {
+    const bool cut = error.code() == Gio::Error::CANCELLED || error.code() == Gio::Error::CLOSED;
+    // Nothing goes over a port that fails, and trying would not take time.
+    if (!cut && *alive && hold_.port() == port) {
+      port->close();
+      give_up();
+    }
+    throw TessaraCmdFailed(received);
+  }
+}
+
+void DeviceTessara::require_service(const Port& port,
+                                    const std::shared_ptr<const bool>& alive) const {
+  if (!*alive || !port || !active() || hold_.port() != port) throw TessaraCmdFailed();
+}
+
+void DeviceTessara::send(const Port& port, const std::string& bytes) {
+  const auto alive = liveness();
+  const auto cancel = cancel_;
+  const Transmission transmission(port);
+  for (std::size_t sent = 0; sent < bytes.size();) {
+    sent += port->write(bytes.data() + sent, bytes.size() - sent, cancel);
+    require_service(port, alive);
+  }
+  port->write(bytes.data(), 0, cancel);
+  require_service(port, alive);
+  sleep_for(transmit_time, cancel);
+}
+
+// DSR is up as long as the device has something to say, and it may fall before the last bytes have
+// come through: hence two reads without any.
+void DeviceTessara::collect(const Port& port, std::string& received) {
+  const auto alive = liveness();
+  const auto cancel = cancel_;
+  std::array<char, 256> buffer{};
+  bool was_silent = false;
+  while (true) {
+    if (!*alive || cancel->is_cancelled()) throw TessaraCmdFailed(received);
+    if (!active() || hold_.port() != port) throw TessaraCmdFailed(received);
+    const auto count = port->read(buffer.data(), buffer.size(), cancel, read_time);
+    received.append(buffer.data(), count);
+    if (count > 0 || port->get_dsr()) continue;
+    if (std::exchange(was_silent, true)) break;
+  }
+  if (port->get_ri()) throw TessaraCmdFailed(received);
+}
+
+}  // namespace zemblar

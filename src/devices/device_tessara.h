@@ -1,0 +1,144 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/status.h"
+#include "devices/device.h"
+#include "devices/port_hold.h"
+#include "runtime/scoped_connection.h"
+#include "runtime/timer.h"
+
+namespace zemblar {
+
+class DeviceTessaraBus;
+
+/// An exchange with a Tessara device has failed.
+class TessaraCmdFailed : public std::exception {
+ public:
+  explicit TessaraCmdFailed(std::string received = {}) : received_(std::move(received)) {}
+  const char* what() const noexcept override { return "Tessara Command Failed"; }
+  /// What had come by then.
+  [[nodiscard]] const std::string& received() const { return received_; }
+
+ private:
+  std::string received_;
+};
+
+/// A device of the Tessara family: at an address of a bus, or on a serial port of its own.
+///
+/// Its serial number says which piece of hardware it is. A device from a layout file without a bus
+/// waits for its hardware and takes the port on which that answers; unplugged, it waits again. One
+/// that has a port and fell out of service tries again each second. One on a bus is looked for by
+/// the bus.
+///
+/// An exchange on a port is framed by the modem lines alone: DTR is up while the program sends, DSR
+/// while the device answers, and RI afterwards says that the answer is an error. A device that
+/// never stops answering is given up after half a second. What arrived before an exchange began
+/// belongs to none and is dropped.
+///
+/// Hardware with another serial number than the one that the device is known by stays out of
+/// service; a device without a number yet takes the one that it reads.
+class DeviceTessara : public Device {
+ public:
+  /// A temporary one, which asks hardware what it is: on no port yet, or at an address of a bus.
+  DeviceTessara() : DeviceTessara(nullptr, 0) {}
+  DeviceTessara(DeviceTessaraBus* bus, std::uint8_t address);
+  ~DeviceTessara() override;
+
+  /// The bus that it hangs on; null for one with a port of its own.
+  [[nodiscard]] DeviceTessaraBus* get_bus() const { return bus_; }
+  [[nodiscard]] std::uint8_t get_address() const { return address_; }
+  /// Does nothing without a bus, and when another device on it has that address.
+  void set_address(std::uint8_t address);
+  [[nodiscard]] const std::string& get_serial_nr() const { return serial_nr_; }
+  /// Which speeds it knows, by index; empty until a class has read them.
+  [[nodiscard]] const std::vector<bool>& get_speeds() const { return speeds_; }
+
+  // The rest is for fibers. All throw TessaraCmdFailed, and DeviceInactiveException while they wait
+  // for their turn.
+
+  /// Takes the port and comes into service. Throws std::runtime_error with the reason when the
+  /// hardware is not what the device can work with.
+  void come_up_on(SerialPort* port);
+  /// The same at its address on the bus. Throws std::runtime_error "No Device" when nobody answers
+  /// there.
+  void come_up_on_bus();
+
+  /// A message and its answer. Only inside a BusyLock on this device.
+  std::string command(const std::string& bytes);
+  /// The info block, in a conversation of its own.
+  std::string read_info();
+  std::string read_serial();
+  /// Talks at that speed from now on, and so does the bus. Nothing without a bus.
+  void set_speed(std::uint8_t index);
+  /// Whether it answers at its address. One that has restarted, and so fell back to speed 0, is
+  /// left at that. False without a bus.
+  bool find_on_bus();
+
+  Glib::PropertyProxy<std::uint8_t> property_address() { return {this, "address"}; }
+  Glib::PropertyProxy_ReadOnly<Device*> property_bus() { return {this, "bus"}; }
+
+ protected:
+  /// At the address, unless `bus` is null.
+  DeviceTessara(const Glib::ustring& name_format, DeviceTessaraBus* bus, std::uint8_t address);
+  /// From a layout file: the keys `name`, `id`, `address` and `serial-nr`. The address must be
+  /// there on a bus, and throws std::runtime_error "Parent is not an Tessara Bus" without one.
+  DeviceTessara(const Glib::ustring& name_format, const YAML::Node& node, DeviceTessaraBus* bus);
+  /// Writes those keys.
+  void save_tessara(YAML::Emitter& out) const;
+
+  /// Opens its port, if it has one.
+  bool start() override;
+  void stop() override;
+  void on_deleting() override;
+
+  /// The `start` of a class: asks the device who it is, and hands its info block to `set_up`, which
+  /// does the rest. What `set_up` throws as std::runtime_error is the reason why the class cannot
+  /// work with it.
+  bool bring_up(const std::function<void(const std::string& info)>& set_up);
+  /// `set_speed` inside the BusyLock of `start`.
+  void change_speed(std::uint8_t index);
+  void set_speeds(const std::vector<bool>& speeds) { speeds_ = speeds; }
+  /// Out of service after a failure. What has a port tries again by itself.
+  void give_up();
+  /// The exchange that is under way fails.
+  void cut_exchange() { cancel_->cancel(); }
+
+ private:
+  using Port = Glib::RefPtr<SerialPort>;
+
+  void find_place();
+  void register_properties();
+  [[nodiscard]] Device* get_bus_device() const;
+  void wait_for_hardware();
+  bool claim(SerialPort* port);
+  void lose_port();
+  void try_again();
+  void come_up();
+  void identify();
+
+  std::string exchange(const std::string& bytes);
+  void send(const Port& port, const std::string& bytes);
+  void collect(const Port& port, std::string& received);
+  void require_service(const Port& port, const std::shared_ptr<const bool>& alive) const;
+
+  DeviceTessaraBus* bus_ = nullptr;
+  std::uint8_t address_ = 0;
+  std::vector<bool> speeds_;
+  bool has_marked_address_ = false;
+  PortHold hold_;
+  std::string serial_nr_;
+  std::string fault_;  // why the class cannot work with the hardware; of the last `bring_up`
+  StatusNote trouble_;
+  Timeout retry_;
+  // Each command has its own: it ends the exchange in flight.
+  Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
+  ScopedConnection attached_;
+  ScopedConnection bus_deleted_;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,92 @@
+#include "devices/serial_port_tessara.h"
+
+#include "core/i18n.h"
+#include "core/layout.h"
+#include "core/toplevel.h"
+#include "devices/hw_list.h"
+#include "devices/tessara_class.h"
+#include "runtime/fiber.h"
+
+namespace zemblar {
+namespace {
+
+const HWList::Kind::Registration registration(port_kind<SerialPortTessara>());
+
+bool takes_devices() {
+  return Layout::exists() && !Layout::get().is_emptying();
+}
+
+}  // namespace
+
+Glib::RefPtr<SerialPortTessara> SerialPortTessara::create(const HWDevice& record,
+                                                          std::unique_ptr<SerialLine> line) {
+  return Glib::RefPtr<SerialPortTessara>(new SerialPortTessara(record, std::move(line)));
+}
+
+// 8 data bits, 1 stop bit, neither parity nor a handshake.
+SerialPortTessara::SerialPortTessara(const HWDevice& record, std::unique_ptr<SerialLine> line)
+    : SerialPort(record, std::move(line)) {
+  set_baud(115200);
+}
+
+int SerialPortTessara::score(const HWDevice& record) {
+  if (record.port_name.empty()) return 0;
+  return record.has_hardware_id("USB\\VID_16D0&PID_064D") ? 20 : 0;
+}
+
+PortOffer& SerialPortTessara::signal_attached() {
+  static PortOffer signal;
+  return signal;
+}
+
+void SerialPortTessara::offer() {
+  if (offering_) {
+    offer_again_ = true;
+  } else if (!is_held()) {
+    offering_ = true;
+    reference();
+    fiber::spawn([self = Glib::RefPtr<SerialPortTessara>(this)] { self->find_owner(); });
+  }
+}
+
+void SerialPortTessara::find_owner() {
+  do {
+    offer_again_ = false;
+    if (can_be_opened() && !signal_attached().emit(this)) make_device();
+  } while (offer_again_ && !is_held() && !is_removed());
+  offering_ = false;
+}
+
+// Whoever is asked whether it knows the hardware only finds that nobody answers.
+bool SerialPortTessara::can_be_opened() {
+  try {
+    open();
+    close();
+    trouble_.take_back();
+    return true;
+  } catch (const Gio::Error& error) {
+    if (!is_removed()) trouble_.tell(why_not_opened(_("The Tessara bus"), *this, error));
+    return false;
+  }
+}
+
+void SerialPortTessara::make_device() {
+  if (!takes_devices()) return;
+  const auto* layout = &Layout::get();
+  try {
+    Unadded<DeviceTessara> device(TessaraClass::create_found(this));
+    if (!device) throw std::runtime_error(_("no kind of device that it knows"));
+    if (takes_devices() && layout == &Layout::get()) {
+      layout->get_devices().add(device.release());
+    } else {
+      offer_again_ = takes_devices();
+    }
+  } catch (const std::exception& error) {
+    if (is_removed()) return;
+    trouble_.tell(Glib::ustring::compose(
+        _("What is plugged in at %1 does not answer as a Tessara device does (%2)."), port_name,
+        error.what()));
+  }
+}
+
+}  // namespace zemblar
