@@ -203,7 +203,7 @@ bool DeviceTessara::bring_up(const std::function<void(const std::string& info)>&
   fault_.clear();
   try {
     if (!DeviceTessara::start()) return false;
-    const auto info = command(tessara::ask_info());
+    const auto info = ask(tessara::ask_info());
     identify();
     set_up(info);
     trouble_.take_back();
@@ -212,14 +212,26 @@ bool DeviceTessara::bring_up(const std::function<void(const std::string& info)>&
     if (!*alive) return false;
     fault_ = error.what();
     trouble_.tell(Glib::ustring::compose(_("%1 stays out of service: %2"), get_name(), fault_));
+  } catch (const TessaraCmdFailed&) {
+    if (*alive && hold_) {
+      trouble_.tell(Glib::ustring::compose(_("%1 does not answer: has it power?"), get_name()));
+    }
   } catch (...) {
-    if (*alive) try_again();
+    // Told where it arose, or the bus has gone.
   }
+  if (*alive) try_again();
   return false;
 }
 
+// What is not there at all leaves the line quiet, which is an answer of no bytes.
+std::string DeviceTessara::ask(const std::string& question) {
+  auto answer = command(question);
+  if (answer.empty()) throw TessaraCmdFailed();
+  return answer;
+}
+
 void DeviceTessara::identify() {
-  const auto serial = command(tessara::ask_serial());
+  const auto serial = ask(tessara::ask_serial());
   if (serial_nr_.empty()) serial_nr_ = serial;
   if (serial != serial_nr_) {
     throw std::runtime_error(_("Another device is in its place."));

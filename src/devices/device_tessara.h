@@ -120,6 +120,7 @@ class DeviceTessara : public Device {
   void try_again();
   void come_up();
   void identify();
+  std::string ask(const std::string& question);
 
   std::string exchange(const std::string& bytes);
   void send(const Port& port, const std::string& bytes);

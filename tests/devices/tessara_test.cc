@@ -1,0 +1,479 @@
+// The driver of a Tessara bus against a simulated master, over a cable in memory.
+
+#include <gmock/gmock.h>
+#include <yaml-cpp/yaml.h>
+
+#include "core/toplevel.h"
+#include "devices/device_tessara_bus.h"
+#include "devices/serial_port_tessara.h"
+#include "devices/tessara_class.h"
+#include "runtime/fiber.h"
+#include "simulator/tessara_master.h"
+#include "support/layout_fixture.h"
+
+namespace zemblar {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+using simulator::SerialCable;
+using simulator::TessaraMaster;
+using testing::Contains;
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+/// What hangs on the bus in these tests: tells what it is and echoes the rest.
+class GadgetHardware : public simulator::TessaraDevice {
+ public:
+  explicit GadgetHardware(std::string serial_nr = "G-1", unsigned speed = 0)
+      : serial(std::move(serial_nr)), at_speed(speed) {}
+
+  [[nodiscard]] unsigned speed() const override { return at_speed; }
+  std::optional<std::string> execute(std::string_view message) override {
+    if (message == "\0"s) return simulator::tessara_info("GADG", {0x1f});
+    if (message == "\2"s) return serial;
+    if (message.starts_with('\4')) at_speed = static_cast<unsigned char>(message[1]);
+    return message.starts_with('\4') ? "" : std::string(message);
+  }
+  void restart() override { at_speed = 0; }
+
+  std::string serial;
+  unsigned at_speed;
+};
+
+/// The driver of one.
+class Gadget : public DeviceTessara {
+ public:
+  Gadget() : Gadget(nullptr, 0) {}
+  Gadget(DeviceTessaraBus* bus, std::uint8_t address)
+      : Glib::ObjectBase("Gadget"), DeviceTessara("Gadget %1", bus, address) {}
+  explicit Gadget(const YAML::Node& node, DeviceTessaraBus* bus = nullptr)
+      : Glib::ObjectBase("Gadget"), DeviceTessara("Gadget %1", node, bus) {}
+  void save(YAML::Emitter& out) const override {
+    out << YAML::LocalTag("device/Tessara/GADG") << YAML::BeginMap;
+    save_tessara(out);
+    out << YAML::EndMap;
+  }
+  using DeviceTessara::give_up;
+
+ protected:
+  bool start() override {
+    return bring_up([](const std::string&) {});
+  }
+};
+
+const TessaraRegistration<Gadget> registration("GADG", [](DeviceTessara* device) {
+  return probe_by_info(device, "GADG");
+});
+
+const HWDevice record{.hardware_ids = {"usb\\vid_16d0&pid_064d"}, .port_name = "ttyUSB0"};
+
+class TessaraTest : public test::LayoutTest {
+ protected:
+  ~TessaraTest() override {
+    layout().get_devices().destroy_children();
+    clock.advance(10s);
+  }
+
+  /// A master that is plugged in, as discovery tells it.
+  struct Plugged {
+    SerialCable cable{};
+    TessaraMaster master{cable};
+    Glib::RefPtr<SerialPortTessara> port{};
+  };
+  Plugged& plug_in(const std::string& serial = "TB-1", TessaraMaster::Options options = {}) {
+    plugged = std::make_unique<Plugged>();
+    options.serial_nr = serial;
+    plugged->master.options = options;
+    for (auto& [address, hardware] : gadgets) plugged->master.attach(address, hardware);
+    plugged->port = SerialPortTessara::create(record, plugged->cable.plug());
+    plugged->port->offer();
+    clock.advance(1s);
+    return *plugged;
+  }
+  void pull_plug() {
+    plugged->cable.unplug();
+    plugged->port->remove();
+    plugged->port.reset();
+    clock.advance(0ms);
+  }
+  static DeviceTessaraBus* bus(unsigned n = 0) {
+    return dynamic_cast<DeviceTessaraBus*>(layout().get_devices().child_at(n));
+  }
+  TessaraMaster& master() { return plugged->master; }
+
+  /// What a call on a fiber has come to: its result, or "failed: " and why.
+  template <typename Call>
+  std::string result_of(const Call& call, std::chrono::milliseconds time = 10s) {
+    auto result = std::make_shared<std::string>("nothing");
+    fiber::spawn([result, call] {
+      try {
+        *result = call();
+      } catch (const std::exception& error) {
+        *result = "failed: "s + error.what();
+      }
+    });
+    clock.advance(time);
+    return *result;
+  }
+
+  VirtualClock clock;
+  std::map<std::uint8_t, GadgetHardware&> gadgets;
+  std::unique_ptr<Plugged> plugged;
+};
+
+// --- Hardware comes and goes ---
+
+TEST_F(TessaraTest, makes_a_bus_for_a_new_master_and_knows_it_again) {
+  plug_in();
+  ASSERT_EQ(1u, layout().get_devices().child_count());
+  auto* first = bus();
+  EXPECT_EQ("Tessara Bus 1", first->get_name());
+  EXPECT_TRUE(first->active());
+  EXPECT_EQ("TB-1", first->get_serial_nr());
+  EXPECT_THAT(first->get_speeds(), Contains(true));
+  EXPECT_EQ(115200u, plugged->cable.settings().baud);
+  EXPECT_FALSE(plugged->cable.dtr());
+
+  first->set_name("Under the table");
+  pull_plug();
+  EXPECT_FALSE(first->active());
+  plug_in("TB-2");
+  EXPECT_EQ(2u, layout().get_devices().child_count()) << "another piece of hardware";
+  EXPECT_FALSE(first->active());
+  pull_plug();
+  plug_in();
+  EXPECT_TRUE(first->active());
+  EXPECT_EQ(2u, layout().get_devices().child_count());
+
+  // Offered once more, as after opening a layout: it is held.
+  plugged->port->offer();
+  clock.advance(1s);
+  EXPECT_EQ(2u, layout().get_devices().child_count());
+  EXPECT_EQ("", get_status());
+}
+
+TEST_F(TessaraTest, says_what_is_wrong_with_a_port) {
+  plugged = std::make_unique<Plugged>();
+  plugged->cable.refusal = EACCES;
+  plugged->port = SerialPortTessara::create(record, plugged->cable.plug());
+  plugged->port->offer();
+  clock.advance(5s);
+  EXPECT_THAT(get_status(), HasSubstr("may not use the port ttyUSB0"));
+  plugged->cable.refusal = 0;
+  plugged->master.options.kind = "ODD!";
+  plugged->port->offer();
+  clock.advance(5s);
+  EXPECT_THAT(get_status(), HasSubstr("ttyUSB0 does not answer as a Tessara device does"));
+  EXPECT_TRUE(layout().get_devices().empty());
+  plugged->master.options.kind = "BUS\0"s;
+  plugged->port->offer();
+  plugged->port->offer();
+  clock.advance(5s);
+  EXPECT_EQ(1u, layout().get_devices().child_count());
+}
+
+TEST_F(TessaraTest, comes_back_by_itself_from_a_failed_start) {
+  plug_in();
+  pull_plug();
+  plugged = std::make_unique<Plugged>();
+  plugged->master.options.serial_nr = "TB-1";
+  plugged->port = SerialPortTessara::create(record, plugged->cable.plug());
+  plugged->port->offer();
+  while (!plugged->port->is_held() || !bus()->active()) clock.advance(1ms);
+  plugged->master.faults.silent = true;
+  clock.advance(3s);
+  EXPECT_FALSE(bus()->active());
+  EXPECT_THAT(get_status(), HasSubstr("does not answer"));
+  plugged->master.faults.silent = false;
+  clock.advance(2s);
+  EXPECT_TRUE(bus()->active());
+  EXPECT_EQ("", get_status());
+  EXPECT_EQ(1u, layout().get_devices().child_count());
+}
+
+// --- Relaying ---
+
+TEST_F(TessaraTest, relays_messages_of_any_length_however_the_master_takes_them) {
+  GadgetHardware hardware;
+  gadgets = {{7, hardware}};
+  plug_in();
+  for (const std::size_t length : {1u, 253u, 254u, 255u, 600u}) {
+    for (const std::size_t capacity : {256u, 100u, 1u}) {
+      if (length > 256 * capacity) continue;
+      master().options.capacity = capacity;
+      master().options.not_ready = capacity == 100 ? 3 : 0;
+      master().options.piece = capacity;
+      if (length * 70 / capacity > 2000) continue;  // longer than a relay may take
+      const std::string message(length, 'x');
+      EXPECT_EQ(message, result_of([&] { return bus()->relay(7, message); }))
+          << length << " by " << capacity;
+    }
+  }
+  EXPECT_THAT(result_of([&] { return bus()->relay(8, "x"); }), StartsWith("failed"));
+}
+
+TEST_F(TessaraTest, gives_up_a_device_that_holds_up_the_bus_and_goes_on) {
+  GadgetHardware hardware;
+  gadgets = {{7, hardware}};
+  plug_in();
+  const std::string failed = "failed: Tessara Command Failed";
+  const auto relay = [&] { return bus()->relay(7, "x"); };
+  using Faults = TessaraMaster::Faults;
+  for (const auto& [name, fault] :
+       std::vector<std::pair<std::string, Faults>>{{"never ready", {.never_ready = true}},
+                                                   {"never done", {.never_done = true}},
+                                                   {"endless", {.endless = true}},
+                                                   {"silent", {.silent = true}},
+                                                   {"refused", {.errors = 1}},
+                                                   {"lost byte", {.lost_byte = 0}}}) {
+    master().faults = fault;
+    EXPECT_EQ(failed, result_of(relay, 2100ms)) << name;
+    master().faults = {};
+    EXPECT_EQ("x", result_of(relay, 1s)) << name;
+    EXPECT_TRUE(bus()->active()) << name;
+  }
+}
+
+// --- Looking for devices ---
+
+TEST_F(TessaraTest, finds_a_device_at_the_speed_of_the_bus_or_at_the_lowest) {
+  GadgetHardware hardware;
+  gadgets = {{7, hardware}};
+  plug_in();
+  const Unadded<Gadget> gadget(new Gadget(bus(), 7));
+  struct Case {
+    unsigned bus_speed, device_speed;
+    bool found;
+    unsigned bus_speed_after;
+  };
+  for (const auto& [bus_speed, device_speed, found, after] :
+       {Case{0, 0, true, 0}, Case{3, 3, true, 3}, Case{3, 0, true, 0}, Case{3, 2, false, 3},
+        Case{0, 2, false, 0}}) {
+    hardware.at_speed = device_speed;
+    const auto speed = static_cast<std::uint8_t>(bus_speed);
+    EXPECT_EQ(found ? "yes" : "no", result_of([&] {
+                bus()->set_speed(7, speed);
+                return gadget->find_on_bus() ? "yes" : "no";
+              }))
+        << bus_speed << device_speed;
+    EXPECT_EQ(after, master().speed(7)) << bus_speed << device_speed;
+  }
+}
+
+TEST_F(TessaraTest, scans_all_free_addresses) {
+  GadgetHardware low("G-low", 0), high("G-high", 3), last("G-last", 0), unknown("G-odd", 4);
+  for (const std::uint8_t speed_scan : {std::uint8_t{0}, std::uint8_t{1}}) {
+    gadgets = {{0, low}, {130, high}, {255, last}};
+    high.at_speed = speed_scan == 0 ? 3u : 0u;
+    TessaraMaster::Options options;
+    options.speed_scan = speed_scan;
+    options.max_speed = 3;
+    plug_in("TB-" + std::to_string(speed_scan), options);
+    auto* found_bus = bus(speed_scan);
+    found_bus->mark_used(77);
+    static_cast<void>(master().take_messages(77));
+
+    std::vector<double> progress;
+    found_bus->property_scan_progress().signal_changed().connect(
+        [&] { progress.push_back(found_bus->get_scan_progress()); });
+    found_bus->set_scanning(true);
+    EXPECT_TRUE(found_bus->get_scanning());
+    for (int i = 0; i < 300 && found_bus->get_scanning(); ++i) clock.advance(1s);
+    EXPECT_FALSE(found_bus->get_scanning());
+    EXPECT_EQ(0.0, found_bus->get_scan_progress());
+    EXPECT_THAT(progress, Contains(0.5));
+    EXPECT_THAT(progress, Each(testing::AllOf(testing::Ge(0.0), testing::Le(1.0))));
+    EXPECT_THAT(master().take_messages(77), IsEmpty()) << "a device has that address";
+
+    ASSERT_EQ(3u, found_bus->child_count());
+    std::vector<std::string> serials;
+    for (auto* child : *found_bus) {
+      auto* gadget = dynamic_cast<Gadget*>(child);
+      EXPECT_TRUE(gadget->active());
+      serials.push_back(gadget->get_serial_nr());
+    }
+    EXPECT_THAT(serials, ElementsAre("G-low", "G-high", "G-last"));
+    pull_plug();
+  }
+}
+
+TEST_F(TessaraTest, ends_a_scan_when_it_is_told_to_or_the_bus_has_gone) {
+  plug_in();
+  bus()->set_scanning(true);
+  clock.advance(1s);
+  EXPECT_GT(bus()->get_scan_progress(), 0.0);
+  bus()->set_scanning(false);
+  EXPECT_EQ(0.0, bus()->get_scan_progress());
+  static_cast<void>(master().take_frames());
+  clock.advance(500ms);
+  EXPECT_THAT(master().take_frames(), IsEmpty());
+
+  bus()->set_scanning(true);
+  clock.advance(1s);
+  pull_plug();
+  EXPECT_FALSE(bus()->get_scanning());
+  bus()->set_scanning(true);
+  clock.advance(1s);
+  EXPECT_FALSE(bus()->get_scanning()) << "out of service";
+}
+
+// --- The monitor ---
+
+TEST_F(TessaraTest, brings_back_devices_that_were_lost) {
+  GadgetHardware hardware("G-1", 0);
+  gadgets = {{7, hardware}};
+  plug_in();
+  auto* gadget = bus()->add(new Gadget(bus(), 7));
+  clock.advance(2s);
+  EXPECT_TRUE(gadget->active());
+  EXPECT_EQ("G-1", gadget->get_serial_nr());
+  result_of([&] {
+    gadget->set_speed(3);
+    return "";
+  });
+  EXPECT_EQ(3u, hardware.at_speed);
+  EXPECT_EQ(3u, master().speed(7));
+
+  hardware.restart();
+  gadget->give_up();
+  clock.advance(2s);
+  EXPECT_TRUE(gadget->active());
+  EXPECT_EQ(0u, master().speed(7));
+
+  hardware.serial = "G-2";
+  gadget->give_up();
+  clock.advance(5s);
+  EXPECT_FALSE(gadget->active()) << "another device at its address";
+  EXPECT_THAT(get_status(), HasSubstr("Gadget 1"));
+  hardware.serial = "G-1";
+  clock.advance(2s);
+  EXPECT_TRUE(gadget->active());
+  EXPECT_EQ("", get_status());
+
+  pull_plug();
+  EXPECT_FALSE(gadget->active());
+  plug_in();
+  clock.advance(2s);
+  EXPECT_TRUE(gadget->active());
+}
+
+// --- Addresses and the file ---
+
+TEST_F(TessaraTest, gives_each_device_an_address_of_its_own) {
+  plug_in();
+  auto* one = bus()->add(new Gadget(bus(), 1));
+  one->set_address(7);
+  auto* two = bus()->add(new Gadget(bus(), 2));
+  two->set_address(7);
+  EXPECT_EQ(2, two->get_address());
+  two->set_address(1);
+  EXPECT_EQ(1, two->get_address());
+  one->destroy();
+  two->set_address(7);
+  EXPECT_EQ(7, two->get_address());
+}
+
+TEST_F(TessaraTest, comes_out_of_a_file_as_it_went_in) {
+  const std::string text =
+      "%YAML 1.2\n"
+      "title: Test\n"
+      "objects:\n"
+      "  - !device/Tessara/BUS\n"
+      "    name: Main Bus\n"
+      "    id: 0\n"
+      "    serial-nr: TB-1\n"
+      "    devices:\n"
+      "      - !device/Tessara/GADG\n"
+      "        name: Gadget 1\n"
+      "        id: 1\n"
+      "        address: 255\n"
+      "        serial-nr: !!binary \"AP8B\"\n"
+      "      - !device/Tessara/BUS\n"
+      "        name: Branch\n"
+      "        id: 2\n"
+      "        address: 3\n"
+      "        serial-nr: \"\"\n";
+  const auto path = folder.write("bus.zblt", text);
+  ASSERT_TRUE(layout().open(path)) << get_status();
+  layout().save();
+  EXPECT_EQ(text, test::bytes_of(path));
+  EXPECT_FALSE(bus()->mark_used(255));
+  EXPECT_EQ("\0\xff\1"s, dynamic_cast<Gadget*>(bus()->child_at(0))->get_serial_nr());
+
+  // The hardware is known again by its number alone.
+  plug_in();
+  EXPECT_TRUE(bus()->active());
+  EXPECT_EQ(1u, layout().get_devices().child_count());
+
+  for (const auto& [from, to] : std::vector<std::pair<std::string, std::string>>{
+           {"address: 255", "address: 256"},
+           {"        address: 255\n", ""},
+           {"Tessara/GADG", "Tessara/WHAT"},
+           {"serial-nr: TB-1", "serial-nr: TB-1\n    address: 1"},
+           {"\"AP8B\"", "\"A\""}}) {
+    auto damaged = text;
+    damaged.replace(damaged.find(from), from.size(), to);
+    EXPECT_FALSE(layout().open(folder.write("damaged.zblt", damaged))) << to;
+    EXPECT_THAT(get_status(), HasSubstr("Couldn't open"));
+  }
+}
+
+// --- The end may come at any moment ---
+
+TEST_F(TessaraTest, survives_the_end_of_anything_at_any_moment) {
+  GadgetHardware hardware("G-1", 0);
+  gadgets = {{7, hardware}};
+  const std::vector<std::function<void()>> ends = {
+      [] { bus()->destroy(); },
+      [] {
+        if (auto* gadget = bus()->child_at(0)) gadget->destroy();
+      },
+      [this] { pull_plug(); },
+      [] { bus()->go_out_of_service(); },
+  };
+  for (const auto& end : ends) {
+    for (int moment = 0; moment < 260; moment += 7) {
+      plug_in();
+      auto* gadget = bus()->add(new Gadget(bus(), 7));
+      fiber::spawn([bus = bus()] { bus->relay(7, "hello"); });
+      fiber::spawn([gadget] { gadget->find_on_bus(); });
+      gadget->set_active(true);
+      bus()->set_scanning(true);
+      clock.advance(std::chrono::milliseconds(moment));
+      end();
+      clock.advance(300ms);
+      if (plugged->port) pull_plug();
+      layout().get_devices().destroy_children();
+      clock.advance(300ms);
+    }
+  }
+}
+
+TEST_F(TessaraTest, survives_the_end_of_anything_while_hardware_is_asked_what_it_is) {
+  for (int moment = 0; moment < 400; moment += 5) {
+    for (const int end : {0, 1, 2}) {
+      plug_in();  // one that waits for its hardware
+      pull_plug();
+      plugged = std::make_unique<Plugged>();
+      plugged->master.options.serial_nr = moment % 2 == 0 ? "TB-1" : "TB-9";
+      plugged->port = SerialPortTessara::create(record, plugged->cable.plug());
+      plugged->port->offer();
+      clock.advance(std::chrono::milliseconds(moment));
+      if (end == 0) pull_plug();
+      if (end == 1) layout().get_devices().destroy_children();
+      if (end == 2) layout().new_document(false);
+      clock.advance(500ms);
+      if (plugged->port) pull_plug();
+      layout().get_devices().destroy_children();
+      clock.advance(300ms);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zemblar
