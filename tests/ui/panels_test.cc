@@ -1,16 +1,20 @@
 #include <gtkmm/checkbutton.h>
 #include <gtkmm/comboboxtext.h>
+#include <gtkmm/progressbar.h>
 
 #include <memory>
 
 #include "core/panel_factory.h"
 #include "devices/device_ecos.h"
 #include "devices/device_liusb.h"
+#include "devices/device_tessara_bus.h"
 #include "devices/dummy_railcom_reader.h"
+#include "devices/serial_port_tessara.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_group.h"
 #include "runtime/timer.h"
+#include "simulator/tessara_master.h"
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/widget_search.h"
 #include "ui/addr_spin.h"
@@ -295,6 +299,51 @@ TEST_F(PanelTest, a_li_usb_is_named_and_made_a_default_device_in_its_panel) {
   EXPECT_TRUE(check.get_active());
   auto& name = get_widget<NameEntry>(*panel);
   EXPECT_EQ(name.get_text(), "Lenz LI-USB 1");
+}
+
+Gtk::Window* find_window(const std::string& title) {
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    if (window->get_title() == title && window->get_visible()) return window;
+  }
+  return nullptr;
+}
+
+TEST_F(PanelTest, a_bus_is_scanned_from_its_panel) {
+  using namespace std::chrono_literals;
+  simulator::SerialCable cable;
+  simulator::TessaraMaster master(cable);
+  const auto port = SerialPortTessara::create({.port_name = "memory"}, cable.plug());
+  port->offer();
+  clock.advance(1s);
+  auto* bus = dynamic_cast<DeviceTessaraBus*>(layout().get_devices().child_at(0));
+  ASSERT_TRUE(bus);
+  const auto panel = panel_of(*bus);
+  auto& scan = get_widget<Gtk::Button>(*panel, "_Scan For Tessara Devices");
+  ASSERT_TRUE(scan.is_sensitive());
+  scan.clicked();
+  EXPECT_TRUE(bus->get_scanning());
+  auto* dialog = find_window("Tessara Scan");
+  ASSERT_TRUE(dialog);
+  auto& bar = get_widget<Gtk::ProgressBar>(*dialog, "Progress of the scan");
+  clock.advance(2s);
+  EXPECT_GT(bar.get_fraction(), 0.0);
+  scan.clicked();
+  EXPECT_GT(bus->get_scan_progress(), 0.0) << "the scan goes on";
+
+  get_widget<Gtk::Button>(*dialog, "gtk-cancel").clicked();
+  EXPECT_FALSE(bus->get_scanning());
+  handle_events();
+  EXPECT_FALSE(find_window("Tessara Scan"));
+
+  scan.clicked();
+  clock.advance(60s);
+  EXPECT_FALSE(bus->get_scanning());
+  dialog = find_window("Tessara Scan");
+  ASSERT_TRUE(dialog) << "it shows what came of it";
+  EXPECT_FALSE(get_widget<Gtk::ProgressBar>(*dialog).get_visible());
+  bus->destroy();
+  handle_events();
+  EXPECT_FALSE(find_window("Tessara Scan"));
 }
 
 TEST_F(PanelTest, a_simulated_reader_is_set_up_position_by_position) {
