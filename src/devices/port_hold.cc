@@ -1,11 +1,24 @@
 #include "devices/port_hold.h"
 
+#include <grp.h>
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <utility>
 
 #include "core/i18n.h"
 
 namespace zemblar {
+namespace {
+
+/// The group that may use a device; the usual one when that cannot be found out.
+std::string owning_group(const std::string& path) {
+  struct stat status {};
+  const auto* group = stat(path.c_str(), &status) == 0 ? getgrgid(status.st_gid) : nullptr;
+  return group ? group->gr_name : "dialout";
+}
+
+}  // namespace
 
 bool PortHold::take(SerialPort* port, const std::function<void()>& removed) {
   if (port_ || port->is_held()) return false;
@@ -26,11 +39,11 @@ void PortHold::let_go() {
 
 Glib::ustring why_not_opened(const Glib::ustring& device, const SerialPort& port,
                              const Gio::Error& error) {
-  return Glib::ustring::compose(
+  const auto* text =
       error.code() == EACCES
-          ? _("%1 may not use the port %2. Join the group that owns it, often “dialout”.")
-          : _("%1 cannot open the port %2: is another program using it?"),
-      device, port.port_name);
+          ? _("%1 may not use the port %2: join the group “%3” and log in again.")
+          : _("%1 cannot open the port %2: is another program using it?");
+  return Glib::ustring::compose(text, device, port.port_name, owning_group(port.port_name));
 }
 
 }  // namespace zemblar

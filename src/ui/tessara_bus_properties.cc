@@ -1,7 +1,5 @@
 #include "ui/tessara_bus_properties.h"
 
-#include <glibmm/strutils.h>
-
 #include "core/i18n.h"
 #include "devices/device_tessara_bus.h"
 #include "ui/tessara_scan_dialog.h"

@@ -5,9 +5,14 @@
 
 #include <glibmm/main.h>
 
+#include <map>
+
 #include "core/layout.h"
 #include "devices/device_liusb.h"
+#include "devices/device_tessara_bus.h"
 #include "devices/hw_list.h"
+#include "runtime/timer.h"
+#include "simulator/tessara_master.h"
 
 namespace zemblar::test {
 namespace {
@@ -90,6 +95,62 @@ TEST_F(Discovery, makes_a_device_of_a_liusb_and_lets_it_wait_for_its_return) {
   EXPECT_EQ(devices.child_count(), 1u);  // the one that waited took it
   Layout::get().new_document(false);
   list.refresh();
+  EXPECT_EQ(Layout::get().get_devices().child_count(), 1u);
+  Layout::get().destroy();
+}
+
+/// The system's list of ports, and simulated hardware at their other end.
+class MockedPorts : public HWSource {
+ public:
+  MockedPorts() {
+    real_->signal_changed().connect([this] { signal_changed().emit(); });
+  }
+  std::vector<HWDevice> list() override { return real_->list(); }
+  std::unique_ptr<SerialLine> line_to(const HWDevice& record) override {
+    const auto cable = cables.find(record.port_name);
+    return cable == cables.end() ? make_tty_line() : cable->second.plug();
+  }
+  std::map<std::string, simulator::SerialCable> cables;
+
+ private:
+  std::unique_ptr<HWSource> real_ = make_udev_source();
+};
+
+TEST_F(Discovery, makes_a_bus_of_a_master_and_knows_it_again_when_it_returns) {
+  using namespace std::chrono_literals;
+  VirtualClock clock;
+  Layout::get(new Layout).new_document(false);
+  const auto& devices = Layout::get().get_devices();
+  const auto port = plug("ttyACM0", "16d0", "064d");
+  plug("ttyACM7", "16d0", "064e");  // another product
+  auto owned = std::make_unique<MockedPorts>();
+  auto& cables = owned->cables;
+  const simulator::TessaraMaster master(cables["/dev/ttyACM0"]);
+  const simulator::TessaraMaster again(cables["/dev/ttyACM1"]);
+  HWList list(std::move(owned));
+
+  list.look();
+  EXPECT_EQ(list.count(), 2u);
+  clock.advance(1s);
+  ASSERT_EQ(devices.child_count(), 1u);
+  const auto* bus = dynamic_cast<DeviceTessaraBus*>(devices.child_at(0));
+  ASSERT_TRUE(bus && bus->active());
+
+  umockdev_testbed_remove_device(testbed_, port.c_str());
+  list.look();
+  clock.advance(1s);
+  EXPECT_FALSE(bus->active());
+  plug("ttyACM1", "16d0", "064d");
+  list.look();
+  clock.advance(1s);
+  EXPECT_TRUE(bus->active());
+  EXPECT_EQ(devices.child_count(), 1u);
+
+  // A new document has none, and the port is free again.
+  Layout::get().new_document(true);
+  clock.advance(1s);
+  list.refresh();
+  clock.advance(1s);
   EXPECT_EQ(Layout::get().get_devices().child_count(), 1u);
   Layout::get().destroy();
 }
