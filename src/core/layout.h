@@ -73,6 +73,8 @@ class Layout : public Object {
   [[nodiscard]] std::string serialize();
 
   [[nodiscard]] unsigned get_id(const Object* object);
+  /// For a place in a file that wants a number where no object is: one that none will have.
+  [[nodiscard]] unsigned spare_id() { return next_id_++; }
   /// Records the number of an object that is being read. Throws YAML::InvalidScalar for anything
   /// but an unsigned decimal number, YAML::RepresentationException for one that is taken.
   void register_id(Object* object, const YAML::Node& node);

@@ -1,0 +1,256 @@
+#include <gmock/gmock.h>
+
+#include <utility>
+
+#include "devices/default_device.h"
+#include "devices/device_tessara_bus.h"
+#include "devices/device_tessara_railcom_reader.h"
+#include "devices/serial_port_tessara.h"
+#include "locomotives/lok.h"
+#include "simulator/railcom_encoder.h"
+#include "simulator/reader_hardware.h"
+#include "simulator/tessara_master.h"
+#include "support/layout_fixture.h"
+#include "track/zone.h"
+
+namespace zemblar {
+namespace {
+
+using namespace std::chrono_literals;
+using simulator::RailComEncoder;
+using simulator::ReaderHardware;
+using simulator::SerialCable;
+using simulator::TessaraMaster;
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsSubsetOf;
+using testing::SizeIs;
+using Reader = DeviceTessaraRailComReader;
+
+const HWDevice record{.hardware_ids = {"USB\\VID_16D0&PID_064D"}, .port_name = "ttyUSB0"};
+constexpr std::uint8_t address = 3;
+
+/// A bus with one reader, from the wire to the inputs.
+class RailComReaderTest : public test::LayoutTest {
+ protected:
+  RailComReaderTest() {
+    auto* lok = layout().get_loks().add(new Lok);
+    lok->set_name("V60");
+    layout().get_default_device().add_lok(Address(60), lok);
+    attach(8);
+  }
+  ~RailComReaderTest() override {
+    layout().get_devices().destroy_children();
+    clock.advance(3s);
+  }
+
+  /// A piece of hardware with so many inputs, in place of the one that is there.
+  void attach(unsigned inputs) {
+    hardware = std::make_unique<ReaderHardware>(inputs);
+    master.attach(address, *hardware);
+  }
+  void plug_in() {
+    port = SerialPortTessara::create(record, cable.plug());
+    port->offer();
+    clock.advance(5s);
+  }
+  /// What a scan of the first addresses finds.
+  Reader* find_reader() {
+    plug_in();
+    bus()->set_scanning(true);
+    clock.advance(20s);
+    bus()->set_scanning(false);
+    return reader();
+  }
+  static DeviceTessaraBus* bus() {
+    return dynamic_cast<DeviceTessaraBus*>(layout().get_devices().child_at(0));
+  }
+  static Reader* reader() {
+    return bus()->empty() ? nullptr : dynamic_cast<Reader*>(bus()->child_at(0));
+  }
+
+  /// A train that answers on the input's track, or that has left it.
+  void occupy(unsigned input, unsigned side = 1) {
+    hardware->input(input).set_current(true, side);
+    hardware->input(input).receive(simulator::idle_packet(), RailComEncoder::datagram(1, 0));
+    hardware->input(input).receive(simulator::idle_packet(), RailComEncoder::datagram(2, 60));
+  }
+  static std::string occupied() {
+    std::string numbers;
+    for (std::size_t i = 0; i < reader()->inputs().size(); ++i) {
+      if (reader()->inputs()[i]->occupied()) numbers += std::to_string(i);
+    }
+    return numbers;
+  }
+  static std::size_t active_inputs() {
+    std::size_t count = 0;
+    for (const auto* input : reader()->inputs()) count += input && input->active();
+    return count;
+  }
+  /// Saved and opened again. False when that changes the bytes.
+  bool reopen() {
+    const auto before = layout().serialize();
+    if (!Layout::open_bytes(folder.file("layout.zblt"), before)) return false;
+    clock.advance(0s);
+    return layout().serialize() == before;
+  }
+
+  VirtualClock clock;
+  SerialCable cable;
+  TessaraMaster master{cable};
+  std::unique_ptr<ReaderHardware> hardware;
+  Glib::RefPtr<SerialPortTessara> port;
+};
+
+TEST_F(RailComReaderTest, is_found_and_tells_where_trains_are) {
+  hardware->options.speeds = {0b01001};
+  auto* found = find_reader();
+  ASSERT_TRUE(found && found->active());
+  EXPECT_EQ(found->get_name(), "RailCom Reader 1");
+  EXPECT_EQ(hardware->speed(), 3u);
+  EXPECT_EQ(master.speed(address), 3u);
+  EXPECT_EQ(active_inputs(), 8u);
+  EXPECT_EQ(found->inputs()[7]->get_name(), "Input 8");
+
+  master.take_messages(address);
+  occupy(2, 2);
+  hardware->input(7).set_current(true);
+  clock.advance(1s);
+  EXPECT_EQ(occupied(), "27");
+  EXPECT_EQ(found->inputs()[2]->orientation(), 2u);
+  EXPECT_THAT(found->inputs()[2]->detected(), SizeIs(1));
+  EXPECT_THAT(master.take_messages(address), AllOf(Each("0a"), SizeIs(testing::Ge(7u))));
+  hardware->input(2).set_current(false);
+  hardware->input(7).set_current(false);
+  clock.advance(5s);
+  EXPECT_EQ(occupied(), "");
+}
+
+TEST_F(RailComReaderTest, keeps_what_it_saw_while_it_is_lost_and_comes_back) {
+  auto* lost = find_reader();
+  ASSERT_TRUE(lost);
+  const struct {
+    const char* what;
+    std::function<void()> fault;
+    std::function<void()> end;
+  } cases[] = {
+      {"taken off the bus", [this] { master.detach(address); },
+       [this] { master.attach(address, *hardware); }},
+      {"restarted", [this] { hardware->restart(); }, [] {}},
+      {"short answers", [this] { hardware->faults.missing_end = 1; },
+       [this] { hardware->faults.missing_end = 0; }},
+      {"nonsense", [this] { hardware->faults.garbage = "\x3f"; },
+       [this] { hardware->faults.garbage.clear(); }},
+      {"a deaf master", [this] { master.faults.errors = 40; }, [] {}},
+  };
+  for (const auto& c : cases) {
+    unsigned falls = 0;
+    const ScopedConnection notice = lost->property_active().signal_changed().connect([&] {
+      if (!lost->active()) ++falls;
+    });
+    occupy(5);
+    clock.advance(400ms);
+    ASSERT_EQ(occupied(), "5") << c.what;
+    c.fault();
+    hardware->input(5).set_current(false);
+    clock.advance(3s);
+    EXPECT_GE(falls, 1u) << c.what;
+    if (!lost->active()) {
+      EXPECT_EQ(active_inputs(), 0u) << c.what;
+      EXPECT_EQ(occupied(), "5") << c.what;
+    }
+    c.end();
+    clock.advance(8s);
+    EXPECT_TRUE(lost->active()) << c.what;
+    EXPECT_EQ(active_inputs(), 8u) << c.what;
+    EXPECT_EQ(occupied(), "") << c.what;
+  }
+}
+
+TEST_F(RailComReaderTest, has_as_many_inputs_as_its_hardware_and_each_keeps_its_track) {
+  auto* changed = find_reader();
+  ASSERT_TRUE(changed);
+  const auto kept = changed->inputs();
+  for (const unsigned count : {11u, 4u, 8u}) {
+    attach(count);
+    clock.advance(5s);
+    ASSERT_TRUE(changed->active()) << count;
+    ASSERT_EQ(changed->inputs().size(), count);
+    EXPECT_EQ(changed->child_count(), count);
+    EXPECT_EQ(active_inputs(), count);
+    EXPECT_THAT(std::vector(kept.begin(), kept.begin() + 4), IsSubsetOf(changed->inputs()));
+    occupy(count - 1);
+    clock.advance(500ms);
+    EXPECT_EQ(occupied(), std::to_string(count - 1));
+  }
+}
+
+TEST_F(RailComReaderTest, fills_the_place_of_an_input_that_somebody_ends) {
+  auto* mended = find_reader();
+  ASSERT_TRUE(mended);
+  occupy(1, 2);
+  clock.advance(300ms);
+  auto* neighbour = mended->inputs()[2];
+  // In the middle of an answer, in which its place must still be counted.
+  const ScopedConnection end = mended->inputs()[1]->signal_changed().connect([mended] {
+    if (auto* input = mended->inputs()[1]) input->destroy();
+  });
+  hardware->input(1).set_current(true, 1);
+  occupy(2);
+  clock.advance(300ms);
+  EXPECT_TRUE(mended->active());
+  EXPECT_EQ(mended->inputs()[2], neighbour);
+  EXPECT_EQ(occupied(), "12");
+  EXPECT_EQ(mended->inputs()[1]->orientation(), 1u) << "the new one knows what is told of it";
+  EXPECT_EQ(active_inputs(), 8u);
+}
+
+TEST_F(RailComReaderTest, stays_with_its_blocks_in_a_file) {
+  auto* saved = find_reader();
+  ASSERT_TRUE(saved);
+  auto* zone = layout().get_blocks().add(new Zone);
+  zone->set_input(saved->inputs()[5]);
+  saved->inputs()[0]->destroy();
+  saved->inputs()[4]->destroy();
+  ASSERT_EQ(saved->inputs()[4], nullptr);
+  ASSERT_TRUE(reopen());
+  EXPECT_THAT(layout().serialize(), AllOf(HasSubstr("        name: RailCom Reader 1\n"),
+                                          HasSubstr("serial-nr: RR-0001")));
+
+  ASSERT_THAT(reader()->inputs(), SizeIs(8));
+  EXPECT_FALSE(reader()->active());
+  plug_in();
+  ASSERT_TRUE(reader()->active());
+  occupy(5);
+  clock.advance(500ms);
+  EXPECT_EQ(occupied(), "5");
+  zone = dynamic_cast<Zone*>(layout().get_blocks().child_at(0));
+  EXPECT_EQ(zone->get_input(), reader()->inputs()[5]);
+  EXPECT_TRUE(zone->occupied());
+}
+
+TEST_F(RailComReaderTest, uses_the_encoding_that_says_something) {
+  const struct {
+    std::uint8_t offered;
+    bool used;
+    const char* seen;
+  } cases[] = {{0b11, true, "0"}, {0b10, true, ""}, {0b100, false, ""}};
+  plug_in();
+  for (const auto& c : cases) {
+    attach(2);
+    hardware->options.encodings = c.offered;
+    bus()->set_scanning(true);
+    clock.advance(20s);
+    bus()->set_scanning(false);
+    ASSERT_EQ(c.used, reader() && reader()->active()) << int{c.offered};
+    if (!c.used) continue;
+    occupy(0);
+    clock.advance(1s);
+    EXPECT_EQ(c.seen, occupied());
+    reader()->destroy();
+  }
+}
+
+}  // namespace
+}  // namespace zemblar
