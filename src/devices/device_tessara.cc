@@ -301,55 +301,52 @@ bool DeviceTessara::find_on_bus() {
 // --- One exchange on the port ---
 
 std::string DeviceTessara::exchange(const std::string& bytes) {
-  const auto alive = liveness();
-  const auto port = hold_.port();
+  const Line line{this, liveness(), hold_.port(), cancel_};
   const auto limit = Timeout::once(exchange_limit, [cancel = cancel_] { cancel->cancel(); });
   std::string received;
   try {
-    require_service(port, alive);
-    port->discard_input();
-    send(port, bytes);
-    collect(port, received);
+    line.require_service();
+    line.port->discard_input();
+    line.send(bytes);
+    line.collect(received);
     return received;
   } catch (const Gio::Error& error) {
     const bool cut = error.code() == Gio::Error::CANCELLED || error.code() == Gio::Error::CLOSED;
     // Nothing goes over a port that fails, and trying would not take time.
-    if (!cut && *alive && hold_.port() == port) {
-      port->close();
+    if (!cut && *line.alive && hold_.port() == line.port) {
+      line.port->close();
       give_up();
     }
     throw TessaraCmdFailed(received);
   }
 }
 
-void DeviceTessara::require_service(const Port& port,
-                                    const std::shared_ptr<const bool>& alive) const {
-  if (!*alive || !port || !active() || hold_.port() != port) throw TessaraCmdFailed();
+bool DeviceTessara::Line::is_in_service() const {
+  return *alive && port && device->active() && device->hold_.port() == port;
 }
 
-void DeviceTessara::send(const Port& port, const std::string& bytes) {
-  const auto alive = liveness();
-  const auto cancel = cancel_;
+void DeviceTessara::Line::require_service() const {
+  if (!is_in_service()) throw TessaraCmdFailed();
+}
+
+void DeviceTessara::Line::send(const std::string& bytes) const {
   const Transmission transmission(port);
   for (std::size_t sent = 0; sent < bytes.size();) {
     sent += port->write(bytes.data() + sent, bytes.size() - sent, cancel);
-    require_service(port, alive);
+    require_service();
   }
   port->write(bytes.data(), 0, cancel);
-  require_service(port, alive);
+  require_service();
   sleep_for(transmit_time, cancel);
 }
 
 // DSR is up as long as the device has something to say, and it may fall before the last bytes have
 // come through: hence two reads without any.
-void DeviceTessara::collect(const Port& port, std::string& received) {
-  const auto alive = liveness();
-  const auto cancel = cancel_;
+void DeviceTessara::Line::collect(std::string& received) const {
   std::array<char, 256> buffer{};
   bool was_silent = false;
   while (true) {
-    if (!*alive || cancel->is_cancelled()) throw TessaraCmdFailed(received);
-    if (!active() || hold_.port() != port) throw TessaraCmdFailed(received);
+    if (cancel->is_cancelled() || !is_in_service()) throw TessaraCmdFailed(received);
     const auto count = port->read(buffer.data(), buffer.size(), cancel, read_time);
     received.append(buffer.data(), count);
     if (count > 0 || port->get_dsr()) continue;

@@ -109,7 +109,18 @@ class DeviceTessara : public Device {
   void cut_exchange() { cancel_->cancel(); }
 
  private:
-  using Port = Glib::RefPtr<SerialPort>;
+  /// The line in an exchange; the device may end meanwhile.
+  struct Line {
+    const DeviceTessara* device;
+    std::shared_ptr<const bool> alive;
+    Glib::RefPtr<SerialPort> port;
+    Glib::RefPtr<Gio::Cancellable> cancel;
+
+    [[nodiscard]] bool is_in_service() const;
+    void require_service() const;
+    void send(const std::string& bytes) const;
+    void collect(std::string& received) const;
+  };
 
   void find_place();
   void register_properties();
@@ -123,9 +134,6 @@ class DeviceTessara : public Device {
   std::string ask(const std::string& question);
 
   std::string exchange(const std::string& bytes);
-  void send(const Port& port, const std::string& bytes);
-  void collect(const Port& port, std::string& received);
-  void require_service(const Port& port, const std::shared_ptr<const bool>& alive) const;
 
   DeviceTessaraBus* bus_ = nullptr;
   std::uint8_t address_ = 0;
