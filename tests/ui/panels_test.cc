@@ -8,6 +8,7 @@
 #include "devices/device_ecos.h"
 #include "devices/device_liusb.h"
 #include "devices/device_tessara_bus.h"
+#include "devices/device_tessara_railcom_reader.h"
 #include "devices/dummy_railcom_reader.h"
 #include "devices/serial_port_tessara.h"
 #include "locomotives/function.h"
@@ -344,6 +345,21 @@ TEST_F(PanelTest, a_bus_is_scanned_from_its_panel) {
   bus->destroy();
   handle_events();
   EXPECT_FALSE(find_window("Tessara Scan"));
+}
+
+TEST_F(PanelTest, a_reader_looks_locomotives_up_where_its_panel_says) {
+  auto* station = layout().get_devices().add(new LIUSB);
+  auto* reader = layout().get_devices().add(new DeviceTessaraRailComReader);
+  const auto panel = panel_of(*reader);
+  EXPECT_EQ(get_widget<NameEntry>(*panel).get_text(), "RailCom Reader 1");
+  auto& device = get_widget<ObjectButton>(*panel);
+  device.set_object(station);
+  EXPECT_EQ(reader->get_dcc_device(), station);
+  reader->set_dcc_device(nullptr);
+  EXPECT_EQ(device.get_object(), nullptr);
+  reader->set_dcc_device(station);
+  station->destroy();
+  EXPECT_EQ(device.get_object(), nullptr);
 }
 
 TEST_F(PanelTest, a_simulated_reader_is_set_up_position_by_position) {
