@@ -125,9 +125,9 @@ TEST_F(Discovery, makes_a_bus_of_a_master_and_knows_it_again_when_it_returns) {
   plug("ttyACM7", "16d0", "064e");  // another product
   auto owned = std::make_unique<MockedPorts>();
   auto& cables = owned->cables;
+  HWList list(std::move(owned));
   const simulator::TessaraMaster master(cables["/dev/ttyACM0"]);
   const simulator::TessaraMaster again(cables["/dev/ttyACM1"]);
-  HWList list(std::move(owned));
 
   list.look();
   EXPECT_EQ(list.count(), 2u);
