@@ -175,7 +175,7 @@ void ReaderHardware::reset_stream() {
   streaming_ = true;
   records_.clear();
   told_.reset();
-  polled_ = Clock::now();
+  others_until_ = Clock::now();
   for (const auto& input : inputs_) input->forget_answers();
   record_change();
 }
@@ -185,22 +185,30 @@ void ReaderHardware::reset_stream() {
 void ReaderHardware::record(std::string_view dcc, unsigned input, std::string_view bytes) {
   assert(!dcc.empty() && dcc.size() <= longest_packet && bytes.size() <= longest_railcom);
   if (!streaming_) return;
-  records_.push_back({std::string(dcc), states(), input, std::string(bytes)});
-  if (records_.size() <= options.most_records) return;
-  records_.pop_front();
-  ++dropped_;
+  record_other_packets();
+  add({std::string(dcc), states(), input, std::string(bytes)});
 }
 
 void ReaderHardware::record_change() {
   record(idle_packet(), 0, {});
 }
 
+// Those since something else happened, so that they need no timer. Nothing has changed meanwhile.
 void ReaderHardware::record_other_packets() {
   const auto now = Clock::now();
-  const std::chrono::duration<double> time = now - std::exchange(polled_, now);
-  const auto count = static_cast<std::size_t>(time.count() * options.other_packets);
-  const auto room = options.most_records - std::min(options.most_records, records_.size());
-  for (std::size_t i = 0; i < std::min(count, room); ++i) record_change();
+  const std::chrono::duration<double> time = now - others_until_;
+  const auto count = static_cast<std::uint64_t>(time.count() * options.other_packets);
+  if (count > 0) others_until_ = now;
+  const auto states = records_.empty() ? told_ : records_.back().states;
+  if (!states) return;
+  for (std::uint64_t i = 0; i < count; ++i) add({idle_packet(), *states});
+}
+
+void ReaderHardware::add(Record record) {
+  records_.push_back(std::move(record));
+  if (records_.size() <= options.most_records) return;
+  records_.pop_front();
+  ++dropped_;
 }
 
 /// Whole bytes, and fields of some bits that fill a byte from its least significant bit up. No

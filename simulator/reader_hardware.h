@@ -65,6 +65,7 @@ class ReaderHardware : public TessaraDevice {
   std::optional<std::string> execute(std::string_view message) override;
   void restart() override;
 
+  [[nodiscard]] bool streaming() const { return streaming_; }
   /// Records that were dropped because nobody asked.
   [[nodiscard]] std::uint64_t dropped() const { return dropped_; }
 
@@ -86,6 +87,7 @@ class ReaderHardware : public TessaraDevice {
   void record(std::string_view dcc, unsigned input, std::string_view bytes);
   void record_change();
   void record_other_packets();
+  void add(Record record);
   [[nodiscard]] std::string poll();
   void write(const Record& record, Writer& out);
   [[nodiscard]] States states() const;
@@ -95,8 +97,8 @@ class ReaderHardware : public TessaraDevice {
   unsigned encoding_ = 0;
   bool streaming_ = false;
   std::deque<Record> records_;
-  std::optional<States> told_;  // to the host; none since the stream was reset
-  Clock::time_point polled_{};
+  std::optional<States> told_;        // to the host; none since the stream was reset
+  Clock::time_point others_until_{};  // packets that nobody answers are recorded until then
   std::uint64_t dropped_ = 0;
 };
 

@@ -18,10 +18,11 @@ std::string tessara_info(std::string_view kind, const std::vector<std::uint16_t>
 }
 
 bool has_speed(const std::vector<std::uint16_t>& speeds, unsigned index) {
+  bool has = false;
   for (unsigned k = 0; k < speeds.size() && k <= index; ++k) {
-    if (index - k < bits_per_word && (speeds[k] >> (index - k) & 1) != 0) return true;
+    if (index - k < bits_per_word) has = (speeds[k] >> (index - k) & 1) != 0;
   }
-  return false;
+  return has;
 }
 
 }  // namespace zemblar::simulator

@@ -25,7 +25,7 @@ class TessaraDevice {
 
 /// Four bytes of kind and the table of speeds: what each information block begins with. Bit k of
 /// the first word stands for speed k; bit 15 says that another word follows, whose bit k stands for
-/// speed k + 1, and so on.
+/// speed k + 1 in place of what the first one said of that, and so on.
 [[nodiscard]] std::string tessara_info(std::string_view kind,
                                        const std::vector<std::uint16_t>& speeds);
 /// Whether the words of such a table hold the speed.

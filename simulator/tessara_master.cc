@@ -54,6 +54,11 @@ void TessaraMaster::restart() {
   for (const auto& [address, device] : devices_) device->restart();
 }
 
+void TessaraMaster::end_faults() {
+  faults = {};
+  if (!next_.armed()) cable_.lines.dsr = false;
+}
+
 // --- Frames ---
 
 void TessaraMaster::on_dtr(bool on) {

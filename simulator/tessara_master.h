@@ -65,6 +65,8 @@ class TessaraMaster {
     std::size_t cut_at = no_byte;     ///< the cable is pulled before this byte of the next answer
   };
   Faults faults;
+  /// All is well again, also with an answer that did not end.
+  void end_faults();
 
   void attach(std::uint8_t address, TessaraDevice& device) { devices_[address] = &device; }
   void detach(std::uint8_t address) { devices_.erase(address); }

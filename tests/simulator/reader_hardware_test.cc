@@ -96,13 +96,13 @@ TEST(ReaderHardware, answers_what_a_host_asks) {
   VirtualClock clock;
   ReaderHardware reader(9);
   reader.options.serial_nr = "xy";
-  reader.options.speeds = {0x8001, 0x0002};  // speed 0, and in the second word speed 2
+  reader.options.speeds = {0x8003, 0x0002};  // the second word has speed 2, and takes 1 away
   const struct {
     const char* message;
     const char* answer;
     unsigned speed = 0;
   } cases[] = {
-      {"00", "51 56 52 4e 80 01 00 02 01 00 08 01"},
+      {"00", "51 56 52 4e 80 03 00 02 01 00 08 01"},
       {"02", "78 79"},
       {"04 01", "refused"},
       {"04 02", "", 2},
