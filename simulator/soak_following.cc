@@ -16,7 +16,8 @@ constexpr unsigned fastest = 126;
 
 class FollowingRun {
  public:
-  explicit FollowingRun(const FollowingOptions& options) : options_(options), scene_(options.seed) {
+  explicit FollowingRun(const FollowingOptions& options)
+      : options_(options), scene_(options.seed, options.readers) {
     scene_.model.sensor_options() = {
         .longest_delay = 120ms, .dropouts_per_minute = 6, .longest_dropout = 100ms};
     scene_.model.signal_event().connect([this](const TrackEvent& event) { judge(event); });
@@ -110,7 +111,9 @@ class FollowingRun {
     std::ostringstream text;
     text << "following, seed " << options_.seed << ": " << hours << " h, " << options_.trains
          << " trains on " << options_.blocks << " blocks, " << scene_.blocks_entered
-         << " blocks entered, longest wait " << longest / 1s << " s\n";
+         << " blocks entered, longest wait " << longest / 1s << " s";
+    if (options_.readers > 0) text << ", over a bus with " << options_.readers << " readers";
+    text << '\n';
     if (!trouble_.empty()) text << "  FAILED: " << trouble_ << '\n';
     return text.str();
   }

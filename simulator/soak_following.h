@@ -16,6 +16,8 @@ struct FollowingOptions {
   /// report of 120 ms and a command of 50 ms.
   double shortest_block = 400;
   double longest_block = 2500;
+  /// On a simulated bus, with inputs for all blocks; without any, detectors report at once.
+  unsigned readers = 0;
 };
 
 struct SoakResult {

@@ -52,8 +52,7 @@ class FreeRun {
   }
   /// Shares the zone's input, so that it is no block of its own to the detectors.
   Point& add_point(const char* name, const Zone& zone) {
-    auto* input = dynamic_cast<TrackInput*>(zone.get_input());
-    points_.push_back(&scene_.add_block<Point>(name, 200, input));
+    points_.push_back(&scene_.add_block<Point>(name, 200, &zone));
     return *points_.back();
   }
   static BlockLink& branch(Point& point, unsigned state) {
@@ -71,8 +70,7 @@ class FreeRun {
     auto& west = add_point("West", *zones_[1]);
     auto& east = add_point("East", *zones_[3]);
     auto& yard = add_point("Yard", *zones_[4]);
-    auto& crossing = scene_.add_block<Crossing>("Crossing", 300,
-                                                dynamic_cast<TrackInput*>(zones_[6]->get_input()));
+    auto& crossing = scene_.add_block<Crossing>("Crossing", 300, zones_[6]);
     const auto join = [](BlockLink& one, BlockLink& other) { one.connect(&other); };
     join(zones_[0]->right, zones_[1]->left);
     join(zones_[1]->right, west.common);

@@ -1,33 +1,39 @@
 #include <giomm/init.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <chrono>
-#include <cstdio>
 #include <iostream>
+#include <map>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
+#include "simulator/bus_latency.h"
+#include "simulator/soak_bus.h"
 #include "simulator/soak_following.h"
 #include "simulator/soak_free.h"
+#include "simulator/soak_process.h"
 
 namespace zemblar::simulator {
 namespace {
 
 constexpr auto usage = R"(Usage: zemblar-soak [OPTION ...] [HOURS]
-Simulated trains under block control, for HOURS (1) of simulated time in each of two runs:
+Simulated trains under block control, for HOURS (1) of simulated time in each of these runs:
 
   following  one after another on a ring that is wired as block control needs it: no train may
              enter another's block, and every train keeps moving
   free       at random over points, a dead end and a crossing, with reversals, half of the time
              with false reports: every collision and every standstill must have a cause that
              docs/block-control.md lists
+  bus        with detectors on a simulated Tessara bus that the program's own drivers poll, for a
+             twentieth of HOURS each: one after another, and with a bus whose master, readers and
+             cable fail at random, all of which must be back in service in time
+  latency    only when asked for: how long it takes from an occupied block ahead of a train to the
+             speed 0 at the station, over such a bus; HOURS does not count
 
-  --only following|free
+  --only following|free|bus|latency
   --seed N   the same again (1)
 )";
 
@@ -50,9 +56,6 @@ T number(const std::string& text) {
 
 // --- Free running: each part in a process of its own ---
 
-/// Impossible reports reach these assertions of block control.
-constexpr std::array expected_assertions{"front != front_", "back != front_", "back != back_",
-                                         "front != back_"};
 constexpr double part_hours = 10;
 constexpr std::string_view result_mark = "result ";
 
@@ -76,44 +79,15 @@ class FreeRuns {
 
  private:
   void run_part(const FreeOptions& part) {
-    std::array<int, 2> ends{};
-    if (::pipe(ends.data()) != 0) throw std::runtime_error("no pipe");
-    std::cout.flush();
-    const auto child = ::fork();
-    if (child < 0) throw std::runtime_error("no process");
-    if (child == 0) {
-      ::close(ends[0]);
-      report(part, ends[1]);
-    }
-    ::close(ends[1]);
-    const auto said = read_all(ends[0]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    judge(said, WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    judge(run_in_process([&part] {
+      for (const auto& [cause, count] : run_free(part)) {
+        std::cerr << result_mark << static_cast<int>(cause) << ' ' << count << '\n';
+      }
+    }));
   }
 
-  [[noreturn]] static void report(const FreeOptions& part, int to) {
-    ::dup2(to, STDERR_FILENO);
-    for (const auto& [cause, count] : run_free(part)) {
-      std::cerr << result_mark << static_cast<int>(cause) << ' ' << count << '\n';
-    }
-    ::_exit(0);
-  }
-
-  static std::string read_all(int from) {
-    std::string all;
-    std::array<char, 4096> buffer;
-    for (;;) {
-      const auto count = ::read(from, buffer.data(), buffer.size());
-      if (count <= 0) break;
-      all.append(buffer.data(), static_cast<std::size_t>(count));
-    }
-    ::close(from);
-    return all;
-  }
-
-  void judge(const std::string& said, bool ended_well) {
-    std::istringstream lines(said);
+  void judge(const Outcome& outcome) {
+    std::istringstream lines(outcome.said);
     for (std::string line; std::getline(lines, line);) {
       if (!line.starts_with(result_mark)) {
         std::cerr << line << '\n';
@@ -125,14 +99,77 @@ class FreeRuns {
       values >> cause >> count;
       causes_[static_cast<Cause>(cause)] += count;
     }
-    if (ended_well) return;
-    const bool expected = std::ranges::any_of(expected_assertions, [&](const std::string text) {
-      return said.find("`" + text + "'") != std::string::npos;
-    });
-    expected ? ++assertions_ : good_ = false;
+    if (outcome.ended_well) return;
+    is_expected_assertion(outcome) ? ++assertions_ : good_ = false;
   }
 
   Causes causes_;
+  unsigned assertions_ = 0;
+  bool good_ = true;
+};
+
+// --- Failing buses: each part in a process of its own as well ---
+
+constexpr double bus_part_hours = 1;
+constexpr double bus_share = 0.05;  // of the hours: there is a poll every few milliseconds
+
+class BusRuns {
+ public:
+  void run(double hours, std::uint64_t seed) {
+    for (double left = hours; left > 0; left -= bus_part_hours) {
+      run_part({.hours = std::min(left, bus_part_hours),
+                .seed = seed,
+                .readers = 1 + static_cast<unsigned>(seed % most_readers)});
+      ++seed;
+    }
+  }
+
+  [[nodiscard]] bool good() const { return good_; }
+
+  void print(std::ostream& out) const {
+    for (const auto& [name, count] : faults_) {
+      out << "  " << count.times << "  " << name << ", back after " << count.longest_return.count()
+          << " ms\n";
+    }
+    if (assertions_ > 0) out << "  " << assertions_ << "  Assertions after impossible reports\n";
+  }
+
+ private:
+  static constexpr unsigned most_readers = 4;
+
+  void run_part(const BusFaultOptions& part) {
+    judge(run_in_process([&part] {
+      const auto result = run_bus_faults(part);
+      for (const auto& [name, count] : result.faults) {
+        std::cerr << result_mark << count.times << ' ' << count.longest_return.count() << ' '
+                  << name << '\n';
+      }
+      if (!result.trouble.empty()) throw std::runtime_error("FAILED: " + result.trouble);
+    }));
+  }
+
+  void judge(const Outcome& outcome) {
+    std::istringstream lines(outcome.said);
+    for (std::string line; std::getline(lines, line);) {
+      if (!line.starts_with(result_mark)) {
+        std::cerr << line << '\n';
+        continue;
+      }
+      std::istringstream values(line.substr(result_mark.size()));
+      unsigned times = 0;
+      long longest = 0;
+      std::string name;
+      values >> times >> longest >> std::ws;
+      std::getline(values, name);
+      auto& count = faults_[name];
+      count.times += times;
+      count.longest_return = std::max(count.longest_return, std::chrono::milliseconds(longest));
+    }
+    if (outcome.ended_well) return;
+    is_expected_assertion(outcome) ? ++assertions_ : good_ = false;
+  }
+
+  std::map<std::string, BusFaultCount> faults_;
   unsigned assertions_ = 0;
   bool good_ = true;
 };
@@ -168,6 +205,33 @@ bool run_freely(const Options& options) {
   return runs.good();
 }
 
+bool run_over_bus(const Options& options) {
+  const double hours = options.hours * bus_share;
+  BusRuns runs;
+  runs.run(hours, options.seed);
+  std::cout << "failing buses, seeds from " << options.seed << ": " << hours << " h\n";
+  runs.print(std::cout);
+  // A report takes as long as one poll of both readers more.
+  const auto result = run_following(
+      FollowingOptions{.hours = hours, .seed = options.seed, .shortest_block = 600, .readers = 2});
+  std::cout << result.report;
+  return runs.good() && result.good;
+}
+
+bool measure_latency(const Options& options) {
+  constexpr unsigned samples = 200;
+  std::vector<BusLatency> rows;
+  for (const unsigned readers : {1, 4, 16}) {
+    for (const auto load :
+         {Load::quiet, Load::scanning, Load::other_locomotives, Load::every_packet}) {
+      rows.push_back(measure_bus_latency(readers, load, samples, options.seed));
+    }
+  }
+  std::cout << "latency, seed " << options.seed << ", " << samples << " samples each\n";
+  print(rows, std::cout);
+  return std::ranges::all_of(rows, [](const auto& row) { return row.good(); });
+}
+
 template <typename Run>
 bool timed(const Options& options, const std::string& name, const Run& run) {
   if (!options.only.empty() && options.only != name) return true;
@@ -187,9 +251,11 @@ int main(int argc, char* argv[]) {
   const auto options = read(argc, argv);
   // Free running first: its parts are copies of this process, which should still be a small one.
   const bool free = timed(options, "free", [](const auto& o) { return run_freely(o); });
+  const bool bus = timed(options, "bus", [](const auto& o) { return run_over_bus(o); });
   const bool following =
       timed(options, "following", [](const auto& o) { return run_following(o); });
-  return free && following ? 0 : 1;
+  if (options.only != "latency") return free && bus && following ? 0 : 1;
+  return timed(options, "latency", [](const auto& o) { return measure_latency(o); }) ? 0 : 1;
 }
 
 }  // namespace

@@ -12,6 +12,7 @@ constexpr std::size_t remembered_blocks = 12;
 constexpr double standstill = 1;  // mm
 /// From the release of the brake to the train's first movement, at most.
 constexpr std::chrono::seconds start{1};
+constexpr std::chrono::seconds farewell{5};
 
 Layout& empty_layout() {
   auto& layout = Layout::get(new Layout);
@@ -62,26 +63,49 @@ bool Driven::faces_forwards() const {
   return false;
 }
 
-SoakScene::SoakScene(std::uint64_t seed)
-    : chance(seed), model(seed + 1), reader_(empty_layout().get_devices().add(new TrackReader)) {
-  TrackStation::in_service(model)->delay = station_delay;
+SoakScene::SoakScene(std::uint64_t seed, unsigned readers)
+    : chance(seed),
+      model(seed + 1),
+      reader_(empty_layout().get_devices().add(new TrackReader)),
+      station_(TrackStation::in_service(model)) {
+  station_->delay = station_delay;
+  if (readers > 0) {
+    bus_ = std::make_unique<BusInService>(clock, readers);
+    bus_->bus.serve(model);
+  }
   model.signal_event().connect([this](const TrackEvent& event) { note(event); });
 }
 
+// What waits on fibers gets the time to notice.
 SoakScene::~SoakScene() {
   for (const auto& driven : trains_) model.lift(*driven.train);
+  if (bus_) bus_->bus.unplug();
+  clock.advance(bus_ ? farewell : std::chrono::seconds(0));
   Layout::get().destroy();
+  clock.advance(bus_ ? farewell : std::chrono::seconds(0));
 }
 
 void SoakScene::enter_block(Block& block, const std::string& name, double length,
-                            TrackInput* input) {
+                            const Block* shares_with) {
   block.set_name(name);
   Layout::get().get_blocks().add(&block);
-  block.set_input(input ? input : reader_->add_input());
+  give_input(block, shares_with);
   model.set_length(&block, length);
   block.signal_route().connect([this, &block] { thrown_[&block] = clock.now(); });
   block.signal_lok_changed().connect([this, &block] { changed_hands_[&block] = clock.now(); });
   blocks_.push_back(&block);
+}
+
+// Neighbours are on different readers, as far as there are several.
+void SoakScene::give_input(Block& block, const Block* shares_with) {
+  if (shares_with) {
+    block.set_input(shares_with->get_input());
+    if (bus_) bus_->bus.wire_to_input(block);
+    return;
+  }
+  if (!bus_) return block.set_input(reader_->add_input());
+  const auto index = inputs_++;
+  bus_->assign(block, index % bus_->readers(), index / bus_->readers());
 }
 
 Driven::Time SoakScene::thrown(const Block* block) const {

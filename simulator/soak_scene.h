@@ -9,6 +9,7 @@
 
 #include "locomotives/lok.h"
 #include "runtime/timer.h"
+#include "simulator/bus_in_service.h"
 #include "simulator/track_model.h"
 #include "simulator/track_reader.h"
 #include "simulator/track_station.h"
@@ -44,23 +45,28 @@ struct Driven {
   [[nodiscard]] bool faces_forwards() const;
 };
 
-/// A railway for a long run: an empty current layout, a station, a reader and a track model, all in
-/// memory and in virtual time.
+/// A railway for a long run: an empty current layout, a station, detectors and a track model, all
+/// in memory and in virtual time.
 class SoakScene {
  public:
-  explicit SoakScene(std::uint64_t seed);
+  /// With so many readers on a simulated bus, which the program's own drivers poll; without any,
+  /// detectors tell the layout directly.
+  explicit SoakScene(std::uint64_t seed, unsigned readers = 0);
   ~SoakScene();
   SoakScene(const SoakScene&) = delete;
   SoakScene& operator=(const SoakScene&) = delete;
 
-  /// With an input of its own unless one is given.
+  /// With an input of its own, or with that of another block.
   template <typename T>
-  T& add_block(const std::string& name, double length, TrackInput* input = nullptr) {
+  T& add_block(const std::string& name, double length, const Block* shares_with = nullptr) {
     auto* block = new T;
-    enter_block(*block, name, length, input);
+    enter_block(*block, name, length, shares_with);
     return *block;
   }
   [[nodiscard]] const std::vector<Block*>& blocks() const { return blocks_; }
+  [[nodiscard]] TrackStation& station() { return *station_; }
+  /// Null without a bus.
+  [[nodiscard]] BusInService* bus() { return bus_.get(); }
 
   /// Beside the track, with a locomotive of its address.
   Driven& add_train(TrainOptions options);
@@ -91,11 +97,15 @@ class SoakScene {
   std::uint64_t blocks_entered = 0;
 
  private:
-  void enter_block(Block& block, const std::string& name, double length, TrackInput* input);
+  void enter_block(Block& block, const std::string& name, double length, const Block* shares_with);
+  void give_input(Block& block, const Block* shares_with);
   void note(const TrackEvent& event);
   [[nodiscard]] Lok* new_lok(const TrainOptions& options);
 
   TrackReader* reader_;
+  TrackStation* station_;
+  std::unique_ptr<BusInService> bus_;
+  unsigned inputs_ = 0;  // of the bus that blocks have
   std::vector<Block*> blocks_;
   std::map<const Block*, Driven::Time> thrown_;
   std::map<const Block*, Driven::Time> changed_hands_;

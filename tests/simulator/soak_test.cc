@@ -3,11 +3,15 @@
 
 #include "core/layout.h"
 #include "devices/default_device.h"
+#include "simulator/bus_latency.h"
+#include "simulator/soak_bus.h"
 #include "simulator/soak_causes.h"
 #include "simulator/soak_following.h"
 
 namespace zemblar::simulator {
 namespace {
+
+using namespace std::chrono_literals;
 
 // What a soak run finds has to be found when it is there.
 TEST(Soak, finds_trains_that_meet_where_blocks_are_too_short_to_stop_in) {
@@ -21,6 +25,23 @@ TEST(Soak, finds_trains_that_meet_where_blocks_are_too_short_to_stop_in) {
                                   .longest_block = 250});
   EXPECT_FALSE(bad.good) << bad.report;
   EXPECT_NE(bad.report.find("has entered"), std::string::npos) << bad.report;
+}
+
+TEST(Soak, brings_a_bus_back_into_service_after_each_fault_and_tells_when_that_takes_too_long) {
+  const auto good = run_bus_faults({.hours = 0.2, .seed = 2, .readers = 2});
+  EXPECT_EQ("", good.trouble);
+  EXPECT_GT(good.faults.size(), 5u);
+  const auto bad = run_bus_faults({.hours = 1, .seed = 2, .readers = 2, .allowed = 500ms});
+  EXPECT_NE(bad.trouble.find("not all is in service again"), std::string::npos) << bad.trouble;
+}
+
+TEST(Soak, brakes_over_the_bus_within_one_poll_of_all_readers) {
+  for (const auto load : {Load::scanning, Load::other_locomotives, Load::every_packet}) {
+    const auto measured = measure_bus_latency(3, load, 10, 5);
+    EXPECT_TRUE(measured.good()) << measured.times.back().count() << " of "
+                                 << measured.bound.count();
+    EXPECT_GT(measured.times.front(), 20ms) << "not over the wire";
+  }
 }
 
 class SoakInquest : public testing::Test {

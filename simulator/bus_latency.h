@@ -1,0 +1,40 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <iosfwd>
+#include <vector>
+
+namespace zemblar::simulator {
+
+/// What else the program has to do meanwhile.
+enum class Load {
+  quiet,
+  scanning,           ///< for new devices
+  other_locomotives,  ///< change their speeds, 40 of them twice a second each
+  every_packet,       ///< readers tell of each packet on the track, not only of answered ones
+};
+
+/// How long it takes from the moment that the hardware's input ahead of a train sees current to the
+/// speed 0 at the station, over a simulated bus and the program's drivers, in virtual time.
+struct BusLatency {
+  using Milliseconds = std::chrono::milliseconds;
+
+  unsigned readers = 1;
+  Load load = Load::quiet;
+  std::vector<Milliseconds> times{};  ///< in order of length
+  /// No time may be longer: the rest of a poll that has just missed it, the pause, one poll of
+  /// each reader, a step of a scan, and the station's conversations ahead.
+  Milliseconds bound{};
+  /// How long the block stays occupied after the current has gone; in order of length.
+  std::vector<Milliseconds> holds{};
+
+  [[nodiscard]] bool good() const { return !times.empty() && times.back() <= bound; }
+};
+
+[[nodiscard]] BusLatency measure_bus_latency(unsigned readers, Load load, unsigned samples,
+                                             std::uint64_t seed);
+
+void print(const std::vector<BusLatency>& rows, std::ostream& out);
+
+}  // namespace zemblar::simulator
