@@ -1,5 +1,5 @@
 // The program on a given layout, with a simulated railway to drive: what scripts/demo starts.
-//   zemblar-demo LAYOUT
+//   zemblar-demo [--liusb] LAYOUT
 // A layout file cannot hold an ECoS, so it is added here, as New Device does it.
 
 #include <glibmm/main.h>
@@ -11,6 +11,7 @@
 #include "core/layout.h"
 #include "demo/railway.h"
 #include "devices/device_ecos.h"
+#include "devices/hw_list.h"
 #include "ui/application.h"
 #include "ui/lok_controller.h"
 
@@ -29,13 +30,18 @@ void add_station(std::uint16_t port) {
 int main(int argc, char** argv) {
   zemblar::set_up_process();
   Gtk::Main toolkit(argc, argv);
-  if (argc != 2) {
-    std::cerr << "usage: zemblar-demo LAYOUT\n";
+  const bool with_liusb = argc == 3 && argv[1] == std::string_view("--liusb");
+  if (argc != 2 && !with_liusb) {
+    std::cerr << "usage: zemblar-demo [--liusb] LAYOUT\n";
     return 2;
   }
-  zemblar::GlobalOptions::get().set_layout(argv[1]);
-  zemblar::Application application({.track_editor = true});
+  auto hardware = std::make_unique<zemblar::simulator::MemoryHardware>();
   zemblar::demo::Railway railway;
+  railway.plug_bus_into(*hardware);
+  if (with_liusb) railway.plug_liusb_into(*hardware);
+  zemblar::HWList::look_at(std::move(hardware));
+  zemblar::GlobalOptions::get().set_layout(argv[argc - 1]);
+  zemblar::Application application({.track_editor = true});
   add_station(railway.port());
   railway.build();
   Glib::signal_timeout().connect_once([] { zemblar::LokController::open(); }, throttle_delay);

@@ -1,5 +1,6 @@
 #include "demo/railway.h"
 
+#include <array>
 #include <iostream>
 
 #include "core/layout.h"
@@ -12,21 +13,15 @@ namespace {
 using simulator::TrackEvent;
 
 constexpr double point_length = 250;  // mm; zones have a metre
+constexpr std::array<std::uint8_t, 2> reader_addresses{1, 2};
 
 void say(const std::string& text) {
   const simulator::EcosLogEntry entry{.time = std::chrono::system_clock::now(), .text = text};
   std::cout << simulator::format(entry) << std::endl;
 }
 
-/// The detector of the nearest block beside it that has one: points and crossings have none of
-/// their own, since trains are longer than they are.
-Device* shared_input(Block& block, const std::vector<std::string>& links) {
-  for (const auto& name : links) {
-    const auto* link = block.get_link(name);
-    const auto* partner = link ? link->get_partner() : nullptr;
-    if (partner && partner->get_block()->has_input()) return partner->get_block()->get_input();
-  }
-  return nullptr;
+void later(std::chrono::milliseconds delay, std::function<void()> call) {
+  Timeout::once(delay, std::move(call)).release();
 }
 
 template <typename Visit>
@@ -38,7 +33,11 @@ void for_each_block(Section section, const Visit& visit) {
 
 }  // namespace
 
-Railway::Railway() : reader_(new simulator::TrackReader) {
+Railway::Railway() : liusb_(later, [this](std::string_view bytes) { liusb_cable_.send(bytes); }) {
+  liusb_cable_.on_bytes([this](std::string_view bytes) { on_liusb(bytes); });
+  for (const auto address : reader_addresses) bus_.add_reader(address).options.other_packets = 100;
+  bus_.master.log = false;
+  bus_.serve(track_);
   station_.on_log([this](const simulator::EcosLogEntry& entry) { on_station(entry); });
   station_.listen();
   station_.press_go();
@@ -49,27 +48,30 @@ Railway::Railway() : reader_(new simulator::TrackReader) {
 
 Railway::~Railway() {
   station_.on_log({});
-  reader_->destroy();
+  liusb_.lose_power();
+}
+
+void Railway::plug_liusb_into(simulator::MemoryHardware& hardware) {
+  const HWDevice record{.object_name = "memory/simulated-liusb",
+                        .description = "LI-USB",
+                        .hardware_ids = {"USB\\VID_0403&PID_D780"},
+                        .port_name = "simulated-liusb"};
+  hardware.plug_in(record, [this] { return liusb_cable_.plug(); });
 }
 
 void Railway::build() {
-  attach_detectors();
+  wire_blocks();
   put("Local 24", "North Line East", {.length = 350, .top_speed = 300});
   put("Express 103", "Station 1", {.length = 500, .top_speed = 420});
 }
 
-void Railway::attach_detectors() {
-  for_each_block(Section::blocks, [this](Block& block) {
-    if (dynamic_cast<Zone*>(&block)) block.set_input(reader_->add_input());
-  });
-  const auto share = [this](Block& block) {
-    if (!block.has_input()) {
-      track_.set_length(&block, point_length);
-      block.set_input(shared_input(block, {"common", "bottom-right", "top-right"}));
-    }
+void Railway::wire_blocks() {
+  const auto wire = [this](Block& block) {
+    if (!dynamic_cast<Zone*>(&block)) track_.set_length(&block, point_length);
+    bus_.wire_to_input(block);
   };
-  for_each_block(Section::blocks, share);
-  for_each_block(Section::points, share);
+  for_each_block(Section::blocks, wire);
+  for_each_block(Section::points, wire);
 }
 
 void Railway::put(const char* lok, const char* block, simulator::TrainOptions options) {
@@ -93,11 +95,28 @@ void Railway::on_station(const simulator::EcosLogEntry& entry) {
     if (!known) continue;
     const auto id = std::to_string(known->id);
     if (entry.text.starts_with("<REPLY set(" + id + ",stop")) track_.emergency_stop(address);
-    const auto step = std::min(known->speed, 126u);
-    const bool forwards = known->direction == 0;
-    if (step != train->step() || forwards != train->wanted_forwards()) {
-      track_.command(address, step, forwards);
-    }
+    drive(address, std::min(known->speed, 126u), known->direction == 0);
+  }
+}
+
+// The same: what it was told last.
+void Railway::on_liusb(std::string_view bytes) {
+  liusb_.receive(bytes);
+  for (const auto& request : liusb_.take_requests()) say("LI-USB <- " + request);
+  for (const auto& train : track_.trains()) {
+    const auto address = train->options().address.number;
+    const auto* known = liusb_.station.locomotive(address);
+    if (!known) continue;
+    if (known->emergency) track_.emergency_stop(address);
+    drive(address, known->step, known->forwards);
+  }
+}
+
+void Railway::drive(unsigned address, unsigned step, bool forwards) {
+  for (const auto& train : track_.trains()) {
+    if (train->options().address.number != address) continue;
+    if (step == train->step() && forwards == train->wanted_forwards()) continue;
+    track_.command(address, step, forwards);
   }
 }
 

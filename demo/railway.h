@@ -4,17 +4,19 @@
 #include <vector>
 
 #include "simulator/ecos_station.h"
+#include "simulator/liusb_interface.h"
+#include "simulator/memory_hardware.h"
+#include "simulator/simulated_bus.h"
 #include "simulator/track_model.h"
-#include "simulator/track_reader.h"
 
 namespace zemblar::demo {
 
 /// The railway of the demonstration: a command station on this machine, trains on the blocks of the
-/// open layout that do what it tells them, and a reader in memory for their detectors. What goes
-/// over the wire and what the trains do is printed.
+/// open layout that do what it tells them, and a bus with RailCom readers for their detectors. What
+/// the station is told and what the trains do is printed.
 ///
-/// The driver that the program has for such a station talks to it over the network, as to a real
-/// one.
+/// The drivers that the program has for such hardware talk to it as to the real one: over the
+/// network, and over serial ports that it finds.
 class Railway {
  public:
   Railway();
@@ -24,19 +26,28 @@ class Railway {
 
   /// Where the station listens.
   [[nodiscard]] std::uint16_t port() { return station_.port(); }
-  /// Gives the layout's blocks their detectors and puts two trains on the line, one behind the
-  /// other with a free block between. Does nothing to a layout without these blocks.
+  /// Plugs in the bus.
+  void plug_bus_into(simulator::MemoryHardware& hardware) { bus_.plug_into(hardware); }
+  /// Plugs in a LI-USB as well, which drives the same trains.
+  void plug_liusb_into(simulator::MemoryHardware& hardware);
+  /// Wires the layout's blocks to the inputs that they have chosen, and puts two trains on the
+  /// line, one behind the other with a free block between. Does nothing to a layout without these
+  /// blocks.
   void build();
 
  private:
-  void attach_detectors();
+  void wire_blocks();
   void put(const char* lok, const char* block, simulator::TrainOptions options);
   void on_station(const simulator::EcosLogEntry& entry);
+  void on_liusb(std::string_view bytes);
   void on_track(const simulator::TrackEvent& event);
+  void drive(unsigned address, unsigned step, bool forwards);
 
   simulator::EcosStation station_;
+  simulator::SerialCable liusb_cable_;
+  simulator::LiUsbInterface liusb_;
+  simulator::SimulatedBus bus_;
   simulator::TrackModel track_;
-  simulator::TrackReader* reader_;  // in no tree: ended by hand
 };
 
 }  // namespace zemblar::demo
