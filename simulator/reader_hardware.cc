@@ -198,10 +198,12 @@ void ReaderHardware::record_other_packets() {
   const auto now = Clock::now();
   const std::chrono::duration<double> time = now - others_until_;
   const auto count = static_cast<std::uint64_t>(time.count() * options.other_packets);
-  if (count > 0) others_until_ = now;
-  const auto states = records_.empty() ? told_ : records_.back().states;
-  if (!states) return;
-  for (std::uint64_t i = 0; i < count; ++i) add({idle_packet(), *states});
+  if (count == 0 || (records_.empty() && !told_)) return;
+  others_until_ = now;
+  const States states = records_.empty() ? *told_ : records_.back().states;
+  const auto kept = std::min<std::uint64_t>(count, options.most_records);
+  dropped_ += count - kept;
+  for (std::uint64_t i = 0; i < kept; ++i) add({idle_packet(), states});
 }
 
 void ReaderHardware::add(Record record) {
