@@ -78,7 +78,7 @@ void DeviceTessaraRailComReaderInput::set_state(unsigned state) {
 }
 
 void DeviceTessaraRailComReaderInput::on_packet(const std::string& dcc, const std::string& bytes) {
-  std::ranges::rotate(packets_, packets_.end() - 1);
+  std::rotate(packets_.begin(), packets_.end() - 1, packets_.end());
   packets_[0] = bytes;
   decode_newest(dcc);
 }
