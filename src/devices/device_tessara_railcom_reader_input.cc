@@ -68,10 +68,10 @@ std::vector<Lok*> DeviceTessaraRailComReaderInput::detected() const {
 // --- What the reader has heard ---
 
 void DeviceTessaraRailComReaderInput::set_state(unsigned state) {
-  assert(state < 4);
   if (state == state_) return;
   if (state != 0) free_time_ = 0;
   state_ = state;
+  assert(state_ < 4);
   const auto alive = liveness();
   tell(signal_changed());
   if (*alive) tell(signal_state_changed());

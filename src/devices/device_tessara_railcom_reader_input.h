@@ -35,8 +35,8 @@ class DeviceTessaraRailComReaderInput : public Device {
   /// In the order of their addresses.
   [[nodiscard]] std::vector<Lok*> detected() const override;
 
-  /// Below 4 (asserted as "state < 4"): 0 without current, 1 with current, 2 and 3 with current and
-  /// RailCom from one side or the other.
+  /// Below 4 (asserted as "state_ < 4"): 0 without current, 1 with current, 2 and 3 with current
+  /// and RailCom from one side or the other.
   void set_state(unsigned state);
   /// What was heard after a DCC packet; no bytes when nobody answered.
   void on_packet(const std::string& dcc, const std::string& bytes);

@@ -22,7 +22,9 @@ constexpr unsigned highest_silent_state = 1;
 class Records {
  public:
   Records(std::string_view answer, RailComPollSink& sink)
-      : stream_(answer), sink_(sink), input_count_(sink.input_count()) {}
+      : stream_(answer), sink_(sink), input_count_(sink.input_count()) {
+    for (unsigned input = 0; input < input_count_; ++input) take_state(input, sink.state(input));
+  }
 
   [[nodiscard]] bool at_end() const { return stream_.eos(); }
 
@@ -30,26 +32,15 @@ class Records {
     const unsigned head = stream_.read_byte();
     if (head & is_empty) return true;
     dcc_ = stream_.read_bytes((head & packet_size) + 1);
-    heard_count_ = 0;
-    if (head & has_states) {
-      if (!read_states()) return false;
-    } else {
-      ask_states();
-    }
+    if ((head & has_states) && !read_states()) return false;
     read_repeats();
     read_lengths();
     return read_answers();
   }
 
  private:
-  /// An input of which the record says what it heard.
-  struct Heard {
-    unsigned input;
-    unsigned repeat;
-    unsigned length;
-  };
-
   bool read_states() {
+    heard_count_ = 0;
     for (unsigned input = 0; input < input_count_; ++input) {
       const auto state = static_cast<std::uint8_t>(stream_.read_bits(state_bits));
       take_state(input, state);
@@ -59,49 +50,50 @@ class Records {
     return true;
   }
 
-  void ask_states() {
-    for (unsigned input = 0; input < input_count_; ++input) take_state(input, sink_.state(input));
-  }
-
   void take_state(unsigned input, unsigned state) {
-    if (state > highest_silent_state) heard_[heard_count_++] = {input, 0, 0};
+    if (state > highest_silent_state) heard_[heard_count_++] = input;
   }
 
   void read_repeats() {
+    auto& repeats = repeats_;
     for (unsigned i = 0; i < heard_count_; ++i) {
-      heard_[i].repeat = stream_.read_bits(repeat_bits);
-      assert(heard_[i].repeat < 4);
+      repeats[i] = stream_.read_bits(repeat_bits);
+      assert(repeats[i] < 4);
     }
     stream_.align();
   }
 
   void read_lengths() {
     for (unsigned i = 0; i < heard_count_; ++i) {
-      if (heard_[i].repeat == 0) heard_[i].length = stream_.read_bits(length_bits);
+      if (repeats_[i] == 0) lengths_[i] = stream_.read_bits(length_bits);
     }
     stream_.align();
   }
 
   bool read_answers() {
     for (unsigned i = 0; i < heard_count_; ++i) {
-      if (!read_answer(heard_[i])) return false;
+      if (!read_answer(i)) return false;
     }
     return true;
   }
 
   // Nothing is read for no bytes: at the end of the stream there would be none to read.
-  bool read_answer(const Heard& heard) {
-    if (heard.repeat > 0) return sink_.on_repeat(heard.input, dcc_, heard.repeat);
-    if (heard.length == 0) return sink_.on_packet(heard.input, dcc_, {});
-    return sink_.on_packet(heard.input, dcc_, stream_.read_bytes(heard.length));
+  bool read_answer(unsigned i) {
+    const auto input = heard_[i];
+    if (repeats_[i] > 0) return sink_.on_repeat(input, dcc_, repeats_[i]);
+    if (lengths_[i] == 0) return sink_.on_packet(input, dcc_, {});
+    return sink_.on_packet(input, dcc_, stream_.read_bytes(lengths_[i]));
   }
 
   BitstreamReader stream_;
   RailComPollSink& sink_;
   unsigned input_count_;
   std::string dcc_;  // the packet of the present record
-  std::array<Heard, 256> heard_;
+  // The inputs of which each record says what they heard, and what it says of them.
   unsigned heard_count_ = 0;
+  std::array<unsigned, 256> heard_;
+  std::array<unsigned, 256> repeats_;
+  std::array<unsigned, 256> lengths_;
 };
 
 }  // namespace

@@ -30,8 +30,8 @@ class RailComPollSink {
 /// on the track, with the states of all inputs if one has changed, and with what each input of
 /// state 2 or 3 heard after the packet. Pure.
 ///
-/// The states of a record are told as they are read, and those of a record without any are asked
-/// for once: what calls change meanwhile does not change how its rest is read.
+/// The states of a record are told as they are read. They are asked for at the beginning only: what
+/// the calls bring about does not change how the rest is read.
 ///
 /// Throws BitstreamReader::EOS when the answer ends within a record. What had been read of that one
 /// has been told: states at once, answers when all their lengths are known.

@@ -111,11 +111,11 @@ TEST(RailComPoll, reads_records_of_all_kinds) {
   }
 }
 
-TEST(RailComPoll, reads_a_record_to_its_end_whatever_its_answers_change) {
+TEST(RailComPoll, reads_an_answer_to_its_end_whatever_comes_of_it) {
   Listener forgetful({2, 2});
   forgetful.forgetful = true;
-  EXPECT_THAT(forgetful.hear(from_hex("00 ff 00 11 ac aa 00 03")),
-              ElementsAre("0 ff -> ac", "1 ff -> aa"));
+  EXPECT_THAT(forgetful.hear(from_hex("00 ff 00 11 ac aa 00 03 09")),
+              ElementsAre("0 ff -> ac", "1 ff -> aa", "0 03 again 1", "1 03 again 2"));
 
   Listener soon_fed_up({2, 2}, 3);
   EXPECT_THAT(soon_fed_up.hear(from_hex("00 ff 05 40 ff 0f 05")),

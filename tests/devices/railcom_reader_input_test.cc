@@ -179,7 +179,7 @@ TEST_F(RailComReaderInputTest, finds_repeated_answers_where_the_reader_has_them)
     input->tick(1001);
   }
   EXPECT_DEATH(input->on_repeat(idle, 0), "repeat_nr && \\(repeat_nr < 4\\)");
-  EXPECT_DEATH(input->set_state(4), "state < 4");
+  EXPECT_DEATH(input->set_state(4), "state_ < 4");
 }
 
 TEST_F(RailComReaderInputTest, forgets_locomotives_that_end) {

@@ -232,6 +232,38 @@ TEST_F(RailComReaderTest, stays_with_its_blocks_in_a_file) {
   EXPECT_TRUE(zone->occupied());
 }
 
+TEST_F(RailComReaderTest, reads_inputs_that_nobody_refers_to) {
+  const std::string file =
+      "%YAML 1.2\n"
+      "title: Readers\n"
+      "objects:\n"
+      "  - !device/Tessara/BUS\n"
+      "    name: Tessara Bus 1\n"
+      "    id: 0\n"
+      "    serial-nr: TB-0001\n"
+      "    devices:\n"
+      "      - !device/Tessara/QVRN\n"
+      "        name: RailCom Reader 1\n"
+      "        id: 1\n"
+      "        address: 3\n"
+      "        serial-nr: RR-0001\n"
+      "        inputs:";
+  const struct {
+    const char* inputs;
+    std::size_t count;
+    const char* written;
+  } cases[] = {
+      {" []\n", 0, "\n          []\n"},
+      {"\n          - ~\n          - {}\n          - id: 9\n", 3,
+       "\n          - id: 2\n          - id: 3\n          - id: 4\n"},
+  };
+  for (const auto& c : cases) {
+    ASSERT_TRUE(Layout::open_bytes(folder.file("layout.zblt"), file + c.inputs)) << get_status();
+    EXPECT_EQ(reader()->inputs().size(), c.count);
+    EXPECT_EQ(layout().serialize(), file + c.written);
+  }
+}
+
 TEST_F(RailComReaderTest, uses_the_encoding_that_says_something) {
   const struct {
     std::uint8_t offered;
