@@ -33,6 +33,12 @@ class RailComReaderInputTest : public test::LayoutTest {
     follow();
   }
 
+  // What it tells at its end is still written down.
+  ~RailComReaderInputTest() override {
+    on_line = {};
+    reader->destroy();
+  }
+
   void follow() {
     const auto note_lok = [this](const char* text) {
       return [this, text](Lok* lok) { note(text + lok->get_name().raw()); };

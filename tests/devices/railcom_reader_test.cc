@@ -7,6 +7,7 @@
 #include "devices/device_tessara_railcom_reader.h"
 #include "devices/serial_port_tessara.h"
 #include "locomotives/lok.h"
+#include "runtime/fiber.h"
 #include "simulator/railcom_encoder.h"
 #include "simulator/reader_hardware.h"
 #include "simulator/tessara_master.h"
@@ -283,6 +284,39 @@ TEST_F(RailComReaderTest, uses_the_encoding_that_says_something) {
     clock.advance(1s);
     EXPECT_EQ(c.seen, occupied());
     reader()->destroy();
+  }
+}
+
+TEST_F(RailComReaderTest, tells_its_hardware_what_to_listen_to) {
+  auto* commanded = find_reader();
+  ASSERT_TRUE(commanded);
+  std::vector<bool> all_but_the_last(8, true);
+  all_but_the_last[7] = false;
+  const struct {
+    std::function<void()> command;
+    const char* outcome;
+    const char* occupied;
+  } cases[] = {
+      {[=] { commanded->enable_inputs(std::vector<bool>(7)); }, "Incorrect Vector Size", "07"},
+      {[=] { commanded->enable_inputs(all_but_the_last); }, "", "0"},
+      {[=] { commanded->set_encoding(1); }, "Unsupported Encoding", "0"},
+      {[=] { commanded->set_encoding(0); }, "", "0"},
+  };
+  for (const auto& c : cases) {
+    hardware->input(0).set_current(true);
+    hardware->input(7).set_current(true);
+    std::string outcome = "waiting";
+    fiber::spawn([&] {
+      try {
+        c.command();
+        outcome.clear();
+      } catch (const std::exception& error) {
+        outcome = error.what();
+      }
+    });
+    clock.advance(2s);
+    EXPECT_EQ(outcome, c.outcome);
+    EXPECT_EQ(occupied(), c.occupied);
   }
 }
 
