@@ -12,6 +12,7 @@
 #include "demo/railway.h"
 #include "devices/device_ecos.h"
 #include "devices/hw_list.h"
+#include "runtime/scoped_connection.h"
 #include "ui/application.h"
 #include "ui/lok_controller.h"
 
@@ -42,8 +43,12 @@ int main(int argc, char** argv) {
   zemblar::HWList::look_at(std::move(hardware));
   zemblar::GlobalOptions::get().set_layout(argv[argc - 1]);
   zemblar::Application application({.track_editor = true});
-  add_station(railway.port());
-  railway.build();
+  const auto begin = [&railway] {
+    add_station(railway.port());
+    railway.build();
+  };
+  begin();
+  const zemblar::ScopedConnection replaced(zemblar::Layout::signal_replaced().connect(begin));
   Glib::signal_timeout().connect_once([] { zemblar::LokController::open(); }, throttle_delay);
   zemblar::Application::run();
   return 0;

@@ -1,5 +1,6 @@
 #include "demo/railway.h"
 
+#include <algorithm>
 #include <array>
 #include <iostream>
 
@@ -81,8 +82,11 @@ void Railway::put(const char* lok, const char* block, simulator::TrainOptions op
   const auto address = driven->get_decoders().front()->get_address();
   options.name = lok;
   options.address = {address.get_addr(), address.is_long()};
-  if (!track_.place(track_.add_train(options), zone->right)) return;
-  say(options.name + " stands in " + block);
+  const auto& trains = track_.trains();
+  const auto known = std::ranges::find_if(
+      trains, [lok](const auto& train) { return train->options().name == lok; });
+  auto& train = known == trains.end() ? track_.add_train(options) : **known;
+  if (track_.place(train, zone->right)) say(options.name + " stands in " + block);
 }
 
 // The station's own state says what its decoders are told: asked after each answer.
@@ -107,8 +111,11 @@ void Railway::on_liusb(std::string_view bytes) {
     const auto address = train->options().address.number;
     const auto* known = liusb_.station.locomotive(address);
     if (!known) continue;
-    if (known->emergency) track_.emergency_stop(address);
-    drive(address, known->step, known->forwards);
+    if (known->emergency) {
+      track_.emergency_stop(address);
+    } else {
+      drive(address, known->step, known->forwards);
+    }
   }
 }
 
