@@ -8,6 +8,9 @@
 #include <iostream>
 #include <stdexcept>
 
+/// There in a build with sanitizers alone.
+extern "C" __attribute__((weak)) int __lsan_do_recoverable_leak_check();
+
 namespace zemblar::simulator {
 namespace {
 
@@ -25,6 +28,7 @@ constexpr std::array expected_assertions{"front != front_", "back != front_", "b
     status = 1;
   }
   std::cerr.flush();
+  if (__lsan_do_recoverable_leak_check && __lsan_do_recoverable_leak_check() != 0) status = 1;
   ::_exit(status);
 }
 
