@@ -6,9 +6,12 @@
 
 #include "core/document_class.h"
 #include "core/i18n.h"
+#include "core/layout.h"
 #include "core/property.h"
+#include "core/status.h"
 #include "core/yaml_io.h"
 #include "diagram/colour.h"
+#include "diagram/view_class.h"
 
 namespace zemblar {
 namespace {
@@ -16,12 +19,9 @@ namespace {
 const DocumentClass::Registration registration(document_class<View>("!view", Section::views));
 const ToplevelAccepts acceptance = toplevel_accepts_class<View>(Section::views);
 
-/// No class of diagram objects has been registered, so every entry has an unknown tag.
-void read_objects(const YAML::Node& entries) {
-  for (const auto& entry : entries) {
-    throw YAML::RepresentationException(
-        entry.Mark(), Glib::ustring::compose("Unimplemented Load: %1", entry.Tag()));
-  }
+Glib::RefPtr<ViewObj> hold(ViewObj* object) {
+  object->reference();
+  return Glib::RefPtr<ViewObj>(object);
 }
 
 }  // namespace
@@ -43,10 +43,92 @@ View::View(const YAML::Node& node) : View() {
   if (const auto objects = node["objects"]) read_objects(objects);
 }
 
+// Indices in the file count all objects, so none is dropped before they have found each other.
+void View::read_objects(const YAML::Node& entries) {
+  for (const auto& entry : entries) {
+    const auto* view_class = ViewClass::find(entry.Tag());
+    if (!view_class) {
+      throw YAML::RepresentationException(
+          entry.Mark(), Glib::ustring::compose("Unimplemented Load: %1", entry.Tag()));
+    }
+    add_object(view_class->load(entry));
+  }
+  Layout::get().signal_post_resolve().connect(sigc::track_obj(
+      [this] {
+        drop_incomplete_objects();
+        return true;
+      },
+      *this));
+}
+
+void View::drop_incomplete_objects() {
+  const auto objects = objects_;
+  unsigned dropped = 0;
+  for (const auto& object : objects) {
+    if (object->get_object()) continue;
+    ++dropped;
+    remove_object(object.operator->());
+  }
+  if (dropped == 0) return;
+  set_status(Glib::ustring::compose(
+      dngettext(GETTEXT_PACKAGE,
+                "%1 object in “%2” shows something that is not in the file and was left out.",
+                "%1 objects in “%2” show something that is not in the file and were left out.",
+                dropped),
+      dropped, get_name()));
+}
+
+void View::on_deleting() {
+  while (!objects_.empty()) remove_object(objects_.back().operator->());
+}
+
+// --- Objects ---
+
+void View::add_object(ViewObj* object) {
+  objects_.push_back(Glib::RefPtr<ViewObj>(object));
+  object->set_view(this);
+}
+
+void View::remove_object(ViewObj* object) {
+  const auto held = hold(object);
+  if (std::erase(objects_, held) == 0) return;
+  object->set_view(nullptr);
+  signal_changed_.emit();
+}
+
+void View::move_to_top(ViewObj* object) {
+  move_object(object, true);
+}
+
+void View::move_to_bottom(ViewObj* object) {
+  move_object(object, false);
+}
+
+void View::move_object(ViewObj* object, bool to_top) {
+  const auto held = hold(object);
+  if (std::erase(objects_, held) == 0) return;
+  objects_.insert(to_top ? objects_.end() : objects_.begin(), held);
+  signal_changed_.emit();
+}
+
+void View::object_changed(ViewObj* object) {
+  changed_object_ = object;
+  signal_changed_.emit();
+  changed_object_ = nullptr;
+}
+
+// --- Colour and size ---
+
 void View::set_colour(const Gdk::Color& colour) {
   if (colour == colour_) return;
   colour_ = colour;
   notify_property(*this, "colour");
+}
+
+double View::get_ink() const {
+  const double luminance =
+      0.299 * colour_.get_red_p() + 0.587 * colour_.get_green_p() + 0.114 * colour_.get_blue_p();
+  return luminance > 0.5 ? 0.0 : 1.0;
 }
 
 void View::set_hidden(bool hidden) {
@@ -94,6 +176,11 @@ void View::save(YAML::Emitter& out) const {
   out << YAML::Key << "colour" << YAML::Value << colour_;
   out << YAML::Key << "image" << YAML::Value << image_.path();
   out << YAML::Key << "hidden" << YAML::Value << hidden_;
+  if (!objects_.empty()) {
+    out << YAML::Key << "objects" << YAML::Value << YAML::BeginSeq;
+    for (const auto& object : objects_) object->save(out);
+    out << YAML::EndSeq;
+  }
   out << YAML::EndMap;
 }
 

@@ -3,13 +3,18 @@
 #include <gdkmm/color.h>
 
 #include <string>
+#include <vector>
 
 #include "core/object.h"
 #include "diagram/background_image.h"
+#include "diagram/view_object.h"
 
 namespace zemblar {
 
 /// One track diagram: a canvas with a colour and perhaps a picture to draw over.
+///
+/// It owns its diagram objects, which show objects of the layout; an object whose own is not in the
+/// file is dropped when all has been read, and the status line says so.
 ///
 /// Diagram units are pixels at zoom 1. The table size is not written to the file: it is set again
 /// from the picture, if there is one, and by hand otherwise.
@@ -18,6 +23,8 @@ class View : public Object {
   View();
   explicit View(const YAML::Node& node);
 
+  /// Black or white, whichever can be read on the colour.
+  [[nodiscard]] double get_ink() const;
   [[nodiscard]] const Gdk::Color& get_colour() const { return colour_; }
   void set_colour(const Gdk::Color& colour);
   /// A hidden view has no page in the track view. Editors show it all the same.
@@ -36,6 +43,22 @@ class View : public Object {
   [[nodiscard]] unsigned image_x() const { return image_x_; }
   [[nodiscard]] unsigned image_y() const { return image_y_; }
 
+  using Objects = std::vector<Glib::RefPtr<ViewObj>>;
+  /// In the order of drawing, the first at the bottom.
+  [[nodiscard]] const Objects& get_objects() const { return objects_; }
+  /// On top of the others. The view owns it from now on.
+  void add_object(ViewObj* object);
+  /// Ends it; what it shows stays.
+  void remove_object(ViewObj* object);
+  void move_to_top(ViewObj* object);
+  void move_to_bottom(ViewObj* object);
+  /// One object has to be drawn again: `signal_changed` comes, and `changed_object` says so
+  /// meanwhile.
+  void object_changed(ViewObj* object);
+  /// While `signal_changed` is emitted: the only object that has changed; null when it may be
+  /// anything.
+  [[nodiscard]] ViewObj* changed_object() const { return changed_object_; }
+
   void save(YAML::Emitter& out) const override;
 
   Glib::PropertyProxy<Gdk::Color> property_colour() { return {this, "colour"}; }
@@ -46,8 +69,16 @@ class View : public Object {
   sigc::signal<void>& signal_image_changed() { return signal_image_changed_; }
   /// Every display of this view has to draw it again.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
+  sigc::signal<void, ViewObj*>& signal_object_added() { return signal_object_added_; }
+  sigc::signal<void, ViewObj*>& signal_object_removed() { return signal_object_removed_; }
+
+ protected:
+  void on_deleting() override;
 
  private:
+  void read_objects(const YAML::Node& entries);
+  void drop_incomplete_objects();
+  void move_object(ViewObj* object, bool to_top);
   void fit_to_image(double& extent, unsigned& offset, int image_extent, const char* property);
 
   BackgroundImage image_;
@@ -59,6 +90,10 @@ class View : public Object {
   bool hidden_ = false;
   sigc::signal<void> signal_image_changed_;
   sigc::signal<void> signal_changed_;
+  sigc::signal<void, ViewObj*> signal_object_added_;
+  sigc::signal<void, ViewObj*> signal_object_removed_;
+  ViewObj* changed_object_ = nullptr;
+  Objects objects_;
 };
 
 }  // namespace zemblar

@@ -135,12 +135,22 @@ class Lok : public Object {
   }
   sigc::signal<void>& signal_brake_changed() { return signal_brake_changed_; }
   sigc::signal<void>& signal_actual_speed_changed() { return signal_actual_speed_changed_; }
+  /// `front`, `back` or `orientation_known` has changed, and block control has done with it.
+  sigc::signal<void>& signal_place_changed() { return signal_place_changed_; }
   sigc::signal<void>& signal_top_speed_changed() { return signal_top_speed_changed_; }
 
  protected:
   void on_deleting() override;
 
  private:
+  struct Place {
+    const BlockLink* front = nullptr;
+    const BlockLink* back = nullptr;
+    bool orientation_known = false;
+
+    bool operator==(const Place&) const = default;
+  };
+
   struct NoDecoder {};
   explicit Lok(NoDecoder tag);
 
@@ -162,6 +172,8 @@ class Lok : public Object {
   friend class Block;
   void watch(std::size_t place, sigc::signal<void>& signal, void (Lok::*handler)());
   void on_track_event(void (Lok::*handler)());
+  void handle(void (Lok::*handler)());
+  void tell_place();
   void on_front_occupied();
   void on_rear_occupied();
   void on_ahead_occupied();
@@ -207,6 +219,8 @@ class Lok : public Object {
   sigc::signal<void> signal_brake_changed_;
   sigc::signal<void> signal_actual_speed_changed_;
   sigc::signal<void> signal_top_speed_changed_;
+  sigc::signal<void> signal_place_changed_;
+  Place told_place_;
   sigc::signal<void> signal_decoders_changed_;
   sigc::signal<void, const Glib::ustring&> signal_attribute_changed_;
 };

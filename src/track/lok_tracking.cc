@@ -83,7 +83,20 @@ void Lok::watch(std::size_t place, sigc::signal<void>& signal, void (Lok::*handl
 }
 
 void Lok::on_track_event(void (Lok::*handler)()) {
-  Turn::run([&] { (this->*handler)(); }, [&] { return sigc::mem_fun(*this, handler); });
+  Turn::run([&] { handle(handler); },
+            [&] { return sigc::bind(sigc::mem_fun(*this, &Lok::handle), handler); });
+}
+
+void Lok::handle(void (Lok::*handler)()) {
+  const Survival alive(*this);
+  (this->*handler)();
+  if (alive) tell_place();
+}
+
+// Once for each turn, however often the place has changed in it.
+void Lok::tell_place() {
+  const Place place{front, back, orientation_known};
+  if (std::exchange(told_place_, place) != place) signal_place_changed_.emit();
 }
 
 // --- The place and what is watched around it ---
@@ -162,6 +175,7 @@ void Lok::leave_track() {
     if (!alive) return;
     if (std::ranges::find(blocks_, block) != blocks_.end()) block->clear_lok(this);
   }
+  if (alive) tell_place();
 }
 
 void Lok::remember_block(Block* block) {
@@ -176,6 +190,7 @@ void Lok::reverse_place() {
   const auto reverse = [this] {
     std::swap(front, back);
     reconnect();
+    tell_place();
   };
   Turn::run(reverse, [&] { return sigc::track_obj(reverse, *this); });
 }
@@ -302,7 +317,11 @@ void Lok::on_ahead_route() {
 
 void Lok::detected(BlockLink* front_, BlockLink* back_, bool certain) {
   assert(front_->get_block() == back_->get_block());
-  const auto place = [=, this] { place_detected(front_, back_, certain); };
+  const auto place = [=, this] {
+    const Survival alive(*this);
+    place_detected(front_, back_, certain);
+    if (alive) tell_place();
+  };
   Turn::run(place, [&] { return sigc::track_obj(place, *this, *front_->get_block()); });
 }
 

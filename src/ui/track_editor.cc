@@ -4,7 +4,7 @@
 #include <gtkmm/separatortoolitem.h>
 
 #include "core/i18n.h"
-#include "ui/view_canvas.h"
+#include "ui/editor_view.h"
 
 namespace zemblar {
 namespace {
@@ -19,7 +19,7 @@ Gtk::Toolbar& with_separator(Gtk::Toolbar& toolbar) {
 }
 
 Gtk::Widget* make_canvas(View& view) {
-  return new ViewCanvas(view, _("This view is empty."));
+  return scrolled(Gtk::manage(new EditorView(view)));
 }
 
 }  // namespace

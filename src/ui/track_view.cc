@@ -7,9 +7,9 @@
 #include "core/i18n.h"
 #include "core/property.h"
 #include "ui/file_menu.h"
+#include "ui/runtime_view.h"
 #include "ui/stock.h"
 #include "ui/track_editor.h"
-#include "ui/view_canvas.h"
 
 namespace zemblar {
 namespace {
@@ -20,8 +20,7 @@ Gtk::Toolbar& with_separator(Gtk::Toolbar& toolbar) {
 }
 
 Gtk::Widget* make_canvas(View& view) {
-  return new ViewCanvas(view, _("Nothing has been drawn here yet.\n"
-                                "The track editor is in the menu View."));
+  return scrolled(Gtk::manage(new RuntimeView(view)));
 }
 
 }  // namespace

@@ -1,10 +1,24 @@
 #include "ui/view_pages.h"
 
+#include <gtkmm/scrolledwindow.h>
+#include <gtkmm/viewport.h>
+
 #include <algorithm>
 
 #include "core/i18n.h"
 
 namespace zemblar {
+
+Gtk::Widget* scrolled(Gtk::Widget* canvas) {
+  auto* page = Gtk::manage(new Gtk::ScrolledWindow);
+  page->set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_AUTOMATIC);
+  auto* port = Gtk::manage(new Gtk::Viewport(*page->get_hadjustment(), *page->get_vadjustment()));
+  port->set_shadow_type(Gtk::SHADOW_NONE);
+  port->add(*canvas);
+  page->add(*port);
+  page->show_all_children();
+  return page;
+}
 
 struct ViewPages::Page {
   Page(View& view, Gtk::Widget* canvas, Gtk::Label* tab) : view(view), canvas(canvas), tab(tab) {}

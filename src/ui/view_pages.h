@@ -13,6 +13,10 @@
 
 namespace zemblar {
 
+/// A page's content for a canvas that may ask for more room than there is, as one with a large
+/// picture does. Managed.
+[[nodiscard]] Gtk::Widget* scrolled(Gtk::Widget* canvas);
+
 /// A notebook with one page for each view of the current layout, labelled with its name. It
 /// follows views that are added, renamed and removed, and New and Open. Where there is no view,
 /// a text in its place says so.

@@ -1,0 +1,148 @@
+#include "diagram/track_path.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "diagram/view_node.h"
+
+namespace zemblar {
+namespace {
+
+constexpr double half_tick = 6.0;
+constexpr double tick_width = 2.0;
+constexpr double half_arrow = 7.0;
+constexpr double arrow_rim = 3.0;
+
+/// The four points of the curve that leads to a step.
+struct Curve {
+  Vector start, first, second, end;
+};
+
+Curve curve_to(const PathStep& from, const PathStep& to) {
+  return {from.node->pos, from.node->right_point(), to.node->left_point(), to.node->pos};
+}
+
+TrackPlace middle_of_step(const PathStep& from, const PathStep& to) {
+  const auto& a = from.node->pos;
+  const auto& d = to.node->pos;
+  if (to.straight) return {(a + d) * 0.5, normalize(d - a)};
+  const auto curve = curve_to(from, to);
+  const auto pos = a * 0.125 + curve.first * 0.375 + curve.second * 0.375 + d * 0.125;
+  // The middle of a curve runs along the line between the middles of its outer sides.
+  const auto dir = normalize(curve.second + d - a - curve.first);
+  return {pos, dir == Vector{} ? normalize(d - a) : dir};
+}
+
+}  // namespace
+
+void TrackPaths::add_path(TrackPath path) {
+  if (path.size() >= 2) paths_.push_back(std::move(path));
+}
+
+void TrackPaths::stroke_paths(const Cairo::RefPtr<Cairo::Context>& context, bool halo) {
+  context->set_line_join(Cairo::LINE_JOIN_ROUND);
+  context->begin_new_path();
+  if (halo) {
+    context->save();
+    context->set_source_rgb(1, 1, 1);
+    stroke_all(context, halo_width);
+    context->restore();
+  }
+  stroke_all(context, rail_width);
+  paths_.clear();
+}
+
+void TrackPaths::stroke_all(const Cairo::RefPtr<Cairo::Context>& context, double width) const {
+  context->set_line_width(width);
+  for (const auto& path : paths_) {
+    trace(context, path);
+    context->stroke();
+  }
+}
+
+void trace(const Cairo::RefPtr<Cairo::Context>& context, const TrackPath& path) {
+  context->move_to(path.front().node->pos.x, path.front().node->pos.y);
+  for (std::size_t i = 1; i < path.size(); ++i) {
+    const auto curve = curve_to(path[i - 1], path[i]);
+    if (path[i].straight) {
+      context->line_to(curve.end.x, curve.end.y);
+    } else {
+      context->curve_to(curve.first.x, curve.first.y, curve.second.x, curve.second.y, curve.end.x,
+                        curve.end.y);
+    }
+  }
+}
+
+void draw_tick(const Cairo::RefPtr<Cairo::Context>& context, const Vector& position,
+               const Vector& direction) {
+  const auto across = direction.normal() * half_tick;
+  context->begin_new_path();
+  context->move_to(position.x - across.x, position.y - across.y);
+  context->line_to(position.x + across.x, position.y + across.y);
+  context->set_source_rgb(0, 0, 0);
+  context->set_line_width(tick_width);
+  context->stroke();
+}
+
+void draw_travel_arrow(const Cairo::RefPtr<Cairo::Context>& context, const Vector& position,
+                       const Vector& direction) {
+  const auto tip = position + direction * half_arrow;
+  const auto tail = position - direction * half_arrow;
+  const auto across = direction.normal() * half_arrow;
+  context->begin_new_path();
+  context->move_to(tip.x, tip.y);
+  context->line_to(tail.x + across.x, tail.y + across.y);
+  context->line_to(tail.x - across.x, tail.y - across.y);
+  context->close_path();
+  context->set_source_rgb(1, 1, 1);
+  context->set_line_width(arrow_rim);
+  context->stroke_preserve();
+  context->set_source_rgb(0, 0, 0);
+  context->fill();
+}
+
+TrackPlace middle_of(const TrackPath& path) {
+  const auto steps = path.size() - 1;
+  const auto half = steps / 2;
+  if (steps % 2 != 0) return middle_of_step(path[half], path[half + 1]);
+  const auto& node = *path[half].node;
+  const auto chord = normalize(path[half + 1].node->pos - path[half - 1].node->pos);
+  return {node.pos, node.dir == Vector{} ? chord : node.dir};
+}
+
+PixelBox PixelBox::united(const PixelBox& other) const {
+  if (empty()) return other;
+  if (other.empty()) return *this;
+  return {std::min(left, other.left), std::min(top, other.top), std::max(right, other.right),
+          std::max(bottom, other.bottom)};
+}
+
+PixelBox PixelBox::whole() const {
+  return {std::floor(left), std::floor(top), std::ceil(right), std::ceil(bottom)};
+}
+
+// A curve stays within the hull of its four points.
+PixelBox box_of(const Cairo::RefPtr<Cairo::Context>& context, const TrackPath& path,
+                double margin) {
+  constexpr auto far = std::numeric_limits<double>::infinity();
+  PixelBox box{far, far, -far, -far};
+  const auto add = [&](Vector point) {
+    context->user_to_device(point.x, point.y);
+    box = {std::min(box.left, point.x), std::min(box.top, point.y), std::max(box.right, point.x),
+           std::max(box.bottom, point.y)};
+  };
+  for (std::size_t i = 1; i < path.size(); ++i) {
+    const auto curve = curve_to(path[i - 1], path[i]);
+    add(curve.start);
+    add(curve.end);
+    if (path[i].straight) continue;
+    add(curve.first);
+    add(curve.second);
+  }
+  if (box.right < box.left) return {};
+  Vector grown{margin, margin};
+  context->user_to_device_distance(grown.x, grown.y);
+  return {box.left - grown.x, box.top - grown.y, box.right + grown.x, box.bottom + grown.y};
+}
+
+}  // namespace zemblar

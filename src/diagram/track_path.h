@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cairomm/context.h>
+
+#include <vector>
+
+#include "diagram/vector.h"
+
+namespace zemblar {
+
+class ViewNode;
+
+/// A step of a path: to a node, from the one before it.
+struct PathStep {
+  const ViewNode* node;
+  bool straight = false;  ///< otherwise a curve, bent by the handles that face each other
+};
+using TrackPath = std::vector<PathStep>;
+
+/// Tracks to be drawn in one go: all halos lie below all rails.
+class TrackPaths {
+ public:
+  static constexpr double rail_width = 4.0;
+  static constexpr double halo_width = 8.0;
+
+  /// A path of fewer than two nodes is none.
+  void add_path(TrackPath path);
+  /// In the context's colour, over a white halo if asked for. Forgets the paths.
+  void stroke_paths(const Cairo::RefPtr<Cairo::Context>& context, bool halo);
+
+ private:
+  void stroke_all(const Cairo::RefPtr<Cairo::Context>& context, double width) const;
+
+  std::vector<TrackPath> paths_;
+};
+
+/// Makes it the context's path.
+void trace(const Cairo::RefPtr<Cairo::Context>& context, const TrackPath& path);
+/// A line across the end of a track.
+void draw_tick(const Cairo::RefPtr<Cairo::Context>& context, const Vector& position,
+               const Vector& direction);
+
+/// A train travels that way: a black arrowhead with a white rim, on the track.
+void draw_travel_arrow(const Cairo::RefPtr<Cairo::Context>& context, const Vector& position,
+                       const Vector& direction);
+
+/// A place on a track and the direction of the track there.
+struct TrackPlace {
+  Vector pos;
+  Vector dir;
+};
+/// Half-way along a path by its steps: on the middle step, or at the middle node.
+[[nodiscard]] TrackPlace middle_of(const TrackPath& path);
+
+/// A rectangle in device pixels.
+struct PixelBox {
+  double left = 0;
+  double top = 0;
+  double right = 0;
+  double bottom = 0;
+
+  bool operator==(const PixelBox&) const = default;
+  [[nodiscard]] bool empty() const { return right <= left || bottom <= top; }
+  [[nodiscard]] bool meets(const PixelBox& other) const {
+    return left < other.right && other.left < right && top < other.bottom && other.top < bottom;
+  }
+  /// The smallest one around both.
+  [[nodiscard]] PixelBox united(const PixelBox& other) const;
+  /// Grown to whole pixels.
+  [[nodiscard]] PixelBox whole() const;
+};
+/// What the paths can cover when they are drawn, with `margin` diagram units round them.
+[[nodiscard]] PixelBox box_of(const Cairo::RefPtr<Cairo::Context>& context, const TrackPath& path,
+                              double margin);
+
+}  // namespace zemblar

@@ -1,0 +1,27 @@
+#include "diagram/vector.h"
+
+#include <yaml-cpp/yaml.h>
+
+#include "core/yaml_io.h"
+
+namespace zemblar {
+
+Vector normalize(const Vector& vector) {
+  const double length = vector.length();
+  return length > 0 ? vector / length : Vector{};
+}
+
+YAML::Emitter& operator<<(YAML::Emitter& out, const Vector& vector) {
+  return out << YAML::Flow << YAML::BeginSeq << shortest_text(vector.x) << shortest_text(vector.y)
+             << YAML::EndSeq;
+}
+
+void operator>>(const YAML::Node& node, Vector& vector) {
+  if (!node.IsSequence() || node.size() != 2) {
+    throw YAML::RepresentationException(node.Mark(), "Vector requires precisely 2 values");
+  }
+  node[0] >> vector.x;
+  node[1] >> vector.y;
+}
+
+}  // namespace zemblar

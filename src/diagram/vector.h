@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cmath>
+
+namespace YAML {
+class Emitter;
+class Node;
+}  // namespace YAML
+
+namespace zemblar {
+
+/// A place or a direction in a diagram, in diagram units: x to the right, y downwards.
+struct Vector {
+  double x = 0;
+  double y = 0;
+
+  bool operator==(const Vector&) const = default;
+  Vector operator+(const Vector& other) const { return {x + other.x, y + other.y}; }
+  Vector operator-(const Vector& other) const { return {x - other.x, y - other.y}; }
+  Vector operator-() const { return {-x, -y}; }
+  Vector operator*(double factor) const { return {x * factor, y * factor}; }
+  Vector operator/(double divisor) const { return {x / divisor, y / divisor}; }
+  Vector& operator+=(const Vector& other) { return *this = *this + other; }
+
+  [[nodiscard]] double dot(const Vector& other) const { return x * other.x + y * other.y; }
+  [[nodiscard]] double length() const { return std::hypot(x, y); }
+  /// Perpendicular, a quarter turn to the left of someone who looks along it on the screen.
+  [[nodiscard]] Vector normal() const { return {y, -x}; }
+  /// In radians, from the x axis towards the y axis.
+  [[nodiscard]] double get_angle() const { return std::atan2(y, x); }
+};
+
+/// Of length 1; the zero vector stays as it is.
+[[nodiscard]] Vector normalize(const Vector& vector);
+
+/// A flow sequence of two numbers. Reading another count throws YAML::RepresentationException
+/// "Vector requires precisely 2 values"; only finite numbers are read.
+YAML::Emitter& operator<<(YAML::Emitter& out, const Vector& vector);
+void operator>>(const YAML::Node& node, Vector& vector);
+
+}  // namespace zemblar

@@ -1,0 +1,189 @@
+#include "diagram/view_label.h"
+
+#include <yaml-cpp/yaml.h>
+
+#include <cmath>
+
+#include "core/i18n.h"
+#include "core/property.h"
+#include "diagram/view.h"
+#include "diagram/view_class.h"
+#include "diagram/view_menu.h"
+#include "diagram/view_track.h"
+#include "locomotives/lok.h"
+
+namespace zemblar {
+namespace {
+
+constexpr auto font = "Sans 16";
+constexpr int highest_step = 126;
+constexpr double empty_grey = 0.5;
+
+const ViewClass::Registration registration(view_class<ViewLabel>("!view-label"));
+
+std::string in_capitals(Anchor anchor) {
+  std::string text = anchor_name(anchor);
+  for (auto& c : text) c = g_ascii_toupper(c);
+  return text;
+}
+
+Anchor read_align(const YAML::Node& node) {
+  const auto& text = scalar_of(node);
+  for (int i = 0; i < anchor_count; ++i) {
+    const auto anchor = static_cast<Anchor>(i);
+    if (anchor != Anchor::Centre && in_capitals(anchor) == text) return anchor;
+  }
+  throw YAML::InvalidScalar(node.Mark());
+}
+
+}  // namespace
+
+ViewLabel::ViewLabel() : Glib::ObjectBase("ViewLabel") {
+  register_property<int>(this, "align", &ViewLabel::get_align_number, &ViewLabel::set_align_number);
+}
+
+ViewLabel::ViewLabel(Zone& zone, const Vector& place) : ViewLabel() {
+  pos_ = place;
+  attach(zone);
+}
+
+ViewLabel::ViewLabel(const YAML::Node& node) : ViewLabel() {
+  load_shown<Zone>(node, "zone", [this](Zone& zone) { attach(zone); });
+  const auto require = [&node](const char* key) {
+    const auto value = node[key];
+    if (!value) throw YAML::TypedKeyNotFound<std::string>(node.Mark(), key);
+    return value;
+  };
+  require("pos") >> pos_;
+  align_ = read_align(require("align"));
+}
+
+void ViewLabel::save(YAML::Emitter& out) const {
+  out << YAML::LocalTag("view-label") << YAML::BeginMap;
+  out << YAML::Key << "zone" << YAML::Value << static_cast<const zemblar::Object*>(zone_);
+  out << YAML::Key << "pos" << YAML::Value << pos_;
+  out << YAML::Key << "align" << YAML::Value << in_capitals(align_);
+  out << YAML::EndMap;
+}
+
+void ViewLabel::set_align(Anchor align) {
+  if (align == align_ || align == Anchor::Centre) return;
+  align_ = align;
+  notify_property(*this, "align");
+  changed();
+}
+
+void ViewLabel::set_align_number(int align) {
+  if (align >= 0 && align < anchor_count) set_align(static_cast<Anchor>(align));
+}
+
+void ViewLabel::drag_move(const ViewTag& /*tag*/, const Vector& position) {
+  pos_ = position;
+  changed();
+}
+
+void ViewLabel::show_menu(const ViewTag& /*tag*/, guint32 time) {
+  auto menu = std::make_unique<Gtk::Menu>();
+  add_order_items(*menu, *this);
+  popup(std::move(menu), time);
+}
+
+// --- What it says ---
+
+void ViewLabel::attach(Zone& zone) {
+  zone_ = &zone;
+  follow_end(zone);
+  lok_changed_ = zone.signal_lok_changed().connect([this] { follow_lok(); });
+  renamed_ = zone.property_name().signal_changed().connect([this] { changed(); });
+  follow_lok();
+}
+
+void ViewLabel::follow_lok() {
+  lok_signals_.clear();
+  if (auto* lok = zone_->get_lok()) {
+    const auto follow = [this] { this->follow(); };
+    lok_signals_.emplace_back(lok->signal_actual_speed_changed().connect(follow));
+    lok_signals_.emplace_back(lok->signal_top_speed_changed().connect(follow));
+    lok_signals_.emplace_back(lok->property_name().signal_changed().connect(follow));
+  }
+  follow();
+}
+
+void ViewLabel::follow() {
+  auto now = live_text();
+  if (now.raw() == text_.raw()) return;
+  text_ = std::move(now);
+  changed();
+}
+
+Glib::ustring ViewLabel::live_text() const {
+  const auto* lok = zone_->get_lok();
+  if (!lok) return {};
+  if (lok->get_actual_speed() < 0) return lok->get_name();
+  const double speed =
+      static_cast<double>(lok->get_actual_speed()) * lok->get_top_speed() / highest_step;
+  return Glib::ustring::compose(_("%1\nActual Speed: %2"), lok->get_name(),
+                                Glib::ustring::compose(_("%1 km/h"), std::lround(speed)));
+}
+
+// --- Drawing ---
+
+Glib::RefPtr<Pango::Layout> ViewLabel::lay_out(const Context& context,
+                                               const Glib::ustring& text) const {
+  auto layout = Pango::Layout::create(context);
+  layout->set_font_description(Pango::FontDescription(font));
+  layout->set_text(text);
+  return layout;
+}
+
+Vector ViewLabel::origin(const Pango::Rectangle& extents) const {
+  return pos_ + anchor_offset(align_, extents.get_width(), extents.get_height());
+}
+
+void ViewLabel::draw_text(const Context& context, const Glib::ustring& text) const {
+  const auto layout = lay_out(context, text);
+  const auto place = origin(layout->get_pixel_logical_extents());
+  context->move_to(place.x, place.y);
+  layout->show_in_cairo_context(context);
+}
+
+void ViewLabel::draw_live(const Context& context) {
+  if (text_.empty()) return;
+  const double ink = get_view() ? get_view()->get_ink() : 0;
+  context->set_source_rgb(ink, ink, ink);
+  draw_text(context, text_);
+}
+
+void ViewLabel::draw_plain(const Context& context, bool selected) {
+  if (selected) {
+    context->set_source_rgb(0.25, 0.25, 1.0);
+  } else {
+    context->set_source_rgb(empty_grey, empty_grey, empty_grey);
+  }
+  if (zone_) draw_text(context, zone_->get_name());
+}
+
+PixelBox ViewLabel::runtime_box(const Context& context) {
+  if (text_.empty()) return {};
+  const auto extents = lay_out(context, text_)->get_pixel_logical_extents();
+  auto corner = origin(extents);
+  Vector size{static_cast<double>(extents.get_width()), static_cast<double>(extents.get_height())};
+  auto far = corner + size;
+  context->user_to_device(corner.x, corner.y);
+  context->user_to_device(far.x, far.y);
+  // Letters may reach a little beyond the space that they are given.
+  constexpr double overhang = 4;
+  return {corner.x - overhang, corner.y - overhang, far.x + overhang, far.y + overhang};
+}
+
+void ViewLabel::draw_body_tags(const Context& context, bool /*selected*/, SelectionTable& table) {
+  if (!zone_) return;
+  const auto extents = lay_out(context, zone_->get_name())->get_pixel_logical_extents();
+  const auto place = origin(extents);
+  add_tag(context, table, std::make_shared<ViewTag>(this));
+  context->begin_new_path();
+  context->rectangle(place.x, place.y, extents.get_width(), extents.get_height());
+  context->fill();
+}
+
+}  // namespace zemblar

@@ -1,0 +1,170 @@
+#include "diagram/view_link_node.h"
+
+#include <yaml-cpp/yaml.h>
+
+#include <algorithm>
+#include <cassert>
+#include <stdexcept>
+#include <utility>
+
+#include "core/layout.h"
+#include "core/yaml_io.h"
+#include "diagram/view.h"
+#include "diagram/view_object.h"
+#include "track/block.h"
+
+namespace zemblar {
+
+ViewLinkNode::~ViewLinkNode() {
+  disconnect();
+}
+
+void ViewLinkNode::set_type(Type type) {
+  if (type == type_) return;
+  if (type_ != unset) throw std::logic_error("ViewLinkNode::set_type() called twice");
+  type_ = type;
+}
+
+void ViewLinkNode::set_block_link(BlockLink* link) {
+  if (block_link_) throw std::logic_error("ViewLinkNode::set_block_link() called twice");
+  block_link_ = link;
+  if (link_ && link->get_partner() && link->get_partner() != link_->block_link_) disconnect();
+  block_link_changed_ =
+      link->signal_changed().connect(sigc::mem_fun(*this, &ViewLinkNode::on_block_link_changed));
+}
+
+// --- Joining ---
+
+bool ViewLinkNode::is_free_for(const ViewLinkNode& other) const {
+  if (link_ && link_ != &other) return false;
+  const auto* partner = block_link_ ? block_link_->get_partner() : nullptr;
+  return !partner || partner == other.block_link_;
+}
+
+bool ViewLinkNode::can_connect(const ViewLinkNode& other) const {
+  return &other != this && is_free_for(other) && other.is_free_for(*this);
+}
+
+void ViewLinkNode::connect(ViewLinkNode& other) {
+  if (!can_connect(other)) return;
+  // The links tell of it while they are being joined, when the nodes are not yet.
+  if (block_link_ && other.block_link_) block_link_->connect(other.block_link_);
+  link_ = &other;
+  other.link_ = this;
+  pos = other.pos;
+  locked_ = other.locked_;
+  moved();
+  refresh();
+}
+
+void ViewLinkNode::disconnect() {
+  auto* partner = std::exchange(link_, nullptr);
+  if (!partner) return;
+  partner->link_ = nullptr;
+  partner->refresh();
+  refresh();
+}
+
+void ViewLinkNode::on_block_link_changed() {
+  if (get_object()) get_object()->changed();
+  if (link_ && block_link_->get_partner() != link_->block_link_) disconnect();
+}
+
+bool ViewLinkNode::is_joined() const {
+  return block_link_ && block_link_->is_connected();
+}
+
+// --- Direction ---
+
+void ViewLinkNode::refresh() {
+  if (has_neighbour()) {
+    dir = direction_of_neighbours();
+    if (link_ && !link_->has_neighbour()) link_->take_direction_of_link();
+  } else if (link_) {
+    take_direction_of_link();
+  }
+}
+
+void ViewLinkNode::take_direction_of_link() {
+  dir = link_->type_ == type_ ? -link_->dir : link_->dir;
+}
+
+Vector ViewLinkNode::get_path_direction() const {
+  if (!link_) return dir;
+  return normalize(link_->type_ == type_ ? dir - link_->dir : dir + link_->dir);
+}
+
+void ViewLinkNode::set_locked(bool on) {
+  if (link_ && link_->has_neighbour()) return;
+  ViewNode::set_locked(on);
+  if (link_) link_->locked_ = locked_;
+}
+
+Gtk::MenuItem* ViewLinkNode::get_menu_item() {
+  return link_ && link_->has_neighbour() ? nullptr : ViewNode::get_menu_item();
+}
+
+void ViewLinkNode::drag(Part part, const Vector& position) {
+  ViewNode::drag(part, position);
+  if (!link_) return;
+  if (part == body) {
+    link_->pos = pos;
+    link_->moved();
+  }
+  link_->refresh();
+  refresh();
+}
+
+std::shared_ptr<const ViewTag> ViewLinkNode::make_tag(Part part) {
+  return std::make_shared<Tag>(this, part);
+}
+
+// --- The file ---
+
+void ViewLinkNode::save_more(YAML::Emitter& out) const {
+  if (!link_) return;
+  const auto& node = *link_;
+  assert(node.get_object());
+  assert(node.get_object()->get_view());
+  const auto& objects = node.get_object()->get_view()->get_objects();
+  const auto id = static_cast<std::size_t>(
+      std::ranges::find(objects, node.get_object(), [](const auto& o) { return o.operator->(); }) -
+      objects.begin());
+  assert(id < objects.size());
+  const auto* link = node.block_link_;
+  assert(link);
+  assert(link->get_block());
+  out << YAML::Key << "link" << YAML::Value << YAML::Flow << YAML::BeginSeq << id
+      << link->get_block()->get_link_name(link) << YAML::EndSeq;
+}
+
+// All objects are there when it is resolved; what cannot be found must not fail the load.
+void ViewLinkNode::load(const YAML::Node& node) {
+  ViewNode::load(node);
+  const auto link = node["link"];
+  if (!link || link.IsNull()) return disconnect();
+  if (!link.IsSequence() || link.size() != 2) throw YAML::InvalidScalar(link.Mark());
+  int index = 0;
+  std::string name;
+  link[0] >> index;
+  link[1] >> name;
+  Layout::get().signal_post_resolve().connect(sigc::track_obj(
+      [this, index, name] {
+        connect_to(index, name);
+        return true;
+      },
+      *this));
+}
+
+bool ViewLinkNode::connect_to(int object_index, const std::string& link_name) {
+  const auto* view = get_object() ? get_object()->get_view() : nullptr;
+  if (!view || object_index < 0) return false;
+  const auto index = static_cast<std::size_t>(object_index);
+  if (index >= view->get_objects().size()) return false;
+  auto* other = view->get_objects()[index]->get_link_node(link_name);
+  if (!other || !can_connect(*other)) return false;
+  connect(*other);
+  return true;
+}
+
+}  // namespace zemblar

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <gtkmm/menu.h>
+
+#include <functional>
+#include <memory>
+
+namespace zemblar {
+
+class ViewObj;
+
+// The menus of diagram objects. They live until the next one is shown; an object that ends takes
+// its items' actions with it.
+
+void add_item(Gtk::Menu& menu, const Glib::ustring& label, const std::function<void()>& action);
+/// "Move To Top" and "Move To Bottom", with which all of them end.
+void add_order_items(Gtk::Menu& menu, ViewObj& object);
+/// For a click at that time.
+void popup(std::unique_ptr<Gtk::Menu> menu, guint32 time);
+
+}  // namespace zemblar

@@ -1,0 +1,54 @@
+#include "diagram/view_object.h"
+
+#include <yaml-cpp/yaml.h>
+
+#include "diagram/view.h"
+
+namespace zemblar {
+
+ViewObj::~ViewObj() = default;
+
+void ViewObj::set_view(View* view) {
+  if (view == view_) return;
+  if (view_) view_->signal_object_removed().emit(this);
+  view_ = view;
+  if (view_) view_->signal_object_added().emit(this);
+}
+
+void ViewObj::save(YAML::Emitter& out) const {
+  out << YAML::LocalTag("view-object");
+}
+
+void ViewObj::draw_tags(const Context& context, bool selected, SelectionTable& table) {
+  draw_body_tags(context, selected, table);
+  draw_link_tags(context, selected, table);
+  draw_handle_tags(context, selected, table);
+}
+
+// The slot runs inside the end of what it shows; the last reference may go here.
+void ViewObj::follow_end(zemblar::Object& object) {
+  shown_deleted_ = object.signal_deleted().connect([this] {
+    reference();
+    const Glib::RefPtr<ViewObj> self(this);
+    shown_deleted_.disconnect();
+    remove();
+  });
+}
+
+void ViewObj::move_to_top() {
+  if (view_) view_->move_to_top(this);
+}
+
+void ViewObj::move_to_bottom() {
+  if (view_) view_->move_to_bottom(this);
+}
+
+void ViewObj::remove() {
+  if (view_) view_->remove_object(this);
+}
+
+void ViewObj::changed() {
+  if (view_) view_->object_changed(this);
+}
+
+}  // namespace zemblar

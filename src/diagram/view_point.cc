@@ -1,0 +1,145 @@
+#include "diagram/view_point.h"
+
+#include <algorithm>
+
+#include "core/layout.h"
+#include "diagram/view_class.h"
+
+namespace zemblar {
+namespace {
+
+// From the place of a new one.
+constexpr double half_length = 25.0;
+constexpr double leg_distance = 16.0;
+
+const ViewClass::Registration registration(view_class<ViewPoint>("!view-point"));
+
+}  // namespace
+
+ViewPoint::ViewPoint() {
+  set_up(common_, ViewLinkNode::inward);
+}
+
+ViewPoint::ViewPoint(Point& point, const Vector& place) : ViewPoint() {
+  common_.pos = place - Vector{half_length, 0};
+  common_.dir = {1, 0};
+  attach(point);
+  follow_states();
+}
+
+ViewPoint::ViewPoint(const YAML::Node& node) : ViewPoint() {
+  load_shown<Point>(node, "point", [this](Point& point) { attach(point); });
+  load_node(node, "common", common_);
+  for (const auto& entry : node["states"]) {
+    auto& leg = add_leg();
+    leg.node.load(entry.second);
+    unsigned id = 0;
+    entry.first >> id;
+    resolve_later(id, [this, &leg](zemblar::Object* object) {
+      auto* state = dynamic_cast<PointState*>(object);
+      if (state && point_ && state->get_owner() == point_) set_state(leg, *state);
+      return state != nullptr;
+    });
+  }
+  find_straight_segments();
+  join_neighbours();
+  Layout::get().signal_post_resolve().connect(sigc::track_obj(
+      [this] {
+        std::erase_if(legs_, [](const auto& leg) { return !leg->state; });
+        if (point_) follow_states();
+        return true;
+      },
+      *this));
+}
+
+void ViewPoint::save(YAML::Emitter& out) const {
+  out << YAML::LocalTag("view-point") << YAML::BeginMap;
+  out << YAML::Key << "point" << YAML::Value << static_cast<const zemblar::Object*>(point_);
+  save_node(out, "common", common_);
+  out << YAML::Key << "states" << YAML::Value << YAML::BeginMap;
+  for (const auto& leg : legs_) {
+    out << YAML::Key << static_cast<const zemblar::Object*>(leg->state) << YAML::Value;
+    leg->node.save(out);
+  }
+  out << YAML::EndMap << YAML::EndMap;
+}
+
+// A state's link is named after the state, whatever that is called now.
+ViewLinkNode* ViewPoint::get_link_node(const std::string& name) {
+  const auto* link = point_ ? point_->get_link(name) : nullptr;
+  if (!link) return nullptr;
+  const auto nodes = ends();
+  const auto found = std::ranges::find(nodes, link, &ViewLinkNode::get_block_link);
+  return found == nodes.end() ? nullptr : *found;
+}
+
+std::vector<ViewLinkNode*> ViewPoint::ends() {
+  std::vector<ViewLinkNode*> nodes{&common_};
+  for (const auto& leg : legs_) nodes.push_back(&leg->node);
+  return nodes;
+}
+
+std::vector<ViewSwitch::Way> ViewPoint::ways() {
+  std::vector<Way> ways;
+  for (const auto& leg : legs_) {
+    ways.push_back({leg->state, {&common_, &leg->node, &leg->straight}});
+  }
+  return ways;
+}
+
+// --- States come and go ---
+
+void ViewPoint::attach(Point& point) {
+  point_ = &point;
+  ViewSwitch::attach(point);
+  common_.set_block_link(&point.common);
+  state_added_ = point.signal_child_added().connect([this](zemblar::Object* child) {
+    if (auto* state = dynamic_cast<PointState*>(child)) add_state(*state);
+    changed();
+  });
+  state_removed_ = point.signal_child_removed().connect([this](zemblar::Object* child) {
+    remove_state(child);
+    changed();
+  });
+}
+
+ViewPoint::Leg& ViewPoint::add_leg() {
+  auto& leg = *legs_.emplace_back(std::make_unique<Leg>());
+  set_up(leg.node, ViewLinkNode::outward);
+  return leg;
+}
+
+void ViewPoint::set_state(Leg& leg, PointState& state) {
+  if (leg.state) return;
+  leg.state = &state;
+  if (auto* link = point_->state_link(&state)) leg.node.set_block_link(link);
+}
+
+void ViewPoint::add_state(PointState& state) {
+  const bool known =
+      std::ranges::any_of(legs_, [&state](const auto& leg) { return leg->state == &state; });
+  if (known) return;
+  const auto place = static_cast<double>(legs_.size()) * leg_distance;
+  auto& leg = add_leg();
+  leg.node.pos = common_.pos + Vector{2 * half_length, place};
+  leg.node.dir = {1, 0};
+  set_state(leg, state);
+  join_neighbours();
+}
+
+void ViewPoint::remove_state(const zemblar::Object* state) {
+  std::erase_if(legs_, [state](const auto& leg) { return leg->state == state; });
+}
+
+void ViewPoint::follow_states() {
+  for (auto* state : point_->states()) add_state(*state);
+  sort_legs();
+}
+
+void ViewPoint::sort_legs() {
+  std::ranges::stable_sort(legs_, [](const auto& a, const auto& b) {
+    return a->state->get_position() < b->state->get_position();
+  });
+}
+
+}  // namespace zemblar

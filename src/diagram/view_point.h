@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+
+#include "diagram/view_switch.h"
+#include "track/point.h"
+
+namespace zemblar {
+
+/// The picture of a point: from its common end a way to a node for each state. It follows the
+/// states as they come and go.
+///
+/// In a layout file: `point`, `common`, and `states`, a mapping from the states' numbers to nodes
+/// in the point's order. A way is straight unless both ends have handles for it.
+class ViewPoint : public ViewSwitch {
+ public:
+  /// A new one round a place.
+  ViewPoint(Point& point, const Vector& place);
+  explicit ViewPoint(const YAML::Node& node);
+
+  void save(YAML::Emitter& out) const override;
+  [[nodiscard]] ViewLinkNode* get_link_node(const std::string& name) override;
+
+ protected:
+  [[nodiscard]] std::vector<ViewLinkNode*> ends() override;
+  [[nodiscard]] std::vector<Way> ways() override;
+
+ private:
+  struct Leg {
+    PointState* state = nullptr;
+    ViewLinkNode node{};
+    bool straight = true;
+  };
+
+  ViewPoint();
+  void attach(Point& point);
+  void set_state(Leg& leg, PointState& state);
+  Leg& add_leg();
+  void add_state(PointState& state);
+  void remove_state(const zemblar::Object* state);
+  void follow_states();
+  void sort_legs();
+
+  Point* point_ = nullptr;
+  ViewLinkNode common_;
+  std::vector<std::unique_ptr<Leg>> legs_;
+  ScopedConnection state_added_;
+  ScopedConnection state_removed_;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <gdkmm/pixbuf.h>
+
+#include <map>
+
+#include "diagram/anchor.h"
+#include "diagram/view_object.h"
+#include "runtime/scoped_connection.h"
+#include "track/signal.h"
+
+namespace zemblar {
+
+/// The picture of a signal: the one of its current state, in its own size at any zoom, turned by an
+/// angle. A state without a picture that can be loaded shows a disc, so that it can be clicked.
+///
+/// A click on the operating display takes the next state, and after the last the first one.
+///
+/// In a layout file: `signal`, `pos`, `angle` in degrees and `anchor`.
+class ViewSignal : public ViewObj {
+ public:
+  using Anchor = zemblar::Anchor;
+
+  /// A new one at a place.
+  ViewSignal(Signal& signal, const Vector& place);
+  explicit ViewSignal(const YAML::Node& node);
+
+  void save(YAML::Emitter& out) const override;
+  [[nodiscard]] zemblar::Object* get_object() const override { return signal_; }
+  [[nodiscard]] PixelBox runtime_box(const Context& context) override;
+  void draw_runtime_tags(const Context& context, SelectionTable& table) override;
+  void click(const ViewTag& tag) override;
+  void drag_move(const ViewTag& tag, const Vector& position) override;
+  void show_menu(const ViewTag& tag, guint32 time) override;
+
+  [[nodiscard]] Anchor get_anchor() const { return anchor_; }
+  void set_anchor(Anchor anchor);
+  /// In degrees, clockwise.
+  [[nodiscard]] double get_angle() const { return angle_; }
+  void set_angle(double angle);
+
+  Glib::PropertyProxy<int> property_anchor() { return {this, "anchor"}; }
+  Glib::PropertyProxy<double> property_angle() { return {this, "angle"}; }
+
+ protected:
+  void draw_plain(const Context& context, bool selected) override;
+  void draw_live(const Context& context) override { draw_plain(context, false); }
+  void draw_body_tags(const Context& context, bool selected, SelectionTable& table) override;
+
+ private:
+  ViewSignal();
+  void attach(Signal& signal);
+  void follow_pictures();
+  [[nodiscard]] int get_anchor_number() const { return static_cast<int>(anchor_); }
+  void set_anchor_number(int anchor);
+  [[nodiscard]] const Glib::RefPtr<Gdk::Pixbuf>& picture();
+  /// In pixels.
+  [[nodiscard]] Vector picture_size();
+  /// Pixels from the left upper corner of the picture, as it is turned.
+  void move_to_picture(const Context& context);
+  void draw_disc(const Context& context);
+
+  Signal* signal_ = nullptr;
+  Vector pos_;
+  double angle_ = 0;
+  Anchor anchor_ = Anchor::Centre;
+  std::map<std::string, Glib::RefPtr<Gdk::Pixbuf>> pictures_;  // by path; null if it has none
+  ScopedConnection state_changed_;
+  ScopedConnection states_changed_;
+  std::vector<ScopedConnection> images_changed_;
+};
+
+}  // namespace zemblar

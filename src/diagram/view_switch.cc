@@ -1,0 +1,80 @@
+#include "diagram/view_switch.h"
+
+namespace zemblar {
+namespace {
+
+constexpr double grey = 0.5;
+
+}  // namespace
+
+void ViewSwitch::attach(PointBase& point) {
+  point_ = &point;
+  follow_end(point);
+  state_changed_ = point.signal_state_changed().connect([this] { changed(); });
+}
+
+std::vector<ViewSegment> ViewSwitch::segments() {
+  std::vector<ViewSegment> segments;
+  for (const auto& way : ways()) segments.push_back(way.segment);
+  return segments;
+}
+
+std::vector<TrackPath> ViewSwitch::tracks() {
+  std::vector<TrackPath> tracks;
+  for (const auto& segment : segments()) tracks.push_back(path_of({segment}));
+  return tracks;
+}
+
+void ViewSwitch::draw_live(const Context& context) {
+  std::vector<TrackPath> set;
+  std::vector<TrackPath> others;
+  for (const auto& way : ways()) {
+    const bool current = point_ && way.state == point_->get_state();
+    (current ? set : others).push_back(path_of({way.segment}));
+  }
+  context->set_source_rgb(grey, grey, grey);
+  stroke(context, others, true);
+  context->set_source_rgb(0, 0, 0);
+  stroke(context, set, false);
+  for (const auto* end : ends()) draw_tick(context, end->pos, end->get_path_direction());
+}
+
+// The way that is set lies on top, as it is drawn.
+void ViewSwitch::draw_runtime_tags(const Context& context, SelectionTable& table) {
+  for (const bool current : {false, true}) {
+    for (const auto& way : ways()) {
+      if ((point_ && way.state == point_->get_state()) != current) continue;
+      add_tag(context, table, std::make_shared<StateTag>(this, way.state));
+      paint_segment(context, way.segment);
+    }
+  }
+}
+
+void ViewSwitch::draw_body_tags(const Context& context, bool /*selected*/, SelectionTable& table) {
+  for (const auto& way : ways()) {
+    add_tag(context, table, std::make_shared<StateTag>(this, way.state));
+    paint_segment(context, way.segment);
+  }
+}
+
+// Setting the state sends its outputs, and tells of it, which has the display drawn again.
+void ViewSwitch::click(const ViewTag& tag) {
+  const auto* clicked = dynamic_cast<const StateTag*>(&tag);
+  if (!clicked || !point_ || clicked->state == point_->get_state()) return;
+  point_->set_state(clicked->state);
+}
+
+void ViewSwitch::show_menu(const ViewTag& tag, guint32 time) {
+  auto menu = std::make_unique<Gtk::Menu>();
+  if (const auto* clicked = dynamic_cast<const StateTag*>(&tag)) {
+    for (const auto& way : ways()) {
+      if (way.state == clicked->state) add_shape_items(*menu, way.segment);
+    }
+  } else if (const auto* part = dynamic_cast<const ViewNode::Tag*>(&tag)) {
+    add_node_items(*menu, *part->node);
+  }
+  add_order_items(*menu, *this);
+  popup(std::move(menu), time);
+}
+
+}  // namespace zemblar

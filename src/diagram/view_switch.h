@@ -1,0 +1,45 @@
+#pragma once
+
+#include "diagram/view_track.h"
+#include "track/point_base.h"
+
+namespace zemblar {
+
+/// The picture of something with a way for each of its states: a point, a scissor point.
+///
+/// On the operating display the way that is set is black, on top of the others in grey. A click on
+/// another one sets it.
+class ViewSwitch : public ViewTrack {
+ public:
+  struct StateTag : ViewTag {
+    StateTag(ViewObj* drawn, PointState* shown) : ViewTag(drawn), state(shown) {}
+
+    PointState* state;
+  };
+
+  [[nodiscard]] zemblar::Object* get_object() const override { return point_; }
+  void draw_runtime_tags(const Context& context, SelectionTable& table) override;
+  void click(const ViewTag& tag) override;
+  void show_menu(const ViewTag& tag, guint32 time) override;
+  [[nodiscard]] std::vector<ViewSegment> segments() override;
+
+ protected:
+  struct Way {
+    PointState* state;
+    ViewSegment segment;
+  };
+  /// Those that are drawn.
+  [[nodiscard]] virtual std::vector<Way> ways() = 0;
+
+  /// Follows the state, and the end, of what it shows.
+  void attach(PointBase& point);
+  [[nodiscard]] std::vector<TrackPath> tracks() override;
+  void draw_body_tags(const Context& context, bool selected, SelectionTable& table) override;
+  void draw_live(const Context& context) override;
+
+ private:
+  PointBase* point_ = nullptr;
+  ScopedConnection state_changed_;
+};
+
+}  // namespace zemblar

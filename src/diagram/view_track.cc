@@ -1,0 +1,199 @@
+#include "diagram/view_track.h"
+
+#include <gtkmm/imagemenuitem.h>
+#include <gtkmm/radiomenuitem.h>
+#include <gtkmm/stock.h>
+
+#include <algorithm>
+
+#include "core/i18n.h"
+
+namespace zemblar {
+namespace {
+
+/// From a rail's middle to the end of what can be drawn beside it: ticks and the arrow.
+constexpr double widest = 12.0;
+/// A hit beside a thin line counts.
+constexpr double tag_width = 8.0;
+
+}  // namespace
+
+void load_node(const YAML::Node& node, const char* key, ViewNode& target) {
+  const auto value = node[key];
+  if (!value) throw YAML::TypedKeyNotFound<std::string>(node.Mark(), key);
+  target.load(value);
+}
+
+void save_node(YAML::Emitter& out, const char* key, const ViewNode& node) {
+  out << YAML::Key << key << YAML::Value;
+  node.save(out);
+}
+
+void Occupancy::set_colour(const Cairo::RefPtr<Cairo::Context>& context) const {
+  const bool known = lok != nullptr;
+  context->set_source_rgb(!known && occupied ? 1 : 0, known || occupied ? 1 : 0, 0);
+}
+
+// --- Nodes and segments ---
+
+void ViewTrack::set_up(ViewLinkNode& node, ViewLinkNode::Type type) {
+  node.set_object(this);
+  node.set_type(type);
+}
+
+void ViewTrack::find_straight_segments() {
+  for (const auto& segment : segments()) {
+    *segment.straight = !(segment.start->has_right && segment.end->has_left);
+  }
+}
+
+// A node has room for one neighbour on each side; further straight segments do without. The first
+// ones in order have it, so that a file that is opened gives the same.
+void ViewTrack::join_neighbours() {
+  for (const auto& segment : segments()) {
+    segment.start->set_right_node(nullptr);
+    segment.end->set_left_node(nullptr);
+  }
+  for (const auto& segment : segments()) {
+    const bool room = !segment.start->get_right_node() && !segment.end->get_left_node();
+    if (*segment.straight && room) segment.start->set_right_node(segment.end);
+  }
+}
+
+bool ViewTrack::uses_handle(const ViewNode* node, bool right) {
+  return std::ranges::any_of(segments(), [=](const ViewSegment& segment) {
+    return !*segment.straight && (right ? segment.start : segment.end) == node;
+  });
+}
+
+void ViewTrack::make_straight(const ViewSegment& segment) {
+  *segment.straight = true;
+  if (!uses_handle(segment.start, true)) segment.start->has_right = false;
+  if (!uses_handle(segment.end, false)) segment.end->has_left = false;
+  join_neighbours();
+  changed();
+}
+
+void ViewTrack::make_curved(const ViewSegment& segment) {
+  if (!*segment.straight) return;
+  auto& [start, end, straight] = segment;
+  const auto third = (end->pos - start->pos) / 3;
+  *straight = false;
+  const bool were_neighbours = start->get_right_node() == end;
+  if (were_neighbours) start->set_right_node(nullptr);
+  // An end that nothing else directs goes on as it lay.
+  for (auto* node : {start, end}) {
+    if (dynamic_cast<ViewLinkNode*>(node) && !node->has_neighbour() && third.length() > 0) {
+      node->dir = normalize(third);
+    }
+  }
+  start->set_right_handle(third.length());
+  end->set_left_handle(third.length());
+  join_neighbours();
+  changed();
+}
+
+TrackPath ViewTrack::path_of(const std::vector<ViewSegment>& segments) {
+  TrackPath path;
+  if (segments.empty()) return path;
+  path.push_back({segments.front().start});
+  for (const auto& segment : segments) path.push_back({segment.end, *segment.straight});
+  return path;
+}
+
+// --- Drawing ---
+
+void ViewTrack::stroke(const Context& context, const std::vector<TrackPath>& tracks, bool halo) {
+  TrackPaths paths;
+  for (const auto& track : tracks) paths.add_path(track);
+  paths.stroke_paths(context, halo);
+}
+
+void ViewTrack::draw_plain(const Context& context, bool selected) {
+  context->set_source_rgb(0, 0, 0);
+  stroke(context, tracks(), selected);
+  const auto inner = inner_nodes();
+  if (selected) {
+    for (const auto* node : ends()) node->draw_handles(context);
+    for (const auto* node : inner) node->draw_handles(context);
+    for (const auto* node : inner) node->draw(context);
+  }
+  for (const auto* node : ends()) node->draw(context);
+}
+
+PixelBox ViewTrack::runtime_box(const Context& context) {
+  PixelBox box;
+  for (const auto& track : tracks()) box = box.united(box_of(context, track, widest));
+  return box;
+}
+
+// --- Tags ---
+
+void ViewTrack::draw_link_tags(const Context& context, bool /*selected*/, SelectionTable& table) {
+  for (auto* node : ends()) node->draw_tag(context, table);
+}
+
+void ViewTrack::draw_handle_tags(const Context& context, bool selected, SelectionTable& table) {
+  if (!selected) return;
+  auto nodes = inner_nodes();
+  for (auto* node : nodes) node->draw_tag(context, table);
+  for (auto* node : ends()) nodes.push_back(node);
+  for (auto* node : nodes) {
+    node->draw_left_tag(context, table);
+    node->draw_right_tag(context, table);
+  }
+}
+
+void ViewTrack::draw_link_target_tags(const Context& context, SelectionTable& table) {
+  for (auto* node : ends()) {
+    const auto* link = node->get_block_link();
+    if (!node->get_link() && !(link && link->is_connected())) node->draw_tag(context, table);
+  }
+}
+
+void ViewTrack::paint_segment(const Context& context, const ViewSegment& segment) {
+  context->set_line_width(tag_width);
+  context->begin_new_path();
+  trace(context, path_of({segment}));
+  context->stroke();
+}
+
+void ViewTrack::drag_move(const ViewTag& tag, const Vector& position) {
+  if (const auto* dragged = dynamic_cast<const ViewNode::Tag*>(&tag)) {
+    dragged->node->drag(dragged->part, position);
+  }
+}
+
+// --- Menus ---
+
+void ViewTrack::add_shape_items(Gtk::Menu& menu, const ViewSegment& segment) {
+  Gtk::RadioMenuItem::Group group;
+  auto* straight = Gtk::manage(new Gtk::RadioMenuItem(group, _("Straight Line")));
+  auto* curved = Gtk::manage(new Gtk::RadioMenuItem(group, _("Curved Line")));
+  (*segment.straight ? straight : curved)->set_active();
+  // Both tell when they change places.
+  straight->signal_toggled().connect([this, straight, segment] {
+    if (straight->get_active()) make_straight(segment);
+  });
+  curved->signal_toggled().connect([this, curved, segment] {
+    if (curved->get_active()) make_curved(segment);
+  });
+  menu.append(*straight);
+  menu.append(*curved);
+}
+
+bool ViewTrack::add_node_items(Gtk::Menu& menu, ViewNode& node) {
+  auto* end = dynamic_cast<ViewLinkNode*>(&node);
+  auto* link = end ? end->get_block_link() : nullptr;
+  const bool joined = link && link->is_connected();
+  if (joined) {
+    auto* item = Gtk::manage(new Gtk::ImageMenuItem(Gtk::Stock::DISCONNECT));
+    item->signal_activate().connect([link] { link->disconnect(); });
+    menu.append(*item);
+  }
+  auto* lock = node.get_menu_item();
+  if (lock) menu.append(*lock);
+  return joined || lock;
+}
+
+}  // namespace zemblar

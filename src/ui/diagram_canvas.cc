@@ -1,0 +1,297 @@
+#include "ui/diagram_canvas.h"
+
+#include <atkmm/object.h>
+#include <gdkmm/general.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace zemblar {
+namespace {
+
+constexpr double zoom_step = 1.1;
+constexpr double least_zoom = 0.02;
+constexpr double most_zoom = 64;
+/// The window system has no larger ones.
+constexpr int largest_pixmap = 32767;
+/// Beyond this many places the whole is drawn at once.
+constexpr std::size_t most_parts = 64;
+
+void clip_to(const Cairo::RefPtr<Cairo::Context>& context, const std::vector<PixelBox>& parts) {
+  context->begin_new_path();
+  for (const auto& part : parts) {
+    context->rectangle(part.left, part.top, part.right - part.left, part.bottom - part.top);
+  }
+  context->clip();
+}
+
+}  // namespace
+
+DiagramCanvas::DiagramCanvas(View& view, const Glib::ustring& hint) : view_(view), hint_(hint) {
+  get_accessible()->set_name(view.get_name());
+  // The canvas keeps a pixmap of its own.
+  set_double_buffered(false);
+  add_events(Gdk::BUTTON_PRESS_MASK | Gdk::BUTTON_RELEASE_MASK | Gdk::POINTER_MOTION_MASK |
+             Gdk::SCROLL_MASK);
+  view_changed_ = view.signal_changed().connect([this] { on_view_changed(); });
+  colour_changed_ = view.property_colour().signal_changed().connect([this] { follow_colour(); });
+  image_changed_ = view.signal_image_changed().connect([this] { queue_resize(); });
+  signal_grab_broken_event().connect([this](GdkEventGrabBroken*) {
+    mode_ = Mode::idle;
+    return false;
+  });
+  follow_colour();
+}
+
+void DiagramCanvas::follow_colour() {
+  modify_bg(Gtk::STATE_NORMAL, view_.get_colour());
+  invalidate();
+}
+
+void DiagramCanvas::on_size_request(Gtk::Requisition* requisition) {
+  requisition->width = view_.image().width();
+  requisition->height = view_.image().height();
+}
+
+// --- What has to be drawn ---
+
+void DiagramCanvas::invalidate() {
+  dirty_ = true;
+  stale_.clear();
+  queue_draw();
+}
+
+void DiagramCanvas::on_view_changed() {
+  if (auto* object = view_.changed_object()) {
+    on_object_changed(*object);
+  } else {
+    invalidate();
+  }
+}
+
+// Where it was drawn, and where it will be.
+void DiagramCanvas::on_object_changed(ViewObj& object) {
+  if (dirty_) return;
+  const auto context = Cairo::Context::create(image_);
+  context->set_matrix(matrix_);
+  auto& box = boxes_[&object];
+  const auto former = std::exchange(box, box_of(context, object));
+  const auto part = former.united(box).whole();
+  if (part.empty()) return;
+  if (stale_.empty() || !(stale_.back() == part)) stale_.push_back(part);
+  if (stale_.size() > most_parts) return invalidate();
+  queue_draw_area(static_cast<int>(part.left), static_cast<int>(part.top),
+                  static_cast<int>(part.right - part.left),
+                  static_cast<int>(part.bottom - part.top));
+}
+
+bool DiagramCanvas::is_current() const {
+  if (dirty_ || !pixmap_) return false;
+  int width = 0;
+  int height = 0;
+  pixmap_->get_size(width, height);
+  return width == get_width() && height == get_height();
+}
+
+void DiagramCanvas::update() {
+  const int width = std::clamp(get_width(), 1, largest_pixmap);
+  const int height = std::clamp(get_height(), 1, largest_pixmap);
+  if (!is_current()) {
+    repaint(width, height);
+  } else if (!stale_.empty()) {
+    repaint_parts();
+  }
+}
+
+bool DiagramCanvas::on_expose_event(GdkEventExpose* event) {
+  update();
+  const auto& area = event->area;
+  get_window()->draw_drawable(get_style()->get_black_gc(), pixmap_, area.x, area.y, area.x, area.y,
+                              area.width, area.height);
+  return true;
+}
+
+// --- Painting ---
+
+void DiagramCanvas::repaint(int width, int height) {
+  ++repaints_.whole;
+  place_view();
+  if (!image_ || image_->get_width() != width || image_->get_height() != height) {
+    image_ = Cairo::ImageSurface::create(Cairo::FORMAT_RGB24, width, height);
+    pixmap_ = Gdk::Pixmap::create(get_window(), width, height, -1);
+  }
+  boxes_.clear();
+  stale_.clear();
+  const auto context = Cairo::Context::create(image_);
+  paint_background(context);
+  for (const auto& object : view_.get_objects()) {
+    auto& shown = *object.operator->();
+    boxes_[&shown] = box_of(context, shown);
+    draw_object(context, shown);
+  }
+  paint_hint(context);
+  upload({{0, 0, static_cast<double>(width), static_cast<double>(height)}});
+  paint_tags();
+  dirty_ = false;
+}
+
+void DiagramCanvas::paint_background(const Context& context) {
+  Gdk::Cairo::set_source_color(context, view_.get_colour());
+  context->set_matrix(matrix_);
+  context->paint();
+  if (const auto& picture = view_.image().pixbuf()) {
+    Gdk::Cairo::set_source_pixbuf(context, picture, 0, 0);
+    context->paint();
+  }
+}
+
+// What lies over or under a part is drawn again as well, clipped to whole pixels: so every pixel is
+// as a whole picture would have it.
+void DiagramCanvas::repaint_parts() {
+  ++repaints_.parts;
+  const auto parts = std::exchange(stale_, {});
+  const auto context = Cairo::Context::create(image_);
+  clip_to(context, parts);
+  paint_background(context);
+  for (const auto& object : view_.get_objects()) {
+    auto& shown = *object.operator->();
+    const auto& box = boxes_[&shown];
+    const auto met = [&box](const PixelBox& part) { return part.meets(box); };
+    if (std::ranges::any_of(parts, met)) draw_object(context, shown);
+  }
+  upload(parts);
+  for (const auto& part : parts) paint_tags_in(part);
+}
+
+void DiagramCanvas::upload(const std::vector<PixelBox>& parts) {
+  image_->flush();
+  const auto context = pixmap_->create_cairo_context();
+  clip_to(context, parts);
+  context->set_source(image_, 0, 0);
+  context->set_operator(Cairo::OPERATOR_SOURCE);
+  context->paint();
+}
+
+void DiagramCanvas::paint_hint(const Context& context) {
+  if (!view_.get_objects().empty() || hint_.empty()) return;
+  const auto text = create_pango_layout(hint_);
+  text->set_alignment(Pango::ALIGN_CENTER);
+  int width = 0;
+  int height = 0;
+  text->get_pixel_size(width, height);
+  context->set_identity_matrix();
+  const double ink = view_.get_ink();
+  context->set_source_rgba(ink, ink, ink, 0.6);
+  context->move_to(std::round((get_width() - width) * 0.5),
+                   std::round((get_height() - height) * 0.5));
+  text->show_in_cairo_context(context);
+}
+
+// --- Tags ---
+
+void DiagramCanvas::paint_tags() {
+  tags_.begin(image_->get_width(), image_->get_height(), matrix_);
+  for (const auto& object : view_.get_objects()) {
+    draw_tags(tags_.context(), *object.operator->(), tags_.table());
+  }
+  whole_table_ = tags_.table().size();
+}
+
+// Tags are numbered on. When there are too many of them, all begin anew.
+void DiagramCanvas::paint_tags_in(const PixelBox& part) {
+  const auto& context = tags_.context();
+  context->save();
+  context->set_identity_matrix();
+  clip_to(context, {part});
+  context->set_source_rgb(0, 0, 0);
+  context->paint();
+  context->set_matrix(matrix_);
+  for (const auto& object : view_.get_objects()) {
+    auto& shown = *object.operator->();
+    if (part.meets(boxes_[&shown])) draw_tags(context, shown, tags_.table());
+  }
+  context->restore();
+  constexpr std::size_t slack = 4096;
+  if (tags_.table().size() > 2 * whole_table_ + slack) paint_tags();
+}
+
+// --- Where the view lies ---
+
+Vector DiagramCanvas::size() const {
+  return {static_cast<double>(get_width()), static_cast<double>(get_height())};
+}
+
+// A picture stands in the middle; without one the origin of the view does.
+void DiagramCanvas::place_view() {
+  const Vector picture{static_cast<double>(view_.image().width()),
+                       static_cast<double>(view_.image().height())};
+  const auto offset = (size() - picture * zoom_) * 0.5 + pan_;
+  matrix_ = Cairo::Matrix(zoom_, 0, 0, zoom_, offset.x, offset.y);
+}
+
+Vector DiagramCanvas::to_canvas(const Vector& place) const {
+  auto point = place;
+  matrix_.transform_point(point.x, point.y);
+  return point;
+}
+
+Vector DiagramCanvas::to_view(const Vector& place) const {
+  auto inverse = matrix_;
+  inverse.invert();
+  auto point = place;
+  inverse.transform_point(point.x, point.y);
+  return point;
+}
+
+// --- Input ---
+
+bool DiagramCanvas::on_button_press_event(GdkEventButton* event) {
+  if (event->type != GDK_BUTTON_PRESS || event->button != 2) return false;
+  last_x_ = event->x;
+  last_y_ = event->y;
+  mode_ = Mode::panning;
+  return true;
+}
+
+bool DiagramCanvas::on_button_release_event(GdkEventButton* event) {
+  if (event->button != 2) return false;
+  mode_ = Mode::idle;
+  return true;
+}
+
+bool DiagramCanvas::on_motion_notify_event(GdkEventMotion* event) {
+  if (mode_ != Mode::panning) return false;
+  // Released where nobody told.
+  if ((event->state & GDK_BUTTON2_MASK) == 0) {
+    mode_ = Mode::idle;
+    return true;
+  }
+  pan_ += Vector{event->x - last_x_, event->y - last_y_};
+  last_x_ = event->x;
+  last_y_ = event->y;
+  invalidate();
+  return true;
+}
+
+bool DiagramCanvas::on_scroll_event(GdkEventScroll* event) {
+  const Vector pointer{event->x, event->y};
+  if (event->direction == GDK_SCROLL_UP) {
+    zoom_about(pointer, zoom_step, zoom_step - 1);
+  } else if (event->direction == GDK_SCROLL_DOWN) {
+    zoom_about(pointer, 1 / zoom_step, 1 / zoom_step - 1);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+// What is under the pointer stays there.
+void DiagramCanvas::zoom_about(const Vector& pointer, double factor, double share) {
+  const double zoom = zoom_ * factor;
+  if (zoom < least_zoom || zoom > most_zoom) return;
+  zoom_ = zoom;
+  pan_ += (size() * 0.5 + pan_ - pointer) * share;
+  invalidate();
+}
+
+}  // namespace zemblar

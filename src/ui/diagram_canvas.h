@@ -1,0 +1,103 @@
+#pragma once
+
+#include <gdkmm/pixmap.h>
+#include <gtkmm/drawingarea.h>
+
+#include <unordered_map>
+#include <vector>
+
+#include "diagram/view.h"
+#include "runtime/scoped_connection.h"
+
+namespace zemblar {
+
+/// A canvas that shows a view, which must outlive it: zoomed with the wheel about the pointer,
+/// panned with the middle button.
+///
+/// What is shown is kept: as an image that is drawn, and as a pixmap that is copied when the window
+/// system asks. It is drawn anew as a whole when anything may have changed, and only around the
+/// object when one has; several changes in a row are one repaint. Beside it a picture of tags says
+/// what is under the pointer.
+class DiagramCanvas : public Gtk::DrawingArea {
+ public:
+  /// Both displays; the hint stands in the middle of an empty view.
+  DiagramCanvas(View& view, const Glib::ustring& hint);
+
+  [[nodiscard]] View& get_view() const { return view_; }
+  [[nodiscard]] double get_zoom() const { return zoom_; }
+  /// The place of the view that is under a place of the canvas, and back.
+  [[nodiscard]] Vector to_view(const Vector& place) const;
+  [[nodiscard]] Vector to_canvas(const Vector& place) const;
+  /// What is under a place of the canvas; null for nothing.
+  [[nodiscard]] std::shared_ptr<const ViewTag> hit(double x, double y) const {
+    return tags_.hit(x, y);
+  }
+
+  /// Everything has to be drawn anew.
+  void invalidate();
+  /// How often the canvas has been drawn, as a whole and in part.
+  struct Repaints {
+    unsigned whole = 0;
+    unsigned parts = 0;
+  };
+  [[nodiscard]] const Repaints& repaints() const { return repaints_; }
+  /// Brings image, pixmap and tags up to date; does nothing when they are.
+  void update();
+  [[nodiscard]] const Glib::RefPtr<Gdk::Pixmap>& pixmap() const { return pixmap_; }
+
+ protected:
+  using Context = Cairo::RefPtr<Cairo::Context>;
+
+  virtual void draw_object(const Context& context, ViewObj& object) = 0;
+  virtual void draw_tags(const Context& context, ViewObj& object, SelectionTable& table) = 0;
+  [[nodiscard]] virtual PixelBox box_of(const Context& context, ViewObj& object) = 0;
+
+  bool on_expose_event(GdkEventExpose* event) override;
+  void on_size_request(Gtk::Requisition* requisition) override;
+  bool on_button_press_event(GdkEventButton* event) override;
+  bool on_button_release_event(GdkEventButton* event) override;
+  bool on_motion_notify_event(GdkEventMotion* event) override;
+  bool on_scroll_event(GdkEventScroll* event) override;
+
+ private:
+  enum class Mode { idle = 0, panning = 4 };
+
+  void on_view_changed();
+  void on_object_changed(ViewObj& object);
+  void follow_colour();
+  void zoom_about(const Vector& pointer, double factor, double share);
+  [[nodiscard]] Vector size() const;
+  void place_view();
+
+  void repaint(int width, int height);
+  void repaint_parts();
+  void paint_background(const Context& context);
+  void paint_hint(const Context& context);
+  void upload(const std::vector<PixelBox>& parts);
+  void paint_tags();
+  void paint_tags_in(const PixelBox& part);
+  [[nodiscard]] bool is_current() const;
+
+  View& view_;
+  Glib::ustring hint_;
+  double zoom_ = 1.0;
+  Vector pan_;
+  double last_x_ = 0;
+  double last_y_ = 0;
+  Mode mode_ = Mode::idle;
+  Cairo::Matrix matrix_ = Cairo::identity_matrix();
+
+  bool dirty_ = true;
+  Cairo::RefPtr<Cairo::ImageSurface> image_;
+  Glib::RefPtr<Gdk::Pixmap> pixmap_;
+  TagImage tags_;
+  std::size_t whole_table_ = 0;  // how many tags a whole picture has
+  std::unordered_map<const ViewObj*, PixelBox> boxes_;
+  std::vector<PixelBox> stale_;  // to be drawn anew
+  Repaints repaints_;
+  ScopedConnection view_changed_;
+  ScopedConnection colour_changed_;
+  ScopedConnection image_changed_;
+};
+
+}  // namespace zemblar
