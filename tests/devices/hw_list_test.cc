@@ -46,11 +46,13 @@ int score_special(const HWDevice& record) {
   return record.has_hardware_id("TEST\\SPECIAL") ? 20 : 0;
 }
 
-const HWList::Kind::Registration any_test({score_any_test, [](const HWDevice& record, std::unique_ptr<SerialLine>) {
+const HWList::Kind::Registration any_test({score_any_test,
+                                           [](const HWDevice& record, std::unique_ptr<SerialLine>) {
                                              return std::unique_ptr<AttachedHardware>(
                                                  new Gadget(record.port_name));
                                            }});
-const HWList::Kind::Registration special({score_special, [](const HWDevice& record, std::unique_ptr<SerialLine>) {
+const HWList::Kind::Registration special({score_special,
+                                          [](const HWDevice& record, std::unique_ptr<SerialLine>) {
                                             return std::unique_ptr<AttachedHardware>(
                                                 new Gadget("special " + record.port_name));
                                           }});
