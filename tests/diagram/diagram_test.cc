@@ -1,0 +1,387 @@
+// Diagram objects: how they are written and read, joined, bent and drawn.
+
+#include <gmock/gmock.h>
+#include <yaml-cpp/yaml.h>
+
+#include <cstring>
+
+#include "core/toplevel.h"
+#include "diagram/view.h"
+#include "diagram/view_crossing.h"
+#include "diagram/view_label.h"
+#include "diagram/view_point.h"
+#include "diagram/view_scissor.h"
+#include "diagram/view_signal.h"
+#include "diagram/view_zone.h"
+#include "locomotives/lok.h"
+#include "tests/support/small_railway.h"
+
+namespace zemblar::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class DiagramTest : public SmallRailway {
+ protected:
+  View* view = layout().get_views().add(new View);
+
+  template <typename T, typename Shown>
+  T* show(Shown& shown, const Vector& place) {
+    auto* object = new T(shown, place);
+    view->add_object(object);
+    return object;
+  }
+  template <typename T>
+  T& shown(unsigned index) {
+    auto& opened = dynamic_cast<View&>(*layout().get_views().child_at(0));
+    return dynamic_cast<T&>(*opened.get_objects().at(index).operator->());
+  }
+  static ViewLinkNode& end(ViewObj& object, const std::string& name) {
+    return *object.get_link_node(name);
+  }
+  /// Saved, opened and saved again: both texts.
+  std::pair<std::string, std::string> save_twice() {
+    const auto path = folder.write("railway.zblt", layout().serialize());
+    const auto first = bytes_of(path);
+    EXPECT_TRUE(layout().open(path)) << get_status();
+    return {first, layout().serialize()};
+  }
+  /// The text of the layout with `from` replaced, opened.
+  bool open_with(const std::string& from, const std::string& to) {
+    auto text = layout().serialize();
+    const auto place = text.find(from);
+    EXPECT_NE(place, std::string::npos) << from;
+    text.replace(place, from.size(), to);
+    return layout().open(folder.write("changed.zblt", text));
+  }
+  using Layout = zemblar::Layout;
+};
+
+// --- The file ---
+
+TEST_F(DiagramTest, every_kind_comes_out_of_a_file_as_it_went_in) {
+  auto* left = zone("West", false);
+  auto* point = layout().get_points().add(new Point);
+  auto* scissor = layout().get_points().add(new Scissor);
+  auto* crossing = layout().get_blocks().add(new Crossing);
+  auto* signal = layout().get_points().add(new Signal);
+  auto* west = show<ViewZone>(*left, {0, 0});
+  west->make_curved(west->segments()[0]);
+  west->add_node(0);
+  west->add_node(1);
+  west->make_straight(west->segments()[2]);
+  auto* points = show<ViewPoint>(*point, {100, 0});
+  points->make_curved(points->segments()[1]);
+  auto* scissors = show<ViewScissor>(*scissor, {200, 0});
+  scissors->make_curved(scissors->segments()[1]);
+  auto* cross = show<ViewCrossing>(*crossing, {300, 50});
+  cross->make_curved(cross->segments()[0]);
+  auto* aspect = show<ViewSignal>(*signal, {0.125, -20});
+  aspect->set_angle(22.5);
+  aspect->set_anchor(Anchor::TopLeft);
+  show<ViewLabel>(*left, {0, 40})->set_align(Anchor::TopRight);
+  end(*points, "common").connect(end(*west, "right"));
+  end(*scissors, "top-left").connect(end(*points, "state:" + point->states()[0]->get_name().raw()));
+  end(*cross, "top-left").connect(end(*scissors, "bottom-right"));
+  cross->move_to_bottom();
+
+  const auto [first, second] = save_twice();
+  EXPECT_EQ(second, first);
+  for (const auto* text : {"!view-zone", "link: [2, common]", "link: [1, right]", "top-left",
+                           "straight: [tl-tr, bl-tr, bl-br]", "angle: 22.5", "anchor: Top Left",
+                           "align: TOP RIGHT", "pos: [0.125, -20]"}) {
+    EXPECT_THAT(first, HasSubstr(text));
+  }
+  auto& opened = shown<ViewZone>(1);
+  EXPECT_EQ(opened.segments().size(), 3u);
+  EXPECT_EQ(end(opened, "right").get_link(), &end(shown<ViewPoint>(2), "common"));
+  EXPECT_EQ(end(opened, "right").pos, end(shown<ViewPoint>(2), "common").pos);
+}
+
+TEST_F(DiagramTest, what_cannot_be_joined_or_shown_does_not_keep_a_file_from_opening) {
+  auto* first = zone("A", false);
+  auto* a = show<ViewZone>(*first, {0, 0});
+  auto* b = show<ViewZone>(*zone("B", false), {100, 0});
+  show<ViewLabel>(*first, {0, 0});
+  end(*b, "left").connect(end(*a, "right"));
+  ASSERT_EQ(end(*a, "right").get_link(), &end(*b, "left"));
+  for (const auto* to : {"link: [9, left]", "link: [-1, left]", "link: [1, top-left]",
+                         "link: [2, left]", "link: [0, right]"}) {
+    ASSERT_TRUE(open_with("link: [1, left]", to)) << to << get_status();
+    EXPECT_EQ(shown<ViewZone>(0).get_view()->get_objects().size(), 3u);
+    EXPECT_EQ(get_status(), "");
+  }
+  // The zone is there, the number is not: the label goes, and the file can be saved again.
+  ASSERT_TRUE(open_with("!view-label\n        zone: 1", "!view-label\n        zone: 77"))
+      << layout().serialize();
+  EXPECT_EQ(shown<ViewZone>(0).get_view()->get_objects().size(), 2u);
+  EXPECT_THAT(get_status(), HasSubstr("left out"));
+  EXPECT_THAT(layout().serialize(), Not(HasSubstr("view-label")));
+}
+
+TEST_F(DiagramTest, refuses_what_a_file_may_not_say) {
+  auto* signal = layout().get_points().add(new Signal);
+  show<ViewZone>(*zone("A", false), {0, 0});
+  show<ViewSignal>(*signal, {0, 0});
+  const auto text = layout().serialize();
+  for (const auto& [from, to] :
+       std::vector<std::pair<std::string, std::string>>{{"pos: [-40, 0]", "pos: [-40, 0, 1]"},
+                                                        {"pos: [-40, 0]", "pos: [-40, .inf]"},
+                                                        {"pos: [-40, 0]", "left: 4"},
+                                                        {"        zone: 1\n", ""},
+                                                        {"anchor: Centre", "anchor: Nowhere"},
+                                                        {"angle: 0", "angle: wide"},
+                                                        {"!view-zone", "!view-tunnel"}}) {
+    ASSERT_TRUE(layout().open(folder.write("good.zblt", text))) << get_status();
+    EXPECT_FALSE(open_with(from, to)) << to;
+    EXPECT_THAT(get_status(), HasSubstr("Couldn't open"));
+  }
+}
+
+// --- Nodes ---
+
+TEST_F(DiagramTest, joining_nodes_joins_blocks_and_nothing_else_does) {
+  auto* a = show<ViewZone>(*zone("A", false), {0, 0});
+  auto* b = show<ViewZone>(*zone("B", false), {100, 0});
+  auto* c = show<ViewZone>(*zone("C", false), {200, 0});
+  auto& right = end(*a, "right");
+  auto& left = end(*b, "left");
+  auto& other = end(*c, "left");
+  right.connect(left);
+  EXPECT_EQ(right.get_block_link()->get_partner(), left.get_block_link());
+  EXPECT_EQ(right.pos, left.pos);
+  // Either end is taken now.
+  right.connect(other);
+  other.connect(left);
+  EXPECT_EQ(right.get_link(), &left);
+  EXPECT_EQ(other.get_link(), nullptr);
+  EXPECT_FALSE(other.get_block_link()->is_connected());
+  // They move together, until the blocks come apart.
+  right.drag(ViewNode::body, {50, 60});
+  EXPECT_EQ(left.pos, (Vector{50, 60}));
+  left.get_block_link()->disconnect();
+  EXPECT_EQ(right.get_link(), nullptr);
+  EXPECT_EQ(left.get_link(), nullptr);
+  // Apart on the picture only, they are joined again as they are.
+  right.connect(left);
+  right.disconnect();
+  EXPECT_TRUE(left.get_block_link()->is_connected());
+  right.connect(left);
+  EXPECT_EQ(left.get_link(), &right);
+  // What shows a block ends with it, and lets go of its partner.
+  a->get_object()->destroy();
+  EXPECT_EQ(view->get_objects().size(), 2u);
+  EXPECT_EQ(left.get_link(), nullptr);
+
+  EXPECT_THROW(left.set_block_link(other.get_block_link()), std::logic_error);
+  EXPECT_THROW(left.set_object(c), std::logic_error);
+  EXPECT_THROW(left.set_type(ViewLinkNode::outward), std::logic_error);
+  left.set_type(ViewLinkNode::inward);
+}
+
+TEST_F(DiagramTest, nodes_take_their_direction_from_neighbours_and_partners) {
+  auto* a = show<ViewZone>(*zone("A", false), {0, 0});
+  auto* b = show<ViewZone>(*zone("B", false), {100, 0});
+  auto& left = end(*a, "left");
+  auto& right = end(*a, "right");
+  EXPECT_EQ(right.dir, (Vector{1, 0}));
+  right.drag(ViewNode::body, {-40, 80});
+  EXPECT_EQ(left.dir, (Vector{0, 1}));
+  EXPECT_EQ(right.dir, (Vector{0, 1}));
+  // A curved end follows what it is joined to; of the same kind they face each other.
+  b->make_curved(b->segments()[0]);
+  end(*b, "left").connect(right);
+  EXPECT_EQ(end(*b, "left").dir, right.dir);
+  end(*b, "right").connect(left);
+  end(*b, "right").disconnect();
+  end(*b, "left").disconnect();
+  end(*b, "left").get_block_link()->disconnect();
+  end(*b, "right").get_block_link()->disconnect();
+  end(*b, "left").connect(left);
+  EXPECT_EQ(end(*b, "left").dir, -left.dir);
+
+  // Handles: free, locked, and never too short.
+  auto& node = end(*b, "right");
+  node.drag(ViewNode::body, {140, 0});
+  node.dir = {1, 0};
+  node.drag(ViewNode::left_handle, node.pos + Vector{0, -30});
+  EXPECT_EQ(node.dir, (Vector{0, 1}));
+  EXPECT_EQ(node.left, 30);
+  node.set_locked(true);
+  node.drag(ViewNode::left_handle, node.pos + Vector{-50, -20});
+  EXPECT_EQ(node.dir, (Vector{0, 1}));
+  EXPECT_EQ(node.left, 20);
+  node.drag(ViewNode::left_handle, node.pos);
+  EXPECT_EQ(node.left, ViewNode::shortest_handle);
+  b->make_straight(b->segments()[0]);
+  EXPECT_TRUE(node.is_locked()) << "by its neighbour";
+  b->make_curved(b->segments()[0]);
+  EXPECT_FALSE(node.is_locked());
+  const auto third = (node.pos - end(*b, "left").pos).length() / 3;
+  EXPECT_DOUBLE_EQ(node.left, third);
+}
+
+// --- The picture ---
+
+/// A picture of the railway as it is now, at zoom 1 with the origin in the middle.
+class Picture {
+ public:
+  explicit Picture(const View& view) {
+    const auto context = Cairo::Context::create(surface_);
+    context->set_source_rgb(0.5, 0.5, 1);
+    context->paint();
+    context->translate(size / 2, size / 2);
+    for (const auto& object : view.get_objects()) object->draw_runtime(context);
+    surface_->flush();
+  }
+  [[nodiscard]] unsigned at(double x, double y) const {
+    const auto* row =
+        surface_->get_data() + (static_cast<int>(y) + size / 2) * surface_->get_stride();
+    unsigned pixel = 0;
+    std::memcpy(&pixel, row + (static_cast<int>(x) + size / 2) * 4, sizeof pixel);
+    return pixel & 0xffffff;
+  }
+
+ private:
+  static constexpr int size = 400;
+  Cairo::RefPtr<Cairo::ImageSurface> surface_ =
+      Cairo::ImageSurface::create(Cairo::FORMAT_RGB24, size, size);
+};
+constexpr unsigned paper = 0x8080ff, white = 0xffffff, black = 0, green = 0x00ff00,
+                   yellow = 0xffff00, grey = 0x808080;
+
+TEST_F(DiagramTest, a_zone_shows_who_is_in_it_and_where_that_is_heading) {
+  const auto zones = row({"A", "B"});
+  auto* a = show<ViewZone>(*zones[0], {-40, 0});
+  show<ViewZone>(*zones[1], {40, 0});
+  end(*a, "left").drag(ViewNode::body, {-90, 0});
+  EXPECT_EQ(Picture(*view).at(-70, 0), black);
+  EXPECT_EQ(Picture(*view).at(-70, 3), white) << "the halo";
+  EXPECT_EQ(Picture(*view).at(-70, 6), paper);
+  at(zones[0]).occupy();
+  EXPECT_EQ(Picture(*view).at(-70, 0), yellow);
+  int redrawn = 0;
+  view->signal_changed().connect([&] { redrawn += view->changed_object() == a; });
+  at(zones[0]).signal_changed().emit();
+  EXPECT_EQ(redrawn, 0) << "nothing has changed";
+
+  auto* lok = new_lok_in(zones[0]);
+  EXPECT_GT(redrawn, 0);
+  ASSERT_EQ(place(lok), "A.left..A.right");
+  const Picture right(*view);
+  EXPECT_EQ(right.at(-70, 0), green);
+  // The tip of the arrow is narrow, its tail is wide.
+  const double middle = -45;
+  EXPECT_EQ(right.at(middle - 5, 4), black);
+  EXPECT_NE(right.at(middle + 5, 4), black);
+  lok->set_direction(Direction::Reverse);
+  const Picture left(*view);
+  EXPECT_EQ(left.at(middle + 5, 4), black);
+  EXPECT_NE(left.at(middle - 5, 4), black);
+  lok->orientation_known = false;
+  lok->detected(&zones[0]->right, &zones[0]->left, false);
+}
+
+TEST_F(DiagramTest, a_point_shows_its_way_on_top_and_is_set_by_a_click) {
+  auto* point = layout().get_points().add(new Point);
+  auto* points = show<ViewPoint>(*point, {0, 0});
+  const auto states = point->states();
+  // Ways: along y = 0, and down to (25, 16); ticks at their ends.
+  EXPECT_EQ(Picture(*view).at(15, 0), black);
+  EXPECT_EQ(Picture(*view).at(15, 12), grey);
+  EXPECT_EQ(Picture(*view).at(-25, 5), black) << "a tick";
+  points->click(ViewSwitch::StateTag(points, states[1]));
+  EXPECT_EQ(point->get_state(), states[1]);
+  EXPECT_EQ(Picture(*view).at(15, 0), grey);
+  EXPECT_EQ(Picture(*view).at(15, 12), black);
+  // States come and go, with their nodes.
+  auto& third = point->add_state();
+  EXPECT_EQ(points->segments().size(), 3u);
+  EXPECT_TRUE(points->get_link_node("state:" + third.get_name().raw()));
+  third.destroy();
+  EXPECT_EQ(points->segments().size(), 2u);
+}
+
+TEST_F(DiagramTest, a_signal_keeps_its_size_and_its_angle_at_any_zoom) {
+  auto* signal = layout().get_points().add(new Signal);
+  auto* aspect = show<ViewSignal>(*signal, {10, 0});
+  const auto surface = Cairo::ImageSurface::create(Cairo::FORMAT_RGB24, 10, 10);
+  struct Case {
+    Anchor anchor;
+    double angle;
+    PixelBox box;  // of a disc of 16 pixels, with a pixel round it
+  };
+  for (const double zoom : {1.0, 3.0}) {
+    const double x = 10 * zoom;
+    for (const auto& [anchor, angle, box] :
+         {Case{Anchor::TopLeft, 0, {x - 1, -1, x + 17, 17}},
+          Case{Anchor::TopLeft, 90, {x - 17, -1, x + 1, 17}},
+          Case{Anchor::BottomRight, 0, {x - 17, -17, x + 1, 1}},
+          Case{Anchor::Left, 0, {x - 1, -9, x + 17, 9}},
+          Case{Anchor::Top, 0, {x - 9, -1, x + 9, 17}},
+          Case{Anchor::Centre, 45, {x - 12.314, -12.314, x + 12.314, 12.314}}}) {
+      aspect->set_anchor(anchor);
+      aspect->set_angle(angle);
+      const auto context = Cairo::Context::create(surface);
+      context->scale(zoom, zoom);
+      const auto found = aspect->runtime_box(context);
+      EXPECT_NEAR(found.left, box.left, 0.01) << anchor_name(anchor) << angle;
+      EXPECT_NEAR(found.top, box.top, 0.01) << anchor_name(anchor) << angle;
+      EXPECT_NEAR(found.right, box.right, 0.01) << anchor_name(anchor) << angle;
+      EXPECT_NEAR(found.bottom, box.bottom, 0.01) << anchor_name(anchor) << angle;
+    }
+  }
+  // Clicks go through the states, and round.
+  const auto states = signal->states();
+  for (std::size_t i = 1; i <= states.size(); ++i) {
+    aspect->click(ViewTag(aspect));
+    EXPECT_EQ(signal->get_state(), states[i % states.size()]);
+  }
+}
+
+TEST_F(DiagramTest, a_label_says_who_is_there_and_how_fast) {
+  auto* stretch = zone("A");
+  auto* label = show<ViewLabel>(*stretch, {0, 0});
+  EXPECT_EQ(label->get_text(), "");
+  auto* lok = new_lok_in(stretch, "Express");
+  lok->set_top_speed(126);
+  EXPECT_EQ(label->get_text(), "Express");
+  lok->set_actual_speed(100);
+  EXPECT_EQ(label->get_text(),
+            "Express\nActual Speed: " + std::to_string(lok->get_actual_speed()) + " km/h");
+  lok->set_name("Local");
+  EXPECT_THAT(label->get_text(), HasSubstr("Local"));
+  lok->destroy();
+  EXPECT_EQ(label->get_text(), "");
+}
+
+TEST_F(DiagramTest, tags_are_numbers_painted_over_each_other) {
+  auto* point = layout().get_points().add(new Point);
+  auto* points = show<ViewPoint>(*point, {0, 0});
+  show<ViewZone>(*zone("A", false), {0, -50});
+  TagImage tags;
+  EXPECT_EQ(tags.hit(0, 0), nullptr);
+  tags.begin(200, 200, Cairo::Matrix(1, 0, 0, 1, 100, 100));
+  for (const auto& object : view->get_objects()) {
+    object->draw_runtime_tags(tags.context(), tags.table());
+  }
+  const auto state_at = [&](double x, double y) {
+    const auto tag = tags.hit(x + 100, y + 100);
+    const auto* state = dynamic_cast<const ViewSwitch::StateTag*>(tag.get());
+    EXPECT_TRUE(!tag || tag->object == points);
+    return state ? state->state : nullptr;
+  };
+  EXPECT_EQ(tags.table().size(), 2u) << "nothing else can be clicked";
+  EXPECT_EQ(state_at(15, 0), point->states()[0]);
+  EXPECT_EQ(state_at(15, 12), point->states()[1]);
+  EXPECT_EQ(state_at(-24, 0), point->states()[0]) << "the way that is set is on top";
+  EXPECT_EQ(state_at(0, -50), nullptr);
+  EXPECT_EQ(tags.hit(-1, 100), nullptr);
+  EXPECT_EQ(tags.hit(100, 200), nullptr);
+  tags.table().clear();
+  EXPECT_THROW(static_cast<void>(tags.hit(115, 100)), std::logic_error);
+}
+
+}  // namespace
+}  // namespace zemblar::test
