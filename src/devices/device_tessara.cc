@@ -277,11 +277,13 @@ void DeviceTessara::set_speed(std::uint8_t index) {
 void DeviceTessara::change_speed(std::uint8_t index) {
   if (!bus_) return;
   const auto alive = liveness();
+  told_speed_ = index;
   command(tessara::use_speed(index));
   if (!*alive || !bus_) throw TessaraCmdFailed();
   bus_->set_speed(address_, index);
 }
 
+// An exchange that fails may have changed the speed at one end only, whichever.
 bool DeviceTessara::find_on_bus() {
   const auto alive = liveness();
   const auto lost = [&] { return !*alive || !bus_; };
@@ -290,11 +292,17 @@ bool DeviceTessara::find_on_bus() {
   if (bus_->ping(address)) return true;
   if (lost()) return false;
   const auto speed = bus_->get_speed(address);
-  if (speed == 0 || lost()) return false;
-  bus_->set_speed(address, 0);
   if (lost()) return false;
-  if (bus_->ping(address)) return true;
-  if (!lost()) bus_->set_speed(address, speed);
+  auto present = speed;
+  for (const auto other : {std::uint8_t{0}, told_speed_}) {
+    if (other == present || other == speed) continue;
+    bus_->set_speed(address, other);
+    if (lost()) return false;
+    if (bus_->ping(address)) return true;
+    if (lost()) return false;
+    present = other;
+  }
+  if (present != speed) bus_->set_speed(address, speed);
   return false;
 }
 

@@ -55,6 +55,10 @@ class DeviceTessara : public Device {
   /// Does nothing without a bus, and when another device on it has that address.
   void set_address(std::uint8_t address);
   [[nodiscard]] const std::string& get_serial_nr() const { return serial_nr_; }
+  /// It has no port, and is to have that of the hardware with this number.
+  [[nodiscard]] bool waits_for(const std::string& serial_nr) const {
+    return !bus_ && !hold_ && serial_nr_ == serial_nr;
+  }
   /// Which speeds it knows, by index; empty until a class has read them.
   [[nodiscard]] const std::vector<bool>& get_speeds() const { return speeds_; }
 
@@ -76,7 +80,8 @@ class DeviceTessara : public Device {
   /// Talks at that speed from now on, and so does the bus. Nothing without a bus.
   void set_speed(std::uint8_t index);
   /// Whether it answers at its address. One that has restarted, and so fell back to speed 0, is
-  /// left at that. False without a bus.
+  /// left at that; one that was told a speed to which the bus could not follow, at that one. False
+  /// without a bus.
   bool find_on_bus();
 
   Glib::PropertyProxy<std::uint8_t> property_address() { return {this, "address"}; }
@@ -139,6 +144,7 @@ class DeviceTessara : public Device {
   std::uint8_t address_ = 0;
   std::vector<bool> speeds_;
   bool has_marked_address_ = false;
+  std::uint8_t told_speed_ = 0;  // by index, the last one; whether it has heard that or not
   PortHold hold_;
   std::string serial_nr_;
   std::string fault_;  // why the class cannot work with the hardware; of the last `bring_up`

@@ -171,6 +171,22 @@ TEST_F(RailComReaderTest, keeps_what_it_saw_while_it_is_lost_and_comes_back) {
   }
 }
 
+// It may have heard a change of speed to which the bus could not follow.
+TEST_F(RailComReaderTest, comes_back_whichever_exchange_of_its_return_fails) {
+  auto* lost = find_reader();
+  ASSERT_TRUE(lost);
+  for (int moment = 0; moment < 2000; moment += 20) {
+    hardware->restart();
+    clock.advance(std::chrono::milliseconds(moment));
+    master.faults.errors = 1;
+    clock.advance(100ms);
+    master.faults.errors = 0;
+    clock.advance(5s);
+    EXPECT_TRUE(lost->active()) << moment;
+    EXPECT_EQ(hardware->speed(), 4u) << moment;
+  }
+}
+
 TEST_F(RailComReaderTest, has_as_many_inputs_as_its_hardware_and_each_keeps_its_track) {
   auto* changed = find_reader();
   ASSERT_TRUE(changed);
