@@ -243,13 +243,13 @@ void DeviceTessaraBus::scan(const Cancel& cancel) {
 }
 
 void DeviceTessaraBus::look_at(std::uint8_t address, const Cancel& cancel) {
-  if (used_.test(address)) return;
+  if (used_.test(address) || joining_.test(address)) return;
   try {
     const bool found =
         speed_scan_ ? find_at_known_speed(address, cancel) : find_at_any_speed(address, cancel);
     if (found && !cancel->is_cancelled()) add_found(address);
   } catch (const std::exception&) {
-    // Nobody whom the program could talk to.
+    // Nobody there.
   }
 }
 
@@ -272,10 +272,19 @@ bool DeviceTessaraBus::find_at_known_speed(std::uint8_t address, const Cancel& c
   return !cancel->is_cancelled() && ping(address);
 }
 
+// Goes on when the scan has ended: the next one must not disturb what has been told to the device.
 void DeviceTessaraBus::add_found(std::uint8_t address) {
   const auto alive = liveness();
-  Unadded<DeviceTessara> device(TessaraClass::create_found(this, address));
-  if (device && *alive && !is_deleting()) add(device.release());
+  Unadded<DeviceTessara> device;
+  joining_.set(address);
+  try {
+    device.reset(TessaraClass::create_found(this, address));
+  } catch (const std::exception&) {
+    // Nobody whom the program could talk to.
+  }
+  if (!*alive) return;
+  joining_.reset(address);
+  if (device && !is_deleting()) add(device.release());
 }
 
 }  // namespace zemblar

@@ -80,7 +80,8 @@ class DeviceTessaraBus : public DeviceTessara {
   std::uint8_t max_speed_ = 0;
   bool speed_scan_ = false;
   std::bitset<256> used_;
-  int scan_address_ = -1;  // -1 without a scan
+  std::bitset<256> joining_;  // found there, and being asked what it is
+  int scan_address_ = -1;     // -1 without a scan
   // Each scan and each monitor has its own.
   Cancel scan_cancel_;
   Cancel monitor_cancel_;

@@ -1,5 +1,7 @@
 #include "devices/serial_port_tessara.h"
 
+#include <algorithm>
+
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/toplevel.h"
@@ -14,6 +16,14 @@ const HWList::Kind::Registration registration(port_kind<SerialPortTessara>());
 
 bool takes_devices() {
   return Layout::exists() && !Layout::get().is_emptying();
+}
+
+/// A device of the layout has that number, and did not recognise its hardware: an answer was lost.
+bool is_awaited(const Layout& layout, const std::string& serial_nr) {
+  return std::ranges::any_of(layout.get_devices(), [&](const Object* object) {
+    const auto* device = dynamic_cast<const DeviceTessara*>(object);
+    return device && device->waits_for(serial_nr);
+  });
 }
 
 }  // namespace
@@ -76,7 +86,8 @@ void SerialPortTessara::make_device() {
   try {
     Unadded<DeviceTessara> device(TessaraClass::create_found(this));
     if (!device) throw std::runtime_error(_("no kind of device that it knows"));
-    if (takes_devices() && layout == &Layout::get()) {
+    if (takes_devices() && layout == &Layout::get() &&
+        !is_awaited(*layout, device->get_serial_nr())) {
       layout->get_devices().add(device.release());
     } else {
       offer_again_ = takes_devices();

@@ -196,6 +196,143 @@ TEST_F(TessaraTest, comes_back_by_itself_from_a_failed_start) {
   EXPECT_EQ(1u, layout().get_devices().child_count());
 }
 
+TEST_F(TessaraTest, makes_no_second_device_of_hardware_that_an_error_hid_from_its_own) {
+  plug_in();
+  pull_plug();
+  plugged = std::make_unique<Plugged>();
+  plugged->master.options.serial_nr = "TB-1";
+  plugged->master.faults.errors = 1;
+  plugged->port = SerialPortTessara::create(record, plugged->cable.plug());
+  plugged->port->offer();
+  clock.advance(2s);
+  EXPECT_EQ(1u, layout().get_devices().child_count());
+  EXPECT_TRUE(bus()->active());
+}
+
+TEST_F(TessaraTest, gives_new_hardware_to_the_layout_that_is_opened_meanwhile) {
+  plug_in();
+  const auto with_bus = layout().serialize();
+  for (int moment = 0; moment < 300; moment += 10) {
+    pull_plug();
+    if (moment % 20 == 0) layout().new_document(false);
+    plugged = std::make_unique<Plugged>();
+    plugged->master.options.serial_nr = "TB-1";
+    plugged->port = SerialPortTessara::create(record, plugged->cable.plug());
+    plugged->port->offer();
+    clock.advance(std::chrono::milliseconds(moment));
+    ASSERT_TRUE(Layout::open_bytes(folder.file("bus.zblt"), with_bus));
+    plugged->port->offer();
+    clock.advance(2s);
+    EXPECT_EQ(1u, layout().get_devices().child_count()) << moment;
+    EXPECT_TRUE(bus()->active()) << moment;
+  }
+}
+
+TEST_F(TessaraTest, leaves_a_line_that_fails) {
+  plug_in();
+  plugged->cable.unplug();  // and nobody says so
+  EXPECT_THAT(result_of([] { return bus()->read_serial(); }), StartsWith("failed"));
+  EXPECT_FALSE(bus()->active());
+}
+
+// --- The wire ---
+
+/// A master that says what it is told to say.
+class Wire {
+ public:
+  struct Answer {
+    std::string bytes{};
+    bool error = false;
+    bool endless = false;  // DSR stays up
+    bool late = false;     // DSR falls before the bytes have come through
+  };
+  explicit Wire(SerialCable& cable) : cable_(cable) {
+    cable.on_bytes([this](std::string_view bytes) { frame_ += bytes; });
+    cable.on_dtr([this](bool up) { up ? begin() : answer(); });
+  }
+
+  std::map<std::string, Answer> answers = {{"\0"s, {"BUS\0\0\1\1\1\4"s}}, {"\2", {"TB-1"}}};
+  std::vector<std::string> frames;
+  Clock::duration shortest_frame = 1h;
+
+ private:
+  void begin() {
+    begun_ = Clock::now();
+    cable_.lines = {};
+  }
+  void answer() {
+    if (frame_.empty()) return;
+    shortest_frame = std::min<Clock::duration>(shortest_frame, Clock::now() - begun_);
+    frames.push_back(std::exchange(frame_, {}));
+    const auto answer = answers[frames.back()];
+    cable_.lines.dsr = !answer.late;
+    next_ = Timeout::once(7ms, [this, answer] {
+      cable_.send(answer.bytes);
+      cable_.lines = {.dsr = answer.endless, .ri = answer.error};
+    });
+  }
+
+  SerialCable& cable_;
+  std::string frame_;
+  Clock::time_point begun_;
+  Timeout next_;
+};
+
+TEST_F(TessaraTest, takes_no_answer_for_what_it_is_not) {
+  SerialCable cable;
+  Wire wire(cable);
+  const auto port = SerialPortTessara::create(record, cable.plug());
+  port->offer();
+  clock.advance(1s);
+  ASSERT_TRUE(bus() && bus()->active());
+  EXPECT_GE(wire.shortest_frame, 20ms) << "what is in the driver has to go out";
+
+  const auto ping = [] { return bus()->ping(7) ? "yes"s : "no"s; };
+  const auto get = [] { return std::to_string(bus()->get_speed(7)); };
+  const auto set = [] {
+    bus()->set_speed(7, 3);
+    return "done"s;
+  };
+  const auto relay = [] { return bus()->relay(7, "x"); };
+  const std::string failed = "failed: Tessara Command Failed";
+  const std::string at_7 = "\x0b\7\0"s, rest = "\x09\0"s, fetch = "\x0c";
+  const std::string none = "\0\0"s, one = "\0\1"s, two = "\0\2"s, three = "\0\3"s;
+  const struct {
+    std::function<std::string()> call;
+    std::map<std::string, Wire::Answer> answers;
+    std::string result;
+  } cases[] = {
+      {ping, {{at_7, {two}}, {fetch, {"\0"s}}}, "yes"},
+      {ping, {{at_7, {two}}, {fetch, {"\1G"}}}, "yes"},
+      {ping, {{at_7, {two}}, {fetch, {"\1"}}}, "no"},
+      {ping, {{at_7, {two}}, {fetch, {"\2G"}}}, "no"},
+      {ping, {{at_7, {two}}, {fetch, {""}}}, "no"},
+      {ping, {{at_7, {two}}, {fetch, {"\0"s, true}}}, "no"},
+      {ping, {{at_7, {one}}, {rest, {one}}, {fetch, {"\0"s}}}, "yes"},
+      {ping, {{at_7, {none}}, {fetch, {"\0"s}}}, "no"},
+      {ping, {{at_7, {three}}, {fetch, {"\0"s}}}, "no"},
+      {ping, {{at_7, {"\2"}}, {fetch, {"\0"s}}}, "no"},
+      {get, {{"\6\7", {"\4"}}}, "4"},
+      {get, {{"\6\7", {.bytes = "\4", .late = true}}}, "4"},
+      {get, {{"\6\7", {"\4\4"}}}, failed},
+      {get, {{"\6\7", {""}}}, failed},
+      {get, {{"\6\7", {"\4", true}}}, failed},
+      {get, {{"\6\7", {.bytes = "\4", .endless = true}}}, failed},
+      {set, {{"\7\7\3", {""}}}, "done"},
+      {set, {{"\7\7\3", {"\0"s}}}, failed},
+      {relay, {{"\x0b\7x", {two}}, {fetch, {"\0x"s}}}, "x"},
+      {relay, {{"\x0b\7x", {three}}, {fetch, {"\0x"s}}}, failed},
+      {relay, {{"\x0b\7x", {"\2"}}, {fetch, {"\0x"s}}}, failed},
+      {relay, {{"\x0b\7x", {two}}, {fetch, {""}}}, failed},
+  };
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    wire.answers = cases[i].answers;
+    EXPECT_EQ(cases[i].result, result_of(cases[i].call, 700ms)) << i;
+  }
+  bus()->destroy();
+  clock.advance(1s);
+}
+
 // --- Relaying ---
 
 TEST_F(TessaraTest, relays_messages_of_any_length_however_the_master_takes_them) {
@@ -278,6 +415,8 @@ TEST_F(TessaraTest, scans_all_free_addresses) {
     found_bus->mark_used(77);
     static_cast<void>(master().take_messages(77));
 
+    int notices = 0;
+    found_bus->property_scanning().signal_changed().connect([&] { ++notices; });
     std::vector<double> progress;
     found_bus->property_scan_progress().signal_changed().connect(
         [&] { progress.push_back(found_bus->get_scan_progress()); });
@@ -286,6 +425,7 @@ TEST_F(TessaraTest, scans_all_free_addresses) {
     for (int i = 0; i < 300 && found_bus->get_scanning(); ++i) clock.advance(1s);
     EXPECT_FALSE(found_bus->get_scanning());
     EXPECT_EQ(0.0, found_bus->get_scan_progress());
+    EXPECT_EQ(2, notices);
     EXPECT_THAT(progress, Contains(0.5));
     EXPECT_THAT(progress, Each(testing::AllOf(testing::Ge(0.0), testing::Le(1.0))));
     EXPECT_THAT(master().take_messages(77), IsEmpty()) << "a device has that address";
@@ -322,7 +462,38 @@ TEST_F(TessaraTest, ends_a_scan_when_it_is_told_to_or_the_bus_has_gone) {
   EXPECT_FALSE(bus()->get_scanning()) << "out of service";
 }
 
+TEST_F(TessaraTest, does_not_disturb_by_a_new_scan_what_the_last_one_has_found) {
+  GadgetHardware hardware;
+  gadgets = {{0, hardware}};
+  for (int moment = 0; moment < 600; moment += 20) {
+    plug_in();
+    bus()->set_scanning(true);
+    clock.advance(std::chrono::milliseconds(moment));
+    bus()->set_scanning(false);
+    bus()->set_scanning(true);
+    clock.advance(2s);
+    EXPECT_EQ(1u, bus()->child_count()) << moment;
+    pull_plug();
+    layout().get_devices().destroy_children();
+  }
+}
+
 // --- The monitor ---
+
+TEST_F(TessaraTest, looks_for_a_lost_device_once_a_second_however_often_the_bus_has_come_back) {
+  plug_in();
+  bus()->add(new Gadget(bus(), 7));
+  for (int i = 0; i < 3; ++i) {
+    bus()->go_out_of_service();
+    clock.advance(100ms);
+    bus()->set_active(true);
+    clock.advance(500ms);
+  }
+  static_cast<void>(master().take_messages(7));
+  clock.advance(10s);
+  EXPECT_THAT(master().take_messages(7),
+              testing::SizeIs(testing::AllOf(testing::Ge(8u), testing::Le(10u))));
+}
 
 TEST_F(TessaraTest, brings_back_devices_that_were_lost) {
   GadgetHardware hardware("G-1", 0);
