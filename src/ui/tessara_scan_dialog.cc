@@ -5,6 +5,7 @@
 #include <gtkmm/stock.h>
 
 #include <map>
+#include <utility>
 
 #include "core/i18n.h"
 
@@ -76,6 +77,8 @@ void TessaraScanDialog::close() {
 
 // Closing also happens by Escape and by the window manager.
 void TessaraScanDialog::on_response(int /*response*/) {
+  if (std::exchange(closed_, true)) return;
+  std::erase_if(dialogs(), [this](const auto& entry) { return entry.second == this; });
   if (bus_) bus_->set_scanning(false);
   bus_.reset();
   hide();

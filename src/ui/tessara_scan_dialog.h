@@ -35,6 +35,7 @@ class TessaraScanDialog : public Gtk::Dialog {
   void note_found(Object* device);
   void show_found();
 
+  bool closed_ = false;  // its end is on the way
   ObjectRef<DeviceTessaraBus> bus_;
   std::vector<Glib::ustring> found_;
   Gtk::Label state_;

@@ -336,12 +336,19 @@ TEST_F(PanelTest, a_bus_is_scanned_from_its_panel) {
   handle_events();
   EXPECT_FALSE(find_window("Tessara Scan"));
 
+  // One that has been closed is not shown again, though the toolkit still has it.
   scan.clicked();
+  get_widget<Gtk::Button>(*find_window("Tessara Scan"), "gtk-cancel").clicked();
+  scan.clicked();
+  EXPECT_TRUE(bus->get_scanning());
+  handle_events();
+  EXPECT_TRUE(find_window("Tessara Scan"));
   clock.advance(60s);
   EXPECT_FALSE(bus->get_scanning());
   dialog = find_window("Tessara Scan");
   ASSERT_TRUE(dialog) << "it shows what came of it";
   EXPECT_FALSE(get_widget<Gtk::ProgressBar>(*dialog).get_visible());
+  get_widget<Gtk::Button>(*dialog, "gtk-close").clicked();
   bus->destroy();
   handle_events();
   EXPECT_FALSE(find_window("Tessara Scan"));
