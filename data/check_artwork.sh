@@ -1,6 +1,6 @@
 #!/bin/sh
 # check_artwork.sh RENDERER FOLDER: every picture under FOLDER can be drawn, has the size that the
-# program lays it out for, and is compiled into the program.
+# program lays it out for, and is compiled into the program or, for a signal's, installed.
 set -u
 renderer=$1
 folder=$2
@@ -27,15 +27,21 @@ expect_size() {
   elif [ "$(size_of_png "$picture")" != "$size" ]; then
     complain "$name: is $(size_of_png "$picture"), not $size"
   fi
-  grep -q "<file>$name</file>" "$folder/zemblar.gresource.xml" ||
-    complain "$name: is not compiled in"
+  case $name in
+    signals/*) grep -q "'$name'" "$folder/meson.build" || complain "$name: is not installed" ;;
+    *) grep -q "<file>$name</file>" "$folder/zemblar.gresource.xml" ||
+      complain "$name: is not compiled in" ;;
+  esac
 }
 
-for path in "$folder"/icons/*.svg "$folder"/dial/*.svg; do
+for path in "$folder"/icons/*.svg "$folder"/dial/*.svg "$folder"/signals/*.svg; do
   name=${path#"$folder"/}
   case $name in
     dial/*) expect_size "$name" 240x240 ;;
     icons/*-splash.svg) expect_size "$name" 480x280 ;;
+    signals/main-2-*) expect_size "$name" 16x34 ;;
+    signals/main-3-*) expect_size "$name" 16x44 ;;
+    signals/shunt-*) expect_size "$name" 16x20 ;;
     *) expect_size "$name" 48x48 ;;
   esac
 done

@@ -11,9 +11,10 @@ Vector normalize(const Vector& vector) {
   return length > 0 ? vector / length : Vector{};
 }
 
+// A direction that was turned round may have a negative zero, which nobody wants to read.
 YAML::Emitter& operator<<(YAML::Emitter& out, const Vector& vector) {
-  return out << YAML::Flow << YAML::BeginSeq << shortest_text(vector.x) << shortest_text(vector.y)
-             << YAML::EndSeq;
+  return out << YAML::Flow << YAML::BeginSeq << shortest_text(vector.x + 0.0)
+             << shortest_text(vector.y + 0.0) << YAML::EndSeq;
 }
 
 void operator>>(const YAML::Node& node, Vector& vector) {

@@ -4,6 +4,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include <algorithm>
+#include <cmath>
 #include <stdexcept>
 #include <utility>
 
@@ -18,6 +19,7 @@ constexpr double radius = 4.0;
 constexpr double outline = 1.5;
 constexpr double grey = 0.75;
 constexpr double half_square = 4.0;
+constexpr double rounding = 1e-9;
 const std::vector<double> handle_dashes = {4.0};
 
 }  // namespace
@@ -210,7 +212,8 @@ void ViewNode::load(const YAML::Node& node) {
   place >> pos;
   if (node["dir"]) {
     node["dir"] >> dir;
-    dir = normalize(dir);
+    // One of length 1 stays as it was written, to the last digit.
+    if (std::abs(dir.length() - 1) > rounding) dir = normalize(dir);
   }
   has_left = static_cast<bool>(node["left"]);
   has_right = static_cast<bool>(node["right"]);
