@@ -283,7 +283,6 @@ void DeviceTessara::change_speed(std::uint8_t index) {
   bus_->set_speed(address_, index);
 }
 
-// An exchange that fails may have changed the speed at one end only, whichever.
 bool DeviceTessara::find_on_bus() {
   const auto alive = liveness();
   const auto lost = [&] { return !*alive || !bus_; };
@@ -292,17 +291,27 @@ bool DeviceTessara::find_on_bus() {
   if (bus_->ping(address)) return true;
   if (lost()) return false;
   const auto speed = bus_->get_speed(address);
+  if (speed == 0 || lost()) return false;
+  return find_at_speed(0, speed);
+}
+
+// An exchange that failed may have changed the speed at one end only.
+bool DeviceTessara::find_at_told_speed() {
+  if (!bus_ || told_speed_ == 0) return false;
+  const auto alive = liveness();
+  const auto speed = bus_->get_speed(address_);
+  if (!*alive || !bus_ || speed == told_speed_) return false;
+  return find_at_speed(told_speed_, speed);
+}
+
+bool DeviceTessara::find_at_speed(std::uint8_t index, std::uint8_t former) {
+  const auto alive = liveness();
+  const auto lost = [&] { return !*alive || !bus_; };
+  const auto address = address_;
+  bus_->set_speed(address, index);
   if (lost()) return false;
-  auto present = speed;
-  for (const auto other : {std::uint8_t{0}, told_speed_}) {
-    if (other == present || other == speed) continue;
-    bus_->set_speed(address, other);
-    if (lost()) return false;
-    if (bus_->ping(address)) return true;
-    if (lost()) return false;
-    present = other;
-  }
-  if (present != speed) bus_->set_speed(address, speed);
+  if (bus_->ping(address)) return true;
+  if (!lost()) bus_->set_speed(address, former);
   return false;
 }
 

@@ -80,9 +80,11 @@ class DeviceTessara : public Device {
   /// Talks at that speed from now on, and so does the bus. Nothing without a bus.
   void set_speed(std::uint8_t index);
   /// Whether it answers at its address. One that has restarted, and so fell back to speed 0, is
-  /// left at that; one that was told a speed to which the bus could not follow, at that one. False
-  /// without a bus.
+  /// left at that. False without a bus.
   bool find_on_bus();
+  /// The same for one that was told a speed to which the bus could not follow, or the other way
+  /// round.
+  bool find_at_told_speed();
 
   Glib::PropertyProxy<std::uint8_t> property_address() { return {this, "address"}; }
   Glib::PropertyProxy_ReadOnly<Device*> property_bus() { return {this, "bus"}; }
@@ -134,6 +136,7 @@ class DeviceTessara : public Device {
   bool claim(SerialPort* port);
   void lose_port();
   void try_again();
+  bool find_at_speed(std::uint8_t index, std::uint8_t former);
   void come_up();
   void identify();
   std::string ask(const std::string& question);

@@ -192,7 +192,9 @@ void DeviceTessaraBus::watch_devices(const Cancel& cancel) {
 void DeviceTessaraBus::bring_back(DeviceTessara& device) {
   const auto device_lives = device.liveness();
   try {
-    if (device.find_on_bus() && *device_lives) device.set_active(true);
+    bool found = device.find_on_bus();
+    if (!found && *device_lives) found = device.find_at_told_speed();
+    if (found && *device_lives) device.set_active(true);
   } catch (const std::exception&) {
     // The next round tries again.
   }

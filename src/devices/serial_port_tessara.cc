@@ -12,6 +12,8 @@
 namespace zemblar {
 namespace {
 
+constexpr std::chrono::seconds retry_time(5);
+
 const HWList::Kind::Registration registration(port_kind<SerialPortTessara>());
 
 bool takes_devices() {
@@ -62,7 +64,8 @@ void SerialPortTessara::offer() {
 void SerialPortTessara::find_owner() {
   do {
     offer_again_ = false;
-    if (can_be_opened() && !signal_attached().emit(this)) make_device();
+    if (!can_be_opened()) break;
+    if (signal_attached().emit(this) || make_device()) trouble_.take_back();
   } while (offer_again_ && !is_held() && !is_removed());
   offering_ = false;
 }
@@ -72,7 +75,6 @@ bool SerialPortTessara::can_be_opened() {
   try {
     open();
     close();
-    trouble_.take_back();
     return true;
   } catch (const Gio::Error& error) {
     if (!is_removed()) trouble_.tell(why_not_opened(_("The Tessara bus"), *this, error));
@@ -80,8 +82,9 @@ bool SerialPortTessara::can_be_opened() {
   }
 }
 
-void SerialPortTessara::make_device() {
-  if (!takes_devices()) return;
+/// True when a new device has it.
+bool SerialPortTessara::make_device() {
+  if (!takes_devices()) return false;
   const auto* layout = &Layout::get();
   try {
     Unadded<DeviceTessara> device(TessaraClass::create_found(this));
@@ -89,15 +92,18 @@ void SerialPortTessara::make_device() {
     if (takes_devices() && layout == &Layout::get() &&
         !is_awaited(*layout, device->get_serial_nr())) {
       layout->get_devices().add(device.release());
-    } else {
-      offer_again_ = takes_devices();
+      return true;
     }
+    offer_again_ = takes_devices();
   } catch (const std::exception& error) {
-    if (is_removed()) return;
+    if (is_removed()) return false;
+    // It may not have its power yet.
+    retry_ = Timeout::once(retry_time, [this] { offer(); });
     trouble_.tell(Glib::ustring::compose(
         _("What is plugged in at %1 does not answer as a Tessara device does (%2)."), port_name,
         error.what()));
   }
+  return false;
 }
 
 }  // namespace zemblar

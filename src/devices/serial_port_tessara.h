@@ -2,6 +2,7 @@
 
 #include "core/status.h"
 #include "devices/port_hold.h"
+#include "runtime/timer.h"
 
 namespace zemblar {
 
@@ -19,8 +20,9 @@ class SerialPortTessara : public SerialPort {
 
   /// Finds out, on a fiber, whose hardware this is: a device that waits for it knows it by its
   /// serial number. When there is none, a new device in the current layout takes the port, of the
-  /// class that the hardware says it is. Does nothing while the port is held; what comes while an
-  /// offer is under way is another one after it.
+  /// class that the hardware says it is. Hardware that does not answer is asked again every five
+  /// seconds. Does nothing while the port is held; what comes while an offer is under way is
+  /// another one after it.
   void offer();
   /// A slot that takes the port returns true. The slots run on a fiber and may suspend.
   static PortOffer& signal_attached();
@@ -30,11 +32,12 @@ class SerialPortTessara : public SerialPort {
 
   void find_owner();
   bool can_be_opened();
-  void make_device();
+  bool make_device();
 
   bool offering_ = false;
   bool offer_again_ = false;
   StatusNote trouble_;
+  Timeout retry_;
 };
 
 }  // namespace zemblar

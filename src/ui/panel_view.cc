@@ -2,10 +2,12 @@
 
 #include <glibmm/main.h>
 #include <gtkmm/adjustment.h>
+#include <gtkmm/separator.h>
 #include <gtkmm/sizegroup.h>
 #include <gtkmm/viewport.h>
 
 #include "core/i18n.h"
+#include "ui/view_object_properties.h"
 
 namespace zemblar {
 namespace {
@@ -43,16 +45,29 @@ PanelView::~PanelView() {
   take_away();
 }
 
-void PanelView::show_object(Object* object) {
-  if (object == object_) return;
+void PanelView::show_object(Object* object, ViewObj* drawn) {
+  if (object == object_ && drawn == drawn_) return;
   take_away();
   object_ = object;
+  drawn_ = drawn;
   object_deleted_.disconnect();
   if (!object) return say(hint_);
   object_deleted_ = object->signal_deleted().connect([this] { show_object(nullptr); });
-  auto* panel = object->make_properties_panel(Gtk::SizeGroup::create(Gtk::SIZE_GROUP_HORIZONTAL));
-  if (panel) return put(*panel);
+  if (auto* panel = make_panel(*object, drawn)) return put(*panel);
   say(Glib::ustring::compose(_("%1 has no properties."), object->get_name()));
+}
+
+Gtk::Widget* PanelView::make_panel(Object& object, ViewObj* drawn) {
+  const auto labels = Gtk::SizeGroup::create(Gtk::SIZE_GROUP_HORIZONTAL);
+  auto* own = drawn ? make_diagram_panel(*drawn, labels) : nullptr;
+  auto* shown = object.make_properties_panel(labels);
+  if (!own || !shown) return own ? own : shown;
+  auto* both = new Gtk::VBox(false, 0);
+  both->pack_start(*Gtk::manage(own), Gtk::PACK_SHRINK);
+  both->pack_start(*Gtk::manage(new Gtk::HSeparator), Gtk::PACK_SHRINK);
+  both->pack_start(*Gtk::manage(shown), Gtk::PACK_SHRINK);
+  both->show_all_children();
+  return both;
 }
 
 void PanelView::put(Gtk::Widget& panel) {

@@ -25,7 +25,8 @@ PropertiesPanel::PropertiesPanel()
   all_.set_position(list_height);
   append_page(selected_, _("_Selected"), true);
   append_page(all_, _("_All"), true);
-  list_.signal_selected().connect(sigc::mem_fun(listed_, &PanelView::show_object));
+  list_.signal_selected().connect(
+      sigc::bind(sigc::mem_fun(listed_, &PanelView::show_object), nullptr));
 }
 
 }  // namespace zemblar

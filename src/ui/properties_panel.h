@@ -17,7 +17,9 @@ class PropertiesPanel : public Gtk::Notebook {
   PropertiesPanel();
 
   /// What the page "Selected" shows; null for nothing.
-  void show_object(Object* object) { selected_.show_object(object); }
+  void show_object(Object* object, ViewObj* drawn = nullptr) {
+    selected_.show_object(object, drawn);
+  }
 
  private:
   PanelView selected_;

@@ -18,10 +18,6 @@ Gtk::Toolbar& with_separator(Gtk::Toolbar& toolbar) {
   return toolbar;
 }
 
-Gtk::Widget* make_canvas(View& view) {
-  return scrolled(Gtk::manage(new EditorView(view)));
-}
-
 }  // namespace
 
 void TrackEditor::open() {
@@ -31,7 +27,7 @@ void TrackEditor::open() {
 TrackEditor::TrackEditor()
     : LayoutWindow(_("Zemblar 0.1 — Track Editor")),
       tools_(with_separator(toolbar_)),
-      pages_(make_canvas, ViewPages::Hidden::show) {
+      pages_([this](View& view) { return make_canvas(view); }, ViewPages::Hidden::show) {
   set_default_size(default_width, default_height);
   append_new_view_button();
   sides_.pack1(pages_, true, true);
@@ -50,8 +46,23 @@ void TrackEditor::append_new_view_button() {
   pages_.add_to_hint(*button);
 }
 
+Gtk::Widget* TrackEditor::make_canvas(View& view) {
+  auto* canvas = Gtk::manage(new EditorView(view));
+  canvas->signal_selected_changed().connect(sigc::mem_fun(*this, &TrackEditor::refresh_panel));
+  canvases_[&view] = canvas;
+  return scrolled(canvas);
+}
+
+// The selected object of the page, or else its view.
 void TrackEditor::refresh_panel() {
-  panel_.show_object(pages_.current());
+  auto* view = pages_.current();
+  const auto canvas = canvases_.find(view);
+  auto* selected = canvas == canvases_.end() ? nullptr : canvas->second->get_selected();
+  if (selected) {
+    panel_.show_object(selected->get_object(), selected);
+  } else {
+    panel_.show_object(view);
+  }
 }
 
 }  // namespace zemblar

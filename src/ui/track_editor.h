@@ -2,12 +2,16 @@
 
 #include <gtkmm/paned.h>
 
+#include <map>
+
 #include "ui/editor_tools.h"
 #include "ui/layout_window.h"
 #include "ui/properties_panel.h"
 #include "ui/view_pages.h"
 
 namespace zemblar {
+
+class EditorView;
 
 /// The window in which views are drawn and all objects of the layout are edited. Views that are
 /// hidden in the track view have their page here.
@@ -19,10 +23,12 @@ class TrackEditor : public LayoutWindow {
  private:
   TrackEditor();
   void append_new_view_button();
+  [[nodiscard]] Gtk::Widget* make_canvas(View& view);
   void refresh_panel();
 
   EditorTools tools_;
   Gtk::HPaned sides_;
+  std::map<const View*, EditorView*> canvases_;  // only that of the current view is looked at
   ViewPages pages_;
   PropertiesPanel panel_;
 };

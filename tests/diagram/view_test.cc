@@ -9,6 +9,7 @@
 
 #include "core/layout.h"
 #include "core/status.h"
+#include "tests/support/layout_fixture.h"
 #include "track/block.h"
 
 namespace zemblar {
@@ -103,7 +104,9 @@ TEST(View, finds_the_image_beside_the_layout_file_or_names_it_and_leaves_it_empt
   g_unlink(layout.c_str());
 }
 
-TEST(SampleLayout, comes_back_byte_for_byte_with_its_track_joined) {
+using SampleLayout = test::LayoutTest;
+
+TEST_F(SampleLayout, comes_back_byte_for_byte_with_its_track_joined) {
   const auto bytes = Glib::file_get_contents(SAMPLE_LAYOUT);
   ASSERT_TRUE(Layout::open_bytes(SAMPLE_LAYOUT, bytes)) << get_status();
   EXPECT_EQ(Layout::get().serialize(), bytes);
