@@ -28,9 +28,10 @@ TrackPlace middle_of_step(const PathStep& from, const PathStep& to) {
   if (to.straight) return {(a + d) * 0.5, normalize(d - a)};
   const auto curve = curve_to(from, to);
   const auto pos = a * 0.125 + curve.first * 0.375 + curve.second * 0.375 + d * 0.125;
-  // The middle of a curve runs along the line between the middles of its outer sides.
-  const auto dir = normalize(curve.second + d - a - curve.first);
-  return {pos, dir == Vector{} ? normalize(d - a) : dir};
+  // Along the line between its handles, unless these have passed one another.
+  const auto inner = curve.second - curve.first;
+  const auto tangent = inner + d - a;
+  return {pos, normalize(inner.dot(tangent) > 0 ? inner : tangent)};
 }
 
 }  // namespace

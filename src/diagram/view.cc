@@ -3,6 +3,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include <cmath>
+#include <utility>
 
 #include "core/document_class.h"
 #include "core/i18n.h"
@@ -112,9 +113,9 @@ void View::move_object(ViewObj* object, bool to_top) {
 }
 
 void View::object_changed(ViewObj* object) {
-  changed_object_ = object;
+  auto* const outer = std::exchange(changed_object_, object);
   signal_changed_.emit();
-  changed_object_ = nullptr;
+  changed_object_ = outer;
 }
 
 // --- Colour and size ---
