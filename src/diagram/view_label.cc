@@ -77,11 +77,6 @@ void ViewLabel::set_align_number(int align) {
   if (align >= 0 && align < anchor_count) set_align(static_cast<Anchor>(align));
 }
 
-void ViewLabel::drag_move(const ViewTag& /*tag*/, const Vector& position) {
-  pos_ = position;
-  changed();
-}
-
 void ViewLabel::show_menu(const ViewTag& /*tag*/, guint32 time) {
   auto menu = std::make_unique<Gtk::Menu>();
   add_order_items(*menu, *this);

@@ -25,7 +25,6 @@ class ViewLabel : public ViewObj {
   void save(YAML::Emitter& out) const override;
   [[nodiscard]] zemblar::Object* get_object() const override { return zone_; }
   [[nodiscard]] PixelBox runtime_box(const Context& context) override;
-  void drag_move(const ViewTag& tag, const Vector& position) override;
   void show_menu(const ViewTag& tag, guint32 time) override;
 
   /// Any but the centre.
@@ -37,6 +36,8 @@ class ViewLabel : public ViewObj {
   Glib::PropertyProxy<int> property_align() { return {this, "align"}; }
 
  protected:
+  void move_by(const Vector& delta) override { pos_ += delta; }
+  [[nodiscard]] Vector get_place() override { return pos_; }
   void draw_plain(const Context& context, bool selected) override;
   void draw_live(const Context& context) override;
   void draw_body_tags(const Context& context, bool selected, SelectionTable& table) override;

@@ -19,6 +19,13 @@ void add_order_items(Gtk::Menu& menu, ViewObj& object) {
   const Glib::RefPtr<ViewObj> held(&object);
   add_item(menu, _("Move To Top"), [held] { held->move_to_top(); });
   add_item(menu, _("Move To Bottom"), [held] { held->move_to_bottom(); });
+  menu.append(*Gtk::manage(new Gtk::SeparatorMenuItem));
+  add_item(menu, _("Remove From View"), [held] { held->remove(); });
+  auto* shown = object.get_object();
+  if (!shown || !shown->get_deletable()) return;
+  add_item(menu, Glib::ustring::compose(_("Delete “%1”"), shown->get_name()), [held] {
+    if (auto* object = held->get_object(); object && held->get_view()) object->destroy();
+  });
 }
 
 void popup(std::unique_ptr<Gtk::Menu> menu, guint32 time) {

@@ -13,7 +13,7 @@ class ViewObj;
 // its items' actions with it.
 
 void add_item(Gtk::Menu& menu, const Glib::ustring& label, const std::function<void()>& action);
-/// "Move To Top" and "Move To Bottom", with which all of them end.
+/// The order, and the end of the object or of what it shows: what all of them end with.
 void add_order_items(Gtk::Menu& menu, ViewObj& object);
 /// For a click at that time.
 void popup(std::unique_ptr<Gtk::Menu> menu, guint32 time);

@@ -2,6 +2,8 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include <utility>
+
 #include "diagram/view.h"
 
 namespace zemblar {
@@ -33,6 +35,20 @@ void ViewObj::follow_end(zemblar::Object& object) {
     shown_deleted_.disconnect();
     remove();
   });
+}
+
+void ViewObj::drag_start(const ViewTag& /*tag*/, const Vector& position) {
+  dragged_from_ = position;
+}
+
+void ViewObj::drag_move(const ViewTag& /*tag*/, const Vector& position) {
+  move_by(position - std::exchange(dragged_from_, position));
+  changed();
+}
+
+void ViewObj::drag_right(const Vector& position) {
+  move_by(position - get_place());
+  changed();
 }
 
 void ViewObj::move_to_top() {

@@ -49,10 +49,13 @@ class ViewObj : public Glib::Object {
 
   /// A click of the left button on the operating display.
   virtual void click(const ViewTag& /*tag*/) {}
-  virtual void drag_start(const ViewTag& /*tag*/, const Vector& /*position*/) {}
-  virtual void drag_move(const ViewTag& /*tag*/, const Vector& /*position*/) {}
-  /// A drag with the right button: places what has just been made.
-  virtual void drag_right(const Vector& /*position*/) {}
+  /// A part of it is dragged: from a place, then to others. What is no part drags the whole.
+  virtual void drag_start(const ViewTag& tag, const Vector& position);
+  virtual void drag_move(const ViewTag& tag, const Vector& position);
+  /// It has just been made, and follows the pointer.
+  virtual void drag_right(const Vector& position);
+  /// Those that have to be drawn with it while it is dragged: what its ends are joined to.
+  [[nodiscard]] virtual std::vector<ViewObj*> dependants() { return {}; }
   /// Its menu, over the canvas.
   virtual void show_menu(const ViewTag& /*tag*/, guint32 /*time*/) {}
   /// Null for a name that no end of its track has.
@@ -73,6 +76,10 @@ class ViewObj : public Glib::Object {
   void follow_end(zemblar::Object& object);
 
   virtual void draw_plain(const Context& context, bool selected) = 0;
+  /// Moves the whole.
+  virtual void move_by(const Vector& delta) = 0;
+  /// Its middle.
+  [[nodiscard]] virtual Vector get_place() = 0;
   virtual void draw_live(const Context& context) = 0;
   virtual void draw_handle_tags(const Context& /*context*/, bool /*selected*/,
                                 SelectionTable& /*table*/) {}
@@ -83,6 +90,7 @@ class ViewObj : public Glib::Object {
 
  private:
   View* view_ = nullptr;
+  Vector dragged_from_;
   ScopedConnection shown_deleted_;
 };
 

@@ -128,11 +128,6 @@ void ViewSignal::click(const ViewTag& /*tag*/) {
   signal_->set_state(last ? states.front() : *(current + 1));
 }
 
-void ViewSignal::drag_move(const ViewTag& /*tag*/, const Vector& position) {
-  pos_ = position;
-  changed();
-}
-
 void ViewSignal::show_menu(const ViewTag& /*tag*/, guint32 time) {
   auto menu = std::make_unique<Gtk::Menu>();
   add_order_items(*menu, *this);

@@ -30,7 +30,6 @@ class ViewSignal : public ViewObj {
   [[nodiscard]] PixelBox runtime_box(const Context& context) override;
   void draw_runtime_tags(const Context& context, SelectionTable& table) override;
   void click(const ViewTag& tag) override;
-  void drag_move(const ViewTag& tag, const Vector& position) override;
   void show_menu(const ViewTag& tag, guint32 time) override;
 
   [[nodiscard]] Anchor get_anchor() const { return anchor_; }
@@ -43,6 +42,8 @@ class ViewSignal : public ViewObj {
   Glib::PropertyProxy<double> property_angle() { return {this, "angle"}; }
 
  protected:
+  void move_by(const Vector& delta) override { pos_ += delta; }
+  [[nodiscard]] Vector get_place() override { return pos_; }
   void draw_plain(const Context& context, bool selected) override;
   void draw_live(const Context& context) override { draw_plain(context, false); }
   void draw_body_tags(const Context& context, bool selected, SelectionTable& table) override;

@@ -161,7 +161,31 @@ void ViewTrack::paint_segment(const Context& context, const ViewSegment& segment
 void ViewTrack::drag_move(const ViewTag& tag, const Vector& position) {
   if (const auto* dragged = dynamic_cast<const ViewNode::Tag*>(&tag)) {
     dragged->node->drag(dragged->part, position);
+  } else {
+    ViewObj::drag_move(tag, position);
   }
+}
+
+// Ends that are joined take their partners along.
+void ViewTrack::move_by(const Vector& delta) {
+  for (auto* node : inner_nodes()) node->pos += delta;
+  for (auto* node : ends()) node->drag(ViewNode::body, node->pos + delta);
+}
+
+Vector ViewTrack::get_place() {
+  Vector sum;
+  const auto nodes = ends();
+  for (const auto* node : nodes) sum += node->pos;
+  return sum / static_cast<double>(nodes.size());
+}
+
+std::vector<ViewObj*> ViewTrack::dependants() {
+  std::vector<ViewObj*> joined;
+  for (const auto* node : ends()) {
+    auto* other = node->get_link() ? node->get_link()->get_object() : nullptr;
+    if (other && other->get_view() == get_view()) joined.push_back(other);
+  }
+  return joined;
 }
 
 // --- Menus ---

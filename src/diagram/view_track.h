@@ -27,6 +27,7 @@ class ViewTrack : public ViewObj {
   [[nodiscard]] PixelBox runtime_box(const Context& context) override;
   void draw_link_target_tags(const Context& context, SelectionTable& table) override;
   void drag_move(const ViewTag& tag, const Vector& position) override;
+  [[nodiscard]] std::vector<ViewObj*> dependants() override;
 
   /// "Straight Line": the two nodes become neighbours, where they have room for it.
   void make_straight(const ViewSegment& segment);
@@ -42,6 +43,8 @@ class ViewTrack : public ViewObj {
   [[nodiscard]] virtual std::vector<TrackPath> tracks() = 0;
 
   void draw_plain(const Context& context, bool selected) override;
+  void move_by(const Vector& delta) override;
+  [[nodiscard]] Vector get_place() override;
   void draw_handle_tags(const Context& context, bool selected, SelectionTable& table) override;
   void draw_link_tags(const Context& context, bool selected, SelectionTable& table) override;
 

@@ -34,6 +34,7 @@ DiagramCanvas::DiagramCanvas(View& view, const Glib::ustring& hint) : view_(view
   add_events(Gdk::BUTTON_PRESS_MASK | Gdk::BUTTON_RELEASE_MASK | Gdk::POINTER_MOTION_MASK |
              Gdk::SCROLL_MASK);
   view_changed_ = view.signal_changed().connect([this] { on_view_changed(); });
+  object_added_ = view.signal_object_added().connect([this](ViewObj*) { invalidate(); });
   colour_changed_ = view.property_colour().signal_changed().connect([this] { follow_colour(); });
   image_changed_ = view.signal_image_changed().connect([this] { queue_resize(); });
   signal_grab_broken_event().connect([this](GdkEventGrabBroken*) {
@@ -72,6 +73,7 @@ void DiagramCanvas::on_view_changed() {
 // Where it was drawn, and where it will be.
 void DiagramCanvas::on_object_changed(ViewObj& object) {
   if (dirty_) return;
+  if (floats(object)) return queue_draw();
   const auto context = Cairo::Context::create(image_);
   context->set_matrix(matrix_);
   auto& box = boxes_[&object];
@@ -108,7 +110,29 @@ bool DiagramCanvas::on_expose_event(GdkEventExpose* event) {
   const auto& area = event->area;
   get_window()->draw_drawable(get_style()->get_black_gc(), pixmap_, area.x, area.y, area.x, area.y,
                               area.width, area.height);
+  if (!floating_.empty()) draw_floating(*event);
   return true;
+}
+
+// --- What is being moved ---
+
+void DiagramCanvas::set_floating(std::vector<ViewObj*> objects) {
+  floating_ = std::move(objects);
+  floating_removed_ = view_.signal_object_removed().connect(
+      [this](ViewObj* object) { std::erase(floating_, object); });
+  invalidate();
+}
+
+bool DiagramCanvas::floats(const ViewObj& object) const {
+  return std::ranges::find(floating_, &object) != floating_.end();
+}
+
+void DiagramCanvas::draw_floating(const GdkEventExpose& event) {
+  const auto context = get_window()->create_cairo_context();
+  context->rectangle(event.area.x, event.area.y, event.area.width, event.area.height);
+  context->clip();
+  context->set_matrix(matrix_);
+  for (auto* object : floating_) draw_object(context, *object);
 }
 
 // --- Painting ---
@@ -127,7 +151,7 @@ void DiagramCanvas::repaint(int width, int height) {
   for (const auto& object : view_.get_objects()) {
     auto& shown = *object.operator->();
     boxes_[&shown] = box_of(context, shown);
-    draw_object(context, shown);
+    if (!floats(shown)) draw_object(context, shown);
   }
   paint_hint(context);
   upload({{0, 0, static_cast<double>(width), static_cast<double>(height)}});
@@ -157,7 +181,7 @@ void DiagramCanvas::repaint_parts() {
     auto& shown = *object.operator->();
     const auto& box = boxes_[&shown];
     const auto met = [&box](const PixelBox& part) { return part.meets(box); };
-    if (std::ranges::any_of(parts, met)) draw_object(context, shown);
+    if (!floats(shown) && std::ranges::any_of(parts, met)) draw_object(context, shown);
   }
   upload(parts);
   for (const auto& part : parts) paint_tags_in(part);
@@ -192,7 +216,8 @@ void DiagramCanvas::paint_hint(const Context& context) {
 void DiagramCanvas::paint_tags() {
   tags_.begin(image_->get_width(), image_->get_height(), matrix_);
   for (const auto& object : view_.get_objects()) {
-    draw_tags(tags_.context(), *object.operator->(), tags_.table());
+    auto& shown = *object.operator->();
+    if (!floats(shown)) draw_tags(tags_.context(), shown, tags_.table());
   }
   whole_table_ = tags_.table().size();
 }

@@ -59,9 +59,16 @@ class DiagramCanvas : public Gtk::DrawingArea {
   bool on_motion_notify_event(GdkEventMotion* event) override;
   bool on_scroll_event(GdkEventScroll* event) override;
 
- private:
-  enum class Mode { idle = 0, panning = 4 };
+  /// What the pointer is doing. A display that is only looked at pans.
+  enum class Mode { idle = 0, pressed = 1, dragging = 2, placing = 3, panning = 4 };
+  Mode mode_ = Mode::idle;
+  double last_x_ = 0;
+  double last_y_ = 0;
 
+  /// Objects that are being moved: left out of the kept picture, and drawn over it on the window.
+  void set_floating(std::vector<ViewObj*> objects);
+
+ private:
   void on_view_changed();
   void on_object_changed(ViewObj& object);
   void follow_colour();
@@ -77,14 +84,13 @@ class DiagramCanvas : public Gtk::DrawingArea {
   void paint_tags();
   void paint_tags_in(const PixelBox& part);
   [[nodiscard]] bool is_current() const;
+  [[nodiscard]] bool floats(const ViewObj& object) const;
+  void draw_floating(const GdkEventExpose& event);
 
   View& view_;
   Glib::ustring hint_;
   double zoom_ = 1.0;
   Vector pan_;
-  double last_x_ = 0;
-  double last_y_ = 0;
-  Mode mode_ = Mode::idle;
   Cairo::Matrix matrix_ = Cairo::identity_matrix();
 
   bool dirty_ = true;
@@ -94,8 +100,11 @@ class DiagramCanvas : public Gtk::DrawingArea {
   std::size_t whole_table_ = 0;  // how many tags a whole picture has
   std::unordered_map<const ViewObj*, PixelBox> boxes_;
   std::vector<PixelBox> stale_;  // to be drawn anew
+  std::vector<ViewObj*> floating_;
+  ScopedConnection floating_removed_;
   Repaints repaints_;
   ScopedConnection view_changed_;
+  ScopedConnection object_added_;
   ScopedConnection colour_changed_;
   ScopedConnection image_changed_;
 };

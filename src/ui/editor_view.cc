@@ -1,14 +1,42 @@
 #include "ui/editor_view.h"
 
+#include <gdk/gdkkeysyms.h>
+
+#include <algorithm>
+
 #include "core/i18n.h"
 
 namespace zemblar {
+namespace {
+
+/// Objects that float besides the one that is dragged.
+constexpr std::size_t most_dependants = 3;
+
+Vector place_of(double x, double y) {
+  return {x, y};
+}
+
+}  // namespace
 
 EditorView::EditorView(View& view) : DiagramCanvas(view, _("This view is empty.")) {
-  object_removed_ = view.signal_object_removed().connect([this](ViewObj* object) {
+  set_can_focus();
+  add_events(Gdk::KEY_PRESS_MASK);
+  object_removed_ =
+      view.signal_object_removed().connect(sigc::mem_fun(*this, &EditorView::on_object_removed));
+}
+
+// Whatever is done with it ends here.
+void EditorView::on_object_removed(ViewObj* object) {
+  if (tag_ && tag_->object == object) {
     tag_.reset();
-    if (object == selected_) select(nullptr);
-  });
+    if (mode_ == Mode::pressed || mode_ == Mode::dragging) mode_ = Mode::idle;
+  }
+  if (object == placed_) {
+    placed_ = nullptr;
+    mode_ = Mode::idle;
+    get_window()->pointer_ungrab(GDK_CURRENT_TIME);
+  }
+  if (object == selected_) select(nullptr);
 }
 
 void EditorView::select(ViewObj* object) {
@@ -18,12 +46,19 @@ void EditorView::select(ViewObj* object) {
   signal_selected_changed_.emit();
 }
 
+// --- Drawing ---
+
 void EditorView::draw_object(const Context& context, ViewObj& object) {
   object.draw(context, &object == selected_);
 }
 
+// Only what a dragged node could be joined to is to be met.
 void EditorView::draw_tags(const Context& context, ViewObj& object, SelectionTable& table) {
-  object.draw_tags(context, &object == selected_, table);
+  if (mode_ == Mode::dragging) {
+    object.draw_link_target_tags(context, table);
+  } else {
+    object.draw_tags(context, &object == selected_, table);
+  }
 }
 
 // Handles may reach anywhere.
@@ -31,20 +66,134 @@ PixelBox EditorView::box_of(const Context& /*context*/, ViewObj& /*object*/) {
   return {0, 0, static_cast<double>(get_width()), static_cast<double>(get_height())};
 }
 
+// --- The pointer ---
+
 bool EditorView::on_button_press_event(GdkEventButton* event) {
-  if (event->type != GDK_BUTTON_PRESS || event->button == 2) {
-    return DiagramCanvas::on_button_press_event(event);
-  }
-  update();
-  const auto tag = hit(event->x, event->y);
-  if (event->button == 1) select(tag ? tag->object : nullptr);
-  if (event->button == 3) tag_ = tag;
+  grab_focus();
+  if (event->type != GDK_BUTTON_PRESS || mode_ == Mode::placing) return true;
+  if (event->button == 2) return DiagramCanvas::on_button_press_event(event);
+  if (mode_ == Mode::idle && (event->button == 1 || event->button == 3)) press(*event);
   return true;
 }
 
+void EditorView::press(const GdkEventButton& event) {
+  update();
+  tag_ = hit(event.x, event.y);
+  if (event.button == 3) return;
+  last_x_ = event.x;
+  last_y_ = event.y;
+  mode_ = Mode::pressed;
+  select(tag_ ? tag_->object : nullptr);
+}
+
+bool EditorView::on_motion_notify_event(GdkEventMotion* event) {
+  const auto pointer = place_of(event->x, event->y);
+  const bool held = (event->state & GDK_BUTTON1_MASK) != 0;
+  switch (mode_) {
+    case Mode::pressed:
+      if (held && tag_ &&
+          drag_check_threshold(static_cast<int>(last_x_), static_cast<int>(last_y_),
+                               static_cast<int>(event->x), static_cast<int>(event->y))) {
+        start_drag(pointer);
+      }
+      return true;
+    case Mode::dragging:
+      if (tag_) tag_->object->drag_move(*tag_, to_view(pointer));
+      return true;
+    case Mode::placing:
+      if (placed_) placed_->drag_right(to_view(pointer));
+      return true;
+    default:
+      return DiagramCanvas::on_motion_notify_event(event);
+  }
+}
+
+void EditorView::start_drag(const Vector& pointer) {
+  mode_ = Mode::dragging;
+  auto& object = *tag_->object;
+  auto moving = object.dependants();
+  if (moving.size() > most_dependants) moving.resize(most_dependants);
+  moving.push_back(&object);
+  object.drag_start(*tag_, to_view(place_of(last_x_, last_y_)));
+  object.drag_move(*tag_, to_view(pointer));
+  set_floating(std::move(moving));
+}
+
 bool EditorView::on_button_release_event(GdkEventButton* event) {
-  if (event->button != 3) return DiagramCanvas::on_button_release_event(event);
-  if (const auto tag = std::exchange(tag_, {})) tag->object->show_menu(*tag, event->time);
+  if (event->button == 1) {
+    drop(*event);
+  } else if (event->button == 3 && mode_ == Mode::placing) {
+    end_placing(false, event->time);
+  } else if (event->button == 3 && mode_ == Mode::idle) {
+    const auto tag = std::exchange(tag_, {});
+    if (tag) tag->object->show_menu(*tag, event->time);
+  } else {
+    return DiagramCanvas::on_button_release_event(event);
+  }
+  return true;
+}
+
+void EditorView::drop(const GdkEventButton& event) {
+  if (mode_ == Mode::placing) return end_placing(true, event.time);
+  const auto tag = std::exchange(tag_, {});
+  const bool dragged = mode_ == Mode::dragging;
+  const auto* node = dynamic_cast<const ViewLinkNode::Tag*>(tag.get());
+  if (dragged && node && (event.state & GDK_CONTROL_MASK) != 0) {
+    join(*node, place_of(event.x, event.y));
+  }
+  if (mode_ == Mode::pressed || mode_ == Mode::dragging) mode_ = Mode::idle;
+  if (dragged) set_floating({});
+}
+
+void EditorView::join(const ViewLinkNode::Tag& dragged, const Vector& pointer) {
+  update();
+  const auto met = hit(pointer.x, pointer.y);
+  const auto* target = dynamic_cast<const ViewLinkNode::Tag*>(met.get());
+  if (!target || target->object == dragged.object) return;
+  auto& node = dynamic_cast<ViewLinkNode&>(*dragged.node);
+  node.connect(dynamic_cast<ViewLinkNode&>(*target->node));
+}
+
+// --- Placing what is new ---
+
+void EditorView::place(ViewObj* object, const std::function<void()>& cancelled) {
+  if (mode_ == Mode::placing) end_placing(false, GDK_CURRENT_TIME);
+  get_view().add_object(object);
+  placed_ = object;
+  cancelled_ = cancelled;
+  mode_ = Mode::placing;
+  select(object);
+  set_floating({object});
+  grab_focus();
+  get_window()->pointer_grab(
+      false, Gdk::POINTER_MOTION_MASK | Gdk::BUTTON_PRESS_MASK | Gdk::BUTTON_RELEASE_MASK,
+      GDK_CURRENT_TIME);
+}
+
+void EditorView::end_placing(bool placed, guint32 time) {
+  auto* object = std::exchange(placed_, nullptr);
+  const auto cancelled = std::exchange(cancelled_, {});
+  mode_ = Mode::idle;
+  get_window()->pointer_ungrab(time);
+  set_floating({});
+  if (placed) {
+    signal_placed_.emit();
+    return;
+  }
+  if (object) object->remove();
+  if (cancelled) cancelled();
+}
+
+// --- Keys ---
+
+bool EditorView::on_key_press_event(GdkEventKey* event) {
+  if (event->keyval == GDK_KEY_Escape && mode_ == Mode::placing) {
+    end_placing(false, event->time);
+  } else if (event->keyval == GDK_KEY_Delete && mode_ == Mode::idle && selected_) {
+    selected_->remove();
+  } else {
+    return DiagramCanvas::on_key_press_event(event);
+  }
   return true;
 }
 

@@ -1,11 +1,18 @@
 #pragma once
 
+#include "diagram/view_link_node.h"
 #include "ui/diagram_canvas.h"
 
 namespace zemblar {
 
 /// The canvas of the track editor: shows a view plainly, with its nodes, and which object is
-/// selected. A click selects, the right button opens the menu of what is under the pointer.
+/// selected.
+///
+/// A click selects, a drag moves what is under the pointer: an object, a node, a handle. With Ctrl
+/// held a node that is dropped on another object's joins the two; while it is dragged only free
+/// ends can be met. The right button opens the menu of what is under it. An object that has just
+/// been made follows the pointer until a click places it, or the right button or Escape takes it
+/// away. Delete removes what is selected from the view.
 class EditorView : public DiagramCanvas {
  public:
   explicit EditorView(View& view);
@@ -14,19 +21,38 @@ class EditorView : public DiagramCanvas {
   [[nodiscard]] ViewObj* get_selected() const { return selected_; }
   sigc::signal<void>& signal_selected_changed() { return signal_selected_changed_; }
 
+  /// Puts a new object into the view, which owns it, and has it follow the pointer. When that is
+  /// cancelled it is removed, and `cancelled` is called.
+  void place(ViewObj* object, const std::function<void()>& cancelled);
+  /// An object has been placed.
+  sigc::signal<void>& signal_placed() { return signal_placed_; }
+
  protected:
   void draw_object(const Context& context, ViewObj& object) override;
   void draw_tags(const Context& context, ViewObj& object, SelectionTable& table) override;
   [[nodiscard]] PixelBox box_of(const Context& context, ViewObj& object) override;
   bool on_button_press_event(GdkEventButton* event) override;
   bool on_button_release_event(GdkEventButton* event) override;
+  bool on_motion_notify_event(GdkEventMotion* event) override;
+  bool on_key_press_event(GdkEventKey* event) override;
 
  private:
+  using Tag = std::shared_ptr<const ViewTag>;
+
   void select(ViewObj* object);
+  void press(const GdkEventButton& event);
+  void start_drag(const Vector& pointer);
+  void drop(const GdkEventButton& event);
+  void join(const ViewLinkNode::Tag& dragged, const Vector& pointer);
+  void end_placing(bool placed, guint32 time);
+  void on_object_removed(ViewObj* object);
 
   ViewObj* selected_ = nullptr;
-  std::shared_ptr<const ViewTag> tag_;  // under the pointer when the right button was pressed
+  Tag tag_;                    // what is pressed or dragged
+  ViewObj* placed_ = nullptr;  // what follows the pointer
+  std::function<void()> cancelled_;
   sigc::signal<void> signal_selected_changed_;
+  sigc::signal<void> signal_placed_;
   ScopedConnection object_removed_;
 };
 

@@ -3,9 +3,11 @@
 #include <gtkmm/paned.h>
 
 #include <map>
+#include <memory>
 
 #include "ui/editor_tools.h"
 #include "ui/layout_window.h"
+#include "ui/object_menu.h"
 #include "ui/properties_panel.h"
 #include "ui/view_pages.h"
 
@@ -25,12 +27,16 @@ class TrackEditor : public LayoutWindow {
   void append_new_view_button();
   [[nodiscard]] Gtk::Widget* make_canvas(View& view);
   void refresh_panel();
+  [[nodiscard]] EditorView* current_canvas() const;
+  void use_tool(DiagramKind kind, bool existing);
+  static void place_new(EditorView& canvas, DiagramKind kind);
 
   EditorTools tools_;
   Gtk::HPaned sides_;
   std::map<const View*, EditorView*> canvases_;  // only that of the current view is looked at
   ViewPages pages_;
   PropertiesPanel panel_;
+  std::unique_ptr<ObjectMenuBase> menu_;  // while it is open
 };
 
 }  // namespace zemblar

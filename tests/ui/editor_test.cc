@@ -1,0 +1,132 @@
+// Drawing in the track editor, by events on its canvas.
+
+#include <gtkmm/window.h>
+
+#include "core/toplevel.h"
+#include "diagram/view_zone.h"
+#include "tests/support/layout_fixture.h"
+#include "tests/ui/widget_search.h"
+#include "ui/diagram_kinds.h"
+#include "ui/editor_view.h"
+
+namespace zemblar::test {
+namespace {
+
+class EditorTest : public LayoutTest {
+ protected:
+  EditorTest() {
+    window.add(canvas);
+    window.set_default_size(400, 300);
+    window.show_all();
+    handle_events();
+    canvas.update();
+  }
+
+  /// At a place of the view, whose origin is in the middle of the canvas.
+  template <typename Event>
+  void send(GdkEventType type, const Vector& place, unsigned button, unsigned state) {
+    const auto point = canvas.to_canvas(place);
+    auto* event = gdk_event_new(type);
+    auto& sent = reinterpret_cast<Event&>(*event);
+    sent.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
+    sent.x = point.x;
+    sent.y = point.y;
+    sent.state = state;
+    if constexpr (std::is_same_v<Event, GdkEventButton>) sent.button = button;
+    canvas.event(event);
+    gdk_event_free(event);
+  }
+  void press(const Vector& place, unsigned button = 1, unsigned state = 0) {
+    send<GdkEventButton>(GDK_BUTTON_PRESS, place, button, state);
+  }
+  void release(const Vector& place, unsigned button = 1, unsigned state = 0) {
+    send<GdkEventButton>(GDK_BUTTON_RELEASE, place, button, state);
+    canvas.update();
+  }
+  void move(const Vector& place, unsigned state = GDK_BUTTON1_MASK) {
+    send<GdkEventMotion>(GDK_MOTION_NOTIFY, place, 0, state);
+  }
+  void drag(const Vector& from, const Vector& to, unsigned state = 0) {
+    press(from, 1, state);
+    move((from + to) * 0.5, state | GDK_BUTTON1_MASK);
+    move(to, state | GDK_BUTTON1_MASK);
+    release(to, 1, state | GDK_BUTTON1_MASK);
+  }
+  ViewZone* zone_at(const Vector& place) {
+    auto* object = new ViewZone(*layout().get_blocks().add(new Zone), place);
+    view.add_object(object);
+    canvas.update();
+    return object;
+  }
+  static ViewLinkNode& end(ViewObj* object, const char* name) {
+    return *object->get_link_node(name);
+  }
+
+  View& view = *layout().get_views().add(new View);
+  EditorView canvas{view};
+  Gtk::Window window;
+};
+
+TEST_F(EditorTest, drags_what_is_under_the_pointer_and_joins_with_ctrl) {
+  auto* a = zone_at({-100, 0});
+  auto* b = zone_at({50, 0});
+  press({-100, 0});
+  release({-100, 0});
+  EXPECT_EQ(canvas.get_selected(), a);
+  EXPECT_EQ(end(a, "left").pos, (Vector{-140, 0})) << "a click moves nothing";
+  drag({-100, 0}, {-100, 30});
+  EXPECT_EQ(end(a, "left").pos, (Vector{-140, 30})) << "the whole";
+  drag({-60, 30}, {-30, 60});
+  EXPECT_EQ(end(a, "right").pos, (Vector{-30, 60})) << "one end";
+  EXPECT_EQ(end(a, "left").pos, (Vector{-140, 30}));
+
+  drag({-30, 60}, {10, 0});
+  EXPECT_EQ(end(a, "right").get_link(), nullptr) << "without Ctrl";
+  drag({10, 0}, {-30, 60});
+  // Dropped on nothing, on its own other end, and on another object's.
+  drag({-30, 60}, {-20, 80}, GDK_CONTROL_MASK);
+  drag({-20, 80}, {-140, 30}, GDK_CONTROL_MASK);
+  EXPECT_EQ(end(a, "right").get_link(), nullptr);
+  drag({-140, 30}, {10, 0}, GDK_CONTROL_MASK);
+  EXPECT_EQ(end(a, "right").get_link(), &end(b, "left"));
+  EXPECT_TRUE(end(b, "left").get_block_link()->is_connected());
+
+  press({300, 300});
+  release({300, 300});
+  EXPECT_EQ(canvas.get_selected(), nullptr);
+}
+
+TEST_F(EditorTest, places_what_is_new_or_takes_it_away_again) {
+  int placed = 0;
+  int cancelled = 0;
+  canvas.signal_placed().connect([&] { ++placed; });
+  const auto place = [&] {
+    auto& made = make_object(DiagramKind::scissor);
+    canvas.place(draw_object(DiagramKind::scissor, made), [&] { ++cancelled; });
+    return view.get_objects().back().operator->();
+  };
+  auto* first = place();
+  move({20, 30}, 0);
+  press({20, 30});
+  release({20, 30});
+  EXPECT_EQ(placed, 1);
+  EXPECT_EQ(end(first, "top-left").pos + Vector(30, 12), (Vector{20, 30}));
+  EXPECT_EQ(canvas.get_selected(), first);
+
+  place();
+  release({0, 0}, 3);
+  EXPECT_EQ(cancelled, 1);
+  EXPECT_EQ(view.get_objects().size(), 1u);
+  // What it shows ends while it follows the pointer.
+  place()->get_object()->destroy();
+  EXPECT_EQ(view.get_objects().size(), 1u);
+  move({50, 50}, 0);
+  press({50, 50});
+  release({50, 50});
+  EXPECT_EQ(placed, 1);
+  first->get_object()->destroy();
+  EXPECT_EQ(canvas.get_selected(), nullptr);
+}
+
+}  // namespace
+}  // namespace zemblar::test
