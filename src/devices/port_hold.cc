@@ -39,10 +39,9 @@ void PortHold::let_go() {
 
 Glib::ustring why_not_opened(const Glib::ustring& device, const SerialPort& port,
                              const Gio::Error& error) {
-  const auto* text =
-      error.code() == EACCES
-          ? _("%1 may not use the port %2: join the group “%3” and log in again.")
-          : _("%1 cannot open the port %2: is another program using it?");
+  const auto* text = error.code() == EACCES
+                         ? _("%1 may not use the port %2: join the group “%3” and log in again.")
+                         : _("%1 cannot open the port %2: is another program using it?");
   return Glib::ustring::compose(text, device, port.port_name, owning_group(port.port_name));
 }
 
