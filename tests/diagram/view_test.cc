@@ -9,8 +9,6 @@
 
 #include "core/layout.h"
 #include "core/status.h"
-#include "tests/support/layout_fixture.h"
-#include "track/block.h"
 
 namespace zemblar {
 namespace {
@@ -102,18 +100,6 @@ TEST(View, finds_the_image_beside_the_layout_file_or_names_it_and_leaves_it_empt
   EXPECT_NE(open("/old/house/plan.png").find("image: \"\""), std::string::npos);
   EXPECT_NE(get_status().raw().find("/old/house/plan.png"), std::string::npos);
   g_unlink(layout.c_str());
-}
-
-using SampleLayout = test::LayoutTest;
-
-TEST_F(SampleLayout, comes_back_byte_for_byte_with_its_track_joined) {
-  const auto bytes = Glib::file_get_contents(SAMPLE_LAYOUT);
-  ASSERT_TRUE(Layout::open_bytes(SAMPLE_LAYOUT, bytes)) << get_status();
-  EXPECT_EQ(Layout::get().serialize(), bytes);
-  auto* start = dynamic_cast<Block*>(Layout::get().get_blocks().find_child("Station 1"));
-  ASSERT_NE(start, nullptr);
-  const auto all_round = start->get_link("right")->find_distance_to(start->get_link("left"));
-  EXPECT_EQ(all_round, 8u);  // the oval, as the points lie
 }
 
 }  // namespace
