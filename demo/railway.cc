@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "core/layout.h"
+#include "devices/device_tessara_railcom_reader.h"
 #include "locomotives/lok.h"
 #include "track/zone.h"
 
@@ -14,7 +15,27 @@ namespace {
 using simulator::TrackEvent;
 
 constexpr double point_length = 250;  // mm; zones have a metre
-constexpr std::array<std::uint8_t, 2> reader_addresses{1, 2};
+/// A second, on all readers together: what the bus can carry. By them they tell who has left.
+constexpr unsigned other_packets = 200;
+
+struct Place {
+  const char* lok;
+  const char* block;
+  double length;
+  double top_speed;
+};
+/// In the sample layouts; those whose block is not in the open one stay away.
+constexpr std::array places{
+    Place{"Local 24", "North Line East", 350, 300},
+    Place{"Express 103", "Station 1", 500, 420},
+    Place{"Local 24", "Inner East 2", 350, 300},
+    Place{"Express 103", "Central 3 East", 500, 420},
+    Place{"Local 64", "Hillside 1 West", 350, 300},
+    Place{"Goods 1200", "Central 1 East", 600, 250},
+    Place{"Railcar 5", "Valley 2", 250, 280},
+    Place{"Goods 44", "Yard 2 West", 500, 250},
+    Place{"Shunter 3", "Yard 5", 150, 150},
+};
 
 void say(const std::string& text) {
   const simulator::EcosLogEntry entry{.time = std::chrono::system_clock::now(), .text = text};
@@ -36,7 +57,6 @@ void for_each_block(Section section, const Visit& visit) {
 
 Railway::Railway() : liusb_(later, [this](std::string_view bytes) { liusb_cable_.send(bytes); }) {
   liusb_cable_.on_bytes([this](std::string_view bytes) { on_liusb(bytes); });
-  for (const auto address : reader_addresses) bus_.add_reader(address).options.other_packets = 100;
   bus_.master.log = false;
   bus_.serve(track_);
   station_.on_log([this](const simulator::EcosLogEntry& entry) { on_station(entry); });
@@ -61,9 +81,28 @@ void Railway::plug_liusb_into(simulator::MemoryHardware& hardware) {
 }
 
 void Railway::build() {
+  add_readers();
   wire_blocks();
-  put("Local 24", "North Line East", {.length = 350, .top_speed = 300});
-  put("Express 103", "Station 1", {.length = 500, .top_speed = 420});
+  for (const auto& [lok, block, length, top_speed] : places) {
+    put(lok, block, {.length = length, .top_speed = top_speed});
+  }
+}
+
+// Those that the layout has, before its bus is looked at.
+void Railway::add_readers() {
+  for (const auto* bus : Layout::get().get_devices()) {
+    for (const auto* device : *bus) {
+      const auto* reader = dynamic_cast<const DeviceTessaraRailComReader*>(device);
+      if (reader && readers_.insert(reader->get_address()).second) {
+        const auto inputs = std::distance(reader->begin(), reader->end());
+        bus_.add_reader(reader->get_address(), static_cast<unsigned>(inputs));
+      }
+    }
+  }
+  for (const auto address : readers_) {
+    bus_.reader(address).options.other_packets =
+        other_packets / static_cast<unsigned>(readers_.size());
+  }
 }
 
 void Railway::wire_blocks() {

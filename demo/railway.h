@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <vector>
 
 #include "simulator/ecos_station.h"
@@ -30,12 +31,13 @@ class Railway {
   void plug_bus_into(simulator::MemoryHardware& hardware) { bus_.plug_into(hardware); }
   /// Plugs in a LI-USB as well, which drives the same trains.
   void plug_liusb_into(simulator::MemoryHardware& hardware);
-  /// Wires the layout's blocks to the inputs that they have chosen, and puts two trains on the
-  /// line, one behind the other with a free block between. Does nothing to a layout without these
-  /// blocks.
+  /// Wires the layout's blocks to the inputs that they have chosen, and puts trains on the line:
+  /// two that go round, one behind the other with a free block between, and in a larger layout some
+  /// that stand. Does nothing to a layout without these blocks.
   void build();
 
  private:
+  void add_readers();
   void wire_blocks();
   void put(const char* lok, const char* block, simulator::TrainOptions options);
   void on_station(const simulator::EcosLogEntry& entry);
@@ -47,6 +49,7 @@ class Railway {
   simulator::SerialCable liusb_cable_;
   simulator::LiUsbInterface liusb_;
   simulator::SimulatedBus bus_;
+  std::set<std::uint8_t> readers_;  // by address
   simulator::TrackModel track_;
 };
 

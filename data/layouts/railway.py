@@ -20,6 +20,9 @@ class Item:
 
     def __init__(self, name=None):
         self.name = name
+        self.input = None
+        self.outputs = []
+        self.joins = {}  # by the name of the end
 
 
 class Tagged:
@@ -124,6 +127,8 @@ class End(Node):
         turned = (self.degrees + 180 * (self.kind == other.kind)) % 360
         assert turned == other.degrees, f'a kink at {self.pos}: {self.shown.item.name}'
         self.partner, other.partner = other, self
+        self.shown.item.joins[self.name] = other
+        other.shown.item.joins[other.name] = self
 
     def form(self):
         if self.partner and not self.chord() and self.partner.chord():
@@ -135,7 +140,9 @@ class End(Node):
         return form
 
     def block_link(self):
-        return Flow([self.partner.shown.item, self.partner.name]) if self.partner else None
+        """A block that is drawn in two views may be joined in either."""
+        partner = self.shown.item.joins.get(self.name)
+        return Flow([partner.shown.item, partner.name]) if partner else None
 
 
 def handle_length(start, end):
@@ -325,6 +332,12 @@ class View:
         self.objects.append(shown)
         return shown
 
+    def move(self, x, y):
+        """All of it."""
+        for shown in self.objects:
+            for placed in getattr(shown, 'nodes', shown.ends) or [shown]:
+                placed.pos = (placed.pos[0] + x, placed.pos[1] + y)
+
     def form(self):
         self.objects.sort(key=lambda shown: (2 if isinstance(shown, Label) else
                                              1 if isinstance(shown, Signal) else 0))
@@ -347,6 +360,18 @@ def join_ends(view, dead_ends):
         else:
             first, second = ends
             first.join(second)
+
+
+def find_detectors(views):
+    """What has no input of its own shares that of the nearest zone."""
+    waiting = [shown.item for view in views for shown in view.objects
+               if shown.ends and not shown.item.input]
+    while waiting:
+        found = {item: partner.shown.item.input for item in waiting
+                 for partner in reversed(item.joins.values()) if partner.shown.item.input}
+        for item, entry in found.items():
+            item.input = entry
+        waiting = [item for item in waiting if item not in found]
 
 
 # --- Locomotives, readers, and all together ---
@@ -380,7 +405,7 @@ def bus(readers):
 
 def document(title, views, loks, devices):
     """Points, scissor points, signals and blocks are those that the views show, by kind."""
-    shown = [entry for view in views for entry in view.objects]
+    shown = {(entry.item, type(entry)): entry for view in views for entry in view.objects}.values()
     blocks = [entry.block() for kind in (Point, Scissor, Signal, Zone, Crossing)
               for entry in shown if isinstance(entry, kind)]
     forms = [view.form() for view in views]

@@ -4,7 +4,7 @@
 
 #include "diagram/view.h"
 #include "diagram/view_label.h"
-#include "diagram/view_track.h"
+#include "diagram/view_link_node.h"
 #include "tests/support/layout_fixture.h"
 #include "track/corners.h"
 #include "track/point_base.h"
@@ -21,48 +21,48 @@ std::vector<std::string> link_names(const Block& block) {
   return names;
 }
 
-/// Every join of the railway is one of the picture's too.
-void expect_joined_as_drawn(Block& block, ViewObj& picture) {
-  for (const auto& name : link_names(block)) {
-    const auto* link = block.get_link(name);
-    if (!link) continue;
-    const auto* node = picture.get_link_node(name);
-    ASSERT_TRUE(node) << block.get_name() << ", " << name;
-    const auto* partner = node->get_link() ? node->get_link()->get_block_link() : nullptr;
-    EXPECT_EQ(link->get_partner(), partner) << block.get_name() << ", " << name;
-  }
-}
-
-/// How often each block is drawn, signals among them.
-std::map<const Object*, int> drawn_blocks() {
-  std::map<const Object*, int> drawn;
+/// The pictures of each block, signals among them. A block may be drawn in several views.
+std::multimap<const Object*, ViewObj*> pictures() {
+  std::multimap<const Object*, ViewObj*> found;
   for (auto* view : Layout::get().get_views()) {
     for (const auto& picture : dynamic_cast<View&>(*view).get_objects()) {
-      auto* block = dynamic_cast<Block*>(picture->get_object());
       auto* shown = picture.operator->();
-      if (!block || dynamic_cast<ViewLabel*>(shown)) continue;
-      ++drawn[block];
-      if (dynamic_cast<ViewTrack*>(shown)) expect_joined_as_drawn(*block, *shown);
+      if (!dynamic_cast<ViewLabel*>(shown)) found.emplace(shown->get_object(), shown);
     }
   }
-  return drawn;
+  return found;
+}
+
+/// What the pictures of a block join to its end; null for nothing.
+const BlockLink* drawn_partner(const auto& pictures, const std::string& name) {
+  const BlockLink* partner = nullptr;
+  for (auto [picture, end] = pictures; picture != end; ++picture) {
+    const auto* node = picture->second->get_link_node(name);
+    EXPECT_TRUE(node) << name;
+    if (node && node->get_link()) partner = node->get_link()->get_block_link();
+  }
+  return partner;
 }
 
 using SampleLayouts = test::LayoutTest;
 
 TEST_F(SampleLayouts, come_back_byte_for_byte_and_draw_all_of_their_track) {
-  for (const auto* name : {"sample.zblt"}) {
+  for (const auto* name : {"sample.zblt", "club.zblt"}) {
     const auto path = Glib::build_filename(SAMPLE_LAYOUTS, name);
     ASSERT_TRUE(Layout::open(path)) << get_status();
     EXPECT_EQ(get_status(), "");
     EXPECT_EQ(Layout::get().serialize(), test::bytes_of(path));
-    const auto drawn = drawn_blocks();
+    const auto drawn = pictures();
     for (const auto section : {Section::blocks, Section::points}) {
-      for (auto* child : Layout::get().get_toplevel(section)) {
-        const auto* block = dynamic_cast<Block*>(child);
-        if (!block) continue;
-        const auto found = drawn.find(block);
-        EXPECT_EQ(found == drawn.end() ? 0 : found->second, 1) << block->get_name();
+      for (auto* child : layout().get_toplevel(section)) {
+        auto& block = dynamic_cast<Block&>(*child);
+        EXPECT_TRUE(drawn.contains(&block)) << block.get_name();
+        for (const auto& end : link_names(block)) {
+          const auto* link = block.get_link(end);
+          if (!link) continue;
+          EXPECT_EQ(drawn_partner(drawn.equal_range(&block), end), link->get_partner())
+              << block.get_name() << ", " << end;
+        }
       }
     }
   }
@@ -73,7 +73,7 @@ TEST_F(SampleLayouts, let_a_train_go_round_as_the_points_lie) {
     const char* layout;
     const char* block;
     unsigned distance;
-  } cases[] = {{"sample.zblt", "Station 1", 8}};
+  } cases[] = {{"sample.zblt", "Station 1", 8}, {"club.zblt", "Central 3 East", 18}};
   for (const auto& [name, start, distance] : cases) {
     ASSERT_TRUE(Layout::open(Glib::build_filename(SAMPLE_LAYOUTS, name))) << get_status();
     auto* block = dynamic_cast<Block*>(layout().get_blocks().find_child(start));
