@@ -118,6 +118,11 @@ PixelBox PixelBox::united(const PixelBox& other) const {
           std::max(bottom, other.bottom)};
 }
 
+PixelBox PixelBox::cut(const PixelBox& other) const {
+  return {std::max(left, other.left), std::max(top, other.top), std::min(right, other.right),
+          std::min(bottom, other.bottom)};
+}
+
 PixelBox PixelBox::whole() const {
   return {std::floor(left), std::floor(top), std::ceil(right), std::ceil(bottom)};
 }

@@ -66,6 +66,8 @@ struct PixelBox {
   }
   /// The smallest one around both.
   [[nodiscard]] PixelBox united(const PixelBox& other) const;
+  /// What both cover.
+  [[nodiscard]] PixelBox cut(const PixelBox& other) const;
   /// Grown to whole pixels.
   [[nodiscard]] PixelBox whole() const;
 };

@@ -8,7 +8,7 @@ namespace zemblar {
 
 Vector normalize(const Vector& vector) {
   const double length = vector.length();
-  return length > 0 ? vector / length : Vector{};
+  return length > 0 && std::isfinite(length) ? vector / length : Vector{};
 }
 
 // A direction that was turned round may have a negative zero, which nobody wants to read.

@@ -30,7 +30,7 @@ struct Vector {
   [[nodiscard]] double get_angle() const { return std::atan2(y, x); }
 };
 
-/// Of length 1; the zero vector stays as it is.
+/// Of length 1; the zero vector stays as it is, and one too long to be measured becomes it.
 [[nodiscard]] Vector normalize(const Vector& vector);
 
 /// A flow sequence of two numbers. Reading another count throws YAML::RepresentationException

@@ -94,7 +94,7 @@ void View::remove_object(ViewObj* object) {
   const auto held = hold(object);
   if (std::erase(objects_, held) == 0) return;
   object->set_view(nullptr);
-  signal_changed_.emit();
+  object_changed(nullptr);
 }
 
 void View::move_to_top(ViewObj* object) {
@@ -109,7 +109,7 @@ void View::move_object(ViewObj* object, bool to_top) {
   const auto held = hold(object);
   if (std::erase(objects_, held) == 0) return;
   objects_.insert(to_top ? objects_.end() : objects_.begin(), held);
-  signal_changed_.emit();
+  object_changed(nullptr);
 }
 
 void View::object_changed(ViewObj* object) {
@@ -153,7 +153,7 @@ void View::set_height(double height) {
 void View::set_image(const std::string& path) {
   image_.load(path);
   signal_image_changed_.emit();
-  signal_changed_.emit();
+  object_changed(nullptr);
   if (!image_.pixbuf()) return;
   fit_to_image(width_, image_x_, image_.width(), "width");
   fit_to_image(height_, image_y_, image_.height(), "height");

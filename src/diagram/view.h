@@ -52,8 +52,8 @@ class View : public Object {
   void remove_object(ViewObj* object);
   void move_to_top(ViewObj* object);
   void move_to_bottom(ViewObj* object);
-  /// One object has to be drawn again: `signal_changed` comes, and `changed_object` says so
-  /// meanwhile.
+  /// One object has to be drawn again, or everything: `signal_changed` comes, and
+  /// `changed_object` says which meanwhile.
   void object_changed(ViewObj* object);
   /// While `signal_changed` is emitted: the only object that has changed; null when it may be
   /// anything.

@@ -2,6 +2,7 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/i18n.h"
@@ -164,11 +165,14 @@ PixelBox ViewLabel::runtime_box(const Context& context) {
   auto corner = origin(extents);
   Vector size{static_cast<double>(extents.get_width()), static_cast<double>(extents.get_height())};
   auto far = corner + size;
+  // Letters may reach a little beyond the space that they are given, at any zoom.
+  constexpr double overhang = 4;
   context->user_to_device(corner.x, corner.y);
   context->user_to_device(far.x, far.y);
-  // Letters may reach a little beyond the space that they are given.
-  constexpr double overhang = 4;
-  return {corner.x - overhang, corner.y - overhang, far.x + overhang, far.y + overhang};
+  Vector beyond{overhang, overhang};
+  context->user_to_device_distance(beyond.x, beyond.y);
+  beyond = {std::max(beyond.x, overhang), std::max(beyond.y, overhang)};
+  return {corner.x - beyond.x, corner.y - beyond.y, far.x + beyond.x, far.y + beyond.y};
 }
 
 void ViewLabel::draw_body_tags(const Context& context, bool /*selected*/, SelectionTable& table) {

@@ -55,6 +55,7 @@ void ViewLinkNode::connect(ViewLinkNode& other) {
   locked_ = other.locked_;
   moved();
   refresh();
+  other.redraw();
 }
 
 void ViewLinkNode::disconnect() {
@@ -62,11 +63,13 @@ void ViewLinkNode::disconnect() {
   if (!partner) return;
   partner->link_ = nullptr;
   partner->refresh();
+  partner->redraw();
   refresh();
+  redraw();
 }
 
 void ViewLinkNode::on_block_link_changed() {
-  if (get_object()) get_object()->changed();
+  redraw();
   if (link_ && block_link_->get_partner() != link_->block_link_) disconnect();
 }
 
@@ -78,7 +81,7 @@ bool ViewLinkNode::is_joined() const {
 
 void ViewLinkNode::refresh() {
   if (has_neighbour()) {
-    dir = direction_of_neighbours();
+    turn(direction_of_neighbours());
     if (link_ && !link_->has_neighbour()) link_->take_direction_of_link();
   } else if (link_) {
     take_direction_of_link();
@@ -86,7 +89,18 @@ void ViewLinkNode::refresh() {
 }
 
 void ViewLinkNode::take_direction_of_link() {
-  dir = link_->type_ == type_ ? -link_->dir : link_->dir;
+  turn(link_->type_ == type_ ? -link_->dir : link_->dir);
+}
+
+// The tick at a joined end lies between the directions of both.
+void ViewLinkNode::turn(const Vector& direction) {
+  if (direction == dir) return;
+  ViewNode::turn(direction);
+  if (link_) link_->redraw();
+}
+
+void ViewLinkNode::redraw() const {
+  if (get_object()) get_object()->changed();
 }
 
 Vector ViewLinkNode::get_path_direction() const {

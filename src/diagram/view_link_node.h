@@ -55,6 +55,7 @@ class ViewLinkNode : public ViewNode {
   void load(const YAML::Node& node) override;
 
  protected:
+  void turn(const Vector& direction) override;
   [[nodiscard]] std::shared_ptr<const ViewTag> make_tag(Part part) override;
   [[nodiscard]] bool is_joined() const override;
   void save_more(YAML::Emitter& out) const override;
@@ -64,6 +65,7 @@ class ViewLinkNode : public ViewNode {
   void on_block_link_changed();
   [[nodiscard]] bool is_free_for(const ViewLinkNode& other) const;
   void take_direction_of_link();
+  void redraw() const;
 
   BlockLink* block_link_ = nullptr;
   ViewLinkNode* link_ = nullptr;

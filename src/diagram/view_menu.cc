@@ -7,24 +7,31 @@
 
 namespace zemblar {
 
-void add_item(Gtk::Menu& menu, const Glib::ustring& label, const std::function<void()>& action) {
+std::function<void()> while_drawn(ViewObj& object, std::function<void()> action) {
+  object.reference();
+  const Glib::RefPtr<ViewObj> held(&object);
+  return [held, action = std::move(action)] {
+    if (held->get_view()) action();
+  };
+}
+
+void add_item(Gtk::Menu& menu, ViewObj& object, const Glib::ustring& label,
+              const std::function<void()>& action) {
   auto* item = Gtk::manage(new Gtk::MenuItem(label));
-  item->signal_activate().connect(action);
+  item->signal_activate().connect(while_drawn(object, action));
   menu.append(*item);
 }
 
 void add_order_items(Gtk::Menu& menu, ViewObj& object) {
   if (!menu.get_children().empty()) menu.append(*Gtk::manage(new Gtk::SeparatorMenuItem));
-  object.reference();
-  const Glib::RefPtr<ViewObj> held(&object);
-  add_item(menu, _("Move To Top"), [held] { held->move_to_top(); });
-  add_item(menu, _("Move To Bottom"), [held] { held->move_to_bottom(); });
+  add_item(menu, object, _("Move To Top"), [&object] { object.move_to_top(); });
+  add_item(menu, object, _("Move To Bottom"), [&object] { object.move_to_bottom(); });
   menu.append(*Gtk::manage(new Gtk::SeparatorMenuItem));
-  add_item(menu, _("Remove From View"), [held] { held->remove(); });
+  add_item(menu, object, _("Remove From View"), [&object] { object.remove(); });
   auto* shown = object.get_object();
   if (!shown || !shown->get_deletable()) return;
-  add_item(menu, Glib::ustring::compose(_("Delete “%1”"), shown->get_name()), [held] {
-    if (auto* object = held->get_object(); object && held->get_view()) object->destroy();
+  add_item(menu, object, Glib::ustring::compose(_("Delete “%1”"), shown->get_name()), [&object] {
+    if (object.get_object()) object.get_object()->destroy();
   });
 }
 

@@ -9,10 +9,13 @@ namespace zemblar {
 
 class ViewObj;
 
-// The menus of diagram objects. They live until the next one is shown; an object that ends takes
-// its items' actions with it.
+// The menus of diagram objects. They live until the next one is shown, and hold their object; once
+// that is in no view any more, their items do nothing.
 
-void add_item(Gtk::Menu& menu, const Glib::ustring& label, const std::function<void()>& action);
+/// The action for an item of the object's menu.
+[[nodiscard]] std::function<void()> while_drawn(ViewObj& object, std::function<void()> action);
+void add_item(Gtk::Menu& menu, ViewObj& object, const Glib::ustring& label,
+              const std::function<void()>& action);
 /// The order, and the end of the object or of what it shows: what all of them end with.
 void add_order_items(Gtk::Menu& menu, ViewObj& object);
 /// For a click at that time.

@@ -28,6 +28,7 @@ ViewNode::Tag::Tag(ViewNode* tagged, Part tagged_part)
     : ViewTag(tagged->get_object()), node(tagged), part(tagged_part) {}
 
 ViewNode::~ViewNode() {
+  object_ = nullptr;
   set_left_node(nullptr);
   set_right_node(nullptr);
 }
@@ -65,7 +66,13 @@ Vector ViewNode::direction_of_neighbours() const {
 }
 
 void ViewNode::refresh() {
-  if (has_neighbour()) dir = direction_of_neighbours();
+  if (has_neighbour()) turn(direction_of_neighbours());
+}
+
+void ViewNode::turn(const Vector& direction) {
+  if (direction == dir) return;
+  dir = direction;
+  if (object_) object_->changed();
 }
 
 void ViewNode::moved() {

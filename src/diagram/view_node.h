@@ -93,6 +93,8 @@ class ViewNode : public sigc::trackable {
   bool has_right = false;
 
  protected:
+  /// Gives it another direction, and has all drawn again that shows it.
+  virtual void turn(const Vector& direction);
   [[nodiscard]] virtual std::shared_ptr<const ViewTag> make_tag(Part part);
   [[nodiscard]] virtual bool is_joined() const { return false; }
   /// Writes what a class adds to the mapping.

@@ -14,6 +14,7 @@ void ViewObj::set_view(View* view) {
   if (view == view_) return;
   if (view_) view_->signal_object_removed().emit(this);
   view_ = view;
+  if (!view_) on_left_view();
   if (view_) view_->signal_object_added().emit(this);
 }
 

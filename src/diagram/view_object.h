@@ -75,6 +75,9 @@ class ViewObj : public Glib::Object {
   /// From now on it shows that object, and ends with it.
   void follow_end(zemblar::Object& object);
 
+  /// It is in no view any more, though somebody may still hold it.
+  virtual void on_left_view() {}
+
   virtual void draw_plain(const Context& context, bool selected) = 0;
   /// Moves the whole.
   virtual void move_by(const Vector& delta) = 0;

@@ -47,6 +47,7 @@ ViewPoint::ViewPoint(const YAML::Node& node) : ViewPoint() {
       [this] {
         std::erase_if(legs_, [](const auto& leg) { return !leg->state; });
         if (point_) follow_states();
+        join_neighbours();
         return true;
       },
       *this));
@@ -97,10 +98,8 @@ void ViewPoint::attach(Point& point) {
     if (auto* state = dynamic_cast<PointState*>(child)) add_state(*state);
     changed();
   });
-  state_removed_ = point.signal_child_removed().connect([this](zemblar::Object* child) {
-    remove_state(child);
-    changed();
-  });
+  leg_removed_ =
+      point.signal_child_removed().connect([this](zemblar::Object* child) { remove_state(child); });
 }
 
 ViewPoint::Leg& ViewPoint::add_leg() {
@@ -110,15 +109,17 @@ ViewPoint::Leg& ViewPoint::add_leg() {
 }
 
 void ViewPoint::set_state(Leg& leg, PointState& state) {
-  if (leg.state) return;
+  if (leg.state || shows(state)) return;
   leg.state = &state;
   if (auto* link = point_->state_link(&state)) leg.node.set_block_link(link);
 }
 
+bool ViewPoint::shows(const PointState& state) const {
+  return std::ranges::any_of(legs_, [&](const auto& leg) { return leg->state == &state; });
+}
+
 void ViewPoint::add_state(PointState& state) {
-  const bool known =
-      std::ranges::any_of(legs_, [&state](const auto& leg) { return leg->state == &state; });
-  if (known) return;
+  if (shows(state)) return;
   const auto place = static_cast<double>(legs_.size()) * leg_distance;
   auto& leg = add_leg();
   leg.node.pos = common_.pos + Vector{2 * half_length, place};
@@ -128,7 +129,12 @@ void ViewPoint::add_state(PointState& state) {
 }
 
 void ViewPoint::remove_state(const zemblar::Object* state) {
-  std::erase_if(legs_, [state](const auto& leg) { return leg->state == state; });
+  const auto leg = std::ranges::find_if(legs_, [=](auto& one) { return one->state == state; });
+  if (leg == legs_.end()) return;
+  // Its node tells whom it is joined to when it goes, and must be out of the list by then.
+  const auto ended = std::move(*leg);
+  legs_.erase(leg);
+  join_neighbours();
 }
 
 void ViewPoint::follow_states() {

@@ -36,6 +36,7 @@ class ViewPoint : public ViewSwitch {
   void attach(Point& point);
   void set_state(Leg& leg, PointState& state);
   Leg& add_leg();
+  [[nodiscard]] bool shows(const PointState& state) const;
   void add_state(PointState& state);
   void remove_state(const zemblar::Object* state);
   void follow_states();
@@ -45,7 +46,7 @@ class ViewPoint : public ViewSwitch {
   ViewLinkNode common_;
   std::vector<std::unique_ptr<Leg>> legs_;
   ScopedConnection state_added_;
-  ScopedConnection state_removed_;
+  ScopedConnection leg_removed_;
 };
 
 }  // namespace zemblar

@@ -84,8 +84,10 @@ void ViewSignal::attach(Signal& signal) {
   signal_ = &signal;
   follow_end(signal);
   state_changed_ = signal.signal_state_changed().connect([this] { changed(); });
-  states_changed_ = signal.signal_child_added().connect(
+  state_added_ = signal.signal_child_added().connect(
       sigc::hide(sigc::mem_fun(*this, &ViewSignal::follow_pictures)));
+  // A disc goes by the place of the state among the others.
+  state_removed_ = signal.signal_child_removed().connect([this](zemblar::Object*) { changed(); });
   follow_pictures();
 }
 

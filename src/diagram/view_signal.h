@@ -67,7 +67,8 @@ class ViewSignal : public ViewObj {
   Anchor anchor_ = Anchor::Centre;
   std::map<std::string, Glib::RefPtr<Gdk::Pixbuf>> pictures_;  // by path; null if it has none
   ScopedConnection state_changed_;
-  ScopedConnection states_changed_;
+  ScopedConnection state_added_;
+  ScopedConnection state_removed_;
   std::vector<ScopedConnection> images_changed_;
 };
 

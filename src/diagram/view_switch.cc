@@ -11,6 +11,8 @@ void ViewSwitch::attach(PointBase& point) {
   point_ = &point;
   follow_end(point);
   state_changed_ = point.signal_state_changed().connect([this] { changed(); });
+  // Tags of its way are in the displays' tables.
+  state_removed_ = point.signal_child_removed().connect([this](zemblar::Object*) { changed(); });
 }
 
 std::vector<ViewSegment> ViewSwitch::segments() {

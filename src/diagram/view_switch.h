@@ -40,6 +40,7 @@ class ViewSwitch : public ViewTrack {
  private:
   PointBase* point_ = nullptr;
   ScopedConnection state_changed_;
+  ScopedConnection state_removed_;
 };
 
 }  // namespace zemblar

@@ -36,6 +36,10 @@ void Occupancy::set_colour(const Cairo::RefPtr<Cairo::Context>& context) const {
 
 // --- Nodes and segments ---
 
+void ViewTrack::on_left_view() {
+  for (auto* end : ends()) end->disconnect();
+}
+
 void ViewTrack::set_up(ViewLinkNode& node, ViewLinkNode::Type type) {
   node.set_object(this);
   node.set_type(type);
@@ -90,6 +94,9 @@ void ViewTrack::make_curved(const ViewSegment& segment) {
   start->set_right_handle(third.length());
   end->set_left_handle(third.length());
   join_neighbours();
+  // What is joined on there leads, as it does when a file is opened.
+  start->refresh();
+  end->refresh();
   changed();
 }
 
@@ -196,14 +203,29 @@ void ViewTrack::add_shape_items(Gtk::Menu& menu, const ViewSegment& segment) {
   auto* curved = Gtk::manage(new Gtk::RadioMenuItem(group, _("Curved Line")));
   (*segment.straight ? straight : curved)->set_active();
   // Both tell when they change places.
-  straight->signal_toggled().connect([this, straight, segment] {
-    if (straight->get_active()) make_straight(segment);
-  });
-  curved->signal_toggled().connect([this, curved, segment] {
-    if (curved->get_active()) make_curved(segment);
-  });
+  const auto connect = [this, start = segment.start, end = segment.end](auto* item, auto reshape) {
+    item->signal_toggled().connect(while_drawn(*this, [=, this] {
+      if (item->get_active()) reshape_between(start, end, reshape);
+    }));
+  };
+  connect(straight, &ViewTrack::make_straight);
+  connect(curved, &ViewTrack::make_curved);
   menu.append(*straight);
   menu.append(*curved);
+}
+
+// A menu may stay open while nodes come and go.
+void ViewTrack::reshape_between(const ViewNode* start, const ViewNode* end,
+                                void (ViewTrack::*reshape)(const ViewSegment&)) {
+  for (const auto& segment : segments()) {
+    if (segment.start == start && segment.end == end) return (this->*reshape)(segment);
+  }
+}
+
+void ViewTrack::part_blocks_at(const ViewNode* node) {
+  const auto all = ends();
+  const auto end = std::ranges::find(all, node);
+  if (end != all.end() && (*end)->get_block_link()) (*end)->get_block_link()->disconnect();
 }
 
 bool ViewTrack::add_node_items(Gtk::Menu& menu, ViewNode& node) {
@@ -212,7 +234,7 @@ bool ViewTrack::add_node_items(Gtk::Menu& menu, ViewNode& node) {
   const bool joined = link && link->is_connected();
   if (joined) {
     auto* item = Gtk::manage(new Gtk::ImageMenuItem(Gtk::Stock::DISCONNECT));
-    item->signal_activate().connect([link] { link->disconnect(); });
+    item->signal_activate().connect(while_drawn(*this, [this, end] { part_blocks_at(end); }));
     menu.append(*item);
   }
   auto* lock = node.get_menu_item();

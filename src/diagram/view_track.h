@@ -42,6 +42,8 @@ class ViewTrack : public ViewObj {
   /// How its track runs; each from the left, or from the common end.
   [[nodiscard]] virtual std::vector<TrackPath> tracks() = 0;
 
+  /// Its ends are free; the blocks stay joined.
+  void on_left_view() override;
   void draw_plain(const Context& context, bool selected) override;
   void move_by(const Vector& delta) override;
   [[nodiscard]] Vector get_place() override;
@@ -67,6 +69,9 @@ class ViewTrack : public ViewObj {
   [[nodiscard]] static TrackPath path_of(const std::vector<ViewSegment>& segments);
 
  private:
+  void reshape_between(const ViewNode* start, const ViewNode* end,
+                       void (ViewTrack::*reshape)(const ViewSegment&));
+  void part_blocks_at(const ViewNode* node);
   [[nodiscard]] bool uses_handle(const ViewNode* node, bool right);
 };
 

@@ -90,7 +90,8 @@ std::vector<ViewSegment> ViewZone::segments() {
 // --- Nodes ---
 
 void ViewZone::add_node(unsigned segment) {
-  const auto divided = segments().at(segment);
+  if (segment >= straight_.size()) return;
+  const auto divided = segments()[segment];
   const bool straight = *divided.straight;
   const auto middle = middle_of({{divided.start}, {divided.end, straight}});
   if (divided.start->get_right_node() == divided.end) divided.start->set_right_node(nullptr);
@@ -117,6 +118,8 @@ void ViewZone::delete_node(unsigned index) {
   auto* start = both[index].start;
   auto* end = both[index + 1].end;
   const bool straight = straight_[index] && straight_[index + 1];
+  // It tells its neighbours when it goes, and must be out of the chain by then.
+  const auto ended = std::move(inner_[index]);
   inner_.erase(inner_.begin() + index);
   straight_.erase(straight_.begin() + index);
   straight_[index] = straight;
@@ -134,12 +137,12 @@ void ViewZone::show_menu(const ViewTag& tag, guint32 time) {
   if (const auto* segment = dynamic_cast<const SegmentTag*>(&tag)) {
     const auto index = segment->value;
     add_shape_items(*menu, segments().at(index));
-    add_item(*menu, _("Add Node"), [this, index] { add_node(index); });
+    add_item(*menu, *this, _("Add Node"), [this, index] { add_node(index); });
   } else if (const auto* part = dynamic_cast<const ViewNode::Tag*>(&tag)) {
     add_node_items(*menu, *part->node);
     for (unsigned i = 0; i < inner_.size(); ++i) {
       if (inner_[i].get() != part->node) continue;
-      add_item(*menu, _("Delete Node"), [this, i] { delete_node(i); });
+      add_item(*menu, *this, _("Delete Node"), [this, i] { delete_node(i); });
     }
   }
   add_order_items(*menu, *this);

@@ -78,7 +78,7 @@ void DiagramCanvas::on_object_changed(ViewObj& object) {
   context->set_matrix(matrix_);
   auto& box = boxes_[&object];
   const auto former = std::exchange(box, box_of(context, object));
-  const auto part = former.united(box).whole();
+  const auto part = former.united(box).cut({0, 0, size().x, size().y}).whole();
   if (part.empty()) return;
   if (stale_.empty() || !(stale_.back() == part)) stale_.push_back(part);
   if (stale_.size() > most_parts) return invalidate();

@@ -4,6 +4,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include <cstring>
+#include <functional>
 
 #include "core/toplevel.h"
 #include "diagram/view.h"
@@ -118,6 +119,61 @@ TEST_F(DiagramTest, what_cannot_be_joined_or_shown_does_not_keep_a_file_from_ope
   EXPECT_EQ(shown<ViewZone>(0).get_view()->get_objects().size(), 2u);
   EXPECT_THAT(get_status(), HasSubstr("left out"));
   EXPECT_THAT(layout().serialize(), Not(HasSubstr("view-label")));
+}
+
+TEST_F(DiagramTest, what_was_changed_is_written_the_same_again_after_opening) {
+  auto* point = layout().get_points().add(new Point);
+  point->add_state();
+  auto* a = show<ViewZone>(*zone("A", false), {0, 0});
+  auto* b = show<ViewZone>(*zone("B", false), {100, 0});
+  auto* c = show<ViewZone>(*zone("C", false), {200, 0});
+  show<ViewPoint>(*point, {0, 100});
+  end(*b, "left").connect(end(*a, "right"));
+  end(*c, "left").connect(end(*b, "right"));
+  end(*a, "left").drag(ViewNode::body, {-10, -70});
+  const std::vector<std::pair<const char*, std::function<void()>>> changes = {
+      {"a straight end is joined to a bend",
+       [&] { shown<ViewZone>(1).make_curved(shown<ViewZone>(1).segments()[0]); }},
+      {"and the other one bends",
+       [&] { shown<ViewZone>(0).make_curved(shown<ViewZone>(0).segments()[0]); }},
+      {"the leg that leads the point is gone",
+       [&] {
+         auto& object = *shown<ViewPoint>(3).get_object();
+         object.child_at(0)->destroy();
+       }},
+      {"far away",
+       [&] {
+         end(shown<ViewZone>(2), "right").drag(ViewNode::body, {1e308, 1});
+         end(shown<ViewZone>(2), "left").drag(ViewNode::body, {-1e308, 1});
+       }},
+  };
+  for (const auto& [what, change] : changes) {
+    change();
+    const auto [first, second] = save_twice();
+    EXPECT_EQ(second, first) << what;
+  }
+}
+
+TEST_F(DiagramTest, states_are_taken_from_a_file_in_any_order_and_each_once) {
+  auto* point = layout().get_points().add(new Point);
+  show<ViewPoint>(*point, {0, 0});
+  const auto text = layout().serialize();
+  const auto first = text.find("          2:");
+  const auto second = text.find("          3:");
+  const auto rest = text.find("  - !point", second);
+  ASSERT_NE(rest, std::string::npos) << text;
+  const auto one = text.substr(first, second - first);
+  const auto two = text.substr(second, rest - second);
+  const auto stranger = "          0:" + one.substr(one.find(':') + 1);
+  for (const auto& states : {two + one, one + one, one + two + one, two, stranger + two}) {
+    ASSERT_TRUE(layout().open(
+        folder.write("states.zblt", text.substr(0, first) + states + text.substr(rest))))
+        << get_status() << states;
+    EXPECT_EQ(shown<ViewPoint>(0).segments().size(), 2u) << states;
+    const auto [written, again] = save_twice();
+    EXPECT_EQ(again, written) << states;
+    EXPECT_LT(written.find("          2:"), written.find("          3:")) << states;
+  }
 }
 
 TEST_F(DiagramTest, refuses_what_a_file_may_not_say) {
