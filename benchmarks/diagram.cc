@@ -114,8 +114,8 @@ std::vector<std::uint32_t> pixels_of(const Cairo::RefPtr<Cairo::ImageSurface>& s
   surface->flush();
   std::vector<std::uint32_t> pixels;
   for (int y = 0; y < surface->get_height(); ++y) {
-    const auto* row = reinterpret_cast<const std::uint32_t*>(surface->get_data() +
-                                                             y * surface->get_stride());
+    const auto* row =
+        reinterpret_cast<const std::uint32_t*>(surface->get_data() + y * surface->get_stride());
     for (int x = 0; x < surface->get_width(); ++x) pixels.push_back(row[x] & 0xFFFFFF);
   }
   return pixels;
