@@ -29,6 +29,8 @@ class ViewTrack : public ViewObj {
   void drag_move(const ViewTag& tag, const Vector& position) override;
   [[nodiscard]] std::vector<ViewObj*> dependants() override;
 
+  /// In an order that stays while no nodes come or go.
+  [[nodiscard]] virtual std::vector<ViewSegment> segments() = 0;
   /// "Straight Line": the two nodes become neighbours, where they have room for it.
   void make_straight(const ViewSegment& segment);
   /// "Curved Line": begins as straight, with handles of a third of the distance.
@@ -38,7 +40,6 @@ class ViewTrack : public ViewObj {
   /// The ends of its track, where it can be joined.
   [[nodiscard]] virtual std::vector<ViewLinkNode*> ends() = 0;
   [[nodiscard]] virtual std::vector<ViewNode*> inner_nodes() { return {}; }
-  [[nodiscard]] virtual std::vector<ViewSegment> segments() = 0;
   /// How its track runs; each from the left, or from the common end.
   [[nodiscard]] virtual std::vector<TrackPath> tracks() = 0;
 

@@ -164,7 +164,8 @@ TEST_F(RedrawTest, whatever_looks_different_has_said_so) {
       {"a partner gone", [&] { points->remove(); }},
   };
   std::set<ViewObj*> told;
-  view->signal_changed().connect([&] { told.insert(view->changed_object()); });
+  const ScopedConnection listening(
+      view->signal_changed().connect([&] { told.insert(view->changed_object()); }));
   auto before = pictures();
   for (const auto& [what, step] : steps) {
     told.clear();
