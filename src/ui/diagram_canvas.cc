@@ -11,7 +11,8 @@ namespace {
 
 constexpr double zoom_step = 1.1;
 constexpr double least_zoom = 0.02;
-constexpr double most_zoom = 64;
+/// Beyond some forty, letters are larger than the font library can make them, and it stays broken.
+constexpr double most_zoom = 16;
 /// The window system has no larger ones.
 constexpr int largest_pixmap = 32767;
 /// Beyond this many places the whole is drawn at once.
@@ -169,14 +170,16 @@ void DiagramCanvas::paint_background(const Context& context) {
   }
 }
 
-// What lies over or under a part is drawn again as well, clipped to whole pixels: so every pixel is
-// as a whole picture would have it.
+// What lies over or under a part is drawn again as well, and every pixel is as a whole picture
+// would have it. For that the objects are not clipped: an edge that is cut is rounded otherwise.
+// The image holds rubbish around the parts then, which goes nowhere.
 void DiagramCanvas::repaint_parts() {
   ++repaints_.parts;
   const auto parts = std::exchange(stale_, {});
   const auto context = Cairo::Context::create(image_);
   clip_to(context, parts);
   paint_background(context);
+  context->reset_clip();
   for (const auto& object : view_.get_objects()) {
     auto& shown = *object.operator->();
     const auto& box = boxes_[&shown];
@@ -233,7 +236,7 @@ void DiagramCanvas::paint_tags_in(const PixelBox& part) {
   context->set_matrix(matrix_);
   for (const auto& object : view_.get_objects()) {
     auto& shown = *object.operator->();
-    if (part.meets(boxes_[&shown])) draw_tags(context, shown, tags_.table());
+    if (!floats(shown) && part.meets(boxes_[&shown])) draw_tags(context, shown, tags_.table());
   }
   context->restore();
   constexpr std::size_t slack = 4096;

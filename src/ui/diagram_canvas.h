@@ -14,10 +14,10 @@ namespace zemblar {
 /// A canvas that shows a view, which must outlive it: zoomed with the wheel about the pointer,
 /// panned with the middle button.
 ///
-/// What is shown is kept: as an image that is drawn, and as a pixmap that is copied when the window
-/// system asks. It is drawn anew as a whole when anything may have changed, and only around the
-/// object when one has; several changes in a row are one repaint. Beside it a picture of tags says
-/// what is under the pointer.
+/// What is shown is kept as a pixmap, which is copied when the window system asks. It is drawn in
+/// an image: anew as a whole when anything may have changed, and only around the object when one
+/// has; several changes in a row are one repaint. Beside it a picture of tags says what is under
+/// the pointer.
 class DiagramCanvas : public Gtk::DrawingArea {
  public:
   /// Both displays; the hint stands in the middle of an empty view.
@@ -94,7 +94,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
   Cairo::Matrix matrix_ = Cairo::identity_matrix();
 
   bool dirty_ = true;
-  Cairo::RefPtr<Cairo::ImageSurface> image_;
+  Cairo::RefPtr<Cairo::ImageSurface> image_;  // where it is drawn; what is shown is the pixmap
   Glib::RefPtr<Gdk::Pixmap> pixmap_;
   TagImage tags_;
   std::size_t whole_table_ = 0;  // how many tags a whole picture has

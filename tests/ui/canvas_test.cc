@@ -1,0 +1,329 @@
+// The operating display, by events on its canvas.
+
+#include <gmock/gmock.h>
+#include <gtkmm/window.h>
+
+#include <functional>
+
+#include "diagram/view_crossing.h"
+#include "diagram/view_label.h"
+#include "diagram/view_link_node.h"
+#include "diagram/view_point.h"
+#include "diagram/view_scissor.h"
+#include "diagram/view_signal.h"
+#include "diagram/view_zone.h"
+#include "tests/support/small_railway.h"
+#include "tests/ui/widget_search.h"
+#include "ui/runtime_view.h"
+#include "ui/view_pages.h"
+
+namespace zemblar::test {
+namespace {
+
+constexpr unsigned black = 0;
+/// Black track is darker and grey track is lighter, also where pixels are blended.
+constexpr unsigned dark = 0x60;
+
+/// Row by row.
+std::vector<unsigned> pixels_of(const Glib::RefPtr<Gdk::Pixmap>& pixmap) {
+  int width = 0;
+  int height = 0;
+  pixmap->get_size(width, height);
+  auto* image = gdk_drawable_get_image(GDK_DRAWABLE(pixmap->gobj()), 0, 0, width, height);
+  std::vector<unsigned> pixels;
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      pixels.push_back(static_cast<unsigned>(gdk_image_get_pixel(image, x, y)) & 0xFFFFFF);
+    }
+  }
+  g_object_unref(image);
+  return pixels;
+}
+
+/// A zone, a point with a label and a signal over it, and one object of each other kind.
+class CanvasTest : public SmallRailway {
+ protected:
+  CanvasTest() {
+    put(*points, "common", {-20, 0});
+    put(*points, way("Straight"), {60, 0});
+    put(*points, way("Curved"), {60, 50});
+    for (const auto& segment : points->segments()) points->make_straight(segment);
+    aspect->set_anchor(Anchor::Top);
+    at(west).occupy();
+    lok = new_lok_in(west, "Express");
+    signal->add_state();
+    window.add(canvas);
+    window.set_default_size(400, 300);
+    window.show_all();
+    handle_events();
+  }
+
+  template <typename T, typename Shown>
+  T* show(Shown& shown, const Vector& place) {
+    auto* object = new T(shown, place);
+    view.add_object(object);
+    return object;
+  }
+  static void put(ViewObj& object, const std::string& end, const Vector& place) {
+    object.get_link_node(end)->drag(ViewNode::body, place);
+  }
+  [[nodiscard]] PointState* state(const char* name) const {
+    return dynamic_cast<PointState*>(point->find_child(name));
+  }
+  [[nodiscard]] Vector common() const { return points->get_link_node("common")->pos; }
+  static std::string way(const std::string& name) { return "state:" + name; }
+
+  /// Through the toolkit's queue, as the window system's own events come.
+  template <typename Event>
+  void send(GdkEventType type, const Vector& place, const std::function<void(Event&)>& fill) {
+    auto* event = gdk_event_new(type);
+    auto& sent = reinterpret_cast<Event&>(*event);
+    sent.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
+    sent.x = place.x;
+    sent.y = place.y;
+    fill(sent);
+    gdk_event_put(event);
+    gdk_event_free(event);
+  }
+  void button(GdkEventType type, const Vector& place, unsigned number = 1) {
+    send<GdkEventButton>(type, place, [number](auto& event) { event.button = number; });
+  }
+  void press(const Vector& place) {
+    button(GDK_BUTTON_PRESS, place);
+    button(GDK_BUTTON_RELEASE, place);
+    handle_events();
+  }
+  void scroll(GdkScrollDirection direction, const Vector& place, int times) {
+    for (int i = 0; i < times; ++i) {
+      send<GdkEventScroll>(GDK_SCROLL, place,
+                           [direction](auto& event) { event.direction = direction; });
+    }
+    handle_events();
+  }
+  void pan(const Vector& from, const Vector& to, unsigned held = GDK_BUTTON2_MASK) {
+    button(GDK_BUTTON_PRESS, from, 2);
+    send<GdkEventMotion>(GDK_MOTION_NOTIFY, to, [held](auto& event) { event.state = held; });
+    button(GDK_BUTTON_RELEASE, to, 2);
+    handle_events();
+  }
+
+  /// What a person sees there.
+  unsigned colour_at(const Vector& place) {
+    int width = 0;
+    int height = 0;
+    canvas.pixmap()->get_size(width, height);
+    return pixels_of(canvas.pixmap())
+        .at(static_cast<std::size_t>(std::lround(place.y) * width + std::lround(place.x)));
+  }
+  Vector on_canvas(const Vector& place) {
+    canvas.update();
+    return canvas.to_canvas(place);
+  }
+  /// For each of some places, spread over the canvas.
+  [[nodiscard]] std::vector<const ViewObj*> hits() const {
+    std::vector<const ViewObj*> found;
+    for (int y = 0; y < canvas.get_height(); y += 3) {
+      for (int x = 0; x < canvas.get_width(); x += 3) {
+        const auto tag = canvas.hit(x, y);
+        found.push_back(tag ? tag->object : nullptr);
+      }
+    }
+    return found;
+  }
+
+  View& view = *layout().get_views().add(new View);
+  Zone* west = zone("West");
+  Zone* east = zone("East");
+  Point* point = layout().get_points().add(new Point);
+  Scissor* scissor = layout().get_points().add(new Scissor);
+  Signal* signal = layout().get_points().add(new Signal);
+  Crossing* crossing = layout().get_blocks().add(new Crossing);
+  ViewZone* zones = show<ViewZone>(*west, {-60, 0});
+  ViewCrossing* cross = show<ViewCrossing>(*crossing, {-20, 10});
+  ViewZone* other = show<ViewZone>(*east, {20, -20});
+  ViewPoint* points = show<ViewPoint>(*point, {0, 0});
+  ViewScissor* scissors = show<ViewScissor>(*scissor, {10, 20});
+  ViewSignal* aspect = show<ViewSignal>(*signal, {-30, -20});
+  ViewLabel* label = show<ViewLabel>(*west, {-60, 5});
+  Lok* lok = nullptr;
+  RuntimeView canvas{view};
+  Gtk::Window window;
+};
+
+TEST_F(CanvasTest, what_is_clicked_is_what_is_seen_however_it_is_zoomed_and_panned) {
+  scissors->remove();
+  const std::vector<std::pair<const char*, std::function<void()>>> looks = {
+      {"as it is", [] {}},
+      {"zoomed in",
+       [&] {
+         scroll(GDK_SCROLL_UP, {300, 40}, 5);
+       }},
+      {"panned",
+       [&] {
+         pan({100, 100}, {61, 70});
+       }},
+      {"zoomed out",
+       [&] {
+         scroll(GDK_SCROLL_DOWN, {20, 250}, 13);
+       }},
+      {"panned back",
+       [&] {
+         pan({100, 100}, {180, 90});
+       }},
+      {"in another size",
+       [&] {
+         window.resize(520, 340);
+         while (canvas.get_width() != 520) Gtk::Main::iteration();
+         handle_events();
+       }},
+  };
+  auto states = signal->states();
+  std::size_t shown = 0;
+  for (const auto& [look, change] : looks) {
+    SCOPED_TRACE(look);
+    change();
+    for (const auto* name : {"Curved", "Straight"}) {
+      const auto leg = on_canvas(common() * 0.3 + points->get_link_node(way(name))->pos * 0.7);
+      EXPECT_GT(colour_at(leg) & 255, dark);
+      press(leg);
+      EXPECT_EQ(point->get_state(), state(name));
+      EXPECT_LT(colour_at(leg) & 255, dark);
+      press(leg);
+      EXPECT_EQ(point->get_state(), state(name)) << "it lies there already";
+    }
+    // Its picture hangs from its place, and keeps its size.
+    const auto head = on_canvas({-30, -20}) + Vector{0, 8};
+    for (std::size_t i = 0; i < states.size(); ++i) {
+      EXPECT_EQ(signal->get_state(), states.at(shown));
+      const auto before = colour_at(head);
+      press(head);
+      EXPECT_NE(colour_at(head), before);
+      shown = (shown + 1) % states.size();
+    }
+    press(on_canvas({-60, 0}));
+    press({-5, 10000});
+    EXPECT_EQ(signal->get_state(), states.at(shown));
+  }
+}
+
+TEST_F(CanvasTest, what_is_under_the_pointer_stays_there_and_returns) {
+  const Vector pointer{310, 70};
+  const auto home = canvas.to_view(pointer);
+  const auto distance = [&] { return (on_canvas(home) - pointer).length(); };
+  scroll(GDK_SCROLL_UP, pointer, 7);
+  EXPECT_LT(distance(), 1e-6);
+  scroll(GDK_SCROLL_DOWN, pointer, 15);
+  EXPECT_LT(distance(), 1e-6);
+  pan({10, 10}, {60, 30});
+  EXPECT_NEAR(distance(), std::hypot(50, 20), 1e-6);
+  pan({60, 30}, {10, 10}, 0);
+  EXPECT_NEAR(distance(), std::hypot(50, 20), 1e-6) << "the button is not held any more";
+  // As far as it goes, letters are still drawn.
+  scroll(GDK_SCROLL_UP, on_canvas({-85, -7}), 200);
+  EXPECT_THAT(pixels_of(canvas.pixmap()), testing::Contains(black));
+}
+
+TEST_F(CanvasTest, a_double_click_acts_once) {
+  const auto head = on_canvas({-30, -20}) + Vector{0, 8};
+  button(GDK_BUTTON_PRESS, head);
+  button(GDK_BUTTON_RELEASE, head);
+  button(GDK_BUTTON_PRESS, head);
+  button(GDK_2BUTTON_PRESS, head);
+  button(GDK_BUTTON_RELEASE, head);
+  handle_events();
+  EXPECT_EQ(signal->get_state(), signal->states()[1]);
+  press(head);
+  EXPECT_EQ(signal->get_state(), signal->states()[2]) << "a click of its own";
+}
+
+TEST_F(CanvasTest, what_is_painted_in_parts_is_as_if_it_were_painted_whole) {
+  const std::vector<std::pair<const char*, std::function<void()>>> changes = {
+      {"a point", [&] { point->set_state(state("Curved")); }},
+      {"a point back", [&] { point->set_state(state("Straight")); }},
+      {"a scissor point", [&] { scissor->set_state(scissor->states()[3]); }},
+      {"a signal", [&] { signal->set_state(signal->states()[1]); }},
+      {"something stands there", [&] { at(east).occupy(); }},
+      {"it has gone", [&] { at(east).occupy(false); }},
+      {"a speed", [&] { lok->set_actual_speed(50); }},
+      {"no speed", [&] { lok->set_actual_speed(-1); }},
+      {"a direction", [&] { lok->set_direction(Direction::Reverse); }},
+      {"a longer name", [&] { lok->set_name("Express to the Coast"); }},
+      {"all as before",
+       [&] {
+         for (auto* each : {static_cast<PointBase*>(point), static_cast<PointBase*>(scissor),
+                            static_cast<PointBase*>(signal)}) {
+           each->set_state(each->states()[0]);
+         }
+         lok->set_direction(Direction::Forwards);
+         lok->set_name("Express");
+       }},
+  };
+  for (const int steps : {0, -9, 15}) {
+    scroll(steps < 0 ? GDK_SCROLL_DOWN : GDK_SCROLL_UP, {200, 150}, std::abs(steps));
+    for (const auto& [what, change] : changes) {
+      SCOPED_TRACE(testing::Message() << what << " at " << canvas.get_zoom());
+      const auto before = canvas.repaints();
+      const auto old = pixels_of(canvas.pixmap());
+      change();
+      handle_events();
+      const auto parts = pixels_of(canvas.pixmap());
+      const auto part_hits = hits();
+      EXPECT_EQ(canvas.repaints().whole, before.whole);
+      EXPECT_EQ(canvas.repaints().parts, before.parts + 1);
+      EXPECT_FALSE(parts == old);
+      canvas.invalidate();
+      handle_events();
+      EXPECT_EQ(canvas.repaints().whole, before.whole + 1);
+      EXPECT_TRUE(parts == pixels_of(canvas.pixmap()));
+      EXPECT_TRUE(part_hits == hits());
+    }
+  }
+}
+
+TEST_F(CanvasTest, a_burst_is_one_repaint_and_an_expose_none) {
+  const auto count = [&] { return canvas.repaints().whole + canvas.repaints().parts; };
+  auto before = count();
+  for (int i = 0; i < 1000; ++i) {
+    point->set_state(state(i % 2 != 0 ? "Straight" : "Curved"));
+    at(east).occupy(i % 2 == 0);
+  }
+  handle_events();
+  EXPECT_EQ(count(), before + 1);
+  canvas.queue_draw();
+  handle_events();
+  EXPECT_EQ(count(), before + 1);
+}
+
+TEST_F(CanvasTest, views_and_layouts_end_while_they_are_looked_at) {
+  const auto path = folder.file("layout.zblt");
+  layout().get_devices().destroy_children();
+  folder.write("layout.zblt", layout().serialize());
+  window.remove();
+  ViewPages pages([](View& v) { return scrolled(Gtk::manage(new RuntimeView(v))); },
+                  ViewPages::Hidden::skip);
+  window.add(pages);
+  window.show_all();
+  handle_events();
+  // Something waits to be drawn each time.
+  const std::vector<std::function<void()>> ends = {
+      [&] { view.destroy(); },
+      [&] { layout().new_document(false); },
+      [&] { ASSERT_TRUE(Layout::open(path)); },
+      [&] { layout().get_blocks().destroy_children(); },
+      [&] { ASSERT_TRUE(Layout::open(path)); },
+  };
+  for (const auto& end : ends) {
+    for (auto* child : layout().get_points()) {
+      auto& switched = dynamic_cast<PointBase&>(*child);
+      switched.set_state(switched.states().back());
+    }
+    end();
+    handle_events();
+  }
+  auto& shown = get_widget<RuntimeView>(pages);
+  EXPECT_EQ(&shown.get_view(), *layout().get_views().begin());
+  EXPECT_THAT(pixels_of(shown.pixmap()), testing::Contains(black));
+}
+
+}  // namespace
+}  // namespace zemblar::test
