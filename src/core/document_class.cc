@@ -6,6 +6,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "core/private_form.h"
+
 namespace zemblar {
 namespace {
 
@@ -31,7 +33,8 @@ DocumentClass::Registration::Registration(const DocumentClass& document_class) {
 
 const DocumentClass* find_document_class(const std::string& tag) {
   const auto found = classes().find(tag);
-  return found == classes().end() ? nullptr : &found->second;
+  if (found == classes().end()) return nullptr;
+  return found->second.in_files || PrivateForm::is_used() ? &found->second : nullptr;
 }
 
 ToplevelAccepts::ToplevelAccepts(Section section, bool (*is_instance)(const Object*)) {

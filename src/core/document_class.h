@@ -24,6 +24,7 @@ struct DocumentClass {
   Section section;  ///< where Object::create puts it
   Object* (*load)(const YAML::Node&) = nullptr;
   Object* (*make)() = nullptr;  ///< a new one with default values
+  bool in_files = true;         ///< else entries are found in the private form alone
 
   struct Registration {
     explicit Registration(const DocumentClass& document_class);
@@ -37,7 +38,14 @@ DocumentClass document_class(const char* tag, Section section) {
           []() -> Object* { return new T; }};
 }
 
-/// The class that a tag of a layout file stands for; null for an unknown tag.
+/// The same for a class that has no entry in a layout file.
+template <typename T>
+DocumentClass private_class(const char* tag, Section section) {
+  return {tag, section, [](const YAML::Node& node) -> Object* { return new T(node); },
+          []() -> Object* { return new T; }, false};
+}
+
+/// The class that a tag stands for in the form in use; null for an unknown tag.
 const DocumentClass* find_document_class(const std::string& tag);
 
 /// Lets objects of class T be dropped on a toplevel: a static object in the file of the class.

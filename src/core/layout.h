@@ -8,9 +8,10 @@
 #include <list>
 #include <memory>
 #include <string>
-#include <unordered_map>
+#include <utility>
 
 #include "core/object.h"
+#include "core/object_numbers.h"
 #include "core/toplevel.h"
 #include "runtime/timer.h"
 
@@ -74,12 +75,17 @@ class Layout : public Object {
 
   [[nodiscard]] unsigned get_id(const Object* object);
   /// For a place in a file that wants a number where no object is: one that none will have.
-  [[nodiscard]] unsigned spare_id() { return next_id_++; }
+  [[nodiscard]] unsigned spare_id() { return numbers_.spare(); }
   /// Records the number of an object that is being read. Throws YAML::InvalidScalar for anything
   /// but an unsigned decimal number, YAML::RepresentationException for one that is taken.
   void register_id(Object* object, const YAML::Node& node);
   /// While a file is read: the object of that number, or null.
-  [[nodiscard]] Object* find_id(unsigned id) const;
+  [[nodiscard]] Object* find_id(unsigned id) const { return numbers_.find(id); }
+  /// Reads and writes with other numbers from now on.
+  void swap_numbers(ObjectNumbers& numbers) { std::swap(numbers_, numbers); }
+  /// Looks up what the entries refer to that have just been read, and lets them do what needs
+  /// other objects. The result is whether all of them could.
+  bool resolve();
 
   [[nodiscard]] const Glib::RefPtr<Gio::File>& get_file() const { return file_; }
   /// The file's path; empty when there is no file.
@@ -175,10 +181,8 @@ class Layout : public Object {
   bool simulating_ = false;
   bool emptying_ = false;
   Timeout pulse_;
-  std::unordered_map<const Object*, unsigned> ids_by_object_;
-  std::unordered_map<unsigned, Object*> objects_by_id_;
+  ObjectNumbers numbers_;
   Glib::RefPtr<Gio::File> file_;
-  unsigned next_id_ = 0;
   const Object* first_unsaved_ = nullptr;  // where the last text ended before its time
   DefaultDevice* default_device_;          // these four are not in the tree, but owned
   MemberSet* all_blocks_;

@@ -63,15 +63,12 @@ std::string Layout::get_path() const {
 // --- Saving ---
 
 unsigned Layout::get_id(const Object* object) {
-  const auto [entry, is_new] = ids_by_object_.try_emplace(object, next_id_);
-  if (is_new) ++next_id_;
-  return entry->second;
+  return numbers_.number_of(object);
 }
 
 std::string Layout::serialize() {
   first_unsaved_ = nullptr;
-  ids_by_object_.clear();
-  next_id_ = 0;
+  numbers_.clear();
   YAML::Emitter out;
   out << YAML::BeginMap;
   out << YAML::Key << "title" << YAML::Value << get_name();
@@ -152,16 +149,21 @@ bool Layout::open_bytes(const std::string& path, const std::string& bytes) {
 
 void Layout::load(const std::string& bytes) {
   new_document(false);
-  objects_by_id_.clear();
+  numbers_.clear();
   const auto root = YAML::Load(bytes);
   if (root.Mark().is_null()) throw std::runtime_error("Empty File");
   read_document(root);
+  const bool consistent = resolve();
+  numbers_.clear();
+  if (!consistent) throw std::runtime_error("Post Resolve Failure");
+}
+
+bool Layout::resolve() {
   signal_resolve_.emit();
   signal_resolve_.clear();
   const bool consistent = signal_post_resolve_.emit();
   signal_post_resolve_.clear();
-  objects_by_id_.clear();
-  if (!consistent) throw std::runtime_error("Post Resolve Failure");
+  return consistent;
 }
 
 void Layout::read_document(const YAML::Node& root) {
@@ -180,14 +182,9 @@ void Layout::read_document(const YAML::Node& root) {
 void Layout::register_id(Object* object, const YAML::Node& node) {
   unsigned id = 0;
   node >> id;
-  if (!objects_by_id_.emplace(id, object).second) {
+  if (!numbers_.give(object, id)) {
     throw YAML::RepresentationException(node.Mark(), "Duplicate Object IDs found");
   }
-}
-
-Object* Layout::find_id(unsigned id) const {
-  const auto found = objects_by_id_.find(id);
-  return found == objects_by_id_.end() ? nullptr : found->second;
 }
 
 }  // namespace zemblar

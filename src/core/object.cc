@@ -5,6 +5,8 @@
 #include <cassert>
 
 #include "core/document_class.h"
+#include "core/document_watcher.h"
+#include "core/entry_change.h"
 #include "core/layout.h"
 #include "core/panel_factory.h"
 #include "core/property.h"
@@ -57,14 +59,25 @@ Object* Object::find_child(const Glib::ustring& name) const {
   return names_ ? names_->find(name) : nullptr;
 }
 
-void Object::attach(Object* child) {
+void Object::attach(Object* child, int position) {
+  before_change();
   if (child->name_.empty() || find_child(child->name_)) find_free_name(child);
-  g_node_insert_after(node_.gnode, last_child_, child->node_.gnode);
-  last_child_ = child->node_.gnode;
+  if (position < 0) {
+    g_node_insert_after(node_.gnode, last_child_, child->node_.gnode);
+  } else {
+    g_node_insert(node_.gnode, position, child->node_.gnode);
+  }
+  if (!child->node_.gnode->next) last_child_ = child->node_.gnode;
   names().insert(child->name_, child);
 
   const auto* root = g_node_get_root(node_.gnode);
-  if (Layout::exists() && of(root) == &Layout::get()) announce_tree(child);
+  if (!Layout::exists() || of(root) != &Layout::get()) return;
+  if (auto* watcher = DocumentWatcher::get()) watcher->added(*child);
+  announce_tree(child);
+}
+
+void Object::before_change() {
+  if (auto* watcher = DocumentWatcher::get()) watcher->before_change(*this);
 }
 
 void Object::find_free_name(Object* child) {
@@ -87,6 +100,7 @@ void Object::set_name(const Glib::ustring& wanted) {
   if (name.empty() || name.raw() == name_.raw()) return;
   auto* parent = get_parent();
   if (parent && parent->find_child(name)) return;
+  before_change();
   if (parent) {
     parent->names().erase(name_, this);
     parent->names().insert(name, this);
@@ -99,6 +113,7 @@ void Object::set_name(const Glib::ustring& wanted) {
 
 void Object::destroy() {
   if (deleting_) return;
+  if (auto* watcher = DocumentWatcher::get()) watcher->before_end(*this);
   deleting_ = true;
   on_deleting();
   destroy_children();
@@ -165,6 +180,10 @@ bool Object::can_contain(Object* /*child*/) const {
 
 void Object::save(YAML::Emitter& /*out*/) const {
   assert(false && "Unimplemented Save");
+}
+
+void Object::restore(const EntryChange& change) {
+  change.read<Glib::ustring>("name", [this](const auto& name) { set_name(name); });
 }
 
 Gtk::Widget* Object::make_panel(const Glib::RefPtr<Gtk::SizeGroup>& labels) {

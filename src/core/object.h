@@ -23,6 +23,7 @@ class Widget;
 
 namespace zemblar {
 
+class EntryChange;
 class SiblingNames;
 
 /// A named node in the one tree whose root is the Layout.
@@ -47,6 +48,13 @@ class Object : public Glib::Object {
   template <typename T>
   T* add(T* child) {
     attach(child);
+    return child;
+  }
+
+  /// The same at a place among the children, counted from 0; at the end when there are fewer.
+  template <typename T>
+  T* insert(T* child, unsigned position) {
+    attach(child, static_cast<int>(position));
     return child;
   }
 
@@ -77,6 +85,9 @@ class Object : public Glib::Object {
   [[nodiscard]] virtual bool get_deletable() const { return true; }
   /// Writes the object as an entry of a layout file. Fails an assertion unless overridden.
   virtual void save(YAML::Emitter& out) const;
+  /// Takes over what differs in the later one of two entries of this object, as if it were set by
+  /// hand; the rest stays. Objects that the entry refers to are there.
+  virtual void restore(const EntryChange& change);
   /// A new panel for this object, or null; the caller owns it. See core/panel_factory.h.
   virtual Gtk::Widget* make_panel(const Glib::RefPtr<Gtk::SizeGroup>& labels);
   /// The panel of the object's properties, labels in one size group; null when there is none.
@@ -105,6 +116,8 @@ class Object : public Glib::Object {
   void load_identity(const YAML::Node& node);
   /// Writes the keys `name` and `id`.
   void save_identity(YAML::Emitter& out) const;
+  /// Told before anything changes that belongs to the object's entry in a file.
+  void before_change();
   /// Changes the name without notification.
   void replace_name(const Glib::ustring& name) { name_ = name; }
 
@@ -115,7 +128,7 @@ class Object : public Glib::Object {
   virtual void on_child_removing(Object* /*child*/) {}
 
  private:
-  void attach(Object* child);
+  void attach(Object* child, int position = -1);
   void announce(Object* child);
   void announce_tree(Object* child);
   void leave_parent();

@@ -8,6 +8,7 @@
 
 #include "core/layout.h"
 #include "core/object.h"
+#include "core/private_form.h"
 
 namespace zemblar {
 namespace {
@@ -112,6 +113,10 @@ std::string read_bytes(const YAML::Node& node) {
   const auto bytes = YAML::DecodeBase64(text);
   if (bytes.empty() && !text.empty()) throw YAML::InvalidScalar(node.Mark());
   return {bytes.begin(), bytes.end()};
+}
+
+YAML::_Tag unwritable_tag(const std::string& tag) {
+  return YAML::LocalTag(PrivateForm::is_used() ? tag : "!" + tag);
 }
 
 void read_path(const YAML::Node& node, const char* key, std::string& path) {

@@ -72,6 +72,10 @@ void read_key(const YAML::Node& node, const char* key, T& value) {
   if (const auto child = node[key]) child >> value;
 }
 
+/// The tag of an entry that a layout file cannot hold: the emitter refuses it, and the file ends
+/// there. In the private form it is a tag like others. Without the leading `!`.
+[[nodiscard]] YAML::_Tag unwritable_tag(const std::string& tag);
+
 /// The path of a picture, empty for none: a scalar, or null.
 void read_path(const YAML::Node& node, const char* key, std::string& path);
 void write_path(YAML::Emitter& out, const char* key, const std::string& path);

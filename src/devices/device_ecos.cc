@@ -3,6 +3,7 @@
 #include <giomm/networkaddress.h>
 #include <yaml-cpp/yaml.h>
 
+#include "core/document_class.h"
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/property.h"
@@ -12,6 +13,9 @@
 
 namespace zemblar {
 namespace {
+
+const DocumentClass::Registration registration(private_class<ECoS>("!device/ESU/ECoS",
+                                                                   Section::devices));
 
 constexpr auto attempt_interval = std::chrono::seconds(1);
 
@@ -53,7 +57,7 @@ void ECoS::register_properties() {
 }
 
 void ECoS::save(YAML::Emitter& out) const {
-  out << YAML::LocalTag("!device/ESU/ECoS") << YAML::BeginMap;
+  out << unwritable_tag("device/ESU/ECoS") << YAML::BeginMap;
   save_identity(out);
   out << YAML::Key << "host" << YAML::Value << host_;
   out << YAML::Key << "use-as-default" << YAML::Value << use_as_default_;

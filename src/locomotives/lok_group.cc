@@ -14,6 +14,9 @@ namespace {
 
 const auto accepted_by_locomotives = toplevel_accepts_class<LokGroup>(Section::locomotives);
 
+const DocumentClass::Registration registration(private_class<LokGroup>("!lok-group",
+                                                                       Section::locomotives));
+
 constexpr unsigned max_depth = 100;
 
 }  // namespace
@@ -39,7 +42,7 @@ LokGroup::LokGroup(const YAML::Node& node, unsigned depth) : LokGroup() {
 }
 
 void LokGroup::save(YAML::Emitter& out) const {
-  out << YAML::LocalTag("!lok-group") << YAML::BeginMap;
+  out << unwritable_tag("lok-group") << YAML::BeginMap;
   save_identity(out);
   if (!empty()) {
     out << YAML::Key << "objects" << YAML::Value << YAML::BeginSeq;
