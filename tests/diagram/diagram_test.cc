@@ -318,7 +318,8 @@ TEST_F(DiagramTest, a_zone_shows_who_is_in_it_and_where_that_is_heading) {
   at(zones[0]).occupy();
   EXPECT_EQ(Picture(*view).at(-70, 0), yellow);
   int redrawn = 0;
-  view->signal_changed().connect([&] { redrawn += view->changed_object() == a; });
+  const ScopedConnection listening(
+      view->signal_changed().connect([&] { redrawn += view->changed_object() == a; }));
   at(zones[0]).signal_changed().emit();
   EXPECT_EQ(redrawn, 0) << "nothing has changed";
 
