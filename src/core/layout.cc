@@ -72,7 +72,7 @@ Layout::Layout()
   });
   signal_object_added_.connect(sigc::mem_fun(*this, &Layout::track_device));
   signal_object_removed_.connect([this](Object* object) {
-    numbers_.forget(object);
+    written_.forget(object);
     if (dynamic_cast<Device*>(object)) recompute_track_power();
   });
 }

@@ -75,14 +75,15 @@ class Layout : public Object {
 
   [[nodiscard]] unsigned get_id(const Object* object);
   /// For a place in a file that wants a number where no object is: one that none will have.
-  [[nodiscard]] unsigned spare_id() { return numbers_.spare(); }
+  [[nodiscard]] unsigned spare_id() { return writing().spare(); }
   /// Records the number of an object that is being read. Throws YAML::InvalidScalar for anything
   /// but an unsigned decimal number, YAML::RepresentationException for one that is taken.
   void register_id(Object* object, const YAML::Node& node);
   /// While a file is read: the object of that number, or null.
-  [[nodiscard]] Object* find_id(unsigned id) const { return numbers_.find(id); }
-  /// Reads and writes with other numbers from now on.
-  void swap_numbers(ObjectNumbers& numbers) { std::swap(numbers_, numbers); }
+  [[nodiscard]] Object* find_id(unsigned id) const { return reading().find(id); }
+  /// Reads and writes with these numbers, until it is told null. The result is what was used
+  /// before.
+  ObjectNumbers* use_numbers(ObjectNumbers* numbers) { return std::exchange(numbers_, numbers); }
   /// Looks up what the entries refer to that have just been read, and lets them do what needs
   /// other objects. The result is whether all of them could.
   bool resolve();
@@ -165,6 +166,9 @@ class Layout : public Object {
  private:
   void load(const std::string& bytes);
   void read_document(const YAML::Node& root);
+  ObjectNumbers& writing() { return numbers_ ? *numbers_ : written_; }
+  ObjectNumbers& reading() { return numbers_ ? *numbers_ : read_; }
+  [[nodiscard]] const ObjectNumbers& reading() const { return numbers_ ? *numbers_ : read_; }
   void track_device(Object* object);
   void recompute_track_power();
 
@@ -181,7 +185,9 @@ class Layout : public Object {
   bool simulating_ = false;
   bool emptying_ = false;
   Timeout pulse_;
-  ObjectNumbers numbers_;
+  ObjectNumbers written_;
+  ObjectNumbers read_;
+  ObjectNumbers* numbers_ = nullptr;  // in the place of both
   Glib::RefPtr<Gio::File> file_;
   const Object* first_unsaved_ = nullptr;  // where the last text ended before its time
   DefaultDevice* default_device_;          // these four are not in the tree, but owned

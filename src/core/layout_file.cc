@@ -63,12 +63,12 @@ std::string Layout::get_path() const {
 // --- Saving ---
 
 unsigned Layout::get_id(const Object* object) {
-  return numbers_.number_of(object);
+  return writing().number_of(object);
 }
 
 std::string Layout::serialize() {
   first_unsaved_ = nullptr;
-  numbers_.clear();
+  written_.clear();
   YAML::Emitter out;
   out << YAML::BeginMap;
   out << YAML::Key << "title" << YAML::Value << get_name();
@@ -149,12 +149,12 @@ bool Layout::open_bytes(const std::string& path, const std::string& bytes) {
 
 void Layout::load(const std::string& bytes) {
   new_document(false);
-  numbers_.clear();
+  read_.clear();
   const auto root = YAML::Load(bytes);
   if (root.Mark().is_null()) throw std::runtime_error("Empty File");
   read_document(root);
   const bool consistent = resolve();
-  numbers_.clear();
+  read_.clear();
   if (!consistent) throw std::runtime_error("Post Resolve Failure");
 }
 
@@ -182,7 +182,7 @@ void Layout::read_document(const YAML::Node& root) {
 void Layout::register_id(Object* object, const YAML::Node& node) {
   unsigned id = 0;
   node >> id;
-  if (!numbers_.give(object, id)) {
+  if (!reading().give(object, id)) {
     throw YAML::RepresentationException(node.Mark(), "Duplicate Object IDs found");
   }
 }

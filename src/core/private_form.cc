@@ -4,14 +4,13 @@
 
 namespace zemblar {
 
-PrivateForm::PrivateForm(ObjectNumbers& numbers) : numbers_(numbers) {
+PrivateForm::PrivateForm(ObjectNumbers& numbers) : former_(Layout::get().use_numbers(&numbers)) {
   ++depth_;
-  Layout::get().swap_numbers(numbers_);
 }
 
 PrivateForm::~PrivateForm() {
   --depth_;
-  Layout::get().swap_numbers(numbers_);
+  Layout::get().use_numbers(former_);
 }
 
 }  // namespace zemblar

@@ -18,7 +18,7 @@ class PrivateForm {
 
  private:
   static inline unsigned depth_ = 0;
-  ObjectNumbers& numbers_;
+  ObjectNumbers* former_;
 };
 
 }  // namespace zemblar
