@@ -56,9 +56,13 @@ void TrackPaths::stroke_paths(const Cairo::RefPtr<Cairo::Context>& context, bool
 void TrackPaths::stroke_all(const Cairo::RefPtr<Cairo::Context>& context, double width) const {
   context->set_line_width(width);
   for (const auto& path : paths_) {
+    // One straight has no joins; cairo fills it as a rectangle if it need not know of round ones.
+    const bool has_joins = path.size() > 2 || !path.back().straight;
+    context->set_line_join(has_joins ? Cairo::LINE_JOIN_ROUND : Cairo::LINE_JOIN_MITER);
     trace(context, path);
     context->stroke();
   }
+  context->set_line_join(Cairo::LINE_JOIN_ROUND);
 }
 
 void trace(const Cairo::RefPtr<Cairo::Context>& context, const TrackPath& path) {

@@ -1,6 +1,5 @@
 #include "diagram/view_tag.h"
 
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
@@ -26,30 +25,37 @@ void add_tag(const Cairo::RefPtr<Cairo::Context>& context, SelectionTable& table
 // Nothing may be blended: a colour between two numbers would be a third one.
 void TagImage::begin(int width, int height, const Cairo::Matrix& matrix) {
   table_.clear();
-  surface_ = Cairo::ImageSurface::create(Cairo::FORMAT_RGB24, width, height);
+  pixels_ = nullptr;
+  if (!surface_ || width != width_ || height != height_) {
+    surface_ = Cairo::ImageSurface::create(Cairo::FORMAT_RGB24, width, height);
+    width_ = width;
+    height_ = height;
+  }
   context_ = Cairo::Context::create(surface_);
   context_->set_source_rgb(0, 0, 0);
   context_->set_antialias(Cairo::ANTIALIAS_NONE);
+  context_->set_tolerance(0.5);  // nobody clicks finer than that
   context_->set_operator(Cairo::OPERATOR_SOURCE);
   context_->set_matrix(matrix);
   context_->paint();
 }
 
-std::shared_ptr<const ViewTag> TagImage::hit(double x, double y) const {
-  if (!surface_) return {};
-  const double column = std::round(x);
-  const double row = std::round(y);
-  if (!(column >= 0 && column < surface_->get_width() && row >= 0 &&
-        row < surface_->get_height())) {
-    return {};
+const std::shared_ptr<const ViewTag>& TagImage::hit(double x, double y) const {
+  static const std::shared_ptr<const ViewTag> nothing;
+  // Rounded to whole pixels.
+  const bool inside = x > -0.5 && x < width_ - 0.5 && y > -0.5 && y < height_ - 0.5;
+  if (!inside) return nothing;
+  if (!pixels_) {
+    surface_->flush();
+    pixels_ = surface_->get_data();
+    stride_ = surface_->get_stride();
   }
-  surface_->flush();
-  const auto offset = static_cast<std::ptrdiff_t>(row) * surface_->get_stride() +
-                      static_cast<std::ptrdiff_t>(column) * 4;
+  const auto column = static_cast<std::ptrdiff_t>(x + 0.5);
+  const auto row = static_cast<std::ptrdiff_t>(y + 0.5);
   std::uint32_t pixel = 0;
-  std::memcpy(&pixel, surface_->get_data() + offset, sizeof pixel);
+  std::memcpy(&pixel, pixels_ + row * stride_ + column * 4, sizeof pixel);
   const auto number = pixel & colour_bits;
-  if (number == 0) return {};
+  if (number == 0) return nothing;
   if (number > table_.size()) throw std::logic_error("Invalid selection_table index");
   return table_[number - 1];
 }

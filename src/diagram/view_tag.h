@@ -41,18 +41,26 @@ class TagImage {
  public:
   /// Empty, of that size in pixels, with a context that paints tags through that matrix.
   void begin(int width, int height, const Cairo::Matrix& matrix);
-  /// Where tags are painted, between `begin` and the first `hit`.
-  [[nodiscard]] const Cairo::RefPtr<Cairo::Context>& context() const { return context_; }
+  /// Where tags are painted. Asked for anew after each `hit`.
+  [[nodiscard]] const Cairo::RefPtr<Cairo::Context>& context() {
+    pixels_ = nullptr;
+    return context_;
+  }
   [[nodiscard]] SelectionTable& table() { return table_; }
 
   /// What is under a place of the canvas; null for the background and for places outside. Throws
-  /// std::logic_error "Invalid selection_table index" for a number that no tag has.
-  [[nodiscard]] std::shared_ptr<const ViewTag> hit(double x, double y) const;
+  /// std::logic_error "Invalid selection_table index" for a number that no tag has. Who keeps it
+  /// beyond the next painting copies it.
+  [[nodiscard]] const std::shared_ptr<const ViewTag>& hit(double x, double y) const;
 
  private:
   Cairo::RefPtr<Cairo::ImageSurface> surface_;
   Cairo::RefPtr<Cairo::Context> context_;
   SelectionTable table_;
+  int width_ = 0;
+  int height_ = 0;
+  mutable const unsigned char* pixels_ = nullptr;  // null while there may be something to flush
+  mutable std::ptrdiff_t stride_ = 0;
 };
 
 }  // namespace zemblar

@@ -18,14 +18,6 @@ constexpr int largest_pixmap = 32767;
 /// Beyond this many places the whole is drawn at once.
 constexpr std::size_t most_parts = 64;
 
-void clip_to(const Cairo::RefPtr<Cairo::Context>& context, const std::vector<PixelBox>& parts) {
-  context->begin_new_path();
-  for (const auto& part : parts) {
-    context->rectangle(part.left, part.top, part.right - part.left, part.bottom - part.top);
-  }
-  context->clip();
-}
-
 }  // namespace
 
 DiagramCanvas::DiagramCanvas(View& view, const Glib::ustring& hint) : view_(view), hint_(hint) {
@@ -75,7 +67,7 @@ void DiagramCanvas::on_view_changed() {
 void DiagramCanvas::on_object_changed(ViewObj& object) {
   if (dirty_) return;
   if (floats(object)) return queue_draw();
-  const auto context = Cairo::Context::create(image_);
+  const auto context = image_->measure();
   context->set_matrix(matrix_);
   auto& box = boxes_[&object];
   const auto former = std::exchange(box, box_of(context, object));
@@ -89,18 +81,20 @@ void DiagramCanvas::on_object_changed(ViewObj& object) {
 }
 
 bool DiagramCanvas::is_current() const {
-  if (dirty_ || !pixmap_) return false;
-  int width = 0;
-  int height = 0;
-  pixmap_->get_size(width, height);
-  return width == get_width() && height == get_height();
+  return !dirty_ && image_ && image_->has_size(shown_width(), shown_height());
+}
+
+int DiagramCanvas::shown_width() const {
+  return std::clamp(get_width(), 1, largest_pixmap);
+}
+
+int DiagramCanvas::shown_height() const {
+  return std::clamp(get_height(), 1, largest_pixmap);
 }
 
 void DiagramCanvas::update() {
-  const int width = std::clamp(get_width(), 1, largest_pixmap);
-  const int height = std::clamp(get_height(), 1, largest_pixmap);
   if (!is_current()) {
-    repaint(width, height);
+    repaint(shown_width(), shown_height());
   } else if (!stale_.empty()) {
     repaint_parts();
   }
@@ -109,7 +103,7 @@ void DiagramCanvas::update() {
 bool DiagramCanvas::on_expose_event(GdkEventExpose* event) {
   update();
   const auto& area = event->area;
-  get_window()->draw_drawable(get_style()->get_black_gc(), pixmap_, area.x, area.y, area.x, area.y,
+  get_window()->draw_drawable(get_style()->get_black_gc(), pixmap(), area.x, area.y, area.x, area.y,
                               area.width, area.height);
   if (!floating_.empty()) draw_floating(*event);
   return true;
@@ -141,13 +135,10 @@ void DiagramCanvas::draw_floating(const GdkEventExpose& event) {
 void DiagramCanvas::repaint(int width, int height) {
   ++repaints_.whole;
   place_view();
-  if (!image_ || image_->get_width() != width || image_->get_height() != height) {
-    image_ = Cairo::ImageSurface::create(Cairo::FORMAT_RGB24, width, height);
-    pixmap_ = Gdk::Pixmap::create(get_window(), width, height, -1);
-  }
-  boxes_.clear();
+  if (!image_ || !image_->has_size(width, height)) image_.emplace(get_window(), width, height);
+  if (boxes_.size() != view_.get_objects().size()) boxes_.clear();
   stale_.clear();
-  const auto context = Cairo::Context::create(image_);
+  const auto context = image_->context();
   paint_background(context);
   for (const auto& object : view_.get_objects()) {
     auto& shown = *object.operator->();
@@ -155,7 +146,7 @@ void DiagramCanvas::repaint(int width, int height) {
     if (!floats(shown)) draw_object(context, shown);
   }
   paint_hint(context);
-  upload({{0, 0, static_cast<double>(width), static_cast<double>(height)}});
+  image_->show({{0, 0, static_cast<double>(width), static_cast<double>(height)}});
   paint_tags();
   dirty_ = false;
 }
@@ -176,7 +167,7 @@ void DiagramCanvas::paint_background(const Context& context) {
 void DiagramCanvas::repaint_parts() {
   ++repaints_.parts;
   const auto parts = std::exchange(stale_, {});
-  const auto context = Cairo::Context::create(image_);
+  const auto context = image_->context();
   clip_to(context, parts);
   paint_background(context);
   context->reset_clip();
@@ -186,17 +177,8 @@ void DiagramCanvas::repaint_parts() {
     const auto met = [&box](const PixelBox& part) { return part.meets(box); };
     if (!floats(shown) && std::ranges::any_of(parts, met)) draw_object(context, shown);
   }
-  upload(parts);
+  image_->show(parts);
   for (const auto& part : parts) paint_tags_in(part);
-}
-
-void DiagramCanvas::upload(const std::vector<PixelBox>& parts) {
-  image_->flush();
-  const auto context = pixmap_->create_cairo_context();
-  clip_to(context, parts);
-  context->set_source(image_, 0, 0);
-  context->set_operator(Cairo::OPERATOR_SOURCE);
-  context->paint();
 }
 
 void DiagramCanvas::paint_hint(const Context& context) {
@@ -217,7 +199,7 @@ void DiagramCanvas::paint_hint(const Context& context) {
 // --- Tags ---
 
 void DiagramCanvas::paint_tags() {
-  tags_.begin(image_->get_width(), image_->get_height(), matrix_);
+  tags_.begin(shown_width(), shown_height(), matrix_);
   for (const auto& object : view_.get_objects()) {
     auto& shown = *object.operator->();
     if (!floats(shown)) draw_tags(tags_.context(), shown, tags_.table());

@@ -1,13 +1,14 @@
 #pragma once
 
-#include <gdkmm/pixmap.h>
 #include <gtkmm/drawingarea.h>
 
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
 #include "diagram/view.h"
 #include "runtime/scoped_connection.h"
+#include "ui/canvas_image.h"
 
 namespace zemblar {
 
@@ -28,8 +29,9 @@ class DiagramCanvas : public Gtk::DrawingArea {
   /// The place of the view that is under a place of the canvas, and back.
   [[nodiscard]] Vector to_view(const Vector& place) const;
   [[nodiscard]] Vector to_canvas(const Vector& place) const;
-  /// What is under a place of the canvas; null for nothing.
-  [[nodiscard]] std::shared_ptr<const ViewTag> hit(double x, double y) const {
+  /// What is under a place of the canvas; null for nothing. Who keeps it beyond the next update
+  /// copies it.
+  [[nodiscard]] const std::shared_ptr<const ViewTag>& hit(double x, double y) const {
     return tags_.hit(x, y);
   }
 
@@ -43,7 +45,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
   [[nodiscard]] const Repaints& repaints() const { return repaints_; }
   /// Brings image, pixmap and tags up to date; does nothing when they are.
   void update();
-  [[nodiscard]] const Glib::RefPtr<Gdk::Pixmap>& pixmap() const { return pixmap_; }
+  /// What is shown; only after an update.
+  [[nodiscard]] const Glib::RefPtr<Gdk::Pixmap>& pixmap() const { return image_->pixmap(); }
 
  protected:
   using Context = Cairo::RefPtr<Cairo::Context>;
@@ -80,10 +83,11 @@ class DiagramCanvas : public Gtk::DrawingArea {
   void repaint_parts();
   void paint_background(const Context& context);
   void paint_hint(const Context& context);
-  void upload(const std::vector<PixelBox>& parts);
   void paint_tags();
   void paint_tags_in(const PixelBox& part);
   [[nodiscard]] bool is_current() const;
+  [[nodiscard]] int shown_width() const;
+  [[nodiscard]] int shown_height() const;
   [[nodiscard]] bool floats(const ViewObj& object) const;
   void draw_floating(const GdkEventExpose& event);
 
@@ -94,8 +98,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
   Cairo::Matrix matrix_ = Cairo::identity_matrix();
 
   bool dirty_ = true;
-  Cairo::RefPtr<Cairo::ImageSurface> image_;  // where it is drawn; what is shown is the pixmap
-  Glib::RefPtr<Gdk::Pixmap> pixmap_;
+  std::optional<CanvasImage> image_;  // none before the first update
   TagImage tags_;
   std::size_t whole_table_ = 0;  // how many tags a whole picture has
   std::unordered_map<const ViewObj*, PixelBox> boxes_;
