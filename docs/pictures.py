@@ -1,7 +1,9 @@
 #!/usr/bin/python3
 """Takes the pictures in docs/images. scripts/pictures calls it.
 
-    pictures.py FOLDER PROGRAM [ARGUMENT...]
+    pictures.py FOLDER windows|club PROGRAM [ARGUMENT...]
+
+The first set is of the small layout, the second of the large one, for which it takes a large screen.
 """
 
 import os
@@ -12,8 +14,10 @@ import time
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), '..', 'tests', 'e2e'))
 from zemblar_ui import Program, screenshot, wait_for  # noqa: E402
 
+TRACK_VIEW = 'Zemblar 0.1 — Track View'
 SPLASH = 5.5  # seconds until it has gone
 STOPPED = 4  # seconds until block control has stopped the train
+RUNNING = 5  # seconds until trains that have left are between two stations
 
 
 def take(folder, name, box=None):
@@ -25,21 +29,20 @@ def take(folder, name, box=None):
     subprocess.run(['convert', path, *crop, '-colors', '200', path], check=True)
 
 
-def frame_of(window, title=24, edge=2):
-    x, y, width, height = window.extents()
-    return x - edge, y - title, width + 2 * edge, height + title + edge
-
-
 def activate(title):
     subprocess.run(['xdotool', 'search', '--name', title, 'windowactivate', '--sync'], check=True)
 
 
-def drive_with_throttle(program, throttle):
-    throttle.find('push button', '(None)').press()
-    program.application().find('menu item', 'Express 103').press()
+def minimize(*titles):
+    for title in titles:
+        subprocess.run(['xdotool', 'search', '--name', title, 'windowminimize'], check=True)
+
+
+def drive(program, throttle, name, speed, former='(None)'):
+    throttle.find('push button', former).press()
+    program.application().find('menu item', name).press()
     wait_for(lambda: throttle.find('slider', 'Speed').sensitive)
-    throttle.find('slider', 'Speed').set_value(84)
-    throttle.find('toggle button', 'Light').press()
+    throttle.find('slider', 'Speed').set_value(speed)
 
 
 def show(editor, name):
@@ -49,28 +52,71 @@ def show(editor, name):
     editor.find('tree table', 'Objects').select_row(name)
 
 
-def main(folder, *command):
+def windows(folder, program):
+    editor = program.window('Zemblar 0.1 — Track Editor')
+    throttle = program.window('Throttle')
+    time.sleep(SPLASH)
+    show(editor, 'Express 103')
+    subprocess.run(['xdotool', 'search', '--name', 'Throttle', 'windowmove', '200', '300'],
+                   check=True)
+    drive(program, throttle, 'Express 103', 84)
+    throttle.find('toggle button', 'Light').press()
+    activate('Throttle')
+    take(folder, 'throttle', throttle.extents())
+    time.sleep(STOPPED)
+    take(folder, 'overview')
+    minimize('Throttle')
+    show(editor, 'East Point')
+    activate('Track Editor')
+    take(folder, 'track-editor', editor.extents())
+    # The tray stands in the upper right corner.
+    width = int(os.environ['ZEMBLAR_SCREEN'].split('x')[0])
+    subprocess.run(['xdotool', 'mousemove', str(width - 12), '14', 'click', '3'], check=True)
+    take(folder, 'tray-menu', (width - 260, 0, 260, 320))
+    subprocess.run(['xdotool', 'key', 'Escape'], check=True)
+    drive(program, throttle, 'Local 24', 70, 'Express 103')
+    time.sleep(RUNNING)
+    show_track_view(program)
+    # One signal shows that the way is free.
+    click(program, 'Station', 211, 188)
+    take(folder, 'track-view', program.window(TRACK_VIEW).extents())
+
+
+def club(folder, program):
+    throttle = program.window('Throttle')
+    time.sleep(SPLASH)
+    drive(program, throttle, 'Express 103', 100)
+    drive(program, throttle, 'Local 24', 90, 'Express 103')
+    show_track_view(program)
+    # The clicks of somebody who lets trains leave.
+    for place in ((411, 217), (411, 217), (-417, -217), (411, 281)):
+        click(program, 'Main Line', *place)
+        time.sleep(0.6)
+    time.sleep(RUNNING)
+    take(folder, 'track-view-club', program.window(TRACK_VIEW).extents())
+
+
+def show_track_view(program):
+    """The tray would lie over its upper right corner."""
+    minimize('Throttle', 'Track Editor')
+    subprocess.run(['xdotool', 'search', '--class', 'trayer', 'windowunmap', '%@'],
+                   check=True)
+    activate('Track View')
+    program.window(TRACK_VIEW)
+
+
+def click(program, view, x, y):
+    """At a place of the view, whose origin is in the middle."""
+    canvas = wait_for(lambda: [item for item in program.window(TRACK_VIEW).walk()
+                               if item.name == view and item.role != 'page tab'])[0]
+    left, top, width, height = canvas.extents()
+    subprocess.run(['xdotool', 'mousemove', str(left + width // 2 + x), str(top + height // 2 + y),
+                    'click', '1'], check=True)
+
+
+def main(folder, which, *command):
     with Program(*command) as program:
-        editor = program.window('Zemblar 0.1 — Track Editor')
-        throttle = program.window('Throttle')
-        time.sleep(SPLASH)
-        show(editor, 'Express 103')
-        subprocess.run(['xdotool', 'search', '--name', 'Throttle', 'windowmove', '200', '300'],
-                       check=True)
-        drive_with_throttle(program, throttle)
-        activate('Throttle')
-        take(folder, 'throttle', frame_of(throttle))
-        time.sleep(STOPPED)
-        take(folder, 'overview')
-        subprocess.run(['xdotool', 'search', '--name', 'Throttle', 'windowminimize'], check=True)
-        show(editor, 'East Point')
-        activate('Track Editor')
-        take(folder, 'track-editor', frame_of(editor))
-        # The tray stands in the upper right corner.
-        width = int(os.environ['ZEMBLAR_SCREEN'].split('x')[0])
-        subprocess.run(['xdotool', 'mousemove', str(width - 12), '14', 'click', '3'], check=True)
-        take(folder, 'tray-menu', (width - 260, 0, 260, 320))
-        subprocess.run(['xdotool', 'key', 'Escape'], check=True)
+        {'windows': windows, 'club': club}[which](folder, program)
 
 
 main(*sys.argv[1:])
