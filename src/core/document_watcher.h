@@ -14,6 +14,8 @@ class DocumentWatcher {
   virtual void before_change(Object& object) = 0;
   /// The object is about to end, with all below it.
   virtual void before_end(Object& object) = 0;
+  /// Everybody has let go of the object.
+  virtual void ended(const Object& object) = 0;
   /// The object has been put into the current layout; nobody else has heard of it yet.
   virtual void added(Object& object) = 0;
 

@@ -16,4 +16,35 @@ Object* EntryChange::object_of(const YAML::Node& node) {
   return Layout::get().find_id(number);
 }
 
+namespace {
+
+/// The entry of that number in a list; undefined when there is none.
+YAML::Node entry_with(const YAML::Node& list, const std::string& number) {
+  for (const auto& entry : list) {
+    if (entry["id"].Scalar() == number) return entry;
+  }
+  return YAML::Node(YAML::NodeType::Undefined);
+}
+
+}  // namespace
+
+void restore_children(Object& parent, const YAML::Node& from, const YAML::Node& to,
+                      const std::function<void(const YAML::Node& entry, unsigned place)>& make) {
+  for (const auto& entry : from) {
+    auto* child = EntryChange::object_at<Object>(entry["id"]);
+    const bool stays = entry_with(to, entry["id"].Scalar()).IsDefined();
+    if (child && !stays && child->get_parent() == &parent) child->destroy();
+  }
+  unsigned place = 0;
+  for (const auto& entry : to) {
+    auto* child = EntryChange::object_at<Object>(entry["id"]);
+    if (!child) {
+      make(entry, place);
+    } else if (const auto former = entry_with(from, entry["id"].Scalar()); former.IsDefined()) {
+      child->restore({former, entry});
+    }
+    ++place;
+  }
+}
+
 }  // namespace zemblar

@@ -2,6 +2,7 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include <functional>
 #include <string>
 
 #include "core/layout.h"
@@ -13,11 +14,14 @@ namespace zemblar {
 /// the objects that entries refer to can be found.
 class EntryChange {
  public:
-  EntryChange(YAML::Node from, YAML::Node to) : from_(std::move(from)), to_(std::move(to)) {}
+  EntryChange(const YAML::Node& from, const YAML::Node& to) : from_(from), to_(to) {}
 
   /// Whether the key, with all below it, says something else.
   [[nodiscard]] bool differs(const char* key) const;
-  /// What the later one has there.
+  /// The later one.
+  [[nodiscard]] const YAML::Node& entry() const { return to_; }
+  [[nodiscard]] const YAML::Node& former() const { return from_; }
+  /// What it has there.
   [[nodiscard]] YAML::Node at(const char* key) const { return to_[key]; }
   /// The same change of a part of both.
   [[nodiscard]] EntryChange below(const char* key) const { return {from_[key], to_[key]}; }
@@ -47,5 +51,11 @@ class EntryChange {
   YAML::Node from_;
   YAML::Node to_;
 };
+
+/// Makes the children of `parent` those that the later one of two lists of entries has: `make` puts
+/// one that is missing at its place, the others are restored. Those not in the list end before, so
+/// that their names are free.
+void restore_children(Object& parent, const YAML::Node& from, const YAML::Node& to,
+                      const std::function<void(const YAML::Node& entry, unsigned place)>& make);
 
 }  // namespace zemblar

@@ -124,6 +124,7 @@ void Object::destroy() {
   if (auto* parent = get_parent()) parent->signal_child_removed_.emit(this);
   if (Layout::exists()) Layout::get().signal_object_removed().emit(this);
   leave_parent();
+  if (auto* watcher = DocumentWatcher::get()) watcher->ended(*this);
   delete this;
 }
 

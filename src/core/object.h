@@ -80,6 +80,9 @@ class Object : public Glib::Object {
   /// The child of that name, or null; in constant time.
   [[nodiscard]] Object* find_child(const Glib::ustring& name) const;
 
+  /// Said before anything changes that belongs to the object's entry in a file.
+  void before_change();
+
   /// Whether `child` may be dropped here in an object list.
   [[nodiscard]] virtual bool can_contain(Object* child) const;
   [[nodiscard]] virtual bool get_deletable() const { return true; }
@@ -116,8 +119,6 @@ class Object : public Glib::Object {
   void load_identity(const YAML::Node& node);
   /// Writes the keys `name` and `id`.
   void save_identity(YAML::Emitter& out) const;
-  /// Told before anything changes that belongs to the object's entry in a file.
-  void before_change();
   /// Changes the name without notification.
   void replace_name(const Glib::ustring& name) { name_ = name; }
 

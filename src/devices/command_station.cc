@@ -1,5 +1,6 @@
 #include "devices/command_station.h"
 
+#include "core/entry_change.h"
 #include "core/layout.h"
 #include "core/property.h"
 #include "devices/default_device.h"
@@ -19,11 +20,17 @@ void CommandStation::on_deleting() {
 
 void CommandStation::set_use_as_default(bool on) {
   if (on == use_as_default_) return;
+  before_change();
   use_as_default_ = on;
   on ? join_default() : leave_default();
   notify_property(*this, default_property_);
   // Those whom nobody served until now.
   if (on && active()) signal_in_service().emit(*this);
+}
+
+void CommandStation::restore(const EntryChange& change) {
+  Device::restore(change);
+  change.read<bool>("use-as-default", [this](bool on) { set_use_as_default(on); });
 }
 
 void CommandStation::join_default() {

@@ -15,6 +15,7 @@ class CommandStation : public Device {
   [[nodiscard]] bool get_use_as_default() const { return use_as_default_; }
   /// Takes effect at once.
   void set_use_as_default(bool on);
+  void restore(const EntryChange& change) override;
 
   /// "DCC/Power" fully; "DCC" and all else of it partly.
   [[nodiscard]] int supports(std::string_view feature) const override;

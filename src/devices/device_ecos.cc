@@ -4,6 +4,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include "core/document_class.h"
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/property.h"
@@ -64,6 +65,11 @@ void ECoS::save(YAML::Emitter& out) const {
   out << YAML::EndMap;
 }
 
+void ECoS::restore(const EntryChange& change) {
+  CommandStation::restore(change);
+  change.read<Glib::ustring>("host", [this](const auto& host) { set_host(host); });
+}
+
 // What the fibers still wait for completes in a later turn of the main loop and finds the socket,
 // which they hold, and the mark of a device that is gone.
 void ECoS::on_deleting() {
@@ -77,6 +83,7 @@ void ECoS::on_deleting() {
 
 void ECoS::set_host(const Glib::ustring& host) {
   if (host.raw() == host_.raw()) return;
+  before_change();
   connect_cancel_->cancel();
   host_ = host;
   notify_property(*this, "host");

@@ -44,6 +44,7 @@ class ECoS : public CommandStation {
   explicit ECoS(const YAML::Node& node, const Glib::RefPtr<Socket>& socket = Socket::create());
   ~ECoS() override;
   void save(YAML::Emitter& out) const override;
+  void restore(const EntryChange& change) override;
 
   /// Name or address of the station, with ":port" if the port is not `default_port`.
   [[nodiscard]] const Glib::ustring& get_host() const { return host_; }

@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
@@ -62,6 +63,17 @@ void DeviceTessaraBus::save(YAML::Emitter& out) const {
     out << YAML::EndSeq;
   }
   out << YAML::EndMap;
+}
+
+void DeviceTessaraBus::restore(const EntryChange& change) {
+  DeviceTessara::restore(change);
+  if (!change.differs("devices")) return;
+  const auto devices = change.below("devices");
+  restore_children(*this, devices.former(), devices.entry(),
+                   [this](const YAML::Node& entry, unsigned place) {
+                     const auto* device_class = TessaraClass::find(entry.Tag());
+                     if (device_class) insert(device_class->load(entry, this), place);
+                   });
 }
 
 void DeviceTessaraBus::on_deleting() {

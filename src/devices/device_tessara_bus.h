@@ -25,6 +25,7 @@ class DeviceTessaraBus : public DeviceTessara {
   explicit DeviceTessaraBus(const YAML::Node& node, DeviceTessaraBus* bus = nullptr);
   ~DeviceTessaraBus() override;
   void save(YAML::Emitter& out) const override;
+  void restore(const EntryChange& change) override;
 
   [[nodiscard]] bool get_scanning() const { return scan_address_ >= 0; }
   /// Begins a scan at the first address, or ends the one that is running.

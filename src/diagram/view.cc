@@ -2,16 +2,19 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
 #include "core/document_class.h"
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/property.h"
 #include "core/status.h"
 #include "core/yaml_io.h"
 #include "diagram/colour.h"
+#include "diagram/diagram_watcher.h"
 #include "diagram/view_class.h"
 
 namespace zemblar {
@@ -86,30 +89,59 @@ void View::on_deleting() {
 // --- Objects ---
 
 void View::add_object(ViewObj* object) {
-  objects_.push_back(Glib::RefPtr<ViewObj>(object));
+  insert_object(object, objects_.size());
+}
+
+void View::insert_object(ViewObj* object, std::size_t place) {
+  const auto at = static_cast<std::ptrdiff_t>(std::min(place, objects_.size()));
+  objects_.insert(objects_.begin() + at, Glib::RefPtr<ViewObj>(object));
   object->set_view(this);
+  if (auto* watcher = DiagramWatcher::get()) watcher->added(*object);
 }
 
 void View::remove_object(ViewObj* object) {
+  if (place_of(object) == objects_.size()) return;
+  auto* watcher = DiagramWatcher::get();
+  if (watcher) watcher->before_removal(*object);
   const auto held = hold(object);
-  if (std::erase(objects_, held) == 0) return;
+  object->on_leaving();
+  std::erase(objects_, held);
   object->set_view(nullptr);
+  if (watcher) watcher->removed(*object);
   object_changed(nullptr);
+}
+
+std::size_t View::place_of(const ViewObj* object) const {
+  return static_cast<std::size_t>(
+      std::ranges::find(objects_, object, [](auto& one) { return one.operator->(); }) -
+      objects_.begin());
 }
 
 void View::move_to_top(ViewObj* object) {
-  move_object(object, true);
+  move_to(object, objects_.size());
 }
 
 void View::move_to_bottom(ViewObj* object) {
-  move_object(object, false);
+  move_to(object, 0);
 }
 
-void View::move_object(ViewObj* object, bool to_top) {
+void View::move_to(ViewObj* object, std::size_t place) {
+  if (place_of(object) == objects_.size()) return;
+  if (auto* watcher = DiagramWatcher::get()) watcher->before_move(*object);
   const auto held = hold(object);
-  if (std::erase(objects_, held) == 0) return;
-  objects_.insert(to_top ? objects_.end() : objects_.begin(), held);
+  std::erase(objects_, held);
+  const auto at = static_cast<std::ptrdiff_t>(std::min(place, objects_.size()));
+  objects_.insert(objects_.begin() + at, held);
   object_changed(nullptr);
+}
+
+unsigned View::number_of(const ViewObj* object) const {
+  return numbers_ ? numbers_->number_of(object) : static_cast<unsigned>(place_of(object));
+}
+
+ViewObj* View::find_number(unsigned number) const {
+  if (numbers_) return numbers_->find(number);
+  return number < objects_.size() ? objects_[number].operator->() : nullptr;
 }
 
 void View::object_changed(ViewObj* object) {
@@ -122,6 +154,7 @@ void View::object_changed(ViewObj* object) {
 
 void View::set_colour(const Gdk::Color& colour) {
   if (colour == colour_) return;
+  before_change();
   colour_ = colour;
   notify_property(*this, "colour");
 }
@@ -134,6 +167,7 @@ double View::get_ink() const {
 
 void View::set_hidden(bool hidden) {
   if (hidden == hidden_) return;
+  before_change();
   hidden_ = hidden;
   notify_property(*this, "hidden");
 }
@@ -151,6 +185,7 @@ void View::set_height(double height) {
 }
 
 void View::set_image(const std::string& path) {
+  if (path != image_.path()) before_change();
   image_.load(path);
   signal_image_changed_.emit();
   object_changed(nullptr);
@@ -173,16 +208,37 @@ void View::fit_to_image(double& extent, unsigned& offset, int image_extent, cons
 
 void View::save(YAML::Emitter& out) const {
   out << YAML::LocalTag("view") << YAML::BeginMap;
-  save_identity(out);
-  out << YAML::Key << "colour" << YAML::Value << colour_;
-  out << YAML::Key << "image" << YAML::Value << image_.path();
-  out << YAML::Key << "hidden" << YAML::Value << hidden_;
+  save_settings(out);
   if (!objects_.empty()) {
     out << YAML::Key << "objects" << YAML::Value << YAML::BeginSeq;
     for (const auto& object : objects_) object->save(out);
     out << YAML::EndSeq;
   }
   out << YAML::EndMap;
+}
+
+void View::save_settings(YAML::Emitter& out) const {
+  save_identity(out);
+  out << YAML::Key << "colour" << YAML::Value << colour_;
+  out << YAML::Key << "image" << YAML::Value << image_.path();
+  out << YAML::Key << "hidden" << YAML::Value << hidden_;
+}
+
+void View::save_alone(YAML::Emitter& out) const {
+  out << YAML::LocalTag("view") << YAML::BeginMap;
+  save_settings(out);
+  out << YAML::EndMap;
+}
+
+void View::restore(const EntryChange& change) {
+  Object::restore(change);
+  if (change.differs("colour")) {
+    Gdk::Color colour;
+    change.at("colour") >> colour;
+    set_colour(colour);
+  }
+  change.read<std::string>("image", [this](const auto& path) { set_image(path); });
+  change.read<bool>("hidden", [this](bool hidden) { set_hidden(hidden); });
 }
 
 }  // namespace zemblar

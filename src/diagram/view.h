@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/object.h"
+#include "core/object_numbers.h"
 #include "diagram/background_image.h"
 #include "diagram/view_object.h"
 
@@ -48,10 +49,22 @@ class View : public Object {
   [[nodiscard]] const Objects& get_objects() const { return objects_; }
   /// On top of the others. The view owns it from now on.
   void add_object(ViewObj* object);
+  /// The same at a place in the order of drawing; on top when there are fewer.
+  void insert_object(ViewObj* object, std::size_t place);
   /// Ends it; what it shows stays.
   void remove_object(ViewObj* object);
   void move_to_top(ViewObj* object);
   void move_to_bottom(ViewObj* object);
+  void move_to(ViewObj* object, std::size_t place);
+  /// Its place in the order of drawing, counted from 0; `get_objects().size()` for none of these.
+  [[nodiscard]] std::size_t place_of(const ViewObj* object) const;
+
+  /// How entries of diagram objects refer to each other from now on: by these numbers, or for null
+  /// by their place, as in files.
+  static void use_numbers(NumberTable<ViewObj>* numbers) { numbers_ = numbers; }
+  [[nodiscard]] unsigned number_of(const ViewObj* object) const;
+  /// Null for none.
+  [[nodiscard]] ViewObj* find_number(unsigned number) const;
   /// One object has to be drawn again, or everything: `signal_changed` comes, and
   /// `changed_object` says which meanwhile.
   void object_changed(ViewObj* object);
@@ -60,6 +73,9 @@ class View : public Object {
   [[nodiscard]] ViewObj* changed_object() const { return changed_object_; }
 
   void save(YAML::Emitter& out) const override;
+  /// Its entry without the objects.
+  void save_alone(YAML::Emitter& out) const;
+  void restore(const EntryChange& change) override;
 
   Glib::PropertyProxy<Gdk::Color> property_colour() { return {this, "colour"}; }
   Glib::PropertyProxy<bool> property_hidden() { return {this, "hidden"}; }
@@ -78,8 +94,10 @@ class View : public Object {
  private:
   void read_objects(const YAML::Node& entries);
   void drop_incomplete_objects();
-  void move_object(ViewObj* object, bool to_top);
+  void save_settings(YAML::Emitter& out) const;
   void fit_to_image(double& extent, unsigned& offset, int image_extent, const char* property);
+
+  static inline NumberTable<ViewObj>* numbers_ = nullptr;
 
   BackgroundImage image_;
   Gdk::Color colour_;

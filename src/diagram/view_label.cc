@@ -69,6 +69,7 @@ void ViewLabel::save(YAML::Emitter& out) const {
 
 void ViewLabel::set_align(Anchor align) {
   if (align == align_ || align == Anchor::Centre) return;
+  before_change();
   align_ = align;
   notify_property(*this, "align");
   changed();

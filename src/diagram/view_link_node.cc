@@ -47,6 +47,8 @@ bool ViewLinkNode::can_connect(const ViewLinkNode& other) const {
 
 void ViewLinkNode::connect(ViewLinkNode& other) {
   if (!can_connect(other)) return;
+  before_change();
+  other.before_change();
   // The links tell of it while they are being joined, when the nodes are not yet.
   if (block_link_ && other.block_link_) block_link_->connect(other.block_link_);
   link_ = &other;
@@ -59,8 +61,10 @@ void ViewLinkNode::connect(ViewLinkNode& other) {
 }
 
 void ViewLinkNode::disconnect() {
+  if (!link_) return;
+  before_change();
+  link_->before_change();
   auto* partner = std::exchange(link_, nullptr);
-  if (!partner) return;
   partner->link_ = nullptr;
   partner->refresh();
   partner->redraw();
@@ -111,7 +115,9 @@ Vector ViewLinkNode::get_path_direction() const {
 void ViewLinkNode::set_locked(bool on) {
   if (link_ && link_->has_neighbour()) return;
   ViewNode::set_locked(on);
-  if (link_) link_->locked_ = locked_;
+  if (!link_) return;
+  link_->before_change();
+  link_->locked_ = locked_;
 }
 
 Gtk::MenuItem* ViewLinkNode::get_menu_item() {
@@ -122,6 +128,7 @@ void ViewLinkNode::drag(Part part, const Vector& position) {
   ViewNode::drag(part, position);
   if (!link_) return;
   if (part == body) {
+    link_->before_change();
     link_->pos = pos;
     link_->moved();
   }
@@ -140,11 +147,9 @@ void ViewLinkNode::save_more(YAML::Emitter& out) const {
   const auto& node = *link_;
   assert(node.get_object());
   assert(node.get_object()->get_view());
-  const auto& objects = node.get_object()->get_view()->get_objects();
-  const auto id = static_cast<std::size_t>(
-      std::ranges::find(objects, node.get_object(), [](const auto& o) { return o.operator->(); }) -
-      objects.begin());
-  assert(id < objects.size());
+  const auto& view = *node.get_object()->get_view();
+  assert(view.place_of(node.get_object()) < view.get_objects().size());
+  const auto id = view.number_of(node.get_object());
   const auto* link = node.block_link_;
   assert(link);
   assert(link->get_block());
@@ -173,9 +178,8 @@ void ViewLinkNode::load(const YAML::Node& node) {
 bool ViewLinkNode::connect_to(int object_index, const std::string& link_name) {
   const auto* view = get_object() ? get_object()->get_view() : nullptr;
   if (!view || object_index < 0) return false;
-  const auto index = static_cast<std::size_t>(object_index);
-  if (index >= view->get_objects().size()) return false;
-  auto* other = view->get_objects()[index]->get_link_node(link_name);
+  auto* object = view->find_number(static_cast<unsigned>(object_index));
+  auto* other = object ? object->get_link_node(link_name) : nullptr;
   if (!other || !can_connect(*other)) return false;
   connect(*other);
   return true;

@@ -42,11 +42,15 @@ void ViewNode::set_object(ViewObj* object) {
 
 void ViewNode::set_left_node(ViewNode* node) {
   if (node == left_node_) return;
+  before_change();
+  if (left_node_) left_node_->before_change();
+  if (node) node->before_change();
   if (auto* former = std::exchange(left_node_, node)) {
     former->right_node_ = nullptr;
     former->refresh();
   }
   if (node) {
+    if (node->right_node_) node->right_node_->before_change();
     if (auto* other = std::exchange(node->right_node_, this)) other->left_node_ = nullptr;
     locked_ = false;
     node->locked_ = false;
@@ -71,6 +75,7 @@ void ViewNode::refresh() {
 
 void ViewNode::turn(const Vector& direction) {
   if (direction == dir) return;
+  before_change();
   dir = direction;
   if (object_) object_->changed();
 }
@@ -85,7 +90,12 @@ bool ViewNode::is_locked() const {
   return has_neighbour() || locked_;
 }
 
+void ViewNode::before_change() const {
+  if (object_) object_->before_change();
+}
+
 void ViewNode::set_locked(bool on) {
+  before_change();
   locked_ = on && !has_neighbour();
 }
 
@@ -104,6 +114,7 @@ Gtk::MenuItem* ViewNode::make_lock_item() {
 // --- Dragging ---
 
 void ViewNode::drag(Part part, const Vector& position) {
+  before_change();
   const auto delta = position - pos;
   if (part == body) {
     pos = position;
@@ -129,11 +140,13 @@ void ViewNode::drag_handle(double& length, const Vector& delta) {
 }
 
 void ViewNode::set_left_handle(double length) {
+  before_change();
   has_left = true;
   left = std::max(length, shortest_handle);
 }
 
 void ViewNode::set_right_handle(double length) {
+  before_change();
   has_right = true;
   right = std::max(length, shortest_handle);
 }

@@ -93,6 +93,8 @@ class ViewNode : public sigc::trackable {
   bool has_right = false;
 
  protected:
+  /// Said before anything changes that its object's entry holds of it.
+  void before_change() const;
   /// Gives it another direction, and has all drawn again that shows it.
   virtual void turn(const Vector& direction);
   [[nodiscard]] virtual std::shared_ptr<const ViewTag> make_tag(Part part);

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "diagram/diagram_watcher.h"
 #include "diagram/view.h"
 
 namespace zemblar {
@@ -14,7 +15,6 @@ void ViewObj::set_view(View* view) {
   if (view == view_) return;
   if (view_) view_->signal_object_removed().emit(this);
   view_ = view;
-  if (!view_) on_left_view();
   if (view_) view_->signal_object_added().emit(this);
 }
 
@@ -43,11 +43,13 @@ void ViewObj::drag_start(const ViewTag& /*tag*/, const Vector& position) {
 }
 
 void ViewObj::drag_move(const ViewTag& /*tag*/, const Vector& position) {
+  before_change();
   move_by(position - std::exchange(dragged_from_, position));
   changed();
 }
 
 void ViewObj::drag_right(const Vector& position) {
+  before_change();
   move_by(position - get_place());
   changed();
 }
@@ -62,6 +64,11 @@ void ViewObj::move_to_bottom() {
 
 void ViewObj::remove() {
   if (view_) view_->remove_object(this);
+}
+
+void ViewObj::before_change() {
+  auto* watcher = DiagramWatcher::get();
+  if (view_ && watcher) watcher->before_change(*this);
 }
 
 void ViewObj::changed() {

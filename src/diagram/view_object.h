@@ -61,6 +61,9 @@ class ViewObj : public Glib::Object {
   /// Null for a name that no end of its track has.
   [[nodiscard]] virtual ViewLinkNode* get_link_node(const std::string& /*name*/) { return nullptr; }
 
+  /// It is about to leave its view, though somebody may still hold it.
+  virtual void on_leaving() {}
+
   /// Changes the order of drawing.
   void move_to_top();
   void move_to_bottom();
@@ -68,15 +71,14 @@ class ViewObj : public Glib::Object {
   void remove();
   /// What it shows has changed, and nothing else.
   void changed();
+  /// Said before anything changes that belongs to its entry in a file.
+  void before_change();
 
  protected:
   ViewObj() = default;
 
   /// From now on it shows that object, and ends with it.
   void follow_end(zemblar::Object& object);
-
-  /// It is in no view any more, though somebody may still hold it.
-  virtual void on_left_view() {}
 
   virtual void draw_plain(const Context& context, bool selected) = 0;
   /// Moves the whole.

@@ -120,6 +120,7 @@ bool ViewPoint::shows(const PointState& state) const {
 
 void ViewPoint::add_state(PointState& state) {
   if (shows(state)) return;
+  before_change();
   const auto place = static_cast<double>(legs_.size()) * leg_distance;
   auto& leg = add_leg();
   leg.node.pos = common_.pos + Vector{2 * half_length, place};
@@ -132,6 +133,7 @@ void ViewPoint::remove_state(const zemblar::Object* state) {
   const auto leg = std::ranges::find_if(legs_, [=](auto& one) { return one->state == state; });
   if (leg == legs_.end()) return;
   // Its node tells whom it is joined to when it goes, and must be out of the list by then.
+  before_change();
   const auto ended = std::move(*leg);
   legs_.erase(leg);
   join_neighbours();

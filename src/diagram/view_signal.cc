@@ -62,6 +62,7 @@ void ViewSignal::save(YAML::Emitter& out) const {
 
 void ViewSignal::set_anchor(Anchor anchor) {
   if (anchor == anchor_) return;
+  before_change();
   anchor_ = anchor;
   notify_property(*this, "anchor");
   changed();
@@ -73,6 +74,7 @@ void ViewSignal::set_anchor_number(int anchor) {
 
 void ViewSignal::set_angle(double angle) {
   if (angle == angle_) return;
+  before_change();
   angle_ = angle;
   notify_property(*this, "angle");
   changed();

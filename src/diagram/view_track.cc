@@ -36,7 +36,7 @@ void Occupancy::set_colour(const Cairo::RefPtr<Cairo::Context>& context) const {
 
 // --- Nodes and segments ---
 
-void ViewTrack::on_left_view() {
+void ViewTrack::on_leaving() {
   for (auto* end : ends()) end->disconnect();
 }
 
@@ -71,6 +71,7 @@ bool ViewTrack::uses_handle(const ViewNode* node, bool right) {
 }
 
 void ViewTrack::make_straight(const ViewSegment& segment) {
+  before_change();
   *segment.straight = true;
   if (!uses_handle(segment.start, true)) segment.start->has_right = false;
   if (!uses_handle(segment.end, false)) segment.end->has_left = false;
@@ -80,6 +81,7 @@ void ViewTrack::make_straight(const ViewSegment& segment) {
 
 void ViewTrack::make_curved(const ViewSegment& segment) {
   if (!*segment.straight) return;
+  before_change();
   auto& [start, end, straight] = segment;
   const auto third = (end->pos - start->pos) / 3;
   *straight = false;
@@ -175,6 +177,7 @@ void ViewTrack::drag_move(const ViewTag& tag, const Vector& position) {
 
 // Ends that are joined take their partners along.
 void ViewTrack::move_by(const Vector& delta) {
+  before_change();
   for (auto* node : inner_nodes()) node->pos += delta;
   for (auto* node : ends()) node->drag(ViewNode::body, node->pos + delta);
 }

@@ -29,6 +29,8 @@ class ViewTrack : public ViewObj {
   void drag_move(const ViewTag& tag, const Vector& position) override;
   [[nodiscard]] std::vector<ViewObj*> dependants() override;
 
+  /// Its ends are free; the blocks stay joined.
+  void on_leaving() override;
   /// In an order that stays while no nodes come or go.
   [[nodiscard]] virtual std::vector<ViewSegment> segments() = 0;
   /// "Straight Line": the two nodes become neighbours, where they have room for it.
@@ -43,8 +45,6 @@ class ViewTrack : public ViewObj {
   /// How its track runs; each from the left, or from the common end.
   [[nodiscard]] virtual std::vector<TrackPath> tracks() = 0;
 
-  /// Its ends are free; the blocks stay joined.
-  void on_left_view() override;
   void draw_plain(const Context& context, bool selected) override;
   void move_by(const Vector& delta) override;
   [[nodiscard]] Vector get_place() override;

@@ -91,6 +91,7 @@ std::vector<ViewSegment> ViewZone::segments() {
 
 void ViewZone::add_node(unsigned segment) {
   if (segment >= straight_.size()) return;
+  before_change();
   const auto divided = segments()[segment];
   const bool straight = *divided.straight;
   const auto middle = middle_of({{divided.start}, {divided.end, straight}});
@@ -114,6 +115,7 @@ void ViewZone::add_node(unsigned segment) {
 
 void ViewZone::delete_node(unsigned index) {
   if (index >= inner_.size()) return;
+  before_change();
   const auto both = segments();
   auto* start = both[index].start;
   auto* end = both[index + 1].end;

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <stdexcept>
 
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/yaml_io.h"
@@ -77,6 +78,20 @@ void Decoder::save(YAML::Emitter& out) const {
     out << shortest_text(speed_ratio_);
   }
   out << YAML::EndMap;
+}
+
+void Decoder::restore(const YAML::Node& node) {
+  auto settings = YAML::Clone(node);
+  settings.remove("device");
+  const auto wanted = Glib::RefPtr<Decoder>(new Decoder(settings));
+  set_type(wanted->type_);
+  set_device(EntryChange::object_at<Device>(node["device"]));
+  set_address(wanted->address_);
+  const auto speed = node["speed"];
+  set_commands_enabled(speed && !speed.IsNull());
+  if (!commands_enabled_) return;
+  set_reverse(wanted->reverse_);
+  set_speed_ratio(wanted->speed_ratio_);
 }
 
 // --- What is wanted ---
@@ -151,6 +166,7 @@ Device& Decoder::driving_device() const {
 
 void Decoder::set_device(Device* device) {
   if (device == device_) return;
+  signal_changing_.emit();
   device_ = device;
   follow_device();
   signal_changed_.emit();
@@ -171,30 +187,35 @@ void Decoder::follow_device() {
 
 void Decoder::set_type(DecoderType type) {
   if (type == type_) return;
+  signal_changing_.emit();
   type_ = type;
   signal_changed_.emit();
 }
 
 void Decoder::set_address(Address address) {
   if (address == address_) return;
+  signal_changing_.emit();
   address_ = address;
   signal_changed_.emit();
 }
 
 void Decoder::set_speed_ratio(double ratio) {
   if (!(ratio >= 0 && ratio <= max_speed_ratio) || ratio == speed_ratio_) return;
+  signal_changing_.emit();
   speed_ratio_ = ratio;
   signal_changed_.emit();
 }
 
 void Decoder::set_commands_enabled(bool enabled) {
   if (enabled == commands_enabled_) return;
+  signal_changing_.emit();
   commands_enabled_ = enabled;
   signal_changed_.emit();
 }
 
 void Decoder::set_reverse(bool reverse) {
   if (reverse == reverse_) return;
+  signal_changing_.emit();
   reverse_ = reverse;
   signal_changed_.emit();
 }

@@ -30,6 +30,8 @@ class Decoder : public DrivenDecoder {
   /// YAML::InvalidScalar.
   static Glib::RefPtr<Decoder> create(const YAML::Node& node);
   void save(YAML::Emitter& out) const;
+  /// Sets all that the entry says.
+  void restore(const YAML::Node& node);
 
   /// 0 to 126 or DecoderUpdate::emergency_stop; anything else fails an assertion. The speed is
   /// multiplied by the ratio, truncated, and at most 126. Sent even if unchanged.
@@ -68,6 +70,8 @@ class Decoder : public DrivenDecoder {
 
   /// Type, device, address, ratio, enabled or reverse has a new value; never for what is sent.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
+  /// The same is about to have one.
+  sigc::signal<void>& signal_changing() { return signal_changing_; }
 
  protected:
   Decoder();
@@ -81,6 +85,7 @@ class Decoder : public DrivenDecoder {
   bool retired_ = false;
   unsigned round_ = 0;  // of sending
   sigc::signal<void> signal_changed_;
+  sigc::signal<void> signal_changing_;
   ScopedConnection device_deleted_;
 };
 

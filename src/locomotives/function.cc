@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/property.h"
 #include "core/string_pool.h"
@@ -76,6 +77,19 @@ void Function::save(YAML::Emitter& out) const {
   out << YAML::EndMap;
 }
 
+void Function::restore(const EntryChange& change) {
+  Object::restore(change);
+  if (change.differs("type")) set_type(read_type(change.at("type")));
+  change.read<unsigned>("decoder", [this](unsigned index) { set_decoder(index); });
+  change.read<unsigned>("function", [this](unsigned number) { set_function(number); });
+  std::string on;
+  std::string off;
+  read_path(change.entry(), "on_image", on);
+  read_path(change.entry(), "off_image", off);
+  if (change.differs("on_image")) set_on_image(on);
+  if (change.differs("off_image")) set_off_image(off);
+}
+
 void Function::on_name_changed() {
   // The new one first, so that a name in use once does not vanish and reappear.
   function_names().add(get_name());
@@ -129,12 +143,14 @@ void Function::apply_state_overlay() {
 
 void Function::set_function(unsigned function) {
   if (function == function_) return;
+  before_change();
   function_ = function;
   notify_property(*this, "function");
 }
 
 void Function::set_decoder(unsigned index) {
   if (index == decoder_) return;
+  before_change();
   decoder_ = index;
   notify_property(*this, "decoder");
 }
@@ -147,18 +163,21 @@ void Function::set_hidden(bool hidden) {
 
 void Function::set_type(Type type) {
   if (type == type_) return;
+  before_change();
   type_ = type;
   notify_property(*this, "type");
 }
 
 void Function::set_on_image(const std::string& path) {
   if (path == on_image_) return;
+  before_change();
   on_image_ = path;
   notify_property(*this, "on-image");
 }
 
 void Function::set_off_image(const std::string& path) {
   if (path == off_image_) return;
+  before_change();
   off_image_ = path;
   notify_property(*this, "off-image");
 }

@@ -28,6 +28,7 @@ class Function : public Object {
   Function(Lok* lok, const YAML::Node& node);
   ~Function() override;
   void save(YAML::Emitter& out) const override;
+  void restore(const EntryChange& change) override;
 
   void set_state(bool on);
   [[nodiscard]] bool get_state() const { return state_; }

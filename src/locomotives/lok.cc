@@ -159,6 +159,7 @@ void Lok::apply_direction_overlay() {
 
 void Lok::set_top_speed(int top_speed) {
   if (top_speed == top_speed_) return;
+  before_change();
   top_speed_ = top_speed;
   announce({{"top-speed", &Lok::signal_top_speed_changed_}});
 }
@@ -175,6 +176,7 @@ void Lok::set_actual_speed(unsigned char raw) {
 
 void Lok::adopt(const Glib::RefPtr<Decoder>& decoder) {
   decoders_.push_back(decoder);
+  decoder->signal_changing().connect(sigc::mem_fun(*this, &Lok::before_change));
   decoder->signal_changed().connect(sigc::track_obj(
       [this] {
         if (!is_deleting()) registry_.update(decoders_);
@@ -183,6 +185,7 @@ void Lok::adopt(const Glib::RefPtr<Decoder>& decoder) {
 }
 
 Decoder& Lok::add_decoder() {
+  before_change();
   adopt(Decoder::create());
   registry_.update(decoders_);
   signal_decoders_changed_.emit();
@@ -191,6 +194,7 @@ Decoder& Lok::add_decoder() {
 
 void Lok::remove_decoder(unsigned index) {
   if (index >= decoders_.size() || decoders_.size() == 1) return;
+  before_change();
   const auto removed = decoders_[index];
   decoders_.erase(decoders_.begin() + index);
   removed->retire();

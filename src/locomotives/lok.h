@@ -40,6 +40,7 @@ class Lok : public Object {
   explicit Lok(const YAML::Node& node);
   ~Lok() override;
   void save(YAML::Emitter& out) const override;
+  void restore(const EntryChange& change) override;
 
   /// 0 to 126; asserts "speed <= 126". Lifts an emergency stop, also with 0.
   void set_speed(unsigned speed);
@@ -196,6 +197,7 @@ class Lok : public Object {
   void forget_block(const Block* block);
 
   void adopt(const Glib::RefPtr<Decoder>& decoder);
+  void restore_decoders(const YAML::Node& entries);
 
   /// In the order front, rear detector, ahead (occupied, route), behind (occupied, route).
   std::array<ScopedConnection, 6> watches_;

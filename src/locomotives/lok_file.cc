@@ -1,6 +1,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include "core/document_class.h"
+#include "core/entry_change.h"
 #include "core/layout.h"
 #include "core/yaml_io.h"
 #include "locomotives/function.h"
@@ -35,6 +36,29 @@ Lok::Lok(const YAML::Node& node) : Lok(NoDecoder{}) {
         return true;
       },
       *this));
+}
+
+void Lok::restore(const EntryChange& change) {
+  Object::restore(change);
+  change.read<int>("top-speed", [this](int speed) { set_top_speed(speed); });
+  if (change.differs("decoders")) restore_decoders(change.at("decoders"));
+  if (!change.differs("functions")) return;
+  const auto functions = change.below("functions");
+  restore_children(*this, functions.former(), functions.entry(),
+                   [this](const YAML::Node& entry, unsigned place) {
+                     insert(new Function(this, entry), place);
+                   });
+}
+
+void Lok::restore_decoders(const YAML::Node& entries) {
+  while (decoders_.size() > entries.size()) {
+    remove_decoder(static_cast<unsigned>(decoders_.size()) - 1);
+  }
+  while (decoders_.size() < entries.size()) add_decoder();
+  for (std::size_t i = 0; i < decoders_.size(); ++i) {
+    const auto held = decoders_[i];
+    held->restore(entries[i]);
+  }
 }
 
 void Lok::save(YAML::Emitter& out) const {

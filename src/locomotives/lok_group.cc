@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "core/document_class.h"
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/yaml_io.h"
 #include "locomotives/lok.h"
@@ -31,14 +32,14 @@ LokGroup::LokGroup(const YAML::Node& node, unsigned depth) : LokGroup() {
   const auto objects = node["objects"];
   if (!objects) return;
   for (const auto& entry : objects) {
-    if (entry.Tag() == "!lok") {
-      add(new Lok(entry));
-    } else if (entry.Tag() == "!lok-group") {
-      add(new LokGroup(entry, depth + 1));
-    } else {
-      throw YAML::InvalidScalar(entry.Mark());
-    }
+    add(load_member(entry, depth));
   }
+}
+
+Object* LokGroup::load_member(const YAML::Node& entry, unsigned depth) {
+  if (entry.Tag() == "!lok") return new Lok(entry);
+  if (entry.Tag() == "!lok-group") return new LokGroup(entry, depth + 1);
+  throw YAML::InvalidScalar(entry.Mark());
 }
 
 void LokGroup::save(YAML::Emitter& out) const {
@@ -50,6 +51,15 @@ void LokGroup::save(YAML::Emitter& out) const {
     out << YAML::EndSeq;
   }
   out << YAML::EndMap;
+}
+
+void LokGroup::restore(const EntryChange& change) {
+  Object::restore(change);
+  if (!change.differs("objects")) return;
+  const auto objects = change.below("objects");
+  restore_children(
+      *this, objects.former(), objects.entry(),
+      [this](const YAML::Node& entry, unsigned place) { insert(load_member(entry, 0), place); });
 }
 
 bool LokGroup::can_contain(Object* child) const {

@@ -15,12 +15,14 @@ class LokGroup : public Object {
   /// YAML::InvalidScalar, as does a nesting deeper than any person would make.
   explicit LokGroup(const YAML::Node& node);
   void save(YAML::Emitter& out) const override;
+  void restore(const EntryChange& change) override;
 
   /// Locomotives and groups, but neither itself nor a group that it stands in.
   [[nodiscard]] bool can_contain(Object* child) const override;
 
  private:
   LokGroup(const YAML::Node& node, unsigned depth);
+  static Object* load_member(const YAML::Node& entry, unsigned depth);
 };
 
 }  // namespace zemblar

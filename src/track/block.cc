@@ -58,6 +58,7 @@ void Block::on_deleting() {
 
 void Block::set_input(Device* input) {
   if (input == input_ || is_deleting()) return;
+  before_change();
   input_ = input;
   for (auto& connection : input_signals_) connection.disconnect();
   input_deleted_.disconnect();
@@ -103,6 +104,7 @@ void Block::on_lost(Lok* lok) {
 
 void Block::set_invert(bool invert) {
   if (invert == invert_) return;
+  before_change();
   invert_ = invert;
   notify_property(*this, "invert");
 }

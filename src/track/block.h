@@ -47,6 +47,8 @@ class Block : public Object {
   /// As written by the operator: replaces the holder; null frees the block.
   void replace_lok(Lok* lok);
 
+  void restore(const EntryChange& change) override;
+
   /// The link through which a train that has entered at `in` leaves; null when there is no way
   /// through now, and for a link of another block.
   virtual BlockLink* next_link(BlockLink* in) = 0;
@@ -93,6 +95,8 @@ class Block : public Object {
   void load_link(const YAML::Node& node, const std::string& key, BlockLink& link);
   static void save_link(YAML::Emitter& out, const std::string& key, const BlockLink& link);
   void load_invert(const YAML::Node& node);
+  /// Joins or parts the link under `key`.
+  static void restore_link(const EntryChange& change, const std::string& key, BlockLink& link);
 
  private:
   friend class BlockLink;  // enters itself into `links_`

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/entry_change.h"
 #include "core/layout.h"
 #include "core/yaml_io.h"
 #include "devices/device.h"
@@ -50,6 +51,24 @@ void Block::save_link(YAML::Emitter& out, const std::string& key, const BlockLin
   const auto* block = partner->get_block();
   out << YAML::Flow << YAML::BeginSeq << Layout::get().get_id(block)
       << block->get_link_name(partner) << YAML::EndSeq;
+}
+
+void Block::restore(const EntryChange& change) {
+  Object::restore(change);
+  change.read_reference<Device>("input", [this](auto* input) { set_input(input); });
+  change.read<bool>("invert", [this](bool invert) { set_invert(invert); });
+}
+
+// A partner that somebody has joined to another end meanwhile is left there.
+void Block::restore_link(const EntryChange& change, const std::string& key, BlockLink& link) {
+  if (!change.differs(key.c_str())) return;
+  const auto entry = change.at(key.c_str());
+  if (!entry || entry.IsNull()) return link.disconnect();
+  auto* block = EntryChange::object_at<Block>(entry[0]);
+  auto* partner = block ? block->get_link(entry[1].Scalar()) : nullptr;
+  if (partner == link.get_partner()) return;
+  link.disconnect();
+  if (partner && !partner->is_connected()) link.connect(partner);
 }
 
 // Both ends of a join are in the file, so the second one finds it made.

@@ -37,9 +37,16 @@ BlockLink* BlockLink::get_opposite() {
   return block_->next_link(this);
 }
 
+void BlockLink::before_change() const {
+  if (!is_copy_) block_->before_change();
+}
+
 void BlockLink::connect(BlockLink* other) {
   if (!other || other == this || other == partner_) return;
   auto* former = partner_;
+  before_change();
+  other->before_change();
+  if (former) former->before_change();
   if (former && former->partner_ == this) former->point_at(nullptr);
   point_at(other);
   other->point_at(this);
@@ -53,6 +60,8 @@ void BlockLink::disconnect() {
   auto* former = partner_;
   if (!former) return;
   const bool joined = former->partner_ == this;
+  before_change();
+  if (joined) former->before_change();
   point_at(nullptr);
   if (joined) former->point_at(nullptr);
   signal_changed_.emit();

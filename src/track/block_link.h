@@ -56,6 +56,7 @@ class BlockLink {
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
  private:
+  void before_change() const;
   void point_at(BlockLink* partner);
   void forget(const BlockLink* pointing);
 

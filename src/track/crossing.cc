@@ -3,6 +3,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include "core/document_class.h"
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/yaml_io.h"
 
@@ -31,6 +32,11 @@ void Crossing::save(YAML::Emitter& out) const {
     save_link(out, Corners::names[i], *links.all()[i]);
   }
   out << YAML::EndMap;
+}
+
+void Crossing::restore(const EntryChange& change) {
+  Block::restore(change);
+  for (const auto* name : Corners::names) restore_link(change, name, *links.find(name));
 }
 
 BlockLink* Crossing::next_link(BlockLink* in) {

@@ -16,6 +16,7 @@ class Crossing : public Block {
   Crossing();
   explicit Crossing(const YAML::Node& node);
   void save(YAML::Emitter& out) const override;
+  void restore(const EntryChange& change) override;
 
   BlockLink* next_link(BlockLink* in) override;
   [[nodiscard]] BlockLink* get_link(const std::string& name) override { return links.find(name); }

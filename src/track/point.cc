@@ -3,6 +3,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include "core/document_class.h"
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/yaml_io.h"
 #include "locomotives/survival.h"
@@ -45,6 +46,13 @@ void Point::save(YAML::Emitter& out) const {
   save_link(out, "common", common);
   for (const auto* state : states()) save_link(out, link_name(*state), *state_link(state));
   out << YAML::EndMap << YAML::EndMap;
+}
+
+void Point::restore(const EntryChange& change) {
+  PointBase::restore(change);
+  const auto links = change.below("links");
+  restore_link(links, "common", common);
+  for (auto* state : states()) restore_link(links, link_name(*state), *state_link(state));
 }
 
 // --- Links ---

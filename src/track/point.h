@@ -20,6 +20,7 @@ class Point : public PointBase {
   Point();
   explicit Point(const YAML::Node& node);
   void save(YAML::Emitter& out) const override;
+  void restore(const EntryChange& change) override;
 
   BlockLink* next_link(BlockLink* in) override;
   [[nodiscard]] BlockLink* get_link(const std::string& name) override;

@@ -7,6 +7,7 @@
 
 #include "core/collections.h"
 #include "core/document_class.h"
+#include "core/entry_change.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
 #include "locomotives/survival.h"
@@ -29,7 +30,7 @@ const MemberSet::Membership membership(
 
 PointBase::PointBase(const Glib::ustring& name_format) : Block(name_format) {
   register_property<PointState*>(this, "state", &PointBase::get_state, &PointBase::set_state);
-  outputs.push_back(PointOutput::create());
+  own(PointOutput::create());
   // The first to hear of it, for good.
   signal_child_removed().connect([this](Object* child) {
     if (auto* state = dynamic_cast<PointState*>(child)) leave_state(state);
@@ -143,6 +144,11 @@ void PointBase::update_deletable() {
 
 // --- Outputs ---
 
+const Glib::RefPtr<PointOutput>& PointBase::own(const Glib::RefPtr<PointOutput>& output) {
+  output->signal_changing().connect(sigc::mem_fun(*this, &PointBase::before_change));
+  return outputs.emplace_back(output);
+}
+
 PointOutput& PointBase::get_output(unsigned index) const {
   const auto& point = *this;
   assert((index > 0) && (index <= point.outputs.size()));
@@ -150,14 +156,15 @@ PointOutput& PointBase::get_output(unsigned index) const {
 }
 
 PointOutput& PointBase::add_output() {
-  const auto output = PointOutput::create();
-  outputs.push_back(output);
+  before_change();
+  const auto output = own(PointOutput::create());
   signal_outputs_changed_.emit();
   return *output.operator->();
 }
 
 void PointBase::remove_output(unsigned index) {
   const auto& output = get_output(index);
+  before_change();
   for (auto* state : states()) state->forget(output);
   outputs.erase(outputs.begin() + (index - 1));
   signal_outputs_changed_.emit();
@@ -170,13 +177,37 @@ void PointBase::load_point(const YAML::Node& node) {
   if (const auto entries = node["outputs"]; entries && !entries.IsNull()) {
     if (!entries.IsSequence()) throw YAML::InvalidScalar(entries.Mark());
     outputs.clear();
-    for (const auto& entry : entries) outputs.push_back(PointOutput::create(entry));
+    for (const auto& entry : entries) own(PointOutput::create(entry));
   }
   if (const auto entries = node["states"]; entries && !entries.IsNull()) {
     if (!entries.IsSequence()) throw YAML::InvalidScalar(entries.Mark());
     for (const auto& entry : entries) adopt(add(make_state(entry)));
   }
   begin_with_first_state();
+}
+
+void PointBase::restore(const EntryChange& change) {
+  Block::restore(change);
+  if (change.differs("outputs")) restore_outputs(change.at("outputs"));
+  if (change.differs("outputs") || change.differs("states")) {
+    const auto states = change.below("states");
+    restore_states(states.former(), states.entry());
+  }
+}
+
+void PointBase::restore_outputs(const YAML::Node& entries) {
+  while (outputs.size() > entries.size()) remove_output(static_cast<unsigned>(outputs.size()));
+  while (outputs.size() < entries.size()) add_output();
+  for (std::size_t i = 0; i < outputs.size(); ++i) {
+    const auto held = outputs[i];
+    held->restore(entries[i]);
+  }
+}
+
+void PointBase::restore_states(const YAML::Node& from, const YAML::Node& to) {
+  restore_children(*this, from, to, [this](const YAML::Node& entry, unsigned place) {
+    adopt(insert(make_state(entry), place));
+  });
 }
 
 void PointBase::save_point(YAML::Emitter& out) const {

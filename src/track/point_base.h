@@ -36,6 +36,7 @@ class PointBase : public Block {
   PointOutput& add_output();
   void remove_output(unsigned index);
 
+  void restore(const EntryChange& change) override;
   BlockLink* next_link(BlockLink* in) override;
   [[nodiscard]] BlockLink* get_link(const std::string& name) override;
   [[nodiscard]] std::string get_link_name(const BlockLink* link) const override;
@@ -73,7 +74,10 @@ class PointBase : public Block {
  private:
   void take_state(PointState* state);
   void leave_state(PointState* state);
+  void restore_outputs(const YAML::Node& entries);
+  void restore_states(const YAML::Node& from, const YAML::Node& to);
   void update_deletable();
+  const Glib::RefPtr<PointOutput>& own(const Glib::RefPtr<PointOutput>& output);
 
   Outputs outputs;
   PointState* state_ = nullptr;

@@ -7,6 +7,7 @@
 #include <cassert>
 #include <utility>
 
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/property.h"
@@ -133,6 +134,21 @@ void PointOutput::save(YAML::Emitter& out) const {
   out << YAML::EndMap;
 }
 
+void PointOutput::restore(const YAML::Node& node) {
+  const auto type = read_type(node["type"]);
+  set_type(type);
+  set_device(EntryChange::object_at<Device>(node["device"]));
+  if (const auto entry = node["address"]) {
+    Address address;
+    read_address(entry, address_kind(type), address);
+    set_address(address);
+  }
+  if (!has_number(type)) return;
+  auto number = output_;
+  read_number(node, type, number);
+  set_output(number);
+}
+
 void PointOutput::send(const PointStateOutput& setting) {
   auto& device = device_ ? *device_ : Layout::get().get_default_device();
   switch (type_) {
@@ -167,6 +183,7 @@ void PointOutput::announce(const char* property) {
 
 void PointOutput::set_type(Type type) {
   if (type == type_) return;
+  signal_changing_.emit();
   const auto held = Glib::RefPtr<PointOutput>((reference(), this));
   const auto range = output_range(type);
   type_ = type;
@@ -180,6 +197,7 @@ void PointOutput::set_type(Type type) {
 
 void PointOutput::set_device(Device* device) {
   if (device == device_) return;
+  signal_changing_.emit();
   device_ = device;
   device_deleted_.disconnect();
   if (device_) {
@@ -193,6 +211,7 @@ void PointOutput::set_address(Address address) {
     address.set_kind(address_kind(type_));
   }
   if (address == address_) return;
+  signal_changing_.emit();
   address_ = address;
   announce("address");
 }
@@ -200,6 +219,7 @@ void PointOutput::set_address(Address address) {
 void PointOutput::set_output(unsigned output) {
   const auto range = output_range(type_);
   if (output == output_ || output < range.lowest || output > range.highest) return;
+  signal_changing_.emit();
   output_ = output;
   announce("output");
 }

@@ -30,6 +30,8 @@ class PointOutput : public Glib::Object {
   static Glib::RefPtr<PointOutput> create(const YAML::Node& node);
   ~PointOutput() override;
   void save(YAML::Emitter& out) const;
+  /// Sets all that the entry says.
+  void restore(const YAML::Node& node);
 
   /// Commands what a state asks of this output.
   void send(const PointStateOutput& setting);
@@ -54,6 +56,8 @@ class PointOutput : public Glib::Object {
   Glib::PropertyProxy<unsigned> property_output() { return {this, "output"}; }
   /// A property has a new value.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
+  /// The same is about to have one.
+  sigc::signal<void>& signal_changing() { return signal_changing_; }
 
  private:
   PointOutput();
@@ -67,6 +71,7 @@ class PointOutput : public Glib::Object {
   Address address_{Address::Kind::accessory, 1};
   unsigned output_ = 1;
   sigc::signal<void> signal_changed_;
+  sigc::signal<void> signal_changing_;
   ScopedConnection device_deleted_;
 };
 

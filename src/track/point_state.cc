@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
@@ -55,16 +56,14 @@ const char* setting_key(Type type) {
   return nullptr;
 }
 
-PointStateOutput read_setting(const YAML::Node& node, Type type) {
-  PointStateOutput setting;
+void read_setting(const YAML::Node& node, Type type, PointStateOutput& setting) {
   read_key(node, "enabled", setting.enabled);
   const auto value = node[setting_key(type)];
-  if (!value) return setting;
+  if (!value) return;
   if (type == Type::Basic) read_basic(value, setting.basic);
   if (type == Type::Extended) read_extended(value, setting.extended);
   if (type == Type::Function) value >> setting.function;
   if (type == Type::Servo) read_servo(value, setting.servo);
-  return setting;
 }
 
 void write_setting(YAML::Emitter& out, Type type, const PointStateOutput& setting) {
@@ -91,7 +90,7 @@ PointState::PointState(PointBase* owner, const YAML::Node& node) : PointState(ow
     throw YAML::InvalidScalar(node.Mark());
   }
   for (std::size_t i = 0; i < outputs.size(); ++i) {
-    settings_[outputs[i].operator->()] = read_setting(entries[i], outputs[i]->get_type());
+    read_setting(entries[i], outputs[i]->get_type(), settings_[outputs[i].operator->()]);
   }
 }
 
@@ -108,6 +107,19 @@ void PointState::save_state(YAML::Emitter& out) const {
     write_setting(out, output->get_type(), setting_of(*output.operator->()));
   }
   out << YAML::EndSeq;
+}
+
+// The point's outputs have been restored before.
+void PointState::restore(const EntryChange& change) {
+  Object::restore(change);
+  const auto entries = change.at("outputs");
+  const auto& outputs = owner_->get_outputs();
+  for (std::size_t i = 0; i < outputs.size() && i < entries.size(); ++i) {
+    const auto& output = *outputs[i].operator->();
+    auto setting = setting_of(output);
+    read_setting(entries[i], output.get_type(), setting);
+    set_setting(output, setting);
+  }
 }
 
 void PointState::activate() {
@@ -137,6 +149,7 @@ void PointState::set_setting(const PointOutput& output, const PointStateOutput& 
   assert(setting.extended <= PointStateOutput::max_extended);
   auto& present = settings_[&output];
   if (setting == present) return;
+  before_change();
   present = setting;
   signal_setting_changed_.emit();
 }

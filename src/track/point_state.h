@@ -44,6 +44,8 @@ class PointState : public Object {
   PointState(PointBase* owner, const YAML::Node& node);
   void save(YAML::Emitter& out) const override;
 
+  void restore(const EntryChange& change) override;
+
   [[nodiscard]] PointBase* get_owner() const { return owner_; }
   /// Makes it the current state of its point.
   void activate();

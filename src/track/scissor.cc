@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "core/document_class.h"
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/yaml_io.h"
@@ -68,6 +69,16 @@ void Scissor::save(YAML::Emitter& out) const {
     out << YAML::Key << role_keys[i] << YAML::Value << static_cast<const Object*>(roles_[i]);
   }
   out << YAML::EndMap << YAML::EndMap;
+}
+
+void Scissor::restore(const EntryChange& change) {
+  PointBase::restore(change);
+  const auto ends = change.below("links");
+  for (const auto* name : Corners::names) restore_link(ends, name, *links.find(name));
+  const auto map = change.below("state-map");
+  for (std::size_t i = 0; i < role_keys.size(); ++i) {
+    map.read_reference<PointState>(role_keys[i], [&](auto* state) { roles_[i] = state; });
+  }
 }
 
 Scissor::Way Scissor::way_of(const PointState* state) {

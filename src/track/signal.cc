@@ -3,6 +3,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include "core/document_class.h"
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
@@ -37,8 +38,17 @@ void SignalState::save(YAML::Emitter& out) const {
   out << YAML::EndMap;
 }
 
+void SignalState::restore(const EntryChange& change) {
+  PointState::restore(change);
+  if (!change.differs("image")) return;
+  std::string path;
+  read_path(change.entry(), "image", path);
+  set_image(path);
+}
+
 void SignalState::set_image(const std::string& path) {
   if (path == image_) return;
+  before_change();
   image_ = path;
   notify_property(*this, "image");
 }

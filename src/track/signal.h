@@ -16,6 +16,7 @@ class SignalState : public PointState {
   SignalState(PointBase* owner, const YAML::Node& node);
   void save(YAML::Emitter& out) const override;
 
+  void restore(const EntryChange& change) override;
   [[nodiscard]] const std::string& get_image() const { return image_; }
   void set_image(const std::string& path);
 

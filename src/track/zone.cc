@@ -3,6 +3,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include "core/document_class.h"
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/yaml_io.h"
 #include "devices/device.h"
@@ -35,6 +36,12 @@ void Zone::save(YAML::Emitter& out) const {
   save_link(out, "left", left);
   save_link(out, "right", right);
   out << YAML::EndMap;
+}
+
+void Zone::restore(const EntryChange& change) {
+  Block::restore(change);
+  restore_link(change, "left", left);
+  restore_link(change, "right", right);
 }
 
 BlockLink* Zone::next_link(BlockLink* in) {

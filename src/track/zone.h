@@ -17,6 +17,7 @@ class Zone : public Block {
   Zone();
   explicit Zone(const YAML::Node& node);
   void save(YAML::Emitter& out) const override;
+  void restore(const EntryChange& change) override;
 
   BlockLink* next_link(BlockLink* in) override;
   [[nodiscard]] BlockLink* get_link(const std::string& name) override;

@@ -12,6 +12,7 @@
 #include "core/status.h"
 #include "devices/hw_list.h"
 #include "runtime/context.h"
+#include "ui/edit_history.h"
 #include "ui/icons.h"
 #include "ui/layout_dialogs.h"
 #include "ui/splash_screen.h"
@@ -69,6 +70,7 @@ void set_up_process() {
 Application::Application(StartOptions options) {
   Glib::add_exception_handler(sigc::ptr_fun(tell_of_exception));
   stock::register_items();
+  EditHistory::install();
   // Drawn while the splash is looked at: nothing before the first windows needs them.
   Glib::signal_idle().connect_once(sigc::ptr_fun(add_builtin_icons));
   install_layout_dialogs();

@@ -21,6 +21,7 @@ Vector place_of(double x, double y) {
 EditorView::EditorView(View& view) : DiagramCanvas(view, _("This view is empty.")) {
   set_can_focus();
   add_events(Gdk::KEY_PRESS_MASK);
+  g_signal_connect(gobj(), "grab-broken-event", G_CALLBACK(&EditorView::on_grab_broken), this);
   object_removed_ =
       view.signal_object_removed().connect(sigc::mem_fun(*this, &EditorView::on_object_removed));
 }
@@ -33,6 +34,7 @@ void EditorView::on_object_removed(ViewObj* object) {
   }
   if (object == placed_) {
     placed_ = nullptr;
+    placing_.reset();
     mode_ = Mode::idle;
     get_window()->pointer_ungrab(GDK_CURRENT_TIME);
   }
@@ -71,7 +73,10 @@ PixelBox EditorView::box_of(const Context& /*context*/, ViewObj& /*object*/) {
 bool EditorView::on_button_press_event(GdkEventButton* event) {
   grab_focus();
   if (event->type != GDK_BUTTON_PRESS || mode_ == Mode::placing) return true;
-  if (event->button == 2) return DiagramCanvas::on_button_press_event(event);
+  if (event->button == 2) {
+    finish();
+    return DiagramCanvas::on_button_press_event(event);
+  }
   if (mode_ == Mode::idle && (event->button == 1 || event->button == 3)) press(*event);
   return true;
 }
@@ -151,6 +156,7 @@ void EditorView::join(const ViewLinkNode::Tag& dragged, const Vector& pointer) {
   const auto* target = dynamic_cast<const ViewLinkNode::Tag*>(met.get());
   if (!target || target->object == dragged.object) return;
   auto& node = dynamic_cast<ViewLinkNode&>(*dragged.node);
+  EditJournal::get().describe(_("Join “%1”"));
   node.connect(dynamic_cast<ViewLinkNode&>(*target->node));
 }
 
@@ -160,6 +166,7 @@ void EditorView::place(ViewObj* object, const std::function<void()>& cancelled) 
   if (mode_ == Mode::placing) end_placing(false, GDK_CURRENT_TIME);
   get_view().add_object(object);
   placed_ = object;
+  placing_.emplace();
   cancelled_ = cancelled;
   mode_ = Mode::placing;
   select(object);
@@ -178,10 +185,30 @@ void EditorView::end_placing(bool placed, guint32 time) {
   set_floating({});
   if (placed) {
     signal_placed_.emit();
-    return;
+  } else {
+    if (object) object->remove();
+    if (cancelled) cancelled();
   }
-  if (object) object->remove();
-  if (cancelled) cancelled();
+  placing_.reset();
+}
+
+void EditorView::finish() {
+  if (mode_ == Mode::placing) return end_placing(false, GDK_CURRENT_TIME);
+  tag_.reset();
+  if (mode_ == Mode::pressed || mode_ == Mode::dragging) mode_ = Mode::idle;
+  set_floating({});
+}
+
+// The page of another view is shown, or the window is hidden: nobody could end it any more.
+void EditorView::on_unmap() {
+  finish();
+  DiagramCanvas::on_unmap();
+}
+
+gboolean EditorView::on_grab_broken(GtkWidget* /*widget*/, GdkEventGrabBroken* /*event*/,
+                                    EditorView* view) {
+  if (view->mode_ == Mode::placing) view->finish();
+  return FALSE;
 }
 
 // --- Keys ---

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "diagram/view_link_node.h"
+#include "edit/edit_journal.h"
 #include "ui/diagram_canvas.h"
 
 namespace zemblar {
@@ -24,6 +25,9 @@ class EditorView : public DiagramCanvas {
   /// Puts a new object into the view, which owns it, and has it follow the pointer. When that is
   /// cancelled it is removed, and `cancelled` is called.
   void place(ViewObj* object, const std::function<void()>& cancelled);
+  /// Ends what is being dragged, where it is, and takes away what is being placed.
+  void finish();
+  void select(ViewObj* object);
   /// An object has been placed.
   sigc::signal<void>& signal_placed() { return signal_placed_; }
 
@@ -35,22 +39,24 @@ class EditorView : public DiagramCanvas {
   bool on_button_release_event(GdkEventButton* event) override;
   bool on_motion_notify_event(GdkEventMotion* event) override;
   bool on_key_press_event(GdkEventKey* event) override;
+  void on_unmap() override;
 
  private:
   using Tag = std::shared_ptr<const ViewTag>;
 
-  void select(ViewObj* object);
   void press(const GdkEventButton& event);
   void start_drag(const Vector& pointer);
   void drop(const GdkEventButton& event);
   void join(const ViewLinkNode::Tag& dragged, const Vector& pointer);
   void end_placing(bool placed, guint32 time);
+  static gboolean on_grab_broken(GtkWidget* widget, GdkEventGrabBroken* event, EditorView* view);
   void on_object_removed(ViewObj* object);
 
   ViewObj* selected_ = nullptr;
   Tag tag_;                    // what is pressed or dragged
   ViewObj* placed_ = nullptr;  // what follows the pointer
   std::function<void()> cancelled_;
+  std::optional<EditJournal::Hold> placing_;  // making and placing are one step
   sigc::signal<void> signal_selected_changed_;
   sigc::signal<void> signal_placed_;
   ScopedConnection object_removed_;

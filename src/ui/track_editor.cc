@@ -1,13 +1,17 @@
 #include "ui/track_editor.h"
 
+#include <gdk/gdkkeysyms.h>
 #include <gtkmm/button.h>
+#include <gtkmm/imagemenuitem.h>
 #include <gtkmm/separatortoolitem.h>
+#include <gtkmm/stock.h>
 
 #include <cassert>
 
 #include "core/i18n.h"
 #include "ui/diagram_kinds.h"
 #include "ui/editor_view.h"
+#include "ui/file_menu.h"
 #include "ui/object_ref.h"
 
 namespace zemblar {
@@ -16,6 +20,13 @@ namespace {
 constexpr int default_width = 1100;
 constexpr int default_height = 700;
 constexpr int panel_width = 400;
+
+/// For a label, in which an underscore marks the key of the entry.
+Glib::ustring without_marks(const Glib::ustring& name) {
+  std::string text;
+  for (const char c : name.raw()) text += c == '_' ? "__" : std::string(1, c);
+  return text;
+}
 
 Gtk::Toolbar& with_separator(Gtk::Toolbar& toolbar) {
   toolbar.append(*Gtk::manage(new Gtk::SeparatorToolItem));
@@ -30,9 +41,11 @@ void TrackEditor::open() {
 
 TrackEditor::TrackEditor()
     : LayoutWindow(_("Zemblar 0.1 — Track Editor")),
+      history_(*this),
       tools_(with_separator(toolbar_)),
       pages_([this](View& view) { return make_canvas(view); }, ViewPages::Hidden::show) {
   set_default_size(default_width, default_height);
+  append_edit_menu();
   append_new_view_button();
   sides_.pack1(pages_, true, true);
   sides_.pack2(panel_, false, false);
@@ -42,6 +55,47 @@ TrackEditor::TrackEditor()
   tools_.signal_chosen().connect(sigc::mem_fun(*this, &TrackEditor::use_tool));
   show_all_children();
   refresh_panel();
+}
+
+void TrackEditor::append_edit_menu() {
+  auto* menu = Gtk::manage(new Gtk::Menu);
+  menu->set_accel_group(get_accel_group());
+  auto* item = Gtk::manage(new Gtk::ImageMenuItem(Gtk::Stock::EDIT));
+  item->set_submenu(*menu);
+  menu_bar_.insert(*item, 1);
+  undo_ = append_stock_item(*menu, Gtk::Stock::UNDO, [this] { step(&EditHistory::undo); });
+  redo_ = append_stock_item(*menu, Gtk::Stock::REDO, [this] { step(&EditHistory::redo); });
+  const auto keys = get_accel_group();
+  undo_->add_accelerator("activate", keys, GDK_KEY_z, Gdk::CONTROL_MASK, Gtk::ACCEL_VISIBLE);
+  redo_->add_accelerator("activate", keys, GDK_KEY_z, Gdk::CONTROL_MASK | Gdk::SHIFT_MASK,
+                         Gtk::ACCEL_VISIBLE);
+  redo_->add_accelerator("activate", keys, GDK_KEY_y, Gdk::CONTROL_MASK, Gtk::AccelFlags(0));
+  history_.signal_changed().connect(sigc::mem_fun(*this, &TrackEditor::refresh_edit_menu));
+  menu->signal_show().connect(sigc::mem_fun(*this, &TrackEditor::refresh_edit_menu));
+  refresh_edit_menu();
+}
+
+void TrackEditor::refresh_edit_menu() {
+  const auto refresh = [](Gtk::MenuItem& item, const EditStep* step, const char* plain,
+                          const char* named) {
+    item.set_sensitive(step != nullptr);
+    item.set_label(step ? Glib::ustring::compose(named, without_marks(step->get_name())) : plain);
+  };
+  refresh(*undo_, history_.steps().next_undo(), _("_Undo"), _("_Undo %1"));
+  refresh(*redo_, history_.steps().next_redo(), _("_Redo"), _("_Redo %1"));
+}
+
+// What was selected stays so, though it may be another one in the memory now.
+void TrackEditor::step(void (EditHistory::*way)()) {
+  auto* canvas = current_canvas();
+  if (canvas) canvas->finish();
+  auto& drawings = EditJournal::get().numbers().drawings;
+  auto* selected = canvas ? canvas->get_selected() : nullptr;
+  const auto number = selected ? drawings.number_of(selected) : drawings.spare();
+  (history_.*way)();
+  canvas = current_canvas();
+  auto* now = drawings.find(number);
+  if (canvas && now && now->get_view() == pages_.current()) canvas->select(now);
 }
 
 void TrackEditor::append_new_view_button() {

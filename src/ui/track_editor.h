@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 
+#include "ui/edit_history.h"
 #include "ui/editor_tools.h"
 #include "ui/layout_window.h"
 #include "ui/object_menu.h"
@@ -28,9 +29,15 @@ class TrackEditor : public LayoutWindow {
   [[nodiscard]] Gtk::Widget* make_canvas(View& view);
   void refresh_panel();
   [[nodiscard]] EditorView* current_canvas() const;
+  void append_edit_menu();
+  void step(void (EditHistory::*way)());
+  void refresh_edit_menu();
   void use_tool(DiagramKind kind, bool existing);
   static void place_new(EditorView& canvas, DiagramKind kind);
 
+  EditHistory history_;
+  Gtk::MenuItem* undo_ = nullptr;  // in the menu
+  Gtk::MenuItem* redo_ = nullptr;
   EditorTools tools_;
   Gtk::HPaned sides_;
   std::map<const View*, EditorView*> canvases_;  // only that of the current view is looked at

@@ -1,0 +1,184 @@
+#include "edit/edit_step.h"
+
+#include <yaml-cpp/yaml.h>
+
+#include <algorithm>
+
+#include "core/document_class.h"
+#include "core/entry_change.h"
+#include "core/private_form.h"
+#include "devices/device.h"
+#include "devices/hw_list.h"
+#include "diagram/view.h"
+#include "diagram/view_class.h"
+#include "edit/edit_journal.h"
+
+namespace zemblar {
+namespace {
+
+using Part = EditStep::Part;
+using Kind = Part::Kind;
+
+/// While it lives, entries are read with the numbers of steps, and nothing is written down.
+class Replay {
+ public:
+  explicit Replay(PartNumbers& numbers) : form_(numbers.objects) {
+    View::use_numbers(&numbers.drawings);
+  }
+  ~Replay() { View::use_numbers(nullptr); }
+  Replay(const Replay&) = delete;
+  Replay& operator=(const Replay&) = delete;
+
+ private:
+  PrivateForm form_;
+  const EditJournal::Pause pause_;
+};
+
+/// The only key of a mapping whose value differs in two entries, if that is a plain one; empty
+/// else.
+std::string changed_setting(const PartState& before, const PartState& after) {
+  const EntryChange change(YAML::Load(before.entry), YAML::Load(after.entry));
+  std::vector<std::string> keys;
+  for (const auto& item : change.entry()) {
+    const auto& key = item.first.Scalar();
+    if (change.differs(key.c_str())) keys.push_back(key);
+  }
+  const bool plain = keys.size() == 1 && change.at(keys[0].c_str()).IsScalar();
+  return plain ? keys[0] : "";
+}
+
+bool is_one_setting(const EditStep& step) {
+  if (step.parts().size() != 1) return false;
+  const auto& part = step.parts().front();
+  return part.kind == Kind::object && part.before.exists && part.after.exists && !part.moved;
+}
+
+}  // namespace
+
+bool EditStep::undo() {
+  return go(&Part::after, &Part::before);
+}
+
+bool EditStep::redo() {
+  return go(&Part::before, &Part::after);
+}
+
+EditStep* EditStep::merge(EditStep& next) {
+  if (!is_one_setting(*this) || !is_one_setting(next)) return nullptr;
+  auto& mine = parts_.front();
+  const auto& others = next.parts_.front();
+  if (mine.number != others.number || mine.after != others.before) return nullptr;
+  const auto setting = changed_setting(mine.before, mine.after);
+  if (setting.empty() || setting != changed_setting(others.before, others.after)) return nullptr;
+  mine.after = others.after;
+  return this;
+}
+
+bool EditStep::finds(State state) const {
+  return std::ranges::all_of(parts_, [&](const Part& part) {
+    if (!(part.*state).exists) return true;
+    return part.kind == Kind::object ? numbers_->objects.find(part.number) != nullptr
+                                     : numbers_->drawings.find(part.number) != nullptr;
+  });
+}
+
+// Whatever is to end goes first, so that names and joins are free for what comes back. Objects come
+// before the drawings that show them. What was touched last is put back first: each place counts
+// what was there when it was noted.
+bool EditStep::go(State from, State to) {
+  if (!finds(from)) return false;
+  const Replay replay(*numbers_);
+  std::vector<const Part*> order;
+  for (const auto& part : parts_) order.push_back(&part);
+  if (to == &Part::before) {
+    std::ranges::reverse(order);
+  } else {
+    std::ranges::stable_sort(order, {}, [=](const Part* part) { return (part->*to).place; });
+  }
+  end_parts(from, to);
+  make_objects(order, from, to);
+  restore_objects(from, to);
+  make_drawings(order, from, to);
+  return true;
+}
+
+void EditStep::end_parts(State from, State to) const {
+  for (const auto& part : parts_) {
+    if (!(part.*from).exists || (part.*to).exists || part.kind != Kind::drawing) continue;
+    if (auto* drawing = numbers_->drawings.find(part.number)) drawing->remove();
+  }
+  for (const auto& part : parts_) {
+    if (!(part.*from).exists || (part.*to).exists || part.kind != Kind::object) continue;
+    if (auto* object = numbers_->objects.find(part.number)) object->destroy();
+  }
+}
+
+void EditStep::make_objects(const std::vector<const Part*>& order, State from, State to) const {
+  bool devices = false;
+  for (const auto* part : order) {
+    const auto& state = part->*to;
+    if (part->kind != Kind::object || !state.exists || (part->*from).exists) continue;
+    const auto entry = YAML::Load(state.entry);
+    const auto* document_class = find_document_class(entry.Tag());
+    auto* parent = numbers_->objects.find(state.parent);
+    if (!document_class || !parent) continue;
+    auto* made = parent->insert(document_class->load(entry), state.place);
+    devices = devices || dynamic_cast<Device*>(made) != nullptr;
+  }
+  Layout::get().resolve();
+  // The hardware that a device has let go of is there for it.
+  if (devices) HWList::get().refresh();
+}
+
+void EditStep::restore_objects(State from, State to) const {
+  for (const auto& part : parts_) {
+    const auto& was = part.*from;
+    const auto& is = part.*to;
+    if (part.kind != Kind::object || !was.exists || !is.exists || was.entry == is.entry) continue;
+    auto* object = numbers_->objects.find(part.number);
+    if (object) object->restore({YAML::Load(was.entry), YAML::Load(is.entry)});
+  }
+  Layout::get().resolve();
+}
+
+void EditStep::make_drawings(const std::vector<const Part*>& order, State from, State to) const {
+  for (const auto* part : order) {
+    const auto& was = part->*from;
+    const auto& is = part->*to;
+    if (part->kind == Kind::drawing && was.exists && is.exists && was.entry != is.entry) {
+      replace_drawing(*part, to);
+    }
+  }
+  for (const auto* part : order) {
+    const auto& state = part->*to;
+    if (part->kind != Kind::drawing || !state.exists) continue;
+    auto* view = dynamic_cast<View*>(numbers_->objects.find(state.parent));
+    auto* drawing = numbers_->drawings.find(part->number);
+    if (view && drawing && part->moved) view->move_to(drawing, state.place);
+    if (!view || drawing) continue;
+    const auto entry = YAML::Load(state.entry);
+    drawing = ViewClass::find(entry.Tag())->load(entry);
+    numbers_->drawings.give(drawing, part->number);
+    view->insert_object(drawing, state.place);
+  }
+  Layout::get().resolve();
+  for (const auto* part : order) {
+    auto* drawing = part->kind == Kind::drawing ? numbers_->drawings.find(part->number) : nullptr;
+    if (drawing && !drawing->get_object()) drawing->remove();
+  }
+}
+
+// Another one takes its place: what an entry says of a drawing is read once, when it is made.
+void EditStep::replace_drawing(const Part& part, State to) const {
+  auto* former = numbers_->drawings.find(part.number);
+  if (!former || !former->get_view()) return;
+  auto& view = *former->get_view();
+  const auto place = view.place_of(former);
+  const auto entry = YAML::Load((part.*to).entry);
+  view.remove_object(former);
+  auto* drawing = ViewClass::find(entry.Tag())->load(entry);
+  numbers_->drawings.give(drawing, part.number);
+  view.insert_object(drawing, place);
+}
+
+}  // namespace zemblar

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <gtkmm/window.h>
+
+#include "edit/edit_journal.h"
+#include "edit/edit_list.h"
+
+namespace zemblar {
+
+/// What has been done to the document in one window, and what of it has been undone.
+///
+/// What changes while an event for the window is served belongs to it; so does what its menus and
+/// dialogs do. From the press of a button to its release all is one step.
+class EditHistory : public sigc::trackable {
+ public:
+  explicit EditHistory(Gtk::Window& window);
+  ~EditHistory();
+  EditHistory(const EditHistory&) = delete;
+  EditHistory& operator=(const EditHistory&) = delete;
+
+  void undo();
+  void redo();
+  [[nodiscard]] EditList& steps() { return steps_; }
+  /// Another step may be next.
+  sigc::signal<void>& signal_changed() { return signal_changed_; }
+
+  /// Serves events from now on, those of windows without a history as well.
+  static void install();
+  /// Serves one.
+  static void dispatch(GdkEvent* event);
+
+ private:
+  void step_back(bool (EditList::*step)());
+  static EditHistory* of(const GdkEvent* event);
+
+  Gtk::Window& window_;
+  EditList steps_;
+  sigc::signal<void> signal_changed_;
+};
+
+}  // namespace zemblar

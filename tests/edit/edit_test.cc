@@ -1,0 +1,414 @@
+// Whatever is done to a document can be undone, and redone, to the last byte.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <random>
+
+#include "core/private_form.h"
+#include "core/yaml_io.h"
+#include "devices/device_ecos.h"
+#include "diagram/view.h"
+#include "diagram/view_crossing.h"
+#include "diagram/view_label.h"
+#include "diagram/view_link_node.h"
+#include "diagram/view_point.h"
+#include "diagram/view_scissor.h"
+#include "diagram/view_signal.h"
+#include "diagram/view_zone.h"
+#include "edit/edit_journal.h"
+#include "edit/edit_list.h"
+#include "locomotives/function.h"
+#include "locomotives/lok.h"
+#include "locomotives/lok_group.h"
+#include "tests/support/layout_fixture.h"
+#include "track/scissor.h"
+#include "track/signal.h"
+
+namespace zemblar::test {
+namespace {
+
+/// Where two texts begin to differ; empty for equal ones.
+std::string difference(const std::string& is, const std::string& expected) {
+  if (is == expected) return "";
+  const auto [a, b] = std::ranges::mismatch(is, expected);
+  const auto from = std::max<std::ptrdiff_t>(0, a - is.begin() - 300);
+  return is.substr(from, 380) + "\n--- instead of ---\n" + expected.substr(from, 380);
+}
+
+class EditTest : public LayoutTest {
+ protected:
+  /// One step, as of one event.
+  template <typename Action>
+  void act(const Action& action) {
+    journal.begin([this](std::unique_ptr<EditStep> step) { steps.record(std::move(step)); });
+    action();
+    journal.end();
+  }
+  bool undo() {
+    const EditJournal::Pause pause;
+    return steps.undo();
+  }
+  bool redo() {
+    const EditJournal::Pause pause;
+    return steps.redo();
+  }
+  std::string bytes() { return layout().serialize(); }
+  std::string next_undo() {
+    const auto* step = steps.next_undo();
+    return step ? step->get_name().raw() : "";
+  }
+
+  template <typename Drawn, typename Shown>
+  Drawn& draw(Shown& shown, const Vector& place) {
+    auto* drawn = new Drawn(shown, place);
+    view().add_object(drawn);
+    return *drawn;
+  }
+  ViewZone& draw_zone(const Vector& place) {
+    return draw<ViewZone>(*layout().get_blocks().add(new Zone), place);
+  }
+  View& view() {
+    auto& views = layout().get_views();
+    return dynamic_cast<View&>(views.empty() ? *views.add(new View) : *views.child_at(0));
+  }
+
+  EditJournal& journal = EditJournal::get();
+  EditList steps;
+};
+
+TEST_F(EditTest, steps_have_names_and_are_merged_dropped_and_forgotten) {
+  Zone* zone = nullptr;
+  act([&] { zone = layout().get_blocks().add(new Zone); });
+  EXPECT_EQ(next_undo(), "Add “Zone 1”");
+  act([&] { zone->set_name("Yard"); });
+  act([&] { zone->set_name("Shed"); });
+  EXPECT_EQ(next_undo(), "Change “Zone 1”");
+  act([] {});
+  ASSERT_TRUE(undo());
+  EXPECT_EQ(zone->get_name(), "Zone 1") << "one name after the other is one change";
+  ASSERT_TRUE(redo());
+  EXPECT_EQ(zone->get_name(), "Shed");
+  act([&] { zone->set_invert(true); });
+  ASSERT_TRUE(undo());
+  zone->set_name("Done elsewhere");
+  ASSERT_TRUE(redo());
+  EXPECT_EQ(zone->get_name(), "Done elsewhere") << "that setting is not of this step";
+
+  auto& drawn = draw<ViewZone>(*zone, {0, 0});
+  act([&] { drawn.get_link_node("left")->drag(ViewNode::body, {-90, 0}); });
+  EXPECT_EQ(next_undo(), "Move “Done elsewhere”");
+  act([&] { drawn.remove(); });
+  EXPECT_EQ(next_undo(), "Remove “Done elsewhere” From View");
+  ASSERT_TRUE(undo());
+  EXPECT_EQ(next_undo(), "Move “Done elsewhere”");
+  zone->destroy();
+  EXPECT_EQ(next_undo(), "") << "all of them were about what has ended elsewhere";
+  EXPECT_FALSE(undo());
+
+  for (int i = 0; i < 120; ++i) act([&] { layout().get_blocks().add(new Zone); });
+  int undone = 0;
+  while (undo()) ++undone;
+  EXPECT_EQ(undone, 100);
+  EXPECT_EQ(layout().get_blocks().child_count(), 20u);
+  ASSERT_TRUE(redo());
+  act([&] { layout().get_loks().add(new Lok); });
+  EXPECT_FALSE(redo()) << "a new step ends what could be redone";
+
+  bool forgotten = false;
+  const ScopedConnection listening(journal.signal_forgotten().connect([&] { forgotten = true; }));
+  ASSERT_FALSE(Layout::open(folder.write("damaged.zblt", "objects: 5")));
+  EXPECT_FALSE(forgotten) << "the document has stayed";
+  act([&] { layout().new_document(true); });
+  EXPECT_TRUE(forgotten);
+}
+
+TEST_F(EditTest, what_was_deleted_comes_back_with_all_that_refers_to_it) {
+  auto* station = layout().get_devices().add(new ECoS);
+  station->set_host("example.invalid");
+  auto* other = layout().get_devices().add(new ECoS);
+  auto* group = layout().get_loks().add(new LokGroup);
+  auto* lok = group->add(new Lok);
+  lok->get_decoders()[0]->set_device(static_cast<Device*>(station));
+  auto* point = layout().get_points().add(new Point);
+  point->get_outputs()[0]->set_device(station);
+  auto* zone = layout().get_blocks().add(new Zone);
+  zone->left.connect(point->state_link(point->states()[1]));
+  auto* label = &draw<ViewLabel>(*zone, {10, 10});
+  label->set_align(Anchor::TopLeft);
+  // Their entries are none of a layout file.
+  const auto private_bytes = [&] {
+    ObjectNumbers numbers;
+    const PrivateForm form(numbers);
+    YAML::Emitter out;
+    out << YAML::BeginSeq;
+    for (int section = 0; section < section_count; ++section) {
+      for (auto* object : layout().get_toplevel(static_cast<Section>(section))) out << *object;
+    }
+    out << YAML::EndSeq;
+    return std::string(out.c_str());
+  };
+  const auto start = private_bytes();
+  other->set_use_as_default(true);
+  const std::vector<std::function<void()>> deletions = {
+      [&] { layout().get_devices().child_at(0)->destroy(); },
+      [&] { layout().get_loks().child_at(0)->destroy(); },
+      [&] { layout().get_points().child_at(0)->destroy(); },
+      [&] { layout().get_blocks().child_at(0)->destroy(); },
+      [&] { layout().get_views().child_at(0)->destroy(); },
+  };
+  for (const auto& deletion : deletions) {
+    act(deletion);
+    EXPECT_EQ(next_undo().find("Delete"), 0u) << next_undo();
+    ASSERT_TRUE(undo());
+    EXPECT_EQ(difference(private_bytes(), start), "");
+    ASSERT_TRUE(redo());
+    ASSERT_TRUE(undo());
+    EXPECT_EQ(difference(private_bytes(), start), "");
+  }
+}
+
+constexpr const char* end_names[] = {"left",      "right",       "common",      "top-left",
+                                     "top-right", "bottom-left", "bottom-right"};
+
+/// Does things that a person could do, by chance.
+class RandomEdits : public EditTest {
+ protected:
+  unsigned below(unsigned limit) {
+    return limit == 0 ? 0 : static_cast<unsigned>(random()) % limit;
+  }
+  Vector place() { return {below(40) * 10.0 - 200, below(30) * 10.0 - 150}; }
+  ViewObj* drawing() {
+    const auto& all = view().get_objects();
+    return all.empty() ? nullptr : all[below(static_cast<unsigned>(all.size()))].operator->();
+  }
+  Object* child_of(Object& parent) { return parent.child_at(below(parent.child_count())); }
+  static std::vector<ViewLinkNode*> ends_of(ViewObj& object) {
+    std::vector<ViewLinkNode*> ends;
+    for (const auto* name : end_names) {
+      if (auto* end = object.get_link_node(name)) ends.push_back(end);
+    }
+    const auto* point = dynamic_cast<Point*>(object.get_object());
+    for (const auto* state : point ? point->states() : std::vector<PointState*>()) {
+      if (auto* end = object.get_link_node("state:" + state->get_name().raw())) ends.push_back(end);
+    }
+    return ends;
+  }
+  ViewLinkNode* end() {
+    auto* object = drawing();
+    const auto ends = object ? ends_of(*object) : std::vector<ViewLinkNode*>();
+    return ends.empty() ? nullptr : ends[below(static_cast<unsigned>(ends.size()))];
+  }
+  template <typename T>
+  T* some(Section section) {
+    return dynamic_cast<T*>(child_of(layout().get_toplevel(section)));
+  }
+
+  void add() {
+    auto& points = layout().get_points();
+    switch (below(7)) {
+      case 0:
+        return static_cast<void>(draw<ViewPoint>(*points.add(new Point), place()));
+      case 1:
+        return static_cast<void>(draw<ViewScissor>(*points.add(new Scissor), place()));
+      case 2:
+        return static_cast<void>(draw<ViewSignal>(*points.add(new Signal), place()));
+      case 3:
+        return static_cast<void>(
+            draw<ViewCrossing>(*layout().get_blocks().add(new Crossing), place()));
+      case 4:
+        if (auto* zone = some<Zone>(Section::blocks)) draw<ViewLabel>(*zone, place());
+        return;
+      default:
+        draw_zone(place());
+    }
+  }
+  void shape() {
+    auto* track = dynamic_cast<ViewTrack*>(drawing());
+    if (!track) return;
+    const auto segments = track->segments();
+    const auto& segment = segments[below(static_cast<unsigned>(segments.size()))];
+    auto* zone = dynamic_cast<ViewZone*>(track);
+    switch (below(4)) {
+      case 0:
+        return track->make_curved(segment);
+      case 1:
+        return track->make_straight(segment);
+      case 2:
+        if (zone) zone->add_node(below(static_cast<unsigned>(segments.size())));
+        return;
+      default:
+        if (zone) zone->delete_node(below(3));
+    }
+  }
+  void drag() {
+    auto* node = end();
+    if (!node) return;
+    const auto part = static_cast<ViewNode::Part>(below(3));
+    const bool there = part == ViewNode::body ||
+                       (part == ViewNode::left_handle ? node->has_left : node->has_right);
+    if (there) node->drag(part, place());
+  }
+  void join() {
+    auto* one = end();
+    auto* other = end();
+    if (!one || !other || one->get_object() == other->get_object()) return;
+    if (one->can_connect(*other)) one->connect(*other);
+  }
+  void part() {
+    auto* node = end();
+    if (node && node->get_block_link()) node->get_block_link()->disconnect();
+  }
+  void alter_point() {
+    auto* point = some<PointBase>(Section::points);
+    if (!point) return;
+    auto* state = dynamic_cast<PointState*>(child_of(*point));
+    switch (below(7)) {
+      case 0:
+        return static_cast<void>(point->add_output());
+      case 1:
+        if (point->get_outputs().size() > 1) point->remove_output(1);
+        return;
+      case 2:
+        if (!point->has_fixed_states()) point->add_state();
+        return;
+      case 3:
+        if (state && state->get_deletable()) state->destroy();
+        return;
+      case 4:
+        if (state) state->set_name("State " + std::to_string(below(9)));
+        return;
+      case 5:
+        return point->get_outputs()[0]->set_type(static_cast<PointOutput::Type>(below(4)));
+      default:
+        if (state && !point->get_outputs().empty()) {
+          state->set_setting(*point->get_outputs()[0].operator->(), PointStateOutput::on());
+        }
+    }
+  }
+  void alter_lok() {
+    auto* lok = some<Lok>(Section::locomotives);
+    if (!lok) return static_cast<void>(layout().get_loks().add(new Lok));
+    auto& decoder = *lok->get_decoders()[0].operator->();
+    switch (below(6)) {
+      case 0:
+        return static_cast<void>(lok->add_decoder());
+      case 1:
+        return lok->remove_decoder(below(3));
+      case 2:
+        return decoder.set_device(some<Device>(Section::devices));
+      case 3:
+        return decoder.set_reverse(!decoder.get_reverse());
+      case 4:
+        return static_cast<void>(lok->add(new Function(lok)));
+      default:
+        if (auto* function = child_of(*lok)) function->destroy();
+    }
+  }
+  void rename() {
+    if (auto* object = child_of(layout().get_toplevel(static_cast<Section>(below(4))))) {
+      object->set_name("Name " + std::to_string(below(30)));
+    }
+  }
+  void end_something() {
+    const auto section = static_cast<Section>(below(5));
+    if (auto* object = child_of(layout().get_toplevel(section))) object->destroy();
+  }
+  void edit() {
+    auto* object = drawing();
+    switch (below(14)) {
+      case 0:
+      case 1:
+      case 2:
+        return add();
+      case 3:
+        return shape();
+      case 4:
+        return drag();
+      case 5:
+      case 6:
+        return join();
+      case 7:
+        return part();
+      case 8:
+        return alter_point();
+      case 9:
+        return alter_lok();
+      case 10:
+        return rename();
+      case 11:
+        return below(3) == 0 ? end_something() : void();
+      case 12:
+        return object ? object->move_to_bottom() : void();
+      default:
+        return object && below(2) == 0 ? object->remove() : void();
+    }
+  }
+
+  void expect_joins_agree(const char* when) {
+    if (layout().get_views().empty()) return;
+    for (const auto& object : view().get_objects()) {
+      for (auto* node : ends_of(*object.operator->())) {
+        const auto* partner = node->get_link();
+        if (!partner) continue;
+        ASSERT_EQ(partner->get_link(), node) << when;
+        ASSERT_EQ(node->get_block_link()->get_partner(), partner->get_block_link()) << when;
+        ASSERT_EQ(partner->get_block_link()->get_partner(), node->get_block_link()) << when;
+      }
+    }
+  }
+
+  std::mt19937 random;
+};
+
+TEST_F(RandomEdits, can_all_be_undone_and_redone_byte_by_byte) {
+  for (unsigned seed = 1; seed <= 12; ++seed) {
+    SCOPED_TRACE(seed);
+    random.seed(seed);
+    layout().new_document(true);
+    steps.clear();
+    // What the document was before and after each step that can be undone.
+    std::vector<std::string> known{bytes()};
+    std::size_t now = 0;
+    for (int i = 0; i < 90; ++i) {
+      const auto choice = below(10);
+      if (choice == 0 && now > 0) {
+        const auto name = next_undo();
+        ASSERT_TRUE(undo());
+        ASSERT_EQ(difference(bytes(), known[--now]), "") << name << ", " << i;
+      } else if (choice == 1 && now + 1 < known.size()) {
+        ASSERT_TRUE(redo());
+        ASSERT_EQ(difference(bytes(), known[++now]), "") << i;
+      } else {
+        const auto* former = steps.next_undo();
+        act([this] { edit(); });
+        if (bytes() == known[now]) continue;
+        const auto* newest = steps.next_undo();
+        ASSERT_TRUE(newest) << i;
+        // It may have been merged with the one before.
+        if (newest != former) ++now;
+        known.resize(now);
+        known.push_back(bytes());
+        EXPECT_FALSE(newest->get_name().empty());
+      }
+      expect_joins_agree("in between");
+    }
+    const auto all = now;
+    while (now > 0) {
+      const auto name = next_undo();
+      ASSERT_TRUE(undo());
+      ASSERT_EQ(difference(bytes(), known[--now]), "") << name;
+      expect_joins_agree("after undo");
+    }
+    EXPECT_FALSE(undo());
+    while (now < all) {
+      ASSERT_TRUE(redo());
+      ASSERT_EQ(difference(bytes(), known[++now]), "");
+      expect_joins_agree("after redo");
+    }
+  }
+}
+
+}  // namespace
+}  // namespace zemblar::test
