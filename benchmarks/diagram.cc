@@ -87,7 +87,7 @@ class BareStrokes {
       const bool is_halo = width == TrackPaths::halo_width;
       if (is_halo && !halo) continue;
       for (const auto& segment : segments) {
-        trace(recorder_, {{segment.start}, {segment.end, *segment.straight}});
+        trace(recorder_, TrackPath{{segment.start}, {segment.end, *segment.straight}});
         keep(width, is_halo ? 1 : grey);
       }
     }
@@ -243,7 +243,7 @@ const Figure hit("diagram: what is under the pointer, to reading one pixel", "ns
                    auto screen = open_screen(effort);
                    const auto count = effort.count(100000);
                    return [screen, surface = make_surface(), count] {
-                     const auto& canvas = screen->window.canvas;
+                     auto& canvas = screen->window.canvas;
                      int x = 0;
                      const auto next = [&x] { return x = (x + 7) % DiagramScene::width; };
                      return versus(

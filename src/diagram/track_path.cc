@@ -65,7 +65,7 @@ void TrackPaths::stroke_all(const Cairo::RefPtr<Cairo::Context>& context, double
   context->set_line_join(Cairo::LINE_JOIN_ROUND);
 }
 
-void trace(const Cairo::RefPtr<Cairo::Context>& context, const TrackPath& path) {
+void trace(const Cairo::RefPtr<Cairo::Context>& context, std::span<const PathStep> path) {
   context->move_to(path.front().node->pos.x, path.front().node->pos.y);
   for (std::size_t i = 1; i < path.size(); ++i) {
     const auto curve = curve_to(path[i - 1], path[i]);
@@ -132,12 +132,10 @@ PixelBox PixelBox::whole() const {
 }
 
 // A curve stays within the hull of its four points.
-PixelBox box_of(const Cairo::RefPtr<Cairo::Context>& context, const TrackPath& path,
-                double margin) {
+PixelBox box_of(std::span<const PathStep> path, double margin) {
   constexpr auto far = std::numeric_limits<double>::infinity();
   PixelBox box{far, far, -far, -far};
-  const auto add = [&](Vector point) {
-    context->user_to_device(point.x, point.y);
+  const auto add = [&](const Vector& point) {
     box = {std::min(box.left, point.x), std::min(box.top, point.y), std::max(box.right, point.x),
            std::max(box.bottom, point.y)};
   };
@@ -150,9 +148,13 @@ PixelBox box_of(const Cairo::RefPtr<Cairo::Context>& context, const TrackPath& p
     add(curve.second);
   }
   if (box.right < box.left) return {};
-  Vector grown{margin, margin};
-  context->user_to_device_distance(grown.x, grown.y);
-  return {box.left - grown.x, box.top - grown.y, box.right + grown.x, box.bottom + grown.y};
+  return {box.left - margin, box.top - margin, box.right + margin, box.bottom + margin};
+}
+
+PixelBox to_pixels(const Cairo::RefPtr<Cairo::Context>& context, PixelBox box) {
+  context->user_to_device(box.left, box.top);
+  context->user_to_device(box.right, box.bottom);
+  return box;
 }
 
 }  // namespace zemblar

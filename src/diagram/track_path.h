@@ -2,6 +2,7 @@
 
 #include <cairomm/context.h>
 
+#include <span>
 #include <vector>
 
 #include "diagram/vector.h"
@@ -35,7 +36,7 @@ class TrackPaths {
 };
 
 /// Makes it the context's path.
-void trace(const Cairo::RefPtr<Cairo::Context>& context, const TrackPath& path);
+void trace(const Cairo::RefPtr<Cairo::Context>& context, std::span<const PathStep> path);
 /// A line across the end of a track.
 void draw_tick(const Cairo::RefPtr<Cairo::Context>& context, const Vector& position,
                const Vector& direction);
@@ -52,7 +53,7 @@ struct TrackPlace {
 /// Half-way along a path by its steps: on the middle step, or at the middle node.
 [[nodiscard]] TrackPlace middle_of(const TrackPath& path);
 
-/// A rectangle in device pixels.
+/// A rectangle, mostly in device pixels.
 struct PixelBox {
   double left = 0;
   double top = 0;
@@ -71,8 +72,10 @@ struct PixelBox {
   /// Grown to whole pixels.
   [[nodiscard]] PixelBox whole() const;
 };
-/// What the paths can cover when they are drawn, with `margin` diagram units round them.
-[[nodiscard]] PixelBox box_of(const Cairo::RefPtr<Cairo::Context>& context, const TrackPath& path,
-                              double margin);
+/// What the path can cover when it is drawn, with `margin` round it; all in diagram units. Room for
+/// a curve is made by its handles.
+[[nodiscard]] PixelBox box_of(std::span<const PathStep> path, double margin);
+/// The device pixels of a box in diagram units. The context does not turn it.
+[[nodiscard]] PixelBox to_pixels(const Cairo::RefPtr<Cairo::Context>& context, PixelBox box);
 
 }  // namespace zemblar

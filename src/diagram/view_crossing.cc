@@ -44,7 +44,7 @@ std::vector<ViewSegment> ViewCrossing::segments() {
 
 std::vector<TrackPath> ViewCrossing::tracks() {
   std::vector<TrackPath> tracks;
-  for (const auto& segment : segments()) tracks.push_back(path_of({segment}));
+  for (const auto& segment : segments()) tracks.push_back(path_of(segment));
   return tracks;
 }
 

@@ -1,5 +1,7 @@
 #include "diagram/view_switch.h"
 
+#include <utility>
+
 namespace zemblar {
 namespace {
 
@@ -23,7 +25,7 @@ std::vector<ViewSegment> ViewSwitch::segments() {
 
 std::vector<TrackPath> ViewSwitch::tracks() {
   std::vector<TrackPath> tracks;
-  for (const auto& segment : segments()) tracks.push_back(path_of({segment}));
+  for (const auto& segment : segments()) tracks.push_back(path_of(segment));
   return tracks;
 }
 
@@ -32,12 +34,12 @@ void ViewSwitch::draw_live(const Context& context) {
   std::vector<TrackPath> others;
   for (const auto& way : ways()) {
     const bool current = point_ && way.state == point_->get_state();
-    (current ? set : others).push_back(path_of({way.segment}));
+    (current ? set : others).push_back(path_of(way.segment));
   }
   context->set_source_rgb(grey, grey, grey);
-  stroke(context, others, true);
+  stroke(context, std::move(others), true);
   context->set_source_rgb(0, 0, 0);
-  stroke(context, set, false);
+  stroke(context, std::move(set), false);
   for (const auto* end : ends()) draw_tick(context, end->pos, end->get_path_direction());
 }
 

@@ -5,6 +5,7 @@
 #include <gtkmm/stock.h>
 
 #include <algorithm>
+#include <array>
 
 #include "core/i18n.h"
 
@@ -15,6 +16,10 @@ namespace {
 constexpr double widest = 12.0;
 /// A hit beside a thin line counts.
 constexpr double tag_width = 8.0;
+
+std::array<PathStep, 2> steps_of(const ViewSegment& segment) {
+  return {{{segment.start}, {segment.end, *segment.straight}}};
+}
 
 }  // namespace
 
@@ -110,11 +115,16 @@ TrackPath ViewTrack::path_of(const std::vector<ViewSegment>& segments) {
   return path;
 }
 
+TrackPath ViewTrack::path_of(const ViewSegment& segment) {
+  const auto steps = steps_of(segment);
+  return {steps.begin(), steps.end()};
+}
+
 // --- Drawing ---
 
-void ViewTrack::stroke(const Context& context, const std::vector<TrackPath>& tracks, bool halo) {
+void ViewTrack::stroke(const Context& context, std::vector<TrackPath> tracks, bool halo) {
   TrackPaths paths;
-  for (const auto& track : tracks) paths.add_path(track);
+  for (auto& track : tracks) paths.add_path(std::move(track));
   paths.stroke_paths(context, halo);
 }
 
@@ -132,8 +142,8 @@ void ViewTrack::draw_plain(const Context& context, bool selected) {
 
 PixelBox ViewTrack::runtime_box(const Context& context) {
   PixelBox box;
-  for (const auto& track : tracks()) box = box.united(box_of(context, track, widest));
-  return box;
+  for (const auto& segment : segments()) box = box.united(box_of(steps_of(segment), widest));
+  return to_pixels(context, box);
 }
 
 // --- Tags ---
@@ -163,7 +173,7 @@ void ViewTrack::draw_link_target_tags(const Context& context, SelectionTable& ta
 void ViewTrack::paint_segment(const Context& context, const ViewSegment& segment) {
   context->set_line_width(tag_width);
   context->begin_new_path();
-  trace(context, path_of({segment}));
+  trace(context, steps_of(segment));
   context->stroke();
 }
 

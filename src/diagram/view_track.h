@@ -52,7 +52,7 @@ class ViewTrack : public ViewObj {
   void draw_link_tags(const Context& context, bool selected, SelectionTable& table) override;
 
   /// All at once, in the context's colour.
-  static void stroke(const Context& context, const std::vector<TrackPath>& tracks, bool halo);
+  static void stroke(const Context& context, std::vector<TrackPath> tracks, bool halo);
   /// The pixels of one segment.
   static void paint_segment(const Context& context, const ViewSegment& segment);
   /// A node with its owner, its kind and the link that it stands for.
@@ -68,6 +68,7 @@ class ViewTrack : public ViewObj {
   bool add_node_items(Gtk::Menu& menu, ViewNode& node);
 
   [[nodiscard]] static TrackPath path_of(const std::vector<ViewSegment>& segments);
+  [[nodiscard]] static TrackPath path_of(const ViewSegment& segment);
 
  private:
   void reshape_between(const ViewNode* start, const ViewNode* end,

@@ -2,6 +2,7 @@
 
 #include <atkmm/object.h>
 #include <gdkmm/general.h>
+#include <glibmm/main.h>
 
 #include <algorithm>
 #include <cmath>
@@ -100,13 +101,26 @@ void DiagramCanvas::update() {
   }
 }
 
+// While somebody could draw on the window by another way, the toolkit spares it the buffer that it
+// makes for each expose otherwise, which the window system clears for nothing.
 bool DiagramCanvas::on_expose_event(GdkEventExpose* event) {
   update();
+  if (!direct_) direct_ = get_window()->create_cairo_context();
   const auto& area = event->area;
   get_window()->draw_drawable(get_style()->get_black_gc(), pixmap(), area.x, area.y, area.x, area.y,
                               area.width, area.height);
   if (!floating_.empty()) draw_floating(*event);
   return true;
+}
+
+void DiagramCanvas::on_size_allocate(Gtk::Allocation& allocation) {
+  direct_.clear();
+  Gtk::DrawingArea::on_size_allocate(allocation);
+}
+
+void DiagramCanvas::on_unrealize() {
+  direct_.clear();
+  Gtk::DrawingArea::on_unrealize();
 }
 
 // --- What is being moved ---
@@ -147,7 +161,9 @@ void DiagramCanvas::repaint(int width, int height) {
   }
   paint_hint(context);
   image_->show({{0, 0, static_cast<double>(width), static_cast<double>(height)}});
-  paint_tags();
+  tags_wait_ = true;
+  stale_tags_.clear();
+  update_tags_soon();
   dirty_ = false;
 }
 
@@ -178,7 +194,11 @@ void DiagramCanvas::repaint_parts() {
     if (!floats(shown) && std::ranges::any_of(parts, met)) draw_object(context, shown);
   }
   image_->show(parts);
-  for (const auto& part : parts) paint_tags_in(part);
+  const bool whole = tags_wait_ && stale_tags_.empty();
+  tags_wait_ = true;
+  if (!whole) stale_tags_.insert(stale_tags_.end(), parts.begin(), parts.end());
+  if (stale_tags_.size() > most_parts) stale_tags_.clear();
+  update_tags_soon();
 }
 
 void DiagramCanvas::paint_hint(const Context& context) {
@@ -197,6 +217,23 @@ void DiagramCanvas::paint_hint(const Context& context) {
 }
 
 // --- Tags ---
+
+void DiagramCanvas::update_tags_soon() {
+  if (tags_soon_.connected()) return;
+  tags_soon_ = Glib::signal_idle().connect(
+      [this] {
+        if (tags_wait_) update_tags();
+        return false;
+      },
+      Glib::PRIORITY_LOW);
+}
+
+void DiagramCanvas::update_tags() {
+  tags_wait_ = false;
+  const auto parts = std::exchange(stale_tags_, {});
+  if (parts.empty()) return paint_tags();
+  for (const auto& part : parts) paint_tags_in(part);
+}
 
 void DiagramCanvas::paint_tags() {
   tags_.begin(shown_width(), shown_height(), matrix_);

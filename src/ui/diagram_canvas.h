@@ -18,7 +18,8 @@ namespace zemblar {
 /// What is shown is kept as a pixmap, which is copied when the window system asks. It is drawn in
 /// an image: anew as a whole when anything may have changed, and only around the object when one
 /// has; several changes in a row are one repaint. Beside it a picture of tags says what is under
-/// the pointer.
+/// the pointer. It is brought up to date when the window shows the change and nothing else waits,
+/// or before that if the pointer asks.
 class DiagramCanvas : public Gtk::DrawingArea {
  public:
   /// Both displays; the hint stands in the middle of an empty view.
@@ -29,9 +30,10 @@ class DiagramCanvas : public Gtk::DrawingArea {
   /// The place of the view that is under a place of the canvas, and back.
   [[nodiscard]] Vector to_view(const Vector& place) const;
   [[nodiscard]] Vector to_canvas(const Vector& place) const;
-  /// What is under a place of the canvas; null for nothing. Who keeps it beyond the next update
-  /// copies it.
-  [[nodiscard]] const std::shared_ptr<const ViewTag>& hit(double x, double y) const {
+  /// What is under a place of the canvas; null for nothing. Only after an update; who keeps it
+  /// beyond the next one copies it.
+  [[nodiscard]] const std::shared_ptr<const ViewTag>& hit(double x, double y) {
+    if (tags_wait_) update_tags();
     return tags_.hit(x, y);
   }
 
@@ -43,7 +45,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
     unsigned parts = 0;
   };
   [[nodiscard]] const Repaints& repaints() const { return repaints_; }
-  /// Brings image, pixmap and tags up to date; does nothing when they are.
+  /// Brings image and pixmap up to date; does nothing when they are.
   void update();
   /// What is shown; only after an update.
   [[nodiscard]] const Glib::RefPtr<Gdk::Pixmap>& pixmap() const { return image_->pixmap(); }
@@ -56,6 +58,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
   [[nodiscard]] virtual PixelBox box_of(const Context& context, ViewObj& object) = 0;
 
   bool on_expose_event(GdkEventExpose* event) override;
+  void on_size_allocate(Gtk::Allocation& allocation) override;
+  void on_unrealize() override;
   void on_size_request(Gtk::Requisition* requisition) override;
   bool on_button_press_event(GdkEventButton* event) override;
   bool on_button_release_event(GdkEventButton* event) override;
@@ -83,6 +87,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
   void repaint_parts();
   void paint_background(const Context& context);
   void paint_hint(const Context& context);
+  void update_tags_soon();
+  void update_tags();
   void paint_tags();
   void paint_tags_in(const PixelBox& part);
   [[nodiscard]] bool is_current() const;
@@ -99,8 +105,11 @@ class DiagramCanvas : public Gtk::DrawingArea {
 
   bool dirty_ = true;
   std::optional<CanvasImage> image_;  // none before the first update
+  Context direct_;                    // on the window; see on_expose_event
   TagImage tags_;
-  std::size_t whole_table_ = 0;  // how many tags a whole picture has
+  bool tags_wait_ = false;            // to be painted anew
+  std::vector<PixelBox> stale_tags_;  // only there; everywhere when empty
+  std::size_t whole_table_ = 0;       // how many tags a whole picture has
   std::unordered_map<const ViewObj*, PixelBox> boxes_;
   std::vector<PixelBox> stale_;  // to be drawn anew
   std::vector<ViewObj*> floating_;
@@ -110,6 +119,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
   ScopedConnection object_added_;
   ScopedConnection colour_changed_;
   ScopedConnection image_changed_;
+  ScopedConnection tags_soon_;
 };
 
 }  // namespace zemblar

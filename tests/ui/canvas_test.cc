@@ -120,7 +120,7 @@ class CanvasTest : public SmallRailway {
     return canvas.to_canvas(place);
   }
   /// For each of some places, spread over the canvas.
-  [[nodiscard]] std::vector<const ViewObj*> hits() const {
+  [[nodiscard]] std::vector<const ViewObj*> hits() {
     std::vector<const ViewObj*> found;
     for (int y = 0; y < canvas.get_height(); y += 3) {
       for (int x = 0; x < canvas.get_width(); x += 3) {
@@ -265,7 +265,7 @@ TEST_F(CanvasTest, what_is_painted_in_parts_is_as_if_it_were_painted_whole) {
       const auto before = canvas.repaints();
       const auto old = pixels_of(canvas.pixmap());
       change();
-      handle_events();
+      canvas.update();
       const auto parts = pixels_of(canvas.pixmap());
       const auto part_hits = hits();
       EXPECT_EQ(canvas.repaints().whole, before.whole);
