@@ -1,9 +1,10 @@
 #!/usr/bin/python3
 """Takes the pictures in docs/images. scripts/pictures calls it.
 
-    pictures.py FOLDER windows|club PROGRAM [ARGUMENT...]
+    pictures.py FOLDER windows|club|drawing PROGRAM [ARGUMENT...]
 
-The first set is of the small layout, the second of the large one, for which it takes a large screen.
+The first set is of the small layout, the second of the large one, for which it takes a large screen,
+the third of an empty one that is drawn in.
 """
 
 import os
@@ -114,9 +115,39 @@ def click(program, view, x, y):
                     'click', '1'], check=True)
 
 
+def drawing(folder, program):
+    editor = program.window('Zemblar 0.1 — Track Editor')
+    time.sleep(SPLASH)
+    activate('Track Editor')
+    canvas = wait_for(lambda: [item for item in editor.walk()
+                               if item.name == 'View 1' and item.role != 'page tab'])[0]
+    left, top, width, height = canvas.extents()
+    x, y = left + width // 2, top + height // 2
+
+    def pointer(*commands):
+        subprocess.run(['xdotool', *map(str, commands)], check=True)
+        time.sleep(0.2)
+
+    for tool, place in (('Point', (50, -60)), ('Zone', (-150, 0))):
+        editor.find('push button', tool).press()
+        pointer('mousemove', x + place[0] + 4, y + place[1])
+        pointer('mousemove', x + place[0], y + place[1])
+        pointer('click', 1)
+    box = (left - 10, top - 120, width + 420, height // 2 + 260)
+    take(folder, 'drawing-placed', box)
+    pointer('keydown', 'ctrl')
+    pointer('mousemove', x - 110, y)
+    pointer('mousedown', 1)
+    for place in ((-90, -10), (0, -50), (17, -65)):
+        pointer('mousemove', x + place[0], y + place[1])
+    pointer('mouseup', 1)
+    pointer('keyup', 'ctrl')
+    take(folder, 'drawing-joined', box)
+
+
 def main(folder, which, *command):
     with Program(*command) as program:
-        {'windows': windows, 'club': club}[which](folder, program)
+        {'windows': windows, 'club': club, 'drawing': drawing}[which](folder, program)
 
 
 main(*sys.argv[1:])

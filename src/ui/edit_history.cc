@@ -18,7 +18,7 @@ std::map<GtkWidget*, EditHistory*>& histories() {
 /// Where somebody has last pressed something; a menu belongs to it.
 EditHistory* latest = nullptr;
 /// While a button is held.
-std::optional<EditJournal::Hold> held;
+std::unique_ptr<EditJournal::Hold> held;
 
 EditHistory* history_of(GtkWidget* window) {
   const auto found = histories().find(window);
@@ -28,22 +28,6 @@ EditHistory* history_of(GtkWidget* window) {
 bool is_action(GdkEventType type) {
   return type == GDK_BUTTON_PRESS || type == GDK_KEY_PRESS;
 }
-
-/// Between the beginning and the end of what one event does.
-class Serving {
- public:
-  Serving(const Serving&) = delete;
-  Serving& operator=(const Serving&) = delete;
-  explicit Serving(const EditJournal::Done& done) : writes_(done != nullptr) {
-    if (writes_) EditJournal::get().begin(done);
-  }
-  ~Serving() {
-    if (writes_) EditJournal::get().end();
-  }
-
- private:
-  bool writes_;
-};
 
 }  // namespace
 
@@ -64,25 +48,31 @@ EditHistory::~EditHistory() {
   held.reset();
 }
 
+// A window that is gone by the end needs no step.
+EditHistory::Work::Work(EditHistory& history) {
+  auto* window = GTK_WIDGET(history.window_.gobj());
+  EditJournal::get().begin([window](std::unique_ptr<EditStep> step) {
+    auto* now = history_of(window);
+    if (!now) return;
+    now->steps_.record(std::move(step));
+    now->signal_changed_.emit();
+  });
+}
+
+EditHistory::Work::~Work() {
+  EditJournal::get().end();
+}
+
 void EditHistory::install() {
   gdk_event_handler_set([](GdkEvent* event, gpointer) { dispatch(event); }, nullptr, nullptr);
 }
 
-// A window that is gone by the end of the event needs no step.
 void EditHistory::dispatch(GdkEvent* event) {
   auto* history = of(event);
-  EditJournal::Done done;
-  if (history) {
-    done = [window = GTK_WIDGET(history->window_.gobj())](std::unique_ptr<EditStep> step) {
-      auto* now = history_of(window);
-      if (!now) return;
-      now->steps_.record(std::move(step));
-      now->signal_changed_.emit();
-    };
-  }
-  const Serving serving(done);
+  std::optional<Work> work;
+  if (history) work.emplace(*history);
   if (event->type == GDK_BUTTON_PRESS || event->type == GDK_BUTTON_RELEASE) held.reset();
-  if (history && event->type == GDK_BUTTON_PRESS) held.emplace();
+  if (history && event->type == GDK_BUTTON_PRESS) held = std::make_unique<EditJournal::Hold>();
   gtk_main_do_event(event);
 }
 

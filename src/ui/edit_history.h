@@ -24,6 +24,16 @@ class EditHistory : public sigc::trackable {
   /// Another step may be next.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
+  /// What changes while it lives was done in that window. For what is done without an event of the
+  /// toolkit, as by assistive technology.
+  class Work {
+   public:
+    explicit Work(EditHistory& history);
+    ~Work();
+    Work(const Work&) = delete;
+    Work& operator=(const Work&) = delete;
+  };
+
   /// Serves events from now on, those of windows without a history as well.
   static void install();
   /// Serves one.

@@ -60,7 +60,7 @@ TrackEditor::TrackEditor()
 void TrackEditor::append_edit_menu() {
   auto* menu = Gtk::manage(new Gtk::Menu);
   menu->set_accel_group(get_accel_group());
-  auto* item = Gtk::manage(new Gtk::ImageMenuItem(Gtk::Stock::EDIT));
+  auto* item = Gtk::manage(new Gtk::MenuItem(_("_Edit"), true));
   item->set_submenu(*menu);
   menu_bar_.insert(*item, 1);
   undo_ = append_stock_item(*menu, Gtk::Stock::UNDO, [this] { step(&EditHistory::undo); });
@@ -119,9 +119,11 @@ EditorView* TrackEditor::current_canvas() const {
 void TrackEditor::use_tool(DiagramKind kind, bool existing) {
   auto* canvas = current_canvas();
   assert(canvas && "editor");
+  const EditHistory::Work work(history_);
   if (!existing) return place_new(*canvas, kind);
   menu_ = std::make_unique<ObjectMenu<zemblar::Object>>(
-      choices_for(kind), [canvas, kind](zemblar::Object* chosen) {
+      choices_for(kind), [this, canvas, kind](zemblar::Object* chosen) {
+        const EditHistory::Work chosen_here(history_);
         if (chosen) canvas->place(draw_object(kind, *chosen), {});
       });
   menu_->show_all();
