@@ -53,6 +53,12 @@ void TrackPaths::stroke_paths(const Cairo::RefPtr<Cairo::Context>& context, bool
   paths_.clear();
 }
 
+void TrackPaths::stroke_glow(const Cairo::RefPtr<Cairo::Context>& context) {
+  context->begin_new_path();
+  stroke_all(context, glow_width);
+  paths_.clear();
+}
+
 void TrackPaths::stroke_all(const Cairo::RefPtr<Cairo::Context>& context, double width) const {
   context->set_line_width(width);
   for (const auto& path : paths_) {

@@ -23,11 +23,14 @@ class TrackPaths {
  public:
   static constexpr double rail_width = 4.0;
   static constexpr double halo_width = 8.0;
+  static constexpr double glow_width = 13.0;
 
   /// A path of fewer than two nodes is none.
   void add_path(TrackPath path);
   /// In the context's colour, over a white halo if asked for. Forgets the paths.
   void stroke_paths(const Cairo::RefPtr<Cairo::Context>& context, bool halo);
+  /// In the context's colour, wider than any halo. Forgets the paths.
+  void stroke_glow(const Cairo::RefPtr<Cairo::Context>& context);
 
  private:
   void stroke_all(const Cairo::RefPtr<Cairo::Context>& context, double width) const;

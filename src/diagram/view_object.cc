@@ -22,6 +22,15 @@ void ViewObj::save(YAML::Emitter& out) const {
   out << YAML::LocalTag("view-object");
 }
 
+void ViewObj::draw_glow(const Context& context) {
+  const auto box = runtime_box(context);
+  context->save();
+  context->set_identity_matrix();
+  context->rectangle(box.left, box.top, box.right - box.left, box.bottom - box.top);
+  context->fill();
+  context->restore();
+}
+
 void ViewObj::draw_tags(const Context& context, bool selected, SelectionTable& table) {
   draw_body_tags(context, selected, table);
   draw_link_tags(context, selected, table);

@@ -37,6 +37,8 @@ class ViewObj : public Glib::Object {
 
   virtual void draw(const Context& context, bool selected) { draw_plain(context, selected); }
   virtual void draw_runtime(const Context& context) { draw_live(context); }
+  /// Under the object, in the context's colour: shows on any paper that it is selected.
+  virtual void draw_glow(const Context& context);
   /// What `draw_runtime` can cover, in pixels.
   [[nodiscard]] virtual PixelBox runtime_box(const Context& context) = 0;
 

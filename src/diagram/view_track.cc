@@ -128,6 +128,12 @@ void ViewTrack::stroke(const Context& context, std::vector<TrackPath> tracks, bo
   paths.stroke_paths(context, halo);
 }
 
+void ViewTrack::draw_glow(const Context& context) {
+  TrackPaths paths;
+  for (const auto& track : tracks()) paths.add_path(track);
+  paths.stroke_glow(context);
+}
+
 void ViewTrack::draw_plain(const Context& context, bool selected) {
   context->set_source_rgb(0, 0, 0);
   stroke(context, tracks(), selected);

@@ -31,6 +31,7 @@ class ViewTrack : public ViewObj {
 
   /// Its ends are free; the blocks stay joined.
   void on_leaving() override;
+  void draw_glow(const Context& context) override;
   /// In an order that stays while no nodes come or go.
   [[nodiscard]] virtual std::vector<ViewSegment> segments() = 0;
   /// "Straight Line": the two nodes become neighbours, where they have room for it.

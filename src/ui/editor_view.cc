@@ -51,7 +51,13 @@ void EditorView::select(ViewObj* object) {
 // --- Drawing ---
 
 void EditorView::draw_object(const Context& context, ViewObj& object) {
-  object.draw(context, &object == selected_);
+  const bool selected = &object == selected_;
+  if (selected) {
+    const auto colour = get_style()->get_bg(Gtk::STATE_SELECTED);
+    context->set_source_rgb(colour.get_red_p(), colour.get_green_p(), colour.get_blue_p());
+    object.draw_glow(context);
+  }
+  object.draw(context, selected);
 }
 
 // Only what a dragged node could be joined to is to be met.
