@@ -6,6 +6,7 @@
 #include <cassert>
 
 #include "core/collections.h"
+#include "core/document_keeper.h"
 #include "core/i18n.h"
 #include "core/property.h"
 #include "core/status.h"
@@ -87,6 +88,8 @@ Layout::~Layout() {
 }
 
 void Layout::new_document(bool with_view) {
+  auto* keeper = with_view ? DocumentKeeper::get() : nullptr;
+  if (keeper) keeper->before_drop();
   replace_name(_("New Layout"));
   if (with_view) file_.reset();
   emptying_ = true;
@@ -106,6 +109,7 @@ void Layout::new_document(bool with_view) {
   if (with_view && view) get_views().add(view->make());
   // What the devices held that have just ended is there for others.
   if (with_view) Glib::signal_idle().connect_once([] { HWList::get().refresh(); });
+  if (keeper) keeper->begun();
 }
 
 Toplevel& Layout::get_toplevel(Section section) const {

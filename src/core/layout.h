@@ -60,6 +60,9 @@ class Layout : public Object {
   static bool open(const std::string& path);
   /// The same with bytes that have been read from there.
   static bool open_bytes(const std::string& path, const std::string& bytes);
+  /// The same with a text that has been kept of a document. The file stays what it was; `name` is
+  /// for the message of a failure.
+  static bool open_copy(const std::string& text, bool in_private_form, const Glib::ustring& name);
   /// `open` after a file chooser; a success is remembered for the next start.
   void open_dialog();
   /// Writes to `file`, or goes to `save_as` when there is none. Not the entry of an object in a
@@ -164,7 +167,10 @@ class Layout : public Object {
   void on_child_removing(Object* child) override;
 
  private:
+  static bool replace_by(Layout* opened, const std::function<void()>& load,
+                         const Glib::ustring& name);
   void load(const std::string& bytes);
+  void load_copy(const std::string& text, bool in_private_form);
   void read_document(const YAML::Node& root);
   ObjectNumbers& writing() { return numbers_ ? *numbers_ : written_; }
   ObjectNumbers& reading() { return numbers_ ? *numbers_ : read_; }

@@ -5,9 +5,11 @@
 #include <optional>
 #include <sstream>
 
+#include "core/document_keeper.h"
 #include "core/global_options.h"
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/private_form.h"
 #include "core/safe_write.h"
 #include "core/status.h"
 #include "core/yaml_io.h"
@@ -91,6 +93,7 @@ void Layout::save() {
   const auto text = serialize();
   write_safely(file_, text);
   if (first_unsaved_) set_status(loss_message(*this, *first_unsaved_));
+  if (auto* keeper = DocumentKeeper::get()) keeper->saved(!first_unsaved_);
 }
 
 void Layout::save_as() {
@@ -104,6 +107,7 @@ void Layout::save_to(std::string uri, bool complete_extension) {
     if (end != extension) uri += extension;
   }
   file_ = Gio::File::create_for_uri(uri);
+  if (auto* keeper = DocumentKeeper::get()) keeper->before_overwrite(get_path());
   save();
   GlobalOptions::get().set_layout(get_path());
 }
@@ -119,14 +123,29 @@ bool Layout::open(const std::string& path) {
 }
 
 bool Layout::open_bytes(const std::string& path, const std::string& bytes) {
+  auto* opened = new Layout;
+  opened->file_ = Gio::File::create_for_path(path);
+  return replace_by(
+      opened, [&] { opened->load(bytes); }, Glib::filename_display_name(path));
+}
+
+bool Layout::open_copy(const std::string& text, bool in_private_form, const Glib::ustring& name) {
+  auto* opened = new Layout;
+  opened->file_ = get().file_;
+  return replace_by(
+      opened, [&] { opened->load_copy(text, in_private_form); }, name);
+}
+
+bool Layout::replace_by(Layout* opened, const std::function<void()>& load,
+                        const Glib::ustring& name) {
   clear_status();
   auto* previous = &get();
-  auto* opened = new Layout;
+  auto* keeper = DocumentKeeper::get();
+  if (keeper) keeper->before_drop();
   std::optional<Glib::ustring> problem;
   try {
     get(opened);
-    opened->file_ = Gio::File::create_for_path(path);
-    opened->load(bytes);
+    load();
   } catch (const std::exception& error) {
     problem = error.what();
   } catch (const Glib::Error& error) {
@@ -137,14 +156,22 @@ bool Layout::open_bytes(const std::string& path, const std::string& bytes) {
     opened->signal_resolve_.clear();
     opened->signal_post_resolve_.clear();
     opened->destroy();
-    set_status(Glib::ustring::compose(_("Couldn't open %1: %2"), Glib::filename_display_name(path),
-                                      *problem));
+    set_status(Glib::ustring::compose(_("Couldn't open %1: %2"), name, *problem));
     return false;
   }
   previous->destroy();
   HWList::get().refresh();
   signal_replaced().emit();
+  if (keeper) keeper->begun();
   return true;
+}
+
+// The numbers belong to the new layout, which is the current one for as long as this takes.
+void Layout::load_copy(const std::string& text, bool in_private_form) {
+  ObjectNumbers numbers;
+  std::optional<PrivateForm> form;
+  if (in_private_form) form.emplace(numbers);
+  load(text);
 }
 
 void Layout::load(const std::string& bytes) {

@@ -4,6 +4,7 @@
 
 #include <cassert>
 
+#include "core/change_count.h"
 #include "core/document_class.h"
 #include "core/document_watcher.h"
 #include "core/entry_change.h"
@@ -61,6 +62,7 @@ Object* Object::find_child(const Glib::ustring& name) const {
 
 void Object::attach(Object* child, int position) {
   before_change();
+  ChangeCount::add(Change::structure);
   if (child->name_.empty() || find_child(child->name_)) find_free_name(child);
   if (position < 0) {
     g_node_insert_after(node_.gnode, last_child_, child->node_.gnode);
@@ -77,6 +79,7 @@ void Object::attach(Object* child, int position) {
 }
 
 void Object::before_change() {
+  ChangeCount::add(Change::edit);
   if (auto* watcher = DocumentWatcher::get()) watcher->before_change(*this);
 }
 
@@ -114,6 +117,7 @@ void Object::set_name(const Glib::ustring& wanted) {
 void Object::destroy() {
   if (deleting_) return;
   if (auto* watcher = DocumentWatcher::get()) watcher->before_end(*this);
+  ChangeCount::add(Change::structure);
   deleting_ = true;
   on_deleting();
   destroy_children();
@@ -181,6 +185,11 @@ bool Object::can_contain(Object* /*child*/) const {
 
 void Object::save(YAML::Emitter& /*out*/) const {
   assert(false && "Unimplemented Save");
+}
+
+bool Object::save_part(YAML::Emitter& out, unsigned /*part*/) const {
+  save(out);
+  return false;
 }
 
 void Object::restore(const EntryChange& change) {

@@ -88,6 +88,9 @@ class Object : public Glib::Object {
   [[nodiscard]] virtual bool get_deletable() const { return true; }
   /// Writes the object as an entry of a layout file. Fails an assertion unless overridden.
   virtual void save(YAML::Emitter& out) const;
+  /// Writes a part of the entry, counted from 0, and says whether there is another one: for entries
+  /// that take long. Parts of one entry follow each other.
+  virtual bool save_part(YAML::Emitter& out, unsigned part) const;
   /// Takes over what differs in the later one of two entries of this object, as if it were set by
   /// hand; the rest stays. Objects that the entry refers to are there.
   virtual void restore(const EntryChange& change);

@@ -5,6 +5,8 @@
 #include <cassert>
 #include <unordered_map>
 
+#include "core/change_count.h"
+
 #ifdef NDEBUG
 #error "Assertions stand between a programming fault and a crash on the table: build without NDEBUG"
 #endif
@@ -84,6 +86,7 @@ void PropertyTable::install(Glib::ObjectBase& object, PropertySpec spec,
 }
 
 void notify_property(Glib::ObjectBase& object, const char* name) {
+  ChangeCount::add(Change::state);
   if (const auto* spec = PropertyTable::of(object).find(name)) {
     g_object_notify_by_pspec(object.gobj(), spec->pspec);
   } else {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <utility>
 
+#include "core/change_count.h"
 #include "core/document_class.h"
 #include "core/entry_change.h"
 #include "core/i18n.h"
@@ -22,6 +23,9 @@ namespace {
 
 const DocumentClass::Registration registration(document_class<View>("!view", Section::views));
 const ToplevelAccepts acceptance = toplevel_accepts_class<View>(Section::views);
+
+// Some hundred microseconds.
+constexpr std::size_t objects_per_part = 32;
 
 Glib::RefPtr<ViewObj> hold(ViewObj* object) {
   object->reference();
@@ -94,6 +98,7 @@ void View::add_object(ViewObj* object) {
 
 void View::insert_object(ViewObj* object, std::size_t place) {
   const auto at = static_cast<std::ptrdiff_t>(std::min(place, objects_.size()));
+  ChangeCount::add(Change::structure);
   objects_.insert(objects_.begin() + at, Glib::RefPtr<ViewObj>(object));
   object->set_view(this);
   if (auto* watcher = DiagramWatcher::get()) watcher->added(*object);
@@ -106,6 +111,7 @@ void View::remove_object(ViewObj* object) {
   const auto held = hold(object);
   object->on_leaving();
   std::erase(objects_, held);
+  ChangeCount::add(Change::structure);
   object->set_view(nullptr);
   if (watcher) watcher->removed(*object);
   object_changed(nullptr);
@@ -129,6 +135,7 @@ void View::move_to(ViewObj* object, std::size_t place) {
   if (place_of(object) == objects_.size()) return;
   if (auto* watcher = DiagramWatcher::get()) watcher->before_move(*object);
   const auto held = hold(object);
+  ChangeCount::add(Change::structure);
   std::erase(objects_, held);
   const auto at = static_cast<std::ptrdiff_t>(std::min(place, objects_.size()));
   objects_.insert(objects_.begin() + at, held);
@@ -145,6 +152,7 @@ ViewObj* View::find_number(unsigned number) const {
 }
 
 void View::object_changed(ViewObj* object) {
+  ChangeCount::add(Change::state);
   auto* const outer = std::exchange(changed_object_, object);
   signal_changed_.emit();
   changed_object_ = outer;
@@ -207,14 +215,25 @@ void View::fit_to_image(double& extent, unsigned& offset, int image_extent, cons
 }
 
 void View::save(YAML::Emitter& out) const {
+  unsigned part = 0;
+  while (save_part(out, part)) ++part;
+}
+
+bool View::save_part(YAML::Emitter& out, unsigned part) const {
+  if (part == 0) save_start(out);
+  const auto first = std::min(part * objects_per_part, objects_.size());
+  const auto last = std::min(first + objects_per_part, objects_.size());
+  for (auto i = first; i < last; ++i) objects_[i]->save(out);
+  if (last < objects_.size()) return true;
+  if (!objects_.empty()) out << YAML::EndSeq;
+  out << YAML::EndMap;
+  return false;
+}
+
+void View::save_start(YAML::Emitter& out) const {
   out << YAML::LocalTag("view") << YAML::BeginMap;
   save_settings(out);
-  if (!objects_.empty()) {
-    out << YAML::Key << "objects" << YAML::Value << YAML::BeginSeq;
-    for (const auto& object : objects_) object->save(out);
-    out << YAML::EndSeq;
-  }
-  out << YAML::EndMap;
+  if (!objects_.empty()) out << YAML::Key << "objects" << YAML::Value << YAML::BeginSeq;
 }
 
 void View::save_settings(YAML::Emitter& out) const {

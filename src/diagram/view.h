@@ -76,6 +76,7 @@ class View : public Object {
   /// Its entry without the objects.
   void save_alone(YAML::Emitter& out) const;
   void restore(const EntryChange& change) override;
+  bool save_part(YAML::Emitter& out, unsigned part) const override;
 
   Glib::PropertyProxy<Gdk::Color> property_colour() { return {this, "colour"}; }
   Glib::PropertyProxy<bool> property_hidden() { return {this, "hidden"}; }
@@ -92,6 +93,7 @@ class View : public Object {
   void on_deleting() override;
 
  private:
+  void save_start(YAML::Emitter& out) const;
   void read_objects(const YAML::Node& entries);
   void drop_incomplete_objects();
   void save_settings(YAML::Emitter& out) const;

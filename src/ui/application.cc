@@ -9,6 +9,7 @@
 
 #include "core/global_options.h"
 #include "core/i18n.h"
+#include "core/recovery_copy.h"
 #include "core/status.h"
 #include "devices/hw_list.h"
 #include "runtime/context.h"
@@ -79,6 +80,8 @@ Application::Application(StartOptions options) {
   Gtk::Window::set_default_icon_name("zemblar");
   new SplashScreen;  // ends itself
   start_document();
+  recovery_copy_ = std::make_unique<RecoveryCopy>();
+  recovery_copy_->start(GlobalOptions::get().get_layout());
   HWList::get();
   tray_ = std::make_unique<Tray>(Layout::get());
   tray_->watch_for_a_place();
@@ -87,6 +90,7 @@ Application::Application(StartOptions options) {
 
 void Application::run() {
   Gtk::Main::run();
+  if (auto* copies = RecoveryCopy::get()) copies->finish();
 }
 
 }  // namespace zemblar

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "core/recovery_copy.h"
 #include "ui/tray.h"
 
 namespace zemblar {
@@ -23,10 +24,11 @@ class Application {
  public:
   explicit Application(StartOptions options);
 
-  /// Runs until Quit. Closing every window does not end it.
+  /// Runs until Quit. Closing every window does not end it. What is in no file then is kept.
   static void run();
 
  private:
+  std::unique_ptr<RecoveryCopy> recovery_copy_;
   std::unique_ptr<Tray> tray_;
 };
 

@@ -10,6 +10,7 @@
 #include "core/global_options.h"
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "ui/further_files.h"
 #include "ui/layout_dialogs.h"
 #include "ui/lok_controller.h"
 #include "ui/stock.h"
@@ -83,6 +84,8 @@ void append_file_menu(Gtk::MenuShell& bar, Gtk::Window& window) {
   append_stock_item(menu, Gtk::Stock::OPEN, sigc::ptr_fun(open_layout), keys);
   append_stock_item(menu, Gtk::Stock::SAVE, sigc::ptr_fun(save_layout), keys);
   append_stock_item(menu, Gtk::Stock::SAVE_AS, sigc::ptr_fun(save_layout_as), keys);
+  append_separator(menu);
+  menu.append(*Gtk::manage(new FurtherFilesItem));
   append_separator(menu);
   append_stock_item(menu, Gtk::Stock::CLOSE, sigc::mem_fun(window, &Gtk::Window::hide), keys);
   append_stock_item(menu, Gtk::Stock::QUIT, sigc::ptr_fun(quit), keys);

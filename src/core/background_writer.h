@@ -1,0 +1,47 @@
+#pragma once
+
+#include <condition_variable>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace zemblar {
+
+/// Writes files on a thread of its own, so that a slow disk keeps nobody waiting.
+///
+/// Of several texts that wait for the same file the last one is written. Files of different names
+/// come in no particular order. What waits at the end is still written.
+class BackgroundWriter {
+ public:
+  BackgroundWriter() = default;
+  ~BackgroundWriter();
+  BackgroundWriter(const BackgroundWriter&) = delete;
+  BackgroundWriter& operator=(const BackgroundWriter&) = delete;
+
+  /// Replaces the file, or leaves it as it was; its folder is made if need be.
+  void write(const std::string& path, std::string bytes);
+  void remove(const std::string& path);
+  /// Waits until nothing waits.
+  void finish();
+  /// What went wrong last, since it was asked for last; empty for nothing.
+  [[nodiscard]] std::string take_problem();
+
+ private:
+  using Bytes = std::optional<std::string>;  // none: the file goes
+
+  void put(const std::string& path, Bytes bytes);
+  void run();
+  static std::string carry_out(const std::string& path, const Bytes& bytes);
+
+  std::mutex mutex_;  // for everything below
+  std::condition_variable changed_;
+  std::map<std::string, Bytes> waiting_;
+  bool busy_ = false;
+  bool ending_ = false;
+  std::string problem_;
+  std::thread thread_;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,306 @@
+#include "core/recovery_copy.h"
+
+#include <glib/gstdio.h>
+#include <glibmm/convert.h>
+#include <glibmm/datetime.h>
+#include <glibmm/fileutils.h>
+#include <glibmm/main.h>
+#include <sys/stat.h>
+
+#include <functional>
+
+#include "core/i18n.h"
+#include "core/layout.h"
+
+namespace zemblar {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto look_period = 3s;
+// What is changed without being counted is found all the same.
+constexpr auto longest_pause = 30s;
+// Of one processor, at most this part goes into copies.
+constexpr auto rest_to_work = 30;
+constexpr auto slice = 2ms;
+// Nobody draws a railway that large; what is overwritten may be anything.
+constexpr goffset largest_file = 64 << 20;
+
+/// Since 1970, in microseconds; 0 when there is no such file.
+gint64 time_of_file(const std::string& path) {
+  struct stat info {};
+  if (path.empty() || ::stat(path.c_str(), &info) != 0) return 0;
+  return gint64{info.st_mtim.tv_sec} * G_USEC_PER_SEC + info.st_mtim.tv_nsec / 1000;
+}
+
+Glib::ustring display_name(const std::string& layout) {
+  return layout.empty() ? _("a layout without a file") : Glib::filename_display_basename(layout);
+}
+
+}  // namespace
+
+RecoveryCopy::RecoveryCopy(const std::string& folder) : folder_(folder) {
+  current_ = this;
+  DocumentKeeper::set(this);
+}
+
+RecoveryCopy::~RecoveryCopy() {
+  DocumentKeeper::set(nullptr);
+  current_ = nullptr;
+}
+
+void RecoveryCopy::start(const std::string& wanted) {
+  folder_.clean_up();
+  if (Layout::get().get_path().empty() && !wanted.empty()) adopt(wanted);
+  begun();
+  look_ = Timeout::every(look_period, [this] {
+    look();
+    return true;
+  });
+}
+
+void RecoveryCopy::finish() {
+  DocumentKeeper::set(nullptr);
+  look_.cancel();
+  slices_.disconnect();
+  pass_.reset();
+  if (untouched()) {
+    forget_current();
+  } else {
+    keep(DocumentText::whole(), true);
+  }
+  writer_.finish();
+}
+
+// --- Passes ---
+
+void RecoveryCopy::look() {
+  report();
+  if (pass_) return;
+  const auto pause = Clock::now() - last_pass_;
+  const bool changed = ChangeCount::get(Change::state) != changes_seen_;
+  if ((changed && pause > pass_cost_ * rest_to_work) || pause > longest_pause) begin_pass();
+}
+
+void RecoveryCopy::report() {
+  const auto problem = writer_.take_problem();
+  if (problem.empty()) return;
+  written_.reset();
+  trouble_.tell(Glib::ustring::compose(_("The recovery copy could not be written: %1"), problem));
+}
+
+void RecoveryCopy::begin_pass() {
+  pass_.reset();
+  pass_cost_ = {};
+  slices_ = Glib::signal_idle().connect(sigc::mem_fun(*this, &RecoveryCopy::write_slice));
+}
+
+bool RecoveryCopy::write_slice() {
+  if (Layout::get().is_emptying()) return true;
+  const auto start = std::chrono::steady_clock::now();
+  const auto structure = ChangeCount::get(Change::structure);
+  if (!pass_ || structure != structure_of_pass_) {
+    structure_of_pass_ = structure;
+    changes_seen_ = ChangeCount::get(Change::state);
+    pass_ = std::make_unique<DocumentText>();
+  }
+  bool more = true;
+  while (more && std::chrono::steady_clock::now() - start < slice) more = pass_->write_part();
+  pass_cost_ += std::chrono::steady_clock::now() - start;
+  if (!more) end_pass();
+  return more;
+}
+
+void RecoveryCopy::end_pass() {
+  const auto text = pass_->text();
+  pass_.reset();
+  last_pass_ = Clock::now();
+  if (saved_is_next_ && untouched()) saved_ = std::hash<std::string>()(text);
+  saved_is_next_ = false;
+  compare_found(text);
+  keep(text, false);
+}
+
+void RecoveryCopy::keep(const std::string& text, bool quit) {
+  const auto hash = std::hash<std::string>()(text);
+  if (saved_ == hash) return forget_current();
+  const auto layout = Layout::get().get_path();
+  const auto file = folder_.current_file(layout);
+  if (written_ == hash && file == current_file_ && !quit) return;
+  written_ = hash;
+  current_file_ = file;
+  current_layout_ = layout;
+  writer_.write(
+      file,
+      KeptText{.layout = layout, .time = g_get_real_time(), .quit = quit, .text = text}.bytes());
+}
+
+void RecoveryCopy::forget_current() {
+  if (!current_file_.empty()) writer_.remove(current_file_);
+  current_file_.clear();
+  written_.reset();
+}
+
+/// The file holds what the document is now.
+void RecoveryCopy::expect_saved_text() {
+  saved_.reset();
+  saved_is_next_ = true;
+  edits_at_save_ = ChangeCount::get(Change::edit);
+  begin_pass();
+}
+
+/// Whether nobody can have changed anything since then.
+bool RecoveryCopy::untouched() const {
+  return saved_is_next_ && ChangeCount::get(Change::edit) == edits_at_save_;
+}
+
+// --- What happens to the document ---
+
+void RecoveryCopy::before_drop() {
+  stale_status_ = get_status();
+  slices_.disconnect();
+  pass_.reset();
+  if (untouched()) {
+    forget_current();
+  } else {
+    keep(DocumentText::whole(), false);
+  }
+}
+
+void RecoveryCopy::begun() {
+  put_dropped_aside();
+  opened_.reset();
+  if (opening_) {  // in no file yet
+    saved_.reset();
+    saved_is_next_ = false;
+    begin_pass();
+  } else {
+    adopt(Layout::get().get_path());
+    expect_saved_text();
+  }
+  refresh();
+}
+
+void RecoveryCopy::put_dropped_aside() {
+  writer_.finish();
+  if (current_file_.empty()) return;
+  current_file_.clear();
+  written_.reset();
+  const auto file = folder_.set_aside(current_layout_);
+  if (const auto dropped = RecoveryFolder::read(file)) tell_of_dropped(*dropped);
+}
+
+void RecoveryCopy::before_overwrite(const std::string& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return;
+  if (info.st_size == 0 || info.st_size > largest_file) return;
+  try {
+    const KeptText kept{.kind = KeptText::Kind::replaced,
+                        .layout = path,
+                        .time = g_get_real_time(),
+                        .quit = true,
+                        .text = Glib::file_get_contents(path)};
+    writer_.write(folder_.free_file(path, kept.time), kept.bytes());
+    writer_.finish();
+  } catch (const Glib::Error&) {
+    // What cannot be read cannot be kept.
+  }
+}
+
+void RecoveryCopy::saved(bool whole) {
+  if (whole) {
+    forget_current();
+    if (opened_) writer_.remove(*opened_);
+    opened_.reset();
+    expect_saved_text();
+  }
+  writer_.finish();
+  if (current_file_.empty()) folder_.set_aside(Layout::get().get_path());
+  refresh();
+}
+
+// --- What has been found, and what is offered ---
+
+/// What is there belongs to work of an earlier run, or of an earlier time in this one.
+void RecoveryCopy::adopt(const std::string& layout) {
+  const auto file = folder_.set_aside(layout);
+  if (file.empty()) return;
+  if (auto about = RecoveryFolder::read(file)) {
+    found_.push_back({file, std::move(*about)});
+  } else {
+    add_status(Glib::ustring::compose(_("A recovery copy was found, but it is damaged: %1"),
+                                      Glib::filename_display_name(file)));
+  }
+}
+
+/// What the document holds anyway was not lost.
+void RecoveryCopy::compare_found(const std::string& text) {
+  if (found_.empty()) return;
+  for (const auto& entry : found_) {
+    if (entry.about.text == text) {
+      g_unlink(entry.file.c_str());
+    } else if (!entry.about.quit || entry.about.time > time_of_file(entry.about.layout)) {
+      tell_of(entry);
+    }
+  }
+  found_.clear();
+  refresh();
+}
+
+void RecoveryCopy::tell_of(const Entry& entry) {
+  add_status(Glib::ustring::compose(
+      _("Unsaved work on %1 was found, of %2. To open it choose File, Further Files."),
+      display_name(entry.about.layout),
+      Glib::DateTime::create_now_local(entry.about.time / G_USEC_PER_SEC).format("%x %H:%M")));
+}
+
+void RecoveryCopy::tell_of_dropped(const KeptText& dropped) {
+  const auto now = Layout::get().get_path();
+  const auto* format =
+      now.empty() || now == dropped.layout
+          ? _("The unsaved work on %1 is kept: choose File, Further Files.")
+          : _("The unsaved work on %1 is kept: choose File, New and then File, Further Files.");
+  add_status(Glib::ustring::compose(format, display_name(dropped.layout)));
+}
+
+/// Adds to what the status line says of the same action.
+void RecoveryCopy::add_status(const Glib::ustring& message) {
+  const auto before = get_status();
+  const bool stale = before.empty() || before.raw() == stale_status_.raw();
+  set_status(stale ? message : before + " " + message);
+}
+
+void RecoveryCopy::refresh() {
+  folder_.prune(current_file_);
+  entries_ = folder_.entries();
+  signal_changed_.emit();
+}
+
+std::vector<RecoveryCopy::Entry> RecoveryCopy::offered() const {
+  const auto path = Layout::get().get_path();
+  if (path.empty()) return entries_;
+  std::vector<Entry> offered;
+  for (const auto& entry : entries_) {
+    if (entry.about.layout == path) offered.push_back(entry);
+  }
+  return offered;
+}
+
+void RecoveryCopy::open(const std::string& file) {
+  const auto kept = RecoveryFolder::read(file);
+  const auto name = Glib::filename_display_name(file);
+  if (!kept) {
+    set_status(Glib::ustring::compose(_("Couldn't open %1: it is damaged."), name));
+    return refresh();
+  }
+  opening_ = true;
+  const bool opened = Layout::open_copy(kept->text, kept->kind == KeptText::Kind::unsaved, name);
+  opening_ = false;
+  if (!opened) return;
+  opened_ = file;
+  add_status(
+      Glib::ustring::compose(_("Opened what was kept of %1. It is in no file until you save it."),
+                             display_name(kept->layout)));
+}
+
+}  // namespace zemblar

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "core/kept_text.h"
+
+namespace zemblar {
+
+/// The folder with texts that belong to layouts: for each layout at most one that is being written
+/// again and again while the layout is worked on, and those that have been set aside.
+class RecoveryFolder {
+ public:
+  explicit RecoveryFolder(std::string path) : path_(std::move(path)) {}
+
+  /// `zemblar/recovery` in the user's configuration directory.
+  [[nodiscard]] static std::string usual_path();
+
+  /// A text that has been set aside, without the text.
+  struct Entry {
+    std::string file;
+    KeptText about;
+  };
+
+  /// The file for the work on that layout; for a document without a file if `layout` is empty.
+  [[nodiscard]] std::string current_file(const std::string& layout) const;
+  /// A name for a text that is set aside.
+  [[nodiscard]] std::string free_file(const std::string& layout, gint64 time) const;
+  /// Gives the current file of that layout another name, where it stays. Empty when there is none.
+  std::string set_aside(const std::string& layout) const;
+
+  /// The newest first; damaged ones are passed over.
+  [[nodiscard]] std::vector<Entry> entries() const;
+  /// Removes all but the newest ones.
+  void prune(const std::string& in_use) const;
+  /// Removes what writing left behind when the program was killed. Nothing is being written now.
+  void clean_up() const;
+
+  /// None when the file is not there, or damaged.
+  [[nodiscard]] static std::optional<KeptText> read(const std::string& file);
+  /// The same without the text.
+  [[nodiscard]] static std::optional<KeptText> read_about(const std::string& file);
+
+ private:
+  [[nodiscard]] std::vector<std::string> names() const;
+
+  std::string path_;
+};
+
+}  // namespace zemblar
