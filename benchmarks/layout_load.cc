@@ -10,6 +10,7 @@
 
 #include "benchmarks/layout_scene.h"
 #include "benchmarks/ratio.h"
+#include "core/document_text.h"
 #include "core/layout.h"
 #include "core/status.h"
 
@@ -97,6 +98,17 @@ const Figure saving("layout: save 10,000 objects, to emitting the same events", 
                         return sample;
                       };
                     });
+
+const Figure copying("layout: write 10,000 objects for recovery, in parts, to writing their file",
+                     "ms", 1.3, [](Effort effort) {
+                       fill_with_loks(effort.count(object_count));
+                       return [] {
+                         Sample sample;
+                         sample.floor = milliseconds([] { keep(Layout::get().serialize()); });
+                         sample.figure = milliseconds([] { keep(DocumentText::whole()); });
+                         return sample;
+                       };
+                     });
 
 }  // namespace
 }  // namespace zemblar::bench

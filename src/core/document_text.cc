@@ -44,7 +44,7 @@ std::size_t DocumentText::size() const {
   return out_->size();
 }
 
-std::string DocumentText::text() const {
+std::string_view DocumentText::text() const {
   return {out_->c_str(), out_->size()};
 }
 
@@ -52,7 +52,7 @@ std::string DocumentText::whole() {
   DocumentText document;
   while (document.write_part()) {
   }
-  return document.text();
+  return std::string(document.text());
 }
 
 }  // namespace zemblar

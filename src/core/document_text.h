@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "core/object_numbers.h"
 
@@ -30,8 +31,8 @@ class DocumentText {
   bool write_part();
   /// Of what is written, in bytes.
   [[nodiscard]] std::size_t size() const;
-  /// The whole text, when everything is written.
-  [[nodiscard]] std::string text() const;
+  /// The whole text, when everything is written; as long as this lives.
+  [[nodiscard]] std::string_view text() const;
 
   /// All at once. Keeps the main loop waiting: some 10 µs for each object.
   [[nodiscard]] static std::string whole();

@@ -37,7 +37,7 @@ bool read_number(const std::string& text, Number& number) {
 
 }  // namespace
 
-std::string KeptText::bytes() const {
+std::string KeptText::bytes_with(std::string_view other) const {
   std::ostringstream out;
   out.imbue(std::locale::classic());
   out << first_line;
@@ -45,9 +45,11 @@ std::string KeptText::bytes() const {
   out << "layout: " << (layout.empty() ? "none" : Glib::filename_to_uri(layout).raw()) << '\n';
   out << "time: " << time << '\n';
   out << "quit: " << (quit ? "yes" : "no") << '\n';
-  out << "size: " << text.size() << "\n\n";
-  out << text;
-  return out.str();
+  out << "size: " << other.size() << "\n\n";
+  const auto head = out.str();
+  std::string bytes;
+  bytes.reserve(head.size() + other.size());
+  return bytes.append(head).append(other);
 }
 
 std::optional<KeptText> KeptText::parse(std::string_view bytes, std::size_t file_size) try {

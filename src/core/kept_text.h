@@ -22,7 +22,9 @@ struct KeptText {
   bool quit = false;   ///< it was taken when the program ended in good order
   std::string text;
 
-  [[nodiscard]] std::string bytes() const;
+  [[nodiscard]] std::string bytes() const { return bytes_with(text); }
+  /// The same with another text in the place of `text`.
+  [[nodiscard]] std::string bytes_with(std::string_view other) const;
   /// None for anything that `bytes` has not made, and for what has been cut off. `bytes` may be the
   /// mere beginning of a file of `file_size`; then only a part of the text is there.
   [[nodiscard]] static std::optional<KeptText> parse(std::string_view bytes, std::size_t file_size);

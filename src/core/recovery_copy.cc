@@ -92,11 +92,29 @@ void RecoveryCopy::report() {
 void RecoveryCopy::begin_pass() {
   pass_.reset();
   pass_cost_ = {};
-  slices_ = Glib::signal_idle().connect(sigc::mem_fun(*this, &RecoveryCopy::write_slice));
+  step_ = Step::write;
+  slices_ = Glib::signal_idle().connect(sigc::mem_fun(*this, &RecoveryCopy::take_step));
+}
+
+// The end has turns of the main loop of its own: with many objects it takes a while as well.
+bool RecoveryCopy::take_step() {
+  if (Layout::get().is_emptying()) return true;
+  switch (step_) {
+    case Step::write:
+      if (!write_slice()) step_ = Step::compare;
+      return true;
+    case Step::compare:
+      end_pass();
+      step_ = Step::release;
+      return true;
+    case Step::release:
+      break;
+  }
+  pass_.reset();
+  return false;
 }
 
 bool RecoveryCopy::write_slice() {
-  if (Layout::get().is_emptying()) return true;
   const auto start = std::chrono::steady_clock::now();
   const auto structure = ChangeCount::get(Change::structure);
   if (!pass_ || structure != structure_of_pass_) {
@@ -107,22 +125,20 @@ bool RecoveryCopy::write_slice() {
   bool more = true;
   while (more && std::chrono::steady_clock::now() - start < slice) more = pass_->write_part();
   pass_cost_ += std::chrono::steady_clock::now() - start;
-  if (!more) end_pass();
   return more;
 }
 
 void RecoveryCopy::end_pass() {
   const auto text = pass_->text();
-  pass_.reset();
   last_pass_ = Clock::now();
-  if (saved_is_next_ && untouched()) saved_ = std::hash<std::string>()(text);
+  if (saved_is_next_ && untouched()) saved_ = std::hash<std::string_view>()(text);
   saved_is_next_ = false;
   compare_found(text);
   keep(text, false);
 }
 
-void RecoveryCopy::keep(const std::string& text, bool quit) {
-  const auto hash = std::hash<std::string>()(text);
+void RecoveryCopy::keep(std::string_view text, bool quit) {
+  const auto hash = std::hash<std::string_view>()(text);
   if (saved_ == hash) return forget_current();
   const auto layout = Layout::get().get_path();
   const auto file = folder_.current_file(layout);
@@ -130,9 +146,8 @@ void RecoveryCopy::keep(const std::string& text, bool quit) {
   written_ = hash;
   current_file_ = file;
   current_layout_ = layout;
-  writer_.write(
-      file,
-      KeptText{.layout = layout, .time = g_get_real_time(), .quit = quit, .text = text}.bytes());
+  const KeptText about{.layout = layout, .time = g_get_real_time(), .quit = quit, .text = {}};
+  writer_.write(file, about.bytes_with(text));
 }
 
 void RecoveryCopy::forget_current() {
@@ -234,7 +249,7 @@ void RecoveryCopy::adopt(const std::string& layout) {
 }
 
 /// What the document holds anyway was not lost.
-void RecoveryCopy::compare_found(const std::string& text) {
+void RecoveryCopy::compare_found(std::string_view text) {
   if (found_.empty()) return;
   for (const auto& entry : found_) {
     if (entry.about.text == text) {

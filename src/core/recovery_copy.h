@@ -70,14 +70,15 @@ class RecoveryCopy : private DocumentKeeper {
   void look();
   void report();
   void begin_pass();
+  bool take_step();
   bool write_slice();
   void end_pass();
-  void keep(const std::string& text, bool quit);
+  void keep(std::string_view text, bool quit);
   void forget_current();
   void expect_saved_text();
   [[nodiscard]] bool untouched() const;
   void adopt(const std::string& layout);
-  void compare_found(const std::string& text);
+  void compare_found(std::string_view text);
   void tell_of(const Entry& entry);
   void tell_of_dropped(const KeptText& dropped);
   void put_dropped_aside();
@@ -101,6 +102,7 @@ class RecoveryCopy : private DocumentKeeper {
   std::string current_layout_;   // that it belongs to
 
   std::unique_ptr<DocumentText> pass_;  // under way
+  enum class Step { write, compare, release } step_ = Step::write;
   Clock::duration pass_cost_{};
   ChangeCount::Count structure_of_pass_ = 0;
   ChangeCount::Count changes_seen_ = 0;

@@ -2,6 +2,7 @@
 
 #include <map>
 
+#include "core/document_text.h"
 #include "diagram/view.h"
 #include "diagram/view_label.h"
 #include "diagram/view_link_node.h"
@@ -65,6 +66,23 @@ TEST_F(SampleLayouts, come_back_byte_for_byte_and_draw_all_of_their_track) {
         }
       }
     }
+  }
+}
+
+TEST_F(SampleLayouts, come_back_from_a_copy_that_is_written_in_small_parts) {
+  constexpr std::size_t largest = 16384;
+  for (const auto* name : {"sample.zblt", "club.zblt"}) {
+    const auto path = Glib::build_filename(SAMPLE_LAYOUTS, name);
+    ASSERT_TRUE(Layout::open(path)) << get_status();
+    DocumentText text;
+    for (auto before = text.size(); text.write_part(); before = text.size()) {
+      EXPECT_LT(text.size() - before, largest);
+    }
+    ASSERT_TRUE(Layout::open_copy(std::string(text.text()), true, "copy")) << get_status();
+    EXPECT_EQ(get_status(), "");
+    EXPECT_EQ(DocumentText::whole(), text.text());
+    EXPECT_EQ(layout().get_path(), path);
+    EXPECT_EQ(layout().serialize(), test::bytes_of(path));
   }
 }
 
