@@ -42,7 +42,9 @@ int main(int argc, char** argv) {
   if (with_liusb) railway.plug_liusb_into(*hardware);
   zemblar::HWList::look_at(std::move(hardware));
   zemblar::GlobalOptions::get().set_layout(argv[argc - 1]);
-  zemblar::Application application({.track_view = true, .track_editor = true});
+  // What it adds to the layout by itself is nobody's work.
+  zemblar::Application application(
+      {.track_view = true, .track_editor = true, .keep_unsaved = false});
   const auto begin = [&railway] {
     add_station(railway.port());
     railway.build();

@@ -80,8 +80,10 @@ Application::Application(StartOptions options) {
   Gtk::Window::set_default_icon_name("zemblar");
   new SplashScreen;  // ends itself
   start_document();
-  recovery_copy_ = std::make_unique<RecoveryCopy>();
-  recovery_copy_->start(GlobalOptions::get().get_layout());
+  if (options.keep_unsaved) {
+    recovery_copy_ = std::make_unique<RecoveryCopy>();
+    recovery_copy_->start(GlobalOptions::get().get_layout());
+  }
   HWList::get();
   tray_ = std::make_unique<Tray>(Layout::get());
   tray_->watch_for_a_place();

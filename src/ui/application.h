@@ -11,6 +11,8 @@ namespace zemblar {
 struct StartOptions {
   bool track_view = false;
   bool track_editor = false;
+  /// Whether work that is in no file is kept.
+  bool keep_unsaved = true;
 };
 
 /// What comes before everything else in a process, the toolkit included: the user's language, and
