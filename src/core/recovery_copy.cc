@@ -303,19 +303,20 @@ std::vector<RecoveryCopy::Entry> RecoveryCopy::offered() const {
 
 void RecoveryCopy::open(const std::string& file) {
   const auto kept = RecoveryFolder::read(file);
-  const auto name = Glib::filename_display_name(file);
   if (!kept) {
-    set_status(Glib::ustring::compose(_("Couldn't open %1: it is damaged."), name));
+    set_status(Glib::ustring::compose(_("Couldn't open %1: it is damaged."),
+                                      Glib::filename_display_name(file)));
     return refresh();
   }
+  const auto name = display_name(kept->layout);
   opening_ = true;
-  const bool opened = Layout::open_copy(kept->text, kept->kind == KeptText::Kind::unsaved, name);
+  const bool opened = Layout::open_copy(kept->text, kept->kind == KeptText::Kind::unsaved,
+                                        Glib::ustring::compose(_("what was kept of %1"), name));
   opening_ = false;
   if (!opened) return;
   opened_ = file;
-  add_status(
-      Glib::ustring::compose(_("Opened what was kept of %1. It is in no file until you save it."),
-                             display_name(kept->layout)));
+  add_status(Glib::ustring::compose(
+      _("Opened what was kept of %1. It is in no file until you save it."), name));
 }
 
 }  // namespace zemblar
