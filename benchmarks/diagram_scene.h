@@ -118,9 +118,10 @@ class DiagramScene {
 };
 
 /// The canvas of a scene, on the screen.
-class SceneWindow {
+template <typename Canvas>
+class CanvasWindow {
  public:
-  explicit SceneWindow(View& view) : canvas(view) {
+  explicit CanvasWindow(View& view) : canvas(view) {
     canvas.set_size_request(DiagramScene::width, DiagramScene::height);
     window_.add(canvas);
     window_.show_all();
@@ -160,7 +161,9 @@ class SceneWindow {
   Gtk::Window window_{Gtk::WINDOW_POPUP};  // no window manager has a say
 
  public:
-  RuntimeView canvas;
+  Canvas canvas;
 };
+
+using SceneWindow = CanvasWindow<RuntimeView>;
 
 }  // namespace zemblar::bench
