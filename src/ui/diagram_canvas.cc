@@ -294,6 +294,8 @@ Vector DiagramCanvas::to_view(const Vector& place) const {
 
 bool DiagramCanvas::on_button_press_event(GdkEventButton* event) {
   if (event->type != GDK_BUTTON_PRESS || event->button != 2) return false;
+  // What another button does goes on.
+  if (mode_ != Mode::idle && mode_ != Mode::panning) return false;
   last_x_ = event->x;
   last_y_ = event->y;
   mode_ = Mode::panning;
@@ -301,7 +303,7 @@ bool DiagramCanvas::on_button_press_event(GdkEventButton* event) {
 }
 
 bool DiagramCanvas::on_button_release_event(GdkEventButton* event) {
-  if (event->button != 2) return false;
+  if (event->button != 2 || mode_ != Mode::panning) return false;
   mode_ = Mode::idle;
   return true;
 }

@@ -249,6 +249,7 @@ TEST_F(DiagramTest, nodes_take_their_direction_from_neighbours_and_partners) {
   b->make_curved(b->segments()[0]);
   end(*b, "left").connect(right);
   EXPECT_EQ(end(*b, "left").dir, right.dir);
+  EXPECT_EQ(right.get_path_direction(), right.dir);
   end(*b, "right").connect(left);
   end(*b, "right").disconnect();
   end(*b, "left").disconnect();
@@ -256,6 +257,7 @@ TEST_F(DiagramTest, nodes_take_their_direction_from_neighbours_and_partners) {
   end(*b, "right").get_block_link()->disconnect();
   end(*b, "left").connect(left);
   EXPECT_EQ(end(*b, "left").dir, -left.dir);
+  EXPECT_EQ(left.get_path_direction(), left.dir);
 
   // Handles: free, locked, and never too short.
   auto& node = end(*b, "right");
@@ -336,6 +338,12 @@ TEST_F(DiagramTest, a_zone_shows_who_is_in_it_and_where_that_is_heading) {
   const Picture left(*view);
   EXPECT_EQ(left.at(middle + 5, 4), black);
   EXPECT_NE(left.at(middle - 5, 4), black);
+  // It stands in the middle of the segments, or on the node that does.
+  a->add_node(0);
+  EXPECT_EQ(Picture(*view).at(middle + 5, 4), black);
+  a->add_node(0);
+  EXPECT_EQ(Picture(*view).at(-56.25 + 5, 4), black);
+  EXPECT_EQ(Picture(*view).at(middle + 5, 4), paper);
   lok->orientation_known = false;
   lok->detected(&zones[0]->right, &zones[0]->left, false);
 }
@@ -348,6 +356,9 @@ TEST_F(DiagramTest, a_point_shows_its_way_on_top_and_is_set_by_a_click) {
   EXPECT_EQ(Picture(*view).at(15, 0), black);
   EXPECT_EQ(Picture(*view).at(15, 12), grey);
   EXPECT_EQ(Picture(*view).at(-25, 5), black) << "a tick";
+  // Only the way that is not set has a halo, below the other one.
+  EXPECT_EQ(Picture(*view).at(15, -3), paper);
+  EXPECT_EQ(Picture(*view).at(15, 16), white);
   points->click(ViewSwitch::StateTag(points, states[1]));
   EXPECT_EQ(point->get_state(), states[1]);
   EXPECT_EQ(Picture(*view).at(15, 0), grey);
@@ -402,11 +413,12 @@ TEST_F(DiagramTest, a_label_says_who_is_there_and_how_fast) {
   auto* label = show<ViewLabel>(*stretch, {0, 0});
   EXPECT_EQ(label->get_text(), "");
   auto* lok = new_lok_in(stretch, "Express");
-  lok->set_top_speed(126);
+  lok->set_top_speed(160);
   EXPECT_EQ(label->get_text(), "Express");
-  lok->set_actual_speed(100);
-  EXPECT_EQ(label->get_text(),
-            "Express\nActual Speed: " + std::to_string(lok->get_actual_speed()) + " km/h");
+  lok->set_actual_speed(126);
+  // As near as the decoder's own steps come to it, in 126ths of the top speed.
+  EXPECT_EQ(lok->get_actual_speed(), 124);
+  EXPECT_EQ(label->get_text(), "Express\nActual Speed: 157 km/h");
   lok->set_name("Local");
   EXPECT_THAT(label->get_text(), HasSubstr("Local"));
   lok->destroy();

@@ -183,6 +183,7 @@ TEST_F(RedrawTest, whatever_looks_different_has_said_so) {
 TEST_F(RedrawTest, nothing_is_drawn_where_nobody_would_look_for_it) {
   lok->set_name("Jodler");
   a->make_curved(a->segments()[0]);
+  end(*b, "left").drag(ViewNode::right_handle, {80, 90});
   for (const double zoom : {0.3, 1.0, 2.2, 6.0}) {
     for (const double angle : {0.0, 0.4, M_PI / 4, 2.0}) {
       turn_first_zone(angle);

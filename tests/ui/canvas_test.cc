@@ -1,5 +1,6 @@
 // The operating display, by events on its canvas.
 
+#include <gdkmm/pixbuf.h>
 #include <gmock/gmock.h>
 #include <gtkmm/window.h>
 
@@ -119,13 +120,15 @@ class CanvasTest : public SmallRailway {
     canvas.update();
     return canvas.to_canvas(place);
   }
-  /// For each of some places, spread over the canvas.
-  [[nodiscard]] std::vector<const ViewObj*> hits() {
-    std::vector<const ViewObj*> found;
+  /// The object, and its state if it is of one, for each of some places, spread over the canvas.
+  using Hit = std::pair<const ViewObj*, const PointState*>;
+  [[nodiscard]] std::vector<Hit> hits() {
+    std::vector<Hit> found;
     for (int y = 0; y < canvas.get_height(); y += 3) {
       for (int x = 0; x < canvas.get_width(); x += 3) {
         const auto tag = canvas.hit(x, y);
-        found.push_back(tag ? tag->object : nullptr);
+        const auto* way = dynamic_cast<const ViewSwitch::StateTag*>(tag.get());
+        found.emplace_back(tag ? tag->object : nullptr, way ? way->state : nullptr);
       }
     }
     return found;
@@ -221,6 +224,29 @@ TEST_F(CanvasTest, what_is_under_the_pointer_stays_there_and_returns) {
   // As far as it goes, letters are still drawn.
   scroll(GDK_SCROLL_UP, on_canvas({-85, -7}), 200);
   EXPECT_THAT(pixels_of(canvas.pixmap()), testing::Contains(black));
+}
+
+TEST_F(CanvasTest, a_picture_lies_in_the_middle_and_goes_with_the_rest) {
+  constexpr unsigned blue = 0x2040c0;
+  const auto plan = folder.file("plan.png");
+  const auto drawn = Gdk::Pixbuf::create(Gdk::COLORSPACE_RGB, false, 8, 120, 80);
+  drawn->fill(blue << 8 | 255);
+  drawn->save(plan, "png");
+  view.set_image(plan);
+  handle_events();
+  EXPECT_EQ(canvas.size_request().width, 120);
+  EXPECT_LT((on_canvas({60, 40}) - Vector{200, 150}).length(), 1e-6);
+  const Vector pointer{310, 70};
+  const auto home = canvas.to_view(pointer);
+  for (const int steps : {0, 6, -10}) {
+    scroll(steps < 0 ? GDK_SCROLL_DOWN : GDK_SCROLL_UP, pointer, std::abs(steps));
+    EXPECT_LT((on_canvas(home) - pointer).length(), 1e-6);
+    for (const double y : {6, 74}) {
+      EXPECT_EQ(colour_at(on_canvas({114, y})), blue);
+      EXPECT_EQ(colour_at(on_canvas({126, y})), 0xffffffu);
+    }
+    EXPECT_EQ(colour_at(on_canvas({90, 86})), 0xffffffu);
+  }
 }
 
 TEST_F(CanvasTest, a_double_click_acts_once) {

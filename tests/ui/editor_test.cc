@@ -98,6 +98,31 @@ TEST_F(EditorTest, drags_what_is_under_the_pointer_and_joins_with_ctrl) {
   EXPECT_EQ(canvas.get_selected(), nullptr);
 }
 
+TEST_F(EditorTest, placing_goes_on_under_the_wheel_and_ends_when_the_pointer_is_taken_away) {
+  int placed = 0;
+  int cancelled = 0;
+  canvas.signal_placed().connect([&] { ++placed; });
+  const auto place = [&] {
+    canvas.place(draw_object(DiagramKind::zone, make_object(DiagramKind::zone)),
+                 [&] { ++cancelled; });
+  };
+  place();
+  press({10, 10}, 2);
+  release({10, 10}, 2);
+  move({20, 30}, 0);
+  press({20, 30});
+  release({20, 30});
+  EXPECT_EQ(placed, 1);
+  EXPECT_EQ(end(view.get_objects().back().operator->(), "left").pos, (Vector{-20, 30}));
+  place();
+  auto* broken = gdk_event_new(GDK_GRAB_BROKEN);
+  broken->any.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
+  canvas.event(broken);
+  gdk_event_free(broken);
+  EXPECT_EQ(cancelled, 1);
+  EXPECT_EQ(view.get_objects().size(), 1u);
+}
+
 TEST_F(EditorTest, places_what_is_new_or_takes_it_away_again) {
   int placed = 0;
   int cancelled = 0;
