@@ -12,6 +12,8 @@ class DocumentWatcher {
 
   /// Something that belongs to the entry of the object, or of one above it, is about to change.
   virtual void before_change(Object& object) = 0;
+  /// The object is about to go to another place, among its siblings or those below `parent`.
+  virtual void before_move(Object& object, Object& parent) = 0;
   /// The object is about to end, with all below it.
   virtual void before_end(Object& object) = 0;
   /// Everybody has let go of the object.

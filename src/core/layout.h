@@ -127,6 +127,8 @@ class Layout : public Object {
   sigc::signal<void, Object*>& signal_object_added() { return signal_object_added_; }
   sigc::signal<void, Object*>& signal_object_removed() { return signal_object_removed_; }
   sigc::signal<void, Object*>& signal_object_renamed() { return signal_object_renamed_; }
+  /// It has another parent now, or another place among its siblings.
+  sigc::signal<void, Object*>& signal_object_moved() { return signal_object_moved_; }
   /// Every 500 ms, for what blinks and ages.
   sigc::signal<void>& signal_pulse() { return signal_pulse_; }
 
@@ -182,6 +184,7 @@ class Layout : public Object {
   sigc::signal<void, Object*> signal_object_added_;
   sigc::signal<void, Object*> signal_object_removed_;
   sigc::signal<void, Object*> signal_object_renamed_;
+  sigc::signal<void, Object*> signal_object_moved_;
   sigc::signal<void> signal_pulse_;
   LoadSignal signal_resolve_;
   LoadSignal signal_post_resolve_;

@@ -2,6 +2,7 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include <algorithm>
 #include <cassert>
 
 #include "core/change_count.h"
@@ -64,6 +65,14 @@ void Object::attach(Object* child, int position) {
   before_change();
   ChangeCount::add(Change::structure);
   if (child->name_.empty() || find_child(child->name_)) find_free_name(child);
+  link(child, position);
+  const auto* root = g_node_get_root(node_.gnode);
+  if (!Layout::exists() || of(root) != &Layout::get()) return;
+  if (auto* watcher = DocumentWatcher::get()) watcher->added(*child);
+  announce_tree(child);
+}
+
+void Object::link(Object* child, int position) {
   if (position < 0) {
     g_node_insert_after(node_.gnode, last_child_, child->node_.gnode);
   } else {
@@ -71,11 +80,26 @@ void Object::attach(Object* child, int position) {
   }
   if (!child->node_.gnode->next) last_child_ = child->node_.gnode;
   names().insert(child->name_, child);
+}
 
-  const auto* root = g_node_get_root(node_.gnode);
-  if (!Layout::exists() || of(root) != &Layout::get()) return;
-  if (auto* watcher = DocumentWatcher::get()) watcher->added(*child);
-  announce_tree(child);
+bool Object::can_move_to(const Object& parent) {
+  const auto* container = get_parent();
+  return container && container->can_contain(this) && parent.can_contain(this);
+}
+
+// The new name comes last, when the object is where it can be found by it.
+void Object::move_to(Object& parent, unsigned position) {
+  assert(&parent != this && !g_node_is_ancestor(node_.gnode, parent.node_.gnode));
+  const bool stays = get_parent() == &parent;
+  const auto last = parent.child_count() - (stays ? 1 : 0);
+  const auto place = static_cast<int>(std::min(position, last));
+  if (deleting_ || parent.deleting_ || (stays && get_position() == place)) return;
+  if (auto* watcher = DocumentWatcher::get()) watcher->before_move(*this, parent);
+  leave_parent();
+  parent.link(this, place);
+  if (parent.find_child(name_) != this) parent.find_free_name(this);
+  if (Layout::exists()) Layout::get().signal_object_moved().emit(this);
+  parent.signal_child_moved_.emit(this);
 }
 
 void Object::before_change() {

@@ -58,6 +58,14 @@ class Object : public Glib::Object {
     return child;
   }
 
+  /// Puts the object, with all below it, at a place among the children of `parent`: its own one or
+  /// another, but none that stands below it. It stays the same object, and nobody who follows it
+  /// need let go. The place is the one that it has then, counted from 0; the last one when there
+  /// are fewer. A name that is taken there is replaced as in `add`.
+  void move_to(Object& parent, unsigned position);
+  /// Whether a person may do so: the container that it is in takes such objects, as does `parent`.
+  [[nodiscard]] bool can_move_to(const Object& parent);
+
   /// Ends the object and all below it. A second call from a handler of the first does nothing.
   void destroy();
   void destroy_children();
@@ -109,6 +117,8 @@ class Object : public Glib::Object {
   sigc::signal<void>& signal_deleted() { return signal_deleted_; }
   sigc::signal<void, Object*>& signal_child_added() { return signal_child_added_; }
   sigc::signal<void, Object*>& signal_child_removed() { return signal_child_removed_; }
+  /// On the parent that it has now, after a move. No child is added or removed by that.
+  sigc::signal<void, Object*>& signal_child_moved() { return signal_child_moved_; }
 
   // For ObjectIter.
   [[nodiscard]] GNode* gnode() const { return node_.gnode; }
@@ -133,6 +143,7 @@ class Object : public Glib::Object {
 
  private:
   void attach(Object* child, int position = -1);
+  void link(Object* child, int position);
   void announce(Object* child);
   void announce_tree(Object* child);
   void leave_parent();
@@ -154,6 +165,7 @@ class Object : public Glib::Object {
   sigc::signal<void> signal_deleted_;
   sigc::signal<void, Object*> signal_child_added_;
   sigc::signal<void, Object*> signal_child_removed_;
+  sigc::signal<void, Object*> signal_child_moved_;
 };
 
 }  // namespace zemblar

@@ -19,7 +19,7 @@ struct PartNumbers {
 /// How a part of the document is at one time.
 struct PartState {
   bool exists = false;
-  unsigned parent = 0;  ///< the number of the toplevel, or of the view
+  unsigned parent = 0;  ///< the number of what it stands in
   unsigned place = 0;   ///< among its siblings
   std::string entry;    ///< in the private form; that of a view is without its drawings
 

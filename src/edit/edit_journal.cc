@@ -103,6 +103,8 @@ Glib::ustring EditJournal::name_for(const std::vector<Noted>& changed) const {
       {_("Delete “%1”"), [](const Part& p) { return p.kind == Kind::object && !p.after.exists; }},
       {_("Draw “%1”"), [](const Part& p) { return !p.before.exists; }},
       {_("Remove “%1” From View"), [](const Part& p) { return !p.after.exists; }},
+      {_("Move “%1” Elsewhere"),
+       [](const Part& p) { return p.moved && p.before.parent != p.after.parent; }},
       {_("Reorder “%1”"), [](const Part& p) { return p.moved; }},
       {_("Move “%1”"), [](const Part& p) { return p.kind == Kind::drawing; }},
   };
@@ -162,12 +164,27 @@ EditJournal::Noted* EditJournal::find(Kind kind, unsigned number) {
 void EditJournal::before_change(Object& object) {
   if (!is_noting()) return;
   auto* entry = entry_of(object);
-  if (!entry || entry->is_deleting()) return;
-  const auto number = numbers_.objects.number_of(entry);
-  if (find(Kind::object, number)) return;
-  noted_.push_back(
-      {{.kind = Kind::object, .number = number, .before = state_of(*entry), .after = {}},
-       entry->get_name()});
+  if (entry && !entry->is_deleting()) note(*entry);
+}
+
+EditJournal::Noted& EditJournal::note(Object& object) {
+  const auto number = numbers_.objects.number_of(&object);
+  if (auto* noted = find(Kind::object, number)) return *noted;
+  return noted_.emplace_back(
+      Noted{{.kind = Kind::object, .number = number, .before = state_of(object), .after = {}},
+            object.get_name()});
+}
+
+// What moves is a part of its own, also where it is or comes to be in the entry of another one: so
+// it need not end to go back.
+void EditJournal::before_move(Object& object, Object& parent) {
+  if (!is_noting() || !entry_of(object)) return;
+  auto& noted = note(object);
+  const auto place = static_cast<unsigned>(object.get_position());
+  if (!noted.part.moved) note_place(noted, place);
+  find(Kind::object, numbers_.objects.number_of(&object))->part.moved = true;
+  before_change(*object.get_parent());
+  before_change(parent);
 }
 
 void EditJournal::before_end(Object& object) {

@@ -74,6 +74,7 @@ class EditJournal : private DocumentWatcher, private DiagramWatcher {
   EditJournal();
 
   void before_change(Object& object) override;
+  void before_move(Object& object, Object& parent) override;
   void before_end(Object& object) override;
   void ended(const Object& object) override;
   void added(Object& object) override;
@@ -85,6 +86,7 @@ class EditJournal : private DocumentWatcher, private DiagramWatcher {
 
   [[nodiscard]] bool is_noting() const { return depth_ != 0 && paused_ == 0; }
   Noted* find(Kind kind, unsigned number);
+  Noted& note(Object& object);
   Noted& note(ViewObj& object);
   void note_place(const Noted& noted, unsigned place);
   [[nodiscard]] PartState state_of(Object& object);

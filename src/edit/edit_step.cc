@@ -82,9 +82,9 @@ bool EditStep::finds(State state) const {
   });
 }
 
-// Whatever is to end goes first, so that names and joins are free for what comes back. Objects come
-// before the drawings that show them. What was touched last is put back first: each place counts
-// what was there when it was noted.
+// Whatever has moved leaves what may be about to end. Whatever is to end goes first, so that names
+// and joins are free for what comes back. Objects come before the drawings that show them. What was
+// touched last is put back first: each place counts what was there when it was noted.
 bool EditStep::go(State from, State to) {
   if (!finds(from)) return false;
   const Replay replay(*numbers_);
@@ -95,11 +95,30 @@ bool EditStep::go(State from, State to) {
   } else {
     std::ranges::stable_sort(order, {}, [=](const Part* part) { return (part->*to).place; });
   }
+  take_out(from, to);
   end_parts(from, to);
   make_objects(order, from, to);
   restore_objects(from, to);
   make_drawings(order, from, to);
   return true;
+}
+
+// To the end of where it goes, so that it is not counted in the places of the others. An object
+// whose container is not there comes back with that, and the same name.
+void EditStep::take_out(State from, State to) const {
+  for (const auto& part : parts_) {
+    const auto& was = part.*from;
+    const auto& is = part.*to;
+    if (part.kind != Kind::object || !part.moved || !was.exists || !is.exists) continue;
+    auto* object = numbers_->objects.find(part.number);
+    auto* parent = numbers_->objects.find(is.parent);
+    if (!object || (was.parent == is.parent && to == &Part::before)) continue;
+    if (parent) {
+      object->move_to(*parent, parent->child_count());
+    } else {
+      object->destroy();
+    }
+  }
 }
 
 void EditStep::end_parts(State from, State to) const {
@@ -117,11 +136,14 @@ void EditStep::make_objects(const std::vector<const Part*>& order, State from, S
   bool devices = false;
   for (const auto* part : order) {
     const auto& state = part->*to;
-    if (part->kind != Kind::object || !state.exists || (part->*from).exists) continue;
+    if (part->kind != Kind::object || !state.exists) continue;
+    auto* object = numbers_->objects.find(part->number);
+    auto* parent = numbers_->objects.find(state.parent);
+    if (object && parent && part->moved) object->move_to(*parent, state.place);
+    if (object || !parent || (part->*from).exists) continue;
     const auto entry = YAML::Load(state.entry);
     const auto* document_class = find_document_class(entry.Tag());
-    auto* parent = numbers_->objects.find(state.parent);
-    if (!document_class || !parent) continue;
+    if (!document_class) continue;
     auto* made = parent->insert(document_class->load(entry), state.place);
     devices = devices || dynamic_cast<Device*>(made) != nullptr;
   }

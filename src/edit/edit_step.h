@@ -11,8 +11,8 @@ namespace zemblar {
 /// One step of what somebody has done to the document, that can be undone and redone.
 ///
 /// It holds how each part that was touched was before and is after: an object that stands under a
-/// toplevel, with all that its entry says, or a diagram object. What was touched by others
-/// meanwhile stays as they left it as far as it is not the same key of the same entry.
+/// toplevel or has moved, with all that its entry says, or a diagram object. What was touched by
+/// others meanwhile stays as they left it as far as it is not the same key of the same entry.
 class EditStep {
  public:
   struct Part {
@@ -21,7 +21,7 @@ class EditStep {
     unsigned number;
     PartState before;
     PartState after;
-    bool moved = false;  ///< among its siblings
+    bool moved = false;  ///< to another parent, or among its siblings
   };
 
   /// The parts stand in the order in which they were touched first.
@@ -50,6 +50,7 @@ class EditStep {
 
   [[nodiscard]] bool finds(State state) const;
   bool go(State from, State to);
+  void take_out(State from, State to) const;
   void end_parts(State from, State to) const;
   void restore_objects(State from, State to) const;
   void make_objects(const std::vector<const Part*>& order, State from, State to) const;

@@ -38,7 +38,9 @@ FuncTable::~FuncTable() = default;
 void FuncTable::set_lok(Lok* lok) {
   if (lok == lok_) return;
   lok_ = lok;
-  for (auto* connection : {&child_added_, &child_removed_, &deleted_}) connection->disconnect();
+  for (auto* connection : {&child_added_, &child_removed_, &child_moved_, &deleted_}) {
+    connection->disconnect();
+  }
   entries_.clear();
   if (lok) {
     for (auto* child : *lok) {
@@ -46,6 +48,7 @@ void FuncTable::set_lok(Lok* lok) {
     }
     child_added_ = lok->signal_child_added().connect([this](Object* child) { insert(child); });
     child_removed_ = lok->signal_child_removed().connect([this](Object* child) { remove(child); });
+    child_moved_ = lok->signal_child_moved().connect([this](Object* child) { move(child); });
     deleted_ = lok->signal_deleted().connect([this] { set_lok(nullptr); });
   }
   lay_out();
@@ -59,12 +62,24 @@ FuncTable::Entry FuncTable::make_entry(Function& function) {
 
 void FuncTable::insert(Object* child) {
   if (!is_function(*child)) return;
-  const auto position = child->get_position();
+  put(make_entry(static_cast<Function&>(*child)));
+}
+
+void FuncTable::put(Entry entry) {
+  const auto position = entry.function->get_position();
   const auto behind = std::find_if(entries_.begin(), entries_.end(), [position](const Entry& e) {
     return e.function->get_position() > position;
   });
-  entries_.insert(behind, make_entry(static_cast<Function&>(*child)));
+  entries_.insert(behind, std::move(entry));
   lay_out();
+}
+
+void FuncTable::move(Object* child) {
+  const auto found = std::ranges::find(entries_, child, &Entry::function);
+  if (found == entries_.end()) return;
+  auto entry = std::move(*found);
+  entries_.erase(found);
+  put(std::move(entry));
 }
 
 void FuncTable::remove(Object* child) {

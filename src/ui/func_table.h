@@ -42,6 +42,8 @@ class FuncTable : public Gtk::Table {
   };
 
   void insert(Object* child);
+  void put(Entry entry);
+  void move(Object* child);
   void remove(Object* child);
   void lay_out();
   Entry make_entry(Function& function);
@@ -51,6 +53,7 @@ class FuncTable : public Gtk::Table {
   std::deque<Entry> entries_;
   ScopedConnection child_added_;
   ScopedConnection child_removed_;
+  ScopedConnection child_moved_;
   ScopedConnection deleted_;
 };
 

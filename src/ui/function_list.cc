@@ -35,9 +35,10 @@ FunctionList::FunctionList(Lok& lok)
       new_(_("New _Function"), true),
       delete_(_("De_lete Function"), true) {
   build();
-  for (auto* child : lok) append(child);
-  child_added_ = lok.signal_child_added().connect(sigc::mem_fun(*this, &FunctionList::append));
+  for (auto* child : lok) insert(child);
+  child_added_ = lok.signal_child_added().connect(sigc::mem_fun(*this, &FunctionList::insert));
   child_removed_ = lok.signal_child_removed().connect(sigc::mem_fun(*this, &FunctionList::remove));
+  child_moved_ = lok.signal_child_moved().connect(sigc::mem_fun(*this, &FunctionList::place));
   new_.signal_clicked().connect(sigc::mem_fun(*this, &FunctionList::on_new));
   delete_.signal_clicked().connect(sigc::mem_fun(*this, &FunctionList::on_delete));
   delete_.set_sensitive(false);
@@ -65,7 +66,7 @@ void FunctionList::build() {
   pack_start(*buttons, false, false);
 }
 
-void FunctionList::append(zemblar::Object* child) {
+void FunctionList::insert(zemblar::Object* child) {
   auto* function = dynamic_cast<Function*>(child);
   if (!function) return;
   const auto row = *model_->append();
@@ -74,6 +75,18 @@ void FunctionList::append(zemblar::Object* child) {
   connections_[child] = {function->property_name().signal_changed().connect(changed),
                          function->property_function().signal_changed().connect(changed)};
   follow(function);
+  place(child);
+}
+
+/// In the order of the locomotive's children.
+void FunctionList::place(zemblar::Object* child) {
+  const auto row = find(child);
+  if (!row) return;
+  auto next = zemblar::ObjectIter(*child);
+  for (++next; next; ++next) {
+    if (const auto behind = find(*next)) return model_->move(row, behind);
+  }
+  model_->move(row, model_->children().end());
 }
 
 void FunctionList::remove(zemblar::Object* child) {

@@ -40,7 +40,8 @@ class FunctionList : public Gtk::VBox {
   };
 
   void build();
-  void append(zemblar::Object* child);
+  void insert(zemblar::Object* child);
+  void place(zemblar::Object* child);
   void remove(zemblar::Object* child);
   void follow(Function* function);
   void on_new();
@@ -58,6 +59,7 @@ class FunctionList : public Gtk::VBox {
   std::map<const zemblar::Object*, Connections> connections_;
   ScopedConnection child_added_;
   ScopedConnection child_removed_;
+  ScopedConnection child_moved_;
 };
 
 }  // namespace zemblar

@@ -60,6 +60,8 @@ void ViewPages::attach(Layout& layout, LayoutFollower::Connections& connections)
   connections.emplace_back(layout.signal_object_added().connect([this](Object* object) {
     if (auto* view = dynamic_cast<View*>(object)) add_page(*view);
   }));
+  connections.emplace_back(
+      layout.signal_object_moved().connect([this](Object* object) { place_page(*object); }));
   for (auto* object : layout.get_views()) {
     if (auto* view = dynamic_cast<View*>(object)) add_page(*view);
   }
@@ -82,7 +84,13 @@ void ViewPages::add_page(View& view) {
   tab->show();
   notebook_.append_page(*canvas, *tab);
   notebook_.set_menu_label_text(*canvas, view.get_name());
+  place_page(view);
   show_page(page);
+}
+
+void ViewPages::place_page(const Object& view) {
+  const auto page = std::ranges::find_if(pages_, [&](auto& p) { return &p->view == &view; });
+  if (page != pages_.end()) notebook_.reorder_child(*(*page)->canvas, view.get_position());
 }
 
 void ViewPages::remove_page(const View& view) {

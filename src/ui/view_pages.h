@@ -45,6 +45,7 @@ class ViewPages : public Gtk::VBox {
 
   void attach(Layout& layout, LayoutFollower::Connections& connections);
   void add_page(View& view);
+  void place_page(const Object& view);
   void remove_page(const View& view);
   void show_page(Page& page);
   void refresh_hint();

@@ -94,6 +94,42 @@ TEST_F(ObjectTest, announces_a_subtree_when_it_is_attached_parents_first) {
   EXPECT_EQ(heard, (Names{"top", "middle", "leaf", "last"}));
 }
 
+TEST_F(ObjectTest, moves_a_child_with_all_below_it_and_ends_nobody) {
+  for (const auto* name : {"a", "b", "c"}) root->add(Thing::make(name));
+  auto* a = root->find_child("a");
+  auto* leaf = a->add(Thing::make("leaf"));
+  std::vector<std::string> heard;
+  const ScopedConnection watches[] = {
+      layout().signal_object_moved().connect([&](Object* o) { heard.push_back(o->get_name()); }),
+      layout().signal_object_added().connect([&](Object*) { heard.push_back("added"); }),
+      layout().signal_object_removed().connect([&](Object*) { heard.push_back("removed"); })};
+  const struct {
+    unsigned place;
+    Names order;
+  } moves[] = {{1, {"b", "a", "c"}},
+               {99, {"b", "c", "a"}},
+               {2, {"b", "c", "a"}},
+               {0, {"a", "b", "c"}},
+               {2, {"b", "c", "a"}}};
+  for (const auto& move : moves) {
+    a->move_to(*root, move.place);
+    EXPECT_EQ(names(), move.order);
+  }
+  EXPECT_EQ(heard, (Names(4, "a"))) << "not where it stands already";
+  EXPECT_EQ(root->add(Thing::make("last"))->get_position(), 3) << "the last child is known";
+
+  auto* other = root->child_at(1);
+  other->add(Thing::make("a"));
+  heard.clear();
+  a->move_to(*other, 0);
+  EXPECT_EQ(a->get_name(), "Thing 1") << "its own is taken there";
+  EXPECT_EQ(other->find_child("Thing 1"), a);
+  EXPECT_EQ(other->find_child("a"), other->child_at(1));
+  EXPECT_EQ(root->find_child("a"), nullptr);
+  EXPECT_EQ(a->child_at(0), leaf);
+  EXPECT_EQ(heard, Names{"Thing 1"});
+}
+
 TEST_F(ObjectTest, ends_children_before_parents_and_tells_each_side_in_order) {
   auto* parent = root->add(Thing::make("parent"));
   auto* child = parent->add(Thing::make("child"));

@@ -54,7 +54,19 @@ class EditTest : public LayoutTest {
     const EditJournal::Pause pause;
     return steps.redo();
   }
-  std::string bytes() { return layout().serialize(); }
+  /// The layout file, and what it cannot hold.
+  std::string bytes() {
+    auto text = layout().serialize();
+    ObjectNumbers numbers;
+    const PrivateForm form(numbers);
+    YAML::Emitter out;
+    out << YAML::BeginSeq;
+    for (int section = 0; section < section_count; ++section) {
+      for (auto* object : layout().get_toplevel(static_cast<Section>(section))) out << *object;
+    }
+    out << YAML::EndSeq;
+    return text + out.c_str();
+  }
   std::string next_undo() {
     const auto* step = steps.next_undo();
     return step ? step->get_name().raw() : "";
@@ -137,19 +149,7 @@ TEST_F(EditTest, what_was_deleted_comes_back_with_all_that_refers_to_it) {
   zone->left.connect(point->state_link(point->states()[1]));
   auto* label = &draw<ViewLabel>(*zone, {10, 10});
   label->set_align(Anchor::TopLeft);
-  // Their entries are none of a layout file.
-  const auto private_bytes = [&] {
-    ObjectNumbers numbers;
-    const PrivateForm form(numbers);
-    YAML::Emitter out;
-    out << YAML::BeginSeq;
-    for (int section = 0; section < section_count; ++section) {
-      for (auto* object : layout().get_toplevel(static_cast<Section>(section))) out << *object;
-    }
-    out << YAML::EndSeq;
-    return std::string(out.c_str());
-  };
-  const auto start = private_bytes();
+  const auto start = bytes();
   other->set_use_as_default(true);
   const std::vector<std::function<void()>> deletions = {
       [&] { layout().get_devices().child_at(0)->destroy(); },
@@ -162,10 +162,67 @@ TEST_F(EditTest, what_was_deleted_comes_back_with_all_that_refers_to_it) {
     act(deletion);
     EXPECT_EQ(next_undo().find("Delete"), 0u) << next_undo();
     ASSERT_TRUE(undo());
-    EXPECT_EQ(difference(private_bytes(), start), "");
+    EXPECT_EQ(difference(bytes(), start), "");
     ASSERT_TRUE(redo());
     ASSERT_TRUE(undo());
-    EXPECT_EQ(difference(private_bytes(), start), "");
+    EXPECT_EQ(difference(bytes(), start), "");
+  }
+}
+
+TEST_F(EditTest, what_was_moved_goes_back_without_an_end) {
+  auto* group = layout().get_loks().add(new LokGroup);
+  auto* inner = group->add(new LokGroup);
+  auto* lok = layout().get_loks().add(new Lok);
+  for (int i = 0; i < 3; ++i) lok->add(new Function(lok));
+  lok->set_name("Express");
+  inner->add(new Lok)->set_name("Express");
+  lok->set_speed(40);
+  bool ended = false;
+  const ScopedConnection watch(lok->signal_deleted().connect([&] { ended = true; }));
+  const struct {
+    const char* name;
+    std::function<void()> act;
+  } moves[] = {
+      {"Reorder “Function 1”", [&] { lok->child_at(0)->move_to(*lok, 2); }},
+      {"Move “Express” Elsewhere", [&] { lok->move_to(*group, 0); }},
+      {"Move “Express” Elsewhere", [&] { lok->move_to(*inner, 0); }},
+      {"Reorder “Locomotive 1”", [&] { lok->move_to(*inner, 1); }},
+      {"Move “Locomotive Group 1” Elsewhere", [&] { inner->move_to(layout().get_loks(), 0); }},
+      {"Move “Locomotive 1” Elsewhere", [&] { lok->move_to(layout().get_loks(), 1); }},
+  };
+  std::vector<std::string> known{bytes()};
+  for (const auto& move : moves) {
+    act(move.act);
+    EXPECT_EQ(next_undo(), move.name);
+    known.push_back(bytes());
+  }
+  for (int round = 0; round < 2; ++round) {
+    for (auto i = known.size() - 1; i-- > 0;) {
+      ASSERT_TRUE(undo());
+      EXPECT_EQ(difference(bytes(), known[i]), "") << moves[i].name;
+    }
+    EXPECT_EQ(lok->get_name(), "Express");
+    for (auto i = 1U; i < known.size(); ++i) {
+      ASSERT_TRUE(redo());
+      EXPECT_EQ(difference(bytes(), known[i]), "") << moves[i - 1].name;
+    }
+  }
+  EXPECT_FALSE(ended);
+  EXPECT_EQ(lok->get_speed(), 40U);
+
+  // All in one step: what it stood in ends, and what it comes to stand in is new.
+  act([&] {
+    auto* shed = layout().get_loks().add(new LokGroup);
+    lok->move_to(*shed, 0);
+    inner->move_to(*shed, 0);
+    group->destroy();
+  });
+  const auto after = bytes();
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(undo());
+    EXPECT_EQ(difference(bytes(), known.back()), "");
+    ASSERT_TRUE(redo());
+    EXPECT_EQ(difference(bytes(), after), "");
   }
 }
 
@@ -315,9 +372,27 @@ class RandomEdits : public EditTest {
     const auto section = static_cast<Section>(below(5));
     if (auto* object = child_of(layout().get_toplevel(section))) object->destroy();
   }
+  LokGroup* some_group() {
+    auto* group = some<LokGroup>(Section::locomotives);
+    return group && below(2) == 0 ? dynamic_cast<LokGroup*>(child_of(*group)) : group;
+  }
+  void move_something() {
+    auto* group = some_group();
+    if (!group && below(4) == 0) return static_cast<void>(layout().get_loks().add(new LokGroup));
+    auto* from = group && below(2) == 0 ? static_cast<Object*>(group)
+                                        : &layout().get_toplevel(static_cast<Section>(below(4)));
+    auto* object = child_of(*from);
+    if (!object) return;
+    if (below(3) == 0 && dynamic_cast<Lok*>(object) && !object->empty()) {
+      return object->child_at(0)->move_to(*object, below(3));
+    }
+    Object* const parents[] = {from, some_group(), &layout().get_loks()};
+    auto* to = parents[below(3)];
+    if (to && object->can_move_to(*to)) object->move_to(*to, below(5));
+  }
   void edit() {
     auto* object = drawing();
-    switch (below(14)) {
+    switch (below(16)) {
       case 0:
       case 1:
       case 2:
@@ -341,6 +416,9 @@ class RandomEdits : public EditTest {
         return below(3) == 0 ? end_something() : void();
       case 12:
         return object ? object->move_to_bottom() : void();
+      case 13:
+      case 14:
+        return move_something();
       default:
         return object && below(2) == 0 ? object->remove() : void();
     }
