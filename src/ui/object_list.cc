@@ -2,34 +2,42 @@
 
 #include <atkmm/object.h>
 #include <gdk/gdkkeysyms.h>
+#include <glibmm/main.h>
 #include <gtkmm/cellrendererpixbuf.h>
+#include <gtkmm/separatormenuitem.h>
 #include <gtkmm/stock.h>
 
 #include "core/i18n.h"
 #include "core/property.h"
 #include "core/status.h"
 #include "core/toplevel.h"
-#include "devices/device.h"
 #include "ui/file_menu.h"
-#include "ui/object_icon.h"
+#include "ui/object_ref.h"
 
 namespace zemblar {
 namespace {
 
 // Groups with more children start folded, so that all groups are seen at once.
-constexpr unsigned few = 12;
+constexpr auto few = ObjectRows::few;
 
 constexpr int context_button = 3;
 
 }  // namespace
 
-ObjectList::ObjectList() : rows_(Gtk::TreeStore::create(columns_)) {
+ObjectList::ObjectList() {
   get_accessible()->set_name(_("Objects"));
   build_column();
   build_menu();
+  const std::vector<Gtk::TargetEntry> dragged{
+      Gtk::TargetEntry("GTK_TREE_MODEL_ROW", Gtk::TARGET_SAME_WIDGET)};
+  enable_model_drag_source(dragged, Gdk::BUTTON1_MASK, Gdk::ACTION_MOVE);
+  enable_model_drag_dest(dragged, Gdk::ACTION_MOVE);
+  rows_->may_drop = [](Object& object, Object& parent) { return object.can_move_to(parent); };
+  rows_->drop = sigc::mem_fun(*this, &ObjectList::drop);
+  rows_->signal_filled().connect(sigc::mem_fun(*this, &ObjectList::on_filled));
   set_headers_visible(false);
   set_model(rows_);
-  set_search_column(columns_.name);
+  set_search_column(ObjectRows::columns().name);
   selection_changed_ =
       get_selection()->signal_changed().connect(sigc::mem_fun(*this, &ObjectList::announce));
   follower_ = std::make_unique<LayoutFollower>(
@@ -47,8 +55,8 @@ void ObjectList::build_column() {
   auto* icon_cell = Gtk::manage(new Gtk::CellRendererPixbuf);
   column_.pack_start(*icon_cell, false);
   column_.pack_start(name_cell_, true);
-  column_.add_attribute(icon_cell->property_stock_id(), columns_.icon);
-  column_.add_attribute(name_cell_.property_text(), columns_.name);
+  column_.add_attribute(icon_cell->property_stock_id(), ObjectRows::columns().icon);
+  column_.add_attribute(name_cell_.property_text(), ObjectRows::columns().name);
   column_.set_sizing(Gtk::TREE_VIEW_COLUMN_FIXED);
   name_cell_.property_ellipsize() = Pango::ELLIPSIZE_END;
   append_column(column_);
@@ -63,6 +71,17 @@ void ObjectList::build_menu() {
   menu_.append(*rename_item_);
   delete_item_ = append_stock_item(menu_, Gtk::Stock::DELETE,
                                    sigc::mem_fun(*this, &ObjectList::delete_selected));
+  menu_.append(*Gtk::manage(new Gtk::SeparatorMenuItem));
+  const auto append = [this](const char* label) {
+    auto* item = Gtk::manage(new Gtk::MenuItem(label, true));
+    menu_.append(*item);
+    return item;
+  };
+  up_item_ = append(_("Move _Up"));
+  up_item_->signal_activate().connect([this] { move_selected(false); });
+  down_item_ = append(_("Move Do_wn"));
+  down_item_->signal_activate().connect([this] { move_selected(true); });
+  move_item_ = append(_("Move _To"));
   menu_.show_all();
   signal_popup_menu().connect([this] {
     pop_up(0, gtk_get_current_event_time());
@@ -73,96 +92,114 @@ void ObjectList::build_menu() {
 // --- Following the document ---
 
 void ObjectList::attach(Layout& layout, LayoutFollower::Connections& connections) {
-  rows_by_object_.clear();
+  refill();
+  const auto on = [&](sigc::signal<void, Object*>& signal, auto handle) {
+    connections.emplace_back(signal.connect([handle](Object* object) { handle(*object); }));
+  };
+  on(layout.signal_object_added(), [this](Object& object) { on_added(object); });
+  on(layout.signal_object_removed(), [this](Object& object) { rows_->remove(object); });
+  on(layout.signal_object_moved(), [this](Object& object) { on_moved(object); });
+  on(layout.signal_object_renamed(), [this](Object& object) {
+    if (rows_->refresh(object)) refill_later();
+  });
+}
+
+// The same object stays selected while it has a row.
+void ObjectList::refill() {
+  refill_later_.disconnect();
+  auto* layout = &Layout::get();
+  const bool same = announced_ && layout == announced_layout_;
+  auto* shown = same ? announced_ : nullptr;
+  announced_layout_ = layout;
+  refilling_ = true;
   unset_model();
-  rows_->clear();
-  fill(layout, rows_->prepend());
+  rows_->fill(*layout, filter_);
   set_model(rows_);
-  expand_row(Gtk::TreePath("0"), false);
-  for (const auto* toplevel : layout) {
-    if (toplevel->child_count() > few) continue;
-    expand_row(rows_->get_path(rows_by_object_.at(toplevel).iter), false);
+  if (rows_->is_filtered()) {
+    expand_all();
+  } else {
+    unfold_small_ones();
   }
-  connections.emplace_back(
-      layout.signal_object_added().connect([this](Object* object) { add_object(*object); }));
-  connections.emplace_back(
-      layout.signal_object_removed().connect([this](Object* object) { remove_object(*object); }));
-  connections.emplace_back(
-      layout.signal_object_renamed().connect([this](Object* object) { refresh(*object); }));
+  if (shown) select(*shown);
+  refilling_ = false;
   announce();
 }
 
-// From the last child to the first: the toolkit walks all rows before the one that it adds.
-void ObjectList::fill(Object& object, const Gtk::TreeIter& row) {
-  set_row(object, row);
-  const auto first = object.begin();
-  for (auto child = object.end(); child != first;) {
-    --child;
-    fill(**child, rows_->prepend(row->children()));
+void ObjectList::refill_later() {
+  refill_later_ = Glib::signal_idle().connect([this] {
+    refill();
+    return false;
+  });
+}
+
+void ObjectList::unfold_small_ones() {
+  expand_row(Gtk::TreePath("0"), false);
+  for (const auto* toplevel : Layout::get()) {
+    const auto row = rows_->row_of(*toplevel);
+    if (row && toplevel->child_count() <= few) expand_row(rows_->get_path(row), false);
   }
 }
 
-void ObjectList::set_row(Object& object, const Gtk::TreeIter& row) {
-  (*row)[columns_.icon] = object_icon(object).get_string();
-  (*row)[columns_.name] = object.get_name();
-  (*row)[columns_.object] = &object;
-  auto& active = rows_by_object_.insert_or_assign(&object, Row{row, {}}).first->second.active;
-  if (auto* device = dynamic_cast<Device*>(&object)) {
-    active =
-        device->property_active().signal_changed().connect([this, &object] { refresh(object); });
-  }
-}
-
-void ObjectList::add_object(Object& object) {
-  if (rows_by_object_.contains(&object)) return;
-  const auto parent = rows_by_object_.find(object.get_parent());
-  if (parent == rows_by_object_.end()) return;
-  const auto row = rows_->append(parent->second.iter->children());
-  set_row(object, row);
-  show_new_row(row);
-  // New has renamed the layout without a word.
-  if (dynamic_cast<Toplevel*>(&object)) refresh(*object.get_parent());
+void ObjectList::on_filled(Object* container) {
+  if (!rows_->is_filtered()) return;
+  if (const auto row = rows_->row_of(*container)) expand_row(rows_->get_path(row), true);
 }
 
 // Whoever adds one object wants to see it; whoever adds hundreds does not.
-void ObjectList::show_new_row(const Gtk::TreeIter& row) {
-  const auto parent = row->parent();
-  if (parent->children().size() <= few) expand_to_path(rows_->get_path(row));
+void ObjectList::on_added(Object& object) {
+  if (rows_->add(object)) refill_later();
+  const auto row = rows_->row_of(object);
+  if (row && object.get_parent()->child_count() <= few) expand_to_path(rows_->get_path(row));
+  // New has renamed the layout without a word.
+  if (dynamic_cast<Toplevel*>(&object)) rows_->refresh(*object.get_parent());
 }
 
-void ObjectList::remove_object(const Object& object) {
-  const auto found = rows_by_object_.find(&object);
-  if (found == rows_by_object_.end()) return;
-  const auto row = found->second.iter;
-  rows_by_object_.erase(found);
-  (*row)[columns_.object] = nullptr;
-  rows_->erase(row);
+void ObjectList::on_moved(Object& object) {
+  auto* former = selected();
+  const auto from = rows_->row_of(object);
+  const bool unfolded = from && row_expanded(rows_->get_path(from));
+  refilling_ = true;
+  rows_->move(object);
+  const auto to = rows_->row_of(object);
+  if (to && unfolded) expand_row(rows_->get_path(to), false);
+  if (rows_->is_filtered()) refill_later();
+  if (former) select(*former);
+  refilling_ = false;
+  announce();
 }
 
-void ObjectList::refresh(const Object& object) {
-  const auto found = rows_by_object_.find(&object);
-  if (found == rows_by_object_.end()) return;
-  const auto& row = *found->second.iter;
-  row[columns_.icon] = object_icon(object).get_string();
-  row[columns_.name] = object.get_name();
+void ObjectList::set_filter(const Glib::ustring& text) {
+  if (text.raw() == filter_.raw()) return;
+  filter_ = text;
+  refill();
+}
+
+void ObjectList::enter() {
+  if (auto* hit = rows_->first_hit()) {
+    select(*hit);
+  } else if (!selected()) {
+    set_cursor(Gtk::TreePath("0"));
+  }
+  grab_focus();
 }
 
 // --- Selection ---
 
 Object* ObjectList::selected() const {
   const auto row = const_cast<ObjectList*>(this)->get_selection()->get_selected();
-  return row ? (*row)[columns_.object] : static_cast<Object*>(nullptr);
+  return row ? (*row)[ObjectRows::columns().object] : static_cast<Object*>(nullptr);
 }
 
-void ObjectList::select(const Object& object) {
-  const auto found = rows_by_object_.find(&object);
-  if (found == rows_by_object_.end()) return;
-  const auto path = rows_->get_path(found->second.iter);
+void ObjectList::select(Object& object) {
+  const auto row = rows_->make_row_of(object);
+  if (!row) return;
+  const auto path = rows_->get_path(row);
   expand_to_path(path);
   set_cursor(path);
 }
 
 void ObjectList::announce() {
+  if (refilling_) return;
   auto* object = selected();
   if (object == announced_) return;
   announced_ = object;
@@ -185,6 +222,11 @@ bool ObjectList::on_key_press_event(GdkEventKey* event) {
     delete_selected();
     return true;
   }
+  const bool up = event->keyval == GDK_KEY_Up;
+  if (modifiers == GDK_MOD1_MASK && (up || event->keyval == GDK_KEY_Down)) {
+    move_selected(!up);
+    return true;
+  }
   return Gtk::TreeView::on_key_press_event(event);
 }
 
@@ -196,10 +238,20 @@ bool ObjectList::on_button_press_event(GdkEventButton* event) {
 }
 
 void ObjectList::pop_up(unsigned button, guint32 time) {
-  const auto* object = selected();
+  auto* object = selected();
   if (!object) return;
   rename_item_->set_sensitive(renamable(*object));
   delete_item_->set_sensitive(object->get_deletable());
+  auto* parent = object->get_parent();
+  const bool moves = parent && object->can_move_to(*parent);
+  up_item_->set_sensitive(moves && ObjectIter(*object) != parent->begin());
+  down_item_->set_sensitive(moves && ++ObjectIter(*object));
+  auto* containers = Gtk::manage(new Gtk::Menu);
+  if (moves) offer_containers(*containers, *object, Layout::get());
+  containers->show_all();
+  const bool any = !containers->items().empty();
+  move_item_->set_submenu(*containers);
+  move_item_->set_sensitive(any);
   menu_.popup(button, time);
 }
 
@@ -215,7 +267,7 @@ void ObjectList::start_rename() {
 void ObjectList::rename(const Glib::ustring& path, const Glib::ustring& text) {
   name_cell_.property_editable() = false;
   const auto row = rows_->get_iter(path);
-  Object* object = row ? (*row)[columns_.object] : static_cast<Object*>(nullptr);
+  Object* object = row ? (*row)[ObjectRows::columns().object] : static_cast<Object*>(nullptr);
   if (!object || text == object->get_name()) return;
   object->set_name(text);
   if (object->get_name() == text || text.empty()) return;
@@ -229,6 +281,58 @@ void ObjectList::delete_selected() {
   const auto name = object->get_name();
   object->destroy();
   set_status(Glib::ustring::compose(_("Deleted “%1”."), name));
+}
+
+// --- Moving it ---
+
+/// All containers below an object that take this one, but the one that it is in.
+void ObjectList::offer_containers(Gtk::Menu& menu, Object& object, Object& below) {
+  for (auto* container : below) {
+    if (container != object.get_parent() && object.can_move_to(*container)) {
+      auto* item = Gtk::manage(new Gtk::MenuItem(container->get_name()));
+      const auto what = std::make_shared<ObjectRef<Object>>(&object);
+      const auto where = std::make_shared<ObjectRef<Object>>(container);
+      item->signal_activate().connect([this, what, where] {
+        if (*what && *where) put(**what, **where, (*where)->child_count());
+      });
+      menu.append(*item);
+    }
+    if (container != &object) offer_containers(menu, object, *container);
+  }
+}
+
+void ObjectList::move_selected(bool down) {
+  auto* object = selected();
+  auto* parent = object ? object->get_parent() : nullptr;
+  if (!parent || !object->can_move_to(*parent)) return;
+  // Past the next one that is seen.
+  auto other = ObjectIter(*object);
+  do {
+    if (!down && other == parent->begin()) return;
+    down ? ++other : --other;
+    if (!other) return;
+  } while (!rows_->row_of(**other));
+  put(*object, *parent, static_cast<unsigned>(other->get_position()));
+}
+
+void ObjectList::drop(Object& object, Object& parent, const Object* next) {
+  if (next == &object) return;
+  auto place = next ? static_cast<unsigned>(next->get_position()) : parent.child_count();
+  const bool from_before =
+      object.get_parent() == &parent && next && object.get_position() < next->get_position();
+  put(object, parent, from_before ? place - 1 : place);
+}
+
+void ObjectList::put(Object& object, Object& parent, unsigned place) {
+  const auto name = object.get_name();
+  const bool elsewhere = object.get_parent() != &parent;
+  object.move_to(parent, place);
+  select(object);
+  if (!elsewhere) return;
+  const char* said = object.get_name() == name
+                         ? N_("Moved “%1” to “%2”.")
+                         : N_("“%1” is taken in “%2”: it is called “%3” there.");
+  set_status(Glib::ustring::compose(_(said), name, parent.get_name(), object.get_name()));
 }
 
 }  // namespace zemblar

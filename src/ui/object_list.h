@@ -2,19 +2,19 @@
 
 #include <gtkmm/cellrenderertext.h>
 #include <gtkmm/menu.h>
-#include <gtkmm/treestore.h>
 #include <gtkmm/treeview.h>
 
-#include <unordered_map>
-
 #include "ui/layout_follower.h"
+#include "ui/object_rows.h"
 
 namespace zemblar {
 
 /// The tree of all objects of the current layout; its first row is the layout itself.
 ///
-/// Rows stand in the order of the document and follow it. F2 renames in place, Delete deletes, the
-/// context menu offers both. A row with many children starts folded.
+/// Rows stand in the order of the document and follow it. F2 renames in place, Delete deletes,
+/// Alt+Up and Alt+Down move among the siblings; the context menu offers all that, and to move the
+/// object to another container. Rows can be dragged to wherever their objects may be. A row with
+/// many children starts folded, and is filled while nothing else is to be done.
 class ObjectList : public Gtk::TreeView {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -24,36 +24,26 @@ class ObjectList : public Gtk::TreeView {
 
   /// Null when no row is selected.
   [[nodiscard]] Object* selected() const;
-  void select(const Object& object);
+  void select(Object& object);
+  /// Shows only the objects whose names have the text, in any case, and what they stand in; all for
+  /// an empty text.
+  void set_filter(const Glib::ustring& text);
+  /// Selects the first object that the filter asks for, else the first row, and takes the focus.
+  void enter();
   /// Another object, or none, is selected now. Emitted before a selected object ends.
   sigc::signal<void, Object*>& signal_selected() { return signal_selected_; }
 
  private:
-  struct Columns : Gtk::TreeModelColumnRecord {
-    Columns() {
-      add(icon);
-      add(name);
-      add(object);
-    }
-    Gtk::TreeModelColumn<Glib::ustring> icon;
-    Gtk::TreeModelColumn<Glib::ustring> name;
-    Gtk::TreeModelColumn<Object*> object;
-  };
-  struct Row {
-    Gtk::TreeIter iter;
-    ScopedConnection active;  // of a device
-  };
-
   void build_column();
   void build_menu();
 
   void attach(Layout& layout, LayoutFollower::Connections& connections);
-  void fill(Object& object, const Gtk::TreeIter& row);
-  void set_row(Object& object, const Gtk::TreeIter& row);
-  void add_object(Object& object);
-  void remove_object(const Object& object);
-  void refresh(const Object& object);
-  void show_new_row(const Gtk::TreeIter& row);
+  void refill();
+  void refill_later();
+  void unfold_small_ones();
+  void on_added(Object& object);
+  void on_moved(Object& object);
+  void on_filled(Object* container);
 
   bool on_key_press_event(GdkEventKey* event) override;
   bool on_button_press_event(GdkEventButton* event) override;
@@ -62,19 +52,28 @@ class ObjectList : public Gtk::TreeView {
   void start_rename();
   void rename(const Glib::ustring& path, const Glib::ustring& text);
   void delete_selected();
+  void move_selected(bool down);
+  void put(Object& object, Object& parent, unsigned place);
+  void drop(Object& object, Object& parent, const Object* next);
+  void offer_containers(Gtk::Menu& menu, Object& object, Object& below);
   [[nodiscard]] static bool renamable(const Object& object);
 
-  Columns columns_;
-  Glib::RefPtr<Gtk::TreeStore> rows_;
+  Glib::RefPtr<ObjectRows> rows_{ObjectRows::create()};
   Gtk::TreeViewColumn column_;
   Gtk::CellRendererText name_cell_;
   Gtk::Menu menu_;
   Gtk::MenuItem* rename_item_ = nullptr;
   Gtk::MenuItem* delete_item_ = nullptr;
-  std::unordered_map<const Object*, Row> rows_by_object_;
+  Gtk::MenuItem* up_item_ = nullptr;
+  Gtk::MenuItem* down_item_ = nullptr;
+  Gtk::MenuItem* move_item_ = nullptr;
+  Glib::ustring filter_;
+  bool refilling_ = false;  // what is selected is not to be told
   Object* announced_ = nullptr;
+  const Layout* announced_layout_ = nullptr;  // only compared
   sigc::signal<void, Object*> signal_selected_;
   ScopedConnection selection_changed_;
+  ScopedConnection refill_later_;
   std::unique_ptr<LayoutFollower> follower_;
 };
 

@@ -1,13 +1,17 @@
 #include "ui/properties_panel.h"
 
+#include <gdk/gdkkeysyms.h>
+#include <gtkmm/label.h>
 #include <gtkmm/scrolledwindow.h>
+#include <gtkmm/stock.h>
 
 #include "core/i18n.h"
 
 namespace zemblar {
 namespace {
 
-constexpr int list_height = 270;
+constexpr int list_height = 300;
+constexpr int gap = 6;
 
 }  // namespace
 
@@ -20,13 +24,46 @@ PropertiesPanel::PropertiesPanel()
   scrolled->set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_AUTOMATIC);
   scrolled->set_shadow_type(Gtk::SHADOW_IN);
   scrolled->add(list_);
-  all_.pack1(*scrolled, true, false);
+  auto* upper = Gtk::manage(new Gtk::VBox(false, gap));
+  build_filter(*upper);
+  upper->pack_start(*scrolled, true, true);
+  all_.pack1(*upper, true, false);
   all_.pack2(listed_, true, false);
   all_.set_position(list_height);
   append_page(selected_, _("_Selected"), true);
   append_page(all_, _("_All"), true);
   list_.signal_selected().connect(
       sigc::bind(sigc::mem_fun(listed_, &PanelView::show_object), nullptr));
+}
+
+void PropertiesPanel::build_filter(Gtk::Box& box) {
+  auto* row = Gtk::manage(new Gtk::HBox(false, gap));
+  auto* label = Gtk::manage(new Gtk::Label(_("F_ind:"), true));
+  label->set_mnemonic_widget(filter_);
+  filter_.set_tooltip_text(_("Shows the objects whose names have this text in them"));
+  filter_.set_icon_from_stock(Gtk::Stock::CLEAR, Gtk::ENTRY_ICON_SECONDARY);
+  filter_.set_icon_tooltip_text(_("Show all objects (Escape)"), Gtk::ENTRY_ICON_SECONDARY);
+  filter_.signal_icon_press().connect(
+      [this](Gtk::EntryIconPosition, const GdkEventButton*) { filter_.set_text(""); });
+  filter_.signal_changed().connect([this] { list_.set_filter(filter_.get_text()); });
+  filter_.signal_activate().connect([this] { list_.enter(); });
+  filter_.signal_key_press_event().connect(sigc::mem_fun(*this, &PropertiesPanel::on_filter_key),
+                                           false);
+  row->set_border_width(gap);
+  row->pack_start(*label, false, false);
+  row->pack_start(filter_, true, true);
+  box.pack_start(*row, false, false);
+}
+
+bool PropertiesPanel::on_filter_key(const GdkEventKey* event) {
+  const bool modified = (event->state & gtk_accelerator_get_default_mod_mask()) != 0;
+  if (modified || (event->keyval != GDK_KEY_Escape && event->keyval != GDK_KEY_Down)) return false;
+  if (event->keyval == GDK_KEY_Down) {
+    list_.enter();
+  } else {
+    filter_.set_text("");
+  }
+  return true;
 }
 
 }  // namespace zemblar

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtkmm/box.h>
+#include <gtkmm/entry.h>
 #include <gtkmm/notebook.h>
 #include <gtkmm/paned.h>
 
@@ -9,7 +11,8 @@
 namespace zemblar {
 
 /// The right side of the editor: "Selected" shows the properties of what the window works on,
-/// "All" the tree of all objects and below it the properties of the selected row.
+/// "All" the tree of all objects, with a field to find some by what is typed, and below it the
+/// properties of the selected row.
 class PropertiesPanel : public Gtk::Notebook {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -22,8 +25,12 @@ class PropertiesPanel : public Gtk::Notebook {
   }
 
  private:
+  void build_filter(Gtk::Box& box);
+  bool on_filter_key(const GdkEventKey* event);
+
   PanelView selected_;
   Gtk::VPaned all_;
+  Gtk::Entry filter_;
   ObjectList list_;
   PanelView listed_;
 };

@@ -1,3 +1,4 @@
+#include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
 #include <gtkmm/button.h>
 #include <gtkmm/label.h>
@@ -10,9 +11,11 @@
 #include "core/panel_factory.h"
 #include "devices/device.h"
 #include "diagram/view.h"
+#include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_group.h"
 #include "tests/ui/widget_search.h"
+#include "track/zone.h"
 #include "ui/object_list.h"
 #include "ui/panel_view.h"
 #include "ui/power_buttons.h"
@@ -107,6 +110,121 @@ TEST(ObjectList, follows_what_is_added_renamed_removed_and_emptied) {
 
   layout.new_document(true);
   EXPECT_EQ(rows(list), "New Layout(Views(View 1 )Locomotives " + others);
+}
+
+TEST(ObjectList, shows_what_is_looked_for_with_what_it_stands_in) {
+  auto& layout = fresh_layout();
+  auto* group = layout.get_loks().add(new LokGroup);
+  group->set_name("Yard");
+  auto* lok = group->add(new Lok);
+  lok->set_name("Große Echse");
+  layout.get_loks().add(new Lok)->set_name("Railcar");
+  ObjectList list;
+  list.select(*lok);
+  std::vector<Object*> seen;
+  list.signal_selected().connect([&](Object* object) { seen.push_back(object); });
+  list.set_filter("GROSSE");
+  EXPECT_EQ(rows(list), "New Layout(Locomotives(Yard(Große Echse )))");
+  EXPECT_EQ(list.selected(), lok);
+  EXPECT_TRUE(seen.empty()) << "its panel stays";
+  layout.get_blocks().add(new Zone)->set_name("große Kurve");
+  layout.get_blocks().add(new Zone);
+  handle_events();
+  EXPECT_EQ(rows(list), "New Layout(Locomotives(Yard(Große Echse ))Blocks(große Kurve ))");
+  lok->set_name("Other");
+  handle_events();
+  EXPECT_EQ(rows(list), "New Layout(Blocks(große Kurve ))");
+  EXPECT_EQ(seen, std::vector<Object*>{nullptr});
+  list.enter();
+  EXPECT_EQ(list.selected(), layout.get_blocks().child_at(0));
+  list.set_filter("");
+  EXPECT_EQ(rows(list),
+            "New Layout(Views(View 1 )Locomotives(Yard(Other )Railcar )Points & Signals "
+            "Blocks(große Kurve Zone 1 )Devices Scripts )");
+}
+
+TEST(ObjectList, moves_what_is_selected_by_keys_and_by_dragging) {
+  auto& layout = fresh_layout();
+  ObjectList list;
+  Gtk::Window window;
+  window.add(list);
+  window.show_all();
+  auto* group = layout.get_loks().add(new LokGroup);
+  auto* lok = layout.get_loks().add(new Lok);
+  auto* function = lok->add(new Function(lok));
+  lok->add(new Function(lok));
+  auto* zone = layout.get_blocks().add(new Zone);
+  const auto press = [&](guint key) {
+    auto* event = gdk_event_new(GDK_KEY_PRESS);
+    event->key.window = GDK_WINDOW(g_object_ref(list.get_window()->gobj()));
+    event->key.keyval = key;
+    event->key.state = GDK_MOD1_MASK;
+    list.event(event);
+    gdk_event_free(event);
+  };
+  list.select(*lok);
+  for (const auto key : {GDK_KEY_Up, GDK_KEY_Up}) press(key);
+  EXPECT_EQ(lok->get_position(), 0);
+  EXPECT_EQ(list.selected(), lok);
+  press(GDK_KEY_Down);
+  EXPECT_EQ(lok->get_position(), 1);
+
+  /// Drops the row of one before the row at a path, as the toolkit does; whether it may be there.
+  const auto drag = [&](Object& object, const std::string& to) {
+    list.select(object);
+    auto rows = Glib::RefPtr<ObjectRows>::cast_dynamic(list.get_model());
+    Gtk::TreePath from(list.get_selection()->get_selected());
+    GtkSelectionData raw{};
+    raw.target = gdk_atom_intern("GTK_TREE_MODEL_ROW", FALSE);
+    gtk_tree_set_row_drag_data(&raw, GTK_TREE_MODEL(rows->Gtk::TreeModel::gobj()), from.gobj());
+    Gtk::TreePath path(to);
+    auto* dest = GTK_TREE_DRAG_DEST(rows->Gtk::TreeModel::gobj());
+    const bool may = gtk_tree_drag_dest_row_drop_possible(dest, path.gobj(), &raw);
+    EXPECT_EQ(gtk_tree_drag_dest_drag_data_received(dest, path.gobj(), &raw), may);
+    gtk_tree_drag_source_drag_data_delete(GTK_TREE_DRAG_SOURCE(dest), from.gobj());
+    g_free(raw.data);
+    return may;
+  };
+  for (const auto* nowhere : {"0", "0:3:0", "0:1:1:0", "0:9"}) EXPECT_FALSE(drag(*lok, nowhere));
+  EXPECT_FALSE(drag(*function, "0:1:0:0"));
+  EXPECT_FALSE(drag(*zone, "0:1:0"));
+  EXPECT_FALSE(drag(layout.get_blocks(), "0:0"));
+  EXPECT_TRUE(drag(*function, "0:1:1:2"));
+  EXPECT_EQ(function->get_position(), 1);
+  EXPECT_TRUE(drag(*lok, "0:1:0:0"));
+  EXPECT_EQ(lok->get_parent(), group);
+  EXPECT_EQ(list.selected(), lok);
+  EXPECT_EQ(rows(list),
+            "New Layout(Views(View 1 )Locomotives(Locomotive Group 1(Locomotive 1(Function 2 "
+            "Function 1 )))Points & Signals Blocks(Zone 1 )Devices Scripts )");
+  EXPECT_FALSE(drag(*group, "0:1:0:0")) << "into itself";
+  group->destroy();
+}
+
+TEST(ObjectList, fills_a_large_container_bit_by_bit_in_the_order_of_the_document) {
+  auto& layout = fresh_layout();
+  for (int i = 0; i < 3000; ++i) layout.get_blocks().add(new Zone);
+  ObjectList list;
+  const auto shown = [&] {
+    std::vector<Object*> objects;
+    const auto* blocks = &layout.get_blocks();
+    for (const auto& row : list.get_model()->children()[0].children()[3].children()) {
+      objects.push_back(row.get_value(ObjectRows::columns().object));
+    }
+    return objects == std::vector<Object*>(blocks->begin(), blocks->end());
+  };
+  EXPECT_FALSE(shown());
+  auto* middle = layout.get_blocks().child_at(1500);
+  list.select(*middle);
+  layout.get_blocks().add(new Zone);
+  layout.get_blocks().child_at(7)->destroy();
+  layout.get_blocks().child_at(2500)->move_to(layout.get_blocks(), 3);
+  Gtk::Main::iteration(false);
+  layout.get_blocks().child_at(2990)->move_to(layout.get_blocks(), 2980);
+  layout.get_blocks().child_at(2000)->destroy();
+  handle_events();
+  EXPECT_TRUE(shown());
+  EXPECT_EQ(list.selected(), middle);
 }
 
 TEST(ObjectList, says_that_nothing_is_selected_before_a_selected_object_ends) {
