@@ -21,6 +21,7 @@ namespace {
 constexpr auto few = ObjectRows::few;
 
 constexpr int context_button = 3;
+constexpr int row_height = 24;  // as the largest icon needs
 
 }  // namespace
 
@@ -53,6 +54,7 @@ ObjectList::~ObjectList() {
 // Rows of one height: the toolkit need not measure each of thousands.
 void ObjectList::build_column() {
   auto* icon_cell = Gtk::manage(new Gtk::CellRendererPixbuf);
+  icon_cell->property_height() = row_height;
   column_.pack_start(*icon_cell, false);
   column_.pack_start(name_cell_, true);
   column_.add_attribute(icon_cell->property_stock_id(), ObjectRows::columns().icon);
