@@ -42,7 +42,6 @@ ViewPoint::ViewPoint(const YAML::Node& node) : ViewPoint() {
     });
   }
   find_straight_segments();
-  join_neighbours();
   Layout::get().signal_post_resolve().connect(sigc::track_obj(
       [this] {
         std::erase_if(legs_, [](const auto& leg) { return !leg->state; });
@@ -96,6 +95,7 @@ void ViewPoint::attach(Point& point) {
   common_.set_block_link(&point.common);
   state_added_ = point.signal_child_added().connect([this](zemblar::Object* child) {
     if (auto* state = dynamic_cast<PointState*>(child)) add_state(*state);
+    sort_legs();
     changed();
   });
   leg_removed_ =

@@ -161,6 +161,8 @@ void ObjectList::on_moved(Object& object) {
   const auto from = rows_->row_of(object);
   const bool unfolded = from && row_expanded(rows_->get_path(from));
   refilling_ = true;
+  // The toolkit leaks what it keeps of the rows below an unfolded one that goes.
+  if (unfolded) collapse_row(rows_->get_path(from));
   rows_->move(object);
   const auto to = rows_->row_of(object);
   if (to && unfolded) expand_row(rows_->get_path(to), false);

@@ -193,7 +193,7 @@ TEST_F(RecoveryTest, carries_what_a_layout_file_cannot_hold) {
   settle();
   auto* station = layout().get_devices().add(new ECoS);
   station->set_name("Station");
-  auto* lok = layout().get_loks().add(new Lok);
+  layout().get_loks().add(new Lok)->set_name("Locomotive");
   auto* group = layout().get_loks().add(new LokGroup);
   group->set_name("Freight");
   const auto before = DocumentText::whole();
@@ -206,7 +206,7 @@ TEST_F(RecoveryTest, carries_what_a_layout_file_cannot_hold) {
   open_newest();
   EXPECT_EQ(DocumentText::whole(), before);
   EXPECT_TRUE(layout().get_devices().find_child("Station"));
-  EXPECT_TRUE(layout().get_loks().find_child(lok->get_name()));
+  EXPECT_TRUE(layout().get_loks().find_child("Locomotive"));
   EXPECT_FALSE(layout().get_file());
 }
 

@@ -5,6 +5,7 @@
 // are shrunk to a short list, which is printed.
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -379,7 +380,9 @@ struct Outcome {
 };
 
 [[noreturn]] void run_in_child(unsigned seed, const Events& events, int report) {
-  alarm(20);  // an endless walk
+  // An endless walk. Processor time, so that a busy machine is not taken for one.
+  const rlimit seconds{60, 60};
+  setrlimit(RLIMIT_CPU, &seconds);
   dup2(report, STDERR_FILENO);
   Playground playground(seed);
   for (std::size_t i = 0; i < events.size(); ++i) {
