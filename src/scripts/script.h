@@ -1,0 +1,146 @@
+#pragma once
+
+#include <array>
+#include <map>
+#include <memory>
+#include <vector>
+
+#include "core/object.h"
+#include "runtime/scoped_connection.h"
+#include "scripts/script_command.h"
+#include "scripts/script_event.h"
+
+namespace zemblar {
+
+/// Reacts to the state of the railway: a list of conditions and a list of commands.
+///
+/// Whenever a condition reports a change, the script works out for which instances its conditions
+/// hold. Conditions joined by "And" extend one alternative, "Or" opens the next. Each instance that
+/// was not there before starts one run of the commands on a fiber of its own, and each that is gone
+/// is announced as finished, before the new ones start. An instance that stays is left alone.
+///
+/// In "When" mode commands change the railway for good. In "While" mode they do so in a level of
+/// temporary changes that is taken back when the instance has finished. Deleting the script, and
+/// any edit of its commands, cancels all runs: each stops after the command that it stands in, at
+/// once where that waits.
+///
+/// A change that comes while block control is at work is looked at when that has done, one that
+/// comes out of an evaluation when that has done. A script that is not in the current layout does
+/// nothing, nor does one whose document is being emptied.
+///
+/// Runs are not in a layout file.
+class Script : public Object {
+ public:
+  Script();
+  /// Entries of unknown lines are skipped. Throws YAML::KeyNotFound for a line with too few
+  /// elements, YAML::InvalidScalar for one that is no scalar or has an impossible value.
+  explicit Script(const YAML::Node& node);
+  ~Script() override;
+  void save(YAML::Emitter& out) const override;
+  void restore(const EntryChange& change) override;
+
+  /// False: "When". True: "While".
+  [[nodiscard]] bool get_while() const { return while_mode; }
+  void set_while(bool on);
+
+  // The lists own their lines. Places past the end are ignored; `get` gives null there, `find`
+  // gives -1 for a line of another list. Only `evaluate` starts runs: edits of conditions do not.
+  unsigned add_condition(ScriptEvent* line);
+  void remove_condition(unsigned index);
+  void move_condition(unsigned from, unsigned to);
+  [[nodiscard]] unsigned get_num_conditions() const;
+  [[nodiscard]] ScriptEvent* get_condition(unsigned index) const;
+  [[nodiscard]] int find_condition(const ScriptEvent* line) const;
+
+  unsigned add_command(ScriptCommand* line);
+  void remove_command(unsigned index);
+  void move_command(unsigned from, unsigned to);
+  [[nodiscard]] unsigned get_num_commands() const;
+  [[nodiscard]] ScriptCommand* get_command(unsigned index) const;
+  [[nodiscard]] int find_command(const ScriptCommand* line) const;
+
+  /// Claims a name for a line. False for type 0, and when the name stands for another type.
+  bool add_variable(const Glib::ustring& name, int type);
+  void remove_variable(const Glib::ustring& name);
+  /// In order; those of one type, or all for type 0.
+  [[nodiscard]] std::vector<Glib::ustring> get_variables(int type) const;
+
+  /// Arms every condition.
+  void start();
+  /// Whether `start` would arm one.
+  [[nodiscard]] bool sleeps() const;
+  /// Runs of this script that have not ended.
+  [[nodiscard]] unsigned num_runs() const { return *runs_; }
+
+  sigc::signal<void>& signal_mode_changed() { return mode_changed_; }
+  sigc::signal<void, unsigned>& signal_condition_added() { return condition_added_; }
+  /// The line is still there.
+  sigc::signal<void, unsigned>& signal_condition_removed() { return condition_removed_; }
+  sigc::signal<void, unsigned, unsigned>& signal_condition_moved() { return condition_moved_; }
+  sigc::signal<void, unsigned>& signal_command_added() { return command_added_; }
+  /// The line is still there.
+  sigc::signal<void, unsigned>& signal_command_removed() { return command_removed_; }
+  sigc::signal<void, unsigned, unsigned>& signal_command_moved() { return command_moved_; }
+  sigc::signal<void, const EventInstance&>& signal_instance_finished() {
+    return instance_finished_;
+  }
+  /// Lines were added, removed or moved.
+  sigc::signal<void>& signal_commands_changed() { return commands_changed_; }
+
+ private:
+  struct Variable {
+    unsigned users = 1;
+    int type = 0;
+  };
+  using Watches = std::array<ScopedConnection, 2>;
+
+  void load_conditions(const YAML::Node& list);
+  void load_commands(const YAML::Node& list);
+  void restore_conditions(const EntryChange& change);
+  void restore_commands(const EntryChange& change);
+  void follow(ScriptLine& line);
+  void on_changing();
+  void on_triggered();
+  [[nodiscard]] bool is_at_work() const;
+
+  void evaluate();
+  void sweep();
+  void match(std::size_t position, const EventInstance& instance, bool first);
+  void complete(const EventInstance& instance);
+  void watch(const EventInstance& instance);
+  void on_ended(const EventInstance& instance);
+  void run_instance(const EventInstance& instance);
+
+  std::vector<std::unique_ptr<ScriptEvent>> conditions;
+  std::vector<std::unique_ptr<ScriptCommand>> commands;
+  std::map<EventInstance, bool> instances;  // that match; true while they still do in a sweep
+  std::map<std::string, Variable> variables;
+  bool while_mode = false;
+
+  sigc::signal<void> mode_changed_;
+  sigc::signal<void, unsigned> condition_added_;
+  sigc::signal<void, unsigned> condition_removed_;
+  sigc::signal<void, unsigned, unsigned> condition_moved_;
+  sigc::signal<void, unsigned> command_added_;
+  sigc::signal<void, unsigned> command_removed_;
+  sigc::signal<void, unsigned, unsigned> command_moved_;
+  sigc::signal<void, const EventInstance&> instance_finished_;
+  sigc::signal<void> commands_changed_;
+
+  bool evaluating_ = false;
+  bool again_ = false;
+  bool waiting_ = false;  // for block control
+  std::vector<EventInstance> to_start_;
+  std::vector<EventInstance> departed_;  // whose objects have ended since the last sweep
+  std::shared_ptr<unsigned> runs_ = std::make_shared<unsigned>(0);
+  std::map<EventInstance, Watches> watches_;  // for the end of what `instances` names
+};
+
+/// Arms every condition of every script in the current layout.
+void start_scripts();
+/// How many scripts of the current layout have a condition that sleeps.
+[[nodiscard]] unsigned sleeping_scripts();
+/// Whether a script sleeps may have changed.
+sigc::signal<void>& signal_sleeping_changed();
+
+}  // namespace zemblar

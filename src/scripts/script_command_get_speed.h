@@ -1,0 +1,28 @@
+#pragma once
+
+#include "scripts/script_command_lok.h"
+
+namespace zemblar {
+
+/// "Get %1 Speed as %2": claims a name for a speed. Nothing reads it yet, and a run does nothing.
+/// In a layout file the locomotive and the name.
+class ScriptCommandGetSpeed : public ScriptCommandLok {
+ public:
+  explicit ScriptCommandGetSpeed(Script& owner);
+  ScriptCommandGetSpeed(Script& owner, const YAML::Node& entry);
+  ~ScriptCommandGetSpeed() override;
+
+  void save(YAML::Emitter& out) const override;
+  [[nodiscard]] Glib::ustring get_format() const override;
+  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
+  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
+  [[nodiscard]] int get_variable_type(unsigned arg) const override;
+  /// A name that stands for something else is refused.
+  void set_text(unsigned arg, const Glib::ustring& text) override;
+  void run(ScriptContext& context) override;
+
+ private:
+  Glib::ustring variable;
+};
+
+}  // namespace zemblar

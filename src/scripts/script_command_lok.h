@@ -1,0 +1,37 @@
+#pragma once
+
+#include "scripts/lok_subject.h"
+#include "scripts/script_command.h"
+
+namespace zemblar {
+
+/// A command for a locomotive: one that the line names, or the one that the run is for. The first
+/// argument says which; a line that names neither does nothing.
+///
+/// In a layout file the locomotive's number, `This`, or null.
+class ScriptCommandLok : public ScriptCommand {
+ public:
+  void save(YAML::Emitter& out) const override;
+  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
+  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
+  [[nodiscard]] Gtk::Menu* get_menu(unsigned arg) override;
+  [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
+
+  [[nodiscard]] Lok* get_lok() const { return lok.get_lok(); }
+  [[nodiscard]] bool get_this_lok() const { return this_lok; }
+  void set_lok(Lok* chosen);
+  void set_this_lok();
+
+ protected:
+  explicit ScriptCommandLok(Script& owner);
+  ScriptCommandLok(Script& owner, const YAML::Node& entry);
+
+  /// Whom a run commands; null for nobody.
+  [[nodiscard]] Lok* target(const ScriptContext& context) const;
+
+ private:
+  LokSubject lok;
+  bool this_lok = true;
+};
+
+}  // namespace zemblar

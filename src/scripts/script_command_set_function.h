@@ -1,0 +1,42 @@
+#pragma once
+
+#include "scripts/func_holder.h"
+#include "scripts/script_command.h"
+
+namespace zemblar {
+
+/// "Set %1 %2 %3". In a layout file `This` and the function's name, or the function's number, or
+/// null; then the state.
+class ScriptCommandSetFunction : public ScriptCommand {
+ public:
+  explicit ScriptCommandSetFunction(Script& owner);
+  ScriptCommandSetFunction(Script& owner, const YAML::Node& entry);
+
+  void save(YAML::Emitter& out) const override;
+  [[nodiscard]] Glib::ustring get_format() const override;
+  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
+  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
+  [[nodiscard]] Gtk::Menu* get_menu(unsigned arg) override;
+  [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
+  void run(ScriptContext& context) override;
+
+  [[nodiscard]] const FuncHolder& get_function() const { return function; }
+  [[nodiscard]] bool get_this_lok() const { return this_lok; }
+  [[nodiscard]] bool get_state() const { return state; }
+  void set_lok(Lok* lok);
+  void set_this_lok();
+  void set_function(Function* chosen);
+  /// Of the locomotive that a run is for.
+  void set_function_name(const Glib::ustring& name);
+  void set_state(bool on);
+
+ private:
+  [[nodiscard]] Function* target(const ScriptContext& context) const;
+
+  FuncHolder function;
+  Function* read_ = nullptr;  // until it is resolved
+  bool this_lok = true;
+  bool state = true;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "scripts/script_command_lok.h"
+
+namespace zemblar {
+
+/// "Set %1 Speed to %2". In a layout file the locomotive, the speed, and `%` or `km/h`.
+///
+/// A speed in km/h is a part of the locomotive's top speed. What is more than that, or than 100 %,
+/// is full speed. It lifts an emergency stop when it sets the locomotive's own speed.
+class ScriptCommandSetSpeed : public ScriptCommandLok {
+ public:
+  explicit ScriptCommandSetSpeed(Script& owner) : ScriptCommandLok(owner) {}
+  ScriptCommandSetSpeed(Script& owner, const YAML::Node& entry);
+
+  void save(YAML::Emitter& out) const override;
+  [[nodiscard]] Glib::ustring get_format() const override;
+  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
+  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
+  [[nodiscard]] void* create_editor(unsigned arg, Gtk::HBox& box) override;
+  void finish_editor(unsigned arg, bool cancelled, void* state) override;
+  void run(ScriptContext& context) override;
+
+  [[nodiscard]] SpeedArg get_speed() const { return speed; }
+  void set_speed(const SpeedArg& value);
+
+ private:
+  SpeedArg speed{.speed = 100, .km_h = false};
+};
+
+}  // namespace zemblar

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "scripts/lok_subject.h"
+#include "scripts/script_event.h"
+
+namespace zemblar {
+
+/// "%1 %2 Speed %3 %4 %5": a locomotive's intended speed, or that of its travel, compares with a
+/// value. Speeds are not compared yet: the line can be written and kept, and never holds.
+///
+/// In a layout file `Any`, `This`, the locomotive's number or null; `eq`, `gt`, `ge`, `lt` or `le`,
+/// and with "is not" `ne`, `ngt`, `nge`, `nlt` or `nle`; the speed; `%` or `km/h`; and `travel`
+/// where it is that of its travel.
+class ScriptEventLokSpeed : public ScriptEvent {
+ public:
+  ScriptEventLokSpeed();
+  explicit ScriptEventLokSpeed(const YAML::Node& entry);
+
+  void save(YAML::Emitter& out) const override;
+  [[nodiscard]] Glib::ustring get_format() const override;
+  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
+  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
+  [[nodiscard]] Gtk::Menu* get_menu(unsigned arg) override;
+  [[nodiscard]] void* create_editor(unsigned arg, Gtk::HBox& box) override;
+  void finish_editor(unsigned arg, bool cancelled, void* state) override;
+  [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
+  void generate_instances(const EventInstance& /*partial*/) override {}
+
+  [[nodiscard]] bool is_armed() const override { return false; }
+  [[nodiscard]] Glib::ustring asleep_because() const override;
+
+ private:
+  enum Subject : int { chosen = 0, any = 1, this_one = 2 };
+
+  /// Gives an argument another value.
+  template <typename T>
+  void change(unsigned arg, T& field, T value);
+  void choose_subject(Lok* chosen_lok, Subject type);
+
+  LokSubject lok;
+  int lok_type = this_one;
+  bool travel = false;
+  bool negate = false;
+  unsigned compare = 0;
+  SpeedArg speed{.speed = 50, .km_h = false};
+};
+
+}  // namespace zemblar

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "runtime/scoped_connection.h"
+#include "scripts/script_event.h"
+
+namespace zemblar {
+
+/// "%1 is %2": a block, any block, or the block that the lines before it have found, is occupied or
+/// is not. A locomotive that block control has placed in a block occupies it.
+///
+/// It watches nothing until its subject is chosen. "This Block" has nothing to watch: it depends on
+/// the line before it. A block that ends leaves "This Block".
+///
+/// In a layout file `Any`, `This` or the block's number, then whether it is to be occupied.
+class ScriptEventOccupied : public ScriptEvent {
+ public:
+  ScriptEventOccupied() = default;
+  explicit ScriptEventOccupied(const YAML::Node& entry);
+
+  void save(YAML::Emitter& out) const override;
+  [[nodiscard]] Glib::ustring get_format() const override;
+  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
+  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
+  [[nodiscard]] Gtk::Menu* get_menu(unsigned arg) override;
+  [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
+  void generate_instances(const EventInstance& partial) override;
+
+  [[nodiscard]] bool is_armed() const override;
+  [[nodiscard]] bool sleeps() const override;
+  void arm() override;
+  [[nodiscard]] Glib::ustring asleep_because() const override;
+
+  // These arm the line, and have the script look at all of its conditions.
+  void choose_any();
+  void choose_this();
+  void choose(Block* chosen);
+  void choose_occupied(bool on);
+
+  [[nodiscard]] Block* get_block() const { return block; }
+  [[nodiscard]] bool get_any() const { return any; }
+  [[nodiscard]] bool get_occupied() const { return occupied; }
+
+ private:
+  void set_subject(Block* chosen, bool is_any);
+  void follow(Block* chosen);
+  void disconnect();
+  void fire();
+  void announce_subject();
+  void test(Block* tested) const;
+
+  ScopedConnection occupied_changed_;
+  ScopedConnection lok_changed_;
+  ScopedConnection ended_;  // also while nothing else is watched
+  bool occupied = true;
+  bool any = true;
+  Block* block = nullptr;
+};
+
+}  // namespace zemblar

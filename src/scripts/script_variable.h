@@ -1,0 +1,54 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <stdexcept>
+
+namespace zemblar {
+
+/// A value with a tag, for what a script may come to compute. So far lines claim names only.
+///
+/// Kinds 1, 2, 4 and 6 hold one word, 3 two words, 5 one byte, 0 nothing. A speed, kind 3, is one
+/// value in two units: two of them are equal when they agree in one.
+class ScriptVariable {
+ public:
+  enum class Kind : int {
+    empty = 0,
+    word1 = 1,
+    word2 = 2,
+    speed = 3,
+    word4 = 4,
+    byte = 5,
+    word6 = 6
+  };
+  using Word = std::uintptr_t;
+  using Words = std::array<Word, 2>;
+
+  struct TypeMismatch : std::runtime_error {
+    TypeMismatch() : std::runtime_error("Script Variable Type Mismatch") {}
+  };
+
+  ScriptVariable() = default;
+  /// Of kind 1, 2, 4 or 6; asserts that it is one of those.
+  ScriptVariable(Kind kind, Word word);
+  explicit ScriptVariable(const Words& words) : kind_(Kind::speed), words_(words) {}
+  explicit ScriptVariable(std::uint8_t byte) : kind_(Kind::byte), words_{byte, 0} {}
+
+  [[nodiscard]] Kind kind() const { return kind_; }
+  // These throw TypeMismatch for a value of another kind.
+  [[nodiscard]] Word word(Kind kind) const;
+  [[nodiscard]] const Words& words() const;
+  [[nodiscard]] std::uint8_t byte() const;
+
+  bool operator==(const ScriptVariable& other) const;
+
+ private:
+  void expect(Kind kind) const {
+    if (kind_ != kind) throw TypeMismatch();
+  }
+
+  Kind kind_ = Kind::empty;
+  Words words_{};
+};
+
+}  // namespace zemblar
