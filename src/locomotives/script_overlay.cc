@@ -1,9 +1,12 @@
 #include "locomotives/script_overlay.h"
 
 #include <set>
+#include <utility>
 
 #include "core/layout.h"
 #include "devices/decoder_update.h"
+#include "locomotives/function.h"
+#include "locomotives/lok.h"
 
 namespace zemblar {
 namespace {
@@ -37,7 +40,26 @@ ScriptOverlay::ScriptOverlay()
 
 ScriptOverlay::~ScriptOverlay() {
   all_levels().erase(this);
-  overlays_.erase(position_);
+  withdraw();
+}
+
+void ScriptOverlay::withdraw() {
+  if (std::exchange(in_force_, false)) overlays_.erase(position_);
+}
+
+// A handler may end objects, which forget themselves here, and withdraw other levels.
+void ScriptOverlay::take_back() {
+  withdraw();
+  const auto refresh_all = [](auto& entries, auto refresh) {
+    while (!entries.empty()) {
+      auto* object = entries.begin()->first;
+      entries.erase(entries.begin());
+      if (!object->is_deleting()) (object->*refresh)();
+    }
+  };
+  refresh_all(speeds, &Lok::apply_speed_overlay);
+  refresh_all(directions, &Lok::apply_direction_overlay);
+  refresh_all(states, &Function::apply_state_overlay);
 }
 
 unsigned ScriptOverlay::apply(Lok* lok, unsigned speed) {

@@ -21,6 +21,10 @@ class ScriptOverlay {
   ScriptOverlay(const ScriptOverlay&) = delete;
   ScriptOverlay& operator=(const ScriptOverlay&) = delete;
 
+  /// Takes it out of the list, and has each object that it names take the value that is in force
+  /// then: speeds, directions, states.
+  void take_back();
+
   std::map<Lok*, unsigned> speeds;  ///< 0 to 126
   std::map<Lok*, Direction> directions;
   std::map<Function*, bool> states;
@@ -36,6 +40,9 @@ class ScriptOverlay {
   static void forget(Function* function);
 
  private:
+  void withdraw();
+
+  bool in_force_ = true;  // the list may be gone when it is not
   std::list<ScriptOverlay*>& overlays_;
   std::list<ScriptOverlay*>::iterator position_;
 };

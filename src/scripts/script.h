@@ -87,6 +87,9 @@ class Script : public Object {
   /// Lines were added, removed or moved.
   sigc::signal<void>& signal_commands_changed() { return commands_changed_; }
 
+ protected:
+  void on_deleted() override;
+
  private:
   struct Variable {
     unsigned users = 1;
@@ -96,18 +99,26 @@ class Script : public Object {
 
   void load_conditions(const YAML::Node& list);
   void load_commands(const YAML::Node& list);
+  void save_conditions(YAML::Emitter& out) const;
+  void save_commands(YAML::Emitter& out) const;
   void restore_conditions(const EntryChange& change);
   void restore_commands(const EntryChange& change);
-  void follow(ScriptLine& line);
+  void insert_condition(unsigned index, const YAML::Node& entry, bool arm);
+  void restore_words(const YAML::Node& list);
+  void adopt(ScriptEvent* line);
+  void adopt(ScriptCommand* line);
   void on_changing();
-  void on_triggered();
+  void tell_commands_changed();
+  /// In the current layout, which is not being emptied.
   [[nodiscard]] bool is_at_work() const;
 
+  // What matches, and what comes of it.
+  void on_triggered();
   void evaluate();
   void sweep();
   void match(std::size_t position, const EventInstance& instance, bool first);
   void complete(const EventInstance& instance);
-  void watch(const EventInstance& instance);
+  [[nodiscard]] std::vector<EventInstance> take_finished();
   void on_ended(const EventInstance& instance);
   void run_instance(const EventInstance& instance);
 

@@ -32,6 +32,9 @@ class ScriptCommandSetFunction : public ScriptCommand {
 
  private:
   [[nodiscard]] Function* target(const ScriptContext& context) const;
+  [[nodiscard]] std::vector<ScriptChoice> function_choices();
+  /// The first two arguments have changed.
+  void tell_subject();
 
   FuncHolder function;
   Function* read_ = nullptr;  // until it is resolved

@@ -35,7 +35,9 @@ class ScriptEventLokSpeed : public ScriptEvent {
   /// Gives an argument another value.
   template <typename T>
   void change(unsigned arg, T& field, T value);
-  void choose_subject(Lok* chosen_lok, Subject type);
+  void choose_subject(Lok* named, Subject type);
+  [[nodiscard]] std::vector<ScriptChoice> subject_choices();
+  void read_compare(const YAML::Node& node);
 
   LokSubject lok;
   int lok_type = this_one;

@@ -42,10 +42,9 @@ class ScriptEventOccupied : public ScriptEvent {
 
  private:
   void set_subject(Block* chosen, bool is_any);
-  void follow(Block* chosen);
-  void disconnect();
+  void follow();
+  void announce(unsigned arg);
   void fire();
-  void announce_subject();
   void test(Block* tested) const;
 
   ScopedConnection occupied_changed_;

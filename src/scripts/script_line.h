@@ -13,7 +13,8 @@ class Menu;
 }  // namespace Gtk
 namespace YAML {
 class Emitter;
-}
+class Node;
+}  // namespace YAML
 
 namespace zemblar {
 

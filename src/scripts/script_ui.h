@@ -42,4 +42,7 @@ struct ScriptUi {
   static ScriptUi& get();
 };
 
+/// A menu with these choices; null without an interface.
+[[nodiscard]] Gtk::Menu* menu_of(const std::vector<ScriptChoice>& choices);
+
 }  // namespace zemblar

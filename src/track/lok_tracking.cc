@@ -3,43 +3,15 @@
 
 #include <algorithm>
 #include <cassert>
-#include <deque>
 #include <limits>
 
 #include "locomotives/lok.h"
 #include "locomotives/survival.h"
 #include "track/block.h"
+#include "track/turn.h"
 
 namespace zemblar {
 namespace {
-
-/// What arises while a handler of block control is at work waits until the outermost one has
-/// returned, in the same turn of the main loop: every handler finds the track as it left it.
-class Turn {
- public:
-  /// `slot` makes what has to wait; it is empty again when something that it tracks has ended.
-  template <typename Handle, typename MakeSlot>
-  static void run(const Handle& handle, const MakeSlot& make_slot) {
-    if (running_) {
-      waiting_.push_back(make_slot());
-      return;
-    }
-    const Turn turn;
-    handle();
-    while (!waiting_.empty()) {
-      const auto next = std::move(waiting_.front());
-      waiting_.pop_front();
-      next();
-    }
-  }
-
- private:
-  Turn() { running_ = true; }
-  ~Turn() { running_ = false; }
-
-  static inline bool running_ = false;
-  static inline std::deque<sigc::slot<void>> waiting_;
-};
 
 constexpr unsigned unreachable = std::numeric_limits<unsigned>::max();
 

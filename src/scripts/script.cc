@@ -1,0 +1,200 @@
+#include "scripts/script.h"
+
+#include <yaml-cpp/yaml.h>
+
+#include <algorithm>
+
+#include "core/document_class.h"
+#include "core/i18n.h"
+#include "core/layout.h"
+#include "core/status.h"
+
+namespace zemblar {
+namespace {
+
+const DocumentClass::Registration registration(document_class<Script>("!script", Section::scripts));
+const auto accepted_by_scripts = toplevel_accepts_class<Script>(Section::scripts);
+
+template <typename T>
+T* line_at(const std::vector<std::unique_ptr<T>>& lines, unsigned index) {
+  return index < lines.size() ? lines[index].get() : nullptr;
+}
+
+template <typename T>
+int place_of(const std::vector<std::unique_ptr<T>>& lines, const T* line) {
+  const auto found = std::ranges::find(lines, line, &std::unique_ptr<T>::get);
+  return found == lines.end() ? -1 : static_cast<int>(found - lines.begin());
+}
+
+template <typename T>
+void move_line(std::vector<std::unique_ptr<T>>& lines, unsigned from, unsigned to) {
+  auto line = std::move(lines[from]);
+  lines.erase(lines.begin() + from);
+  lines.insert(lines.begin() + to, std::move(line));
+}
+
+template <typename T>
+bool can_move(const std::vector<std::unique_ptr<T>>& lines, unsigned from, unsigned to) {
+  return from != to && from < lines.size() && to < lines.size();
+}
+
+}  // namespace
+
+Script::Script() : Glib::ObjectBase("Script"), Object(_("Script %1")) {}
+
+Script::Script(const YAML::Node& node) : Script() {
+  load_identity(node);
+  load_conditions(node["conditions"]);
+  load_commands(node["commands"]);
+}
+
+// Lines give back the names that they have claimed.
+Script::~Script() {
+  commands.clear();
+  conditions.clear();
+}
+
+void Script::on_deleted() {
+  signal_sleeping_changed().emit();
+}
+
+void Script::set_while(bool on) {
+  if (on == while_mode) return;
+  before_change();
+  while_mode = on;
+  mode_changed_.emit();
+}
+
+// --- Conditions ---
+
+void Script::adopt(ScriptEvent* line) {
+  conditions.emplace_back(line);
+  line->script_ = this;
+  line->signal_changing().connect(sigc::mem_fun(*this, &Script::on_changing));
+  line->signal_triggered().connect(sigc::mem_fun(*this, &Script::on_triggered));
+  line->signal_or_changed().connect([] { signal_sleeping_changed().emit(); });
+  line->signal_line_changed().connect([](unsigned) { signal_sleeping_changed().emit(); });
+}
+
+// The end of a document is no edit of it.
+void Script::on_changing() {
+  if (is_at_work()) before_change();
+}
+
+unsigned Script::add_condition(ScriptEvent* line) {
+  before_change();
+  adopt(line);
+  const auto index = get_num_conditions() - 1;
+  condition_added_.emit(index);
+  signal_sleeping_changed().emit();
+  return index;
+}
+
+void Script::remove_condition(unsigned index) {
+  if (index >= conditions.size()) return;
+  before_change();
+  condition_removed_.emit(index);
+  conditions.erase(conditions.begin() + index);
+  signal_sleeping_changed().emit();
+}
+
+void Script::move_condition(unsigned from, unsigned to) {
+  if (!can_move(conditions, from, to)) return;
+  before_change();
+  move_line(conditions, from, to);
+  condition_moved_.emit(from, to);
+  signal_sleeping_changed().emit();
+}
+
+unsigned Script::get_num_conditions() const {
+  return static_cast<unsigned>(conditions.size());
+}
+
+ScriptEvent* Script::get_condition(unsigned index) const {
+  return line_at(conditions, index);
+}
+
+int Script::find_condition(const ScriptEvent* line) const {
+  return place_of(conditions, line);
+}
+
+// --- Commands ---
+
+void Script::adopt(ScriptCommand* line) {
+  commands.emplace_back(line);
+  line->signal_changing().connect(sigc::mem_fun(*this, &Script::on_changing));
+}
+
+unsigned Script::add_command(ScriptCommand* line) {
+  before_change();
+  adopt(line);
+  const auto index = get_num_commands() - 1;
+  command_added_.emit(index);
+  tell_commands_changed();
+  return index;
+}
+
+// Runs end before the line does: one of them may stand in it.
+void Script::remove_command(unsigned index) {
+  if (index >= commands.size()) return;
+  before_change();
+  command_removed_.emit(index);
+  tell_commands_changed();
+  commands.erase(commands.begin() + index);
+}
+
+void Script::move_command(unsigned from, unsigned to) {
+  if (!can_move(commands, from, to)) return;
+  before_change();
+  move_line(commands, from, to);
+  command_moved_.emit(from, to);
+  tell_commands_changed();
+}
+
+void Script::tell_commands_changed() {
+  const bool ends_runs = num_runs() != 0;
+  commands_changed_.emit();
+  if (!ends_runs) return;
+  set_status(Glib::ustring::compose(
+      _("“%1” was at work and has ended; it starts again when its condition returns."),
+      get_name()));
+}
+
+unsigned Script::get_num_commands() const {
+  return static_cast<unsigned>(commands.size());
+}
+
+ScriptCommand* Script::get_command(unsigned index) const {
+  return line_at(commands, index);
+}
+
+int Script::find_command(const ScriptCommand* line) const {
+  return place_of(commands, line);
+}
+
+// --- Variables ---
+
+bool Script::add_variable(const Glib::ustring& name, int type) {
+  if (type == 0) return false;
+  const auto [entry, is_new] =
+      variables.try_emplace(name.raw(), Variable{.users = 1, .type = type});
+  if (is_new) return true;
+  if (entry->second.type != type) return false;
+  ++entry->second.users;
+  return true;
+}
+
+void Script::remove_variable(const Glib::ustring& name) {
+  const auto entry = variables.find(name.raw());
+  if (entry != variables.end() && --entry->second.users == 0) variables.erase(entry);
+}
+
+std::vector<Glib::ustring> Script::get_variables(int type) const {
+  std::vector<Glib::ustring> names;
+  for (const auto& [name, variable] : variables) {
+    if (type == 0 || variable.type == type) names.emplace_back(name);
+  }
+  return names;
+}
+
+}  // namespace zemblar

@@ -1,0 +1,109 @@
+#include "scripts/script_command_wait.h"
+
+#include <yaml-cpp/yaml.h>
+
+#include <cmath>
+#include <limits>
+
+#include "core/i18n.h"
+#include "core/yaml_io.h"
+#include "runtime/fiber.h"
+#include "runtime/timer.h"
+#include "scripts/script.h"
+#include "scripts/script_context.h"
+#include "scripts/script_entry.h"
+#include "scripts/script_registry.h"
+
+namespace zemblar {
+namespace {
+
+void register_script_command_wait() {
+  register_script_command<ScriptCommandWait>("wait", N_("Wait"));
+}
+void register_script_command_wait_init_event() {
+  register_script_command<ScriptCommandWaitInitEvent>("wait_init_event",
+                                                      N_("Wait until initial event is finished"));
+}
+[[maybe_unused]] const bool registered =
+    (register_script_command_wait(), register_script_command_wait_init_event(), true);
+
+constexpr std::chrono::milliseconds tenth(100);
+constexpr double shortest = 0.1;
+constexpr float longest = 3600.0F;
+
+unsigned read_delay(const YAML::Node& node) {
+  double seconds = 0;
+  node >> seconds;
+  const float tenths = std::round(static_cast<float>(seconds) * 10.0F);
+  constexpr auto limit = static_cast<float>(std::numeric_limits<int>::max());
+  if (!(tenths >= 0) || tenths >= limit) throw YAML::InvalidScalar(node.Mark());
+  return static_cast<unsigned>(tenths);
+}
+
+}  // namespace
+
+ScriptCommandWait::ScriptCommandWait(Script& owner, const YAML::Node& entry)
+    : ScriptCommand(owner), delay(read_delay(element(entry, 1))) {}
+
+void ScriptCommandWait::save(YAML::Emitter& out) const {
+  out << shortest_text(delay / 10.0);
+}
+
+Glib::ustring ScriptCommandWait::get_format() const {
+  return _("Wait %1 seconds");
+}
+
+Glib::ustring ScriptCommandWait::get_arg_text(unsigned arg) const {
+  return arg == 1 ? Glib::ustring::format(delay / 10.0) : ScriptCommand::get_arg_text(arg);
+}
+
+ScriptLine::ArgType ScriptCommandWait::get_arg_type(unsigned arg) const {
+  return arg == 1 ? ArgType::number : ScriptCommand::get_arg_type(arg);
+}
+
+void ScriptCommandWait::get_spin_range(unsigned arg, SpinRange& range) const {
+  if (arg != 1) return ScriptCommand::get_spin_range(arg, range);
+  range = {.min = 0.1, .max = 3600.0, .value = delay / 10.0, .step = 0.1, .digits = 1};
+}
+
+void ScriptCommandWait::set_spin_value(unsigned arg, double value) {
+  if (arg != 1) return ScriptCommand::set_spin_value(arg, value);
+  const unsigned tenths = value < shortest ? 1
+                          : static_cast<float>(value) > longest
+                              ? 36000
+                              : static_cast<unsigned>(std::lround(value * 10.0));
+  if (tenths != delay) signal_changing().emit();
+  delay = tenths;
+  signal_line_changed().emit(1);
+}
+
+// The line may be gone when it goes on.
+void ScriptCommandWait::run(ScriptContext& context) {
+  sleep_for(delay * tenth, context.cancellable);
+}
+
+Glib::ustring ScriptCommandWaitInitEvent::get_format() const {
+  return _("Wait until initial event is finished");
+}
+
+// Both may be announced before the fiber has gone on: the first one wakes it, and only that.
+void ScriptCommandWaitInitEvent::run(ScriptContext& context) {
+  if (context.is_cancelled()) return;
+  sigc::connection finished;
+  sigc::connection cancelled;
+  fiber::yield([&](fiber* waiting) {
+    const auto wake = [&finished, &cancelled, waiting] {
+      auto* const woken = waiting;
+      finished.disconnect();
+      cancelled.disconnect();
+      fiber::resume(woken, 0);
+    };
+    finished = context.script->signal_instance_finished().connect(
+        [wake, instance = context.instance](const EventInstance& which) {
+          if (which == instance) wake();
+        });
+    cancelled = context.cancellable->signal_cancelled().connect(wake);
+  });
+}
+
+}  // namespace zemblar

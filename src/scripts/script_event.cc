@@ -1,0 +1,48 @@
+#include "scripts/script_event.h"
+
+#include <cassert>
+
+#include "runtime/generator.h"
+#include "scripts/script.h"
+
+namespace zemblar {
+namespace {
+
+InstanceWalk* walking = nullptr;  // whose generator is running
+
+}  // namespace
+
+void ScriptEvent::set_or_flag(bool on) {
+  if (on == or_flag_) return;
+  signal_changing().emit();
+  or_flag_ = on;
+  signal_or_changed_.emit();
+}
+
+bool ScriptEvent::opens_alternative() const {
+  return script_ && (or_flag_ || script_->find_condition(this) == 0);
+}
+
+// The word that a generator hands over is too small for an instance.
+void ScriptEvent::yield(const EventInstance& instance) {
+  assert(walking);
+  walking->instance_ = instance;
+  generator::yield(1);
+}
+
+InstanceWalk::InstanceWalk(ScriptEvent& event, const EventInstance& partial)
+    : generator_(generator::create([&event, partial] { event.generate_instances(partial); })) {}
+
+InstanceWalk::~InstanceWalk() {
+  generator::destroy(generator_);
+}
+
+const EventInstance* InstanceWalk::next() {
+  if (!generator_ || generator::finished(generator_)) return nullptr;
+  walking = this;
+  generator::next(generator_, 0);
+  walking = nullptr;
+  return generator::finished(generator_) ? nullptr : &instance_;
+}
+
+}  // namespace zemblar

@@ -1,0 +1,193 @@
+#include "scripts/script_event_lok_speed.h"
+
+#include <array>
+#include <cassert>
+
+#include "core/i18n.h"
+#include "core/yaml_io.h"
+#include "scripts/script_entry.h"
+#include "scripts/script_registry.h"
+
+namespace zemblar {
+namespace {
+
+void register_script_event_lok_speed() {
+  register_script_event<ScriptEventLokSpeed>("lok_speed", N_("Locomotive Speed Is…"));
+}
+[[maybe_unused]] const bool registered = (register_script_event_lok_speed(), true);
+
+constexpr auto any_word = "Any";
+constexpr auto this_word = "This";
+constexpr auto travel_word = "travel";
+constexpr auto intended_word = "intended";
+
+struct Comparison {
+  const char* word;
+  const char* negated_word;
+  const char* text;
+};
+constexpr std::array<Comparison, 5> comparisons{{
+    {"eq", "ne", N_("equal to")},
+    {"gt", "ngt", N_("greater than")},
+    {"ge", "nge", N_("greater than or equal to")},
+    {"lt", "nlt", N_("less than")},
+    {"le", "nle", N_("less than or equal to")},
+}};
+
+bool read_travel(const YAML::Node& node) {
+  const auto& word = scalar_of(node);
+  if (word != travel_word && word != intended_word) throw YAML::InvalidScalar(node.Mark());
+  return word == travel_word;
+}
+
+Glib::ustring subject_text(int type) {
+  return type == 1   ? _("Any Locomotive")
+         : type == 2 ? _("This Locomotive")
+                     : _("(No Locomotive Selected)");
+}
+
+Glib::ustring travel_text(bool travel) {
+  return travel ? C_("Speed", "Travel") : C_("Speed", "Intended");
+}
+
+Glib::ustring negate_text(bool negate) {
+  return negate ? _("is not") : _("is");
+}
+
+}  // namespace
+
+ScriptEventLokSpeed::ScriptEventLokSpeed() {
+  lok.signal_changing().connect(signal_changing().make_slot());
+  lok.signal_changed().connect([this] { signal_line_changed().emit(1); });
+}
+
+ScriptEventLokSpeed::ScriptEventLokSpeed(const YAML::Node& entry) : ScriptEventLokSpeed() {
+  const auto subject = element(entry, 2);
+  read_compare(element(entry, 3));
+  speed = read_speed(entry, 4);
+  if (entry.size() > 6) travel = read_travel(entry[6]);
+  lok_type = is_word(subject, any_word) ? any : is_word(subject, this_word) ? this_one : chosen;
+  if (lok_type == chosen) lok.load(subject);
+}
+
+void ScriptEventLokSpeed::read_compare(const YAML::Node& node) {
+  const auto& word = scalar_of(node);
+  for (compare = 0; compare < comparisons.size(); ++compare) {
+    negate = word == comparisons[compare].negated_word;
+    if (negate || word == comparisons[compare].word) return;
+  }
+  throw YAML::InvalidScalar(node.Mark());
+}
+
+void ScriptEventLokSpeed::save(YAML::Emitter& out) const {
+  const auto compare = static_cast<int>(this->compare);
+  assert((lok_type >= 0) && (lok_type <= 2));
+  assert((compare >= 0) && (compare <= 4));
+  if (lok_type == chosen) {
+    out << static_cast<const Object*>(lok.get_lok());
+  } else {
+    out << (lok_type == any ? any_word : this_word);
+  }
+  const auto& comparison = comparisons[this->compare];
+  out << (negate ? comparison.negated_word : comparison.word);
+  write_speed(out, speed);
+  if (travel) out << travel_word;
+}
+
+Glib::ustring ScriptEventLokSpeed::get_format() const {
+  return _("%1 %2 Speed %3 %4 %5");
+}
+
+Glib::ustring ScriptEventLokSpeed::get_arg_text(unsigned arg) const {
+  switch (arg) {
+    case 1:
+      return lok.get_lok() ? lok.get_lok()->get_name() : subject_text(lok_type);
+    case 2:
+      return travel_text(travel);
+    case 3:
+      return negate_text(negate);
+    case 4:
+      return _(comparisons[compare].text);
+    case 5:
+      return speed_text(speed);
+    default:
+      return ScriptEvent::get_arg_text(arg);
+  }
+}
+
+ScriptLine::ArgType ScriptEventLokSpeed::get_arg_type(unsigned arg) const {
+  if (arg == 5) return ArgType::custom;
+  return arg >= 1 && arg <= 4 ? ArgType::menu : ScriptEvent::get_arg_type(arg);
+}
+
+Gtk::Menu* ScriptEventLokSpeed::get_menu(unsigned arg) {
+  return menu_of(choices(arg));
+}
+
+std::vector<ScriptChoice> ScriptEventLokSpeed::choices(unsigned arg) {
+  std::vector<ScriptChoice> all;
+  const auto offer = [this, &all](const Glib::ustring& text, const std::function<void()>& choose) {
+    all.push_back(choice(text, choose));
+  };
+  switch (arg) {
+    case 1:
+      return subject_choices();
+    case 2:
+      for (const bool value : {false, true})
+        offer(travel_text(value), [this, value] { change(2, travel, value); });
+      return all;
+    case 3:
+      for (const bool value : {false, true})
+        offer(negate_text(value), [this, value] { change(3, negate, value); });
+      return all;
+    case 4:
+      for (unsigned i = 0; i < comparisons.size(); ++i)
+        offer(_(comparisons[i].text), [this, i] { change(4, compare, i); });
+      return all;
+    default:
+      return ScriptEvent::choices(arg);
+  }
+}
+
+std::vector<ScriptChoice> ScriptEventLokSpeed::subject_choices() {
+  auto all = lok_choices([this](Lok* named) {
+    return choice(
+        named->get_name(), [this, named] { choose_subject(named, chosen); }, named);
+  });
+  for (const auto type : {any, this_one}) {
+    all.push_back(choice(subject_text(type), [this, type] { choose_subject(nullptr, type); }));
+  }
+  return all;
+}
+
+void* ScriptEventLokSpeed::create_editor(unsigned arg, Gtk::HBox& box) {
+  return arg == 5 ? create_speed_editor(box, speed) : ScriptEvent::create_editor(arg, box);
+}
+
+void ScriptEventLokSpeed::finish_editor(unsigned arg, bool cancelled, void* state) {
+  if (arg != 5) return;
+  const auto edited = end_speed_editor(state, speed);
+  if (!cancelled) change(5, speed, edited);
+}
+
+template <typename T>
+void ScriptEventLokSpeed::change(unsigned arg, T& field, T value) {
+  if (value == field) return;
+  signal_changing().emit();
+  field = value;
+  signal_line_changed().emit(arg);
+}
+
+void ScriptEventLokSpeed::choose_subject(Lok* named, Subject type) {
+  if (named == lok.get_lok() && type == lok_type) return;
+  signal_changing().emit();
+  lok.set_lok(named);
+  lok_type = type;
+  signal_line_changed().emit(1);
+}
+
+Glib::ustring ScriptEventLokSpeed::asleep_because() const {
+  return _("Speeds of locomotives are not compared yet: this line never holds.");
+}
+
+}  // namespace zemblar

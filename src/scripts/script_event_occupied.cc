@@ -1,0 +1,195 @@
+#include "scripts/script_event_occupied.h"
+
+#include "core/collections.h"
+#include "core/i18n.h"
+#include "core/layout.h"
+#include "core/yaml_io.h"
+#include "scripts/script_entry.h"
+#include "scripts/script_registry.h"
+#include "track/block.h"
+
+namespace zemblar {
+namespace {
+
+void register_script_event_occupied() {
+  register_script_event<ScriptEventOccupied>("occupied", N_("Block is (un)occupied"));
+}
+[[maybe_unused]] const bool registered = (register_script_event_occupied(), true);
+
+constexpr auto any_word = "Any";
+constexpr auto this_word = "This";
+
+Glib::ustring occupied_text(bool occupied) {
+  return occupied ? _("Occupied") : _("Unoccupied");
+}
+
+}  // namespace
+
+// --- In a file ---
+
+// Resolved, and followed, but not watched.
+ScriptEventOccupied::ScriptEventOccupied(const YAML::Node& entry) : any(false) {
+  const auto subject = element(entry, 2);
+  element(entry, 3) >> occupied;
+  any = is_word(subject, any_word);
+  if (any || is_word(subject, this_word)) return;
+  subject >> block;
+  Layout::get().signal_post_resolve().connect(sigc::track_obj(
+      [this] {
+        follow();
+        signal_line_changed().emit(1);
+        return true;
+      },
+      *this));
+}
+
+void ScriptEventOccupied::save(YAML::Emitter& out) const {
+  if (block) {
+    out << static_cast<const Object*>(block);
+  } else {
+    out << (any ? any_word : this_word);
+  }
+  out << occupied;
+}
+
+// --- As a sentence ---
+
+Glib::ustring ScriptEventOccupied::get_format() const {
+  return _("%1 is %2");
+}
+
+Glib::ustring ScriptEventOccupied::get_arg_text(unsigned arg) const {
+  if (arg == 2) return occupied_text(occupied);
+  if (arg != 1) return ScriptEvent::get_arg_text(arg);
+  if (block) return block->get_name();
+  return any ? _("Any Block") : _("This Block");
+}
+
+ScriptLine::ArgType ScriptEventOccupied::get_arg_type(unsigned arg) const {
+  return arg == 1 || arg == 2 ? ArgType::menu : ScriptEvent::get_arg_type(arg);
+}
+
+Gtk::Menu* ScriptEventOccupied::get_menu(unsigned arg) {
+  return menu_of(choices(arg));
+}
+
+std::vector<ScriptChoice> ScriptEventOccupied::choices(unsigned arg) {
+  if (arg == 2) {
+    const auto offer = [this](bool on) {
+      return choice(occupied_text(on), [this, on] { choose_occupied(on); });
+    };
+    return {offer(true), offer(false)};
+  }
+  if (arg != 1) return ScriptEvent::choices(arg);
+  std::vector<ScriptChoice> all;
+  all.push_back(choice(_("Any Block"), [this] { choose_any(); }));
+  all.push_back(choice(_("This Block"), [this] { choose_this(); }));
+  std::vector<Block*> blocks;
+  collect(Layout::get(), blocks);
+  if (!blocks.empty()) all.push_back({.text = {}, .choose = {}, .separator = true});
+  for (auto* offered : blocks) {
+    all.push_back(choice(
+        offered->get_name(), [this, offered] { choose(offered); }, offered));
+  }
+  return all;
+}
+
+// --- What holds ---
+
+void ScriptEventOccupied::generate_instances(const EventInstance& partial) {
+  if (block) return test(block);
+  if (!any) {
+    if (partial.block) test(partial.block);
+    return;
+  }
+  for (auto* member : Layout::get().get_all_blocks().members()) test(static_cast<Block*>(member));
+}
+
+void ScriptEventOccupied::test(Block* tested) const {
+  if (tested->is_deleting()) return;
+  auto* lok = tested->get_lok();
+  const bool is_occupied = lok || tested->occupied();
+  if (is_occupied == occupied) yield({tested, lok});
+}
+
+// --- What is watched ---
+
+bool ScriptEventOccupied::is_armed() const {
+  return block || any ? occupied_changed_.connected() : !opens_alternative();
+}
+
+bool ScriptEventOccupied::sleeps() const {
+  return (block || any) && !is_armed();
+}
+
+void ScriptEventOccupied::arm() {
+  if (block) return choose(block);
+  return any ? choose_any() : choose_this();
+}
+
+Glib::ustring ScriptEventOccupied::asleep_because() const {
+  if (is_armed()) return {};
+  return sleeps() ? _("This condition sleeps: choose its block, or “Start Scripts”, and it watches "
+                      "the railway.")
+                  : _("No line before this one finds a block that it could be about.");
+}
+
+void ScriptEventOccupied::set_subject(Block* chosen, bool is_any) {
+  if (chosen != block || is_any != any) signal_changing().emit();
+  occupied_changed_.disconnect();
+  lok_changed_.disconnect();
+  ended_.disconnect();
+  block = chosen;
+  any = is_any;
+}
+
+// Its end leaves "This Block", and is a trigger where its changes were.
+void ScriptEventOccupied::follow() {
+  if (!block) return;
+  ended_ = block->signal_deleted().connect([this] {
+    if (is_armed()) return choose_this();
+    set_subject(nullptr, false);
+    signal_line_changed().emit(1);
+  });
+}
+
+void ScriptEventOccupied::choose_any() {
+  set_subject(nullptr, true);
+  auto& all = Layout::get().get_all_blocks();
+  occupied_changed_ = all.signal_changed().connect([this] { fire(); });
+  lok_changed_ = all.signal_lok_changed().connect([this] { fire(); });
+  announce(1);
+}
+
+void ScriptEventOccupied::choose_this() {
+  set_subject(nullptr, false);
+  announce(1);
+}
+
+void ScriptEventOccupied::choose(Block* chosen) {
+  set_subject(chosen, false);
+  follow();
+  occupied_changed_ = chosen->signal_occupied().connect([this] { fire(); });
+  lok_changed_ = chosen->signal_lok_changed().connect([this] { fire(); });
+  announce(1);
+}
+
+void ScriptEventOccupied::choose_occupied(bool on) {
+  if (on == occupied) return;
+  signal_changing().emit();
+  occupied = on;
+  announce(2);
+}
+
+// Whoever is told first may end the line.
+void ScriptEventOccupied::announce(unsigned arg) {
+  const sigc::slot<void> then = sigc::mem_fun(*this, &ScriptEventOccupied::fire);
+  signal_line_changed().emit(arg);
+  then();
+}
+
+void ScriptEventOccupied::fire() {
+  signal_triggered().emit();
+}
+
+}  // namespace zemblar

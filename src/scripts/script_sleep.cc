@@ -1,0 +1,67 @@
+// Scripts that come from a file sleep until somebody wakes them.
+
+#include "core/i18n.h"
+#include "core/layout.h"
+#include "core/status.h"
+#include "locomotives/survival.h"
+#include "scripts/script.h"
+
+namespace zemblar {
+namespace {
+
+// What Open itself has to tell comes first.
+void tell_sleepers() {
+  signal_sleeping_changed().emit();
+  const auto count = sleeping_scripts();
+  if (count == 0 || !get_status().empty()) return;
+  set_status(Glib::ustring::compose(
+      dngettext(GETTEXT_PACKAGE,
+                "One script sleeps; “Start Scripts” in the Scripts panel wakes it.",
+                "%1 scripts sleep; “Start Scripts” in the Scripts panel wakes them.", count),
+      count));
+}
+
+[[maybe_unused]] const auto opened =
+    Layout::signal_replaced().connect(sigc::ptr_fun(&tell_sleepers));
+
+Script* script_at(unsigned place) {
+  return dynamic_cast<Script*>(Layout::get().get_scripts().child_at(place));
+}
+
+}  // namespace
+
+void Script::start() {
+  const Survival alive(*this);
+  for (unsigned i = 0; alive && i < conditions.size(); ++i) conditions[i]->arm();
+}
+
+bool Script::sleeps() const {
+  for (const auto& line : conditions) {
+    if (line->sleeps()) return true;
+  }
+  return false;
+}
+
+// A run may end scripts.
+void start_scripts() {
+  const auto count = Layout::get().get_scripts().child_count();
+  for (unsigned i = 0; i < count; ++i) {
+    if (auto* script = script_at(i)) script->start();
+  }
+}
+
+unsigned sleeping_scripts() {
+  unsigned count = 0;
+  for (auto* child : Layout::get().get_scripts()) {
+    const auto* script = dynamic_cast<Script*>(child);
+    if (script && !script->is_deleting() && script->sleeps()) ++count;
+  }
+  return count;
+}
+
+sigc::signal<void>& signal_sleeping_changed() {
+  static sigc::signal<void> signal;
+  return signal;
+}
+
+}  // namespace zemblar
