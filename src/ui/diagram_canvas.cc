@@ -14,6 +14,7 @@ constexpr double zoom_step = 1.1;
 constexpr double least_zoom = 0.02;
 /// Beyond some forty, letters are larger than the font library can make them, and it stays broken.
 constexpr double most_zoom = 16;
+constexpr double part_of_canvas = 0.96;  // a margin stays
 /// The window system has no larger ones.
 constexpr int largest_pixmap = 32767;
 /// Beyond this many places the whole is drawn at once.
@@ -288,6 +289,48 @@ Vector DiagramCanvas::to_view(const Vector& place) const {
   auto point = place;
   inverse.transform_point(point.x, point.y);
   return point;
+}
+
+// In pixels; empty when there is nothing.
+PixelBox DiagramCanvas::drawn_box() {
+  update();
+  std::optional<PixelBox> all;
+  const auto add = [&all](const PixelBox& box) { all = all ? all->united(box) : box; };
+  for (const auto& [object, box] : boxes_) add(box);
+  if (const auto& picture = view_.image(); picture.pixbuf()) {
+    const auto from = to_canvas({0, 0});
+    const auto to =
+        to_canvas({static_cast<double>(picture.width()), static_cast<double>(picture.height())});
+    add({from.x, from.y, to.x, to.y});
+  }
+  return all.value_or(PixelBox{});
+}
+
+// Twice: names and edges have the same size in pixels at any zoom, or nearly so.
+void DiagramCanvas::show_whole() {
+  for (int round = 0; round < 2; ++round) {
+    const auto box = drawn_box();
+    const Vector extent{box.right - box.left, box.bottom - box.top};
+    pan_ = {0, 0};
+    if (box.empty()) {
+      zoom_ = 1;
+    } else {
+      const auto middle = to_view(Vector{box.left, box.top} + extent * 0.5);
+      const double share = std::min(size().x / extent.x, size().y / extent.y) * part_of_canvas;
+      zoom_ = std::clamp(zoom_ * share, least_zoom, 1.0);
+      place_view();
+      pan_ = size() * 0.5 - to_canvas(middle);
+    }
+    invalidate();
+  }
+}
+
+void DiagramCanvas::zoom_in() {
+  zoom_about(size() * 0.5, zoom_step, zoom_step - 1);
+}
+
+void DiagramCanvas::zoom_out() {
+  zoom_about(size() * 0.5, 1 / zoom_step, 1 / zoom_step - 1);
 }
 
 // --- Input ---

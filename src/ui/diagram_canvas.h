@@ -37,6 +37,12 @@ class DiagramCanvas : public Gtk::DrawingArea {
     return tags_.hit(x, y);
   }
 
+  /// The drawing and the picture as a whole, in the middle; no larger than they are.
+  void show_whole();
+  /// By one step of the wheel, about the middle.
+  void zoom_in();
+  void zoom_out();
+
   /// Everything has to be drawn anew.
   void invalidate();
   /// How often the canvas has been drawn, as a whole and in part.
@@ -82,6 +88,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
   void zoom_about(const Vector& pointer, double factor, double share);
   [[nodiscard]] Vector size() const;
   void place_view();
+  [[nodiscard]] PixelBox drawn_box();
 
   void repaint(int width, int height);
   void repaint_parts();

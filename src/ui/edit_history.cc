@@ -1,7 +1,9 @@
 #include "ui/edit_history.h"
 
+#include <glibmm/main.h>
 #include <gtkmm/main.h>
 
+#include <array>
 #include <map>
 #include <optional>
 
@@ -23,6 +25,32 @@ std::unique_ptr<EditJournal::Hold> held;
 EditHistory* history_of(GtkWidget* window) {
   const auto found = histories().find(window);
   return found == histories().end() ? nullptr : found->second;
+}
+
+/// What changes the document when it happens outside all events: assistive technology presses
+/// buttons and chooses from menus without any.
+struct Action {
+  GType type;
+  const char* signal;
+};
+const std::array actions{Action{GTK_TYPE_BUTTON, "clicked"},
+                         Action{GTK_TYPE_TOGGLE_BUTTON, "toggled"},
+                         Action{GTK_TYPE_MENU_ITEM, "activate"},
+                         Action{GTK_TYPE_COMBO_BOX, "changed"},
+                         Action{GTK_TYPE_SPIN_BUTTON, "value-changed"},
+                         Action{GTK_TYPE_ENTRY, "activate"},
+                         Action{GTK_TYPE_EDITABLE, "changed"}};
+
+/// The window in which a widget was made use of; for a menu that of the widget it hangs on.
+GtkWidget* window_of(GtkWidget* widget) {
+  auto* window = widget ? gtk_widget_get_toplevel(widget) : nullptr;
+  while (GTK_IS_WINDOW(window)) {
+    auto* menu = gtk_bin_get_child(GTK_BIN(window));
+    auto* owner = GTK_IS_MENU(menu) ? gtk_menu_get_attach_widget(GTK_MENU(menu)) : nullptr;
+    if (!owner) return window;
+    window = gtk_widget_get_toplevel(owner);
+  }
+  return nullptr;
 }
 
 bool is_action(GdkEventType type) {
@@ -65,10 +93,36 @@ EditHistory::Work::~Work() {
 
 void EditHistory::install() {
   gdk_event_handler_set([](GdkEvent* event, gpointer) { dispatch(event); }, nullptr, nullptr);
+  for (const auto& [type, signal] : actions) {
+    auto* type_class =
+        G_TYPE_IS_INTERFACE(type) ? g_type_default_interface_ref(type) : g_type_class_ref(type);
+    g_signal_add_emission_hook(g_signal_lookup(signal, type), 0, &EditHistory::on_action, nullptr,
+                               nullptr);
+    static_cast<void>(type_class);  // the hook is there as long as the program
+  }
+}
+
+// The step ends with the turn of the main loop.
+gboolean EditHistory::on_action(GSignalInvocationHint* /*hint*/, guint /*count*/,
+                                const GValue* values, gpointer /*data*/) {
+  static std::optional<Work> work;
+  static ScopedConnection end;
+  if (EditJournal::get().is_writing()) return TRUE;
+  auto* history = of(GTK_WIDGET(g_value_get_object(&values[0])));
+  if (!history) return TRUE;
+  work.emplace(*history);
+  end = Glib::signal_idle().connect(
+      [] {
+        work.reset();
+        return false;
+      },
+      Glib::PRIORITY_HIGH);
+  return TRUE;
 }
 
 void EditHistory::dispatch(GdkEvent* event) {
-  auto* history = of(event);
+  auto* history = of(gtk_get_event_widget(event));
+  if (is_action(event->type)) latest = history;
   std::optional<Work> work;
   if (history) work.emplace(*history);
   if (event->type == GDK_BUTTON_PRESS || event->type == GDK_BUTTON_RELEASE) held.reset();
@@ -77,18 +131,16 @@ void EditHistory::dispatch(GdkEvent* event) {
 }
 
 // Menus and dialogs are windows of their own.
-EditHistory* EditHistory::of(const GdkEvent* event) {
-  auto* widget = gtk_get_event_widget(const_cast<GdkEvent*>(event));
-  auto* window = widget ? gtk_widget_get_toplevel(widget) : nullptr;
-  if (!GTK_IS_WINDOW(window)) return nullptr;
+EditHistory* EditHistory::of(GtkWidget* widget) {
+  auto* window = window_of(widget);
+  if (!window) return nullptr;
   auto* history = history_of(window);
-  if (!history) {
-    auto* parent = gtk_window_get_transient_for(GTK_WINDOW(window));
-    if (parent) history = history_of(GTK_WIDGET(parent));
+  if (history) return history;
+  if (auto* parent = gtk_window_get_transient_for(GTK_WINDOW(window))) {
+    history = history_of(GTK_WIDGET(parent));
   }
-  if (!history && gtk_window_get_window_type(GTK_WINDOW(window)) == GTK_WINDOW_POPUP) return latest;
-  if (is_action(event->type)) latest = history;
-  return history;
+  const bool is_menu = gtk_window_get_window_type(GTK_WINDOW(window)) == GTK_WINDOW_POPUP;
+  return history || !is_menu ? history : latest;
 }
 
 // --- Undo and redo ---

@@ -10,7 +10,8 @@ namespace zemblar {
 /// What has been done to the document in one window, and what of it has been undone.
 ///
 /// What changes while an event for the window is served belongs to it; so does what its menus and
-/// dialogs do. From the press of a button to its release all is one step.
+/// dialogs do, and what assistive technology does in it without events. From the press of a button
+/// to its release all is one step.
 class EditHistory : public sigc::trackable {
  public:
   explicit EditHistory(Gtk::Window& window);
@@ -24,8 +25,7 @@ class EditHistory : public sigc::trackable {
   /// Another step may be next.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
-  /// What changes while it lives was done in that window. For what is done without an event of the
-  /// toolkit, as by assistive technology.
+  /// What changes while it lives was done in that window.
   class Work {
    public:
     explicit Work(EditHistory& history);
@@ -41,7 +41,9 @@ class EditHistory : public sigc::trackable {
 
  private:
   void step_back(bool (EditList::*step)());
-  static EditHistory* of(const GdkEvent* event);
+  static EditHistory* of(GtkWidget* widget);
+  static gboolean on_action(GSignalInvocationHint* hint, guint count, const GValue* values,
+                            gpointer data);
 
   Gtk::Window& window_;
   EditList steps_;

@@ -97,8 +97,10 @@ void append_window_items(Gtk::MenuShell& menu) {
   append_stock_item(menu, stock::throttle, [] { LokController::open(); });
 }
 
-void append_view_menu(Gtk::MenuShell& bar, Gtk::Window& window) {
-  append_window_items(*append_submenu(bar, stock::view, window.get_accel_group()));
+Gtk::Menu& append_view_menu(Gtk::MenuShell& bar, Gtk::Window& window) {
+  auto* menu = append_submenu(bar, stock::view, window.get_accel_group());
+  append_window_items(*menu);
+  return *menu;
 }
 
 void append_file_buttons(Gtk::Toolbar& toolbar) {

@@ -26,7 +26,7 @@ Gtk::Menu* append_submenu(Gtk::MenuShell& bar, const Gtk::StockID& id,
 /// The menus that all main windows share. Their entries act on the layout that is current when
 /// they are chosen.
 void append_file_menu(Gtk::MenuShell& bar, Gtk::Window& window);
-void append_view_menu(Gtk::MenuShell& bar, Gtk::Window& window);
+Gtk::Menu& append_view_menu(Gtk::MenuShell& bar, Gtk::Window& window);
 /// The entries of the view menu: what windows can be opened.
 void append_window_items(Gtk::MenuShell& menu);
 

@@ -1,16 +1,17 @@
 #include "ui/layout_window.h"
 
 #include <glibmm/main.h>
-#include <gtkmm/separatortoolitem.h>
+#include <gtkmm/separatormenuitem.h>
 
 #include "ui/file_menu.h"
+#include "ui/view_pages.h"
 
 namespace zemblar {
 
 LayoutWindow::LayoutWindow(const Glib::ustring& title) {
   set_title(title);
   append_file_menu(menu_bar_, *this);
-  append_view_menu(menu_bar_, *this);
+  view_menu_ = &append_view_menu(menu_bar_, *this);
   append_file_buttons(toolbar_);
   rows_.pack_start(menu_bar_, Gtk::PACK_SHRINK);
   rows_.pack_start(toolbar_, Gtk::PACK_SHRINK);
@@ -18,7 +19,9 @@ LayoutWindow::LayoutWindow(const Glib::ustring& title) {
   add(rows_);
 }
 
-void LayoutWindow::set_content(Gtk::Widget& content) {
+void LayoutWindow::set_content(Gtk::Widget& content, ViewPages& pages) {
+  view_menu_->append(*Gtk::manage(new Gtk::SeparatorMenuItem));
+  pages.append_zoom_items(*view_menu_, get_accel_group());
   rows_.pack_start(content, Gtk::PACK_EXPAND_WIDGET);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gtkmm/box.h>
+#include <gtkmm/menu.h>
 #include <gtkmm/menubar.h>
 #include <gtkmm/toolbar.h>
 #include <gtkmm/window.h>
@@ -9,14 +10,16 @@
 
 namespace zemblar {
 
+class ViewPages;
+
 /// What the main windows have in common: menu bar, tool bar with the file buttons, content and
 /// status line, from top to bottom. Closing it, by whatever way, deletes it; made with `new`.
 class LayoutWindow : public Gtk::Window {
  protected:
   explicit LayoutWindow(const Glib::ustring& title);
 
-  /// Takes all spare height.
-  void set_content(Gtk::Widget& content);
+  /// Take all spare height, and can be zoomed by the menu.
+  void set_content(Gtk::Widget& content, ViewPages& pages);
 
   Gtk::MenuBar menu_bar_;
   Gtk::Toolbar toolbar_;
@@ -25,6 +28,7 @@ class LayoutWindow : public Gtk::Window {
   void on_hide() override;
 
   Gtk::VBox rows_;
+  Gtk::Menu* view_menu_;  // in the menu bar
   Statusbar statusbar_;
 };
 

@@ -1,15 +1,14 @@
 #include "ui/object_button.h"
 
-#include <glibmm/main.h>
 #include <gtkmm/arrow.h>
 #include <gtkmm/box.h>
+#include <gtkmm/window.h>
 
 #include <utility>
 
 #include "core/i18n.h"
 #include "core/object.h"
 #include "core/property.h"
-#include "ui/popup.h"
 
 namespace zemblar {
 
@@ -47,18 +46,10 @@ std::unique_ptr<Gtk::Menu> ObjectButton::make_menu() {
       choices_, [this](Object* object) { set_object(object); }, true);
 }
 
-// A closed menu goes in the next turn, when its choice has been made: thousands of entries that
-// follow their objects would cost much, and nobody sees them.
 void ObjectButton::on_clicked() {
-  drop_menu_.disconnect();
-  menu_ = make_menu();
-  menu_->signal_hide().connect([this] {
-    drop_menu_ = Glib::signal_idle().connect([this] {
-      menu_.reset();
-      return false;
-    });
-  });
-  popup_below(*menu_, *this);
+  picker_.ask(
+      dynamic_cast<Gtk::Window*>(get_toplevel()), this, choices_,
+      [this](Object* object) { set_object(object); }, true);
 }
 
 void ObjectButton::show_name() {

@@ -8,11 +8,12 @@
 
 #include "runtime/scoped_connection.h"
 #include "ui/object_menu.h"
+#include "ui/object_picker.h"
 
 namespace zemblar {
 
-/// A button that shows the name of the chosen object, or "(None)", and pops up a menu of the
-/// candidates when pressed.
+/// A button that shows the name of the chosen object, or "(None)", and asks for another one when
+/// pressed.
 ///
 /// It follows the object's name, and chooses nothing once the object has ended, as it does when
 /// another layout is opened.
@@ -38,8 +39,7 @@ class ObjectButton : public Gtk::Button {
   ObjectChoices choices_;
   Object* object_ = nullptr;
   Gtk::Label name_;
-  std::unique_ptr<Gtk::Menu> menu_;  // while it is open
-  ScopedConnection drop_menu_;
+  ObjectPicker picker_;
   ScopedConnection renamed_;
   ScopedConnection deleted_;
 };

@@ -106,8 +106,9 @@ void ObjectList::attach(Layout& layout, LayoutFollower::Connections& connections
   });
 }
 
-// The same object stays selected while it has a row.
-void ObjectList::refill() {
+// The same object stays selected while it has a row. One that loses its row by being edited would
+// take its panel away under the hands of the person.
+void ObjectList::refill(bool keep_selected) {
   refill_later_.disconnect();
   auto* layout = &Layout::get();
   const bool same = announced_ && layout == announced_layout_;
@@ -115,7 +116,7 @@ void ObjectList::refill() {
   announced_layout_ = layout;
   refilling_ = true;
   unset_model();
-  rows_->fill(*layout, filter_);
+  rows_->fill(*layout, filter_, keep_selected ? shown : nullptr);
   set_model(rows_);
   if (rows_->is_filtered()) {
     expand_all();
@@ -129,7 +130,7 @@ void ObjectList::refill() {
 
 void ObjectList::refill_later() {
   refill_later_ = Glib::signal_idle().connect([this] {
-    refill();
+    refill(true);
     return false;
   });
 }
@@ -147,11 +148,14 @@ void ObjectList::on_filled(Object* container) {
   if (const auto row = rows_->row_of(*container)) expand_row(rows_->get_path(row), true);
 }
 
-// Whoever adds one object wants to see it; whoever adds hundreds does not.
+// Whoever adds one object wants to see it, but not what it consists of; whoever adds hundreds does
+// not.
 void ObjectList::on_added(Object& object) {
   if (rows_->add(object)) refill_later();
   const auto row = rows_->row_of(object);
-  if (row && object.get_parent()->child_count() <= few) expand_to_path(rows_->get_path(row));
+  auto* parent = object.get_parent();
+  const bool wanted = dynamic_cast<Toplevel*>(parent) || parent == selected();
+  if (row && wanted && parent->child_count() <= few) expand_to_path(rows_->get_path(row));
   // New has renamed the layout without a word.
   if (dynamic_cast<Toplevel*>(&object)) rows_->refresh(*object.get_parent());
 }

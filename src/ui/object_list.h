@@ -38,7 +38,7 @@ class ObjectList : public Gtk::TreeView {
   void build_menu();
 
   void attach(Layout& layout, LayoutFollower::Connections& connections);
-  void refill();
+  void refill(bool keep_selected = false);
   void refill_later();
   void unfold_small_ones();
   void on_added(Object& object);

@@ -17,22 +17,17 @@ namespace {
 class ObjectItem : public Gtk::MenuItem {
  public:
   ObjectItem(zemblar::Object& object, const ObjectMenuBase::Chosen& chosen)
-      : Gtk::MenuItem(object.get_name()), object_(&object), chosen_(chosen) {
+      : Gtk::MenuItem(object.get_name()), object_(&object) {
     deleted_ = object.signal_deleted().connect([this] { set_sensitive(false); });
-  }
-
- protected:
-  void on_activate() override {
-    Gtk::MenuItem::on_activate();
-    if (!object_) return;
-    // The choice may end in the destruction of the menu.
-    const auto chosen = chosen_;
-    chosen(object_.get());
+    signal_activate().connect([this, chosen] {
+      // The choice may end in the destruction of the menu.
+      const auto call = chosen;
+      if (object_) call(object_.get());
+    });
   }
 
  private:
   ObjectRef<zemblar::Object> object_;
-  ObjectMenuBase::Chosen chosen_;
   ScopedConnection deleted_;
 };
 

@@ -35,14 +35,14 @@ ObjectRows::ObjectRows() {
 
 // --- Filling ---
 
-void ObjectRows::fill(Object& root, const Glib::ustring& text) {
+void ObjectRows::fill(Object& root, const Glib::ustring& text, const Object* kept) {
   unfilled_.clear();
   rows_.clear();
   hits_.clear();
   clear();
   root_ = &root;
   text_ = text.casefold().raw();
-  if (!text_.empty()) find_hits(root);
+  if (!text_.empty()) find_hits(root, kept);
   hits_.insert(&root);
   insert(root);
 }
@@ -51,10 +51,10 @@ bool ObjectRows::has_text(const Object& object) const {
   return object.get_name().casefold().raw().find(text_) != std::string::npos;
 }
 
-bool ObjectRows::find_hits(const Object& object) {
-  bool any = has_text(object);
+bool ObjectRows::find_hits(const Object& object, const Object* kept) {
+  bool any = &object == kept || has_text(object);
   for (const auto* child : object) {
-    if (find_hits(*child)) any = true;
+    if (find_hits(*child, kept)) any = true;
   }
   if (any) hits_.insert(&object);
   return any;

@@ -38,8 +38,8 @@ class ObjectRows : public Gtk::TreeStore {
   static const Columns& columns();
 
   /// Starts anew; no view may show the rows meanwhile, which is much quicker. `text` is looked for
-  /// in the names, in any case; empty for all objects. The root is always there.
-  void fill(Object& root, const Glib::ustring& text);
+  /// in the names, in any case; empty for all objects. The root is always there, and so is `kept`.
+  void fill(Object& root, const Glib::ustring& text, const Object* kept = nullptr);
   [[nodiscard]] bool is_filtered() const { return !text_.empty(); }
   /// The first in the document whose own name has the text; null for none.
   [[nodiscard]] Object* first_hit() const;
@@ -85,7 +85,7 @@ class ObjectRows : public Gtk::TreeStore {
   };
 
   [[nodiscard]] bool has_text(const Object& object) const;
-  bool find_hits(const Object& object);
+  bool find_hits(const Object& object, const Object* kept);
   [[nodiscard]] bool lets_through(const Object& object) const {
     return text_.empty() || hits_.contains(&object);
   }

@@ -50,7 +50,7 @@ TrackEditor::TrackEditor()
   sides_.pack1(pages_, true, true);
   sides_.pack2(panel_, false, false);
   sides_.set_position(default_width - panel_width);
-  set_content(sides_);
+  set_content(sides_, pages_);
   pages_.signal_current_changed().connect(sigc::mem_fun(*this, &TrackEditor::refresh_panel));
   tools_.signal_chosen().connect(sigc::mem_fun(*this, &TrackEditor::use_tool));
   show_all_children();
@@ -121,13 +121,12 @@ void TrackEditor::use_tool(DiagramKind kind, bool existing) {
   assert(canvas && "editor");
   const EditHistory::Work work(history_);
   if (!existing) return place_new(*canvas, kind);
-  menu_ = std::make_unique<ObjectMenu<zemblar::Object>>(
-      choices_for(kind), [this, canvas, kind](zemblar::Object* chosen) {
-        const EditHistory::Work chosen_here(history_);
-        if (chosen) canvas->place(draw_object(kind, *chosen), {});
-      });
-  menu_->show_all();
-  menu_->popup(0, gtk_get_current_event_time());
+  const auto place = [this, kind](zemblar::Object* chosen) {
+    const EditHistory::Work chosen_here(history_);
+    auto* page = current_canvas();
+    if (chosen && page) page->place(draw_object(kind, *chosen), {});
+  };
+  picker_.ask(this, nullptr, choices_for(kind), place, false);
 }
 
 void TrackEditor::place_new(EditorView& canvas, DiagramKind kind) {

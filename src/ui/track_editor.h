@@ -8,7 +8,7 @@
 #include "ui/edit_history.h"
 #include "ui/editor_tools.h"
 #include "ui/layout_window.h"
-#include "ui/object_menu.h"
+#include "ui/object_picker.h"
 #include "ui/properties_panel.h"
 #include "ui/view_pages.h"
 
@@ -43,7 +43,7 @@ class TrackEditor : public LayoutWindow {
   std::map<const View*, EditorView*> canvases_;  // only that of the current view is looked at
   ViewPages pages_;
   PropertiesPanel panel_;
-  std::unique_ptr<ObjectMenuBase> menu_;  // while it is open
+  ObjectPicker picker_;
 };
 
 }  // namespace zemblar

@@ -40,7 +40,7 @@ TrackView::TrackView()
   set_default_size(1000, 650);
   append_block_control_menu();
   append_editor_button();
-  set_content(pages_);
+  set_content(pages_, pages_);
   show_all_children();
   maximize();
 }

@@ -1,11 +1,15 @@
 #include "ui/view_pages.h"
 
+#include <gdk/gdkkeysyms.h>
 #include <gtkmm/scrolledwindow.h>
+#include <gtkmm/stock.h>
 #include <gtkmm/viewport.h>
 
 #include <algorithm>
 
 #include "core/i18n.h"
+#include "ui/diagram_canvas.h"
+#include "ui/file_menu.h"
 
 namespace zemblar {
 
@@ -124,6 +128,33 @@ View* ViewPages::current() const {
   const auto* child = notebook.get_nth_page(notebook.get_current_page());
   const auto page = std::ranges::find_if(pages_, [&](auto& p) { return p->canvas == child; });
   return page == pages_.end() ? nullptr : &(*page)->view;
+}
+
+// The canvas is somewhere in what makes it scroll.
+DiagramCanvas* ViewPages::current_canvas() const {
+  auto& notebook = const_cast<Gtk::Notebook&>(notebook_);
+  auto* widget = notebook.get_nth_page(notebook.get_current_page());
+  while (auto* frame = dynamic_cast<Gtk::Bin*>(widget)) widget = frame->get_child();
+  return dynamic_cast<DiagramCanvas*>(widget);
+}
+
+void ViewPages::append_zoom_items(Gtk::Menu& menu, const Glib::RefPtr<Gtk::AccelGroup>& keys) {
+  struct Entry {
+    const Gtk::BuiltinStockID& id;
+    void (DiagramCanvas::*zoom)();
+    guint key;
+    guint keypad;
+  };
+  for (const auto& [id, zoom, key, keypad] :
+       {Entry{Gtk::Stock::ZOOM_IN, &DiagramCanvas::zoom_in, GDK_KEY_plus, GDK_KEY_KP_Add},
+        Entry{Gtk::Stock::ZOOM_OUT, &DiagramCanvas::zoom_out, GDK_KEY_minus, GDK_KEY_KP_Subtract},
+        Entry{Gtk::Stock::ZOOM_FIT, &DiagramCanvas::show_whole, GDK_KEY_0, GDK_KEY_KP_0}}) {
+    auto* item = append_stock_item(menu, id, [this, zoom = zoom] {
+      if (auto* canvas = current_canvas()) (canvas->*zoom)();
+    });
+    item->add_accelerator("activate", keys, key, Gdk::CONTROL_MASK, Gtk::ACCEL_VISIBLE);
+    item->add_accelerator("activate", keys, keypad, Gdk::CONTROL_MASK, Gtk::AccelFlags(0));
+  }
 }
 
 void ViewPages::announce() {

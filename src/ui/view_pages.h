@@ -1,7 +1,9 @@
 #pragma once
 
+#include <gtkmm/accelgroup.h>
 #include <gtkmm/box.h>
 #include <gtkmm/label.h>
+#include <gtkmm/menu.h>
 #include <gtkmm/notebook.h>
 
 #include <functional>
@@ -12,6 +14,8 @@
 #include "ui/layout_follower.h"
 
 namespace zemblar {
+
+class DiagramCanvas;
 
 /// A page's content for a canvas that may ask for more room than there is, as one with a large
 /// picture does. Managed.
@@ -34,6 +38,10 @@ class ViewPages : public Gtk::VBox {
 
   /// The view on the page that is shown; null when there is none.
   [[nodiscard]] View* current() const;
+  /// What shows that view; null when there is none.
+  [[nodiscard]] DiagramCanvas* current_canvas() const;
+  /// Entries that zoom the page that is shown, with their keys.
+  void append_zoom_items(Gtk::Menu& menu, const Glib::RefPtr<Gtk::AccelGroup>& keys);
   /// The page that is shown, or its being there at all, changed.
   sigc::signal<void>& signal_current_changed() { return signal_current_changed_; }
 

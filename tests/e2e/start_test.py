@@ -80,10 +80,10 @@ class Start(unittest.TestCase):
             self.assertTrue(os.path.exists(self.path('railway.zblt')))
             view.choose('File', 'New')
             wait_for(lambda: not editor.find_all('page tab', 'Yard'), 'New')
-            self.open(program, view, self.path('railway.zblt'))
+            program.open_layout(view, self.path('railway.zblt'))
             editor.find('page tab', 'Yard')
             wait_for(lambda: 'Yard' in rows.rows(), 'the view of the file')
-            self.open(program, view, self.path('broken.zblt', 'objects: [!ship {}]'))
+            program.open_layout(view, self.path('broken.zblt', 'objects: [!ship {}]'))
             program.wait_for_status('Unimplemented Load: !ship')
             self.assertIn('Yard', rows.rows())
 
@@ -158,15 +158,6 @@ class Start(unittest.TestCase):
         dialog.find('push button', 'Save').press()
         program.gone('Save As')
         wait_for(lambda: os.path.exists(path) or os.path.exists(path + '.zblt'), 'the saved file')
-
-    def open(self, program, window, path):
-        window.choose('File', 'Open')
-        dialog = program.window('Open')
-        if not dialog.find_all('text'):
-            press_keys('ctrl+l')
-        dialog.find('text').type_text(path)
-        dialog.find('push button', 'Open').press()
-        program.gone('Open')
 
     def open_tray_menu(self, program):
         """A right click on the status icon, at the right end of the tray."""

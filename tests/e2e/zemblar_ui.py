@@ -251,6 +251,16 @@ class Program:
         wait_for(lambda: not [w for w in self.windows() if w.name == title],
                  f'the end of the window "{title}"', limit)
 
+    def open_layout(self, window, path):
+        """By the menu of a window."""
+        window.choose('File', 'Open')
+        dialog = self.window('Open')
+        if not dialog.find_all('text'):
+            press_keys('ctrl+l')
+        dialog.find('text').type_text(path)
+        dialog.find('push button', 'Open').press()
+        self.gone('Open')
+
     def status(self):
         """The status line, as the first window that has one shows it."""
         for window in self.windows():

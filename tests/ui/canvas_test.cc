@@ -226,6 +226,36 @@ TEST_F(CanvasTest, what_is_under_the_pointer_stays_there_and_returns) {
   EXPECT_THAT(pixels_of(canvas.pixmap()), testing::Contains(black));
 }
 
+TEST_F(CanvasTest, the_whole_drawing_comes_back_from_wherever_it_went) {
+  auto* far = show<ViewZone>(*zone("Far"), {5000, -700});
+  put(*far, "right", {5400, 900});
+  const auto all_seen = [&] {
+    canvas.show_whole();
+    for (const auto& place : {common(), far->get_link_node("left")->pos, Vector{5400, 900}}) {
+      const auto seen = on_canvas(place);
+      if (seen.x < 0 || seen.y < 0 || seen.x > canvas.get_width() || seen.y > canvas.get_height()) {
+        return false;
+      }
+    }
+    return true;
+  };
+  EXPECT_TRUE(all_seen());
+  const double zoom = canvas.get_zoom();
+  EXPECT_LT(zoom, 0.1);
+  scroll(GDK_SCROLL_UP, {10, 10}, 60);
+  pan({10, 10}, {390, 290});
+  EXPECT_TRUE(all_seen());
+  EXPECT_NEAR(canvas.get_zoom(), zoom, zoom / 10);
+  far->get_view()->remove_object(far);
+  canvas.show_whole();
+  EXPECT_EQ(canvas.get_zoom(), 1) << "no larger than it is";
+  while (!view.get_objects().empty()) view.remove_object(view.get_objects().begin()->operator->());
+  scroll(GDK_SCROLL_DOWN, {10, 10}, 5);
+  canvas.show_whole();
+  EXPECT_EQ(canvas.get_zoom(), 1);
+  EXPECT_EQ(on_canvas({0, 0}), Vector(canvas.get_width() / 2.0, canvas.get_height() / 2.0));
+}
+
 TEST_F(CanvasTest, a_picture_lies_in_the_middle_and_goes_with_the_rest) {
   constexpr unsigned blue = 0x2040c0;
   const auto plan = folder.file("plan.png");

@@ -1,5 +1,7 @@
 #include <gdk/gdkkeysyms.h>
+#include <gtkmm/entry.h>
 #include <gtkmm/menuitem.h>
+#include <gtkmm/treeview.h>
 
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
@@ -10,6 +12,7 @@
 #include "tests/ui/widget_search.h"
 #include "ui/func_button.h"
 #include "ui/lok_controller.h"
+#include "ui/object_finder.h"
 
 namespace zemblar::test {
 namespace {
@@ -369,6 +372,47 @@ TEST_F(ThrottleTest, the_selector_offers_all_locomotives_with_groups_as_submenus
   EXPECT_EQ(button.get_accessible()->get_name(), "(None)");
   item->activate();
   EXPECT_EQ(button.get_object(), nullptr);
+}
+
+TEST_F(ThrottleTest, one_of_many_locomotives_is_found_by_typing) {
+  auto* depot = layout().get_loks().add(new LokGroup);
+  for (int number = 10; number < 60; ++number) {
+    depot->add(new Lok)->set_name(Glib::ustring::compose("Railcar %1", number));
+  }
+  auto* express = add_lok("Express");
+  std::vector<zemblar::Object*> chosen;
+  ObjectFinder finder(
+      lok_choices(), [&](auto* object) { chosen.push_back(object); }, true);
+  auto& entry = get_widget<Gtk::Entry>(finder);
+  auto& list = get_widget<Gtk::TreeView>(finder);
+  const auto rows = [&] { return list.get_model()->children().size(); };
+  const auto press = [&](guint key) {
+    GdkEventKey event{};
+    event.type = GDK_KEY_PRESS;
+    event.window = finder.get_window()->gobj();
+    event.keyval = key;
+    finder.event(reinterpret_cast<GdkEvent*>(&event));
+  };
+  finder.show();
+  EXPECT_EQ(rows(), 52u) << "the row for none as well";
+  entry.set_text("CAR 4");
+  EXPECT_EQ(rows(), 10u);
+  for (const auto key : {GDK_KEY_Down, GDK_KEY_Page_Down, GDK_KEY_Up, GDK_KEY_Return}) press(key);
+  EXPECT_EQ(chosen, std::vector<zemblar::Object*>{depot->find_child("Railcar 48")});
+  EXPECT_FALSE(finder.get_visible());
+
+  finder.show();
+  entry.set_text("expr");
+  express->destroy();
+  EXPECT_EQ(rows(), 0u);
+  press(GDK_KEY_Return);
+  entry.set_text("");
+  press(GDK_KEY_Return);
+  EXPECT_EQ(chosen.back(), depot->find_child("Railcar 10")) << "not none, which is the first row";
+  finder.show();
+  press(GDK_KEY_Escape);
+  EXPECT_FALSE(finder.get_visible());
+  EXPECT_EQ(chosen.size(), 2u);
 }
 
 }  // namespace

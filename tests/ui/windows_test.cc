@@ -133,6 +133,10 @@ TEST(ObjectList, shows_what_is_looked_for_with_what_it_stands_in) {
   EXPECT_EQ(rows(list), "New Layout(Locomotives(Yard(Große Echse ))Blocks(große Kurve ))");
   lok->set_name("Other");
   handle_events();
+  EXPECT_EQ(rows(list), "New Layout(Locomotives(Yard(Other ))Blocks(große Kurve ))");
+  EXPECT_TRUE(seen.empty()) << "what is being renamed stays";
+  list.set_filter("GROSSE ");
+  list.set_filter("GROSSE");
   EXPECT_EQ(rows(list), "New Layout(Blocks(große Kurve ))");
   EXPECT_EQ(seen, std::vector<Object*>{nullptr});
   list.enter();
