@@ -28,6 +28,7 @@ struct Place {
 constexpr std::array places{
     Place{"Local 24", "North Line East", 350, 300},
     Place{"Express 103", "Station 1", 500, 420},
+    Place{"Railcar 5", "Branch North", 280, 300},
     Place{"Local 24", "Inner East 2", 350, 300},
     Place{"Express 103", "Central 3 East", 500, 420},
     Place{"Local 64", "Hillside 1 West", 350, 300},

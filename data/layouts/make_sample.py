@@ -5,7 +5,7 @@ a crossover, and a branch that crosses the line."""
 import sys
 
 from railway import (Crossing, Item, Label, Point, Scissor, Signal, View, Zone, bus, document,
-                     join_ends, lok, reader)
+                     join_ends, lok, reader, script)
 
 LIGHT = {'Light': (0, 'Toggle')}
 HORN = {'Horn': (2, 'Pulse')}
@@ -70,5 +70,30 @@ def make_view():
     return view
 
 
+def make_scripts(view):
+    blocks = {shown.item.name: shown.item for shown in view.objects}
+
+    def occupied(word, name):
+        return [word, 'occupied', blocks[name], True]
+
+    def turn(name, block_name, direction):
+        """At an end of the branch, when the whole train has come in."""
+        return script(name, [occupied('When', block_name)],
+                      [['wait', 3], ['set-speed', 'This', 0, '%'], ['wait', 5],
+                       ['set-direction', 'This', direction], ['set-speed', 'This', 40, '%']])
+
+    return [
+        script('Slow Station', [occupied('While', 'Station 1'), occupied('Or', 'Station 2')],
+               [['set-speed', 'This', 40, '%']]),
+        script('Station Stop', [occupied('When', 'Station 1')],
+               [['wait', 2], ['save'], ['set-speed', 'This', 0, '%'], ['wait', 6],
+                ['set-function', 'This', 'Horn', True], ['wait', 1], ['restore']]),
+        turn('Shuttle Leaves North', 'Branch North', 'Forwards'),
+        turn('Shuttle Leaves South', 'Branch South', 'Reverse'),
+    ]
+
+
+VIEW = make_view()
 READERS = [reader(address, INPUTS[8 * address - 8:8 * address]) for address in (1, 2)]
-sys.stdout.write(document('Sample Layout', [make_view()], LOKS, [bus(READERS)]))
+sys.stdout.write(document('Sample Layout', [VIEW], LOKS, [bus(READERS)],
+                          make_scripts(VIEW)))

@@ -50,7 +50,7 @@ class Writer:
         if isinstance(value, bool):
             return 'true' if value else 'false'
         if isinstance(value, str):
-            return f'"{value}"' if not value or value[0] == '#' else value
+            return f'"{value}"' if not value or value[0] in '#%' else value
         if isinstance(value, Flow):
             return '[' + ', '.join(self.scalar(part) for part in value) + ']'
         return number(value)
@@ -403,10 +403,18 @@ def bus(readers):
                                           'serial-nr': 'TB-0001', 'devices': readers})
 
 
-def document(title, views, loks, devices):
+def script(name, conditions, commands):
+    """Lines as lists of their elements; the first condition begins with When or While."""
+    return Tagged('!script', {'name': name, 'id': Item(name),
+                              'conditions': [Flow(line) for line in conditions],
+                              'commands': [Flow(line) for line in commands]})
+
+
+def document(title, views, loks, devices, scripts=()):
     """Points, scissor points, signals and blocks are those that the views show, by kind."""
     shown = {(entry.item, type(entry)): entry for view in views for entry in view.objects}.values()
     blocks = [entry.block() for kind in (Point, Scissor, Signal, Zone, Crossing)
               for entry in shown if isinstance(entry, kind)]
     forms = [view.form() for view in views]
-    return Writer().text({'title': title, 'objects': forms + loks + blocks + devices})
+    return Writer().text({'title': title, 'objects': forms + loks + blocks + devices
+                                             + list(scripts)})
