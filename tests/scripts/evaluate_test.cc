@@ -1,0 +1,244 @@
+// Which runs begin, and which instances are announced as finished, as blocks fill and empty.
+
+#include "tests/scripts/script_scene.h"
+
+namespace zemblar::test {
+namespace {
+
+struct Condition {
+  const char* word;  // of alternatives: "And" or "Or"
+  const char* block;
+  bool occupied = true;
+};
+
+struct Step {
+  const char* event;  // "A" fills block A, "-A" empties it, "A+x" and "A-x" place and remove lok x
+  const char* log;
+};
+
+struct Case {
+  const char* name;
+  std::vector<Condition> conditions;
+  std::vector<Step> steps;
+};
+
+class Evaluation : public ScriptScene {
+ protected:
+  Evaluation() {
+    for (const auto* name : {"A", "B", "C", "D"}) zone(name);
+    new_lok("x");
+  }
+
+  Script* watched(const std::vector<Condition>& conditions) {
+    auto* made = script();
+    for (const auto& line : conditions) {
+      condition(*made, line.block, line.occupied, std::string(line.word) == "Or");
+    }
+    act(*made, [this](ScriptContext& run) { note("start ", run.instance); });
+    made->signal_instance_finished().connect(
+        [this](const EventInstance& instance) { note("end ", instance); });
+    return made;
+  }
+
+  void happen(const std::string& event) {
+    const bool empties = event[0] == '-';
+    auto* block =
+        dynamic_cast<Block*>(layout().get_blocks().find_child(std::string(1, event[empties])));
+    auto* lok = dynamic_cast<Lok*>(layout().get_loks().find_child("x"));
+    if (event.size() < 3) return at(block).occupy(!empties);
+    event[1] == '+' ? block->set_lok(lok) : block->clear_lok(lok);
+  }
+
+  /// Since the last call. What begins or ends together has no order that a person could name.
+  std::string log() {
+    auto from = told_.begin();
+    while (from != told_.end()) {
+      const auto to = std::find_if(from, told_.end(),
+                                   [&](const auto& text) { return text[0] != from->front(); });
+      std::sort(from, to);
+      from = to;
+    }
+    std::string all;
+    for (const auto& text : told_) all += (all.empty() ? "" : ", ") + text;
+    told_.clear();
+    return all;
+  }
+
+ private:
+  void note(const std::string& what, const EventInstance& instance) {
+    told_.push_back(what + instance.block->get_name().raw() +
+                    (instance.lok ? "/" + instance.lok->get_name().raw() : ""));
+  }
+
+  std::vector<std::string> told_;
+};
+
+const std::vector<Case> cases = {
+    {"one block",
+     {{"When", "A"}},
+     {{"A", "start A"}, {"A", ""}, {"B", ""}, {"-A", "end A"}, {"-A", ""}, {"A", "start A"}}},
+    {"any block, one run for each",
+     {{"When", "Any Block"}},
+     {{"A", "start A"}, {"B", "start B"}, {"C", "start C"}, {"-B", "end B"}, {"B", "start B"}}},
+    {"a locomotive makes another instance",
+     {{"When", "Any Block"}},
+     {{"A", "start A"},
+      {"A+x", "end A, start A/x"},
+      {"A-x", "end A/x, start A"},
+      {"-A", "end A"},
+      {"A+x", "start A/x"},
+      {"A-x", "end A/x"}}},
+    {"unoccupied, where a locomotive counts as well",
+     {{"When", "A", false}},
+     {{"A", "end A"},
+      {"-A", "start A"},
+      {"A+x", "end A"},
+      {"A", ""},
+      {"-A", ""},
+      {"A-x", "start A"}}},
+    {"and: both, and the later one is the instance",
+     {{"When", "A"}, {"And", "B"}},
+     {{"A", ""}, {"B", "start B"}, {"-A", "end B"}, {"A", "start B"}, {"-B", "end B"}}},
+    {"and: the very block of the line before",
+     {{"When", "Any Block"}, {"And", "This Block"}},
+     {{"A", "start A"}, {"B", "start B"}, {"-A", "end A"}}},
+    {"and: what contradicts itself never holds",
+     {{"When", "Any Block"}, {"And", "This Block", false}},
+     {{"A", ""}, {"A+x", ""}, {"-A", ""}}},
+    {"or: an instance of both alternatives counts once",
+     {{"When", "A"}, {"Or", "Any Block"}},
+     {{"A", "start A"}, {"B", "start B"}, {"-A", "end A"}}},
+    {"or: each alternative is complete in itself",
+     {{"When", "A"}, {"And", "B"}, {"Or", "C"}, {"And", "D"}},
+     {{"A", ""}, {"D", ""}, {"C", "start D"}, {"B", "start B"}, {"-C", "end D"}}},
+    {"or: a new alternative has found nothing yet",
+     {{"When", "A"}, {"Or", "This Block"}},
+     {{"A", "start A"}, {"-A", "end A"}}},
+    {"this block, with nothing before it", {{"When", "This Block"}, {"And", "A"}}, {{"A", ""}}},
+};
+
+TEST_F(Evaluation, starts_on_the_rising_edge_of_each_instance_after_what_is_finished) {
+  for (const auto& one : cases) {
+    auto* tested = watched(one.conditions);
+    log();  // what held from the beginning
+    for (const auto& [event, expected] : one.steps) {
+      happen(event);
+      EXPECT_EQ(log(), expected) << one.name << ", at " << event;
+    }
+    tested->destroy();
+    for (const auto* event : {"A-x", "-A", "-B", "-C", "-D"}) happen(event);
+    EXPECT_EQ(log(), "") << one.name;
+  }
+}
+
+TEST_F(Evaluation, finishes_before_it_starts_and_arms_by_a_choice) {
+  auto* any = watched({});
+  happen("A");
+  happen("B+x");
+  auto* line = create_script_event("occupied");
+  any->add_condition(line);
+  EXPECT_FALSE(line->is_armed());
+  EXPECT_TRUE(any->sleeps());
+  EXPECT_NE(line->asleep_because(), "");
+  happen("C");
+  EXPECT_EQ(log(), "") << "nobody has chosen the block";
+  pick(*line, 1, "Any Block");
+  EXPECT_TRUE(line->is_armed());
+  EXPECT_EQ(line->asleep_because(), "");
+  EXPECT_EQ(log(), "start A, start B/x, start C");
+  happen("D");
+  EXPECT_EQ(log(), "start D");
+  pick(*line, 2, "Unoccupied");
+  EXPECT_EQ(log(), "end A, end B/x, end C, end D");
+  pick(*line, 2, "Unoccupied");
+  happen("-C");
+  EXPECT_EQ(log(), "start C");
+
+  // Edits of conditions wait for the next trigger.
+  condition(*any, "A", true, true);
+  EXPECT_EQ(log(), "start A");
+  any->remove_condition(0);
+  any->remove_condition(7);
+  EXPECT_EQ(log(), "");
+  happen("C");
+  EXPECT_EQ(log(), "") << "nobody watches that block any more";
+  happen("A");
+  EXPECT_EQ(log(), "end C");
+}
+
+TEST_F(Evaluation, a_condition_that_sleeps_is_asked_when_another_one_wakes) {
+  auto* made = watched({{"When", "A"}});
+  made->add_condition(create_script_event("occupied"));
+  made->get_condition(1)->set_or_flag(true);
+  happen("B");
+  EXPECT_EQ(log(), "");
+  happen("A");
+  EXPECT_EQ(log(), "start A, start B");
+  EXPECT_EQ(sleeping_scripts(), 1u);
+  start_scripts();
+  EXPECT_EQ(sleeping_scripts(), 0u);
+  happen("C");
+  EXPECT_EQ(log(), "start C");
+}
+
+TEST_F(Evaluation, lines_that_can_never_hold_say_so_and_do_not_sleep) {
+  auto* made = watched({{"When", "This Block"}});
+  auto* first = made->get_condition(0);
+  EXPECT_NE(first->asleep_because(), "");
+  condition(*made, "Any Block");
+  made->move_condition(0, 1);
+  EXPECT_EQ(first->asleep_because(), "") << "the line before it finds a block now";
+  first->set_or_flag(true);
+  EXPECT_NE(first->asleep_because(), "");
+  auto* speed = create_script_event("lok-speed");
+  made->add_condition(speed);
+  EXPECT_NE(speed->asleep_because(), "");
+  made->start();
+  EXPECT_FALSE(made->sleeps());
+  log();
+  made->move_condition(2, 0);
+  speed->set_or_flag(true);
+  made->remove_condition(2);
+  happen("A");
+  EXPECT_EQ(log(), "") << "all lines of an alternative have to hold";
+}
+
+TEST_F(Evaluation, a_block_that_ends_leaves_this_block_and_finishes_what_it_was) {
+  auto* made = watched({{"When", "A"}, {"Or", "B"}});
+  happen("A");
+  EXPECT_EQ(log(), "start A");
+  layout().get_blocks().find_child("A")->destroy();
+  EXPECT_EQ(log(), "end A");
+  EXPECT_EQ(sentence(*made->get_condition(0)), "This Block is Occupied");
+  happen("B");
+  EXPECT_EQ(log(), "start B");
+}
+
+// Another object may come to lie where one has been.
+TEST_F(Evaluation, an_instance_ends_with_its_objects_also_while_nobody_watches) {
+  auto* made = script_on("Any Block");
+  unsigned started = 0;
+  act(*made, [&](ScriptContext&) { ++started; });
+  std::vector<EventInstance> finished;
+  made->signal_instance_finished().connect(
+      [&](const EventInstance& instance) { finished.push_back(instance); });
+  auto* block = zone("E");
+  block->set_lok(new_lok("y"));
+  const EventInstance former{block, block->get_lok()};
+  ASSERT_EQ(started, 1u);
+  made->add_condition(create_script_event("occupied"));
+  made->remove_condition(0);  // the other one sleeps
+  block->get_lok()->destroy();
+  for (int i = 0; i < 20 && !block->get_lok(); ++i) {
+    auto* other = new_lok();
+    if (other == former.lok) block->set_lok(other);
+  }
+  const bool same_place = block->get_lok() != nullptr;
+  made->start();
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_EQ(finished[0], former);
+  EXPECT_EQ(started, same_place ? 2u : 1u);
+}
+
+}  // namespace
+}  // namespace zemblar::test

@@ -1,0 +1,350 @@
+// Conditions and commands as a person reads and edits them.
+
+#include <yaml-cpp/yaml.h>
+
+#include "core/document_watcher.h"
+#include "core/yaml_io.h"
+#include "scripts/script_command_wait.h"
+#include "scripts/script_variable.h"
+#include "tests/scripts/script_scene.h"
+
+namespace zemblar::test {
+namespace {
+
+/// Keeps how scripts were before each change.
+class Witness : public DocumentWatcher {
+ public:
+  Witness() { set(this); }
+  ~Witness() override { set(nullptr); }
+  void before_change(Object& object) override {
+    if (!dynamic_cast<Script*>(&object)) return;
+    before.push_back(text(object));
+  }
+  void before_move(Object&, Object&) override {}
+  void before_end(Object&) override {}
+  void ended(const Object&) override {}
+  void added(Object&) override {}
+
+  static std::string text(const Object& object) {
+    YAML::Emitter out;
+    out << object;
+    return out.c_str();
+  }
+
+  std::vector<std::string> before;
+};
+
+class Lines : public ScriptScene {
+ protected:
+  Lines() : lok(new_lok("x")), made(script()) {}
+
+  static std::string menu(ScriptLine& line, unsigned arg) {
+    std::string all;
+    for (const auto& choice : line.choices(arg)) {
+      all += (all.empty() ? "" : "; ") + (choice.separator ? "-" : choice.text.raw());
+      EXPECT_EQ(choice.separator, !choice.choose);
+    }
+    return all;
+  }
+  ScriptCommand& add(const char* key) { return command(*made, key); }
+  ScriptEvent& add_event(const char* key) {
+    return *made->get_condition(made->add_condition(create_script_event(key)));
+  }
+
+  Lok* lok;
+  Script* made;
+};
+
+TEST_F(Lines, new_ones_have_their_names_sentences_and_kinds_of_arguments) {
+  using Type = ScriptLine::ArgType;
+  const struct {
+    const char* key;
+    const char* name;
+    const char* text;
+    std::vector<Type> types;
+  } kinds[] = {
+      {"get-speed",
+       "Get Locomotive Speed",
+       "Get This Locomotive Speed as Speed",
+       {Type::menu, Type::text}},
+      {"restore", "Restore", "Restore", {}},
+      {"save", "Save", "Save", {}},
+      {"set-direction",
+       "Set Locomotive Direction",
+       "Set This Locomotive Forwards",
+       {Type::menu, Type::menu}},
+      {"set-function",
+       "Set Locomotive Function",
+       "Set This Locomotive (No Function Selected) On",
+       {Type::menu, Type::menu, Type::menu}},
+      {"set-speed",
+       "Set Locomotive Speed",
+       "Set This Locomotive Speed to 100%",
+       {Type::menu, Type::custom}},
+      {"wait", "Wait", "Wait 10 seconds", {Type::number}},
+      {"wait-init-event",
+       "Wait until initial event is finished",
+       "Wait until initial event is finished",
+       {}},
+      {"lok-speed",
+       "Locomotive Speed Is…",
+       "This Locomotive Intended Speed is equal to 50%",
+       {Type::menu, Type::menu, Type::menu, Type::menu, Type::custom}},
+      {"occupied", "Block is (un)occupied", "Any Block is Occupied", {Type::menu, Type::menu}},
+  };
+  auto command_kind = script_cmds().begin();
+  auto event_kind = script_events().begin();
+  for (const auto& [key, name, text, types] : kinds) {
+    const bool is_command = command_kind != script_cmds().end();
+    EXPECT_EQ(is_command ? command_kind->first : event_kind->first, key) << "the order of menus";
+    EXPECT_EQ(
+        (is_command ? command_kind++->second.display_name() : event_kind++->second.display_name()),
+        name);
+    ScriptLine* line = nullptr;
+    if (is_command) {
+      line = &add(key);
+    } else {
+      line = &add_event(key);
+    }
+    EXPECT_EQ(sentence(*line), text);
+    for (unsigned arg = 1; arg <= types.size(); ++arg)
+      EXPECT_EQ(line->get_arg_type(arg), types[arg - 1]);
+    EXPECT_EQ(line->get_arg_type(9), Type::plain);
+    EXPECT_TRUE(line->is_arg_editable(1));
+  }
+  EXPECT_EQ(event_kind, script_events().end());
+  EXPECT_EQ(create_script_command("occupied", *made), nullptr);
+  EXPECT_EQ(create_script_event("wait"), nullptr);
+}
+
+TEST_F(Lines, menus_offer_what_the_layout_has) {
+  auto& direction = add("set-direction");
+  auto& function_line = add("set-function");
+  auto& occupied = add_event("occupied");
+  auto& speed = add_event("lok-speed");
+  EXPECT_EQ(menu(occupied, 1), "Any Block; This Block");
+  zone("A");
+  zone("B");
+  new_lok("y");
+  function(lok, "horn");
+  function(lok, "bell");
+  EXPECT_EQ(menu(direction, 1), "x; y; -; This Locomotive");
+  EXPECT_EQ(menu(direction, 2), "Forwards; Reverse");
+  EXPECT_EQ(menu(occupied, 1), "Any Block; This Block; -; A; B");
+  EXPECT_EQ(menu(occupied, 2), "Occupied; Unoccupied");
+  EXPECT_EQ(menu(function_line, 2), "bell; horn") << "all names that functions have";
+  pick(function_line, 1, "x");
+  EXPECT_EQ(menu(function_line, 2), "horn; bell");
+  pick(function_line, 1, "y");
+  EXPECT_EQ(sentence(function_line), "Set y (No Functions) On");
+  EXPECT_EQ(menu(function_line, 2), "");
+  EXPECT_EQ(menu(function_line, 3), "On; Off");
+  EXPECT_EQ(menu(speed, 1), "x; y; -; Any Locomotive; This Locomotive");
+  EXPECT_EQ(menu(speed, 2), "Intended; Travel");
+  EXPECT_EQ(menu(speed, 3), "is; is not");
+  EXPECT_EQ(menu(speed, 4),
+            "equal to; greater than; greater than or equal to; less than; less than or equal to");
+  layout().get_loks().destroy_children();
+  EXPECT_EQ(menu(direction, 1), "This Locomotive");
+  EXPECT_EQ(direction.get_menu(1), nullptr) << "without an interface";
+
+  // A menu may stay open longer than what it is about.
+  const auto late = occupied.choices(1);
+  layout().get_blocks().find_child("A")->destroy();
+  late[3].choose();
+  EXPECT_EQ(sentence(occupied), "Any Block is Occupied");
+  late[4].choose();
+  EXPECT_EQ(sentence(occupied), "B is Occupied");
+  made->remove_condition(0);
+  late[0].choose();
+}
+
+TEST_F(Lines, a_locomotive_that_ends_leaves_nobody_selected) {
+  auto& speed = add("set-speed");
+  auto& blow = add("set-function");
+  auto& compare = add_event("lok-speed");
+  auto* horn = function(lok, "horn");
+  for (auto* line : std::vector<ScriptLine*>{&speed, &blow, &compare}) pick(*line, 1, "x");
+  pick(blow, 2, "horn");
+  std::string changed;
+  const ScopedConnection listening(
+      blow.signal_line_changed().connect([&](unsigned arg) { changed += std::to_string(arg); }));
+  horn->destroy();
+  EXPECT_EQ(sentence(blow), "Set x (No Functions) On");
+  EXPECT_EQ(changed, "12");
+  function(lok, "bell");
+  EXPECT_EQ(sentence(blow), "Set x (No Function Selected) On");
+  lok->destroy();
+  EXPECT_EQ(sentence(speed), "Set (No Locomotive Selected) Speed to 100%");
+  EXPECT_EQ(sentence(blow), "Set (No Locomotive Selected) (No Function Selected) On");
+  EXPECT_EQ(sentence(compare), "(No Locomotive Selected) Intended Speed is equal to 50%");
+  pick(blow, 1, "This Locomotive");
+  EXPECT_EQ(sentence(blow), "Set This Locomotive horn On") << "the name stays with the line";
+  auto* other = new_lok("y");
+  function(other, "horn");
+  pick(blow, 1, "y");
+  EXPECT_EQ(sentence(blow), "Set y horn On");
+}
+
+TEST_F(Lines, a_wait_is_of_tenths_of_a_second_and_an_hour_at_most) {
+  auto& line = dynamic_cast<ScriptCommandWait&>(add("wait"));
+  int changed = 0;
+  line.signal_line_changed().connect([&](unsigned) { ++changed; });
+  const struct {
+    double seconds;
+    unsigned delay;
+    const char* text;
+  } values[] = {{0.05, 1, "0.1"},      {0.1, 1, "0.1"},       {0.26, 3, "0.3"},
+                {-7, 1, "0.1"},        {3, 30, "3"},          {3599.94, 35999, "3599.9"},
+                {3600, 36000, "3600"}, {4000, 36000, "3600"}, {4000, 36000, "3600"}};
+  for (const auto& [seconds, delay, text] : values) {
+    line.set_spin_value(1, seconds);
+    EXPECT_EQ(line.get_delay(), delay) << seconds;
+    EXPECT_EQ(line.get_arg_text(1), text);
+  }
+  EXPECT_EQ(changed, 9) << "also where nothing has";
+  SpinRange range;
+  line.get_spin_range(1, range);
+  EXPECT_EQ(range.min, 0.1);
+  EXPECT_EQ(range.max, 3600.0);
+  EXPECT_EQ(range.value, 3600.0);
+  EXPECT_EQ(range.step, 0.1);
+  EXPECT_EQ(range.digits, 1u);
+}
+
+TEST_F(Lines, names_of_variables_are_claimed_and_given_back) {
+  auto& first = add("get-speed");
+  auto& second = add("get-speed");
+  auto& third = add("get-speed");
+  EXPECT_EQ(second.get_arg_text(2), "Speed 1");
+  EXPECT_EQ(third.get_arg_text(2), "Speed 2");
+  EXPECT_EQ(first.get_variable_type(2), 3);
+  EXPECT_TRUE(made->add_variable("Load", 2));
+  first.set_text(2, "Load");
+  EXPECT_EQ(first.get_arg_text(2), "Speed") << "a name for something else";
+  first.set_text(2, "Speed 1");  // shared
+  made->remove_command(1);
+  using Names = std::vector<Glib::ustring>;
+  EXPECT_EQ(made->get_variables(0), (Names{"Load", "Speed 1", "Speed 2"}));
+  EXPECT_EQ(made->get_variables(3), (Names{"Speed 1", "Speed 2"}));
+  made->remove_command(0);
+  made->remove_variable("Nobody's");
+  EXPECT_EQ(made->get_variables(3), (Names{"Speed 2"}));
+  EXPECT_EQ(add("get-speed").get_arg_text(2), "Speed");
+  EXPECT_FALSE(made->add_variable("None", 0));
+}
+
+// The editor's state is freed in any case, and its value is taken unless it was cancelled.
+TEST_F(Lines, an_editor_of_a_speed_is_ended_once_whatever_comes_of_it) {
+  int open = 0;
+  auto& ui = ScriptUi::get();
+  ui.make_speed_editor = [&](Gtk::HBox&, const SpeedArg& speed) {
+    ++open;
+    return new SpeedArg(speed);
+  };
+  ui.end_speed_editor = [&](void* state) {
+    --open;
+    const std::unique_ptr<SpeedArg> edited(static_cast<SpeedArg*>(state));
+    return SpeedArg{edited->speed / 2, true};
+  };
+  char place = 0;
+  auto& box = reinterpret_cast<Gtk::HBox&>(place);  // nobody looks at it
+  const std::pair<ScriptLine*, unsigned> lines[] = {{&add("set-speed"), 2},
+                                                    {&add_event("lok-speed"), 5}};
+  for (const auto& [line, arg] : lines) {
+    const auto former = line->get_arg_text(arg);
+    line->finish_editor(arg, true, line->create_editor(arg, box));
+    EXPECT_EQ(line->get_arg_text(arg), former);
+    line->finish_editor(arg, false, line->create_editor(arg, box));
+    EXPECT_EQ(line->get_arg_text(arg), arg == 2 ? "50 km/h" : "25 km/h");
+    EXPECT_EQ(open, 0);
+  }
+  ui = {};
+}
+
+TEST_F(Lines, every_edit_is_told_before_it_happens_and_nothing_else_is) {
+  auto* block = zone("A");
+  auto* horn = function(lok, "horn");
+  auto& speed = dynamic_cast<ScriptCommandSetSpeed&>(add("set-speed"));
+  auto& blow = add("set-function");
+  auto& direction = add("set-direction");
+  auto& get = add("get-speed");
+  auto& delay = add("wait");
+  auto& occupied = add_event("occupied");
+  auto& compare = add_event("lok-speed");
+  const std::vector<std::function<void()>> edits = {
+      [&] { made->set_while(true); },
+      [&] { compare.set_or_flag(true); },
+      [&] { pick(occupied, 1, "A"); },
+      [&] { pick(occupied, 2, "Unoccupied"); },
+      [&] { pick(compare, 1, "x"); },
+      [&] { pick(compare, 2, "Travel"); },
+      [&] { pick(compare, 3, "is not"); },
+      [&] { pick(compare, 4, "less than"); },
+      [&] { pick(speed, 1, "x"); },
+      [&] {
+        speed.set_speed({7, true});
+      },
+      [&] { pick(blow, 1, "x"), pick(blow, 2, "horn"); },
+      [&] { pick(blow, 3, "Off"); },
+      [&] { pick(direction, 2, "Reverse"); },
+      [&] { get.set_text(2, "Name"); },
+      [&] { delay.set_spin_value(1, 2); },
+  };
+  const std::vector<std::function<void()>> once = {
+      [&] { horn->destroy(); },
+      [&] { block->destroy(); },
+      [&] { lok->destroy(); },
+      [&] { made->set_name("Other"); },
+      [&] { command(*made, "save"); },
+      [&] { made->move_command(0, 1); },
+      [&] { made->remove_command(1); },
+      [&] { made->add_condition(create_script_event("occupied")); },
+      [&] { made->move_condition(0, 1); },
+      [&] { made->remove_condition(2); },
+  };
+  Witness witness;
+  const auto changes = [&](const std::function<void()>& edit) {
+    const auto before = Witness::text(*made);
+    witness.before.clear();
+    edit();
+    const bool changed = Witness::text(*made) != before;
+    EXPECT_EQ(changed, !witness.before.empty());
+    EXPECT_TRUE(!changed || witness.before.front() == before);
+    return changed;
+  };
+  for (std::size_t i = 0; i < edits.size(); ++i) {
+    EXPECT_TRUE(changes(edits[i])) << i;
+    EXPECT_FALSE(changes(edits[i])) << i << " a second time";
+  }
+  for (std::size_t i = 0; i < once.size(); ++i) EXPECT_TRUE(changes(once[i])) << i;
+  witness.before.clear();
+  made->start();
+  EXPECT_TRUE(witness.before.empty()) << "whether lines watch is not in a file";
+}
+
+TEST(ScriptValue, is_read_as_what_it_is_and_compares_a_speed_in_either_unit) {
+  using Kind = ScriptVariable::Kind;
+  const ScriptVariable word(Kind::word2, 7);
+  EXPECT_EQ(word.word(Kind::word2), 7u);
+  EXPECT_EQ(ScriptVariable(std::uint8_t{5}).byte(), 5);
+  try {
+    static_cast<void>(word.words());
+    FAIL();
+  } catch (const ScriptVariable::TypeMismatch& error) {
+    EXPECT_STREQ(error.what(), "Script Variable Type Mismatch");
+  }
+  EXPECT_THROW(static_cast<void>(word.word(Kind::word1)), ScriptVariable::TypeMismatch);
+  const auto speed = [](unsigned a, unsigned b) {
+    return ScriptVariable(ScriptVariable::Words{a, b});
+  };
+  EXPECT_TRUE(speed(1, 2) == speed(1, 3));
+  EXPECT_TRUE(speed(1, 2) == speed(4, 2));
+  EXPECT_FALSE(speed(1, 2) == speed(2, 1));
+  EXPECT_FALSE(word == ScriptVariable(Kind::word1, 7));
+  EXPECT_FALSE(word == ScriptVariable(Kind::word2, 8));
+  EXPECT_TRUE(ScriptVariable() == ScriptVariable());
+}
+
+}  // namespace
+}  // namespace zemblar::test

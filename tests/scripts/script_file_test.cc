@@ -1,0 +1,216 @@
+// Scripts in layout files.
+
+#include "tests/scripts/script_scene.h"
+
+namespace zemblar::test {
+namespace {
+
+class ScriptFile : public ScriptScene {
+ protected:
+  /// A file with one locomotive, id 7, its function "horn", id 8, one block, id 9, and a script.
+  std::string file_of(const std::string& conditions, const std::string& commands) {
+    return "%YAML 1.2\n"
+           "title: Test\n"
+           "objects:\n"
+           "  - !lok {name: x, id: 7, functions: [{name: horn, id: 8}]}\n"
+           "  - !zone {name: A, id: 9}\n"
+           "  - !script\n"
+           "    name: Test\n"
+           "    conditions: " +
+           conditions +
+           "\n"
+           "    commands: " +
+           commands + "\n";
+  }
+  bool open(const std::string& conditions, const std::string& commands) {
+    return Layout::open(folder.write("test.zblt", file_of(conditions, commands)));
+  }
+  static Script& read_script() {
+    return dynamic_cast<Script&>(*layout().get_scripts().child_at(0));
+  }
+  /// The sentences, one to a line.
+  static std::string sentences() {
+    auto& made = read_script();
+    std::string all = made.get_while() ? "While " : "When ";
+    for (unsigned i = 0; i < made.get_num_conditions(); ++i) {
+      const auto& line = *made.get_condition(i);
+      if (i != 0) all += line.get_or_flag() ? "Or " : "And ";
+      all += sentence(line) + "\n";
+    }
+    for (unsigned i = 0; i < made.get_num_commands(); ++i) {
+      all += sentence(*made.get_command(i)) + "\n";
+    }
+    return all;
+  }
+  /// The entry of the script, as it is written.
+  static std::string written() {
+    const auto text = layout().serialize();
+    return text.substr(text.find("!script"));
+  }
+};
+
+// As they are written.
+constexpr auto all_lines = R"(!script
+    name: Test
+    id: 3
+    conditions:
+      - [While, occupied, Any, true]
+      - [And, occupied, This, false]
+      - [Or, occupied, 2, true]
+      - [And, lok-speed, This, eq, 50, "%"]
+      - [Or, lok-speed, Any, nge, 120, km/h, travel]
+      - [And, lok-speed, 0, ne, 0, "%"]
+      - [And, lok-speed, ~, nlt, 1, "%"]
+    commands:
+      - [get-speed, This, Speed]
+      - [get-speed, 0, true]
+      - [set-speed, 0, 80, km/h]
+      - [set-speed, ~, 40, "%"]
+      - [set-direction, This, Reverse]
+      - [set-direction, 0, Forwards]
+      - [set-function, This, horn, false]
+      - [set-function, 1, true]
+      - [set-function, ~, true]
+      - [wait, 0.1]
+      - [wait, 360.1]
+      - [wait, 10]
+      - [wait-init-event]
+      - [save]
+      - [restore]
+)";
+constexpr auto all_sentences = R"(While Any Block is Occupied
+And This Block is Unoccupied
+Or A is Occupied
+And This Locomotive Intended Speed is equal to 50%
+Or Any Locomotive Travel Speed is not greater than or equal to 120 km/h
+And x Intended Speed is not equal to 0%
+And (No Locomotive Selected) Intended Speed is not less than 1%
+Get This Locomotive Speed as Speed
+Get x Speed as true
+Set x Speed to 80 km/h
+Set (No Locomotive Selected) Speed to 40%
+Set This Locomotive Reverse
+Set x Forwards
+Set This Locomotive horn Off
+Set x horn On
+Set (No Locomotive Selected) (No Function Selected) On
+Wait 0.1 seconds
+Wait 360.1 seconds
+Wait 10 seconds
+Wait until initial event is finished
+Save
+Restore
+)";
+
+TEST_F(ScriptFile, every_kind_of_line_reads_back_to_the_same_bytes) {
+  ASSERT_TRUE(open(
+      R"([[While, occupied, Any, true], [And, occupied, This, false], [Or, occupied, 9, true],
+          [And, lok-speed, This, eq, 50, "%"], [Or, lok-speed, Any, nge, 120, km/h, travel],
+          [And, lok-speed, 7, ne, 0, "%", intended], [And, lok-speed, 123, nlt, 1, "%"]])",
+      R"([[get-speed, This, Speed], [get-speed, 7, "true"], [set-speed, 7, 80, km/h],
+          [set-speed, 9, 40, "%"], [set-direction, This, Reverse], [set-direction, 7, Forwards],
+          [set-function, This, horn, false], [set-function, 8, true], [set-function, 123, true],
+          [wait, 0.1], [wait, 360.1], [wait, 10], [wait-init-event], [save], [restore]])"))
+      << get_status();
+  EXPECT_EQ(sentences(), all_sentences);
+  EXPECT_EQ(get_status(), "One script sleeps; “Start Scripts” in the Scripts panel wakes it.");
+  // The numbers are those of the order in which objects are written or named.
+  EXPECT_EQ(written(), all_lines);
+  const auto text = layout().serialize();
+  ASSERT_TRUE(Layout::open(folder.write("again.zblt", text)));
+  EXPECT_EQ(sentences(), all_sentences);
+  EXPECT_EQ(layout().serialize(), text);
+}
+
+TEST_F(ScriptFile, a_line_with_too_few_or_impossible_elements_keeps_the_file_shut) {
+  auto* here = layout().get_loks().add(new Lok);
+  const struct {
+    const char* conditions;
+    const char* commands;
+    const char* problem;
+  } files[] = {
+      {"[[When, occupied]]", "[]", "line 8, column 18: key not found: 2"},
+      {"[[When, occupied, Any]]", "[]", "key not found: 3"},
+      {"[[When, occupied, Any, perhaps]]", "[]", "invalid scalar"},
+      {"[[When, occupied, [9], true]]", "[]", "invalid scalar"},
+      {"[[When, occupied, Some, true]]", "[]", "invalid scalar"},
+      {"[[[When], occupied, Any, true]]", "[]", "invalid scalar"},
+      {"[[When, {a: b}, Any, true]]", "[]", "invalid scalar"},
+      {"[[When, lok-speed, This, eq, 50]]", "[]", "key not found: 5"},
+      {"[[When, lok-speed, This, like, 50, '%']]", "[]", "line 8, column 42: invalid scalar"},
+      {"[[When, lok-speed, This, eq, 50, mph]]", "[]", "invalid scalar"},
+      {"[[When, lok-speed, This, eq, 50, '%', fast]]", "[]", "invalid scalar"},
+      {"[]", "[[wait]]", "line 9, column 16: key not found: 1"},
+      {"[]", "[[wait, long]]", "invalid scalar"},
+      {"[]", "[[wait, -1]]", "invalid scalar"},
+      {"[]", "[[wait, 1e30]]", "invalid scalar"},
+      {"[]", "[[set-speed, This, 50]]", "key not found: 3"},
+      {"[]", "[[set-speed, This, -50, '%']]", "invalid scalar"},
+      {"[]", "[[set-speed, This, 50, knots]]", "invalid scalar"},
+      {"[]", "[[set-direction]]", "key not found: 1"},
+      {"[]", "[[set-direction, This, Sideways]]", "invalid scalar"},
+      {"[]", "[[set-function, This, horn]]", "key not found: 3"},
+      {"[]", "[[set-function, 8]]", "key not found: 2"},
+      {"[]", "[[get-speed, This]]", "key not found: 2"},
+      {"[]", "[[[save]]]", "invalid scalar"},
+  };
+  for (const auto& [conditions, commands, problem] : files) {
+    EXPECT_FALSE(open(conditions, commands)) << conditions << commands;
+    EXPECT_NE(get_status().raw().find(problem), std::string::npos) << get_status();
+    ASSERT_EQ(layout().get_loks().child_at(0), here);
+  }
+}
+
+TEST_F(ScriptFile, what_is_unknown_or_too_short_is_left_out) {
+  const struct {
+    const char* conditions;
+    const char* commands;
+    const char* sentences;
+  } files[] = {
+      {"[[When], occupied, [], [While, weather, sunny], [Or, occupied, This, true]]",
+       "[[whistle, loudly], [], save, [save, for, later]]", "While This Block is Occupied\nSave\n"},
+      {"[[Whenever, occupied, This, true], [Unless, occupied, Any, false], [While, occupied, Any, "
+       "true]]",
+       "[]",
+       "When This Block is Occupied\nAnd Any Block is Unoccupied\nAnd Any Block is Occupied\n"},
+      {"", "", "When "},
+  };
+  for (const auto& [conditions, commands, expected] : files) {
+    ASSERT_TRUE(open(conditions, commands)) << get_status();
+    EXPECT_EQ(sentences(), expected);
+    EXPECT_TRUE(read_script().get_num_conditions() == 0 ||
+                read_script().get_condition(0)->get_or_flag());
+  }
+  EXPECT_EQ(written(), "!script\n    name: Test\n    id: 3\n") << "empty lists are left out";
+}
+
+// Nothing that was read moves a train until somebody has chosen or pressed something.
+TEST_F(ScriptFile, scripts_sleep_after_they_were_read) {
+  ASSERT_TRUE(open("[[When, occupied, 9, true]]", "[[set-speed, This, 40, '%']]"));
+  auto* block = dynamic_cast<Block*>(layout().get_blocks().child_at(0));
+  auto* lok = dynamic_cast<Lok*>(layout().get_loks().child_at(0));
+  block->set_lok(lok);
+  EXPECT_EQ(lok->get_speed(), 0u);
+  EXPECT_EQ(sleeping_scripts(), 1u);
+  int told = 0;
+  const ScopedConnection listening(signal_sleeping_changed().connect([&] { ++told; }));
+  start_scripts();
+  EXPECT_EQ(lok->get_speed(), 50u);
+  EXPECT_EQ(sleeping_scripts(), 0u);
+  EXPECT_GT(told, 0);
+
+  ASSERT_TRUE(open("[[When, occupied, 9, true]]", "[]"));
+  layout().get_blocks().child_at(0)->destroy();
+  EXPECT_EQ(sentences(), "When This Block is Occupied\n") << "followed while it sleeps";
+
+  ASSERT_TRUE(Layout::open(folder.write(
+      "two.zblt", file_of("[[When, occupied, Any, true]]", "[]") +
+                      "  - !script {name: Second, conditions: [[When, occupied, 9, true]]}\n"
+                      "  - !script {name: Third, conditions: [[When, occupied, This, true]]}\n")));
+  EXPECT_EQ(get_status(), "2 scripts sleep; “Start Scripts” in the Scripts panel wakes them.");
+  ASSERT_TRUE(open("[]", "[]"));
+  EXPECT_EQ(get_status(), "");
+}
+
+}  // namespace
+}  // namespace zemblar::test
