@@ -6,7 +6,9 @@
 
 #include "core/document_class.h"
 #include "core/entry_change.h"
+#include "core/i18n.h"
 #include "core/private_form.h"
+#include "core/status.h"
 #include "devices/device.h"
 #include "devices/hw_list.h"
 #include "diagram/view.h"
@@ -45,6 +47,22 @@ std::string changed_setting(const PartState& before, const PartState& after) {
   }
   const bool plain = keys.size() == 1 && change.at(keys[0].c_str()).IsScalar();
   return plain ? keys[0] : "";
+}
+
+/// Where it was, as far as others let it: they may have put `parent` into the object meanwhile.
+void put_back(Object& object, Object& parent, unsigned place) {
+  if (object.can_move_to(parent)) object.move_to(parent, place);
+}
+
+/// What an entry says may not fit to what others have made of the rest: that part stays as it is.
+template <typename Restore>
+void as_far_as_it_fits(const Restore& restore) {
+  try {
+    restore();
+  } catch (const YAML::Exception& problem) {
+    set_status(
+        Glib::ustring::compose(_("Not all of the step could be taken back (%1)"), problem.what()));
+  }
 }
 
 bool is_one_setting(const EditStep& step) {
@@ -114,7 +132,7 @@ void EditStep::take_out(State from, State to) const {
     auto* parent = numbers_->objects.find(is.parent);
     if (!object || (was.parent == is.parent && to == &Part::before)) continue;
     if (parent) {
-      object->move_to(*parent, parent->child_count());
+      put_back(*object, *parent, parent->child_count());
     } else {
       object->destroy();
     }
@@ -139,13 +157,15 @@ void EditStep::make_objects(const std::vector<const Part*>& order, State from, S
     if (part->kind != Kind::object || !state.exists) continue;
     auto* object = numbers_->objects.find(part->number);
     auto* parent = numbers_->objects.find(state.parent);
-    if (object && parent && part->moved) object->move_to(*parent, state.place);
+    if (object && parent && part->moved) put_back(*object, *parent, state.place);
     if (object || !parent || (part->*from).exists) continue;
     const auto entry = YAML::Load(state.entry);
     const auto* document_class = find_document_class(entry.Tag());
     if (!document_class) continue;
-    auto* made = parent->insert(document_class->load(entry), state.place);
-    devices = devices || dynamic_cast<Device*>(made) != nullptr;
+    as_far_as_it_fits([&] {
+      auto* made = parent->insert(document_class->load(entry), state.place);
+      devices = devices || dynamic_cast<Device*>(made) != nullptr;
+    });
   }
   Layout::get().resolve();
   // The hardware that a device has let go of is there for it.
@@ -158,7 +178,8 @@ void EditStep::restore_objects(State from, State to) const {
     const auto& is = part.*to;
     if (part.kind != Kind::object || !was.exists || !is.exists || was.entry == is.entry) continue;
     auto* object = numbers_->objects.find(part.number);
-    if (object) object->restore({YAML::Load(was.entry), YAML::Load(is.entry)});
+    if (!object) continue;
+    as_far_as_it_fits([&] { object->restore({YAML::Load(was.entry), YAML::Load(is.entry)}); });
   }
   Layout::get().resolve();
 }

@@ -2,6 +2,7 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include <algorithm>
 #include <array>
 #include <cassert>
 #include <cmath>
@@ -9,6 +10,7 @@
 
 #include "core/entry_change.h"
 #include "core/i18n.h"
+#include "core/private_form.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
 #include "locomotives/survival.h"
@@ -86,10 +88,11 @@ PointState::PointState(PointBase* owner, const YAML::Node& node) : PointState(ow
   load_identity(node);
   const auto& outputs = owner_->get_outputs();
   const auto entries = node["outputs"];
-  if (!entries || !entries.IsSequence() || entries.size() < outputs.size()) {
-    throw YAML::InvalidScalar(node.Mark());
-  }
-  for (std::size_t i = 0; i < outputs.size(); ++i) {
+  const bool is_whole = entries && entries.IsSequence() && entries.size() >= outputs.size();
+  // When a step is undone the point may have other outputs than it had.
+  if (!is_whole && !PrivateForm::is_used()) throw YAML::InvalidScalar(node.Mark());
+  const auto known = entries ? entries.size() : 0;
+  for (std::size_t i = 0; i < std::min(outputs.size(), known); ++i) {
     read_setting(entries[i], outputs[i]->get_type(), settings_[outputs[i].operator->()]);
   }
 }

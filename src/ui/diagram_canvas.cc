@@ -291,12 +291,14 @@ Vector DiagramCanvas::to_view(const Vector& place) const {
   return point;
 }
 
-// In pixels; empty when there is nothing.
+// In pixels, of the railway without what is there to edit it; empty when there is nothing.
 PixelBox DiagramCanvas::drawn_box() {
   update();
+  const auto context = image_->measure();
+  context->set_matrix(matrix_);
   std::optional<PixelBox> all;
   const auto add = [&all](const PixelBox& box) { all = all ? all->united(box) : box; };
-  for (const auto& [object, box] : boxes_) add(box);
+  for (const auto& object : view_.get_objects()) add(object->runtime_box(context));
   if (const auto& picture = view_.image(); picture.pixbuf()) {
     const auto from = to_canvas({0, 0});
     const auto to =

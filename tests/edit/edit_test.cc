@@ -6,6 +6,7 @@
 #include <functional>
 #include <random>
 
+#include "core/document_text.h"
 #include "core/private_form.h"
 #include "core/yaml_io.h"
 #include "devices/device_ecos.h"
@@ -486,6 +487,49 @@ TEST_F(RandomEdits, can_all_be_undone_and_redone_byte_by_byte) {
       expect_joins_agree("after redo");
     }
   }
+}
+
+// Steps of one window meet what another one has made of the same objects.
+TEST_F(RandomEdits, of_two_windows_never_end_in_a_fault) {
+  EditList other;
+  for (unsigned seed = 1; seed <= 25; ++seed) {
+    SCOPED_TRACE(seed);
+    random.seed(seed);
+    layout().new_document(true);
+    steps.clear();
+    other.clear();
+    for (int i = 0; i < 120; ++i) {
+      if (below(3) == 0) std::swap(steps, other);
+      const auto choice = below(10);
+      if (choice < 2) {
+        undo();
+      } else if (choice == 2) {
+        redo();
+      } else {
+        act([this] { edit(); });
+      }
+      expect_joins_agree("in between");
+      if (HasFatalFailure()) return;
+    }
+    ASSERT_TRUE(Layout::open_copy(DocumentText::whole(), true, "copy")) << get_status();
+  }
+}
+
+TEST_F(EditTest, what_others_have_turned_round_stays_so) {
+  auto* one = layout().get_loks().add(new LokGroup);
+  auto* two = one->add(new LokGroup);
+  act([&] { two->move_to(layout().get_loks(), 1); });
+  one->move_to(*two, 0);
+  undo();
+  EXPECT_EQ(one->get_parent(), two);
+  EXPECT_EQ(two->get_parent(), &layout().get_loks());
+
+  auto* point = layout().get_points().add(new Point);
+  act([&] { point->add_state(); });
+  undo();
+  point->add_output();
+  redo();
+  EXPECT_EQ(point->states().size(), 3u);
 }
 
 }  // namespace

@@ -155,5 +155,15 @@ TEST_F(EditorTest, places_what_is_new_or_takes_it_away_again) {
   EXPECT_EQ(canvas.get_selected(), nullptr);
 }
 
+TEST_F(EditorTest, brings_a_drawing_back_that_was_moved_out_of_sight) {
+  auto* zone = zone_at({3000, -4000});
+  canvas.show_whole();
+  canvas.update();
+  const auto seen = canvas.to_canvas(end(zone, "left").pos);
+  EXPECT_LT(std::abs(seen.x - canvas.get_width() / 2.0), canvas.get_width() / 2.0);
+  EXPECT_LT(std::abs(seen.y - canvas.get_height() / 2.0), canvas.get_height() / 2.0);
+  EXPECT_EQ(canvas.get_zoom(), 1);
+}
+
 }  // namespace
 }  // namespace zemblar::test
