@@ -62,7 +62,7 @@ void EditJournal::begin(const Done& done) {
 void EditJournal::end() {
   assert(depth_ > 0);
   if (depth_ == 1) flush();
-  --depth_;
+  if (--depth_ == 0) forgotten_ = false;
 }
 
 void EditJournal::flush() {
@@ -114,8 +114,10 @@ Glib::ustring EditJournal::name_for(const std::vector<Noted>& changed) const {
   return Glib::ustring::compose(_("Change “%1”"), changed.front().name);
 }
 
+// What New itself puts into the new document is no step either.
 void EditJournal::forget() {
   discard();
+  forgotten_ = depth_ != 0;
   signal_forgotten_.emit();
 }
 

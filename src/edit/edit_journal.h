@@ -84,7 +84,7 @@ class EditJournal : private DocumentWatcher, private DiagramWatcher {
   void removed(ViewObj& object) override;
   void added(ViewObj& object) override;
 
-  [[nodiscard]] bool is_noting() const { return depth_ != 0 && paused_ == 0; }
+  [[nodiscard]] bool is_noting() const { return depth_ != 0 && paused_ == 0 && !forgotten_; }
   Noted* find(Kind kind, unsigned number);
   Noted& note(Object& object);
   Noted& note(ViewObj& object);
@@ -99,6 +99,7 @@ class EditJournal : private DocumentWatcher, private DiagramWatcher {
   PartNumbers numbers_;
   unsigned depth_ = 0;
   unsigned paused_ = 0;
+  bool forgotten_ = false;  // what was begun
   Done done_;
   Glib::ustring format_;
   std::vector<Noted> noted_;

@@ -133,8 +133,12 @@ TEST_F(EditTest, steps_have_names_and_are_merged_dropped_and_forgotten) {
   const ScopedConnection listening(journal.signal_forgotten().connect([&] { forgotten = true; }));
   ASSERT_FALSE(Layout::open(folder.write("damaged.zblt", "objects: 5")));
   EXPECT_FALSE(forgotten) << "the document has stayed";
+  steps.clear();
   act([&] { layout().new_document(true); });
   EXPECT_TRUE(forgotten);
+  EXPECT_EQ(next_undo(), "") << "nor is the first view a step";
+  act([&] { layout().get_loks().add(new Lok); });
+  EXPECT_EQ(next_undo(), "Add “Locomotive 1”");
 }
 
 TEST_F(EditTest, what_was_deleted_comes_back_with_all_that_refers_to_it) {
