@@ -9,19 +9,22 @@
 namespace zemblar {
 namespace {
 
-void place_below(Gtk::Menu& menu, Gtk::Widget& button, int& x, int& y) {
-  button.get_window()->get_origin(x, y);
-  const auto area = button.get_allocation();
-  if (!button.get_has_window()) {
-    x += area.get_x();
-    y += area.get_y();
-  }
+Gdk::Rectangle area_on_screen(Gtk::Widget& widget) {
+  int x = 0;
+  int y = 0;
+  widget.get_window()->get_origin(x, y);
+  auto area = widget.get_allocation();
+  if (widget.get_has_window()) area = {0, 0, area.get_width(), area.get_height()};
+  return {x + area.get_x(), y + area.get_y(), area.get_width(), area.get_height()};
+}
+
+void place_below(Gtk::Menu& menu, const Gdk::Rectangle& area, int& x, int& y) {
   const auto size = menu.size_request();
-  const auto screen = button.get_screen();
-  const bool fits_below = y + area.get_height() + size.height <= screen->get_height();
-  y += fits_below ? area.get_height() : -size.height;
-  x = std::max(0, std::min(x, screen->get_width() - size.width));
-  y = std::max(0, y);
+  const auto screen = menu.get_screen();
+  const int below = area.get_y() + area.get_height();
+  const bool fits_below = below + size.height <= screen->get_height();
+  x = std::max(0, std::min(area.get_x(), screen->get_width() - size.width));
+  y = std::max(0, fits_below ? below : area.get_y() - size.height);
 }
 
 }  // namespace
@@ -30,9 +33,13 @@ void popup_below(Gtk::Menu& menu, Gtk::Widget& button) {
   menu.set_size_request(-1, -1);
   const int natural = menu.size_request().width;
   menu.set_size_request(std::max(natural, button.get_allocation().get_width()), -1);
+  popup_below(menu, area_on_screen(button));
+}
+
+void popup_below(Gtk::Menu& menu, const Gdk::Rectangle& area) {
   menu.popup(
-      [&menu, &button](int& x, int& y, bool& push_in) {
-        place_below(menu, button, x, y);
+      [&menu, area](int& x, int& y, bool& push_in) {
+        place_below(menu, area, x, y);
         push_in = true;
       },
       0, gtk_get_current_event_time());

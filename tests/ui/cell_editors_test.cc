@@ -1,4 +1,3 @@
-#include <gdk/gdkkeysyms.h>
 #include <gmock/gmock.h>
 #include <gtkmm/cellrenderer.h>
 #include <gtkmm/liststore.h>
@@ -6,7 +5,7 @@
 #include <gtkmm/scale.h>
 #include <gtkmm/treeview.h>
 
-#include "tests/ui/widget_search.h"
+#include "tests/ui/keys.h"
 #include "ui/combo_box_text.h"
 #include "ui/script_alignment.h"
 #include "ui/script_hbox.h"
@@ -120,26 +119,8 @@ class CellEditors : public testing::Test {
     const auto* focus = window->get_focus();
     ASSERT_TRUE(focus == renderer.editor || focus->is_ancestor(*renderer.editor));
   }
-  /// As the window gets it: to the widget with the focus, then outwards.
-  void press(guint key) const {
-    GdkEvent event{};
-    event.key.type = GDK_KEY_PRESS;
-    event.key.window = window->get_window()->gobj();
-    event.key.keyval = key;
-    GdkKeymapKey* keys = nullptr;
-    int count = 0;
-    gdk_keymap_get_entries_for_keyval(nullptr, key, &keys, &count);
-    ASSERT_GT(count, 0);
-    event.key.hardware_keycode = static_cast<guint16>(keys[0].keycode);
-    event.key.group = static_cast<guint8>(keys[0].group);
-    event.key.state = keys[0].level ? GDK_SHIFT_MASK : 0;
-    g_free(keys);
-    window->event(&event);
-    handle_events();
-  }
-  void type(const std::string& keys) const {
-    for (const char key : keys) press(static_cast<guint>(key));
-  }
+  void press(guint key) const { press_key(*window, key); }
+  void type(const std::string& keys) const { type_keys(*window, keys); }
   void expect_ended(const std::string& outcome) const {
     EXPECT_THAT(renderer.outcomes, testing::ElementsAre(outcome));
     EXPECT_FALSE(renderer.editor);

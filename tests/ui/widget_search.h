@@ -3,11 +3,14 @@
 #include <atkmm/object.h>
 #include <gtkmm/button.h>
 #include <gtkmm/container.h>
+#include <gtkmm/label.h>
 #include <gtkmm/main.h>
 #include <gtkmm/window.h>
 
+#include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace zemblar::test {
 
@@ -34,6 +37,15 @@ T& get_widget(Gtk::Widget& root, const std::string& name = {}) {
   auto* found = find_widget<T>(root, name);
   if (!found) throw std::runtime_error("no widget: " + name);
   return *found;
+}
+
+/// Whether a label in there has this text.
+inline bool shows(Gtk::Widget& widget, const std::string& text) {
+  if (auto* label = dynamic_cast<Gtk::Label*>(&widget)) return label->get_text().raw() == text;
+  auto* container = dynamic_cast<Gtk::Container*>(&widget);
+  if (!container) return false;
+  const std::vector<Gtk::Widget*> children = container->get_children();
+  return std::ranges::any_of(children, [&](auto* child) { return shows(*child, text); });
 }
 
 inline void handle_events() {

@@ -4,7 +4,6 @@
 #include <gtkmm/label.h>
 #include <gtkmm/toolbutton.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -26,6 +25,7 @@ namespace {
 
 using test::find_widget;
 using test::handle_events;
+using test::shows;
 
 Layout& fresh_layout() {
   Layout::get().new_document(true);
@@ -52,14 +52,6 @@ std::string rows(ObjectList& list) {
   std::string text;
   append_rows(list.get_model()->children(), text);
   return text;
-}
-
-bool shows(Gtk::Widget& widget, const std::string& text) {
-  if (auto* label = dynamic_cast<Gtk::Label*>(&widget)) return label->get_text().raw() == text;
-  auto* container = dynamic_cast<Gtk::Container*>(&widget);
-  if (!container) return false;
-  const std::vector<Gtk::Widget*> children = container->get_children();
-  return std::ranges::any_of(children, [&](auto* child) { return shows(*child, text); });
 }
 
 /// A piece of hardware that may be able to switch track power.

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <gdk/gdkkeysyms.h>
+
+#include <string>
+
+#include "tests/ui/widget_search.h"
+
+namespace zemblar::test {
+
+/// A key as the window gets it: to the widget with the focus, then outwards.
+inline void press_key(Gtk::Window& window, guint key, unsigned modifiers = 0) {
+  GdkEvent event{};
+  event.key.type = GDK_KEY_PRESS;
+  event.key.window = window.get_window()->gobj();
+  event.key.keyval = key;
+  GdkKeymapKey* keys = nullptr;
+  int count = 0;
+  if (!gdk_keymap_get_entries_for_keyval(nullptr, key, &keys, &count)) {
+    throw std::runtime_error("no such key: " + std::to_string(key));
+  }
+  event.key.hardware_keycode = static_cast<guint16>(keys[0].keycode);
+  event.key.group = static_cast<guint8>(keys[0].group);
+  event.key.state = modifiers;
+  if (keys[0].level != 0) event.key.state |= GDK_SHIFT_MASK;
+  g_free(keys);
+  window.event(&event);
+  handle_events();
+}
+
+inline void type_keys(Gtk::Window& window, const std::string& keys) {
+  for (const char key : keys) press_key(window, static_cast<guint>(key));
+}
+
+}  // namespace zemblar::test

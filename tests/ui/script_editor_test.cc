@@ -1,0 +1,451 @@
+// Scripts, written as a person does it: by keys and by clicks on the words.
+
+#include "ui/script_editor.h"
+
+#include <gmock/gmock.h>
+#include <gtkmm/menu.h>
+#include <gtkmm/radiobutton.h>
+#include <gtkmm/spinbutton.h>
+
+#include "core/toplevel.h"
+#include "locomotives/lok.h"
+#include "scripts/script_command_set_speed.h"
+#include "scripts/script_command_wait.h"
+#include "scripts/script_event_occupied.h"
+#include "scripts/script_registry.h"
+#include "tests/support/layout_fixture.h"
+#include "tests/ui/keys.h"
+#include "track/zone.h"
+#include "ui/script_properties.h"
+
+namespace zemblar::test {
+namespace {
+
+using testing::ElementsAre;
+using Texts = std::vector<std::string>;
+
+/// The menu that is open; null for none.
+Gtk::Menu* open_menu() {
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    auto* menu = dynamic_cast<Gtk::Menu*>(window->get_child());
+    if (window->get_visible() && menu && menu->get_visible()) return menu;
+  }
+  return nullptr;
+}
+
+Texts offered() {
+  Texts texts;
+  auto* menu = open_menu();
+  if (!menu) return texts;
+  for (auto& item : menu->items()) texts.push_back(item.get_label());
+  return texts;
+}
+
+void choose(const std::string& text) {
+  auto* menu = open_menu();
+  ASSERT_TRUE(menu) << text;
+  for (auto& item : menu->items()) {
+    if (item.get_label().raw() != text) continue;
+    menu->activate_item(item, true);
+    return handle_events();
+  }
+  ADD_FAILURE() << testing::PrintToString(offered()) << " have not " << text;
+}
+
+/// One window on a script.
+class Window {
+ public:
+  explicit Window(Script& script) : window_(new ScriptEditor(script)) {
+    window_->add_destroy_notify_callback(&window_, [](void* data) -> void* {
+      *static_cast<ScriptEditor**>(data) = nullptr;
+      return nullptr;
+    });
+    window_->show();
+    handle_events();
+    // There is no window manager to do so.
+    GdkEvent event{};
+    event.focus_change = {GDK_FOCUS_CHANGE, window_->get_window()->gobj(), 0, 1};
+    window_->event(&event);
+  }
+  ~Window() {
+    if (window_) window_->hide();
+    handle_events();
+  }
+  Window(const Window&) = delete;
+  Window& operator=(const Window&) = delete;
+
+  [[nodiscard]] bool is_open() const { return window_ != nullptr; }
+  ScriptEditor& operator*() const { return *window_; }
+  [[nodiscard]] Gtk::TreeView& list() const { return get_widget<Gtk::TreeView>(*window_); }
+  [[nodiscard]] Gtk::Button& button(const char* label) const {
+    return get_widget<Gtk::Button>(*window_, label);
+  }
+  void press(std::initializer_list<guint> keys, unsigned modifiers = 0) const {
+    for (const auto key : keys) press_key(*window_, key, modifiers);
+  }
+  void type(const std::string& text) const { type_keys(*window_, text); }
+
+  [[nodiscard]] Texts rows() const {
+    handle_events();
+    Texts texts;
+    for (const auto& row : list().get_model()->children()) {
+      texts.push_back(row.get_value(ScriptRows::columns().text));
+    }
+    return texts;
+  }
+  [[nodiscard]] std::string selected() const {
+    const auto row = list().get_selection()->get_selected();
+    return row ? (*row).get_value(ScriptRows::columns().text).raw() : "";
+  }
+  void select(unsigned row) const {
+    list().set_cursor(Gtk::TreePath(std::to_string(row)));
+    handle_events();
+  }
+  /// Presses the pointer's button in the middle of an argument, or `aside` pixels behind it.
+  void click(unsigned row, unsigned arg, int aside = 0) const {
+    auto& column = *list().get_column(0);
+    const std::vector<Gtk::CellRenderer*> cells = column.get_cell_renderers();
+    auto& cell = dynamic_cast<CRScript&>(*cells[0]);
+    const Gtk::TreePath path(std::to_string(row));
+    column.cell_set_cell_data(list().get_model(), list().get_model()->get_iter(path), false, false);
+    const auto [left, width] = cell.place_of(list(), arg);
+    Gdk::Rectangle area;
+    list().get_cell_area(path, column, area);
+    send_press(area.get_x() + left + (aside ? width + aside : width / 2),
+               area.get_y() + area.get_height() / 2);
+  }
+
+  /// What edits a cell; null when nothing does.
+  template <typename Editor>
+  [[nodiscard]] Editor* editor() const {
+    return find_widget<Editor>(list(), "");
+  }
+
+ private:
+  void send_press(int x, int y) const {
+    auto* event = gdk_event_new(GDK_BUTTON_PRESS);
+    event->button.window = GDK_WINDOW(g_object_ref(list().get_bin_window()->gobj()));
+    event->button.button = 1;
+    event->button.x = x;
+    event->button.y = y;
+    gtk_main_do_event(event);
+    gdk_event_free(event);
+    handle_events();
+  }
+
+  ScriptEditor* window_;
+};
+
+class Editor : public LayoutTest {
+ protected:
+  Editor() {
+    zone.set_name("Station");
+    lok.set_name("Express %1");
+  }
+
+  ScriptEventOccupied& add_occupied() {
+    auto* line = new ScriptEventOccupied;
+    script.add_condition(line);
+    return *line;
+  }
+  ScriptCommandWait& add_wait(double seconds) {
+    auto* line = new ScriptCommandWait(script);
+    line->set_spin_value(1, seconds);
+    script.add_command(line);
+    return *line;
+  }
+  void add_command(const char* key) { script.add_command(create_script_command(key, script)); }
+
+  Script& script = *layout().get_scripts().add(new Script);
+  Zone& zone = *layout().get_blocks().add(new Zone);
+  Lok& lok = *layout().get_loks().add(new Lok);
+};
+
+TEST(Sentence, puts_arguments_in_their_places_and_takes_them_as_they_are) {
+  struct Case {
+    const char* format;
+    const char* text;
+    Texts arguments;  // as the places cut them out
+  };
+  const Case cases[] = {
+      {"Set %1 Speed to %2", "Set Große %2 Speed to 40%", {"Große %2", "40%"}},
+      {"%2 für %1%%", "40% für Große %2%", {"40%", "Große %2"}},
+      {"%12%1", "twelveGroße %2", {"twelve", "Große %2"}},
+      {"100% of %", "100% of %", {}},
+      {"", "", {}},
+  };
+  const auto text_of = [](unsigned arg) {
+    return arg == 1 ? "Große %2" : arg == 2 ? "40%" : "twelve";
+  };
+  for (const auto& each : cases) {
+    const Sentence sentence(each.format, text_of);
+    EXPECT_EQ(sentence.text().raw(), each.text);
+    Texts arguments;
+    for (const auto& [number, begin, end] : sentence.arguments()) {
+      EXPECT_EQ(sentence.text().raw().substr(begin, end - begin), text_of(number));
+      arguments.push_back(text_of(number));
+    }
+    EXPECT_EQ(arguments, each.arguments);
+  }
+}
+
+TEST_F(Editor, writes_a_script_by_keys_alone) {
+  Window window(script);
+  EXPECT_THAT(window.rows(), ElementsAre("Add Condition…", "Add Command…"));
+  window.press({GDK_Return});
+  EXPECT_THAT(offered(), ElementsAre("Locomotive Speed Is…", "Block is (un)occupied"));
+  choose("Block is (un)occupied");
+  EXPECT_THAT(offered(), ElementsAre("Any Block", "This Block", "", "Station"));
+  choose("Station");
+  window.press({GDK_Right, GDK_space});
+  choose("Unoccupied");
+  window.press({GDK_Left, GDK_Left, GDK_Return});
+  choose("While");
+  window.press({GDK_Down, GDK_Down, GDK_Return});
+  choose("Set Locomotive Speed");
+  EXPECT_FALSE(open_menu());
+  window.press({GDK_Return});
+  choose("Express %1");
+  window.press({GDK_Right, GDK_Right, GDK_Return});
+  window.type("40");
+  window.press({GDK_Return});
+  EXPECT_THAT(window.rows(), ElementsAre("While Station is Unoccupied", "Add Condition…",
+                                         "Set Express %1 Speed to 40%", "Add Command…"));
+  EXPECT_TRUE(script.get_condition(0)->is_armed());
+  lok.set_name("Local");
+  EXPECT_EQ(window.rows()[2], "Set Local Speed to 40%");
+}
+
+TEST_F(Editor, takes_a_click_on_a_word_for_that_word) {
+  add_occupied();
+  add_occupied().set_or_flag(true);
+  script.add_condition(create_script_event("lok-speed"));
+  add_wait(2.5);
+  add_command("set-function");
+  Window window(script);
+  const std::tuple<unsigned, unsigned, const char*> places[] = {
+      {0, 0, "While"},      {0, 1, "Any Block"}, {0, 2, "Occupied"},
+      {1, 0, "Or"},         {1, 2, "Occupied"},  {2, 0, "And"},
+      {2, 1, "Express %1"}, {2, 4, "less than"}, {3, 0, "Block is (un)occupied"},
+      {5, 1, "Express %1"}, {5, 3, "Off"},       {6, 0, "Wait"}};
+  for (const auto& [row, arg, text] : places) {
+    window.click(row, arg);
+    EXPECT_THAT(offered(), testing::Contains(text)) << row << ", " << arg;
+    if (open_menu()) open_menu()->popdown();
+    handle_events();
+    window.click(row, arg, arg == 4 ? 400 : 1);
+    EXPECT_FALSE(open_menu()) << "beside " << row << ", " << arg;
+  }
+  window.click(4, 1);
+  EXPECT_TRUE(window.editor<Gtk::SpinButton>());
+  window.click(2, 5);
+  EXPECT_TRUE(window.editor<Gtk::RadioButton>()) << "at the first click";
+}
+
+TEST_F(Editor, edits_numbers_and_names_in_place_and_keeps_what_is_cancelled_or_refused) {
+  add_wait(2.5);
+  add_command("get-speed");
+  add_command("set-speed");
+  ASSERT_TRUE(script.add_variable("Taken", 1));
+  Window window(script);
+  const std::tuple<unsigned, unsigned, const char*, const char*> edits[] = {
+      {1, 1, "7.5", "Wait 7.5 seconds"},
+      {2, 2, "Tempo", "Get This Locomotive Speed as Tempo"},
+      {2, 2, "Taken", "Get This Locomotive Speed as Tempo"},
+      {3, 2, "40", "Set This Locomotive Speed to 40%"}};
+  for (const auto& [row, arg, typed, result] : edits) {
+    const auto before = window.rows()[row];
+    for (const auto end : {GDK_Escape, GDK_Return}) {
+      window.click(row, arg);
+      window.type(typed);
+      window.press({static_cast<guint>(end)});
+      EXPECT_EQ(window.rows()[row], end == GDK_Escape ? before : result);
+      EXPECT_FALSE(window.editor<Gtk::Entry>());
+      EXPECT_TRUE(window.list().has_focus() || (*window).get_focus() == &window.list());
+    }
+  }
+}
+
+TEST_F(Editor, clamps_a_speed_to_what_its_unit_allows) {
+  auto* line = new ScriptCommandSetSpeed(script);
+  line->set_speed({.speed = 250, .km_h = true});
+  script.add_command(line);
+  Window window(script);
+  const auto edit = [&](const char* unit, const char* typed) {
+    window.click(1, 2);
+    if (unit) get_widget<Gtk::RadioButton>(window.list(), unit).set_active();
+    if (typed) get_widget<Gtk::SpinButton>(window.list()).set_text(typed);
+    window.press({GDK_Return});
+    return line->get_speed();
+  };
+  EXPECT_EQ(edit(nullptr, nullptr), (SpeedArg{.speed = 250, .km_h = true}));
+  EXPECT_EQ(edit("%", nullptr), (SpeedArg{.speed = 100, .km_h = false}));
+  EXPECT_EQ(edit(nullptr, "101"), (SpeedArg{.speed = 100, .km_h = false}));
+  EXPECT_EQ(edit("km/h", "20000"), (SpeedArg{.speed = 10000, .km_h = true}));
+}
+
+TEST_F(Editor, keys_for_an_editor_are_not_taken_for_the_rows) {
+  add_command("set-speed");
+  add_wait(2.5);
+  Window window(script);
+  window.click(1, 2);
+  window.press({GDK_Delete, GDK_Tab, GDK_Right});
+  EXPECT_TRUE(get_widget<Gtk::RadioButton>(window.list(), "km/h").get_active());
+  window.press({GDK_Up, GDK_Delete, GDK_Down});
+  window.press({GDK_Down}, GDK_MOD1_MASK);
+  EXPECT_TRUE(window.editor<Gtk::SpinButton>());
+  window.press({GDK_Escape});
+  EXPECT_THAT(window.rows(), ElementsAre("Add Condition…", "Set This Locomotive Speed to 100%",
+                                         "Wait 2.5 seconds", "Add Command…"));
+}
+
+TEST_F(Editor, moves_and_deletes_lines_within_their_own_list) {
+  for (const bool occupied : {true, false}) add_occupied().choose_occupied(occupied);
+  for (const double seconds : {1, 2, 3}) add_wait(seconds);
+  Window window(script);
+  Window other(script);
+  const auto expect = [&](const Texts& rows) {
+    EXPECT_EQ(window.rows(), rows);
+    EXPECT_EQ(other.rows(), rows) << "in the other window";
+  };
+  window.select(3);
+  for (const char* selected : {"Wait 1 seconds", "Wait 1 seconds", "Wait 1 seconds"}) {
+    EXPECT_EQ(window.selected(), selected);
+    window.button("gtk-go-down").clicked();
+  }
+  window.select(4);
+  window.press({GDK_Up, GDK_Up}, GDK_MOD1_MASK);
+  EXPECT_EQ(window.selected(), "Wait 3 seconds");
+  window.select(0);
+  window.press({GDK_Up, GDK_Down, GDK_Down}, GDK_MOD1_MASK);
+  const Texts all = {"When Any Block is Unoccupied",
+                     "And Any Block is Occupied",
+                     "Add Condition…",
+                     "Wait 3 seconds",
+                     "Wait 2 seconds",
+                     "Wait 1 seconds",
+                     "Add Command…"};
+  expect(all);
+  for (const unsigned row : {2U, 6U}) {
+    window.select(row);
+    window.press({GDK_Delete, GDK_KP_Delete});
+    EXPECT_FALSE(window.button("Delete").get_sensitive());
+  }
+  window.list().get_selection()->unselect_all();
+  window.button("Delete").clicked();
+  expect(all);
+  other.select(4);
+  other.button("Delete").clicked();
+  EXPECT_EQ(other.selected(), "Wait 1 seconds") << "the next one";
+  window.select(0);
+  window.press({GDK_Delete});
+  expect({"When Any Block is Occupied", "Add Condition…", "Wait 3 seconds", "Wait 1 seconds",
+          "Add Command…"});
+}
+
+TEST_F(Editor, says_of_a_condition_that_sleeps_why_until_it_is_armed) {
+  auto& line = add_occupied();
+  add_wait(1);
+  Window window(script);
+  const auto reason = line.asleep_because();
+  ASSERT_FALSE(reason.empty());
+  EXPECT_TRUE(shows(*window, reason));
+  window.press({GDK_Right, GDK_Return});
+  choose("Any Block");
+  EXPECT_FALSE(shows(*window, reason));
+}
+
+TEST_F(Editor, gives_up_what_is_edited_when_the_line_or_the_script_ends) {
+  const auto path = folder.write("a.zblt", layout().serialize());
+  const std::function<void(Script&)> ends[] = {
+      [](Script& ending) {
+        ending.remove_condition(0);
+        for (int i = 0; i < 3; ++i) ending.remove_command(0);
+      },
+      [](Script& ending) { ending.destroy(); },
+      [](Script&) { layout().new_document(true); },
+      [&path](Script&) { ASSERT_TRUE(Layout::open(path)); },
+  };
+  for (const auto& end : ends) {
+    for (const unsigned row : {0U, 2U, 3U, 4U}) {
+      auto& ending = *layout().get_scripts().add(new Script);
+      ending.add_condition(new ScriptEventOccupied);
+      for (const char* key : {"wait", "set-speed", "get-speed"}) {
+        ending.add_command(create_script_command(key, ending));
+      }
+      Window window(ending);
+      window.click(row, row < 3 ? 1 : 2);
+      EXPECT_TRUE(row == 0 ? open_menu() != nullptr : window.editor<Gtk::Entry>() != nullptr);
+      if (row != 0) window.type("7");
+      end(ending);
+      handle_events();
+      EXPECT_FALSE(open_menu());
+      if (!window.is_open()) continue;
+      EXPECT_EQ(&end, &ends[0]);
+      EXPECT_THAT(window.rows(), ElementsAre("Add Condition…", "Add Command…"));
+      window.press({GDK_Return, GDK_Escape});
+    }
+  }
+}
+
+TEST_F(Editor, keeps_the_words_of_conditions_in_step_with_their_places) {
+  add_occupied();
+  Window window(script);
+  add_occupied().set_or_flag(true);
+  add_occupied();
+  script.set_while(true);
+  EXPECT_THAT(window.rows(),
+              ElementsAre("While Any Block is Occupied", "Or Any Block is Occupied",
+                          "And Any Block is Occupied", "Add Condition…", "Add Command…"));
+  script.remove_condition(0);
+  window.click(1, 0);
+  choose("Or");
+  EXPECT_THAT(window.rows(), ElementsAre("While Any Block is Occupied", "Or Any Block is Occupied",
+                                         "Add Condition…", "Add Command…"));
+}
+
+TEST_F(Editor, stands_open_when_another_window_changes_another_line) {
+  add_wait(1);
+  auto& second = add_wait(2);
+  Window window(script);
+  window.click(1, 1);
+  window.type("9");
+  second.set_spin_value(1, 5);
+  zone.set_name("Elsewhere");
+  EXPECT_EQ(window.rows()[2], "Wait 5 seconds");
+  window.press({GDK_Return});
+  EXPECT_EQ(window.rows()[1], "Wait 9 seconds");
+}
+
+TEST_F(Editor, is_opened_from_the_panel_of_its_script_and_wakes_it_there) {
+  auto& line = add_occupied();
+  line.choose(&zone);
+  Gtk::Window panels;
+  Gtk::VBox box;
+  panels.add(box);
+  box.pack_start(*Gtk::manage(script.make_properties_panel({})));
+  box.pack_start(*Gtk::manage(layout().get_scripts().make_properties_panel({})));
+  const auto sensitive = [&](const char* label) {
+    return get_widget<Gtk::Button>(box, label).get_sensitive();
+  };
+  for (const char* label : {"_Start Script", "_Start Scripts"}) {
+    EXPECT_FALSE(sensitive(label));
+    auto& asleep = add_occupied();
+    EXPECT_TRUE(sensitive("_Start Script"));
+    EXPECT_TRUE(sensitive("_Start Scripts"));
+    get_widget<Gtk::Button>(box, label).clicked();
+    EXPECT_TRUE(asleep.is_armed());
+    EXPECT_FALSE(sensitive(label));
+  }
+  get_widget<Gtk::Button>(box, "_New Script").clicked();
+  EXPECT_EQ(layout().get_scripts().child_count(), 2U);
+  const auto windows = Gtk::Window::list_toplevels().size();
+  get_widget<Gtk::Button>(box, "_Edit Script").clicked();
+  EXPECT_EQ(Gtk::Window::list_toplevels().size(), windows + 1);
+  script.destroy();
+  handle_events();
+  EXPECT_EQ(Gtk::Window::list_toplevels().size(), windows);
+}
+
+}  // namespace
+}  // namespace zemblar::test
