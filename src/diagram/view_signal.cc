@@ -7,6 +7,7 @@
 #include <array>
 
 #include "core/property.h"
+#include "core/status.h"
 #include "diagram/background_image.h"
 #include "diagram/view_class.h"
 #include "diagram/view_menu.h"
@@ -104,14 +105,17 @@ void ViewSignal::follow_pictures() {
   }
 }
 
+// It is read when it is first drawn: what the status line tells by then matters more.
 const Glib::RefPtr<Gdk::Pixbuf>& ViewSignal::picture() {
   static const Glib::RefPtr<Gdk::Pixbuf> none;
   const auto* state = signal_ ? dynamic_cast<SignalState*>(signal_->get_state()) : nullptr;
   if (!state || state->get_image().empty()) return none;
   const auto [entry, is_new] = pictures_.try_emplace(state->get_image());
   if (is_new) {
+    const auto told = get_status();
     BackgroundImage image;
     image.load(state->get_image());
+    if (!told.empty() && get_status() != told) set_status(told);
     entry->second = image.pixbuf();
   }
   return entry->second;

@@ -155,9 +155,14 @@ void ObjectList::on_added(Object& object) {
   const auto row = rows_->row_of(object);
   auto* parent = object.get_parent();
   const bool wanted = dynamic_cast<Toplevel*>(parent) || parent == selected();
-  if (row && wanted && parent->child_count() <= few) expand_to_path(rows_->get_path(row));
+  if (row && wanted && parent->child_count() <= few) unfold_to(rows_->get_path(row));
   // New has renamed the layout without a word.
   if (dynamic_cast<Toplevel*>(&object)) rows_->refresh(*object.get_parent());
+}
+
+// What it stands in, not the row itself.
+void ObjectList::unfold_to(Gtk::TreePath path) {
+  if (path.size() > 1 && path.up()) expand_to_path(path);
 }
 
 void ObjectList::on_moved(Object& object) {
@@ -202,7 +207,7 @@ void ObjectList::select(Object& object) {
   const auto row = rows_->make_row_of(object);
   if (!row) return;
   const auto path = rows_->get_path(row);
-  expand_to_path(path);
+  unfold_to(path);
   set_cursor(path);
 }
 

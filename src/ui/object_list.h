@@ -40,6 +40,7 @@ class ObjectList : public Gtk::TreeView {
   void attach(Layout& layout, LayoutFollower::Connections& connections);
   void refill(bool keep_selected = false);
   void refill_later();
+  void unfold_to(Gtk::TreePath path);
   void unfold_small_ones();
   void on_added(Object& object);
   void on_moved(Object& object);

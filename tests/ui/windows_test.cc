@@ -162,6 +162,8 @@ TEST(ObjectList, moves_what_is_selected_by_keys_and_by_dragging) {
   for (const auto key : {GDK_KEY_Up, GDK_KEY_Up}) press(key);
   EXPECT_EQ(lok->get_position(), 0);
   EXPECT_EQ(list.selected(), lok);
+  const auto row = list.get_selection()->get_selected();
+  EXPECT_FALSE(list.row_expanded(list.get_model()->get_path(row))) << "as it was";
   press(GDK_KEY_Down);
   EXPECT_EQ(lok->get_position(), 1);
 
