@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glibmm/ustring.h>
+
 namespace zemblar {
 
 class ViewObj;
@@ -18,10 +20,16 @@ class DiagramWatcher {
   virtual void before_removal(ViewObj& object) = 0;
   virtual void removed(ViewObj& object) = 0;
   virtual void added(ViewObj& object) = 0;
+  /// What is done now, in words that take the place of the usual ones: "Join “%1”".
+  virtual void describe(const Glib::ustring& format) = 0;
 
   /// Null for nobody.
   static DiagramWatcher* get() { return current_; }
   static void set(DiagramWatcher* watcher) { current_ = watcher; }
+  /// Tells it, if there is one.
+  static void tell(const Glib::ustring& format) {
+    if (current_) current_->describe(format);
+  }
 
  private:
   static inline DiagramWatcher* current_ = nullptr;

@@ -10,6 +10,7 @@
 
 #include "core/i18n.h"
 #include "core/yaml_io.h"
+#include "diagram/diagram_watcher.h"
 #include "diagram/view_object.h"
 
 namespace zemblar {
@@ -106,8 +107,13 @@ Gtk::MenuItem* ViewNode::get_menu_item() {
 Gtk::MenuItem* ViewNode::make_lock_item() {
   auto* item = Gtk::manage(new Gtk::CheckMenuItem(_("Lock Angle")));
   item->set_active(is_locked());
-  item->signal_toggled().connect(
-      sigc::track_obj([this, item] { set_locked(item->get_active()); }, *this));
+  item->signal_toggled().connect(sigc::track_obj(
+      [this, item] {
+        DiagramWatcher::tell(item->get_active() ? _("Lock an Angle of “%1”")
+                                                : _("Unlock an Angle of “%1”"));
+        set_locked(item->get_active());
+      },
+      *this));
   return item;
 }
 

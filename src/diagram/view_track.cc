@@ -8,6 +8,7 @@
 #include <array>
 
 #include "core/i18n.h"
+#include "diagram/diagram_watcher.h"
 
 namespace zemblar {
 namespace {
@@ -222,13 +223,16 @@ void ViewTrack::add_shape_items(Gtk::Menu& menu, const ViewSegment& segment) {
   auto* curved = Gtk::manage(new Gtk::RadioMenuItem(group, _("Curved Line")));
   (*segment.straight ? straight : curved)->set_active();
   // Both tell when they change places.
-  const auto connect = [this, start = segment.start, end = segment.end](auto* item, auto reshape) {
+  const auto connect = [this, start = segment.start, end = segment.end](auto* item, auto reshape,
+                                                                        const char* name) {
     item->signal_toggled().connect(while_drawn(*this, [=, this] {
-      if (item->get_active()) reshape_between(start, end, reshape);
+      if (!item->get_active()) return;
+      DiagramWatcher::tell(name);
+      reshape_between(start, end, reshape);
     }));
   };
-  connect(straight, &ViewTrack::make_straight);
-  connect(curved, &ViewTrack::make_curved);
+  connect(straight, &ViewTrack::make_straight, _("Straighten “%1”"));
+  connect(curved, &ViewTrack::make_curved, _("Curve “%1”"));
   menu.append(*straight);
   menu.append(*curved);
 }
@@ -253,7 +257,10 @@ bool ViewTrack::add_node_items(Gtk::Menu& menu, ViewNode& node) {
   const bool joined = link && link->is_connected();
   if (joined) {
     auto* item = Gtk::manage(new Gtk::ImageMenuItem(Gtk::Stock::DISCONNECT));
-    item->signal_activate().connect(while_drawn(*this, [this, end] { part_blocks_at(end); }));
+    item->signal_activate().connect(while_drawn(*this, [this, end] {
+      DiagramWatcher::tell(_("Disconnect “%1”"));
+      part_blocks_at(end);
+    }));
     menu.append(*item);
   }
   auto* lock = node.get_menu_item();

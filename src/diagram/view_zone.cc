@@ -3,6 +3,7 @@
 #include <cassert>
 
 #include "core/i18n.h"
+#include "diagram/diagram_watcher.h"
 #include "diagram/view_class.h"
 #include "locomotives/lok.h"
 
@@ -139,12 +140,18 @@ void ViewZone::show_menu(const ViewTag& tag, guint32 time) {
   if (const auto* segment = dynamic_cast<const SegmentTag*>(&tag)) {
     const auto index = segment->value;
     add_shape_items(*menu, segments().at(index));
-    add_item(*menu, *this, _("Add Node"), [this, index] { add_node(index); });
+    add_item(*menu, *this, _("Add Node"), [this, index] {
+      DiagramWatcher::tell(_("Add a Node to “%1”"));
+      add_node(index);
+    });
   } else if (const auto* part = dynamic_cast<const ViewNode::Tag*>(&tag)) {
     add_node_items(*menu, *part->node);
     for (unsigned i = 0; i < inner_.size(); ++i) {
       if (inner_[i].get() != part->node) continue;
-      add_item(*menu, *this, _("Delete Node"), [this, i] { delete_node(i); });
+      add_item(*menu, *this, _("Delete Node"), [this, i] {
+        DiagramWatcher::tell(_("Delete a Node of “%1”"));
+        delete_node(i);
+      });
     }
   }
   add_order_items(*menu, *this);

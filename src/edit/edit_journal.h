@@ -32,8 +32,7 @@ class EditJournal : private DocumentWatcher, private DiagramWatcher {
   /// What has been written down is nobody's step.
   void discard();
   [[nodiscard]] bool is_writing() const { return depth_ != 0; }
-  /// What is done now, in words that take the place of the usual ones: "Join “%1”".
-  void describe(const Glib::ustring& format) { format_ = format; }
+  void describe(const Glib::ustring& format) override { format_ = format; }
 
   [[nodiscard]] PartNumbers& numbers() { return numbers_; }
   /// The document is another one: no step can be undone any more.

@@ -12,7 +12,10 @@ void EditList::record(std::unique_ptr<EditStep> step) {
   auto* newest = done_.empty() ? nullptr : done_.back().get();
   auto* merged = newest ? newest->merge(*step) : nullptr;
   if (!merged) return append(done_, std::move(step));
-  if (merged == newest) return;
+  if (merged == newest) {
+    if (merged->is_void()) done_.pop_back();
+    return;
+  }
   done_.back() = merged == step.get() ? std::move(step) : std::unique_ptr<EditStep>(merged);
 }
 

@@ -92,6 +92,10 @@ EditStep* EditStep::merge(EditStep& next) {
   return this;
 }
 
+bool EditStep::is_void() const {
+  return std::ranges::all_of(parts_, [](const Part& part) { return part.before == part.after; });
+}
+
 bool EditStep::finds(State state) const {
   return std::ranges::all_of(parts_, [&](const Part& part) {
     if (!(part.*state).exists) return true;

@@ -36,6 +36,8 @@ class EditStep {
   /// False, with nothing done, when a part of it has ended elsewhere.
   virtual bool undo();
   virtual bool redo();
+  /// Whether all of its parts are after it as they were before.
+  [[nodiscard]] bool is_void() const;
   /// Whether undo, or redo, would find all of its parts.
   [[nodiscard]] bool can_undo() const { return finds(&Part::after); }
   [[nodiscard]] bool can_redo() const { return finds(&Part::before); }

@@ -7,7 +7,9 @@
 #include <map>
 #include <optional>
 
+#include "core/i18n.h"
 #include "core/layout.h"
+#include "core/status.h"
 
 namespace zemblar {
 namespace {
@@ -146,17 +148,27 @@ EditHistory* EditHistory::of(GtkWidget* widget) {
 // --- Undo and redo ---
 
 void EditHistory::undo() {
+  if (const auto* step = prepare().next_undo()) {
+    set_status(Glib::ustring::compose(_("Undone: %1."), step->get_name()));
+  }
   step_back(&EditList::undo);
 }
 
 void EditHistory::redo() {
+  if (const auto* step = prepare().next_redo()) {
+    set_status(Glib::ustring::compose(_("Redone: %1."), step->get_name()));
+  }
   step_back(&EditList::redo);
 }
 
 // What is being typed or dragged is a step of its own, which is the newest.
-void EditHistory::step_back(bool (EditList::*step)()) {
+EditList& EditHistory::prepare() {
   if (Layout::dialogs().finish_edits) Layout::dialogs().finish_edits();
   EditJournal::get().flush();
+  return steps_;
+}
+
+void EditHistory::step_back(bool (EditList::*step)()) {
   const EditJournal::Pause pause;
   (steps_.*step)();
   signal_changed_.emit();

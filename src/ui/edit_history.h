@@ -40,6 +40,7 @@ class EditHistory : public sigc::trackable {
   static void dispatch(GdkEvent* event);
 
  private:
+  EditList& prepare();
   void step_back(bool (EditList::*step)());
   static EditHistory* of(GtkWidget* widget);
   static gboolean on_action(GSignalInvocationHint* hint, guint count, const GValue* values,

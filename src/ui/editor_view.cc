@@ -18,7 +18,8 @@ Vector place_of(double x, double y) {
 
 }  // namespace
 
-EditorView::EditorView(View& view) : DiagramCanvas(view, _("This view is empty.")) {
+EditorView::EditorView(View& view)
+    : DiagramCanvas(view, _("This view is empty.\nChoose a tool above, and click here.")) {
   set_can_focus();
   add_events(Gdk::KEY_PRESS_MASK);
   g_signal_connect(gobj(), "grab-broken-event", G_CALLBACK(&EditorView::on_grab_broken), this);

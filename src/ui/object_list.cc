@@ -13,6 +13,7 @@
 #include "core/toplevel.h"
 #include "ui/file_menu.h"
 #include "ui/object_ref.h"
+#include "ui/popup.h"
 
 namespace zemblar {
 namespace {
@@ -156,6 +157,10 @@ void ObjectList::on_added(Object& object) {
   auto* parent = object.get_parent();
   const bool wanted = dynamic_cast<Toplevel*>(parent) || parent == selected();
   if (row && wanted && parent->child_count() <= few) unfold_to(rows_->get_path(row));
+  if (!row && rows_->is_filtered() && parent == selected()) {
+    set_status(Glib::ustring::compose(_("“%1” is there, but is not what Find looks for."),
+                                      object.get_name()));
+  }
   // New has renamed the layout without a word.
   if (dynamic_cast<Toplevel*>(&object)) rows_->refresh(*object.get_parent());
 }
@@ -265,7 +270,13 @@ void ObjectList::pop_up(unsigned button, guint32 time) {
   const bool any = !containers->items().empty();
   move_item_->set_submenu(*containers);
   move_item_->set_sensitive(any);
-  menu_.popup(button, time);
+  if (button != 0) return menu_.popup(button, time);
+  Gdk::Rectangle row;
+  get_cell_area(rows_->get_path(rows_->row_of(*object)), column_, row);
+  int x = 0;
+  int y = 0;
+  get_bin_window()->get_origin(x, y);
+  popup_below(menu_, {x + row.get_x(), y + row.get_y(), row.get_width(), row.get_height()});
 }
 
 // Names can be edited only from here: a click on the selected row is just a click.
@@ -288,11 +299,26 @@ void ObjectList::rename(const Glib::ustring& path, const Glib::ustring& text) {
       Glib::ustring::compose(_("“%1” is taken: “%2” keeps its name."), text, object->get_name()));
 }
 
+// The one below, else the one above, else what it stands in; of those that are seen.
+Object* ObjectList::neighbour(Object& object) {
+  for (auto next = ObjectIter(object); ++next;) {
+    if (rows_->row_of(**next)) return *next;
+  }
+  const auto first = object.get_parent()->begin();
+  for (auto previous = ObjectIter(object); previous != first;) {
+    --previous;
+    if (rows_->row_of(**previous)) return *previous;
+  }
+  return object.get_parent();
+}
+
 void ObjectList::delete_selected() {
   auto* object = selected();
   if (!object || !object->get_deletable()) return;
   const auto name = object->get_name();
+  const ObjectRef<Object> next(neighbour(*object));
   object->destroy();
+  if (next) select(*next);
   set_status(Glib::ustring::compose(_("Deleted “%1”."), name));
 }
 

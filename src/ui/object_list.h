@@ -28,6 +28,8 @@ class ObjectList : public Gtk::TreeView {
   /// Shows only the objects whose names have the text, in any case, and what they stand in; all for
   /// an empty text.
   void set_filter(const Glib::ustring& text);
+  /// Whether any name has that text.
+  [[nodiscard]] bool finds_any() const { return rows_->finds_any(); }
   /// Selects the first object that the filter asks for, else the first row, and takes the focus.
   void enter();
   /// Another object, or none, is selected now. Emitted before a selected object ends.
@@ -53,6 +55,8 @@ class ObjectList : public Gtk::TreeView {
   void start_rename();
   void rename(const Glib::ustring& path, const Glib::ustring& text);
   void delete_selected();
+  Object* neighbour(Object& object);
+
   void move_selected(bool down);
   void put(Object& object, Object& parent, unsigned place);
   void drop(Object& object, Object& parent, const Object* next);

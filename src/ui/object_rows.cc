@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "core/property.h"
+#include "core/toplevel.h"
 #include "devices/device.h"
 #include "ui/object_icon.h"
 
@@ -17,6 +18,8 @@ using Clock = std::chrono::steady_clock;
 
 /// So that nobody feels it who types or drags meanwhile.
 constexpr auto slice = 4ms;
+/// More than any rank of what has the text.
+constexpr int misses = 6;
 
 }  // namespace
 
@@ -62,14 +65,29 @@ bool ObjectRows::find_hits(const Object& object, const Object* kept) {
 
 Object* ObjectRows::first_hit() const {
   if (text_.empty() || !root_) return nullptr;
-  auto* object = root_;
-  while (!has_text(*object)) {
-    const auto child =
-        std::ranges::find_if(*object, [this](const auto* c) { return hits_.contains(c); });
-    if (child == object->end()) return nullptr;
-    object = *child;
+  Object* best = nullptr;
+  int least = misses;
+  find_best(*root_, best, least);
+  return best;
+}
+
+void ObjectRows::find_best(Object& object, Object*& best, int& least) const {
+  const auto rank = rank_of(object);
+  if (rank < least) {
+    best = &object;
+    least = rank;
   }
-  return object;
+  for (auto* child : object) {
+    if (hits_.contains(child)) find_best(*child, best, least);
+  }
+}
+
+int ObjectRows::rank_of(const Object& object) const {
+  const auto name = object.get_name().casefold().raw();
+  const auto place = name.find(text_);
+  if (place == std::string::npos) return misses;
+  const bool is_kind = dynamic_cast<const Toplevel*>(&object) || &object == root_;
+  return (place != 0 ? 2 : name == text_ ? 0 : 1) + (is_kind ? misses / 2 : 0);
 }
 
 void ObjectRows::insert(Object& object) {

@@ -41,7 +41,10 @@ class ObjectRows : public Gtk::TreeStore {
   /// in the names, in any case; empty for all objects. The root is always there, and so is `kept`.
   void fill(Object& root, const Glib::ustring& text, const Object* kept = nullptr);
   [[nodiscard]] bool is_filtered() const { return !text_.empty(); }
-  /// The first in the document whose own name has the text; null for none.
+  /// Whether the text is in any name; so it is when it is empty.
+  [[nodiscard]] bool finds_any() const { return text_.empty() || first_hit(); }
+  /// The one whose own name is the text, or else begins with it, or else has it: the first such in
+  /// the document, a container of kinds after all others. Null for none.
   [[nodiscard]] Object* first_hit() const;
 
   /// Null when the object has no row, or none yet.
@@ -85,6 +88,8 @@ class ObjectRows : public Gtk::TreeStore {
   };
 
   [[nodiscard]] bool has_text(const Object& object) const;
+  void find_best(Object& object, Object*& best, int& least) const;
+  [[nodiscard]] int rank_of(const Object& object) const;
   bool find_hits(const Object& object, const Object* kept);
   [[nodiscard]] bool lets_through(const Object& object) const {
     return text_.empty() || hits_.contains(&object);

@@ -41,11 +41,9 @@ void PropertiesPanel::build_filter(Gtk::Box& box) {
   auto* label = Gtk::manage(new Gtk::Label(_("F_ind:"), true));
   label->set_mnemonic_widget(filter_);
   filter_.set_tooltip_text(_("Shows the objects whose names have this text in them"));
-  filter_.set_icon_from_stock(Gtk::Stock::CLEAR, Gtk::ENTRY_ICON_SECONDARY);
-  filter_.set_icon_tooltip_text(_("Show all objects (Escape)"), Gtk::ENTRY_ICON_SECONDARY);
   filter_.signal_icon_press().connect(
       [this](Gtk::EntryIconPosition, const GdkEventButton*) { filter_.set_text(""); });
-  filter_.signal_changed().connect([this] { list_.set_filter(filter_.get_text()); });
+  filter_.signal_changed().connect([this] { find(); });
   filter_.signal_activate().connect([this] { list_.enter(); });
   filter_.signal_key_press_event().connect(sigc::mem_fun(*this, &PropertiesPanel::on_filter_key),
                                            false);
@@ -53,6 +51,21 @@ void PropertiesPanel::build_filter(Gtk::Box& box) {
   row->pack_start(*label, false, false);
   row->pack_start(filter_, true, true);
   box.pack_start(*row, false, false);
+  nothing_found_.set_text(_("No name has this text in it."));
+  nothing_found_.set_no_show_all();
+  box.pack_start(nothing_found_, false, false);
+}
+
+void PropertiesPanel::find() {
+  const auto text = filter_.get_text();
+  list_.set_filter(text);
+  if (text.empty()) {
+    gtk_entry_set_icon_from_stock(filter_.gobj(), GTK_ENTRY_ICON_SECONDARY, nullptr);
+  } else {
+    filter_.set_icon_from_icon_name("edit-clear", Gtk::ENTRY_ICON_SECONDARY);
+    filter_.set_icon_tooltip_text(_("Show all objects (Escape)"), Gtk::ENTRY_ICON_SECONDARY);
+  }
+  nothing_found_.set_visible(!list_.finds_any());
 }
 
 bool PropertiesPanel::on_filter_key(const GdkEventKey* event) {

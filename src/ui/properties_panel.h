@@ -2,6 +2,7 @@
 
 #include <gtkmm/box.h>
 #include <gtkmm/entry.h>
+#include <gtkmm/label.h>
 #include <gtkmm/notebook.h>
 #include <gtkmm/paned.h>
 
@@ -26,11 +27,13 @@ class PropertiesPanel : public Gtk::Notebook {
 
  private:
   void build_filter(Gtk::Box& box);
+  void find();
   bool on_filter_key(const GdkEventKey* event);
 
   PanelView selected_;
   Gtk::VPaned all_;
   Gtk::Entry filter_;
+  Gtk::Label nothing_found_;
   ObjectList list_;
   PanelView listed_;
 };

@@ -5,6 +5,7 @@
 
 #include "core/i18n.h"
 #include "core/property.h"
+#include "diagram/diagram_watcher.h"
 #include "diagram/view_label.h"
 #include "diagram/view_signal.h"
 #include "ui/following.h"
@@ -47,7 +48,9 @@ ViewLabelProperties::ViewLabelProperties(ViewLabel& label, const Labels& labels)
 
 void ViewLabelProperties::choose() {
   const int row = align_.get_active_row_number();
-  if (!following_ && row >= 0) label_->set_align(label_anchors.at(static_cast<std::size_t>(row)));
+  if (following_ || row < 0) return;
+  DiagramWatcher::tell(_("Align “%1”"));
+  label_->set_align(label_anchors.at(static_cast<std::size_t>(row)));
 }
 
 void ViewLabelProperties::follow() {

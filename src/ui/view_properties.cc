@@ -36,6 +36,8 @@ ViewProperties::ViewProperties(View& view, const Glib::RefPtr<Gtk::SizeGroup>& l
   add_row(_("Background _Colour:"), colour_, colour_);
   add_row(_("_Background Image:"), image_, image_);
   add_row(_("Table Si_ze:"), size_row(), width_spin_);
+  attach(from_image_, 1, 2, rows_, rows_ + 1, Gtk::EXPAND | Gtk::FILL, Gtk::FILL);
+  ++rows_;
   add_row(_("_Hidden:"), hidden_, hidden_);
   describe_controls();
   bind_property(view, "colour", colour_, "color");
@@ -63,10 +65,7 @@ Gtk::Widget& ViewProperties::size_row() {
   spins->pack_start(width_spin_, Gtk::PACK_EXPAND_WIDGET);
   spins->pack_start(*Gtk::manage(new Gtk::Label("×")), Gtk::PACK_SHRINK);
   spins->pack_start(height_spin_, Gtk::PACK_EXPAND_WIDGET);
-  auto* rows = Gtk::manage(new Gtk::VBox(false, row_spacing));
-  rows->pack_start(*spins, Gtk::PACK_SHRINK);
-  rows->pack_start(from_image_, Gtk::PACK_SHRINK);
-  return *rows;
+  return *spins;
 }
 
 void ViewProperties::describe_controls() {
