@@ -9,6 +9,7 @@
 #include "scripts/script.h"
 #include "scripts/script_command_set_speed.h"
 #include "scripts/script_context.h"
+#include "scripts/script_entry.h"
 #include "scripts/script_registry.h"
 #include "scripts/script_ui.h"
 #include "tests/support/small_railway.h"

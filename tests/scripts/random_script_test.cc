@@ -1,0 +1,279 @@
+// Scripts under whatever a person and a railway can do to them, in any order.
+
+#include <random>
+
+#include "scripts/script_command_wait.h"
+#include "tests/scripts/script_scene.h"
+
+namespace zemblar::test {
+namespace {
+
+class RandomScripts : public ScriptScene {
+ protected:
+  static constexpr unsigned block_count = 5;
+  static constexpr unsigned lok_count = 3;
+  static constexpr unsigned script_count = 8;
+
+  void begin(unsigned seed) {
+    random_.seed(seed);
+    calm_ = false;
+    layout().new_document(false);
+    for (unsigned i = 0; i < block_count; ++i) add_block();
+    for (unsigned i = 0; i < lok_count; ++i) add_lok();
+    for (unsigned i = 0; i < script_count; ++i) add_script();
+  }
+
+  void step() {
+    happen(below(100));
+    check();
+  }
+
+  /// Whatever has happened, nothing of it is left when no run is.
+  void end() {
+    const bool by_edit = below(2) == 0;
+    calm_ = true;
+    for (auto* made : scripts()) {
+      if (by_edit) {
+        command(*made, "save");
+      } else {
+        made->destroy();
+      }
+    }
+    clock.advance(0ms);
+    for (const auto* made : scripts()) EXPECT_EQ(made->num_runs(), 0u);
+    EXPECT_TRUE(layout().script_overlays.empty());
+    for (auto* lok : all<Lok>(layout().get_loks())) {
+      lok->set_brake(false);
+      lok->apply_speed_overlay();
+      EXPECT_EQ(lok->get_speed_overlay(), lok->get_speed());
+      for (const auto* function : all<Function>(*lok)) {
+        EXPECT_EQ(function->get_state_overlay(), function->get_state());
+      }
+    }
+  }
+
+  std::size_t most_levels = 0;
+  unsigned most_runs = 0;
+
+ private:
+  unsigned below(unsigned limit) { return static_cast<unsigned>(random_()) % limit; }
+  template <typename T>
+  static std::vector<T*> all(const Object& parent) {
+    std::vector<T*> found;
+    collect(parent, found);
+    return found;
+  }
+  template <typename T>
+  T* any(const std::vector<T*>& objects) {
+    return objects.empty() ? nullptr : objects[below(static_cast<unsigned>(objects.size()))];
+  }
+  static std::vector<Script*> scripts() { return all<Script>(layout().get_scripts()); }
+  static std::vector<Zone*> blocks() { return all<Zone>(layout().get_blocks()); }
+  static std::vector<Lok*> loks() { return all<Lok>(layout().get_loks()); }
+  static std::vector<Function*> functions() { return all<Function>(layout().get_loks()); }
+
+  // --- Building ---
+
+  void add_block() {
+    auto others = blocks();
+    auto* made = layout().get_blocks().add(new Zone);
+    made->set_input(layout().get_devices().add(new Detector));
+    for (auto* other : others) {
+      if (!other->right.is_connected()) return other->right.connect(&made->left);
+    }
+  }
+  void add_lok() {
+    auto* made = layout().get_loks().add(new Lok);
+    made->set_speed(below(127));
+    // Now and then somebody ends something because of what a script does.
+    made->property_speed_overlay().signal_changed().connect([this] {
+      if (!calm_ && below(60) == 0) end_something();
+    });
+    function(made, "light");
+    function(made, "bell", Function::Type::Pulse);
+  }
+  void add_script() {
+    calm_ = true;
+    auto* made = script(below(3) != 0);
+    for (unsigned i = 1 + below(2); i > 0; --i) add_condition(*made);
+    for (unsigned i = 1 + below(6); i > 0; --i) add_command(*made);
+    calm_ = false;
+    made->start();
+  }
+  void add_condition(Script& made) {
+    auto* line = create_script_event(below(12) ? "occupied" : "lok-speed");
+    line->set_or_flag(below(2));
+    made.add_condition(line);
+    alter(*line);
+  }
+  void add_command(Script& made) {
+    static const char* const keys[] = {
+        "set-speed", "set-speed",       "set-function", "set-direction", "wait",
+        "wait",      "wait-init-event", "save",         "restore",       "set-function"};
+    auto& line = command(made, keys[below(std::size(keys))]);
+    if (auto* delay = dynamic_cast<ScriptCommandWait*>(&line)) {
+      delay->set_spin_value(1, below(50) / 10.0);
+    } else {
+      alter(line);
+      alter(line);
+    }
+  }
+  /// As by a menu, while the line is there.
+  void alter(ScriptLine& line) {
+    if (auto* speed = dynamic_cast<ScriptCommandSetSpeed*>(&line)) {
+      speed->set_speed({below(101), below(2) == 0});
+    }
+    std::vector<ScriptChoice> offered;
+    for (unsigned arg = 1; arg <= 4; ++arg) {
+      if (line.get_arg_type(arg) != ScriptLine::ArgType::menu) continue;
+      const auto more = line.choices(arg);
+      offered.insert(offered.end(), more.begin(), more.end());
+    }
+    std::erase_if(offered, [](const auto& choice) { return choice.separator; });
+    if (!offered.empty()) offered[below(static_cast<unsigned>(offered.size()))].choose();
+  }
+
+  // --- What happens ---
+
+  void happen(unsigned kind) {
+    if (kind < 35) return track();
+    if (kind < 60) return clock.advance(std::chrono::milliseconds(below(1500)));
+    if (kind < 75) return drive();
+    if (kind < 95) return edit();
+    end_something();
+  }
+  void track() {
+    auto* block = any(blocks());
+    auto* lok = any(loks());
+    if (!block || !lok) return;
+    switch (below(5)) {
+      case 0:
+        return block->replace_lok(below(2) ? lok : nullptr);
+      case 1:
+        return at(block).see(lok, below(3));
+      case 2:
+        return at(block).lose(lok);
+      default:
+        return at(block).occupy(below(2));
+    }
+  }
+  void drive() {
+    auto* lok = any(loks());
+    auto* function = any(functions());
+    switch (below(6)) {
+      case 0:
+        return lok->set_brake(below(2));
+      case 1:
+        return lok->set_emergency_stop(below(2));
+      case 2:
+        return lok->set_direction(opposite(lok->get_direction()));
+      case 3:
+        if (function) function->set_state(below(2));
+        return;
+      default:
+        return lok->set_speed(below(127));
+    }
+  }
+  void edit() {
+    auto* made = any(scripts());
+    if (!made) return add_script();
+    const auto at_command = below(made->get_num_commands() + 1);
+    const auto at_condition = below(made->get_num_conditions() + 1);
+    auto* condition_line = made->get_condition(at_condition);
+    switch (below(11)) {
+      case 0:
+        return made->remove_command(at_command);
+      case 1:
+        return made->move_command(at_command, below(4));
+      case 2:
+        return add_command(*made);
+      case 3:
+        return made->remove_condition(at_condition);
+      case 4:
+        return made->move_condition(at_condition, below(4));
+      case 5:
+        return add_condition(*made);
+      case 6:
+        return made->set_while(below(2));
+      case 7:
+        if (condition_line) condition_line->set_or_flag(below(2));
+        return;
+      case 8:
+        if (auto* line = made->get_command(at_command)) alter(*line);
+        return;
+      case 9:
+        if (condition_line) alter(*condition_line);
+        return;
+      default:
+        return made->start();
+    }
+  }
+  void end_something() {
+    switch (below(5)) {
+      case 0:
+        for (auto* lok = any(loks()); lok && !lok->is_deleting(); lok = nullptr) {
+          for (auto* block : blocks()) at(block).lose(lok);
+          lok->destroy();
+          add_lok();
+        }
+        return;
+      case 1:
+        if (auto* function_there = any(functions())) function_there->destroy();
+        return;
+      case 2:
+        for (auto* block = any(blocks()); block && !block->is_deleting(); block = nullptr) {
+          block->destroy();
+          add_block();
+        }
+        return;
+      default:
+        for (auto* made = any(scripts()); made && !made->is_deleting(); made = nullptr) {
+          made->destroy();
+          add_script();
+        }
+    }
+  }
+
+  // --- What must hold ---
+
+  void check() {
+    const auto there = loks();
+    const auto buttons = functions();
+    for (const auto* level : layout().script_overlays) {
+      for (const auto& [lok, speed] : level->speeds) EXPECT_EQ(std::ranges::count(there, lok), 1);
+      for (const auto& [lok, way] : level->directions) EXPECT_EQ(std::ranges::count(there, lok), 1);
+      for (const auto& [button, on] : level->states) {
+        EXPECT_EQ(std::ranges::count(buttons, button), 1);
+        EXPECT_NE(button->get_type(), Function::Type::Pulse);
+      }
+    }
+    for (auto* button : buttons) {
+      EXPECT_EQ(button->get_state_overlay(), ScriptOverlay::apply(button, button->get_state()));
+    }
+    unsigned runs = 0;
+    for (const auto* made : scripts()) runs += made->num_runs();
+    most_runs = std::max(most_runs, runs);
+    most_levels = std::max(most_levels, layout().script_overlays.size());
+  }
+
+  std::mt19937 random_;
+  bool calm_ = false;
+};
+
+TEST_F(RandomScripts, leave_no_trace_on_speeds_and_functions) {
+  for (unsigned seed = 0; seed < 60; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    begin(seed);
+    for (int i = 0; i < 400; ++i) {
+      step();
+      ASSERT_FALSE(HasFailure()) << "after event " << i;
+    }
+    end();
+    ASSERT_FALSE(HasFailure());
+  }
+  EXPECT_GT(most_runs, 10u) << "else nothing was tried";
+  EXPECT_GT(most_levels, 10u);
+}
+
+}  // namespace
+}  // namespace zemblar::test
