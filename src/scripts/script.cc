@@ -8,6 +8,7 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/status.h"
+#include "locomotives/survival.h"
 
 namespace zemblar {
 namespace {
@@ -31,6 +32,13 @@ void move_line(std::vector<std::unique_ptr<T>>& lines, unsigned from, unsigned t
   auto line = std::move(lines[from]);
   lines.erase(lines.begin() + from);
   lines.insert(lines.begin() + to, std::move(line));
+}
+
+/// Handlers may have moved it, or ended it.
+template <typename T>
+void end_line(std::vector<std::unique_ptr<T>>& lines, const T* line) {
+  const auto place = place_of(lines, line);
+  if (place >= 0) lines.erase(lines.begin() + place);
 }
 
 template <typename T>
@@ -93,8 +101,11 @@ unsigned Script::add_condition(ScriptEvent* line) {
 void Script::remove_condition(unsigned index) {
   if (index >= conditions.size()) return;
   before_change();
+  const auto* line = get_condition(index);
+  const Survival alive(*this);
   condition_removed_.emit(index);
-  conditions.erase(conditions.begin() + index);
+  if (!alive) return;
+  end_line(conditions, line);
   signal_sleeping_changed().emit();
 }
 
@@ -138,9 +149,11 @@ unsigned Script::add_command(ScriptCommand* line) {
 void Script::remove_command(unsigned index) {
   if (index >= commands.size()) return;
   before_change();
+  const auto* line = get_command(index);
+  const Survival alive(*this);
   command_removed_.emit(index);
-  tell_commands_changed();
-  commands.erase(commands.begin() + index);
+  if (alive) tell_commands_changed();
+  if (alive) end_line(commands, line);
 }
 
 void Script::move_command(unsigned from, unsigned to) {
@@ -151,10 +164,12 @@ void Script::move_command(unsigned from, unsigned to) {
   tell_commands_changed();
 }
 
+// What runs had set for a time is taken back at that, and a handler may end this.
 void Script::tell_commands_changed() {
   const bool ends_runs = num_runs() != 0;
+  const Survival alive(*this);
   commands_changed_.emit();
-  if (!ends_runs) return;
+  if (!ends_runs || !alive) return;
   set_status(Glib::ustring::compose(
       _("“%1” was at work and has ended; it starts again when its condition returns."),
       get_name()));

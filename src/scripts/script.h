@@ -101,8 +101,8 @@ class Script : public Object {
   void load_commands(const YAML::Node& list);
   void save_conditions(YAML::Emitter& out) const;
   void save_commands(YAML::Emitter& out) const;
-  void restore_conditions(const EntryChange& change);
-  void restore_commands(const EntryChange& change);
+  void restore_conditions(const YAML::Node& now, const YAML::Node& entry);
+  void restore_commands(const YAML::Node& now, const YAML::Node& entry);
   void insert_condition(unsigned index, const YAML::Node& entry, bool arm);
   void restore_words(const YAML::Node& list);
   void adopt(ScriptEvent* line);

@@ -2,6 +2,8 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include <algorithm>
+#include <functional>
 #include <string>
 
 #include "core/entry_change.h"
@@ -39,25 +41,35 @@ std::vector<std::string> texts_of(const YAML::Node& list, std::size_t key_place)
   return texts;
 }
 
-/// Where two lists differ: from `first` on, so many lines in the one and in the other.
-struct Difference {
-  unsigned first;
-  unsigned former;
-  unsigned later;
+/// How the lines of a list are edited.
+struct ListEdit {
+  std::function<void(unsigned index)> remove;
+  std::function<void(unsigned from, unsigned to)> move;
+  /// `replaces` when it takes the place of the line there.
+  std::function<void(unsigned index, bool replaces)> insert;
 };
 
-Difference difference(const std::vector<std::string>& former,
-                      const std::vector<std::string>& later) {
-  std::size_t first = 0;
-  while (first < former.size() && first < later.size() && former[first] == later[first]) ++first;
-  auto end = former.size();
-  auto later_end = later.size();
-  while (end > first && later_end > first && former[end - 1] == later[later_end - 1]) {
-    --end;
-    --later_end;
+/// Makes the lines `is` those that are `wanted`. Lines that say the same stay, also at another
+/// place.
+void rearrange(std::vector<std::string> is, const std::vector<std::string>& wanted,
+               const ListEdit& edit) {
+  for (unsigned i = 0; i < wanted.size(); ++i) {
+    const auto place = is.begin() + i;
+    if (const auto found = std::find(place, is.end(), wanted[i]); found != is.end()) {
+      edit.move(static_cast<unsigned>(found - is.begin()), i);
+      std::rotate(place, found, found + 1);
+      continue;
+    }
+    const bool replaces =
+        place != is.end() && std::find(wanted.begin() + i, wanted.end(), *place) == wanted.end();
+    edit.insert(i, replaces);
+    if (replaces) {
+      *place = wanted[i];
+    } else {
+      is.insert(place, wanted[i]);
+    }
   }
-  return {static_cast<unsigned>(first), static_cast<unsigned>(end - first),
-          static_cast<unsigned>(later_end - first)};
+  for (auto i = is.size(); i > wanted.size(); --i) edit.remove(static_cast<unsigned>(i - 1));
 }
 
 }  // namespace
@@ -122,33 +134,33 @@ void Script::save_commands(YAML::Emitter& out) const {
 
 // --- Taking back ---
 
+// The lines may be others by now than those of the former entry.
 void Script::restore(const EntryChange& change) {
   Object::restore(change);
-  if (change.differs("conditions")) restore_conditions(change);
-  if (change.differs("commands")) restore_commands(change);
+  YAML::Emitter out;
+  save(out);
+  const auto now = YAML::Load(out.c_str());
+  if (change.differs("conditions")) restore_conditions(now, change.entry());
+  if (change.differs("commands")) restore_commands(now, change.entry());
 }
 
-// Lines that stay go on watching. One that takes the place of another watches as that one did, when
-// what it names has been looked up.
-void Script::restore_conditions(const EntryChange& change) {
-  const auto later = list_at(change.entry(), "conditions");
-  const auto [first, former, latter] =
-      difference(texts_of(list_at(change.former(), "conditions"), 1), texts_of(later, 1));
-  std::vector<bool> armed;
-  for (unsigned i = 0; i < former; ++i) {
-    const auto* line = get_condition(first);
-    armed.push_back(line && line->is_armed());
-    remove_condition(first);
-  }
-  for (unsigned i = 0; i < latter; ++i) {
-    insert_condition(first + i, later[first + i], i < armed.size() && armed[i]);
-  }
+// One that takes the place of another watches as that one did.
+void Script::restore_conditions(const YAML::Node& now, const YAML::Node& entry) {
+  const auto later = list_at(entry, "conditions");
+  rearrange(texts_of(list_at(now, "conditions"), 1), texts_of(later, 1),
+            {[this](unsigned index) { remove_condition(index); },
+             [this](unsigned from, unsigned to) { move_condition(from, to); },
+             [&](unsigned index, bool replaces) {
+               const bool arm = replaces && get_condition(index)->is_armed();
+               if (replaces) remove_condition(index);
+               insert_condition(index, later[index], arm);
+             }});
   restore_words(later);
 }
 
+// What it names is looked up first.
 void Script::insert_condition(unsigned index, const YAML::Node& entry, bool arm) {
   auto* line = load_script_event(scalar_of(entry[1]), entry);
-  if (!line) return;
   move_condition(add_condition(line), index);
   if (!arm) return;
   Layout::get().signal_post_resolve().connect(sigc::track_obj(
@@ -166,16 +178,17 @@ void Script::restore_words(const YAML::Node& list) {
   }
 }
 
-void Script::restore_commands(const EntryChange& change) {
-  const auto later = list_at(change.entry(), "commands");
-  const auto [first, former, latter] =
-      difference(texts_of(list_at(change.former(), "commands"), 0), texts_of(later, 0));
-  for (unsigned i = 0; i < former; ++i) remove_command(first);
-  for (unsigned i = 0; i < latter; ++i) {
-    const auto& entry = later[first + i];
-    auto* line = load_script_command(scalar_of(entry[0]), *this, entry);
-    if (line) move_command(add_command(line), first + i);
-  }
+void Script::restore_commands(const YAML::Node& now, const YAML::Node& entry) {
+  const auto later = list_at(entry, "commands");
+  rearrange(texts_of(list_at(now, "commands"), 0), texts_of(later, 0),
+            {[this](unsigned index) { remove_command(index); },
+             [this](unsigned from, unsigned to) { move_command(from, to); },
+             [&](unsigned index, bool replaces) {
+               if (replaces) remove_command(index);
+               const auto line_entry = later[index];
+               auto* line = load_script_command(scalar_of(line_entry[0]), *this, line_entry);
+               move_command(add_command(line), index);
+             }});
 }
 
 }  // namespace zemblar

@@ -110,13 +110,14 @@ class RandomScripts : public ScriptScene {
     static const char* const keys[] = {
         "set-speed", "set-speed",       "set-function", "set-direction", "wait",
         "wait",      "wait-init-event", "save",         "restore",       "set-function"};
-    auto& line = command(made, keys[below(std::size(keys))]);
-    if (auto* delay = dynamic_cast<ScriptCommandWait*>(&line)) {
+    auto* line = create_script_command(keys[below(std::size(keys))], made);
+    if (auto* delay = dynamic_cast<ScriptCommandWait*>(line)) {
       delay->set_spin_value(1, below(50) / 10.0);
     } else {
-      alter(line);
-      alter(line);
+      alter(*line);
+      alter(*line);
     }
+    made.add_command(line);
   }
   /// As by a menu, while the line is there.
   void alter(ScriptLine& line) {
