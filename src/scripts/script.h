@@ -124,7 +124,8 @@ class Script : public Object {
 
   std::vector<std::unique_ptr<ScriptEvent>> conditions;
   std::vector<std::unique_ptr<ScriptCommand>> commands;
-  std::map<EventInstance, bool> instances;  // that match; true while they still do in a sweep
+  using Instances = std::map<EventInstance, bool>;
+  Instances instances;  // that match, with the mark of the sweep that has found them last
   std::map<std::string, Variable> variables;
   bool while_mode = false;
 
@@ -138,6 +139,9 @@ class Script : public Object {
   sigc::signal<void, const EventInstance&> instance_finished_;
   sigc::signal<void> commands_changed_;
 
+  bool mark_ = false;       // of the present sweep
+  std::size_t marked_ = 0;  // by it
+  Instances::iterator expected_ = instances.end();
   bool evaluating_ = false;
   bool again_ = false;
   bool waiting_ = false;  // for block control

@@ -1,6 +1,7 @@
 // From a change on the railway to a run of commands.
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "core/layout.h"
@@ -63,8 +64,11 @@ void Script::evaluate() {
   evaluating_ = false;
 }
 
+// All that the last sweep has found carry its mark, which clears them for the next one.
 void Script::sweep() {
-  for (auto& [instance, matches] : instances) matches = false;
+  mark_ = !mark_;
+  marked_ = 0;
+  expected_ = instances.begin();
   for (std::size_t i = 0; i < conditions.size(); ++i) {
     if (i == 0 || conditions[i]->get_or_flag()) match(i, {}, true);
   }
@@ -91,17 +95,22 @@ void Script::match(std::size_t position, const EventInstance& instance, bool fir
   while (const auto* found = walk.next()) match(position + 1, *found, false);
 }
 
+// Most instances were there before, and come in the order of the map.
 void Script::complete(const EventInstance& instance) {
-  const auto [entry, is_new] = instances.try_emplace(instance, true);
-  entry->second = true;
+  auto entry = expected_;
+  bool is_new = false;
+  if (entry == instances.end() || entry->first != instance) {
+    std::tie(entry, is_new) = instances.try_emplace(instance, !mark_);
+  }
+  expected_ = std::next(entry);
+  if (std::exchange(entry->second, mark_) != mark_) ++marked_;
   if (!is_new) return;
   to_start_.push_back(instance);
-  auto& watches = watches_[instance];
   const auto watch = [&](Object* object) -> ScopedConnection {
     if (!object) return {};
     return object->signal_deleted().connect([this, instance] { on_ended(instance); });
   };
-  watches = {watch(instance.block), watch(instance.lok)};
+  watches_[instance] = {watch(instance.block), watch(instance.lok)};
 }
 
 // Another object may come to the same address: that is another instance, and this one is finished.
@@ -114,8 +123,9 @@ void Script::on_ended(const EventInstance& instance) {
 
 std::vector<EventInstance> Script::take_finished() {
   auto finished = std::exchange(departed_, {});
+  if (marked_ == instances.size() && finished.empty()) return finished;
   for (auto entry = instances.begin(); entry != instances.end();) {
-    if (entry->second) {
+    if (entry->second == mark_) {
       ++entry;
       continue;
     }
