@@ -105,7 +105,7 @@ void write_whole(const FilePtr& file, const std::string& bytes) {
 void write_safely(const FilePtr& wanted, const std::string& bytes) {
   const auto file = target_of(wanted);
   const auto* unchanged =
-      file->query_exists() ? _("The file is as it was before.") : _("Nothing has been saved.");
+      file->query_exists() ? _("The file is as it was before.") : _("Nothing has been written.");
   FilePtr copy;
   try {
     if (written_in_place(file)) copy = copy_aside(file);

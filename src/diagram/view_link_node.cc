@@ -41,8 +41,10 @@ bool ViewLinkNode::is_free_for(const ViewLinkNode& other) const {
   return !partner || partner == other.block_link_;
 }
 
+// Two pictures of one end of a block are not joined: a train does not pass between them.
 bool ViewLinkNode::can_connect(const ViewLinkNode& other) const {
-  return &other != this && is_free_for(other) && other.is_free_for(*this);
+  const bool same = block_link_ && block_link_ == other.block_link_;
+  return &other != this && !same && is_free_for(other) && other.is_free_for(*this);
 }
 
 void ViewLinkNode::connect(ViewLinkNode& other) {

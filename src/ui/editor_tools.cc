@@ -48,6 +48,11 @@ EditorTools::EditorTools(Gtk::Toolbar& toolbar) {
     button->set_menu(*make_menu(tool.kind, _(tool.add_new), _(tool.add_existing)));
     button->set_tooltip_text(_(tool.add_new));
     button->signal_clicked().connect(sigc::bind(signal_chosen_.make_slot(), tool.kind, false));
+    // Where the tool bar is too narrow for it.
+    auto* entry = Gtk::manage(new Gtk::MenuItem(_(tool.add_new)));
+    entry->set_submenu(*make_menu(tool.kind, _(tool.add_new), _(tool.add_existing)));
+    button->set_proxy_menu_item(tool.add_new, *entry);
+    button->signal_create_menu_proxy().connect([] { return true; }, false);
     name_arrow(*button, Glib::ustring::compose("%1 / %2", _(tool.add_new), _(tool.add_existing)));
     toolbar.append(*button);
     buttons_.push_back(button);

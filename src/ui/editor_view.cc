@@ -21,7 +21,8 @@ Vector place_of(double x, double y) {
 EditorView::EditorView(View& view)
     : DiagramCanvas(view, _("This view is empty.\nChoose a tool above, and click here.")) {
   set_can_focus();
-  add_events(Gdk::KEY_PRESS_MASK);
+  add_events(Gdk::KEY_PRESS_MASK | Gdk::KEY_RELEASE_MASK);
+  signal_popup_menu().connect(sigc::mem_fun(*this, &EditorView::show_part_menu));
   g_signal_connect(gobj(), "grab-broken-event", G_CALLBACK(&EditorView::on_grab_broken), this);
   object_removed_ =
       view.signal_object_removed().connect(sigc::mem_fun(*this, &EditorView::on_object_removed));
@@ -35,9 +36,7 @@ void EditorView::on_object_removed(ViewObj* object) {
   }
   if (object == placed_) {
     placed_ = nullptr;
-    placing_.reset();
-    mode_ = Mode::idle;
-    get_window()->pointer_ungrab(GDK_CURRENT_TIME);
+    end_placing(false, GDK_CURRENT_TIME);
   }
   if (object == selected_) select(nullptr);
 }
@@ -45,6 +44,7 @@ void EditorView::on_object_removed(ViewObj* object) {
 void EditorView::select(ViewObj* object) {
   if (object == selected_) return;
   selected_ = object;
+  part_.reset();
   invalidate();
   signal_selected_changed_.emit();
 }
@@ -59,6 +59,7 @@ void EditorView::draw_object(const Context& context, ViewObj& object) {
     object.draw_glow(context);
   }
   object.draw(context, selected);
+  if (selected) draw_current_part(context);
 }
 
 // Only what a dragged node could be joined to is to be met.
@@ -216,19 +217,6 @@ gboolean EditorView::on_grab_broken(GtkWidget* /*widget*/, GdkEventGrabBroken* /
                                     EditorView* view) {
   if (view->mode_ == Mode::placing) view->finish();
   return FALSE;
-}
-
-// --- Keys ---
-
-bool EditorView::on_key_press_event(GdkEventKey* event) {
-  if (event->keyval == GDK_KEY_Escape && mode_ == Mode::placing) {
-    end_placing(false, event->time);
-  } else if (event->keyval == GDK_KEY_Delete && mode_ == Mode::idle && selected_) {
-    selected_->remove();
-  } else {
-    return DiagramCanvas::on_key_press_event(event);
-  }
-  return true;
 }
 
 }  // namespace zemblar

@@ -39,6 +39,8 @@ class EditorView : public DiagramCanvas {
   bool on_button_release_event(GdkEventButton* event) override;
   bool on_motion_notify_event(GdkEventMotion* event) override;
   bool on_key_press_event(GdkEventKey* event) override;
+  bool on_key_release_event(GdkEventKey* event) override;
+  bool on_focus_out_event(GdkEventFocus* event) override;
   void on_unmap() override;
 
  private:
@@ -49,6 +51,14 @@ class EditorView : public DiagramCanvas {
   void drop(const GdkEventButton& event);
   void join(const ViewLinkNode::Tag& dragged, const Vector& pointer);
   void end_placing(bool placed, guint32 time);
+  [[nodiscard]] SelectionTable parts_of(ViewObj& object);
+  [[nodiscard]] Tag current_part();
+  void draw_current_part(const Context& context);
+  bool select_next(bool back);
+  bool show_part_menu();
+  void next_part(bool back);
+  void nudge(const Vector& delta);
+  void join_nearest();
   static gboolean on_grab_broken(GtkWidget* widget, GdkEventGrabBroken* event, EditorView* view);
   void on_object_removed(ViewObj* object);
 
@@ -57,6 +67,8 @@ class EditorView : public DiagramCanvas {
   ViewObj* placed_ = nullptr;  // what follows the pointer
   std::function<void()> cancelled_;
   std::optional<EditJournal::Hold> placing_;  // making and placing are one step
+  std::optional<std::size_t> part_;           // of what is selected, that keys act on
+  std::optional<EditJournal::Hold> nudging_;  // while an arrow key is held
   sigc::signal<void> signal_selected_changed_;
   sigc::signal<void> signal_placed_;
   ScopedConnection object_removed_;

@@ -50,7 +50,7 @@ ObjectFinder::ObjectFinder(ObjectChoices choices, ObjectMenuBase::Chosen chosen,
   follower_ = std::make_unique<LayoutFollower>([this, first](Layout& layout, auto& ends) mutable {
     if (!std::exchange(first, false)) return hide();
     const auto on = [&](sigc::signal<void, Object*>& signal) {
-      ends.emplace_back(signal.connect([this](Object* /*object*/) { fill(); }));
+      ends.emplace_back(signal.connect([this](Object* /*object*/) { refill(); }));
     };
     on(layout.signal_object_added());
     ends.emplace_back(
@@ -124,6 +124,16 @@ void ObjectFinder::fill_from(Object& container, const std::string& text) {
       append(object, name, &container == &choices_.container() ? "" : container.get_name());
     }
     if (!object->empty()) fill_from(*object, text);
+  }
+}
+
+// Something else has changed in the layout: the choice is not to jump.
+void ObjectFinder::refill() {
+  const auto row = list_.get_selection()->get_selected();
+  auto* chosen = row ? (*row)[columns().object].operator Object*() : nullptr;
+  fill();
+  for (const auto& now : rows_->children()) {
+    if (chosen && now[columns().object] == chosen) list_.set_cursor(rows_->get_path(now));
   }
 }
 

@@ -29,6 +29,7 @@ class ObjectFinder : public Gtk::Window {
  private:
   void build();
   void fill();
+  void refill();
   void fill_from(Object& container, const std::string& text);
   void drop(const Object& ending);
   void append(Object* object, const Glib::ustring& name, const Glib::ustring& where);

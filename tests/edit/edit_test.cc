@@ -103,6 +103,11 @@ TEST_F(EditTest, steps_have_names_and_are_merged_dropped_and_forgotten) {
   EXPECT_EQ(zone->get_name(), "Zone 1") << "one name after the other is one change";
   ASSERT_TRUE(redo());
   EXPECT_EQ(zone->get_name(), "Shed");
+  zone->set_name("Quay");  // in another window
+  act([&] { zone->set_name("Pier"); });
+  ASSERT_TRUE(undo());
+  EXPECT_EQ(zone->get_name(), "Quay") << "not merged over that";
+  zone->set_name("Shed");
   for (const bool on : {true, false}) act([&] { zone->set_invert(on); });
   EXPECT_EQ(next_undo(), "Change “Zone 1”");
   ASSERT_TRUE(undo());

@@ -92,6 +92,12 @@ TEST_F(EditorTest, drags_what_is_under_the_pointer_and_joins_with_ctrl) {
   ASSERT_NE(end(b, "left").get_link(), nullptr);
   EXPECT_EQ(end(b, "left").get_link()->get_object(), a);
   EXPECT_TRUE(end(b, "left").get_block_link()->is_connected());
+  // A second picture of an end is the same end.
+  auto* again = new ViewZone(dynamic_cast<Zone&>(*b->get_object()), {50, 90});
+  view.add_object(again);
+  canvas.update();
+  drag({90, 90}, {90, 0}, GDK_CONTROL_MASK);
+  EXPECT_EQ(end(again, "right").get_link(), nullptr);
 
   press({300, 300});
   release({300, 300});
@@ -120,6 +126,10 @@ TEST_F(EditorTest, placing_goes_on_under_the_wheel_and_ends_when_the_pointer_is_
   canvas.event(broken);
   gdk_event_free(broken);
   EXPECT_EQ(cancelled, 1);
+  EXPECT_EQ(view.get_objects().size(), 1u);
+  place();
+  canvas.hide();  // as when another page is shown
+  EXPECT_EQ(cancelled, 2);
   EXPECT_EQ(view.get_objects().size(), 1u);
 }
 
@@ -163,6 +173,66 @@ TEST_F(EditorTest, brings_a_drawing_back_that_was_moved_out_of_sight) {
   EXPECT_LT(std::abs(seen.x - canvas.get_width() / 2.0), canvas.get_width() / 2.0);
   EXPECT_LT(std::abs(seen.y - canvas.get_height() / 2.0), canvas.get_height() / 2.0);
   EXPECT_EQ(canvas.get_zoom(), 1);
+}
+
+TEST_F(EditorTest, does_by_keys_what_the_pointer_does) {
+  auto* a = zone_at({-100, 0});
+  auto* b = zone_at({50, 40});
+  const auto key = [&](guint value, unsigned state = 0, GdkEventType type = GDK_KEY_PRESS) {
+    auto* event = gdk_event_new(type);
+    event->key.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
+    event->key.keyval = value;
+    event->key.state = state;
+    const bool used = canvas.event(event);
+    gdk_event_free(event);
+    return used;
+  };
+  EXPECT_FALSE(key(GDK_KEY_Left)) << "nothing is selected";
+  EXPECT_TRUE(key(GDK_KEY_Tab));
+  EXPECT_EQ(canvas.get_selected(), a);
+  key(GDK_KEY_Down);
+  key(GDK_KEY_Right, GDK_SHIFT_MASK);
+  EXPECT_EQ(end(a, "left").pos, (Vector{-139, 8}));
+  EXPECT_EQ(end(a, "right").pos, (Vector{-59, 8}));
+  // Stretch, left end, right end; and round.
+  for (int i = 0; i < 2; ++i) key(GDK_KEY_space, GDK_SHIFT_MASK);
+  key(GDK_KEY_Up);
+  EXPECT_EQ(end(a, "left").pos, (Vector{-139, 0}));
+  EXPECT_EQ(end(a, "right").pos, (Vector{-59, 8}));
+  key(GDK_KEY_space);
+  key(GDK_KEY_j);
+  ASSERT_NE(end(a, "right").get_link(), nullptr);
+  EXPECT_EQ(end(a, "right").get_link()->get_object(), b) << "not the other end of its own";
+  EXPECT_EQ(end(a, "right").pos, end(b, "left").pos);
+  key(GDK_KEY_j);  // what is joined stays so
+
+  EXPECT_TRUE(key(GDK_KEY_Tab));
+  EXPECT_EQ(canvas.get_selected(), b);
+  EXPECT_FALSE(key(GDK_KEY_Tab)) << "on to the next widget";
+  EXPECT_TRUE(key(GDK_KEY_ISO_Left_Tab, GDK_SHIFT_MASK));
+  EXPECT_EQ(canvas.get_selected(), a);
+
+  canvas.place(draw_object(DiagramKind::zone, make_object(DiagramKind::zone)), {});
+  auto* placed = canvas.get_selected();
+  const auto from = end(placed, "left").pos;
+  key(GDK_KEY_Left);
+  key(GDK_KEY_Return);
+  EXPECT_EQ(end(placed, "left").pos, from + Vector(-8, 0));
+  key(GDK_KEY_Delete);
+  EXPECT_EQ(view.get_objects().size(), 2u);
+}
+
+TEST_F(EditorTest, takes_away_what_was_made_for_the_tool_when_its_view_ends) {
+  auto* other = layout().get_views().add(new View);
+  auto page = std::make_unique<EditorView>(*other);
+  other->signal_deleted().connect([&] { page.reset(); });
+  window.remove();
+  window.add(*page);
+  page->show();
+  auto& made = make_object(DiagramKind::zone);
+  page->place(draw_object(DiagramKind::zone, made), [&] { made.destroy(); });
+  other->destroy();
+  EXPECT_TRUE(layout().get_blocks().empty());
 }
 
 }  // namespace

@@ -187,8 +187,10 @@ TEST(ObjectList, moves_what_is_selected_by_keys_and_by_dragging) {
   EXPECT_FALSE(drag(*function, "0:1:0:0"));
   EXPECT_FALSE(drag(*zone, "0:1:0"));
   EXPECT_FALSE(drag(layout.get_blocks(), "0:0"));
+  auto* third = lok->add(new Function(lok));
   EXPECT_TRUE(drag(*function, "0:1:1:2"));
-  EXPECT_EQ(function->get_position(), 1);
+  EXPECT_EQ(function->get_position(), 1) << "before the third";
+  third->destroy();
   EXPECT_TRUE(drag(*lok, "0:1:0:0"));
   EXPECT_EQ(lok->get_parent(), group);
   EXPECT_EQ(list.selected(), lok);
@@ -211,6 +213,14 @@ TEST(ObjectList, fills_a_large_container_bit_by_bit_in_the_order_of_the_document
     }
     return objects == std::vector<Object*>(blocks->begin(), blocks->end());
   };
+  EXPECT_FALSE(shown());
+  // What is being filled may end.
+  auto* group = layout.get_loks().add(new LokGroup);
+  for (int i = 0; i < 300; ++i) group->add(new Lok);
+  list.set_filter("loco");
+  group->destroy();
+  handle_events();
+  list.set_filter("");
   EXPECT_FALSE(shown());
   auto* middle = layout.get_blocks().child_at(1500);
   list.select(*middle);

@@ -1,0 +1,123 @@
+// What is done in a window is taken back in it.
+
+#include <gtkmm/button.h>
+#include <gtkmm/entry.h>
+#include <gtkmm/eventbox.h>
+#include <gtkmm/menu.h>
+#include <gtkmm/menuitem.h>
+
+#include "core/toplevel.h"
+#include "tests/support/layout_fixture.h"
+#include "tests/ui/widget_search.h"
+#include "track/zone.h"
+#include "ui/edit_history.h"
+
+namespace zemblar::test {
+namespace {
+
+/// A window in which every event puts another zone into the layout.
+class EditHistoryTest : public LayoutTest {
+ protected:
+  EditHistoryTest() {
+    EditHistory::install();
+    layout().new_document(true);
+    area.add_events(Gdk::BUTTON_PRESS_MASK | Gdk::BUTTON_RELEASE_MASK | Gdk::POINTER_MOTION_MASK);
+    area.signal_event().connect(sigc::ptr_fun(&work));
+    window.add(area);
+    window.show_all();
+    handle_events();
+  }
+
+  static bool work(GdkEvent* event) {
+    const bool is_work = event->type == GDK_BUTTON_PRESS || event->type == GDK_BUTTON_RELEASE ||
+                         event->type == GDK_MOTION_NOTIFY;
+    if (is_work) add_zone();
+    return is_work;
+  }
+  static void add_zone() { layout().get_blocks().add(new Zone); }
+  static unsigned zones() { return layout().get_blocks().child_count(); }
+  static void send(Gtk::Widget& widget, GdkEventType type) {
+    auto* event = gdk_event_new(type);
+    event->any.window = GDK_WINDOW(g_object_ref(widget.get_window()->gobj()));
+    EditHistory::dispatch(event);
+    gdk_event_free(event);
+  }
+  unsigned steps() {
+    unsigned count = 0;
+    for (; history.steps().next_undo(); ++count) history.undo();
+    for (auto redone = count; redone > 0; --redone) history.redo();
+    return count;
+  }
+
+  Gtk::Window window;
+  Gtk::EventBox area;
+  EditHistory history{window};
+};
+
+TEST_F(EditHistoryTest, one_press_is_one_step_until_the_button_is_released) {
+  send(area, GDK_MOTION_NOTIFY);
+  send(area, GDK_MOTION_NOTIFY);
+  EXPECT_EQ(steps(), 2u);
+  send(area, GDK_BUTTON_PRESS);
+  for (int i = 0; i < 3; ++i) send(area, GDK_MOTION_NOTIFY);
+  send(area, GDK_BUTTON_RELEASE);
+  EXPECT_EQ(zones(), 7u);
+  EXPECT_EQ(steps(), 3u);
+  history.undo();
+  EXPECT_EQ(zones(), 2u);
+  history.redo();
+  EXPECT_EQ(zones(), 7u);
+  // Undo in the middle: what has been done so far is the step.
+  send(area, GDK_BUTTON_PRESS);
+  send(area, GDK_MOTION_NOTIFY);
+  history.undo();
+  EXPECT_EQ(zones(), 7u);
+  send(area, GDK_BUTTON_RELEASE);
+}
+
+TEST_F(EditHistoryTest, dialogs_and_menus_belong_to_the_window_and_other_windows_do_not) {
+  Gtk::Window dialog;
+  Gtk::Window stranger;
+  for (auto* other : {&dialog, &stranger}) {
+    other->add_events(Gdk::POINTER_MOTION_MASK);
+    other->signal_event().connect(sigc::ptr_fun(&work));
+    other->show();
+  }
+  dialog.set_transient_for(window);
+  handle_events();
+  send(dialog, GDK_MOTION_NOTIFY);
+  EXPECT_EQ(steps(), 1u);
+  send(stranger, GDK_MOTION_NOTIFY);
+  add_zone();  // a device, or a script
+  EXPECT_EQ(zones(), 3u);
+  EXPECT_EQ(steps(), 1u);
+}
+
+TEST_F(EditHistoryTest, what_is_done_without_an_event_is_a_step_as_well) {
+  Gtk::Button button("Make");
+  button.signal_clicked().connect([] { add_zone(); });
+  window.remove();
+  window.add(button);
+  button.show();
+  button.clicked();
+  EXPECT_EQ(steps(), 0u) << "not before the turn is over";
+  handle_events();
+  EXPECT_EQ(steps(), 1u);
+  add_zone();
+  handle_events();
+  EXPECT_EQ(steps(), 1u);
+
+  Gtk::Menu menu;
+  gtk_menu_attach_to_widget(menu.gobj(), GTK_WIDGET(button.gobj()), nullptr);
+  Gtk::MenuItem item("Make");
+  item.signal_activate().connect([] { add_zone(); });
+  menu.append(item);
+  item.activate();
+  handle_events();
+  EXPECT_EQ(zones(), 3u);
+  EXPECT_EQ(steps(), 2u);
+  window.remove();
+}
+
+}  // namespace
+}  // namespace zemblar::test
