@@ -259,6 +259,17 @@ TEST_F(RecoveryTest, goes_on_when_no_copy_can_be_written) {
     g_usleep(1000);  // the disk has a time of its own
   }
   EXPECT_TRUE(says("The recovery copy could not be written")) << get_status();
+  // It is tried again, though nothing changes any more.
+  g_unlink(folder.file("recovery").c_str());
+  for (int wait = 0;
+       wait < 1000 && !g_file_test(folder.file("recovery").c_str(), G_FILE_TEST_IS_DIR); ++wait) {
+    settle();
+    g_usleep(1000);
+  }
+  settle();
+  kill();
+  begin();
+  EXPECT_EQ(copy->offered().size(), 1u);
 }
 
 void fill(unsigned count) {
