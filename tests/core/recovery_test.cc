@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <glibmm/convert.h>
+#include <glibmm/fileutils.h>
 #include <glibmm/main.h>
 #include <sys/stat.h>
 #include <yaml-cpp/yaml.h>
@@ -261,15 +262,20 @@ TEST_F(RecoveryTest, goes_on_when_no_copy_can_be_written) {
   EXPECT_TRUE(says("The recovery copy could not be written")) << get_status();
   // It is tried again, though nothing changes any more.
   g_unlink(folder.file("recovery").c_str());
-  for (int wait = 0;
-       wait < 1000 && !g_file_test(folder.file("recovery").c_str(), G_FILE_TEST_IS_DIR); ++wait) {
+  const auto written = [this] {
+    const auto path = folder.file("recovery");
+    return Glib::file_test(path, Glib::FILE_TEST_IS_DIR) && Glib::Dir(path).read_name() != "";
+  };
+  for (int wait = 0; wait < 1000 && !written(); ++wait) {
     settle();
     g_usleep(1000);
   }
-  settle();
-  kill();
-  begin();
-  EXPECT_EQ(copy->offered().size(), 1u);
+  EXPECT_TRUE(written());
+  quit();
+  start_again({});
+  ASSERT_EQ(copy->offered().size(), 1u);
+  open_newest();
+  EXPECT_EQ(zones(), "Quay");
 }
 
 void fill(unsigned count) {
