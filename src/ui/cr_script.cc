@@ -3,8 +3,6 @@
 #include <gdkmm/drawable.h>
 #include <gdkmm/general.h>
 #include <gdkmm/window.h>
-#include <glibmm/main.h>
-#include <gtkmm/menu.h>
 #include <gtkmm/treeview.h>
 
 #include <algorithm>
@@ -12,7 +10,6 @@
 #include <utility>
 
 #include "core/property.h"
-#include "ui/popup.h"
 #include "ui/spin_button.h"
 
 namespace zemblar {
@@ -85,7 +82,7 @@ struct CRScript::Look {
 CRScript::Look::Look(const CRScript& cell, Gtk::Widget& widget, Gtk::CellRendererState flags) {
   const bool selected = (flags & Gtk::CELL_RENDERER_SELECTED) != 0;
   // An open menu takes the focus, and belongs to the tree.
-  const bool focused = widget.has_focus() || cell.menu_;
+  const bool focused = widget.has_focus() || cell.menu_.is_open();
   if (selected) state = focused ? Gtk::STATE_SELECTED : Gtk::STATE_ACTIVE;
   const auto style = widget.get_style();
   const auto base = from(style->get_base(state));
@@ -250,32 +247,15 @@ Gtk::CellEditable* CRScript::start_editing_vfunc(GdkEvent* event, Gtk::Widget& w
   return nullptr;
 }
 
-// A closed menu goes in the next turn, when its choice has been made.
 void CRScript::pop_up(Gtk::TreeView& tree, unsigned arg, const Gdk::Rectangle& cell_area) {
-  drop_menu_.disconnect();
-  menu_line_ = row_.line;
-  menu_.reset(row_.make_menu(arg, [this](ScriptLine& line) { signal_line_added_.emit(line); }));
-  if (!menu_) return;
-  menu_->get_accessible()->set_name(row_.arg_text(arg));
-  menu_->signal_hide().connect([this] {
-    drop_menu_ = Glib::signal_idle().connect([this] {
-      menu_.reset();
-      return false;
-    });
-  });
   int x = 0;
   int y = 0;
   tree.get_bin_window()->get_origin(x, y);
   const auto [left, width] = place_of(tree, arg);
-  popup_below(*menu_,
-              {x + cell_area.get_x() + left, y + cell_area.get_y(), width, cell_area.get_height()});
-  for (auto& item : menu_->items()) {
-    if (item.get_label().raw() == row_.arg_text(arg).raw()) menu_->select_item(item);
-  }
-}
-
-void CRScript::let_go(const ScriptLine* line) {
-  if (menu_ && (!line || menu_line_ == line)) menu_->popdown();
+  const Gdk::Rectangle area(x + cell_area.get_x() + left, y + cell_area.get_y(), width,
+                            cell_area.get_height());
+  menu_.pop_up(row_, arg, area, dynamic_cast<Gtk::Window*>(tree.get_toplevel()),
+               [this](ScriptLine& line) { signal_line_added_.emit(line); });
 }
 
 }  // namespace zemblar

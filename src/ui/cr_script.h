@@ -5,16 +5,14 @@
 #include <pangomm/layout.h>
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <utility>
 
-#include "runtime/scoped_connection.h"
 #include "scripts/script.h"  // whole: its pointer is to be an object to the toolkit
+#include "ui/script_menu.h"
 #include "ui/script_row.h"
 
 namespace Gtk {
-class Menu;
 class TreeView;
 }  // namespace Gtk
 
@@ -52,8 +50,9 @@ class CRScript : public Gtk::CellRenderer {
   [[nodiscard]] unsigned chosen() const { return chosen_; }
   void choose(unsigned place) { chosen_ = place; }
 
-  /// Closes the menu of a line that is about to end; null for those of the script itself too.
-  void let_go(const ScriptLine* line);
+  /// Closes the menu that is open, or the one of a line that is about to end.
+  void close_menu() { menu_.close(); }
+  void let_go(const ScriptLine* line) { menu_.let_go(*line); }
 
   /// A person has added a line.
   sigc::signal<void, ScriptLine&>& signal_line_added() { return signal_line_added_; }
@@ -114,10 +113,8 @@ class CRScript : public Gtk::CellRenderer {
   unsigned refresh_ = 0;
   unsigned chosen_ = 0;
   std::optional<Editing> editing_;
-  mutable int editor_height_ = 0;    // what every row has room for; 0 before it is measured
-  std::unique_ptr<Gtk::Menu> menu_;  // while it is open
-  const ScriptLine* menu_line_ = nullptr;
-  ScopedConnection drop_menu_;
+  mutable int editor_height_ = 0;  // what every row has room for; 0 before it is measured
+  ScriptMenu menu_;
   sigc::signal<void, ScriptLine&> signal_line_added_;
 };
 

@@ -2,10 +2,12 @@
 
 #include <glibmm/convert.h>
 #include <glibmm/miscutils.h>
+#include <gtkmm/celleditable.h>
 #include <gtkmm/filechooserdialog.h>
 #include <gtkmm/filefilter.h>
 #include <gtkmm/spinbutton.h>
 #include <gtkmm/stock.h>
+#include <gtkmm/treeview.h>
 
 #include <memory>
 
@@ -96,12 +98,26 @@ void save_layout(Layout& layout) {
   if (!uri.empty()) layout.save_to(uri, complete);
 }
 
+/// Ends the editing of a cell in which a widget stands.
+void finish_cell(Gtk::Widget* widget) {
+  for (; widget; widget = widget->get_parent()) {
+    auto* editor = dynamic_cast<Gtk::CellEditable*>(widget);
+    if (!editor || !dynamic_cast<Gtk::TreeView*>(widget->get_parent())) continue;
+    auto* const editable = editor->gobj();  // which may end with any of the two
+    g_object_ref(editable);
+    gtk_cell_editable_editing_done(editable);
+    gtk_cell_editable_remove_widget(editable);
+    return g_object_unref(editable);
+  }
+}
+
 // What is being typed counts when its field is left, and no menu or key makes that happen.
 void finish_edits() {
   for (auto* window : Gtk::Window::list_toplevels()) {
     auto* focus = window->get_focus();
     if (auto* number = dynamic_cast<Gtk::SpinButton*>(focus)) number->update();
     if (auto* name = dynamic_cast<NameEntry*>(focus)) name->finish();
+    finish_cell(focus);
   }
 }
 

@@ -142,15 +142,17 @@ void ScriptEditor::connect() {
   deleted_ = script_->signal_deleted().connect([this] { on_script_deleted(); });
 }
 
-// Deleted in the next turn: the button that closes the window is still being served.
+// What is being edited was meant. Deleted in the next turn: the button that closes the window is
+// still being served.
 void ScriptEditor::on_hide() {
+  if (is_editing()) list_.grab_focus();
   Gtk::Window::on_hide();
   Glib::signal_idle().connect_once([this] { delete this; });
 }
 
 // What is being edited is cancelled while its line is there.
 void ScriptEditor::on_script_deleted() {
-  cell_.let_go(nullptr);
+  cell_.close_menu();
   open_menu_.disconnect();
   rows_.clear();
   hide();
@@ -329,10 +331,9 @@ void ScriptEditor::remove_selected() {
 
 void ScriptEditor::move_selected(int step) {
   if (!script_) return;
-  with_place(*script_, selected().line, [&](int place, unsigned count, auto, auto move) {
-    const int to = place + step;
-    if (to < 0 || to >= static_cast<int>(count)) return;
-    std::invoke(move, *script_, static_cast<unsigned>(place), static_cast<unsigned>(to));
+  // The script ignores places that it has not got; the one before the first is one of them.
+  with_place(*script_, selected().line, [&](int place, unsigned, auto, auto move) {
+    std::invoke(move, *script_, static_cast<unsigned>(place), static_cast<unsigned>(place + step));
   });
   follow_selection();
 }

@@ -2,6 +2,7 @@
 
 #include "ui/script_editor.h"
 
+#include <glibmm/convert.h>
 #include <gmock/gmock.h>
 #include <gtkmm/menu.h>
 #include <gtkmm/radiobutton.h>
@@ -16,6 +17,8 @@
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/keys.h"
 #include "track/zone.h"
+#include "ui/layout_dialogs.h"
+#include "ui/object_finder.h"
 #include "ui/script_properties.h"
 
 namespace zemblar::test {
@@ -50,6 +53,14 @@ void choose(const std::string& text) {
     return handle_events();
   }
   ADD_FAILURE() << testing::PrintToString(offered()) << " have not " << text;
+}
+
+ObjectFinder* open_finder() {
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    auto* finder = dynamic_cast<ObjectFinder*>(window);
+    if (finder && finder->get_visible()) return finder;
+  }
+  return nullptr;
 }
 
 /// One window on a script.
@@ -101,8 +112,8 @@ class Window {
     list().set_cursor(Gtk::TreePath(std::to_string(row)));
     handle_events();
   }
-  /// Presses the pointer's button in the middle of an argument, or `aside` pixels behind it.
-  void click(unsigned row, unsigned arg, int aside = 0) const {
+  /// Where an argument is in the list.
+  [[nodiscard]] Gdk::Rectangle place_of(unsigned row, unsigned arg) const {
     auto& column = *list().get_column(0);
     const std::vector<Gtk::CellRenderer*> cells = column.get_cell_renderers();
     auto& cell = dynamic_cast<CRScript&>(*cells[0]);
@@ -111,8 +122,25 @@ class Window {
     const auto [left, width] = cell.place_of(list(), arg);
     Gdk::Rectangle area;
     list().get_cell_area(path, column, area);
-    send_press(area.get_x() + left + (aside ? width + aside : width / 2),
-               area.get_y() + area.get_height() / 2);
+    return {area.get_x() + left, area.get_y(), width, area.get_height()};
+  }
+  /// Presses the pointer's button in the middle of an argument, or `aside` pixels behind it.
+  void click(unsigned row, unsigned arg, int aside = 0) const {
+    const auto place = place_of(row, arg);
+    const int width = place.get_width();
+    send_press(place.get_x() + (aside ? width + aside : width / 2),
+               place.get_y() + place.get_height() / 2);
+  }
+
+  [[nodiscard]] bool has_tooltip(unsigned row) const {
+    Gdk::Rectangle area;
+    list().get_cell_area(Gtk::TreePath(std::to_string(row)), *list().get_column(0), area);
+    auto* tooltip = g_object_new(GTK_TYPE_TOOLTIP, nullptr);
+    gboolean shown = FALSE;
+    g_signal_emit_by_name(list().gobj(), "query-tooltip", area.get_x() + 1, area.get_y() + 5, FALSE,
+                          tooltip, &shown);
+    g_object_unref(tooltip);
+    return shown;
   }
 
   /// What edits a cell; null when nothing does.
@@ -230,9 +258,12 @@ TEST_F(Editor, takes_a_click_on_a_word_for_that_word) {
       {5, 1, "Express %1"}, {5, 3, "Off"},       {6, 0, "Wait"}};
   for (const auto& [row, arg, text] : places) {
     window.click(row, arg);
-    EXPECT_THAT(offered(), testing::Contains(text)) << row << ", " << arg;
-    if (open_menu()) open_menu()->popdown();
-    handle_events();
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_THAT(offered(), testing::Contains(text)) << row << ", " << arg;
+      if (open_menu()) open_menu()->popdown();
+      handle_events();
+      if (i == 0) window.press({GDK_Return});
+    }
     window.click(row, arg, arg == 4 ? 400 : 1);
     EXPECT_FALSE(open_menu()) << "beside " << row << ", " << arg;
   }
@@ -257,7 +288,11 @@ TEST_F(Editor, edits_numbers_and_names_in_place_and_keeps_what_is_cancelled_or_r
     const auto before = window.rows()[row];
     for (const auto end : {GDK_Escape, GDK_Return}) {
       window.click(row, arg);
+      const auto place = window.place_of(row, arg);
+      EXPECT_EQ(window.editor<Gtk::Entry>()->get_allocation().get_x(), place.get_x());
+      EXPECT_GT(place.get_width(), window.editor<Gtk::Entry>()->get_allocation().get_width() - 1);
       window.type(typed);
+      if (end == GDK_Escape) window.press({GDK_Up});
       window.press({static_cast<guint>(end)});
       EXPECT_EQ(window.rows()[row], end == GDK_Escape ? before : result);
       EXPECT_FALSE(window.editor<Gtk::Entry>());
@@ -313,6 +348,8 @@ TEST_F(Editor, moves_and_deletes_lines_within_their_own_list) {
     EXPECT_EQ(window.selected(), selected);
     window.button("gtk-go-down").clicked();
   }
+  EXPECT_FALSE(window.button("gtk-go-down").get_sensitive());
+  EXPECT_TRUE(window.button("gtk-go-up").get_sensitive());
   window.select(4);
   window.press({GDK_Up, GDK_Up}, GDK_MOD1_MASK);
   EXPECT_EQ(window.selected(), "Wait 3 seconds");
@@ -350,9 +387,12 @@ TEST_F(Editor, says_of_a_condition_that_sleeps_why_until_it_is_armed) {
   const auto reason = line.asleep_because();
   ASSERT_FALSE(reason.empty());
   EXPECT_TRUE(shows(*window, reason));
+  EXPECT_TRUE(window.has_tooltip(0));
+  EXPECT_FALSE(window.has_tooltip(2));
   window.press({GDK_Right, GDK_Return});
   choose("Any Block");
   EXPECT_FALSE(shows(*window, reason));
+  EXPECT_FALSE(window.has_tooltip(0));
 }
 
 TEST_F(Editor, gives_up_what_is_edited_when_the_line_or_the_script_ends) {
@@ -393,6 +433,7 @@ TEST_F(Editor, keeps_the_words_of_conditions_in_step_with_their_places) {
   Window window(script);
   add_occupied().set_or_flag(true);
   add_occupied();
+  EXPECT_EQ(window.rows()[2], "And Any Block is Occupied");
   script.set_while(true);
   EXPECT_THAT(window.rows(),
               ElementsAre("While Any Block is Occupied", "Or Any Block is Occupied",
@@ -415,6 +456,46 @@ TEST_F(Editor, stands_open_when_another_window_changes_another_line) {
   EXPECT_EQ(window.rows()[2], "Wait 5 seconds");
   window.press({GDK_Return});
   EXPECT_EQ(window.rows()[1], "Wait 9 seconds");
+}
+
+TEST_F(Editor, takes_over_what_is_being_typed_when_it_closes_or_the_layout_is_saved) {
+  install_layout_dialogs();
+  add_wait(1);
+  Window window(script);
+  window.click(1, 1);
+  window.type("9");
+  const auto path = folder.file("a.zblt");
+  layout().save_to(Glib::filename_to_uri(path), false);
+  EXPECT_THAT(bytes_of(path), testing::HasSubstr("[wait, 9]"));
+  EXPECT_FALSE(window.editor<Gtk::Entry>());
+  window.click(1, 1);
+  window.type("7");
+  window.press({GDK_w}, GDK_CONTROL_MASK);
+  EXPECT_FALSE(window.is_open());
+  EXPECT_EQ(script.get_command(0)->get_arg_text(1), "7");
+}
+
+TEST_F(Editor, searches_among_many_blocks_by_what_is_typed) {
+  for (int i = 0; i < 25; ++i) layout().get_blocks().add(new Zone);
+  zone.set_name("Große Kurve");
+  for (const bool ends : {false, true}) {
+    auto& line = add_occupied();
+    Window window(script);
+    window.click(script.get_num_conditions() - 1, 1);
+    EXPECT_THAT(offered(), ElementsAre("Any Block", "This Block", "", "Search…"));
+    choose("Search…");
+    auto* finder = open_finder();
+    ASSERT_TRUE(finder);
+    get_widget<Gtk::Entry>(*finder).set_text("große");
+    if (ends) {
+      script.remove_condition(1);
+    } else {
+      press_key(*finder, GDK_Return);
+      EXPECT_EQ(line.get_block(), &zone);
+    }
+    handle_events();
+    EXPECT_FALSE(open_finder());
+  }
 }
 
 TEST_F(Editor, is_opened_from_the_panel_of_its_script_and_wakes_it_there) {

@@ -1,0 +1,111 @@
+#include "ui/script_menu.h"
+
+#include <atkmm/object.h>
+#include <glibmm/main.h>
+#include <gtkmm/menuitem.h>
+
+#include <algorithm>
+
+#include "core/i18n.h"
+#include "core/layout.h"
+#include "ui/object_finder.h"
+#include "ui/object_picker.h"
+#include "ui/popup.h"
+
+namespace zemblar {
+namespace {
+
+bool has_object(const ScriptChoice& choice) {
+  return choice.object != nullptr;
+}
+
+bool is_long(const std::vector<ScriptChoice>& choices) {
+  return std::ranges::count_if(choices, has_object) > ObjectPicker::few;
+}
+
+/// The choices with one entry in the place of all objects.
+std::vector<ScriptChoice> without_objects(const std::vector<ScriptChoice>& choices,
+                                          const std::function<void()>& search) {
+  std::vector<ScriptChoice> shorter;
+  bool searchable = false;
+  for (const auto& choice : choices) {
+    if (!choice.object) {
+      shorter.push_back(choice);
+    } else if (!searchable) {
+      shorter.push_back({.text = _("Search…"), .choose = search});
+      searchable = true;
+    }
+  }
+  return shorter;
+}
+
+const ScriptChoice* find(const std::vector<ScriptChoice>& choices, const Object* object) {
+  const auto found = std::ranges::find(choices, object, &ScriptChoice::object);
+  return object && found != choices.end() ? &*found : nullptr;
+}
+
+}  // namespace
+
+ScriptMenu::~ScriptMenu() = default;
+
+void ScriptMenu::pop_up(const ScriptRow& row, unsigned arg, const Gdk::Rectangle& area,
+                        Gtk::Window* parent, const std::function<void(ScriptLine&)>& added) {
+  drop_menu_.disconnect();
+  line_ = row.line;
+  const auto choices =
+      row.line && arg != ScriptRow::word ? row.line->choices(arg) : std::vector<ScriptChoice>{};
+  if (is_long(choices)) {
+    const auto shorter =
+        without_objects(choices, [this, choices, parent] { search(choices, parent); });
+    menu_.reset(ScriptUi::get().make_menu(shorter));
+  } else {
+    menu_.reset(row.make_menu(arg, added));
+  }
+  if (!menu_) return;
+  const auto current = row.arg_text(arg);
+  menu_->get_accessible()->set_name(current);
+  drop_when_hidden(menu_, drop_menu_);
+  popup_below(*menu_, area);
+  for (auto& item : menu_->items()) {
+    if (item.get_label().raw() == current.raw()) menu_->select_item(item);
+  }
+}
+
+void ScriptMenu::search(const std::vector<ScriptChoice>& choices, Gtk::Window* parent) {
+  ObjectChoices objects{
+      .heading = _("Search"),
+      .none = {},
+      .how_to_make = {},
+      .container = []() -> Object& { return Layout::get(); },
+      .offers = [choices](const Object& object) { return find(choices, &object) != nullptr; }};
+  const auto chosen = [choices](Object* object) {
+    if (const auto* choice = find(choices, object)) choice->choose();
+  };
+  finder_ = std::make_unique<ObjectFinder>(objects, chosen, false);
+  if (parent) finder_->set_transient_for(*parent);
+  finder_->set_position(Gtk::WIN_POS_CENTER_ON_PARENT);
+  drop_when_hidden(finder_, drop_finder_);
+  finder_->present();
+}
+
+void ScriptMenu::let_go(const ScriptLine& line) {
+  if (line_ == &line) close();
+}
+
+void ScriptMenu::close() {
+  if (menu_) menu_->popdown();
+  if (finder_) finder_->hide();
+}
+
+// In the next turn, when the choice has been made.
+template <typename T>
+void ScriptMenu::drop_when_hidden(std::unique_ptr<T>& shown, ScopedConnection& drop) {
+  shown->signal_hide().connect([&shown, &drop] {
+    drop = Glib::signal_idle().connect([&shown] {
+      shown.reset();
+      return false;
+    });
+  });
+}
+
+}  // namespace zemblar

@@ -1,0 +1,152 @@
+#!/usr/bin/python3
+"""Scripts are written in their editor, by keys and with the pointer, and drive a train.
+
+    script_test.py DEMONSTRATION LAYOUT
+"""
+
+import os
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+import two_trains
+from zemblar_ui import NotSeen, Program, press_keys, type_keys, wait_for
+
+DEMONSTRATION, LAYOUT = sys.argv[1:3]
+TITLE = 'Script Editor'
+SPLASH = 5.5  # seconds until it has gone
+SHORTEST_WORD = 8  # pixels of a line under a word
+
+
+def colours(x, y, width, height):
+    """Of a part of the screen, row by row."""
+    area = f'{width}x{height}+{x}+{y}'
+    data = subprocess.run(['import', '-window', 'root', '-crop', area, '-depth', '8', 'rgb:-'],
+                          check=True, capture_output=True).stdout
+    pixels = list(zip(data[0::3], data[1::3], data[2::3]))
+    return [pixels[i:i + width] for i in range(0, len(pixels), width)]
+
+
+def underlined(row):
+    """The middles of the parts of a pixel row in which one dark colour goes on and on."""
+    found = []
+    begin = 0
+    for x in range(1, len(row) + 1):
+        if x < len(row) and row[x] == row[begin]:
+            continue
+        if x - begin >= SHORTEST_WORD and sum(row[begin]) < 600:
+            found.append((begin + x) // 2)
+        begin = x
+    return found
+
+
+class Scripts(unittest.TestCase):
+
+    def setUp(self):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+        os.environ['XDG_CONFIG_HOME'] = self.folder
+        self.output = open(os.path.join(self.folder, 'log'), 'w', encoding='utf-8')
+        self.addCleanup(self.output.close)
+        layout = shutil.copy(LAYOUT, self.folder)
+        self.program = Program(DEMONSTRATION, layout, output=self.output)
+        self.addCleanup(self.program.__exit__)
+        self.log = two_trains.Log(self.output.name)
+        self.log.wait_for(r'Express 103 stands in Station 1')
+        time.sleep(SPLASH)
+        self.open_new_script()
+
+    def open_new_script(self):
+        editor = self.program.window('Zemblar 0.1 — Track Editor')
+        for tabs in editor.find_all('page tab list'):
+            if 'All' in [tab.name for tab in tabs.children()]:
+                tabs.select(1)
+        objects = editor.find('tree table', 'Objects')
+        objects.select_row('Scripts')
+        before = set(objects.rows())
+        editor.find('push button', 'New Script').press()
+        [name] = wait_for(lambda: set(objects.rows()) - before, 'the new script')
+        objects.select_row(name)
+        editor.find('push button', 'Edit Script').press()
+        self.window = self.program.window(TITLE)
+        self.sentences = self.window.find('tree table', 'Event/Command')
+        self.expect('Add Condition…', 'Add Command…')
+
+    def expect(self, *sentences):
+        wait_for(lambda: self.sentences.rows() == list(sentences),
+                 f'{sentences}, not {self.sentences.rows()}')
+
+    def menu_item(self, name):
+        return self.program.application().find('menu item', name)
+
+    def choose_by_keys(self, name):
+        """In the menu that is open."""
+        wait_for(lambda: self.menu_item(name).has('showing'), f'a menu with {name}')
+        for _ in range(40):
+            if self.menu_item(name).has('focused'):
+                return press_keys('Return')
+            press_keys('Down')
+            time.sleep(0.05)
+        raise NotSeen(f'the keys do not reach {name}')
+
+    def click_word(self, sentence, word):
+        """The word counts from 0, among those that can be clicked."""
+        row = self.sentences.rows().index(sentence)
+        box = self.sentences.accessible.queryTable().getAccessibleAt(row, 0)
+        x, y, width, height = list(box.queryComponent().getExtents(0))
+        words = max((underlined(line) for line in colours(x, y, width, height)), key=len)
+        subprocess.run(['xdotool', 'mousemove', str(x + words[word]), str(y + height // 2),
+                        'click', '1'], check=True)
+
+    def choose_by_pointer(self, name):
+        wait_for(lambda: self.menu_item(name).has('showing'), f'a menu with {name}')
+        time.sleep(0.6)  # a release that follows too soon leaves a menu open
+        self.menu_item(name).click()
+
+    def expect_speed(self):
+        """40 % of 126."""
+        self.log.wait_for(r'<- set\(\d+,speed\[50\]\)')
+
+    def test_is_written_by_keys_and_starts_a_train_when_its_block_is_chosen(self):
+        press_keys('Down', 'Return')
+        self.choose_by_keys('Set Locomotive Speed')
+        press_keys('Return')
+        self.choose_by_keys('Express 103')
+        self.expect('Add Condition…', 'Set Express 103 Speed to 100%', 'Add Command…')
+        press_keys('Right', 'Return')
+        type_keys('40')
+        press_keys('Return')
+        self.expect('Add Condition…', 'Set Express 103 Speed to 40%', 'Add Command…')
+        press_keys('Home', 'Return')
+        self.choose_by_keys('Block is (un)occupied')
+        self.choose_by_keys('Station 1')
+        self.expect('When Station 1 is Occupied', 'Add Condition…',
+                    'Set Express 103 Speed to 40%', 'Add Command…')
+        self.expect_speed()
+        press_keys('ctrl+w')
+        self.program.gone(TITLE)
+
+    def test_is_written_with_the_pointer_and_starts_the_train_that_is_in_its_block(self):
+        self.click_word('Add Command…', 0)
+        self.choose_by_pointer('Set Locomotive Speed')
+        self.click_word('Add Command…', 0)
+        self.choose_by_pointer('Wait')
+        self.expect('Add Condition…', 'Set This Locomotive Speed to 100%', 'Wait 10 seconds',
+                    'Add Command…')
+        self.click_word('Set This Locomotive Speed to 100%', 1)
+        type_keys('40')
+        self.window.find('push button', 'Up').click()
+        self.click_word('Add Condition…', 0)
+        self.choose_by_pointer('Block is (un)occupied')
+        self.choose_by_pointer('Station 1')
+        self.expect('When Station 1 is Occupied', 'Add Condition…',
+                    'Set This Locomotive Speed to 40%', 'Wait 10 seconds', 'Add Command…')
+        self.expect_speed()
+        self.window.find('push button', 'Close').click()
+        self.program.gone(TITLE)
+
+
+unittest.main(argv=sys.argv[:1], verbosity=2)
