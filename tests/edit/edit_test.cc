@@ -23,6 +23,13 @@
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_group.h"
+#include "scripts/script.h"
+#include "scripts/script_command_set_function.h"
+#include "scripts/script_command_set_speed.h"
+#include "scripts/script_event_lok_speed.h"
+#include "scripts/script_event_occupied.h"
+#include "scripts/script_registry.h"
+#include "scripts/script_ui.h"
 #include "tests/support/layout_fixture.h"
 #include "track/scissor.h"
 #include "track/signal.h"
@@ -164,6 +171,17 @@ TEST_F(EditTest, what_was_deleted_comes_back_with_all_that_refers_to_it) {
   zone->left.connect(point->state_link(point->states()[1]));
   auto* label = &draw<ViewLabel>(*zone, {10, 10});
   label->set_align(Anchor::TopLeft);
+  auto* horn = lok->add(new Function(lok));
+  auto* script = layout().get_scripts().add(new Script);
+  auto* occupied = new ScriptEventOccupied;
+  script->add_condition(occupied);
+  occupied->choose(zone);
+  auto* slow = new ScriptCommandSetSpeed(*script);
+  script->add_command(slow);
+  slow->set_lok(lok);
+  auto* blow = new ScriptCommandSetFunction(*script);
+  script->add_command(blow);
+  blow->set_function(horn);
   const auto start = bytes();
   other->set_use_as_default(true);
   const std::vector<std::function<void()>> deletions = {
@@ -172,7 +190,12 @@ TEST_F(EditTest, what_was_deleted_comes_back_with_all_that_refers_to_it) {
       [&] { layout().get_points().child_at(0)->destroy(); },
       [&] { layout().get_blocks().child_at(0)->destroy(); },
       [&] { layout().get_views().child_at(0)->destroy(); },
+      [&] { layout().get_scripts().child_at(0)->destroy(); },
   };
+  // Ends in the entry of another one.
+  act([&] { layout().get_loks().child_at(0)->child_at(0)->child_at(0)->destroy(); });
+  ASSERT_TRUE(undo());
+  EXPECT_EQ(difference(bytes(), start), "");
   for (const auto& deletion : deletions) {
     act(deletion);
     EXPECT_EQ(next_undo().find("Delete"), 0u) << next_undo();
@@ -238,6 +261,56 @@ TEST_F(EditTest, what_was_moved_goes_back_without_an_end) {
     EXPECT_EQ(difference(bytes(), known.back()), "");
     ASSERT_TRUE(redo());
     EXPECT_EQ(difference(bytes(), after), "");
+  }
+}
+
+// Lines that an undo does not touch go on watching; one that it brings back in the place of another
+// watches as that one did.
+TEST_F(EditTest, an_edit_of_a_script_is_taken_back_line_by_line) {
+  auto* block = layout().get_blocks().add(new Zone);
+  auto* made = layout().get_scripts().add(new Script);
+  auto* first = new ScriptEventOccupied;
+  auto* second = new ScriptEventOccupied;
+  made->add_condition(first);
+  made->add_condition(second);
+  first->choose_any();
+  second->choose(block);
+  for (const auto* key : {"set-speed", "wait", "save"}) {
+    made->add_command(create_script_command(key, *made));
+  }
+  const std::vector<std::function<void()>> edits = {
+      [&] { made->set_while(true); },
+      [&] { made->get_condition(1)->set_or_flag(true); },
+      [&] { made->move_command(0, 2); },
+      [&] { made->remove_command(1); },
+      [&] { made->add_condition(new ScriptEventLokSpeed); },
+      [&] { dynamic_cast<ScriptEventOccupied&>(*made->get_condition(1)).choose_occupied(false); },
+      [&] { made->move_condition(2, 0); },
+      [&] { made->remove_condition(0); },
+      [&] { made->get_command(0)->set_spin_value(1, 2); },
+      [&] { made->remove_command(0), made->remove_command(0); },
+  };
+  std::vector<std::string> known{bytes()};
+  for (const auto& edit : edits) {
+    act(edit);
+    known.push_back(bytes());
+  }
+  for (auto i = known.size() - 1; i-- > 0;) {
+    ASSERT_TRUE(undo());
+    EXPECT_EQ(difference(bytes(), known[i]), "") << i;
+  }
+  EXPECT_EQ(made->get_condition(0), first);
+  EXPECT_FALSE(made->sleeps());
+  unsigned finished = 0;
+  made->signal_instance_finished().connect([&](const EventInstance&) { ++finished; });
+  auto* lok = layout().get_loks().add(new Lok);
+  block->set_lok(lok);
+  block->clear_lok(lok);
+  EXPECT_EQ(finished, 1u);
+  lok->destroy();
+  for (auto i = 1U; i < known.size(); ++i) {
+    ASSERT_TRUE(redo());
+    EXPECT_EQ(difference(bytes(), known[i]), "") << i;
   }
 }
 
@@ -378,13 +451,50 @@ class RandomEdits : public EditTest {
         if (auto* function = child_of(*lok)) function->destroy();
     }
   }
+  /// As by the menus of its lines.
+  void alter_script() {
+    auto* script = some<Script>(Section::scripts);
+    if (!script || below(8) == 0) return static_cast<void>(layout().get_scripts().add(new Script));
+    auto* line = static_cast<ScriptLine*>(script->get_command(below(5)));
+    auto* condition = script->get_condition(below(4));
+    switch (below(9)) {
+      case 0:
+        return script->set_while(below(2));
+      case 1:
+        return script->move_command(below(4), below(4));
+      case 2:
+        return script->move_condition(below(3), below(3));
+      case 3:
+        return script->remove_command(below(6));
+      case 4:
+        return script->remove_condition(below(5));
+      case 5:
+        return static_cast<void>(script->add_command(
+            std::next(script_cmds().begin(), below(8))->second.create(*script)));
+      case 6:
+        return static_cast<void>(
+            script->add_condition(std::next(script_events().begin(), below(2))->second.create()));
+      case 7:
+        if (condition) condition->set_or_flag(below(2));
+        line = condition;
+        [[fallthrough]];
+      default:
+        for (unsigned arg = 1; line && arg <= 4; ++arg) {
+          if (line->get_arg_type(arg) != ScriptLine::ArgType::menu) continue;
+          const auto choices = line->choices(arg);
+          if (choices.empty()) continue;
+          const auto& chosen = choices[below(static_cast<unsigned>(choices.size()))];
+          if (chosen.choose) chosen.choose();
+        }
+    }
+  }
   void rename() {
-    if (auto* object = child_of(layout().get_toplevel(static_cast<Section>(below(4))))) {
+    if (auto* object = child_of(layout().get_toplevel(static_cast<Section>(below(6))))) {
       object->set_name("Name " + std::to_string(below(30)));
     }
   }
   void end_something() {
-    const auto section = static_cast<Section>(below(5));
+    const auto section = static_cast<Section>(below(6));
     if (auto* object = child_of(layout().get_toplevel(section))) object->destroy();
   }
   LokGroup* some_group() {
@@ -407,7 +517,7 @@ class RandomEdits : public EditTest {
   }
   void edit() {
     auto* object = drawing();
-    switch (below(16)) {
+    switch (below(20)) {
       case 0:
       case 1:
       case 2:
@@ -434,6 +544,11 @@ class RandomEdits : public EditTest {
       case 13:
       case 14:
         return move_something();
+      case 15:
+      case 16:
+      case 17:
+      case 18:
+        return alter_script();
       default:
         return object && below(2) == 0 ? object->remove() : void();
     }
