@@ -33,7 +33,7 @@ Lok* ScriptContext::lok() const {
 }
 
 void ScriptContext::push() {
-  if (!is_cancelled()) overlays.push_back(std::make_unique<ScriptOverlay>());
+  overlays.push_back(std::make_unique<ScriptOverlay>());
 }
 
 void ScriptContext::pop() {
@@ -52,21 +52,18 @@ void ScriptContext::take_all_back() {
 }
 
 void ScriptContext::set_speed(Lok& lok, unsigned speed) {
-  if (is_cancelled()) return;
   if (overlays.empty()) return lok.set_speed(speed);
   overlays.back()->speeds[&lok] = speed;
   lok.apply_speed_overlay();
 }
 
 void ScriptContext::set_direction(Lok& lok, Direction direction) {
-  if (is_cancelled()) return;
   if (overlays.empty()) return lok.set_direction(direction);
   overlays.back()->directions[&lok] = direction;
   lok.apply_direction_overlay();
 }
 
 void ScriptContext::set_state(Function& function, bool state) {
-  if (is_cancelled()) return;
   if (overlays.empty()) return function.set_state(state);
   if (function.get_type() == Function::Type::Pulse) return function.set_state(true);
   overlays.back()->states[&function] = state;

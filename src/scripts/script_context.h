@@ -41,7 +41,7 @@ struct ScriptContext {
   /// Takes the last level back; nothing when there is none.
   void pop();
 
-  // Into the last level; for good when there is none. Nothing after the run was cancelled.
+  // Into the last level; for good when there is none.
   void set_speed(Lok& lok, unsigned speed);
   void set_direction(Lok& lok, Direction direction);
   /// A function of type Pulse pulses whatever the state, where there is a level.

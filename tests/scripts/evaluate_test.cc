@@ -212,6 +212,17 @@ TEST_F(Evaluation, a_block_that_ends_leaves_this_block_and_finishes_what_it_was)
   EXPECT_EQ(sentence(*made->get_condition(0)), "This Block is Occupied");
   happen("B");
   EXPECT_EQ(log(), "start B");
+
+  // A train that leaves it makes it free, but nothing begins in it any more.
+  condition(*made, "Any Block", false, true);
+  auto* siding = zone("S", false);
+  auto* train = new_lok("y");
+  train->detected(&siding->left, &siding->right, true);
+  ASSERT_EQ(siding->get_lok(), train);
+  log();
+  siding->destroy();
+  EXPECT_EQ(log(), "");
+  EXPECT_TRUE(train->get_blocks().empty());
 }
 
 // Another object may come to lie where one has been.

@@ -86,6 +86,20 @@ TEST_F(Runs, commands_in_order_with_waits_and_brackets) {
   EXPECT_EQ(made->num_runs(), 0u);
 }
 
+TEST_F(Runs, levels_that_are_left_go_oldest_first) {
+  lok->set_speed(100);
+  auto* made = script_on("A", true);
+  set_speed(*made, "x", 50);
+  command(*made, "save");
+  set_speed(*made, "x", 25);
+  fill("A");
+  std::vector<unsigned> seen;
+  const ScopedConnection listening(lok->property_speed_overlay().signal_changed().connect(
+      [&] { seen.push_back(lok->get_speed_overlay()); }));
+  fill("A", false);
+  EXPECT_EQ(seen, (std::vector<unsigned>{32, 100})) << "never back to 50 %";
+}
+
 TEST_F(Runs, a_restore_in_a_while_script_takes_its_own_level) {
   lok->set_speed(80);
   auto* made = script_on("A", true);

@@ -181,6 +181,7 @@ TEST_F(ScriptFile, what_is_unknown_or_too_short_is_left_out) {
     EXPECT_TRUE(read_script().get_num_conditions() == 0 ||
                 read_script().get_condition(0)->get_or_flag());
   }
+  EXPECT_EQ(get_status(), "");
   EXPECT_EQ(written(), "!script\n    name: Test\n    id: 3\n") << "empty lists are left out";
 }
 
@@ -208,8 +209,10 @@ TEST_F(ScriptFile, scripts_sleep_after_they_were_read) {
                       "  - !script {name: Second, conditions: [[When, occupied, 9, true]]}\n"
                       "  - !script {name: Third, conditions: [[When, occupied, This, true]]}\n")));
   EXPECT_EQ(get_status(), "2 scripts sleep; “Start Scripts” in the Scripts panel wakes them.");
-  ASSERT_TRUE(open("[]", "[]"));
-  EXPECT_EQ(get_status(), "");
+  const ScopedConnection trouble(
+      signal_sleeping_changed().connect([] { set_status("A picture is missing."); }));
+  ASSERT_TRUE(open("[[When, occupied, Any, true]]", "[]"));
+  EXPECT_EQ(get_status(), "A picture is missing.") << "that was to be told first";
 }
 
 }  // namespace
