@@ -25,8 +25,8 @@ struct ScriptRow {
   Script* script = nullptr;
   ScriptLine* line = nullptr;  ///< null in an entry that adds
 
-  /// With `replaced` in the place of one argument, while that is being edited.
   [[nodiscard]] Sentence sentence() const;
+  /// With `replaced` in the place of one argument, which is being edited.
   [[nodiscard]] Sentence sentence(unsigned arg, const Glib::ustring& replaced) const;
   [[nodiscard]] Glib::ustring arg_text(unsigned arg) const;
   /// `plain` for what a person cannot change.
