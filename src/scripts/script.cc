@@ -52,8 +52,15 @@ Script::Script() : Glib::ObjectBase("Script"), Object(_("Script %1")) {}
 
 Script::Script(const YAML::Node& node) : Script() {
   load_identity(node);
-  load_conditions(node["conditions"]);
-  load_commands(node["commands"]);
+  load_conditions(node);
+  load_commands(node);
+  // Also one that an undo brings back.
+  Layout::get().signal_post_resolve().connect(sigc::track_obj(
+      [] {
+        signal_sleeping_changed().emit();
+        return true;
+      },
+      *this));
 }
 
 // Lines give back the names that they have claimed.

@@ -97,8 +97,8 @@ class Script : public Object {
   };
   using Watches = std::array<ScopedConnection, 2>;
 
-  void load_conditions(const YAML::Node& list);
-  void load_commands(const YAML::Node& list);
+  void load_conditions(const YAML::Node& node);
+  void load_commands(const YAML::Node& node);
   void save_conditions(YAML::Emitter& out) const;
   void save_commands(YAML::Emitter& out) const;
   void restore_conditions(const YAML::Node& now, const YAML::Node& entry);

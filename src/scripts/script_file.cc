@@ -27,7 +27,9 @@ bool is_line(const YAML::Node& entry, std::size_t least) {
 /// The list under a key; an empty one when it is missing.
 YAML::Node list_at(const YAML::Node& entry, const char* key) {
   const auto list = entry[key];
-  return list ? list : YAML::Node(YAML::NodeType::Sequence);
+  if (!list || list.IsNull()) return YAML::Node(YAML::NodeType::Sequence);
+  if (!list.IsSequence()) throw YAML::InvalidScalar(list.Mark());
+  return list;
 }
 
 /// What each line says, without the elements before its key.
@@ -76,9 +78,9 @@ void rearrange(std::vector<std::string> is, const std::vector<std::string>& want
 
 // --- Reading ---
 
-void Script::load_conditions(const YAML::Node& list) {
+void Script::load_conditions(const YAML::Node& node) {
   bool is_first = true;
-  for (const auto& entry : list) {
+  for (const auto& entry : list_at(node, "conditions")) {
     if (!is_line(entry, 2)) continue;
     const auto& word = scalar_of(entry[0]);
     if (std::exchange(is_first, false) && (word == when_word || word == while_word)) {
@@ -91,8 +93,8 @@ void Script::load_conditions(const YAML::Node& list) {
   }
 }
 
-void Script::load_commands(const YAML::Node& list) {
-  for (const auto& entry : list) {
+void Script::load_commands(const YAML::Node& node) {
+  for (const auto& entry : list_at(node, "commands")) {
     if (!is_line(entry, 1)) continue;
     auto* line = load_script_command(scalar_of(entry[0]), *this, entry);
     if (line) adopt(line);

@@ -56,65 +56,44 @@ class Lines : public ScriptScene {
 };
 
 TEST_F(Lines, new_ones_have_their_names_sentences_and_kinds_of_arguments) {
-  using Type = ScriptLine::ArgType;
   const struct {
     const char* key;
     const char* name;
     const char* text;
-    std::vector<Type> types;
-  } kinds[] = {
-      {"get-speed",
-       "Get Locomotive Speed",
-       "Get This Locomotive Speed as Speed",
-       {Type::menu, Type::text}},
-      {"restore", "Restore", "Restore", {}},
-      {"save", "Save", "Save", {}},
-      {"set-direction",
-       "Set Locomotive Direction",
-       "Set This Locomotive Forwards",
-       {Type::menu, Type::menu}},
-      {"set-function",
-       "Set Locomotive Function",
-       "Set This Locomotive (No Function Selected) On",
-       {Type::menu, Type::menu, Type::menu}},
-      {"set-speed",
-       "Set Locomotive Speed",
-       "Set This Locomotive Speed to 100%",
-       {Type::menu, Type::custom}},
-      {"wait", "Wait", "Wait 10 seconds", {Type::number}},
-      {"wait-init-event",
-       "Wait until initial event is finished",
-       "Wait until initial event is finished",
-       {}},
-      {"lok-speed",
-       "Locomotive Speed Is…",
-       "This Locomotive Intended Speed is equal to 50%",
-       {Type::menu, Type::menu, Type::menu, Type::menu, Type::custom}},
-      {"occupied", "Block is (un)occupied", "Any Block is Occupied", {Type::menu, Type::menu}},
+    const char* kinds;  // of arguments, as in ArgType
+  } lines[] = {
+      {"get-speed", "Get Locomotive Speed", "Get This Locomotive Speed as Speed", "510"},
+      {"restore", "Restore", "Restore", "0"},
+      {"save", "Save", "Save", "0"},
+      {"set-direction", "Set Locomotive Direction", "Set This Locomotive Forwards", "550"},
+      {"set-function", "Set Locomotive Function", "Set This Locomotive (No Function Selected) On",
+       "5550"},
+      {"set-speed", "Set Locomotive Speed", "Set This Locomotive Speed to 100%", "530"},
+      {"wait", "Wait", "Wait 10 seconds", "20"},
+      {"wait-init-event", "Wait until initial event is finished",
+       "Wait until initial event is finished", "0"},
+      {"lok-speed", "Locomotive Speed Is…", "This Locomotive Intended Speed is equal to 50%",
+       "555530"},
+      {"occupied", "Block is (un)occupied", "Any Block is Occupied", "550"},
   };
-  auto command_kind = script_cmds().begin();
-  auto event_kind = script_events().begin();
-  for (const auto& [key, name, text, types] : kinds) {
-    const bool is_command = command_kind != script_cmds().end();
-    EXPECT_EQ(is_command ? command_kind->first : event_kind->first, key) << "the order of menus";
-    EXPECT_EQ(
-        (is_command ? command_kind++->second.display_name() : event_kind++->second.display_name()),
-        name);
-    ScriptLine* line = nullptr;
-    if (is_command) {
-      line = &add(key);
-    } else {
-      line = &add_event(key);
-    }
+  std::vector<std::pair<std::string, Glib::ustring>> menu;
+  for (const auto& [key, kind] : script_cmds()) menu.emplace_back(key, kind.display_name());
+  for (const auto& [key, kind] : script_events()) menu.emplace_back(key, kind.display_name());
+  ASSERT_EQ(menu.size(), std::size(lines));
+  for (std::size_t i = 0; i < menu.size(); ++i) {
+    const auto& [key, name, text, kinds] = lines[i];
+    EXPECT_EQ(menu[i].first, key);
+    EXPECT_EQ(menu[i].second, name);
+    ScriptLine* line = create_script_event(key);
+    if (!line) line = create_script_command(key, *made);
+    const std::unique_ptr<ScriptLine> owned(line);
     EXPECT_EQ(sentence(*line), text);
-    for (unsigned arg = 1; arg <= types.size(); ++arg)
-      EXPECT_EQ(line->get_arg_type(arg), types[arg - 1]);
-    EXPECT_EQ(line->get_arg_type(9), Type::plain);
-    EXPECT_TRUE(line->is_arg_editable(1));
+    std::string found;
+    for (unsigned arg = 1; found.size() < std::string(kinds).size(); ++arg) {
+      found += std::to_string(static_cast<int>(line->get_arg_type(arg)));
+    }
+    EXPECT_EQ(found, kinds);
   }
-  EXPECT_EQ(event_kind, script_events().end());
-  EXPECT_EQ(create_script_command("occupied", *made), nullptr);
-  EXPECT_EQ(create_script_event("wait"), nullptr);
 }
 
 TEST_F(Lines, menus_offer_what_the_layout_has) {
@@ -327,23 +306,15 @@ TEST(ScriptValue, is_read_as_what_it_is_and_compares_a_speed_in_either_unit) {
   using Kind = ScriptVariable::Kind;
   const ScriptVariable word(Kind::word2, 7);
   EXPECT_EQ(word.word(Kind::word2), 7u);
-  EXPECT_EQ(ScriptVariable(std::uint8_t{5}).byte(), 5);
-  try {
-    static_cast<void>(word.words());
-    FAIL();
-  } catch (const ScriptVariable::TypeMismatch& error) {
-    EXPECT_STREQ(error.what(), "Script Variable Type Mismatch");
-  }
   EXPECT_THROW(static_cast<void>(word.word(Kind::word1)), ScriptVariable::TypeMismatch);
+  EXPECT_THROW(static_cast<void>(word.byte()), ScriptVariable::TypeMismatch);
+  EXPECT_FALSE(word == ScriptVariable(Kind::word1, 7));
   const auto speed = [](unsigned a, unsigned b) {
     return ScriptVariable(ScriptVariable::Words{a, b});
   };
   EXPECT_TRUE(speed(1, 2) == speed(1, 3));
   EXPECT_TRUE(speed(1, 2) == speed(4, 2));
   EXPECT_FALSE(speed(1, 2) == speed(2, 1));
-  EXPECT_FALSE(word == ScriptVariable(Kind::word1, 7));
-  EXPECT_FALSE(word == ScriptVariable(Kind::word2, 8));
-  EXPECT_TRUE(ScriptVariable() == ScriptVariable());
 }
 
 }  // namespace

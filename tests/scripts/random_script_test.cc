@@ -180,34 +180,22 @@ class RandomScripts : public ScriptScene {
     if (!made) return add_script();
     const auto at_command = below(made->get_num_commands() + 1);
     const auto at_condition = below(made->get_num_conditions() + 1);
+    auto* command_line = made->get_command(at_command);
     auto* condition_line = made->get_condition(at_condition);
-    switch (below(11)) {
-      case 0:
-        return made->remove_command(at_command);
-      case 1:
-        return made->move_command(at_command, below(4));
-      case 2:
-        return add_command(*made);
-      case 3:
-        return made->remove_condition(at_condition);
-      case 4:
-        return made->move_condition(at_condition, below(4));
-      case 5:
-        return add_condition(*made);
-      case 6:
-        return made->set_while(below(2));
-      case 7:
-        if (condition_line) condition_line->set_or_flag(below(2));
-        return;
-      case 8:
-        if (auto* line = made->get_command(at_command)) alter(*line);
-        return;
-      case 9:
-        if (condition_line) alter(*condition_line);
-        return;
-      default:
-        return made->start();
-    }
+    const std::function<void()> edits[] = {
+        [&] { made->remove_command(at_command); },
+        [&] { made->move_command(at_command, below(4)); },
+        [&] { add_command(*made); },
+        [&] { made->remove_condition(at_condition); },
+        [&] { made->move_condition(at_condition, below(4)); },
+        [&] { add_condition(*made); },
+        [&] { made->set_while(below(2)); },
+        [&] { condition_line ? condition_line->set_or_flag(below(2)) : void(); },
+        [&] { command_line ? alter(*command_line) : void(); },
+        [&] { condition_line ? alter(*condition_line) : void(); },
+        [&] { made->start(); },
+    };
+    edits[below(std::size(edits))]();
   }
   void end_something() {
     switch (below(5)) {

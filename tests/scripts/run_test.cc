@@ -176,23 +176,6 @@ TEST_F(Runs, a_pulse_is_fired_in_any_mode_and_never_kept) {
   }
 }
 
-TEST_F(Runs, an_emergency_stop_outweighs_a_level_and_is_lifted_by_an_own_speed) {
-  auto* slow = script_on("A", true);
-  set_speed(*slow, "x", 50);
-  lok->set_emergency_stop(true);
-  fill("A");
-  EXPECT_TRUE(lok->get_emergency_stop());
-  EXPECT_EQ(lok->get_speed_overlay(), 0u);
-  lok->set_emergency_stop(false);
-  EXPECT_EQ(lok->get_speed_overlay(), 63u);
-  lok->set_emergency_stop(true);
-  auto* drive = script_on("B");
-  set_speed(*drive, "x", 25);
-  fill("B");
-  EXPECT_FALSE(lok->get_emergency_stop());
-  EXPECT_EQ(lok->get_speed_overlay(), 63u);
-}
-
 TEST_F(Runs, each_edge_has_a_run_of_its_own_while_older_ones_wait) {
   auto* made = script_on("A");
   wait(*made, 10);
@@ -259,23 +242,6 @@ TEST_F(Runs, an_exception_ends_a_run_and_takes_back_what_it_did) {
   EXPECT_EQ(made->num_runs(), 0u);
   EXPECT_EQ(lok->get_speed_overlay(), 100u);
   EXPECT_TRUE(layout().script_overlays.empty());
-}
-
-// The mode in which a run began is that in which it ends.
-TEST_F(Runs, a_change_of_mode_ends_nothing) {
-  auto* made = script_on("A", true);
-  set_speed(*made, "x", 50);
-  int told = 0;
-  made->signal_mode_changed().connect([&] { ++told; });
-  fill("A");
-  made->set_while(false);
-  made->set_while(false);
-  EXPECT_EQ(told, 1);
-  EXPECT_EQ(lok->get_speed_overlay(), 63u);
-  fill("A", false);
-  EXPECT_EQ(lok->get_speed_overlay(), 0u);
-  fill("A");
-  EXPECT_EQ(lok->get_speed(), 63u);
 }
 
 }  // namespace

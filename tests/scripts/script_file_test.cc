@@ -153,6 +153,8 @@ TEST_F(ScriptFile, a_line_with_too_few_or_impossible_elements_keeps_the_file_shu
       {"[]", "[[set-function, 8]]", "key not found: 2"},
       {"[]", "[[get-speed, This]]", "key not found: 2"},
       {"[]", "[[[save]]]", "invalid scalar"},
+      {"often", "[]", "invalid scalar"},
+      {"[]", "{wait: 10}", "invalid scalar"},
   };
   for (const auto& [conditions, commands, problem] : files) {
     EXPECT_FALSE(open(conditions, commands)) << conditions << commands;
