@@ -43,6 +43,10 @@ def drive(program, picture, log):
     two_trains.run(program, throttle, log, tell=lambda text: print(text, flush=True),
                    picture=lambda: screenshot(picture))
     act('Local 24 the other way.', throttle.find('push button', 'Direction').press)
+    show_block(editor, 'Scripts')
+    act('Scripts are started: the railcar on the branch goes to and fro.',
+        editor.find('push button', 'Start Scripts').press)
+    log.wait_for('Railcar 5 enters Branch South')
     act('A function.', throttle.find_all('toggle button')[0].press)
     act('Emergency stop.', throttle.find('push button', 'Emergency Stop').press)
     editor.choose('File', 'Quit')

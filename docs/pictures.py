@@ -1,10 +1,10 @@
 #!/usr/bin/python3
 """Takes the pictures in docs/images. scripts/pictures calls it.
 
-    pictures.py FOLDER windows|club|drawing PROGRAM [ARGUMENT...]
+    pictures.py FOLDER windows|club|drawing|scripts PROGRAM [ARGUMENT...]
 
 The first set is of the small layout, the second of the large one, for which it takes a large screen,
-the third of an empty one that is drawn in.
+the third of an empty one that is drawn in, the fourth of the scripts of the small one.
 """
 
 import os
@@ -145,9 +145,36 @@ def drawing(folder, program):
     take(folder, 'drawing-joined', box)
 
 
+def scripts(folder, program):
+    editor = program.window('Zemblar 0.1 — Track Editor')
+    time.sleep(SPLASH)
+    activate('Track Editor')
+
+    def keys(*names):
+        subprocess.run(['xdotool', 'key', '--delay', '120', *names], check=True)
+
+    for tabs in editor.find_all('page tab list'):
+        if 'All' in [tab.name for tab in tabs.children()]:
+            tabs.select(1)
+    editor.labelled('Find:').click()
+    subprocess.run(['xdotool', 'type', 'Station Stop'], check=True)
+    keys('Return')
+    editor.find('push button', 'Edit Script').press()
+    window = program.window('Script Editor')
+    time.sleep(1)
+    subprocess.run(['xdotool', 'search', '--onlyvisible', '--name', 'Script Editor', 'windowmove',
+                    '200', '120'], check=True)
+    keys('Down', 'Down', 'Down', 'Down', 'Right', 'Return')
+    x, y, width, height = window.extents()
+    frame = (3, 22)  # of the window manager: sides, and title
+    take(folder, 'script-editor',
+         (x - frame[0], y - frame[1], width + 2 * frame[0], height + frame[0] + frame[1]))
+
+
 def main(folder, which, *command):
     with Program(*command) as program:
-        {'windows': windows, 'club': club, 'drawing': drawing}[which](folder, program)
+        {'windows': windows, 'club': club, 'drawing': drawing,
+         'scripts': scripts}[which](folder, program)
 
 
 main(*sys.argv[1:])

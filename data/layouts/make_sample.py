@@ -83,7 +83,7 @@ def make_scripts(view):
                        ['set-direction', 'This', direction], ['set-speed', 'This', 40, '%']])
 
     return [
-        script('Slow Station', [occupied('While', 'Station 1'), occupied('Or', 'Station 2')],
+        script('Slow Curves', [occupied('While', 'East Curve'), occupied('Or', 'West Curve')],
                [['set-speed', 'This', 40, '%']]),
         script('Station Stop', [occupied('When', 'Station 1')],
                [['wait', 2], ['save'], ['set-speed', 'This', 0, '%'], ['wait', 6],

@@ -49,6 +49,8 @@ class ScriptEvent : public ScriptLine {
   [[nodiscard]] virtual bool is_armed() const { return true; }
   /// Whether `arm` would arm it.
   [[nodiscard]] virtual bool sleeps() const { return false; }
+  /// Whether somebody has armed it, though it may have nothing to watch by now.
+  [[nodiscard]] virtual bool is_awake() const { return false; }
   /// Watches what it names: the same as choosing its present subject again in its menu.
   virtual void arm() {}
   /// A sentence for a person; empty when it is armed.

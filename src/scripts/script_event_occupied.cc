@@ -155,6 +155,7 @@ void ScriptEventOccupied::follow() {
 
 void ScriptEventOccupied::choose_any() {
   set_subject(nullptr, true);
+  awake_ = true;
   auto& all = Layout::get().get_all_blocks();
   occupied_changed_ = all.signal_changed().connect([this] { fire(); });
   lok_changed_ = all.signal_lok_changed().connect([this] { fire(); });
@@ -168,6 +169,7 @@ void ScriptEventOccupied::choose_this() {
 
 void ScriptEventOccupied::choose(Block* chosen) {
   set_subject(chosen, false);
+  awake_ = true;
   follow();
   occupied_changed_ = chosen->signal_occupied().connect([this] { fire(); });
   lok_changed_ = chosen->signal_lok_changed().connect([this] { fire(); });

@@ -27,6 +27,7 @@ class ScriptEventOccupied : public ScriptEvent {
 
   [[nodiscard]] bool is_armed() const override;
   [[nodiscard]] bool sleeps() const override;
+  [[nodiscard]] bool is_awake() const override { return awake_; }
   void arm() override;
   [[nodiscard]] Glib::ustring asleep_because() const override;
 
@@ -50,6 +51,7 @@ class ScriptEventOccupied : public ScriptEvent {
   ScopedConnection occupied_changed_;
   ScopedConnection lok_changed_;
   ScopedConnection ended_;  // also while nothing else is watched
+  bool awake_ = false;
   bool occupied = true;
   bool any = true;
   Block* block = nullptr;

@@ -153,7 +153,7 @@ void Script::restore_conditions(const YAML::Node& now, const YAML::Node& entry) 
             {[this](unsigned index) { remove_condition(index); },
              [this](unsigned from, unsigned to) { move_condition(from, to); },
              [&](unsigned index, bool replaces) {
-               const bool arm = replaces && get_condition(index)->is_armed();
+               const bool arm = replaces && get_condition(index)->is_awake();
                if (replaces) remove_condition(index);
                insert_condition(index, later[index], arm);
              }});

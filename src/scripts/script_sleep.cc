@@ -9,12 +9,18 @@
 namespace zemblar {
 namespace {
 
+StatusNote& note() {
+  static auto* note = new StatusNote;  // never destroyed: the status line may go before it
+  return *note;
+}
+
 // What Open itself has to tell comes first.
 void tell_sleepers() {
+  note().take_back();
   signal_sleeping_changed().emit();
   const auto count = sleeping_scripts();
   if (count == 0 || !get_status().empty()) return;
-  set_status(Glib::ustring::compose(
+  note().tell(Glib::ustring::compose(
       dngettext(GETTEXT_PACKAGE,
                 "One script sleeps; “Start Scripts” in the Scripts panel wakes it.",
                 "%1 scripts sleep; “Start Scripts” in the Scripts panel wakes them.", count),
@@ -23,6 +29,9 @@ void tell_sleepers() {
 
 [[maybe_unused]] const auto opened =
     Layout::signal_replaced().connect(sigc::ptr_fun(&tell_sleepers));
+[[maybe_unused]] const auto woken = signal_sleeping_changed().connect([] {
+  if (note().is_told() && sleeping_scripts() == 0) note().take_back();
+});
 
 Script* script_at(unsigned place) {
   return dynamic_cast<Script*>(Layout::get().get_scripts().child_at(place));

@@ -106,6 +106,12 @@ class Scripts(unittest.TestCase):
         time.sleep(0.6)  # a release that follows too soon leaves a menu open
         self.menu_item(name).click()
 
+    def type_number(self, number):
+        """Into the editor that is about to open, which assistive technology does not see."""
+        time.sleep(0.5)
+        type_keys(number)
+        press_keys('Return')
+
     def expect_speed(self):
         """40 % of 126."""
         self.log.wait_for(r'<- set\(\d+,speed\[50\]\)')
@@ -147,6 +153,48 @@ class Scripts(unittest.TestCase):
         self.expect_speed()
         self.window.find('push button', 'Close').click()
         self.program.gone(TITLE)
+
+    def test_a_shuttle_goes_to_and_fro(self):
+        """One end is written with the pointer, the other one by keys."""
+        lines = ('Wait 3 seconds', 'Set This Locomotive Speed to 0%', 'Wait 5 seconds',
+                 'Set This Locomotive {}', 'Set This Locomotive Speed to 40%', 'Add Command…')
+        for command, word, value in (('Wait', 0, '3'), ('Set Locomotive Speed', 1, '0'),
+                                     ('Wait', 0, '5'), ('Set Locomotive Direction', 1, 'Reverse'),
+                                     ('Set Locomotive Speed', 1, '40')):
+            self.click_word('Add Command…', 0)
+            self.choose_by_pointer(command)
+            written = self.sentences.rows()[-2]
+            press_keys('Home')  # words are found by their line, which a selected row hides
+            self.click_word(written, word)
+            if value.isdigit():
+                self.type_number(value)
+            else:
+                self.choose_by_pointer(value)
+            wait_for(lambda: self.sentences.rows()[-2] != written, f'{value} in {written}')
+        self.click_word('Add Condition…', 0)
+        self.choose_by_pointer('Block is (un)occupied')
+        self.choose_by_pointer('Branch South')
+        self.expect('When Branch South is Occupied', 'Add Condition…',
+                    *(line.format('Reverse') for line in lines))
+        self.window.find('push button', 'Close').click()
+        self.program.gone(TITLE)
+
+        self.open_new_script()
+        for command, way, value in (('Wait', (), '3'), ('Set Locomotive Speed', ('Right',), '0'),
+                                    ('Wait', (), '5'), ('Set Locomotive Direction', (), ''),
+                                    ('Set Locomotive Speed', ('Right',), '40')):
+            press_keys('End', 'Return')
+            self.choose_by_keys(command)
+            if value:
+                press_keys(*way, 'Return')
+                self.type_number(value)
+        press_keys('Home', 'Return')
+        self.choose_by_keys('Block is (un)occupied')
+        self.choose_by_keys('Branch North')
+        self.expect('When Branch North is Occupied', 'Add Condition…',
+                    *(line.format('Forwards') for line in lines))
+        for end in ('South', 'North', 'South'):
+            self.log.wait_for(f'Railcar 5 enters Branch {end}')
 
 
 unittest.main(argv=sys.argv[:1], verbosity=2)

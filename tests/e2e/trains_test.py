@@ -48,6 +48,19 @@ class Trains(unittest.TestCase):
         self.choose_output_types(editor)
         self.assertIsNone(self.program.process.poll())
 
+    def test_the_scripts_of_the_file_sleep_until_they_are_started(self):
+        editor = self.program.window('Zemblar 0.1 — Track Editor')
+        self.log.wait_for('Railcar 5 stands in Branch North')
+        for tabs in editor.find_all('page tab list'):
+            if 'All' in [tab.name for tab in tabs.children()]:
+                tabs.select(1)
+        editor.find('tree table', 'Objects').select_row('Scripts')
+        start = editor.find('push button', 'Start Scripts')
+        wait_for(lambda: '4 scripts sleep' in self.program.status(), 'the status line')
+        start.press()
+        wait_for(lambda: not start.sensitive, 'nothing sleeps any more')
+        self.log.wait_for('Railcar 5 enters Branch South')
+
     def choose_output_types(self, editor):
         """Each type of output has rows of its own, shown when it is chosen."""
         for tabs in editor.find_all('page tab list'):

@@ -266,6 +266,36 @@ TEST_F(EditTest, what_was_moved_goes_back_without_an_end) {
 
 // Lines that an undo does not touch go on watching; one that it brings back in the place of another
 // watches as that one did.
+TEST_F(EditTest, a_line_sleeps_or_watches_after_undo_as_it_did_before) {
+  for (const bool awake : {false, true}) {
+    for (const bool deleted : {false, true}) {
+      SCOPED_TRACE(testing::Message() << awake << deleted);
+      auto* block = layout().get_blocks().add(new Zone);
+      auto* made = layout().get_scripts().add(new Script);
+      auto* first = new ScriptEventOccupied;
+      auto* second = new ScriptEventOccupied;
+      made->add_condition(first);
+      made->add_condition(second);
+      second->choose(block);
+      auto* names = second;
+      if (!awake) {
+        // As from a file.
+        layout().open(folder.write("asleep.zblt", layout().serialize()));
+        block = dynamic_cast<Zone*>(layout().get_blocks().child_at(0));
+        made = dynamic_cast<Script*>(layout().get_scripts().child_at(0));
+        names = dynamic_cast<ScriptEventOccupied*>(made->get_condition(1));
+      }
+      act([&] { deleted ? block->destroy() : names->choose_this(); });
+      ASSERT_TRUE(undo());
+      const auto* line = dynamic_cast<ScriptEventOccupied*>(made->get_condition(1));
+      EXPECT_EQ(line->get_block(), layout().get_blocks().child_at(0));
+      EXPECT_EQ(line->is_armed(), awake);
+      layout().new_document(false);
+      steps.clear();
+    }
+  }
+}
+
 TEST_F(EditTest, an_edit_of_a_script_is_taken_back_line_by_line) {
   auto* block = layout().get_blocks().add(new Zone);
   auto* made = layout().get_scripts().add(new Script);

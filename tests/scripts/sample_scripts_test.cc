@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 
+#include "core/status.h"
 #include "locomotives/lok.h"
 #include "runtime/timer.h"
 #include "scripts/script.h"
@@ -71,6 +72,7 @@ TEST_F(SampleScripts, drive_a_shuttle_on_the_branch) {
   EXPECT_EQ(way, "") << "scripts of a file sleep";
   start_scripts();
   EXPECT_EQ(sleeping_scripts(), 0u);
+  EXPECT_EQ(get_status(), "") << "nobody is told of sleepers any more";
   clock.advance(120s);
   const std::string south = "Branch Crossing, Branch South, ";
   const std::string north = "Branch Crossing, Branch North, ";
@@ -78,8 +80,8 @@ TEST_F(SampleScripts, drive_a_shuttle_on_the_branch) {
   EXPECT_EQ(accidents, 0u);
 }
 
-TEST_F(SampleScripts, slow_and_stop_a_train_in_the_station_and_let_it_go) {
-  auto* express = put("Express 103", "West Curve", 500);
+TEST_F(SampleScripts, slow_a_train_in_the_curve_and_stop_it_in_the_station) {
+  auto* express = put("Express 103", "North Line West", 500);
   start_scripts();
   express->set_speed(100);
   constexpr unsigned slow = 50;  // 40 %
@@ -93,10 +95,10 @@ TEST_F(SampleScripts, slow_and_stop_a_train_in_the_station_and_let_it_go) {
       slowed += express->get_speed_overlay() == slow ? 100ms : 0ms;
     }
   }
-  EXPECT_EQ(way, "West Point, Station 1, East Point, East Curve, ");
+  EXPECT_EQ(way, "West Curve, West Point, Station 1, East Point, East Curve, ");
   EXPECT_NEAR(std::chrono::duration<double>(stopped).count(), 7, 0.3);
   EXPECT_GT(slowed, 2s);
-  clock.advance(10s);
+  clock.advance(20s);
   EXPECT_EQ(express->get_speed(), 100u);
   EXPECT_EQ(express->get_speed_overlay(), 100u) << "as before, once it has left";
   EXPECT_TRUE(layout().script_overlays.empty());

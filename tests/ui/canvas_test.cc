@@ -253,7 +253,7 @@ TEST_F(CanvasTest, the_whole_drawing_comes_back_from_wherever_it_went) {
   scroll(GDK_SCROLL_DOWN, {10, 10}, 5);
   canvas.show_whole();
   EXPECT_EQ(canvas.get_zoom(), 1);
-  EXPECT_EQ(on_canvas({0, 0}), Vector(canvas.get_width() / 2.0, canvas.get_height() / 2.0));
+  EXPECT_EQ(on_canvas({0, 0}), (Vector{canvas.get_width() / 2.0, canvas.get_height() / 2.0}));
 }
 
 TEST_F(CanvasTest, a_picture_lies_in_the_middle_and_goes_with_the_rest) {
