@@ -105,9 +105,9 @@ class CRScript : public Gtk::CellRenderer {
   Gtk::CellEditable* show(Editor& editor, unsigned arg, int left, const End& end);
   void pop_up(Gtk::TreeView& tree, unsigned arg, const Gdk::Rectangle& cell_area);
   [[nodiscard]] Gtk::CellEditable* edit(Gtk::Widget& tree, unsigned arg);
-  [[nodiscard]] Gtk::CellEditable* edit_number(unsigned arg, int left);
-  [[nodiscard]] Gtk::CellEditable* edit_text(unsigned arg, int left);
-  [[nodiscard]] Gtk::CellEditable* edit_custom(unsigned arg, int left);
+  [[nodiscard]] Gtk::CellEditable* edit_number(Gtk::Widget& tree, unsigned arg, int left);
+  [[nodiscard]] Gtk::CellEditable* edit_text(Gtk::Widget& tree, unsigned arg, int left);
+  [[nodiscard]] Gtk::CellEditable* edit_custom(Gtk::Widget& tree, unsigned arg, int left);
 
   ScriptRow row_;
   unsigned refresh_ = 0;

@@ -1,6 +1,9 @@
 // The in-place editors of a script's arguments.
 
 #include <gtkmm/entry.h>
+#include <gtkmm/treeview.h>
+
+#include <algorithm>
 
 #include "core/i18n.h"
 #include "scripts/script.h"
@@ -14,6 +17,18 @@ namespace zemblar {
 namespace {
 
 constexpr int gap = 6;
+
+/// So far left that an editor is seen as a whole, where there is room: it covers the words before
+/// it.
+int seen_from(Gtk::Widget& tree, int left, Gtk::Widget& editor) {
+  const auto* list = dynamic_cast<Gtk::TreeView*>(&tree);
+  if (!list) return left;
+  editor.show_all();
+  Gdk::Rectangle visible;
+  list->get_visible_rect(visible);
+  const int room = visible.get_x() + visible.get_width() - editor.size_request().width - gap;
+  return std::max(0, std::min(left, room));
+}
 
 /// Holds one widget, `left` pixels from the cell's left side.
 ScriptAlignment& place_at(int left, Gtk::Widget& widget) {
@@ -40,11 +55,11 @@ Gtk::CellEditable* CRScript::edit(Gtk::Widget& tree, unsigned arg) {
   const int left = place_of(tree, arg).first;
   switch (row_.arg_type(arg)) {
     case ScriptLine::ArgType::number:
-      return edit_number(arg, left);
+      return edit_number(tree, arg, left);
     case ScriptLine::ArgType::text:
-      return edit_text(arg, left);
+      return edit_text(tree, arg, left);
     case ScriptLine::ArgType::custom:
-      return edit_custom(arg, left);
+      return edit_custom(tree, arg, left);
     case ScriptLine::ArgType::menu:
     case ScriptLine::ArgType::plain:
       break;
@@ -67,11 +82,12 @@ Gtk::CellEditable* CRScript::show(Editor& editor, unsigned arg, int left, const 
 }
 
 // An unchanged value is no edit: it would count as unsaved work.
-Gtk::CellEditable* CRScript::edit_number(unsigned arg, int left) {
+Gtk::CellEditable* CRScript::edit_number(Gtk::Widget& tree, unsigned arg, int left) {
   auto* line = row_.line;
   SpinRange range;
   line->get_spin_range(arg, range);
   auto& spin = make_spin(range);
+  left = seen_from(tree, left, spin);
   return show(place_at(left, spin), arg, left,
               [&spin, line, arg, before = spin.get_value()](bool cancelled) {
                 const double value = spin.get_value();
@@ -79,7 +95,7 @@ Gtk::CellEditable* CRScript::edit_number(unsigned arg, int left) {
               });
 }
 
-Gtk::CellEditable* CRScript::edit_text(unsigned arg, int left) {
+Gtk::CellEditable* CRScript::edit_text(Gtk::Widget& tree, unsigned arg, int left) {
   auto* line = row_.line;
   const auto before = line->get_arg_text(arg);
   auto& combo = *Gtk::manage(new ComboBoxText(true));
@@ -89,6 +105,7 @@ Gtk::CellEditable* CRScript::edit_text(unsigned arg, int left) {
   combo.set_text(before);
   auto& entry = *combo.get_entry();
   entry.get_accessible()->set_name(_("Name"));
+  left = seen_from(tree, left, combo);
   combo.set_focus_chain(std::vector<Gtk::Widget*>{&entry});
   return show(place_at(left, combo), arg, left, [&combo, line, arg, before](bool cancelled) {
     const auto text = combo.get_text();
@@ -96,13 +113,15 @@ Gtk::CellEditable* CRScript::edit_text(unsigned arg, int left) {
   });
 }
 
-Gtk::CellEditable* CRScript::edit_custom(unsigned arg, int left) {
+Gtk::CellEditable* CRScript::edit_custom(Gtk::Widget& tree, unsigned arg, int left) {
   auto* line = row_.line;
   auto& box = *Gtk::manage(new ScriptHBox(false, gap));
+  void* state = line->create_editor(arg, box);
+  left = seen_from(tree, left, box);
   auto& before = *Gtk::manage(new Gtk::Alignment);
   before.set_size_request(std::max(0, left - gap), -1);
   box.pack_start(before, false, false);
-  void* state = line->create_editor(arg, box);
+  box.reorder_child(before, 0);
   return show(box, arg, left,
               [line, arg, state](bool cancelled) { line->finish_editor(arg, cancelled, state); });
 }

@@ -111,14 +111,25 @@ void finish_cell(Gtk::Widget* widget) {
   }
 }
 
+/// What is done to one window may end others, which the toolkit's list does not notice.
+template <typename Visit>
+void visit_windows(const Visit& visit) {
+  auto* windows = gtk_window_list_toplevels();
+  g_list_foreach(
+      windows, [](gpointer window, gpointer) { g_object_ref(window); }, nullptr);
+  for (auto* next = windows; next; next = next->next) visit(GTK_WINDOW(next->data));
+  g_list_free_full(windows, g_object_unref);
+}
+
 // What is being typed counts when its field is left, and no menu or key makes that happen.
 void finish_edits() {
-  for (auto* window : Gtk::Window::list_toplevels()) {
-    auto* focus = window->get_focus();
+  visit_windows([](GtkWindow* window) {
+    auto* focused = gtk_window_get_focus(window);
+    auto* focus = focused ? Glib::wrap(focused) : nullptr;
     if (auto* number = dynamic_cast<Gtk::SpinButton*>(focus)) number->update();
     if (auto* name = dynamic_cast<NameEntry*>(focus)) name->finish();
     finish_cell(focus);
-  }
+  });
 }
 
 }  // namespace
@@ -128,10 +139,10 @@ void install_layout_dialogs() {
 }
 
 void close_dialogs() {
-  for (auto* window : Gtk::Window::list_toplevels()) {
-    auto* dialog = dynamic_cast<Gtk::Dialog*>(window);
-    if (dialog && dialog->get_visible()) dialog->response(Gtk::RESPONSE_DELETE_EVENT);
-  }
+  visit_windows([](GtkWindow* window) {
+    if (!GTK_IS_DIALOG(window) || !gtk_widget_get_visible(GTK_WIDGET(window))) return;
+    gtk_dialog_response(GTK_DIALOG(window), GTK_RESPONSE_DELETE_EVENT);
+  });
 }
 
 }  // namespace zemblar

@@ -270,7 +270,11 @@ TEST_F(Editor, takes_a_click_on_a_word_for_that_word) {
   window.click(4, 1);
   EXPECT_TRUE(window.editor<Gtk::SpinButton>());
   window.click(2, 5);
-  EXPECT_TRUE(window.editor<Gtk::RadioButton>()) << "at the first click";
+  ASSERT_TRUE(window.editor<Gtk::RadioButton>()) << "at the first click";
+  const auto last = get_widget<Gtk::RadioButton>(*window, "km/h").get_allocation();
+  Gdk::Rectangle seen;
+  window.list().get_visible_rect(seen);
+  EXPECT_LE(last.get_x() + last.get_width(), seen.get_width()) << "however long the sentence is";
 }
 
 TEST_F(Editor, edits_numbers_and_names_in_place_and_keeps_what_is_cancelled_or_refused) {
@@ -468,6 +472,14 @@ TEST_F(Editor, takes_over_what_is_being_typed_when_it_closes_or_the_layout_is_sa
   layout().save_to(Glib::filename_to_uri(path), false);
   EXPECT_THAT(bytes_of(path), testing::HasSubstr("[wait, 9]"));
   EXPECT_FALSE(window.editor<Gtk::Entry>());
+  // The list of a name has a window of its own, which goes with it.
+  script.add_command(create_script_command("get-speed", script));
+  EXPECT_EQ(window.rows()[2], "Get This Locomotive Speed as Speed");
+  window.click(2, 2);
+  ASSERT_TRUE(window.editor<Gtk::Entry>());
+  window.type("Slow");
+  layout().save();
+  EXPECT_THAT(bytes_of(path), testing::HasSubstr("[get-speed, This, Slow]"));
   window.click(1, 1);
   window.type("7");
   window.press({GDK_w}, GDK_CONTROL_MASK);
