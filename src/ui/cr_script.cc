@@ -207,6 +207,11 @@ void CRScript::render_vfunc(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widg
   gtk_paint_layout(widget.get_style()->gobj(), GDK_WINDOW(window->gobj()),
                    static_cast<GtkStateType>(look.state), TRUE, expose_area.gobj(), widget.gobj(),
                    "cellrenderertext", cell_area.get_x() + margin, y, layout->gobj());
+  // An editor that had to come to the left stands on words.
+  if (!is_editing() || editing_->left >= extents(layout, editing_->arg).first) return;
+  draw_behind(window, widget, expose_area,
+              {cell_area.get_x() + editing_->left, background_area.get_y(), editing_->width(),
+               background_area.get_height()});
 }
 
 // An editor stands on the colour of an unselected row.

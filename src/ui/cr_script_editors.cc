@@ -26,7 +26,9 @@ int seen_from(Gtk::Widget& tree, int left, Gtk::Widget& editor) {
   editor.show_all();
   Gdk::Rectangle visible;
   list->get_visible_rect(visible);
-  const int room = visible.get_x() + visible.get_width() - editor.size_request().width - gap;
+  // In the list the theme may make it larger than it is out here.
+  const int editor_width = editor.size_request().width * 4 / 3;
+  const int room = visible.get_x() + visible.get_width() - editor_width - gap;
   return std::max(0, std::min(left, room));
 }
 

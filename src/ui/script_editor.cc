@@ -20,7 +20,7 @@ namespace {
 
 constexpr int margin = 12;
 constexpr int gap = 6;
-constexpr int width = 640;
+constexpr int width = 700;
 constexpr int height = 400;
 
 template <typename Act>

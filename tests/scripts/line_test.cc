@@ -4,6 +4,7 @@
 
 #include "core/document_watcher.h"
 #include "core/yaml_io.h"
+#include "scripts/func_holder.h"
 #include "scripts/script_command_wait.h"
 #include "scripts/script_variable.h"
 #include "tests/scripts/script_scene.h"
@@ -315,6 +316,18 @@ TEST(ScriptValue, is_read_as_what_it_is_and_compares_a_speed_in_either_unit) {
   EXPECT_TRUE(speed(1, 2) == speed(1, 3));
   EXPECT_TRUE(speed(1, 2) == speed(4, 2));
   EXPECT_FALSE(speed(1, 2) == speed(2, 1));
+}
+
+TEST_F(Lines, a_function_that_ends_leaves_the_name_that_it_had) {
+  Lok* lok = layout().get_loks().add(new Lok);
+  auto* bell = lok->add(new Function(lok));
+  FuncHolder held;
+  held.set_function(bell);
+  bell->set_name("Whistle");
+  bell->destroy();
+  EXPECT_EQ(held.get_function(), nullptr);
+  EXPECT_EQ(held.get_name(), "Whistle");
+  EXPECT_EQ(held.get_lok(), lok);
 }
 
 }  // namespace

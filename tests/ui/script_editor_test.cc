@@ -125,11 +125,11 @@ class Window {
     return {area.get_x() + left, area.get_y(), width, area.get_height()};
   }
   /// Presses the pointer's button in the middle of an argument, or `aside` pixels behind it.
-  void click(unsigned row, unsigned arg, int aside = 0) const {
+  void click(unsigned row, unsigned arg, int aside = 0, unsigned button = 1) const {
     const auto place = place_of(row, arg);
     const int width = place.get_width();
     send_press(place.get_x() + (aside ? width + aside : width / 2),
-               place.get_y() + place.get_height() / 2);
+               place.get_y() + place.get_height() / 2, button);
   }
 
   [[nodiscard]] bool has_tooltip(unsigned row) const {
@@ -150,10 +150,10 @@ class Window {
   }
 
  private:
-  void send_press(int x, int y) const {
+  void send_press(int x, int y, unsigned button) const {
     auto* event = gdk_event_new(GDK_BUTTON_PRESS);
     event->button.window = GDK_WINDOW(g_object_ref(list().get_bin_window()->gobj()));
-    event->button.button = 1;
+    event->button.button = button;
     event->button.x = x;
     event->button.y = y;
     gtk_main_do_event(event);
@@ -267,6 +267,23 @@ TEST_F(Editor, takes_a_click_on_a_word_for_that_word) {
     window.click(row, arg, arg == 4 ? 400 : 1);
     EXPECT_FALSE(open_menu()) << "beside " << row << ", " << arg;
   }
+  for (const unsigned button : {2, 3}) {
+    window.click(0, 1, 0, button);
+    EXPECT_FALSE(open_menu()) << button;
+  }
+  // The keys stop at the last word.
+  window.select(0);
+  for (int i = 0; i < 5; ++i) window.press({GDK_Right});
+  window.press({GDK_Left, GDK_Return});
+  EXPECT_THAT(offered(), testing::Contains("Any Block"));
+  auto* place = layout().get_blocks().add(new Zone);
+  open_menu()->popdown();
+  handle_events();
+  window.press({GDK_Return});
+  place->destroy();
+  EXPECT_FALSE(open_menu()->items().back().get_sensitive()) << "it has ended meanwhile";
+  open_menu()->popdown();
+  handle_events();
   window.click(4, 1);
   EXPECT_TRUE(window.editor<Gtk::SpinButton>());
   window.click(2, 5);
