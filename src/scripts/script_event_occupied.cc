@@ -123,6 +123,7 @@ bool ScriptEventOccupied::sleeps() const {
 }
 
 void ScriptEventOccupied::arm() {
+  awake_ = true;
   if (block) return choose(block);
   return any ? choose_any() : choose_this();
 }

@@ -82,6 +82,8 @@ void Script::sweep() {
   }
   for (const auto& instance : starting) {
     if (!is_at_work()) return;
+    // A run that has just begun may have ended what this one is for.
+    if (!instances.contains(instance)) continue;
     fiber::spawn([this, instance] { run_instance(instance); });
     if (!alive) return;
   }

@@ -62,6 +62,7 @@ void ScriptMenu::pop_up(const ScriptRow& row, unsigned arg, const Gdk::Rectangle
     menu_.reset(row.make_menu(arg, added));
   }
   if (!menu_) return;
+  if (menu_->items().empty()) return menu_.reset();
   const auto current = row.arg_text(arg);
   menu_->get_accessible()->set_name(current);
   drop_when_hidden(menu_, drop_menu_);

@@ -73,6 +73,27 @@ TEST_F(Survival, documents_that_are_left) {
   EXPECT_EQ(gone_on, 4);
 }
 
+TEST_F(Survival, a_run_ends_what_the_next_one_was_to_be_for) {
+  layout().new_document(false);
+  std::vector<Lok*> loks;
+  for (const auto* name : {"A", "B", "C"}) {
+    loks.push_back(new_lok(name));
+    zone(name)->set_lok(loks.back());
+  }
+  auto* made = script();
+  unsigned started = 0;
+  act(*made, [&](ScriptContext& context) {
+    ++started;
+    const auto* mine = context.lok();
+    for (auto* other : std::exchange(loks, {})) {
+      if (other != mine) other->destroy();
+    }
+  });
+  condition(*made, "Any Block");
+  EXPECT_EQ(started, 1u);
+  EXPECT_EQ(made->num_runs(), 0u);
+}
+
 TEST_F(Survival, objects_that_end_under_runs_that_wait) {
   const struct {
     const char* name;
