@@ -29,9 +29,7 @@ def act(what, action, *arguments):
 
 
 def show_block(editor, name):
-    for tabs in editor.find_all('page tab list'):
-        if 'All' in [tab.name for tab in tabs.children()]:
-            tabs.select(1)
+    editor.show_page('All')
     editor.find('tree table', 'Objects').select_row(name)
 
 

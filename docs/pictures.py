@@ -47,9 +47,7 @@ def drive(program, throttle, name, speed, former='(None)'):
 
 
 def show(editor, name):
-    for tabs in editor.find_all('page tab list'):
-        if 'All' in [tab.name for tab in tabs.children()]:
-            tabs.select(1)
+    editor.show_page('All')
     editor.find('tree table', 'Objects').select_row(name)
 
 
@@ -153,9 +151,7 @@ def scripts(folder, program):
     def keys(*names):
         subprocess.run(['xdotool', 'key', '--delay', '120', *names], check=True)
 
-    for tabs in editor.find_all('page tab list'):
-        if 'All' in [tab.name for tab in tabs.children()]:
-            tabs.select(1)
+    editor.show_page('All')
     editor.labelled('Find:').click()
     subprocess.run(['xdotool', 'type', 'Station Stop'], check=True)
     keys('Return')

@@ -25,6 +25,12 @@ class EditHistory : public sigc::trackable {
   /// Another step may be next.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
+  /// Serves events from now on, those of windows without a history as well.
+  static void install();
+  /// Serves one.
+  static void dispatch(GdkEvent* event);
+
+ private:
   /// What changes while it lives was done in that window.
   class Work {
    public:
@@ -34,12 +40,6 @@ class EditHistory : public sigc::trackable {
     Work& operator=(const Work&) = delete;
   };
 
-  /// Serves events from now on, those of windows without a history as well.
-  static void install();
-  /// Serves one.
-  static void dispatch(GdkEvent* event);
-
- private:
   EditList& prepare();
   void step_back(bool (EditList::*step)());
   static EditHistory* of(GtkWidget* widget);

@@ -25,9 +25,6 @@ class ObjectPicker {
            ObjectMenuBase::Chosen chosen, bool with_none);
 
  private:
-  template <typename T>
-  void drop_when_hidden(std::unique_ptr<T>& shown);
-
   std::unique_ptr<Gtk::Menu> menu_;
   std::unique_ptr<Gtk::Window> finder_;
   ScopedConnection drop_;

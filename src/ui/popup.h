@@ -1,6 +1,11 @@
 #pragma once
 
 #include <gdkmm/rectangle.h>
+#include <glibmm/main.h>
+
+#include <memory>
+
+#include "runtime/scoped_connection.h"
 
 namespace Gtk {
 class Menu;
@@ -14,5 +19,18 @@ namespace zemblar {
 void popup_below(Gtk::Menu& menu, Gtk::Widget& button);
 /// The same under a part of the screen.
 void popup_below(Gtk::Menu& menu, const Gdk::Rectangle& area);
+
+/// Ends a menu or a window in the turn after it was hidden, when its choice has been made:
+/// thousands of entries that follow their objects would cost much, and nobody sees them. `drop`
+/// belongs to the owner of what is shown.
+template <typename T>
+void drop_when_hidden(std::unique_ptr<T>& shown, ScopedConnection& drop) {
+  shown->signal_hide().connect([&shown, &drop] {
+    drop = Glib::signal_idle().connect([&shown] {
+      shown.reset();
+      return false;
+    });
+  });
+}
 
 }  // namespace zemblar

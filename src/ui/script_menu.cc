@@ -1,10 +1,11 @@
 #include "ui/script_menu.h"
 
 #include <atkmm/object.h>
-#include <glibmm/main.h>
 #include <gtkmm/menuitem.h>
 
 #include <algorithm>
+#include <memory>
+#include <unordered_map>
 
 #include "core/i18n.h"
 #include "core/layout.h"
@@ -39,9 +40,15 @@ std::vector<ScriptChoice> without_objects(const std::vector<ScriptChoice>& choic
   return shorter;
 }
 
-const ScriptChoice* find(const std::vector<ScriptChoice>& choices, const Object* object) {
-  const auto found = std::ranges::find(choices, object, &ScriptChoice::object);
-  return object && found != choices.end() ? &*found : nullptr;
+/// By what they are about: the finder asks for each object of the layout.
+using ByObject = std::unordered_map<const Object*, ScriptChoice>;
+
+ByObject by_object(const std::vector<ScriptChoice>& choices) {
+  ByObject found;
+  for (const auto& choice : choices) {
+    if (choice.object) found.emplace(choice.object, choice);
+  }
+  return found;
 }
 
 }  // namespace
@@ -73,14 +80,16 @@ void ScriptMenu::pop_up(const ScriptRow& row, unsigned arg, const Gdk::Rectangle
 }
 
 void ScriptMenu::search(const std::vector<ScriptChoice>& choices, Gtk::Window* parent) {
+  const auto offered = std::make_shared<const ByObject>(by_object(choices));
   ObjectChoices objects{
       .heading = _("Search"),
       .none = {},
       .how_to_make = {},
       .container = []() -> Object& { return Layout::get(); },
-      .offers = [choices](const Object& object) { return find(choices, &object) != nullptr; }};
-  const auto chosen = [choices](Object* object) {
-    if (const auto* choice = find(choices, object)) choice->choose();
+      .offers = [offered](const Object& object) { return offered->contains(&object); }};
+  const auto chosen = [offered](Object* object) {
+    const auto choice = offered->find(object);
+    if (choice != offered->end()) choice->second.choose();
   };
   finder_ = std::make_unique<ObjectFinder>(objects, chosen, false);
   if (parent) finder_->set_transient_for(*parent);
@@ -96,17 +105,6 @@ void ScriptMenu::let_go(const ScriptLine& line) {
 void ScriptMenu::close() {
   if (menu_) menu_->popdown();
   if (finder_) finder_->hide();
-}
-
-// In the next turn, when the choice has been made.
-template <typename T>
-void ScriptMenu::drop_when_hidden(std::unique_ptr<T>& shown, ScopedConnection& drop) {
-  shown->signal_hide().connect([&shown, &drop] {
-    drop = Glib::signal_idle().connect([&shown] {
-      shown.reset();
-      return false;
-    });
-  });
 }
 
 }  // namespace zemblar

@@ -32,9 +32,6 @@ class ScriptMenu {
 
  private:
   void search(const std::vector<ScriptChoice>& choices, Gtk::Window* parent);
-  template <typename T>
-  void drop_when_hidden(std::unique_ptr<T>& shown, ScopedConnection& drop);
-
   const ScriptLine* line_ = nullptr;  // whose argument is chosen; null in an entry that adds
   std::unique_ptr<Gtk::Menu> menu_;
   std::unique_ptr<Gtk::Window> finder_;

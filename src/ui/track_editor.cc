@@ -119,10 +119,8 @@ EditorView* TrackEditor::current_canvas() const {
 void TrackEditor::use_tool(DiagramKind kind, bool existing) {
   auto* canvas = current_canvas();
   assert(canvas && "editor");
-  const EditHistory::Work work(history_);
   if (!existing) return place_new(*canvas, kind);
   const auto place = [this, kind](zemblar::Object* chosen) {
-    const EditHistory::Work chosen_here(history_);
     auto* page = current_canvas();
     if (chosen && page) page->place(draw_object(kind, *chosen), {});
   };

@@ -27,9 +27,7 @@ class Drive(unittest.TestCase):
         self.show_all_objects()
 
     def show_all_objects(self):
-        for tabs in self.editor.find_all('page tab list'):
-            if 'All' in [tab.name for tab in tabs.children()]:
-                tabs.select(1)
+        self.editor.show_page('All')
         self.objects = self.editor.find('tree table', 'Objects')
 
     def panel_of(self, row):

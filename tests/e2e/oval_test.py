@@ -49,7 +49,7 @@ class Oval(DrawingTest):
 
     def edit_tracks(self):
         """Gives each a name and an input of a reader, the point as well."""
-        self.show_page('All')
+        self.editor.show_page('All')
         for number, name in enumerate(TRACKS, 1):
             self.find_object(f'Zone {number}')
             self.editor.labelled('Name:').click()
@@ -58,14 +58,8 @@ class Oval(DrawingTest):
             pointer('key', 'Return')
             self.choose_detector(f'Input {number}')
         self.find_object('Point 1')
-        self.show_page('Occupancy')
+        self.editor.show_page('Occupancy')
         self.choose_detector(f'Input {len(TRACKS) + 1}')
-
-    def show_page(self, name):
-        for tabs in self.editor.find_all('page tab list'):
-            names = [tab.name for tab in tabs.children()]
-            if name in names:
-                tabs.select(names.index(name))
 
     def find_object(self, name):
         self.editor.labelled('Find:').click()

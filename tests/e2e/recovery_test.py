@@ -38,10 +38,7 @@ class Recovery(unittest.TestCase):
         return editor.find('menu', 'Further Files')
 
     def add_view(self, editor):
-        for tabs in editor.find_all('page tab list'):
-            for index, page in enumerate(tabs.children()):
-                if page.name == 'All':
-                    tabs.select(index)
+        editor.show_page('All')
         editor.find('tree table', 'Objects').select_row('Views')
         editor.find('push button', 'New View').press()
 

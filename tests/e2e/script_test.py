@@ -4,16 +4,13 @@
     script_test.py DEMONSTRATION LAYOUT
 """
 
-import os
-import shutil
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
 
-import two_trains
-from zemblar_ui import NotSeen, Program, press_keys, type_keys, wait_for
+from demonstration import DemonstrationTest
+from zemblar_ui import NotSeen, press_keys, type_keys, wait_for
 
 DEMONSTRATION, LAYOUT = sys.argv[1:3]
 TITLE = 'Script Editor'
@@ -43,27 +40,17 @@ def underlined(row):
     return found
 
 
-class Scripts(unittest.TestCase):
+class Scripts(DemonstrationTest):
 
     def setUp(self):
-        self.folder = tempfile.mkdtemp()
-        self.addCleanup(shutil.rmtree, self.folder)
-        os.environ['XDG_CONFIG_HOME'] = self.folder
-        self.output = open(os.path.join(self.folder, 'log'), 'w', encoding='utf-8')
-        self.addCleanup(self.output.close)
-        layout = shutil.copy(LAYOUT, self.folder)
-        self.program = Program(DEMONSTRATION, layout, output=self.output)
-        self.addCleanup(self.program.__exit__)
-        self.log = two_trains.Log(self.output.name)
+        self.start(DEMONSTRATION, LAYOUT)
         self.log.wait_for(r'Express 103 stands in Station 1')
         time.sleep(SPLASH)
         self.open_new_script()
 
     def open_new_script(self):
         editor = self.program.window('Zemblar 0.1 — Track Editor')
-        for tabs in editor.find_all('page tab list'):
-            if 'All' in [tab.name for tab in tabs.children()]:
-                tabs.select(1)
+        editor.show_page('All')
         objects = editor.find('tree table', 'Objects')
         objects.select_row('Scripts')
         before = set(objects.rows())

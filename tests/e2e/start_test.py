@@ -25,10 +25,7 @@ def remember(path):
 
 def objects(editor):
     """The tree of all objects in an editor's panel."""
-    for tabs in editor.find_all('page tab list'):
-        for index, page in enumerate(tabs.children()):
-            if page.name == 'All':
-                tabs.select(index)
+    editor.show_page('All')
     return editor.find('tree table', 'Objects')
 
 

@@ -4,30 +4,20 @@
     trains_test.py DEMONSTRATION LAYOUT
 """
 
-import os
-import shutil
 import sys
-import tempfile
 import unittest
 
 import two_trains
-from zemblar_ui import Program, wait_for
+from demonstration import DemonstrationTest
+from zemblar_ui import wait_for
 
 DEMONSTRATION, LAYOUT = sys.argv[1:3]
 
 
-class Trains(unittest.TestCase):
+class Trains(DemonstrationTest):
 
     def setUp(self):
-        self.folder = tempfile.mkdtemp()
-        self.addCleanup(shutil.rmtree, self.folder)
-        os.environ['XDG_CONFIG_HOME'] = self.folder
-        self.output = open(os.path.join(self.folder, 'log'), 'w', encoding='utf-8')
-        self.addCleanup(self.output.close)
-        layout = shutil.copy(LAYOUT, self.folder)
-        self.program = Program(DEMONSTRATION, layout, output=self.output)
-        self.addCleanup(self.program.__exit__)
-        self.log = two_trains.Log(self.output.name)
+        self.start(DEMONSTRATION, LAYOUT)
 
     def test_the_second_stops_short_of_the_first_and_goes_on_when_the_way_is_free(self):
         throttle = self.program.window('Throttle')
@@ -35,9 +25,7 @@ class Trains(unittest.TestCase):
 
     def test_a_point_is_set_in_the_object_list_and_trains_are_watched_there(self):
         editor = self.program.window('Zemblar 0.1 — Track Editor')
-        for tabs in editor.find_all('page tab list'):
-            if 'All' in [tab.name for tab in tabs.children()]:
-                tabs.select(1)
+        editor.show_page('All')
         objects = editor.find('tree table', 'Objects')
         self.log.wait_for('stands in Station 1')
         objects.select_row('Station 1')
@@ -51,9 +39,7 @@ class Trains(unittest.TestCase):
     def test_the_scripts_of_the_file_sleep_until_they_are_started(self):
         editor = self.program.window('Zemblar 0.1 — Track Editor')
         self.log.wait_for('Railcar 5 stands in Branch North')
-        for tabs in editor.find_all('page tab list'):
-            if 'All' in [tab.name for tab in tabs.children()]:
-                tabs.select(1)
+        editor.show_page('All')
         editor.find('tree table', 'Objects').select_row('Scripts')
         start = editor.find('push button', 'Start Scripts')
         wait_for(lambda: '4 scripts sleep' in self.program.status(), 'the status line')
@@ -63,9 +49,7 @@ class Trains(unittest.TestCase):
 
     def choose_output_types(self, editor):
         """Each type of output has rows of its own, shown when it is chosen."""
-        for tabs in editor.find_all('page tab list'):
-            if 'Outputs' in [tab.name for tab in tabs.children()]:
-                tabs.select(1)
+        editor.show_page('Outputs')
         for kind, row in (('Locomotive Function', 'Function:'), ('Servo', None),
                           ('Extended Accessory', 'Address:'), ('Basic Accessory', 'Output:')):
             editor.labelled('Type:').find('menu item', kind).press()

@@ -165,6 +165,13 @@ class Item:
         """Selects a page of a notebook or an entry of a list by its place."""
         self.accessible.querySelection().selectChild(index)
 
+    def show_page(self, name):
+        """In whichever notebook below has a page of that name."""
+        for tabs in self.find_all('page tab list'):
+            names = [tab.name for tab in tabs.children()]
+            if name in names:
+                tabs.select(names.index(name))
+
     def _rows(self):
         """Pairs of a row number and the texts in the row.
 

@@ -1,0 +1,23 @@
+"""Trains on the simulated railway."""
+
+import os
+import shutil
+import tempfile
+import unittest
+
+import two_trains
+from zemblar_ui import Program
+
+
+class DemonstrationTest(unittest.TestCase):
+    """The demonstration on a copy of a layout, whose trains stand already, and what it prints."""
+
+    def start(self, program, layout):
+        self.folder = tempfile.mkdtemp()
+        self.addCleanup(shutil.rmtree, self.folder)
+        os.environ['XDG_CONFIG_HOME'] = self.folder
+        self.output = open(os.path.join(self.folder, 'log'), 'w', encoding='utf-8')
+        self.addCleanup(self.output.close)
+        self.program = Program(program, shutil.copy(layout, self.folder), output=self.output)
+        self.addCleanup(self.program.__exit__)
+        self.log = two_trains.Log(self.output.name)
