@@ -1,11 +1,23 @@
 #include "core/status.h"
 
+#include <algorithm>
+#include <ranges>
+#include <utility>
+#include <vector>
+
 namespace zemblar {
 namespace {
 
-Glib::ustring& text() {
-  static Glib::ustring line;
-  return line;
+/// Never destroyed, as notes may live in static objects.
+struct Line {
+  Glib::ustring text{};
+  StatusNote* shown = nullptr;       // the note that the text is of
+  std::vector<StatusNote*> notes{};  // those with a trouble, the oldest first
+};
+
+Line& line() {
+  static auto* the_line = new Line;
+  return *the_line;
 }
 
 }  // namespace
@@ -16,27 +28,63 @@ sigc::signal<void>& signal_status_changed() {
 }
 
 void set_status(const Glib::ustring& message) {
-  text() = message;
-  signal_status_changed().emit();
+  StatusNote::put(message, nullptr);
 }
 
 void clear_status() {
+  line().shown = nullptr;
+  if (auto* next = StatusNote::newest_due()) return next->show();
   set_status({});
 }
 
 Glib::ustring get_status() {
-  return text();
+  return line().text;
+}
+
+/// `owner` is the note that the text is of, or null.
+void StatusNote::put(const Glib::ustring& text, StatusNote* owner) {
+  auto* replaced = std::exchange(line().shown, owner);
+  if (replaced && replaced != owner) replaced->due_ = true;
+  line().text = text;
+  signal_status_changed().emit();
+}
+
+StatusNote* StatusNote::newest_due() {
+  auto newest_first = line().notes | std::views::reverse;
+  const auto found = std::ranges::find_if(newest_first, [](auto* note) { return note->due_; });
+  return found == newest_first.end() ? nullptr : *found;
+}
+
+/// False when that is known already.
+bool StatusNote::learn(const Glib::ustring& message) {
+  if (told_.raw() == message.raw()) return false;
+  told_ = message;
+  std::erase(line().notes, this);
+  line().notes.push_back(this);
+  return true;
+}
+
+void StatusNote::show() {
+  due_ = false;
+  put(told_, this);
 }
 
 void StatusNote::tell(const Glib::ustring& message) {
-  if (told_.raw() == message.raw()) return;
-  told_ = message;
-  set_status(message);
+  if (learn(message)) show();
+}
+
+void StatusNote::offer(const Glib::ustring& message) {
+  if (!learn(message)) return;
+  if (line().text.empty() || line().shown == this) return show();
+  due_ = true;
 }
 
 void StatusNote::take_back() {
-  if (!told_.empty() && get_status().raw() == told_.raw()) clear_status();
+  if (told_.empty()) return;
   told_.clear();
+  due_ = false;
+  std::erase(line().notes, this);
+  if (line().shown == this) clear_status();
 }
 
 }  // namespace zemblar

@@ -8,6 +8,7 @@ namespace zemblar {
 /// The one status line that every window shows: what happened, to which object or file, and what
 /// to do next. Setting the text that is already there announces it again.
 void set_status(const Glib::ustring& message);
+/// Empties the line. A note that waits for it, or that another text has replaced, is shown then.
 void clear_status();
 [[nodiscard]] Glib::ustring get_status();
 
@@ -16,6 +17,10 @@ sigc::signal<void>& signal_status_changed();
 
 /// What one object has told of its present trouble: each message once, and none of it any longer
 /// than it is true.
+///
+/// A note that another text has replaced is shown again when the line is free, as long as the
+/// trouble lasts: of several troubles the newest stands in the line, and its end uncovers the one
+/// before.
 class StatusNote {
  public:
   StatusNote() = default;
@@ -23,14 +28,25 @@ class StatusNote {
   StatusNote(const StatusNote&) = delete;
   StatusNote& operator=(const StatusNote&) = delete;
 
-  /// Nothing when that is what was told last.
+  /// Replaces what stands in the line. Nothing when that is what was told last.
   void tell(const Glib::ustring& message);
+  /// The same, but a text of somebody else stays for as long as the line shows it.
+  void offer(const Glib::ustring& message);
   /// The trouble is over. A message of somebody else stays in the line.
   void take_back();
   [[nodiscard]] bool is_told() const { return !told_.empty(); }
 
  private:
+  friend void set_status(const Glib::ustring& message);
+  friend void clear_status();
+
+  static void put(const Glib::ustring& text, StatusNote* owner);
+  bool learn(const Glib::ustring& message);
+  void show();
+  static StatusNote* newest_due();
+
   Glib::ustring told_;
+  bool due_ = false;  // has not been shown yet, or was replaced while the trouble lasted
 };
 
 }  // namespace zemblar

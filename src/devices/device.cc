@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/document_class.h"
+#include "core/i18n.h"
 #include "core/layout.h"
 #include "core/property.h"
 #include "runtime/fiber.h"
@@ -26,6 +27,7 @@ void request_active(Device& device, bool on) {
 }  // namespace
 
 Device::Device(const Glib::ustring& name_format) : Object(name_format) {
+  link_.since = Clock::now();
   register_property<bool>(this, "active", &Device::get_active, request_active);
   register_property<bool>(this, "track-power", &Device::track_power, &Device::set_track_power);
 }
@@ -40,6 +42,7 @@ void Device::on_deleting() {
 }
 
 void Device::leave_service_for_good() {
+  link_note_.take_back();
   active_ = false;
   activating_ = false;
   release(round_);
@@ -70,6 +73,7 @@ void Device::go_out_of_service() {
 
 void Device::enter_service() {
   active_ = true;
+  set_link(LinkPhase::in_service);
 }
 
 void Device::activate() {
@@ -77,7 +81,8 @@ void Device::activate() {
   activating_ = true;
   active_ = true;
   if (!run_start() || !*alive) return;
-  notify_property(*this, "active");
+  set_link(LinkPhase::in_service);
+  if (*alive) notify_property(*this, "active");
   if (*alive && active_) signal_in_service().emit(*this);
 }
 
@@ -112,6 +117,11 @@ void Device::deactivate() {
   const auto round = round_;
   active_ = false;
   activating_ = false;
+  // A driver that knows why has said so before.
+  if (link_.phase == LinkPhase::in_service || link_.phase == LinkPhase::waiting_for_answer) {
+    set_link(LinkPhase::lost);
+  }
+  if (!*alive) return;
   try {
     stop();
   } catch (...) {
@@ -125,6 +135,41 @@ void Device::deactivate() {
 sigc::signal<void, Device&>& Device::signal_in_service() {
   static sigc::signal<void, Device&> signal;
   return signal;
+}
+
+// --- The link ---
+
+void Device::set_link(LinkPhase phase, const Glib::ustring& why) {
+  if (is_deleting() || (phase == link_.phase && why.raw() == link_.why.raw())) return;
+  const auto former = link_.phase;
+  if (phase != former) link_.since = Clock::now();
+  link_.phase = phase;
+  link_.why = why;
+  was_in_service_ = was_in_service_ || phase == LinkPhase::in_service;
+  const auto alive = liveness();
+  tell_link();
+  const bool answers_again =
+      former == LinkPhase::waiting_for_answer && phase == LinkPhase::in_service;
+  if (*alive && answers_again && get_status().empty()) {
+    set_status(Glib::ustring::compose(_("%1 answers again."), get_name()));
+  }
+  if (*alive) signal_link_changed_.emit();
+}
+
+void Device::set_link_down(const Glib::ustring& why) {
+  set_link(was_in_service_ ? LinkPhase::lost : LinkPhase::connecting, why);
+}
+
+void Device::tell_link() {
+  const bool silent = link_.phase == LinkPhase::in_service ||
+                      link_.phase == LinkPhase::looking_for_hardware || link_.why.empty();
+  if (silent) {
+    link_note_.take_back();
+  } else if (link_.phase == LinkPhase::lost || link_.phase == LinkPhase::waiting_for_answer) {
+    link_note_.tell(link_.why);
+  } else {
+    link_note_.offer(link_.why);
+  }
 }
 
 // --- Track power ---

@@ -6,7 +6,9 @@
 
 #include "core/address.h"
 #include "core/object.h"
+#include "core/status.h"
 #include "devices/driven_decoder.h"
+#include "devices/link_state.h"
 #include "runtime/busy_lock.h"
 
 namespace zemblar {
@@ -46,6 +48,12 @@ class Device : public Object, public Busy {
   /// For drivers: the hardware has confirmed or reported its power. Announced each time.
   void track_power_is_on();
   void track_power_is_off();
+
+  /// How the link to the hardware is, and since when. `active` alone does not tell whether anybody
+  /// answers.
+  [[nodiscard]] const LinkState& link_state() const { return link_; }
+  /// The phase or the sentence has changed.
+  sigc::signal<void>& signal_link_changed() { return signal_link_changed_; }
 
   void run_power(bool on);
   void run_update_speed(DrivenDecoder* decoder);
@@ -101,6 +109,18 @@ class Device : public Object, public Busy {
   /// The layout that it stands in, else the current one, else null.
   [[nodiscard]] const Layout* layout() const;
 
+  /// For drivers: what the driver has just learned of its link. A sentence goes to the status line
+  /// as well, unless the device looks for hardware; there it is withdrawn when the phase or the
+  /// sentence changes. A loss of service replaces what stands there, other trouble waits for its
+  /// turn. Drivers need not tell that they have come into service, and tell of a loss only to say
+  /// why: a start that has succeeded and the end of service are noted by themselves.
+  void set_link(LinkPhase phase, const Glib::ustring& why = {});
+  /// For drivers: service has ended or does not begin. Lost if it ever was in service, else
+  /// still connecting.
+  void set_link_down(const Glib::ustring& why);
+  /// Whether `start` is running.
+  [[nodiscard]] bool activating() const { return activating_; }
+
   /// For a device that needs no `start`: in service from now on, and nobody is told.
   void enter_service();
 
@@ -127,6 +147,7 @@ class Device : public Object, public Busy {
   bool try_start();
   void deactivate();
   void leave_service_for_good();
+  void tell_link();
   Pending take_pending();
   /// Tells those who wait that they got nothing, unless that round has been answered already.
   void release(Round round);
@@ -137,6 +158,10 @@ class Device : public Object, public Busy {
   bool track_power_ = false;
   bool activating_ = false;
   bool active_ = false;
+  bool was_in_service_ = false;
+  LinkState link_;
+  StatusNote link_note_;
+  sigc::signal<void> signal_link_changed_;
   sigc::signal<void> signal_changed_;
   sigc::signal<void> signal_state_changed_;
   sigc::signal<void, Lok*> signal_arrived_;
