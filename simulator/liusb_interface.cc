@@ -53,10 +53,21 @@ bool LiUsbInterface::take_request() {
 
 void LiUsbInterface::execute(const Message& request) {
   requests_.push_back(hex(request));
+  if (is_deaf_to(request)) return;
   auto reaction = station.execute(request);
   const auto instead = faults.answers.find(request[0]);
   if (instead != faults.answers.end()) reaction = {instead->second};
   if (!faults.mute) answer(reaction);
+}
+
+bool LiUsbInterface::is_deaf_to(const Message& request) const {
+  return std::ranges::any_of(faults.deaf_to, [&](std::uint32_t number) {
+    std::uint32_t begin = 0;
+    return std::ranges::any_of(request, [&](std::uint8_t byte) {
+      begin = begin << 8 | byte;
+      return begin == number;
+    });
+  });
 }
 
 void LiUsbInterface::answer(const XpressNetStation::Reaction& reaction) {

@@ -39,6 +39,8 @@ class LiUsbInterface {
     std::string garbage;              ///< bytes before each answer
     bool broadcasts = false;          ///< tells of its power before each answer
     bool pieces = false;              ///< answers byte by byte, a millisecond each
+    /// Requests that are lost: those that begin with the bytes of one of these numbers.
+    std::vector<std::uint32_t> deaf_to{};
     /// Answers instead of its own, by the first byte of the request.
     std::map<std::uint8_t, Message> answers;
   };
@@ -60,6 +62,7 @@ class LiUsbInterface {
  private:
   bool take_request();
   void execute(const Message& request);
+  [[nodiscard]] bool is_deaf_to(const Message& request) const;
   void answer(const XpressNetStation::Reaction& reaction);
   void emit_after(Milliseconds time, const std::string& bytes);
   void emit(const std::string& bytes);

@@ -6,6 +6,11 @@
 #include "devices/default_device.h"
 
 namespace zemblar {
+namespace {
+
+constexpr std::chrono::seconds power_retry_time(1);
+
+}  // namespace
 
 CommandStation::CommandStation(const Glib::ustring& name_format, const char* default_property)
     : Device(name_format), default_property_(default_property) {
@@ -14,6 +19,7 @@ CommandStation::CommandStation(const Glib::ustring& name_format, const char* def
 }
 
 void CommandStation::on_deleting() {
+  power_retry_.cancel();
   leave_default();
   Device::on_deleting();
 }
@@ -45,6 +51,111 @@ void CommandStation::leave_default() {
 DefaultDevice* CommandStation::default_device() const {
   const auto* layout = this->layout();
   return layout ? &layout->get_default_device() : nullptr;
+}
+
+// --- Talking ---
+
+void CommandStation::converse(const std::function<void()>& talk) {
+  const auto alive = liveness();
+  BusyLock lock(this, true);
+  try {
+    talk_in_turn(talk);
+  } catch (...) {
+    if (*alive) on_failed_talk();
+    throw;
+  }
+}
+
+void CommandStation::talk_in_turn(const std::function<void()>& talk) {
+  const auto alive = liveness();
+  send_power_off();
+  if (*alive) send_stops();
+  if (!*alive || !active()) throw DeviceInactiveException();
+  talk();
+}
+
+// Each of them once: a locomotive that is not answered for must not keep others from their turn.
+void CommandStation::send_stops() {
+  const auto alive = liveness();
+  Decoders tried;
+  while (*alive) {
+    const auto decoder = waiting_stop(tried);
+    if (!decoder) return;
+    tried.push_back(decoder);
+    send_stop(decoder);
+  }
+}
+
+void CommandStation::send_stop(const Glib::RefPtr<DrivenDecoder>& decoder) {
+  const auto alive = liveness();
+  DecoderUpdate delivered;
+  try {
+    delivered = deliver(*decoder.operator->(), DecoderUpdate::speed_bit);
+  } catch (...) {
+    if (*alive) on_failed_talk();
+    if (!*alive || !active()) throw;
+  }
+  if (*alive) answer_early(decoder, delivered);
+}
+
+// --- What the railway asks for ---
+
+void CommandStation::update(DrivenDecoder* decoder, std::uint32_t item) {
+  DecoderTask task(this, decoder);
+  if (!task.leads()) return;
+  converse([&] {
+    // Another turn may have sent it, or a newer wish have made it void.
+    const bool is_due = !task.is_answered() && (decoder->state().mask & item) != 0;
+    if (is_due) task.finish(deliver(*decoder, item));
+  });
+}
+
+void CommandStation::update_speed(DrivenDecoder* decoder) {
+  update(decoder, DecoderUpdate::speed_bit);
+}
+
+void CommandStation::update_direction(DrivenDecoder* decoder) {
+  update(decoder, DecoderUpdate::direction_bit);
+}
+
+void CommandStation::update_function(DrivenDecoder* decoder, unsigned fn) {
+  update(decoder, DecoderUpdate::function_bit(fn));
+}
+
+void CommandStation::power_on() {
+  const auto wish = ++power_wishes_;
+  power_off_due_ = false;
+  converse([this, wish] {
+    if (wish == power_wishes_) switch_power(true);
+  });
+}
+
+void CommandStation::power_off() {
+  ++power_wishes_;
+  power_off_due_ = true;
+  converse([] {});
+}
+
+// Any answer settles it. Without one it is tried again, but not before others have had their turn;
+// after a loss of service it is due as soon as the station is back.
+void CommandStation::send_power_off() {
+  if (!power_off_due_) return;
+  const auto alive = liveness();
+  const auto wish = power_wishes_;
+  try {
+    switch_power(false);
+  } catch (...) {
+    if (*alive) on_failed_talk();
+    if (!*alive || !active()) throw;
+    power_retry_ = Timeout::once(power_retry_time, [this, wish] {
+      if (wish == power_wishes_) run_power(false);
+    });
+  }
+  if (*alive && wish == power_wishes_) power_off_due_ = false;
+}
+
+void CommandStation::on_in_service() {
+  if (power_off_due_) run_power(false);
 }
 
 int CommandStation::supports(std::string_view feature) const {

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <functional>
+#include <vector>
+
 #include "devices/device.h"
+#include "runtime/timer.h"
 
 namespace zemblar {
 
@@ -10,6 +14,11 @@ class DefaultDevice;
 ///
 /// Marked for default use, it serves all decoders and points for which no device is chosen: it is a
 /// member of the layout's DefaultDevice as long as it is in service.
+///
+/// Whoever has its turn to talk first sends what stops trains: switching the track power off, and
+/// the speed of each locomotive that is to stand. So a stop waits for the conversation that is
+/// under way, and for none of those that wait behind it. Power that was to be off is switched off
+/// after a loss of service too, unless somebody wished it on again.
 class CommandStation : public Device {
  public:
   [[nodiscard]] bool get_use_as_default() const { return use_as_default_; }
@@ -30,12 +39,43 @@ class CommandStation : public Device {
   void leave_default();
   void on_deleting() override;
 
+  void power_on() override;
+  void power_off() override;
+  void update_speed(DrivenDecoder* decoder) override;
+  void update_direction(DrivenDecoder* decoder) override;
+  void update_function(DrivenDecoder* decoder, unsigned fn) override;
+  void on_in_service() override;
+
+  /// Runs `talk` when the device is free, inside a BusyLock, and stops before it. What `talk`
+  /// throws goes through `on_failed_talk`.
+  void converse(const std::function<void()>& talk);
+
+  // What a driver says, inside `converse`.
+
+  /// Sends one item, a bit of DecoderUpdate, as the decoder wants it now. Returns what has been
+  /// delivered, which may be more.
+  virtual DecoderUpdate deliver(DrivenDecoder& decoder, std::uint32_t item) = 0;
+  /// Switches the track power and notes what the station says.
+  virtual void switch_power(bool on) = 0;
+  /// A conversation ends with the exception that is being handled; it is thrown on.
+  virtual void on_failed_talk() {}
+
   bool use_as_default_ = true;
 
  private:
+  using Decoders = std::vector<Glib::RefPtr<DrivenDecoder>>;
+
   [[nodiscard]] DefaultDevice* default_device() const;
+  void update(DrivenDecoder* decoder, std::uint32_t item);
+  void talk_in_turn(const std::function<void()>& talk);
+  void send_stops();
+  void send_stop(const Glib::RefPtr<DrivenDecoder>& decoder);
+  void send_power_off();
 
   const char* default_property_;
+  bool power_off_due_ = false;  // wished, and not confirmed yet
+  unsigned power_wishes_ = 0;   // counts them: a newer one makes an older one void
+  Timeout power_retry_;
 };
 
 }  // namespace zemblar

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstdint>
 
 #include "core/direction.h"
@@ -25,9 +26,25 @@ struct DecoderUpdate {
   Direction direction = Direction::Forwards;
   std::uint32_t functions = 0;  ///< bit n: function n is on
 
+  /// The number of the function whose bit that is.
+  static constexpr unsigned function_of(std::uint32_t bit) {
+    return static_cast<unsigned>(std::countr_zero(bit)) - 2;
+  }
+
   [[nodiscard]] bool function(unsigned fn) const { return (functions >> fn & 1u) != 0; }
   /// The items named in `mask` whose values are the same in both records.
   [[nodiscard]] std::uint32_t agreeing(const DecoderUpdate& other) const;
+  /// The value of one item: the speed, the direction, or 1 for a function that is on.
+  [[nodiscard]] std::uint32_t value_of(std::uint32_t item) const;
+  /// The speed is out of date, and the locomotive is to stand.
+  [[nodiscard]] bool is_stop() const {
+    return (mask & speed_bit) != 0 && (speed == 0 || speed == emergency_stop);
+  }
 };
+
+/// In which order wishes go out where many wait: what stops a train first.
+enum class Urgency { stop, speed, direction, function, nothing };
+/// Of the most urgent item in the mask.
+[[nodiscard]] Urgency urgency_of(const DecoderUpdate& wish);
 
 }  // namespace zemblar

@@ -4,6 +4,7 @@
 
 #include "core/i18n.h"
 #include "devices/decoder_proxy.h"
+#include "devices/station_proxy.h"
 
 namespace zemblar {
 
@@ -14,14 +15,21 @@ DefaultDevice::DefaultDevice() : Glib::ObjectBase("DefaultDevice"), Device(_("De
 void DefaultDevice::add_device(Device* device) {
   if (!devices_.insert(device).second) return;
   // The commands in flight have not been asked of this one.
-  newest_.clear();
+  for (auto& [item, newest] : newest_) newest.reaches_all = false;
   deleted_[device] =
       sigc::connection(device->signal_deleted().connect([this, device] { remove_device(device); }));
 }
 
+// Nobody waits any longer for what it has not answered.
 void DefaultDevice::remove_device(Device* device) {
   devices_.erase(device);
   deleted_.erase(device);
+  std::vector<Glib::RefPtr<StationProxy>> left;
+  for (const auto& [item, newest] : newest_) {
+    std::ranges::copy_if(newest.errands, std::back_inserter(left),
+                         [device](const auto& errand) { return errand->station() == device; });
+  }
+  for (const auto& errand : left) errand->abandon();
 }
 
 int DefaultDevice::supports(std::string_view feature) const {
@@ -57,46 +65,57 @@ void DefaultDevice::set_aspect(unsigned address, unsigned aspect) {
 }
 
 void DefaultDevice::update_speed(DrivenDecoder* decoder) {
-  fan_out(decoder, DecoderUpdate::speed_bit, decoder->get_speed(),
-          [](Device& device, DrivenDecoder* proxy) { device.run_update_speed(proxy); });
+  fan_out(decoder, DecoderUpdate::speed_bit);
 }
 
 void DefaultDevice::update_direction(DrivenDecoder* decoder) {
-  fan_out(decoder, DecoderUpdate::direction_bit,
-          static_cast<std::uint32_t>(decoder->get_direction()),
-          [](Device& device, DrivenDecoder* proxy) { device.run_update_direction(proxy); });
+  fan_out(decoder, DecoderUpdate::direction_bit);
 }
 
 void DefaultDevice::update_function(DrivenDecoder* decoder, unsigned fn) {
-  fan_out(decoder, DecoderUpdate::function_bit(fn), decoder->get_function(fn) ? 1 : 0,
-          [fn](Device& device, DrivenDecoder* proxy) { device.run_update_function(proxy, fn); });
+  fan_out(decoder, DecoderUpdate::function_bit(fn));
 }
 
-void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit, std::uint32_t value,
-                            const Operation& operation) {
+bool DefaultDevice::is_on_its_way(const Item& item, std::uint32_t value) const {
+  const auto found = newest_.find(item);
+  return found != newest_.end() && found->second.reaches_all && found->second.value == value;
+}
+
+void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit) {
   const auto serves = [decoder](Device* device) {
     return device->active() && device->reaches(*decoder);
   };
   if (std::ranges::none_of(devices_, serves)) return;
   const Item item(decoder, bit);
-  const auto same = newest_.find(item);
-  if (same != newest_.end() && same->second.value == value) return;
+  const auto value = decoder->state().value_of(bit);
+  if (is_on_its_way(item, value)) return;
 
   const auto alive = liveness();
   const auto serial = ++fan_outs_;
-  newest_[item] = {value, serial};
-  const auto proxy = DecoderProxy::create(decoder);
-  int count = 0;
-  for_each_in_service([&](Device& device) {
-    if (!device.reaches(*decoder)) return;
-    ++count;
-    operation(device, proxy.operator->());
-  });
-  proxy->wait(count);
+  const auto older = std::exchange(newest_[item], FanOut{value, serial});
+  for (const auto& errand : older.errands) errand->abandon();
+  if (!*alive) return;
+  const auto answers = DecoderProxy::create(decoder);
+  answers->wait(send_errands(decoder, item, answers));
   if (!*alive) return;
   const auto newest = newest_.find(item);
   if (newest != newest_.end() && newest->second.serial == serial) newest_.erase(newest);
-  decoder->complete(proxy->state());
+  decoder->complete(answers->state());
+}
+
+/// How many stations are asked.
+int DefaultDevice::send_errands(DrivenDecoder* decoder, const Item& item,
+                                const Glib::RefPtr<DecoderProxy>& answers) {
+  decoder->reference();
+  const Glib::RefPtr<DrivenDecoder> parent(decoder);
+  auto& errands = newest_[item].errands;
+  for_each_in_service([&](Device& device) {
+    if (!device.reaches(*decoder)) return;
+    errands.push_back(StationProxy::create(parent, item.second, device, answers));
+  });
+  const auto sent = errands;  // what is answered at once may begin the next fan-out
+  for (const auto& errand : sent) errand->ask();
+  return static_cast<int>(sent.size());
 }
 
 }  // namespace zemblar

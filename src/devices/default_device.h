@@ -4,11 +4,15 @@
 #include <map>
 #include <set>
 #include <utility>
+#include <vector>
 
+#include "devices/decoder_proxy.h"
 #include "devices/device.h"
 #include "runtime/scoped_connection.h"
 
 namespace zemblar {
+
+class StationProxy;
 
 /// Forwards every operation to all command stations that are marked for default use.
 ///
@@ -16,6 +20,11 @@ namespace zemblar {
 /// join when they come into service and leave with it. A decoder update is fanned out through a
 /// DecoderProxy and answered when all stations have answered; without any station in service it is
 /// not answered at all, so that the decoder stays out of date and tries again when one comes.
+///
+/// Each station has a StationProxy of its own, which asks again until that station has delivered
+/// the value: a station that is mute or refuses keeps no other one from its trains. A fan-out ends
+/// early when a newer one of the same decoder and item begins, so that never more than the newest
+/// waits at a station.
 ///
 /// A fan-out is skipped when the newest unanswered one of the same decoder and item carries the
 /// same value and went to all who are there now: a burst of changes costs one command each and not
@@ -41,17 +50,20 @@ class DefaultDevice : public Device {
   void set_aspect(unsigned address, unsigned aspect) override;
 
  private:
-  using Operation = std::function<void(Device&, DrivenDecoder*)>;
   /// The decoder and the bit of what is sent to it.
   using Item = std::pair<const DrivenDecoder*, std::uint32_t>;
   struct FanOut {
-    std::uint32_t value;   // of the item, when it went out
-    std::uint64_t serial;  // tells a fan-out from a newer one of the same item
+    std::uint32_t value;      // of the item, when it went out
+    std::uint64_t serial;     // tells a fan-out from a newer one of the same item
+    bool reaches_all = true;  // who is there now
+    std::vector<Glib::RefPtr<StationProxy>> errands{};
   };
 
   void for_each_in_service(const std::function<void(Device&)>& visit);
-  void fan_out(DrivenDecoder* decoder, std::uint32_t bit, std::uint32_t value,
-               const Operation& operation);
+  void fan_out(DrivenDecoder* decoder, std::uint32_t bit);
+  [[nodiscard]] bool is_on_its_way(const Item& item, std::uint32_t value) const;
+  int send_errands(DrivenDecoder* decoder, const Item& item,
+                   const Glib::RefPtr<DecoderProxy>& answers);
 
   std::set<Device*> devices_;
   std::map<Item, FanOut> newest_;  // of those not yet answered

@@ -81,7 +81,9 @@ void Device::activate() {
   activating_ = true;
   active_ = true;
   if (!run_start() || !*alive) return;
+  catching_up_ = true;
   set_link(LinkPhase::in_service);
+  if (*alive) on_in_service();
   if (*alive) notify_property(*this, "active");
   if (*alive && active_) signal_in_service().emit(*this);
 }
@@ -139,10 +141,10 @@ sigc::signal<void, Device&>& Device::signal_in_service() {
 
 // --- The link ---
 
-void Device::set_link(LinkPhase phase, const Glib::ustring& why) {
+void Device::set_link(LinkPhase phase, const Glib::ustring& why, Clock::time_point since) {
   if (is_deleting() || (phase == link_.phase && why.raw() == link_.why.raw())) return;
   const auto former = link_.phase;
-  if (phase != former) link_.since = Clock::now();
+  if (phase != former) link_.since = since;
   link_.phase = phase;
   link_.why = why;
   was_in_service_ = was_in_service_ || phase == LinkPhase::in_service;
@@ -195,19 +197,31 @@ void Device::run_power(bool on) {
   fiber::spawn([this, on] { on ? power_on() : power_off(); });
 }
 
+template <typename Operation>
+void Device::begin_update(DrivenDecoder* decoder, std::uint32_t item, Operation operation) {
+  if (!active_ || !reaches(*decoder) || withholds(*decoder, item)) return;
+  fiber::spawn([held = hold(decoder), operation] { operation(held.operator->()); });
+}
+
 void Device::run_update_speed(DrivenDecoder* decoder) {
-  if (!active_ || !reaches(*decoder)) return;
-  fiber::spawn([this, held = hold(decoder)] { update_speed(held.operator->()); });
+  begin_update(decoder, DecoderUpdate::speed_bit,
+               [this](DrivenDecoder* held) { update_speed(held); });
 }
 
 void Device::run_update_direction(DrivenDecoder* decoder) {
-  if (!active_ || !reaches(*decoder)) return;
-  fiber::spawn([this, held = hold(decoder)] { update_direction(held.operator->()); });
+  begin_update(decoder, DecoderUpdate::direction_bit,
+               [this](DrivenDecoder* held) { update_direction(held); });
 }
 
 void Device::run_update_function(DrivenDecoder* decoder, unsigned fn) {
-  if (!active_ || !reaches(*decoder)) return;
-  fiber::spawn([this, held = hold(decoder), fn] { update_function(held.operator->(), fn); });
+  begin_update(decoder, DecoderUpdate::function_bit(fn),
+               [this, fn](DrivenDecoder* held) { update_function(held, fn); });
+}
+
+void Device::run_update(DrivenDecoder* decoder, std::uint32_t item) {
+  if (item == DecoderUpdate::speed_bit) return run_update_speed(decoder);
+  if (item == DecoderUpdate::direction_bit) return run_update_direction(decoder);
+  run_update_function(decoder, DecoderUpdate::function_of(item));
 }
 
 void Device::run_set_point(unsigned address, unsigned output, bool on) {
@@ -245,28 +259,72 @@ Lok* Device::find_lok(Address address) const {
 bool Device::join_pending(DrivenDecoder* decoder) {
   const bool first = pending_.empty();
   const bool known = std::ranges::any_of(
-      pending_, [decoder](const auto& held) { return held.operator->() == decoder; });
-  if (!known) pending_.push_back(hold(decoder));
+      pending_, [decoder](const auto& waiting) { return waiting.decoder.operator->() == decoder; });
+  if (!known) pending_.push_back({hold(decoder), ++last_ticket_});
   return first;
 }
 
+bool Device::is_waiting(std::uint64_t ticket) const {
+  return std::ranges::any_of(pending_,
+                             [ticket](const auto& waiting) { return waiting.ticket == ticket; });
+}
+
+unsigned Device::rank(const DrivenDecoder& decoder) const {
+  return static_cast<unsigned>(urgency_of(decoder.state()));
+}
+
+// The order in which those who wait are told is that in which they ask anew.
 Device::Pending Device::take_pending() {
   ++round_;
-  return std::exchange(pending_, {});
+  auto taken = std::exchange(pending_, {});
+  if (catching_up_ && taken.size() > 1) {
+    std::ranges::stable_sort(
+        taken, {}, [this](const auto& waiting) { return rank(*waiting.decoder.operator->()); });
+  }
+  return taken;
 }
 
 // The answers may ask for the next updates, destroy decoders, or destroy the device.
 void Device::finish_update(DrivenDecoder* decoder, const DecoderUpdate& delivered) {
   const auto answered = hold(decoder);
-  for (const auto& waiting : take_pending()) {
-    if (waiting != answered) waiting->complete({});
+  const auto waiting = take_pending();
+  if (waiting.size() <= 1) catching_up_ = false;
+  for (const auto& [other, ticket] : waiting) {
+    if (other != answered) other->complete({});
   }
   answered->complete(delivered);
 }
 
+Glib::RefPtr<DrivenDecoder> Device::waiting_stop(
+    const std::vector<Glib::RefPtr<DrivenDecoder>>& tried) const {
+  for (const auto& [decoder, ticket] : pending_) {
+    if (decoder->state().is_stop() && std::ranges::find(tried, decoder) == tried.end()) {
+      return decoder;
+    }
+  }
+  return {};
+}
+
+void Device::answer_early(const Glib::RefPtr<DrivenDecoder>& decoder,
+                          const DecoderUpdate& delivered) {
+  const auto erased =
+      std::erase_if(pending_, [&](const auto& waiting) { return waiting.decoder == decoder; });
+  if (erased == 0) return;
+  if (pending_.empty()) ++round_;
+  decoder->complete(delivered);
+}
+
 void Device::release(Round round) {
   if (round != round_) return;
-  for (const auto& waiting : take_pending()) waiting->complete({});
+  for (const auto& [waiting, ticket] : take_pending()) waiting->complete({});
+}
+
+void Device::release_after_failure(Round round, std::uint64_t failed) {
+  if (round != round_) return;
+  catching_up_ = false;
+  auto waiting = take_pending();
+  std::ranges::stable_partition(waiting, [&](const auto& one) { return one.ticket != failed; });
+  for (const auto& [decoder, ticket] : waiting) decoder->complete({});
 }
 
 DecoderTask::DecoderTask(Device* device, DrivenDecoder* decoder)
@@ -274,10 +332,15 @@ DecoderTask::DecoderTask(Device* device, DrivenDecoder* decoder)
       decoder_(hold(decoder)),
       alive_(device->liveness()),
       leads_(device->join_pending(decoder)),
-      round_(device->round_) {}
+      round_(device->round_),
+      ticket_(device->last_ticket_) {}
 
 DecoderTask::~DecoderTask() {
-  if (leads_ && *alive_) device_->release(round_);
+  if (leads_ && *alive_) device_->release_after_failure(round_, ticket_);
+}
+
+bool DecoderTask::is_answered() const {
+  return !*alive_ || round_ != device_->round_ || !device_->is_waiting(ticket_);
 }
 
 void DecoderTask::finish(const DecoderUpdate& delivered) {

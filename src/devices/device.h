@@ -28,7 +28,10 @@ class Lok;
 /// trouble by `set_active(false)` and arranges its own return in `stop`.
 ///
 /// One decoder update is in flight at a time (see DecoderTask): requests that arrive meanwhile join
-/// `pending` and are told when it ends, so that the next one sends the newest value.
+/// `pending` and are told when it ends, so that the next one sends the newest value. Those who wait
+/// are told in the order of their arrival, the one whose update has failed after all others: a
+/// locomotive that the hardware does not answer for stands in nobody's way. After a return to
+/// service the order is that of `rank` until nobody waits any more, or an update has failed.
 class Device : public Object, public Busy {
  public:
   ~Device() override;
@@ -59,6 +62,8 @@ class Device : public Object, public Busy {
   void run_update_speed(DrivenDecoder* decoder);
   void run_update_direction(DrivenDecoder* decoder);
   void run_update_function(DrivenDecoder* decoder, unsigned fn);
+  /// The one of these that sends the item, a bit of DecoderUpdate.
+  void run_update(DrivenDecoder* decoder, std::uint32_t item);
   void run_set_point(unsigned address, unsigned output, bool on);
   void run_set_aspect(unsigned address, unsigned aspect);
 
@@ -67,6 +72,12 @@ class Device : public Object, public Busy {
   /// Whether it can address that decoder. One that it cannot is not updated and not answered, as
   /// if the device were out of service; the driver tells the person why.
   [[nodiscard]] virtual bool reaches(const DrivenDecoder& /*decoder*/) { return true; }
+  /// Whether the device keeps that item of the decoder, a bit of DecoderUpdate, back for now: it is
+  /// neither sent nor answered. The driver asks the decoder again by `complete` when the time has
+  /// come.
+  [[nodiscard]] virtual bool withholds(DrivenDecoder& /*decoder*/, std::uint32_t /*item*/) {
+    return false;
+  }
   [[nodiscard]] virtual bool occupied() const { return false; }
   /// The side from which RailCom comes: 0 unknown, 1 or 2.
   [[nodiscard]] virtual unsigned orientation() const { return 0; }
@@ -81,8 +92,8 @@ class Device : public Object, public Busy {
 
   /// For drivers: true when no update was in flight. In either case the decoder will be told.
   bool join_pending(DrivenDecoder* decoder);
-  /// For drivers: ends the update in flight. Tells those who joined it, in order of arrival, that
-  /// they got nothing, then `decoder` what it got.
+  /// For drivers: ends the update in flight. Tells those who joined it that they got nothing, then
+  /// `decoder` what it got.
   void finish_update(DrivenDecoder* decoder, const DecoderUpdate& delivered);
 
   Glib::PropertyProxy<bool> property_active() { return {this, "active"}; }
@@ -114,7 +125,8 @@ class Device : public Object, public Busy {
   /// sentence changes. A loss of service replaces what stands there, other trouble waits for its
   /// turn. Drivers need not tell that they have come into service, and tell of a loss only to say
   /// why: a start that has succeeded and the end of service are noted by themselves.
-  void set_link(LinkPhase phase, const Glib::ustring& why = {});
+  void set_link(LinkPhase phase, const Glib::ustring& why = {},
+                Clock::time_point since = Clock::now());
   /// For drivers: service has ended or does not begin. Lost if it ever was in service, else
   /// still connecting.
   void set_link_down(const Glib::ustring& why);
@@ -123,6 +135,18 @@ class Device : public Object, public Busy {
 
   /// For a device that needs no `start`: in service from now on, and nobody is told.
   void enter_service();
+
+  /// A locomotive that is to stand and waits for its turn; null for none. Leaves out those in
+  /// `tried`.
+  [[nodiscard]] Glib::RefPtr<DrivenDecoder> waiting_stop(
+      const std::vector<Glib::RefPtr<DrivenDecoder>>& tried) const;
+  /// Answers one that waits, before the update in flight ends.
+  void answer_early(const Glib::RefPtr<DrivenDecoder>& decoder, const DecoderUpdate& delivered);
+
+  /// Comes after a `start` that has succeeded, before everybody is told.
+  virtual void on_in_service() {}
+  /// Where a wish stands among those that go out after a return to service; the least comes first.
+  [[nodiscard]] virtual unsigned rank(const DrivenDecoder& decoder) const;
 
   /// Brings the hardware into service, inside a BusyLock; true when it is ready.
   virtual bool start() { return true; }
@@ -137,7 +161,12 @@ class Device : public Object, public Busy {
   virtual void set_aspect(unsigned /*address*/, unsigned /*aspect*/) {}
 
  private:
-  using Pending = std::vector<Glib::RefPtr<DrivenDecoder>>;
+  /// One that waits, or whose update is in flight.
+  struct Waiting {
+    Glib::RefPtr<DrivenDecoder> decoder;
+    std::uint64_t ticket;  // tells a request from a later one of the same decoder
+  };
+  using Pending = std::vector<Waiting>;
   /// Grows each time that those who wait are answered, so that nobody answers twice.
   using Round = std::uint64_t;
   friend class DecoderTask;
@@ -148,12 +177,19 @@ class Device : public Object, public Busy {
   void deactivate();
   void leave_service_for_good();
   void tell_link();
+  template <typename Operation>
+  void begin_update(DrivenDecoder* decoder, std::uint32_t item, Operation operation);
+  [[nodiscard]] bool is_waiting(std::uint64_t ticket) const;
   Pending take_pending();
   /// Tells those who wait that they got nothing, unless that round has been answered already.
   void release(Round round);
+  /// The same, the one whose update has failed after all others.
+  void release_after_failure(Round round, std::uint64_t failed);
 
   Pending pending_;  // in order of arrival, so that none starves
   Round round_ = 0;
+  std::uint64_t last_ticket_ = 0;
+  bool catching_up_ = false;  // since the return to service somebody has been waiting
   std::map<Address, Lok*> loks_;
   bool track_power_ = false;
   bool activating_ = false;
@@ -185,6 +221,8 @@ class DecoderTask {
   DecoderTask& operator=(const DecoderTask&) = delete;
 
   [[nodiscard]] bool leads() const { return leads_; }
+  /// The decoder has had its answer from somebody whose turn came earlier.
+  [[nodiscard]] bool is_answered() const;
   void finish(const DecoderUpdate& delivered);
 
  private:
@@ -193,6 +231,7 @@ class DecoderTask {
   std::shared_ptr<const bool> alive_;
   bool leads_;
   Device::Round round_;
+  std::uint64_t ticket_;
 };
 
 }  // namespace zemblar

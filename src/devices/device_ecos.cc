@@ -19,6 +19,8 @@ const DocumentClass::Registration registration(private_class<ECoS>("!device/ESU/
                                                                    Section::devices));
 
 constexpr auto attempt_interval = std::chrono::seconds(1);
+/// A host that is switched off answers neither yes nor no.
+constexpr auto attempt_limit = std::chrono::seconds(5);
 
 /// Asking a key that is not there for its type throws the library's error.
 void require_keys(const YAML::Node& node) {
@@ -34,6 +36,7 @@ ECoS::ECoS(const Glib::RefPtr<Socket>& socket)
       CommandStation(_("ESU ECoS %1"), "use-as-default"),
       socket_(socket) {
   register_properties();
+  set_link(LinkPhase::connecting);
   start_connecting();
 }
 
@@ -46,6 +49,7 @@ ECoS::ECoS(const YAML::Node& node, const Glib::RefPtr<Socket>& socket)
   load_identity(node);
   node["host"] >> host_;
   node["use-as-default"] >> use_as_default_;
+  set_link(LinkPhase::connecting);
   start_connecting();
 }
 
@@ -73,8 +77,9 @@ void ECoS::restore(const EntryChange& change) {
 // What the fibers still wait for completes in a later turn of the main loop and finds the socket,
 // which they hold, and the mark of a device that is gone.
 void ECoS::on_deleting() {
-  trouble_.take_back();
   CommandStation::on_deleting();
+  attempt_limit_.cancel();
+  silence_.cancel();
   connect_cancel_->cancel();
   read_cancel_->cancel();
   write_cancel_->cancel();
@@ -86,10 +91,31 @@ void ECoS::set_host(const Glib::ustring& host) {
   before_change();
   connect_cancel_->cancel();
   host_ = host;
+  const auto alive = liveness();
   notify_property(*this, "host");
+  if (!*alive) return;
   next_attempt_ = {};
-  trouble_.take_back();
-  start_connecting();
+  if (activating()) return cut_start();
+  if (!active()) set_link_down({});
+  if (*alive) start_connecting();
+}
+
+void ECoS::reconnect() {
+  next_attempt_ = {};
+  was_cut_ = exchange_ && link_state().phase == LinkPhase::waiting_for_answer;
+  if (activating()) return cut_start();
+  if (active()) {
+    give_up(Glib::ustring::compose(_("%1 is connected anew."), get_name()));
+  } else {
+    start_connecting();
+  }
+}
+
+// The fiber of `start` sees the end and closes the connection.
+void ECoS::cut_start() {
+  begins_anew_ = true;
+  std::exchange(write_cancel_, Gio::Cancellable::create())->cancel();
+  cut_exchange();
 }
 
 // --- Connecting ---
@@ -113,12 +139,22 @@ void ECoS::keep_connecting(const Cancel& cancel) {
   while (wait_for_attempt(cancel)) {
     // A new host is for the next connection: the present one stays, and its end starts over here.
     if (active()) return;
+    limit_attempt();
     const bool connected = try_connect(address, cancel);
     if (!*alive || cancel->is_cancelled()) return;
+    attempt_limit_.cancel();
     next_attempt_ = Clock::now() + attempt_interval;
     if (connected) return set_active(true);
     tell_unreachable();
   }
+}
+
+void ECoS::limit_attempt() {
+  attempt_limit_ = Timeout::once(attempt_limit, [this] {
+    tell_unreachable();
+    next_attempt_ = {};
+    start_connecting();
+  });
 }
 
 bool ECoS::wait_for_attempt(const Cancel& cancel) {
@@ -139,26 +175,25 @@ bool ECoS::try_connect(const Glib::RefPtr<Gio::SocketConnectable>& address, cons
 }
 
 Glib::RefPtr<Gio::SocketConnectable> ECoS::parse_host() {
+  if (host_.empty()) {
+    set_link(LinkPhase::not_set_up,
+             Glib::ustring::compose(_("%1 has no address yet: set it in its panel."), get_name()));
+    return {};
+  }
   try {
     return Gio::NetworkAddress::parse(host_.raw(), default_port);
   } catch (const Glib::Error&) {
-    trouble_.tell(Glib::ustring::compose(
-        _("%1 cannot connect: “%2” is no network address. Enter the station’s name or address."),
-        get_name(), host_));
+    set_link(LinkPhase::not_set_up,
+             Glib::ustring::compose(_("%1 cannot connect: “%2” is no network address. Enter the "
+                                      "station’s name or address."),
+                                    get_name(), host_));
     return {};
   }
 }
 
-// Once until the station or its address is another, and never over something else that the person
-// has to know.
 void ECoS::tell_unreachable() {
-  if (trouble_.is_told() || !get_status().empty()) return;
-  trouble_.tell(
-      host_.empty()
-          ? Glib::ustring::compose(_("%1 has no address yet: set it in its panel."), get_name())
-          : Glib::ustring::compose(
-                _("%1: no station answers at “%2”. It is tried again every second."), get_name(),
-                host_));
+  set_link_down(Glib::ustring::compose(
+      _("%1: no station answers at “%2”. It is tried again every second."), get_name(), host_));
 }
 
 void ECoS::close_socket() {
@@ -175,9 +210,13 @@ void ECoS::close_socket() {
 
 bool ECoS::start() {
   const auto alive = liveness();
+  begins_anew_ = false;
+  failure_.clear();
   try {
     subscribe();
     return true;
+  } catch (const CmdFailed&) {
+    if (*alive) failure_ = unusable_words();
   } catch (...) {
     // Whatever it was: the next attempt starts from the beginning.
   }
@@ -187,29 +226,51 @@ bool ECoS::start() {
   cut_exchange();
   close_socket();
   if (!*alive) return false;
-  next_attempt_ = Clock::now() + attempt_interval;
-  start_connecting();
+  end_failed_start();
   return false;
+}
+
+void ECoS::end_failed_start() {
+  const auto alive = liveness();
+  next_attempt_ = Clock::now() + attempt_interval;
+  if (begins_anew_) {
+    next_attempt_ = {};
+    failure_.clear();
+  } else if (failure_.empty()) {
+    failure_ = Glib::ustring::compose(
+        _("%1: the station at “%2” ended the connection before it could be used."), get_name(),
+        host_);
+  }
+  set_link_down(failure_);
+  if (*alive) start_connecting();
+}
+
+Glib::ustring ECoS::unusable_words() const {
+  return Glib::ustring::compose(
+      _("%1: the station at “%2” cannot be used, it answers %3. It is tried again every second."),
+      get_name(), host_, refusal_words());
 }
 
 void ECoS::subscribe() {
   const auto alive = liveness();
   const auto address = parse_host();
-  if (!address) throw CmdFailed();
+  if (!address) throw DeviceInactiveException();
   connect_cancel_->cancel();
+  attempt_limit_.cancel();
   read_cancel_->cancel();
   if (!socket_->is_connected()) {
     const auto socket = socket_;
     socket->connect(address, write_cancel_);
     if (!*alive) throw DeviceInactiveException();
   }
+  if (objects_host_.raw() != host_.raw()) objects_.clear();
+  objects_host_ = host_;
   read_cancel_ = Gio::Cancellable::create();
   fiber::spawn([this, cancel = read_cancel_] { keep_reading(cancel); });
   expect_success(ecos::request_view(ecos::station));
   expect_success(ecos::request_view(ecos::locomotive_manager));
   follow_power(expect_success(ecos::get_status()).get_object(ecos::station));
   join_default();
-  trouble_.take_back();
 }
 
 void ECoS::stop() {
@@ -223,8 +284,14 @@ void ECoS::stop() {
 }
 
 // Out of service after a failure. While `start` runs, it falls out of that instead.
-void ECoS::give_up() {
+void ECoS::give_up(const Glib::ustring& why) {
   const auto alive = liveness();
+  if (activating()) {
+    failure_ = why;
+  } else if (active()) {
+    set_link_down(why);
+  }
+  if (!*alive) return;
   go_out_of_service();
   if (*alive) cut_exchange();
 }

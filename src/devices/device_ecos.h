@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "core/status.h"
 #include "devices/command_station.h"
 #include "devices/ecos_msg.h"
+#include "devices/refused_items.h"
 #include "devices/socket.h"
 #include "runtime/timer.h"
 
@@ -16,9 +16,13 @@ namespace zemblar {
 /// An ESU ECoS command station, reached over TCP through its text protocol.
 ///
 /// It connects by itself and tries again for as long as it lives, a second after each attempt that
-/// failed. Every failure, a refused command included, takes it out of service and back to
-/// connecting. In service it follows the station's track power and is a member of the default
-/// device if `use_as_default`.
+/// failed; an attempt that nobody answers is given up after five seconds. Every failure, a refused
+/// command included, takes it out of service and back to connecting. What was refused is kept back
+/// for growing times (see RefusedItems), so that everybody else is heard. In service it follows the
+/// station's track power and is a member of the default device if `use_as_default`.
+///
+/// Answers are waited for without a limit. After three seconds the link state says so, and
+/// `reconnect` is there for who will not wait any longer.
 ///
 /// Locomotives are found by their address among the station's objects, and made there when it has
 /// none. Control of one is taken before each single command and given back after it, so that a hand
@@ -48,8 +52,13 @@ class ECoS : public CommandStation {
 
   /// Name or address of the station, with ":port" if the port is not `default_port`.
   [[nodiscard]] const Glib::ustring& get_host() const { return host_; }
-  /// For the next attempt: an established connection stays until it fails.
+  /// For the next attempt: an established connection stays until it fails. A connection that is not
+  /// in service yet is given up, and the new host is tried at once.
   void set_host(const Glib::ustring& host);
+  /// Cuts the connection, whatever it is doing, and begins anew at once.
+  void reconnect();
+
+  [[nodiscard]] bool withholds(DrivenDecoder& decoder, std::uint32_t item) override;
 
   Glib::PropertyProxy<Glib::ustring> property_host() { return {this, "host"}; }
   Glib::PropertyProxy<bool> property_use_as_default() { return {this, "use-as-default"}; }
@@ -57,25 +66,28 @@ class ECoS : public CommandStation {
  protected:
   bool start() override;
   void stop() override;
-  void power_on() override;
-  void power_off() override;
-  void update_speed(DrivenDecoder* decoder) override;
-  void update_direction(DrivenDecoder* decoder) override;
-  void update_function(DrivenDecoder* decoder, unsigned fn) override;
+  DecoderUpdate deliver(DrivenDecoder& decoder, std::uint32_t item) override;
+  void switch_power(bool on) override;
+  void on_failed_talk() override;
+  [[nodiscard]] unsigned rank(const DrivenDecoder& decoder) const override;
   void set_point(unsigned address, unsigned output, bool on) override;
   void on_deleting() override;
 
  private:
   using Cancel = Glib::RefPtr<Gio::Cancellable>;
-  /// The text of a value command for a locomotive object.
-  using ValueCommand = std::function<std::string(unsigned object, const DecoderUpdate& wanted)>;
-
   /// A command on its way and what has come of it; lives on the stack of the fiber that sent it.
   struct Exchange {
     const std::string& command;
+    Clock::time_point sent;
     fiber* waiter = nullptr;  // set while the fiber is suspended for the answer
     std::optional<ECoSMsg> answer{};
     bool cut = false;  // there will be no answer
+  };
+
+  /// What the station has said to a command that it did not carry out.
+  struct Refusal {
+    unsigned status = 0;
+    std::string text{};
   };
 
   void register_properties();
@@ -86,15 +98,19 @@ class ECoS : public CommandStation {
   bool wait_for_attempt(const Cancel& cancel);
   bool try_connect(const Glib::RefPtr<Gio::SocketConnectable>& address, const Cancel& cancel);
   Glib::RefPtr<Gio::SocketConnectable> parse_host();
+  void limit_attempt();
   void tell_unreachable();
   [[nodiscard]] bool may_connect() const;
   void close_socket();
   void subscribe();
-  void give_up();
+  void cut_start();
+  void end_failed_start();
+  void give_up(const Glib::ustring& why);
 
   // Talking.
   void keep_reading(const Cancel& cancel);
   bool read_some(ECoSFraming& framing, const Cancel& cancel);
+  void end_reading(bool had_room);
   void dispatch(const ECoSMsg& message);
   void follow_power(const ECoSMsg::Values& station);
   void wake_exchange();
@@ -102,17 +118,30 @@ class ECoS : public CommandStation {
   ECoSMsg command(const std::string& text);
   void send(const std::string& bytes);
   ECoSMsg expect_success(const std::string& text);
-  void converse(const std::function<void()>& talk);
-  void drive(DrivenDecoder* decoder, std::uint32_t item, const ValueCommand& value_command);
+  void send_item(Address address, const DecoderUpdate& wanted);
+  void note_refusal(Address address, const DecoderUpdate& sent, const char* text);
+  [[nodiscard]] Glib::ustring locomotive_name(Address address) const;
+  void watch_for_silence();
+  void look_for_silence();
+  void note_answer();
+  [[nodiscard]] Glib::ustring refusal_words() const;
+  [[nodiscard]] Glib::ustring unusable_words() const;
   unsigned object_id(Address address);
   std::optional<unsigned> find_locomotive(Address address);
   unsigned create_locomotive(Address address);
 
   Exchange* exchange_ = nullptr;
   std::map<Address, unsigned> objects_;  // the station's ids; forgotten one by one when refused
+  Glib::ustring objects_host_;           // whose ids these are
   Glib::ustring host_ = "localhost";
   Clock::time_point next_attempt_{};  // no attempt to connect before it
-  StatusNote trouble_;                // this outage
+  bool begins_anew_ = false;  // the start under way is to fail, and the next one follows at once
+  RefusedItems refused_;
+  Refusal refusal_;        // the last one
+  Glib::ustring failure_;  // why the conversation in progress has failed, if that is known
+  bool was_cut_ = false;   // by who would not wait for an answer any longer
+  Timeout silence_;
+  Timeout attempt_limit_;
   Glib::RefPtr<Socket> socket_;
   // Each fiber holds its own: these are replaced.
   Cancel connect_cancel_ = Gio::Cancellable::create();

@@ -3,9 +3,12 @@
 #include <glibmm/ustring.h>
 
 #include "core/i18n.h"
+#include "core/layout.h"
 #include "core/status.h"
+#include "devices/default_device.h"
 #include "devices/device_ecos.h"
 #include "devices/ecos_commands.h"
+#include "locomotives/lok.h"
 #include "runtime/fiber.h"
 
 namespace zemblar {
@@ -15,6 +18,27 @@ using namespace std::chrono_literals;
 
 /// A read that fails is tried again, but not so soon that nothing else gets a turn.
 constexpr auto pause_after_failed_read = 100ms;
+
+/// A command that has no answer by then is told of.
+constexpr auto silence_limit = 3s;
+
+std::string value_command(unsigned object, const DecoderUpdate& wanted) {
+  if (wanted.mask == DecoderUpdate::speed_bit) return ecos::set_speed(object, wanted.speed);
+  if (wanted.mask == DecoderUpdate::direction_bit) {
+    return ecos::set_direction(object, wanted.direction);
+  }
+  const auto fn = DecoderUpdate::function_of(wanted.mask);
+  return ecos::set_function(object, fn, wanted.function(fn));
+}
+
+Glib::ustring item_name(const DecoderUpdate& wanted) {
+  if (wanted.mask == DecoderUpdate::direction_bit) return _("the direction");
+  if (wanted.mask != DecoderUpdate::speed_bit) {
+    return Glib::ustring::compose(_("function %1"), DecoderUpdate::function_of(wanted.mask));
+  }
+  if (wanted.speed == DecoderUpdate::emergency_stop) return _("the emergency stop");
+  return Glib::ustring::compose(_("speed %1"), wanted.speed);
+}
 
 }  // namespace
 
@@ -36,12 +60,7 @@ void ECoS::keep_reading(const Cancel& cancel) {
 bool ECoS::read_some(ECoSFraming& framing, const Cancel& cancel) {
   const auto alive = liveness();
   const auto socket = socket_;
-  if (framing.room() == 0) {
-    set_status(Glib::ustring::compose(
-        _("%1 sent a message longer than %2 bytes, as a station with many locomotives does: its "
-          "connection is opened anew. Remove locomotives that you do not need from the station."),
-        get_name(), ECoSFraming::capacity));
-  }
+  const bool has_room = framing.room() > 0;
   gssize count = -1;
   try {
     // Without room this reads nothing, which is what the end of the connection looks like.
@@ -54,9 +73,22 @@ bool ECoS::read_some(ECoSFraming& framing, const Cancel& cancel) {
     }
   }
   if (!*alive || cancel->is_cancelled()) return false;
-  if (count == 0) give_up();
+  if (count == 0) end_reading(has_room);
   if (count > 0) framing.add(static_cast<std::size_t>(count));
   return count != 0;
+}
+
+void ECoS::end_reading(bool had_room) {
+  if (had_room) {
+    return give_up(Glib::ustring::compose(_("%1 ended the connection."), get_name()));
+  }
+  const auto why = Glib::ustring::compose(
+      _("%1 sent a message longer than %2 bytes, as a station with many locomotives does: its "
+        "connection is opened anew. Remove locomotives that you do not need from the station."),
+      get_name(), ECoSFraming::capacity);
+  give_up(why);
+  // To be read when the connection is there again.
+  set_status(why);
 }
 
 void ECoS::dispatch(const ECoSMsg& message) {
@@ -95,8 +127,9 @@ ECoSMsg ECoS::command(const std::string& text) {
   if (!active()) throw DeviceInactiveException();
   if (exchange_) throw CmdFailed();
   // The answer may be read before the send is reported complete, so it is expected from here on.
-  Exchange exchange{text};
+  Exchange exchange{text, Clock::now()};
   exchange_ = &exchange;
+  watch_for_silence();
   const auto forget = [&] {
     if (*alive) exchange_ = nullptr;
   };
@@ -111,6 +144,10 @@ ECoSMsg ECoS::command(const std::string& text) {
   }
   forget();
   if (!*alive || exchange.cut) throw DeviceInactiveException();
+  if (link_state().phase == LinkPhase::waiting_for_answer) {
+    note_answer();
+    if (!*alive) throw DeviceInactiveException();
+  }
   return *std::move(exchange.answer);
 }
 
@@ -122,7 +159,7 @@ void ECoS::send(const std::string& bytes) {
     const auto count = socket->write(bytes.data() + sent, bytes.size() - sent, cancel);
     if (!*alive || !active()) throw DeviceInactiveException();
     if (count == 0) {
-      give_up();
+      give_up(Glib::ustring::compose(_("%1 ended the connection."), get_name()));
       throw DeviceInactiveException();
     }
     sent += static_cast<std::size_t>(count);
@@ -131,79 +168,137 @@ void ECoS::send(const std::string& bytes) {
 
 ECoSMsg ECoS::expect_success(const std::string& text) {
   auto answer = command(text);
+  refusal_ = {answer.get_status(), answer.get_status_text()};
   if (answer.get_status() != 0) throw CmdFailed();
   return answer;
 }
 
-// A failure takes the device out of service while it is still busy: nobody who waits goes on with
-// a connection that is of no use.
-void ECoS::converse(const std::function<void()>& talk) {
-  const auto alive = liveness();
-  BusyLock lock(this, true);
-  try {
-    talk();
-  } catch (...) {
-    if (*alive) give_up();
-    throw;
+/// "25 (no control)"
+Glib::ustring ECoS::refusal_words() const {
+  if (refusal_.status == 0) return _("something that is of no use");
+  return Glib::ustring::compose("%1 (%2)", refusal_.status, refusal_.text);
+}
+
+// --- Answers that do not come ---
+
+// One timer for many commands: it is armed anew only when it has fallen due.
+void ECoS::watch_for_silence() {
+  if (!silence_.armed()) silence_ = Timeout::once(silence_limit, [this] { look_for_silence(); });
+}
+
+void ECoS::look_for_silence() {
+  if (!exchange_) return;
+  const auto waited = Clock::now() - exchange_->sent;
+  if (waited < silence_limit) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(silence_limit - waited);
+    silence_ = Timeout::once(left, [this] { look_for_silence(); });
+    return;
   }
+  set_link(LinkPhase::waiting_for_answer,
+           Glib::ustring::compose(
+               _("%1 has accepted “%2” and does not answer. Look at the station, or press "
+                 "“Reconnect” in its panel."),
+               get_name(), exchange_->command),
+           exchange_->sent);
+}
+
+void ECoS::note_answer() {
+  activating() ? set_link_down({}) : set_link(LinkPhase::in_service);
 }
 
 // --- What the railway asks for ---
 
-void ECoS::power_on() {
-  converse([this] {
-    if (command(ecos::go()).get_status() == 0) track_power_is_on();
-  });
+// A failure takes the device out of service while it is still busy: nobody who waits goes on with
+// a connection that is of no use.
+void ECoS::on_failed_talk() {
+  auto why = std::exchange(failure_, {});
+  if (why.empty()) why = Glib::ustring::compose(_("%1 is connected anew."), get_name());
+  give_up(why);
 }
 
-void ECoS::power_off() {
-  converse([this] {
-    if (command(ecos::stop()).get_status() == 0) track_power_is_off();
-  });
+void ECoS::switch_power(bool on) {
+  const auto answer = command(on ? ecos::go() : ecos::stop());
+  refusal_ = {answer.get_status(), answer.get_status_text()};
+  if (answer.get_status() == 0) {
+    on ? track_power_is_on() : track_power_is_off();
+  } else {
+    set_status(Glib::ustring::compose(_("%1 refused to switch the track power: %2."), get_name(),
+                                      refusal_words()));
+  }
 }
 
 void ECoS::set_point(unsigned address, unsigned output, bool on) {
-  converse([&] { expect_success(ecos::switch_output(address, output, on)); });
-}
-
-void ECoS::update_speed(DrivenDecoder* decoder) {
-  drive(decoder, DecoderUpdate::speed_bit, [](unsigned object, const DecoderUpdate& wanted) {
-    return ecos::set_speed(object, wanted.speed);
-  });
-}
-
-void ECoS::update_direction(DrivenDecoder* decoder) {
-  drive(decoder, DecoderUpdate::direction_bit, [](unsigned object, const DecoderUpdate& wanted) {
-    return ecos::set_direction(object, wanted.direction);
-  });
-}
-
-void ECoS::update_function(DrivenDecoder* decoder, unsigned fn) {
-  drive(decoder, DecoderUpdate::function_bit(fn), [fn](unsigned object, const auto& wanted) {
-    return ecos::set_function(object, fn, wanted.function(fn));
-  });
-}
-
-void ECoS::drive(DrivenDecoder* decoder, std::uint32_t item, const ValueCommand& value_command) {
-  DecoderTask task(this, decoder);
-  if (!task.leads()) return;
   converse([&] {
-    // Read only now: others may have gone first, and the newest wish is the one to send.
-    auto wanted = decoder->state();
-    wanted.mask = item;
-    const auto address = decoder->get_address();
-    const auto object = object_id(address);
     try {
-      expect_success(ecos::request_control(object));
-      expect_success(value_command(object, wanted));
-      expect_success(ecos::release_control(object));
+      expect_success(ecos::switch_output(address, output, on));
     } catch (const CmdFailed&) {
-      // The station may know the locomotive by another number by now, or not at all.
-      objects_.erase(address);
+      failure_ = Glib::ustring::compose(_("%1 refused to switch output %2 of the accessory decoder "
+                                          "%3: %4."),
+                                        get_name(), output, address, refusal_words());
+      // To be read when the connection is there again.
+      set_status(failure_);
       throw;
     }
-    task.finish(wanted);
   });
+}
+
+// The newest wish is read only now: others may have gone first.
+DecoderUpdate ECoS::deliver(DrivenDecoder& decoder, std::uint32_t item) {
+  const auto alive = liveness();
+  auto wanted = decoder.state();
+  wanted.mask = item;
+  const auto address = decoder.get_address();
+  was_cut_ = false;
+  try {
+    send_item(address, wanted);
+  } catch (const CmdFailed&) {
+    // The station may know the locomotive by another number by now, or not at all.
+    objects_.erase(address);
+    note_refusal(address, wanted, _("%1 refused %2 of %3: %4. It is tried again in %5 s."));
+    throw;
+  } catch (...) {
+    if (!*alive) throw;
+    if (std::exchange(was_cut_, false)) {
+      note_refusal(address, wanted, _("%1 did not answer to %2 of %3. It is tried again in %5 s."));
+    } else {
+      refused_.suspect(address, wanted);
+    }
+    throw;
+  }
+  refused_.accept(address, item);
+  return wanted;
+}
+
+void ECoS::send_item(Address address, const DecoderUpdate& wanted) {
+  const auto object = object_id(address);
+  expect_success(ecos::request_control(object));
+  expect_success(value_command(object, wanted));
+  expect_success(ecos::release_control(object));
+}
+
+// --- Refusals ---
+
+bool ECoS::withholds(DrivenDecoder& decoder, std::uint32_t item) {
+  return refused_.withhold(decoder, item);
+}
+
+unsigned ECoS::rank(const DrivenDecoder& decoder) const {
+  if (refused_.refuses_all(decoder)) return ~0u;
+  return 2 * CommandStation::rank(decoder) + (refused_.suspects(decoder) ? 1 : 0);
+}
+
+/// `text` has places for the station, the item, the locomotive, the station's words and the time.
+void ECoS::note_refusal(Address address, const DecoderUpdate& sent, const char* text) {
+  failure_ = Glib::ustring::compose(text, get_name(), item_name(sent), locomotive_name(address),
+                                    refusal_words(), refused_.next_pause(address, sent).count());
+  refused_.refuse(address, sent, failure_);
+}
+
+Glib::ustring ECoS::locomotive_name(Address address) const {
+  const auto* lok = find_lok(address);
+  if (!lok && layout()) lok = layout()->get_default_device().find_lok(address);
+  return lok ? lok->get_name()
+             : Glib::ustring::compose(_("the locomotive with address %1"), address.get_addr());
 }
 
 // --- Locomotives at the station ---

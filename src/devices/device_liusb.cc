@@ -27,6 +27,7 @@ const DocumentClass::Registration registration(document_class<LIUSB>("!device/Le
 LIUSB::LIUSB()
     : Glib::ObjectBase("DeviceLIUSB"), CommandStation(_("Lenz LI-USB %1"), "enable-default") {
   wait_for_hardware();
+  set_link(LinkPhase::looking_for_hardware, not_plugged_in());
 }
 
 LIUSB::LIUSB(const YAML::Node& node) : LIUSB() {
@@ -47,7 +48,6 @@ void LIUSB::save(YAML::Emitter& out) const {
 
 void LIUSB::on_deleting() {
   attached_.disconnect();
-  trouble_.take_back();
   CommandStation::on_deleting();
   let_go_of_port();
 }
@@ -61,6 +61,7 @@ void LIUSB::wait_for_hardware() {
 
 bool LIUSB::attach(SerialPort* port) {
   if (is_deleting() || !hold_.take(port, [this] { lose_port(); })) return false;
+  set_link(LinkPhase::connecting);
   // While an older conversation still winds up, its end tries again.
   set_active(true);
   return true;
@@ -74,9 +75,16 @@ void LIUSB::let_go_of_port() {
 
 // Not by set_active: a `start` that is still running finds by itself that the port has gone.
 void LIUSB::lose_port() {
-  trouble_.take_back();
+  const auto alive = liveness();
+  const bool was_there = link_state().phase != LinkPhase::connecting;
+  set_link(was_there ? LinkPhase::lost : LinkPhase::looking_for_hardware, not_plugged_in());
+  if (!*alive) return;
   let_go_of_port();
   go_out_of_service();
+}
+
+Glib::ustring LIUSB::not_plugged_in() const {
+  return Glib::ustring::compose(_("%1 is not plugged in."), get_name());
 }
 
 void LIUSB::try_again(const Port& tried) {
@@ -123,7 +131,7 @@ void LIUSB::open_port(const Port& port) {
     port->open(cancel_);
   } catch (const Gio::Error& error) {
     if (!*alive) throw;
-    trouble_.tell(why_not_opened(get_name(), *port.operator->(), error));
+    set_link_down(why_not_opened(get_name(), *port.operator->(), error));
     throw;
   }
 }
@@ -131,7 +139,7 @@ void LIUSB::open_port(const Port& port) {
 void LIUSB::greet() {
   const auto buf = exchange(liusb::interface_version);
   const auto refuse = [this](const char* reason) {
-    trouble_.tell(Glib::ustring::compose(
+    set_link_down(Glib::ustring::compose(
         _("%1: what is connected to the port does not answer as a LI-USB does (%2)."), get_name(),
         reason));
     throw std::runtime_error(reason);
@@ -153,12 +161,14 @@ void LIUSB::require_service(const Port& port) const {
   if (!active() || hold_.port() != port) throw DeviceInactiveException();
 }
 
-/// One request and its answer. Only inside a BusyLock.
-liusb::Bytes LIUSB::exchange(const liusb::Bytes& message) {
+/// One request and its answer. Only inside a BusyLock. `power` is the track power that it asks for:
+/// a station may confirm that to everybody, and to whoever asked not at all.
+liusb::Bytes LIUSB::exchange(const liusb::Bytes& message, std::optional<bool> power) {
   const auto alive = liveness();
   const auto port = hold_.port();
   if (!port) throw DeviceInactiveException();
   bool timed_out = false;
+  power_heard_.reset();
   cancel_ = Gio::Cancellable::create();
   const auto limit = Timeout::once(answer_time, [&timed_out, cancel = cancel_] {
     timed_out = true;
@@ -166,24 +176,36 @@ liusb::Bytes LIUSB::exchange(const liusb::Bytes& message) {
   });
   try {
     auto answer = talk(port, message);
-    trouble_.take_back();
+    note_answer();
+    if (!*alive) throw DeviceInactiveException();
     return answer;
   } catch (const Gio::Error& error) {
     if (!*alive) throw DeviceInactiveException();
     if (timed_out) {
-      trouble_.tell(Glib::ustring::compose(
-          _("%1 does not answer: is the command station switched on and connected?"), get_name()));
+      if (power && power_heard_ == power) return {};
+      note_silence();
       throw DeviceInactiveException();
     }
     if (error.code() == Gio::Error::CANCELLED || hold_.port() != port) throw;
     // Nothing goes over this port any more, and trying would not take time.
     lose_port();
     if (*alive) {
-      trouble_.tell(Glib::ustring::compose(_("%1 lost its port %2: plug it out and in again."),
-                                           get_name(), port->port_name));
+      set_link(LinkPhase::lost,
+               Glib::ustring::compose(_("%1 lost its port %2: plug it out and in again."),
+                                      get_name(), port->port_name));
     }
     throw;
   }
+}
+
+void LIUSB::note_answer() {
+  if (!activating()) set_link(LinkPhase::in_service);
+}
+
+void LIUSB::note_silence() {
+  const auto why = Glib::ustring::compose(
+      _("%1 does not answer: is the command station switched on and connected?"), get_name());
+  activating() ? set_link_down(why) : set_link(LinkPhase::waiting_for_answer, why);
 }
 
 liusb::Bytes LIUSB::talk(const Port& port, const liusb::Bytes& message) {
@@ -204,7 +226,12 @@ liusb::Bytes LIUSB::talk(const Port& port, const liusb::Bytes& message) {
   liusb::AnswerReader reader;
   std::array<std::uint8_t, liusb::max_frame> buffer;
   while (true) {
-    if (auto answer = reader.next()) return *std::move(answer);
+    auto answer = reader.next();
+    if (const auto power = reader.take_power()) {
+      follow_power(*power);
+      check();
+    }
+    if (answer) return *std::move(answer);
     const auto count = port->read(buffer.data(), buffer.size(), cancel);
     check();
     if (count == 0) throw DeviceInactiveException();
@@ -214,16 +241,15 @@ liusb::Bytes LIUSB::talk(const Port& port, const liusb::Bytes& message) {
 
 // --- What the railway asks for ---
 
-void LIUSB::power_on() {
-  BusyLock lock(this, true);
-  exchange(liusb::power_on);
-  track_power_is_on();
+void LIUSB::switch_power(bool on) {
+  const auto alive = liveness();
+  exchange(on ? liusb::power_on : liusb::power_off, on);
+  if (*alive) on ? track_power_is_on() : track_power_is_off();
 }
 
-void LIUSB::power_off() {
-  BusyLock lock(this, true);
-  exchange(liusb::power_off);
-  track_power_is_off();
+void LIUSB::follow_power(bool on) {
+  power_heard_ = on;
+  if (on != track_power()) on ? track_power_is_on() : track_power_is_off();
 }
 
 bool LIUSB::reaches(const DrivenDecoder& decoder) {
@@ -237,38 +263,34 @@ bool LIUSB::reaches(const DrivenDecoder& decoder) {
   return false;
 }
 
-void LIUSB::update_speed(DrivenDecoder* decoder) {
-  drive(decoder);
-}
-
-void LIUSB::update_direction(DrivenDecoder* decoder) {
-  drive(decoder);
-}
-
-// Values and address are read only when the device is free: others may have gone first, and the
+// Values and address are read only now that the device is free: others may have gone first, and the
 // newest wish is the one to send.
-
-void LIUSB::drive(DrivenDecoder* decoder) {
-  DecoderTask task(this, decoder);
-  if (!task.leads()) return;
-  BusyLock lock(this, true);
-  if (!reaches(*decoder)) return;
-  auto sent = decoder->state();
-  sent.mask = DecoderUpdate::speed_bit | DecoderUpdate::direction_bit;
-  exchange(liusb::drive(decoder->get_address(), decoder->get_type(), sent.speed, sent.direction));
-  task.finish(sent);
+DecoderUpdate LIUSB::deliver(DrivenDecoder& decoder, std::uint32_t item) {
+  // Its address may be another one by now.
+  if (!reaches(decoder)) throw DeviceInactiveException();
+  const bool moves = item == DecoderUpdate::speed_bit || item == DecoderUpdate::direction_bit;
+  return moves ? drive(decoder) : set_functions(decoder, DecoderUpdate::function_of(item));
 }
 
-void LIUSB::update_function(DrivenDecoder* decoder, unsigned fn) {
-  DecoderTask task(this, decoder);
-  if (!task.leads()) return;
-  BusyLock lock(this, true);
-  if (!reaches(*decoder)) return;
+DecoderUpdate LIUSB::drive(const DrivenDecoder& decoder) {
+  auto sent = decoder.state();
+  sent.mask = DecoderUpdate::speed_bit | DecoderUpdate::direction_bit;
+  exchange(liusb::drive(decoder.get_address(), decoder.get_type(), sent.speed, sent.direction));
+  return sent;
+}
+
+// The frame carries a whole group. Several decoders may share the address, such as outputs of
+// accessories: what is not out of date in this one stays as the address is known to have it.
+DecoderUpdate LIUSB::set_functions(const DrivenDecoder& decoder, unsigned fn) {
   const auto& group = liusb::group_of(fn);
-  auto sent = decoder->state();
+  const auto address = decoder.get_address();
+  auto sent = decoder.state();
+  const auto own = (sent.mask | DecoderUpdate::function_bit(fn)) >> 2;
+  sent.functions = functions_[address].merge(sent.functions, own);
   sent.mask = group.mask();
-  exchange(liusb::set_functions(decoder->get_address(), group, sent.functions));
-  task.finish(sent);
+  exchange(liusb::set_functions(address, group, sent.functions));
+  functions_[address].tell(sent.functions, sent.mask >> 2);
+  return sent;
 }
 
 void LIUSB::set_point(unsigned address, unsigned output, bool on) {
@@ -278,9 +300,10 @@ void LIUSB::set_point(unsigned address, unsigned output, bool on) {
           "with four outputs each."),
         get_name(), output, address));
   }
-  BusyLock lock(this, true);
-  switch_coil(liusb::energise(address, output, on));
-  switch_coil(liusb::release(address, output, on));
+  converse([&] {
+    switch_coil(liusb::energise(address, output, on));
+    switch_coil(liusb::release(address, output, on));
+  });
 }
 
 void LIUSB::switch_coil(const liusb::Bytes& message) {

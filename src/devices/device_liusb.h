@@ -1,6 +1,8 @@
 #pragma once
 
-#include "core/status.h"
+#include <map>
+#include <optional>
+
 #include "devices/command_station.h"
 #include "devices/liusb_codec.h"
 #include "devices/serial_port_liusb.h"
@@ -17,8 +19,12 @@ namespace zemblar {
 ///
 /// One request and its answer at a time. Without an answer within 750 ms the operation fails, but
 /// the device stays in service, and decoders try again. Answers are not told apart, but for those
-/// about points: the station's word that it is busy counts as delivered. A port that fails is let
-/// go of.
+/// about points: the station's word that it is busy counts as delivered. What a station tells
+/// everybody of its track power is followed, and confirms a switching that is not answered
+/// otherwise. A port that fails is let go of.
+///
+/// Functions go out by the group. Decoders that share an address do not undo each other's: all but
+/// what a decoder wants changed goes out as the address was last told.
 ///
 /// The station has fewer addresses than decoders can have (see liusb::can_drive). Others are
 /// refused with a word in the status line, and their decoders stay out of date.
@@ -41,16 +47,29 @@ class LIUSB : public CommandStation {
  protected:
   bool start() override;
   void stop() override;
-  void power_on() override;
-  void power_off() override;
-  void update_speed(DrivenDecoder* decoder) override;
-  void update_direction(DrivenDecoder* decoder) override;
-  void update_function(DrivenDecoder* decoder, unsigned fn) override;
+  DecoderUpdate deliver(DrivenDecoder& decoder, std::uint32_t item) override;
+  void switch_power(bool on) override;
   void set_point(unsigned address, unsigned output, bool on) override;
   void on_deleting() override;
 
  private:
   using Port = Glib::RefPtr<SerialPort>;
+
+  /// The functions that an address was last told of: bit n is function n.
+  struct KnownFunctions {
+    std::uint32_t told = 0;
+    std::uint32_t on = 0;
+
+    /// `functions` where they are the sender's own or never told, the rest as told.
+    [[nodiscard]] std::uint32_t merge(std::uint32_t functions, std::uint32_t own) const {
+      const auto others = told & ~own;
+      return (functions & ~others) | (on & others);
+    }
+    void tell(std::uint32_t functions, std::uint32_t which) {
+      on = (on & ~which) | (functions & which);
+      told |= which;
+    }
+  };
 
   void wait_for_hardware();
   void let_go_of_port();
@@ -60,14 +79,20 @@ class LIUSB : public CommandStation {
   void greet();
   void read_status();
 
-  liusb::Bytes exchange(const liusb::Bytes& message);
+  liusb::Bytes exchange(const liusb::Bytes& message, std::optional<bool> power = {});
   liusb::Bytes talk(const Port& port, const liusb::Bytes& message);
   void require_service(const Port& port) const;
-  void drive(DrivenDecoder* decoder);
+  void note_answer();
+  void note_silence();
+  void follow_power(bool on);
+  [[nodiscard]] Glib::ustring not_plugged_in() const;
+  DecoderUpdate drive(const DrivenDecoder& decoder);
+  DecoderUpdate set_functions(const DrivenDecoder& decoder, unsigned fn);
   void switch_coil(const liusb::Bytes& message);
 
   PortHold hold_;  // empty until hardware is attached
-  StatusNote trouble_;
+  std::map<Address, KnownFunctions> functions_;
+  std::optional<bool> power_heard_;  // from a broadcast, in this exchange
   Timeout retry_;
   // Each exchange has its own: it ends the one in flight.
   Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();

@@ -198,7 +198,13 @@ void ECoSMsg::read_body_line(std::string_view line) {
 }
 
 void ECoSMsg::read_end(std::string_view line) {
-  if (line.ends_with('>')) status_ = leading_number(without_leading_space(line.substr(4)));
+  if (!line.ends_with('>')) return;
+  status_ = leading_number(without_leading_space(line.substr(4)));
+  const auto open = line.find('(');
+  const auto close = line.rfind(')');
+  if (status_ != 0 && open < close && close != std::string_view::npos) {
+    status_text_ = line.substr(open + 1, close - open - 1);
+  }
 }
 
 const ECoSMsg::Values& ECoSMsg::get_object(unsigned id) const {

@@ -55,6 +55,8 @@ class ECoSMsg {
   [[nodiscard]] const Values& get_object(unsigned id) const;
   /// 0 is success.
   [[nodiscard]] unsigned get_status() const { return status_; }
+  /// The station's own words for it, without their parentheses.
+  [[nodiscard]] const std::string& get_status_text() const { return status_text_; }
 
  private:
   bool read_head(std::string_view line);
@@ -66,6 +68,7 @@ class ECoSMsg {
   std::string command_;
   Objects objects_;
   unsigned status_ = 0;
+  std::string status_text_;
 };
 
 /// The value of a key, empty when it is not there.

@@ -114,6 +114,7 @@ std::optional<Bytes> AnswerReader::next() {
                         bytes_.begin() + static_cast<std::ptrdiff_t>(length) - 1);
     drop(length);
     if (answers) return message;
+    if (const auto power = read_power(message)) power_ = power;
   }
 }
 
@@ -177,6 +178,12 @@ std::optional<StationStatus> read_status(const Bytes& answer) {
   if (answer.size() != 3 || answer[0] != 0x62 || answer[1] != 0x22) return {};
   return StationStatus{.power = (answer[2] & 3) == 0,
                        .wants_start_mode = (answer[2] & 0x44) == 0x44};
+}
+
+std::optional<bool> read_power(const Bytes& broadcast) {
+  if (broadcast == Bytes{0x61, 0x00}) return false;
+  if (broadcast == Bytes{0x61, 0x01}) return true;
+  return {};
 }
 
 }  // namespace zemblar::liusb

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "core/address.h"
@@ -33,12 +34,15 @@ class AnswerReader {
  public:
   void add(std::span<const std::uint8_t> bytes);
   [[nodiscard]] std::optional<Bytes> next();
+  /// The track power that the last of the skipped broadcasts spoke of, once.
+  [[nodiscard]] std::optional<bool> take_power() { return std::exchange(power_, {}); }
 
  private:
   void drop(std::size_t count);
   [[nodiscard]] bool checks(std::size_t length) const;
 
   Bytes bytes_;
+  std::optional<bool> power_;
 };
 
 // --- Requests ---
@@ -92,5 +96,8 @@ struct StationStatus {
 };
 /// Nothing for another message.
 [[nodiscard]] std::optional<StationStatus> read_status(const Bytes& answer);
+
+/// The track power that a broadcast tells of: 0x61 0x00 is off, 0x61 0x01 on. Nothing for another.
+[[nodiscard]] std::optional<bool> read_power(const Bytes& broadcast);
 
 }  // namespace zemblar::liusb

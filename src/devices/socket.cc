@@ -20,6 +20,26 @@ void rethrow_own(const Result& result) {
   if (error) std::rethrow_exception(error->value());
 }
 
+/// The far end may go without a word: its cable is pulled, its power fails. The system asks it when
+/// the connection is idle, and gives it up when what was sent is not acknowledged; either way
+/// within 15 s (tcp(7)).
+constexpr int idle_time = 5;       // seconds until the first probe
+constexpr int probe_interval = 3;  // seconds
+constexpr int probe_count = 3;
+constexpr int sent_limit = 12'000;  // milliseconds
+
+void set_tcp_option(GSocket* socket, int option, int value) {
+  g_socket_set_option(socket, IPPROTO_TCP, option, value, nullptr);
+}
+
+void watch_peer(GSocket* socket) {
+  g_socket_set_keepalive(socket, TRUE);
+  set_tcp_option(socket, TCP_KEEPIDLE, idle_time);
+  set_tcp_option(socket, TCP_KEEPINTVL, probe_interval);
+  set_tcp_option(socket, TCP_KEEPCNT, probe_count);
+  set_tcp_option(socket, TCP_USER_TIMEOUT, sent_limit);
+}
+
 }  // namespace
 
 Glib::RefPtr<Socket> Socket::create() {
@@ -83,7 +103,9 @@ bool Socket::connect(const Glib::RefPtr<Gio::SocketConnectable>& address, const 
 void Socket::take(const Glib::RefPtr<Gio::SocketConnection>& connection) {
   // Two attempts may run at once; the second connection is closed by letting go of it.
   if (connection_) throw Gio::Error(Gio::Error::BUSY, "Already Connected");
-  g_socket_set_option(connection->get_socket()->gobj(), IPPROTO_TCP, TCP_NODELAY, 1, nullptr);
+  auto* socket = connection->get_socket()->gobj();
+  set_tcp_option(socket, TCP_NODELAY, 1);
+  watch_peer(socket);
   connection_ = connection;
 }
 

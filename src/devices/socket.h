@@ -22,7 +22,8 @@ namespace zemblar {
 ///
 /// Throws Gio::Error: BUSY "Already Connected" from `connect`, CLOSED "Not Connected" from all
 /// others, CANCELLED when the cancellable is, before or during the call, and whatever else the
-/// toolkit reports. IPv4 alone.
+/// toolkit reports. IPv4 alone. A peer that has gone without a word is noticed within 15 s, whether
+/// something is sent or not: `read` then throws TIMED_OUT or HOST_UNREACHABLE.
 ///
 /// The four operations of a conversation are virtual, so that a stream in memory can stand in.
 class Socket : public Glib::Object {

@@ -106,24 +106,30 @@ void Decoder::set_speed(unsigned speed) {
     state_.speed =
         static_cast<std::uint32_t>(std::min(scaled, static_cast<double>(DecoderUpdate::max_speed)));
   }
-  if (!commands_enabled_) return;
-  state_.mask |= DecoderUpdate::speed_bit;
-  complete({});
+  if (commands_enabled_) command(DecoderUpdate::speed_bit);
 }
 
 void Decoder::set_direction(Direction direction) {
   state_.direction = reverse_ ? opposite(direction) : direction;
-  if (!commands_enabled_) return;
-  state_.mask |= DecoderUpdate::direction_bit;
-  complete({});
+  if (commands_enabled_) command(DecoderUpdate::direction_bit);
 }
 
 void Decoder::set_function(unsigned fn, bool on) {
   assert(fn <= 28);
-  state_.mask |= DecoderUpdate::function_bit(fn);
   const auto bit = 1u << fn;
   state_.functions = on ? state_.functions | bit : state_.functions & ~bit;
+  command(DecoderUpdate::function_bit(fn));
+}
+
+void Decoder::command(std::uint32_t item) {
+  state_.mask |= item;
+  commanded_ |= item;
   complete({});
+}
+
+void Decoder::mark_out_of_date() {
+  const auto moves = DecoderUpdate::speed_bit | DecoderUpdate::direction_bit;
+  if (!retired_) state_.mask |= commands_enabled_ ? commanded_ : commanded_ & ~moves;
 }
 
 // --- Reconciling ---

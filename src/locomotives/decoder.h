@@ -44,6 +44,9 @@ class Decoder : public DrivenDecoder {
   void complete(const DecoderUpdate& delivered) override;
   /// Tries again to send what is out of date.
   void resend();
+  /// Everything that was ever commanded is out of date again: a station has joined, and what it
+  /// has missed is not known. Sends nothing by itself.
+  void mark_out_of_date();
   /// Its locomotive has gone: sends nothing more and follows no device.
   void retire();
 
@@ -78,12 +81,15 @@ class Decoder : public DrivenDecoder {
   explicit Decoder(const YAML::Node& node);
 
  private:
+  void command(std::uint32_t item);
+
   Device* device_ = nullptr;
   double speed_ratio_ = 1.0;
   bool commands_enabled_ = true;
   bool reverse_ = false;
   bool retired_ = false;
-  unsigned round_ = 0;  // of sending
+  std::uint32_t commanded_ = 0;  // the items that were ever marked out of date
+  unsigned round_ = 0;           // of sending
   sigc::signal<void> signal_changed_;
   sigc::signal<void> signal_changing_;
   ScopedConnection device_deleted_;

@@ -27,7 +27,9 @@ unsigned next_turn() {
   return ++turn;
 }
 
-/// A station that comes into service gets what it has missed.
+/// A station that comes into service gets what it has missed: stops first, then what moves trains.
+/// Nobody knows what one of several stations has missed, so those that serve every decoder get all
+/// that was commanded.
 void resend_through(Device& device) {
   if (!Layout::exists()) return;
   const bool is_member = Layout::get().get_default_device().devices().contains(&device);
@@ -38,6 +40,13 @@ void resend_through(Device& device) {
       if (driver ? driver == &device : is_member) concerned.push_back(decoder);
     }
   });
+  if (is_member) {
+    for (const auto& decoder : concerned) {
+      if (!decoder->get_device()) decoder->mark_out_of_date();
+    }
+  }
+  std::ranges::stable_sort(concerned, {},
+                           [](const auto& decoder) { return urgency_of(decoder->state()); });
   for (const auto& decoder : concerned) decoder->resend();
 }
 

@@ -14,7 +14,7 @@ namespace zemblar {
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
+using RealClock = std::chrono::steady_clock;
 
 /// So that nobody feels it who types or drags meanwhile.
 constexpr auto slice = 4ms;
@@ -123,10 +123,10 @@ void ObjectRows::set_row(Object& object, const Gtk::TreeIter& row) {
 }
 
 bool ObjectRows::fill_slice() {
-  const auto end = Clock::now() + slice;
+  const auto end = RealClock::now() + slice;
   while (!unfilled_.empty()) {
     auto* container = unfilled_.front();
-    if (!fill_children(*container, [end] { return Clock::now() > end; })) return true;
+    if (!fill_children(*container, [end] { return RealClock::now() > end; })) return true;
     unfilled_.pop_front();
     signal_filled_.emit(container);
   }

@@ -340,15 +340,20 @@ TEST_F(DeviceTest, default_device_is_answered_when_all_stations_are) {
   EXPECT_TRUE(decoder->up_to_date());
   EXPECT_EQ(1u, decoder->answers.size());
 
-  // One that fails leaves it out of date; both are told again.
-  decoder->persistent = false;
+  // One that fails is told again, and nobody else.
+  const auto sent_by_one = one->sent;
   decoder->want_speed(41);
-  one->step();
   two->step(false);
+  two->step(false);
+  two->step();
   EXPECT_FALSE(decoder->up_to_date());
-  EXPECT_EQ(0u, decoder->answers.back().mask);
+  one->step();
+  EXPECT_TRUE(decoder->up_to_date());
+  EXPECT_EQ(sent_by_one + 1, one->sent);
+  EXPECT_EQ(2u, decoder->answers.size());
 
   // One that is lost while its station talks answers as well.
+  decoder->persistent = false;
   decoder->want_speed(42);
   two->step();
   auto* lost = one;

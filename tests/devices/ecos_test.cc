@@ -7,17 +7,18 @@
 #include "core/yaml_io.h"
 #include "devices/default_device.h"
 #include "devices/device_ecos.h"
+#include "locomotives/lok.h"
 #include "runtime/fiber.h"
 #include "runtime/scoped_connection.h"
+#include "simulator/memory_station.h"
 #include "support/layout_fixture.h"
-#include "support/memory_station.h"
 #include "support/test_decoder.h"
 
 namespace zemblar {
 namespace {
 
 using namespace std::chrono_literals;
-using test::MemoryStation;
+using simulator::MemoryStation;
 using test::TestDecoder;
 using testing::HasSubstr;
 using Trace = std::vector<std::string>;
@@ -335,6 +336,92 @@ TEST_F(ECoSTest, does_not_hammer_a_station_that_refuses_control) {
   clock.advance(1100ms);
   EXPECT_TRUE(decoder->up_to_date());
   EXPECT_EQ(5u, station.locomotive(3).speed);
+}
+
+// --- What a station does not take ---
+
+/// The items that reach the station, in order, without what surrounds them.
+Trace values_of(const Trace& commands) {
+  Trace values;
+  std::ranges::copy_if(commands, std::back_inserter(values),
+                       [](const auto& command) { return command.starts_with("set(10"); });
+  return values;
+}
+
+TEST_F(ECoSTest, lets_everybody_else_go_first_when_a_station_refuses_one_item) {
+  auto* ecos = add_started_ecos();
+  for (const auto address : {4u, 5u}) station.add_locomotive(address, "Other");
+  std::vector<Lok*> loks;
+  for (const auto address : {3u, 4u, 5u}) {
+    loks.push_back(layout().get_loks().add(new Lok));
+    loks.back()->get_decoders().front()->set_address(Address(address));
+    loks.back()->set_speed(50);
+  }
+  clock.advance(100ms);
+  station.take_commands();
+
+  station.hub.faults().fail("set(1000,func[2", 25);
+  loks[0]->get_decoders().front()->set_function(2, true);
+  clock.advance(2ms);
+  loks[1]->get_decoders().front()->set_function(1, true);
+  loks[1]->set_speed(40);
+  loks[2]->set_emergency_stop(true);
+  clock.advance(50ms);
+  EXPECT_FALSE(ecos->active());
+  EXPECT_THAT(get_status().raw(), HasSubstr("refused function 2 of Locomotive 1: 25 (no control)"));
+  clock.advance(1100ms);
+  EXPECT_TRUE(ecos->active());
+  const auto values = values_of(station.take_commands());
+  ASSERT_GT(values.size(), 3u);
+  EXPECT_EQ((Trace{"set(1000,func[2,1])", "set(1002,stop)", "set(1000,speed[50])",
+                   "set(1001,speed[40])"}),
+            Trace(values.begin(), values.begin() + 4));
+  EXPECT_EQ(1, std::ranges::count(values, "set(1000,func[2,1])")) << "kept back";
+  EXPECT_TRUE(station.locomotive(4).functions[1]);
+
+  // At growing distances, and each time after what others wait for.
+  const auto tries_within = [&](auto time) {
+    clock.advance(time);
+    return std::ranges::count(station.take_commands(), "set(1000,func[2,1])");
+  };
+  EXPECT_EQ(1, tries_within(2s));
+  EXPECT_EQ(3, tries_within(30s));
+  EXPECT_LE(tries_within(600s), 11);
+  EXPECT_GE(tries_within(600s), 9);
+  EXPECT_TRUE(ecos->active());
+  EXPECT_NE("", get_status());
+
+  // Another value is a new wish.
+  loks[0]->get_decoders().front()->set_function(2, false);
+  clock.advance(1s);
+  EXPECT_EQ("set(1000,func[2,0])", values_of(station.take_commands()).at(0));
+  station.hub.faults().clear();
+  loks[0]->get_decoders().front()->set_function(2, true);
+  clock.advance(5s);
+  EXPECT_TRUE(station.locomotive(3).functions[2]);
+  EXPECT_EQ("", get_status());
+}
+
+TEST_F(ECoSTest, sends_stops_before_all_that_waits_for_its_turn) {
+  auto* ecos = add_started_ecos();
+  station.hub.faults().late = 2ms;
+  const auto moving = TestDecoder::create(*ecos, 3);
+  for (unsigned address = 1; address <= 19; ++address) ecos->run_set_point(address, 1, true);
+  clock.advance(3ms);
+  moving->want_speed(DecoderUpdate::emergency_stop);
+  clock.advance(1ms);
+  ecos->set_track_power(true);
+  ecos->track_power_is_on();
+  ecos->set_track_power(false);
+  clock.advance(1s);
+  const auto commands = station.take_commands();
+  const auto place = [&](const char* command) {
+    return std::ranges::find(commands, command) - commands.begin();
+  };
+  EXPECT_LE(place("set(1000,stop)"), 6) << "behind the point that was under way";
+  EXPECT_LE(place("set(1,stop)"), 6) << "in the next turn";
+  EXPECT_EQ(0, std::ranges::count(commands, "set(1,go)")) << "an older wish";
+  EXPECT_TRUE(moving->up_to_date());
 }
 
 TEST_F(ECoSTest, delivers_the_latest_wish_after_the_station_was_lost_during_a_command) {

@@ -140,6 +140,37 @@ TEST_F(LIUSBTest, switches_points_and_power) {
   EXPECT_TRUE(device->track_power());
 }
 
+TEST_F(LIUSBTest, takes_a_broadcast_for_the_confirmation_of_power_where_no_answer_comes) {
+  auto* device = add_started();
+  hardware.faults.deaf_to = {0x2180, 0x2181};
+  device->set_track_power(false);
+  clock.advance(50ms);
+  hardware.broadcast({0x61, 0x00});
+  clock.advance(1ms);
+  EXPECT_FALSE(device->track_power());
+  clock.advance(1s);
+  EXPECT_EQ("", get_status());
+  device->set_track_power(true);
+  EXPECT_THAT(after(3s), testing::SizeIs(testing::Ge(1u)));
+  EXPECT_FALSE(device->track_power()) << "nothing has confirmed that";
+  EXPECT_THAT(get_status(), HasSubstr("does not answer"));
+}
+
+TEST_F(LIUSBTest, does_not_let_decoders_of_one_address_undo_each_other) {
+  auto* device = add_started();
+  const auto lights = TestDecoder::create(*device, 20);
+  const auto motor = TestDecoder::create(*device, 20);
+  lights->want_function(1, true);
+  clock.advance(50ms);
+  motor->want_function(2, true);
+  clock.advance(50ms);
+  lights->want_function(1, false);
+  lights->want_function(3, true);
+  EXPECT_THAT(after(50ms),
+              ElementsAre("e4 20 00 14 01", "e4 20 00 14 03", "e4 20 00 14 02", "e4 20 00 14 06"));
+  EXPECT_TRUE(lights->up_to_date() && motor->up_to_date());
+}
+
 TEST_F(LIUSBTest, gives_up_a_point_that_the_station_does_not_switch) {
   auto* device = add_started();
   hardware.faults.answers[0x52] = {0x61, 0x81};
@@ -206,7 +237,27 @@ TEST_F(LIUSBTest, tries_again_after_750_ms_without_an_answer) {
   clock.advance(1s);
   EXPECT_TRUE(decoder->up_to_date() && other->up_to_date());
   EXPECT_EQ(3u, hardware.station.locomotive(3)->step);
-  EXPECT_EQ("", get_status()) << "taken back";
+  EXPECT_THAT(get_status(), HasSubstr("answers again"));
+}
+
+TEST_F(LIUSBTest, stops_others_while_one_locomotive_or_point_is_not_answered_for) {
+  auto* device = add_started();
+  std::vector<Glib::RefPtr<TestDecoder>> decoders;
+  for (const auto address : {3u, 4u, 5u}) decoders.push_back(TestDecoder::create(*device, address));
+  // Nobody answers for address 3, nor for points.
+  hardware.faults.deaf_to = {0x52, 0xe4130003};
+  for (unsigned point = 1; point <= 20; ++point) device->run_set_point(point, 1, true);
+  decoders[0]->want_speed(DecoderUpdate::emergency_stop);
+  decoders[2]->want_function(1, true);
+  clock.advance(10s);
+  decoders[1]->want_speed(0);
+  clock.advance(1750ms);
+  EXPECT_TRUE(decoders[1]->up_to_date());
+  clock.advance(60s);
+  EXPECT_TRUE(decoders[2]->up_to_date()) << "and nobody else is starved";
+  hardware.faults.deaf_to.clear();
+  clock.advance(2s);
+  EXPECT_TRUE(decoders[0]->up_to_date());
 }
 
 TEST_F(LIUSBTest, recovers_from_an_answer_that_misses_a_byte_or_comes_too_late) {

@@ -1,4 +1,4 @@
-#include "support/memory_station.h"
+#include "simulator/memory_station.h"
 
 #include <giomm/error.h>
 
@@ -7,7 +7,7 @@
 #include "runtime/fiber.h"
 #include "runtime/scoped_connection.h"
 
-namespace zemblar::test {
+namespace zemblar::simulator {
 
 using Milliseconds = MemoryStation::Milliseconds;
 
@@ -16,7 +16,7 @@ static void later(Milliseconds delay, std::function<void()> call) {
 }
 
 /// One connection: what the station has sent and nobody has read yet.
-class MemoryStation::Link : public simulator::EcosLink, public std::enable_shared_from_this<Link> {
+class MemoryStation::Link : public EcosLink, public std::enable_shared_from_this<Link> {
  public:
   explicit Link(MemoryStation& station) : station_(station), client_(station.hub.join(*this)) {}
   ~Link() override { leave(); }
@@ -60,7 +60,7 @@ class MemoryStation::Link : public simulator::EcosLink, public std::enable_share
   }
 
   MemoryStation& station_;
-  simulator::EcosClient client_;
+  EcosClient client_;
   bool station_closed_ = false;
   bool left_ = false;
   fiber* reader_ = nullptr;
@@ -154,4 +154,4 @@ std::vector<std::string> MemoryStation::take_commands() {
   return commands;
 }
 
-}  // namespace zemblar::test
+}  // namespace zemblar::simulator

@@ -8,7 +8,7 @@
 #include "runtime/timer.h"
 #include "simulator/ecos_hub.h"
 
-namespace zemblar::test {
+namespace zemblar::simulator {
 
 /// A simulated ECoS station, and the sockets that lead to it through memory.
 ///
@@ -24,7 +24,7 @@ class MemoryStation {
   /// A socket whose every connection leads to this station, which must outlive its use.
   Glib::RefPtr<Socket> socket();
 
-  simulator::EcosHub hub;
+  EcosHub hub;
   bool up = true;                             // takes new connections
   Milliseconds latency{1};                    // of bytes, each way
   Milliseconds write_time{0};                 // until a write is reported complete
@@ -36,7 +36,7 @@ class MemoryStation {
     hub.post(hub.model().add_locomotive(address, name));
   }
   /// What the station last did with it; it must know it.
-  [[nodiscard]] const simulator::EcosLocomotive& locomotive(unsigned address) const {
+  [[nodiscard]] const EcosLocomotive& locomotive(unsigned address) const {
     return *hub.model().locomotive(address);
   }
   /// Connections end and new ones are refused.
@@ -52,4 +52,4 @@ class MemoryStation {
   std::weak_ptr<Link> newest_;
 };
 
-}  // namespace zemblar::test
+}  // namespace zemblar::simulator

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "devices/decoder_proxy.h"
+
+namespace zemblar {
+
+class Device;
+
+/// One item of a decoder on its way to one of the stations that a command goes out to.
+///
+/// It asks its station again until that has delivered the value, and answers once: when it has been
+/// delivered, when the station goes out of service, when the decoder wishes something else, or when
+/// it is abandoned. After that it wants nothing, and a station leaves it out when its turn comes.
+class StationProxy : public DecoderProxy {
+ public:
+  /// `item` is a bit of DecoderUpdate; `answers` collects for all stations.
+  static Glib::RefPtr<StationProxy> create(const Glib::RefPtr<DrivenDecoder>& parent,
+                                           std::uint32_t item, Device& station,
+                                           const Glib::RefPtr<DecoderProxy>& answers);
+
+  /// Asks the station. The answer may come at once.
+  void ask();
+  void complete(const DecoderUpdate& delivered) override;
+  /// A newer wish takes its place, or the station has left.
+  void abandon();
+  /// Null when it has answered.
+  [[nodiscard]] const Device* station() const { return station_; }
+
+ private:
+  StationProxy(const Glib::RefPtr<DrivenDecoder>& parent, std::uint32_t item, Device& station,
+               const Glib::RefPtr<DecoderProxy>& answers);
+  [[nodiscard]] bool is_wanted() const;
+  void end(const DecoderUpdate& delivered);
+
+  Glib::RefPtr<DrivenDecoder> parent_;
+  std::uint32_t item_;
+  Device* station_;
+  Glib::RefPtr<DecoderProxy> answers_;
+};
+
+}  // namespace zemblar
