@@ -13,6 +13,7 @@
 #include "devices/device_ecos.h"
 #include "devices/hw_list.h"
 #include "runtime/scoped_connection.h"
+#include "simulator/console_input.h"
 #include "ui/application.h"
 #include "ui/lok_controller.h"
 
@@ -50,6 +51,8 @@ int main(int argc, char** argv) {
     railway.build();
   };
   begin();
+  const zemblar::simulator::ConsoleInput typed(
+      [&railway](std::string_view line) { return railway.obey(line); });
   const zemblar::ScopedConnection replaced(zemblar::Layout::signal_replaced().connect(begin));
   Glib::signal_timeout().connect_once([] { zemblar::LokController::open(); }, throttle_delay);
   zemblar::Application::run();

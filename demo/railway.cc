@@ -7,6 +7,7 @@
 #include "core/layout.h"
 #include "devices/device_tessara_railcom_reader.h"
 #include "locomotives/lok.h"
+#include "simulator/liusb_console.h"
 #include "track/zone.h"
 
 namespace zemblar::demo {
@@ -87,6 +88,12 @@ void Railway::build() {
   for (const auto& [lok, block, length, top_speed] : places) {
     put(lok, block, {.length = length, .top_speed = top_speed});
   }
+}
+
+std::string Railway::obey(std::string_view line) {
+  constexpr std::string_view liusb = "liusb ";
+  if (!line.starts_with(liusb)) return console_.run(line);
+  return simulator::run_liusb_command(liusb_, line.substr(liusb.size()));
 }
 
 // Those that the layout has, before its bus is looked at.

@@ -8,6 +8,7 @@
 #include "simulator/liusb_interface.h"
 #include "simulator/memory_hardware.h"
 #include "simulator/simulated_bus.h"
+#include "simulator/station_console.h"
 #include "simulator/track_model.h"
 
 namespace zemblar::demo {
@@ -35,6 +36,9 @@ class Railway {
   /// two that go round, one behind the other with a free block between, and in a larger layout some
   /// that stand. Does nothing to a layout without these blocks.
   void build();
+  /// Carries out what a person types: the commands of StationConsole, and after "liusb" those of
+  /// the LI-USB. Throws std::invalid_argument when the line makes no sense.
+  std::string obey(std::string_view line);
 
  private:
   void add_readers();
@@ -46,6 +50,7 @@ class Railway {
   void drive(unsigned address, unsigned step, bool forwards);
 
   simulator::EcosStation station_;
+  simulator::StationConsole console_{station_, [] {}};
   simulator::SerialCable liusb_cable_;
   simulator::LiUsbInterface liusb_;
   simulator::SimulatedBus bus_;

@@ -1,6 +1,5 @@
 #include <glib-unix.h>
 #include <glibmm/main.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -9,7 +8,7 @@
 #include <iostream>
 #include <stdexcept>
 
-#include "simulator/line_splitter.h"
+#include "simulator/console_input.h"
 #include "simulator/station_console.h"
 
 namespace zemblar::simulator {
@@ -49,13 +48,10 @@ class Program {
   void read_options(int argc, char* argv[]);
   void read_option(const std::string& name, const std::string& value);
   void write_log(const EcosLogEntry& entry);
-  bool read_input();
-  void obey(const std::string& line);
 
   Glib::RefPtr<Glib::MainLoop> loop_ = Glib::MainLoop::create();
   EcosStation station_;
   StationConsole console_{station_, [this] { loop_->quit(); }};
-  LineSplitter input_;
   std::ofstream log_file_;
   std::uint16_t port_ = standard_port;
   bool quiet_ = false;
@@ -77,8 +73,7 @@ int Program::run(int argc, char* argv[]) {
   };
   g_unix_signal_add(SIGINT, quit, loop_.operator->());
   g_unix_signal_add(SIGTERM, quit, loop_.operator->());
-  Glib::signal_io().connect([this](Glib::IOCondition) { return read_input(); }, STDIN_FILENO,
-                            Glib::IO_IN | Glib::IO_HUP);
+  const ConsoleInput input([this](std::string_view line) { return console_.run(line); });
   loop_->run();
   station_.stop();
   return 0;
@@ -118,25 +113,6 @@ void Program::write_log(const EcosLogEntry& entry) {
   const auto line = format(entry);
   if (!quiet_) std::cout << line << std::endl;
   if (log_file_.is_open()) log_file_ << line << std::endl;
-}
-
-// The end of the input is no reason to end: the station may run in the background.
-bool Program::read_input() {
-  std::array<char, 1024> buffer;
-  const auto count = ::read(STDIN_FILENO, buffer.data(), buffer.size());
-  if (count <= 0) return false;
-  const std::string_view bytes(buffer.data(), static_cast<std::size_t>(count));
-  for (const auto& line : input_.feed(bytes)) obey(line);
-  return true;
-}
-
-void Program::obey(const std::string& line) {
-  try {
-    const auto answer = console_.run(line);
-    if (!answer.empty()) std::cout << answer << std::endl;
-  } catch (const std::exception& error) {
-    std::cout << error.what() << std::endl;
-  }
 }
 
 }  // namespace

@@ -40,6 +40,16 @@ void watch_peer(GSocket* socket) {
   set_tcp_option(socket, TCP_USER_TIMEOUT, sent_limit);
 }
 
+/// What a transfer that does not wait has moved; none when it would have to wait.
+std::optional<gssize> outcome(gssize moved, GError* error) {
+  if (!error) return moved;
+  if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK)) {
+    Glib::Error::throw_exception(error);
+  }
+  g_error_free(error);
+  return {};
+}
+
 }  // namespace
 
 Glib::RefPtr<Socket> Socket::create() {
@@ -118,29 +128,36 @@ bool Socket::close(const Cancel& cancel) {
   return closed;
 }
 
-gssize Socket::read(void* buffer, gsize count, const Cancel& cancel) {
-  return run(
-      input(),
-      [=](Gio::InputStream& stream, const Slot& done) {
-        stream.read_async(buffer, count, done, cancel);
-      },
-      [](Gio::InputStream& stream, const Result& result) { return stream.read_finish(result); });
+// A station answers quickly, and nearly every line fits into the system's buffer. Asking first
+// saves the turns of the main loop in which the toolkit would begin the transfer and tell its
+// result.
+
+std::optional<gssize> Socket::read_at_once(void* buffer, gsize count, const Cancel& cancel) {
+  const auto stream = input();
+  if (!stream) return {};
+  GError* error = nullptr;
+  const auto got = g_pollable_input_stream_read_nonblocking(
+      G_POLLABLE_INPUT_STREAM(stream->gobj()), buffer, count, Glib::unwrap(cancel), &error);
+  return outcome(got, error);
 }
 
-// Nearly every line fits into the system's buffer at once. Asking first saves the turn of the main
-// loop in which the toolkit would tell the result.
 std::optional<gssize> Socket::write_at_once(const void* bytes, gsize count, const Cancel& cancel) {
   const auto stream = output();
   if (!stream) return {};
   GError* error = nullptr;
   const auto written = g_pollable_output_stream_write_nonblocking(
       G_POLLABLE_OUTPUT_STREAM(stream->gobj()), bytes, count, Glib::unwrap(cancel), &error);
-  if (!error) return written;
-  if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK)) {
-    Glib::Error::throw_exception(error);
-  }
-  g_error_free(error);
-  return {};
+  return outcome(written, error);
+}
+
+gssize Socket::read(void* buffer, gsize count, const Cancel& cancel) {
+  if (const auto got = read_at_once(buffer, count, cancel)) return *got;
+  return run(
+      input(),
+      [=](Gio::InputStream& stream, const Slot& done) {
+        stream.read_async(buffer, count, done, cancel);
+      },
+      [](Gio::InputStream& stream, const Result& result) { return stream.read_finish(result); });
 }
 
 gssize Socket::write(const void* bytes, gsize count, const Cancel& cancel) {

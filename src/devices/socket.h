@@ -15,10 +15,10 @@ namespace zemblar {
 
 /// A TCP client whose operations look synchronous to the fiber that calls them.
 ///
-/// Each operation suspends the running fiber until it has ended, but for a write that the system
-/// takes at once; only `is_connected` and `drop`
-/// need no fiber. One read and one write may be under way at the same time, from two fibers. The
-/// socket and its streams live until the last operation has ended, whoever lets go of it.
+/// Each operation suspends the running fiber until it has ended, but for a read or write that the
+/// system can carry out at once; only `is_connected` and `drop` need no fiber. One read and one
+/// write may be under way at the same time, from two fibers. The socket and its streams live until
+/// the last operation has ended, whoever lets go of it.
 ///
 /// Throws Gio::Error: BUSY "Already Connected" from `connect`, CLOSED "Not Connected" from all
 /// others, CANCELLED when the cancellable is, before or during the call, and whatever else the
@@ -59,7 +59,8 @@ class Socket : public Glib::Object {
   Socket();
 
  private:
-  /// None when the system's buffer is full, or there is no connection.
+  // None when the transfer would have to wait, or there is no connection.
+  std::optional<gssize> read_at_once(void* buffer, gsize count, const Cancel& cancel);
   std::optional<gssize> write_at_once(const void* bytes, gsize count, const Cancel& cancel);
   /// Waits for an operation on one side of the connection.
   template <typename Stream, typename Start, typename Finish>

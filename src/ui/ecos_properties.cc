@@ -15,7 +15,11 @@ const PanelRegistration<ECoS, ECoSProperties> registration;
 }  // namespace
 
 ECoSProperties::ECoSProperties(ECoS& ecos, const Glib::RefPtr<Gtk::SizeGroup>& labels)
-    : Gtk::Table(3, 2), name_(ecos), use_as_default_(_("_Use as a default DCC Device"), true) {
+    : Gtk::Table(3, 2),
+      name_(ecos),
+      service_(false, 4),
+      use_as_default_(_("_Use as a default DCC Device"), true),
+      reconnect_(_("_Reconnect"), true) {
   set_spacings(4);
   set_border_width(6);
   const auto add_row = [this, &labels](guint row, const char* text, Gtk::Entry& field) {
@@ -28,11 +32,22 @@ ECoSProperties::ECoSProperties(ECoS& ecos, const Glib::RefPtr<Gtk::SizeGroup>& l
   };
   add_row(0, _("_Name:"), name_);
   add_row(1, _("_Address:"), host_);
-  attach(use_as_default_, 1, 2, 2, 3, Gtk::EXPAND | Gtk::FILL, Gtk::FILL);
+  service_.pack_start(use_as_default_);
+  service_.pack_end(reconnect_, Gtk::PACK_SHRINK);
+  attach(service_, 1, 2, 2, 3, Gtk::EXPAND | Gtk::FILL, Gtk::FILL);
   host_.set_tooltip_text(
       _("Network name or IP address of the station, with a port as in "
         "192.168.1.20:15471 if it is not the usual one"));
   use_as_default_.set_tooltip_text(_("It then drives all decoders for which no device is chosen"));
+  reconnect_.set_tooltip_text(
+      _("Cuts the connection, whatever it is doing, and begins anew. What the station did not "
+        "answer to is tried again after all else."));
+  reconnect_.signal_clicked().connect(sigc::mem_fun(ecos, &ECoS::reconnect));
+  const auto follow_link = [this, &ecos] {
+    reconnect_.set_sensitive(ecos.link_state().phase != LinkPhase::not_set_up);
+  };
+  link_changed_ = sigc::connection(ecos.signal_link_changed().connect(follow_link));
+  follow_link();
   bind_property(ecos, "host", host_, "text");
   bind_property(ecos, "use-as-default", use_as_default_, "active");
 }

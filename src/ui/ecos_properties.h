@@ -1,10 +1,13 @@
 #pragma once
 
+#include <gtkmm/box.h>
+#include <gtkmm/button.h>
 #include <gtkmm/checkbutton.h>
 #include <gtkmm/entry.h>
 #include <gtkmm/table.h>
 
 #include "core/panel_factory.h"
+#include "runtime/scoped_connection.h"
 #include "ui/name_entry.h"
 
 namespace zemblar {
@@ -19,7 +22,10 @@ class ECoSProperties : public Gtk::Table {
  private:
   NameEntry name_;
   Gtk::Entry host_;
+  Gtk::HBox service_;
   Gtk::CheckButton use_as_default_;
+  Gtk::Button reconnect_;
+  ScopedConnection link_changed_;
 };
 
 }  // namespace zemblar

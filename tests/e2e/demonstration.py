@@ -12,12 +12,18 @@ from zemblar_ui import Program
 class DemonstrationTest(unittest.TestCase):
     """The demonstration on a copy of a layout, whose trains stand already, and what it prints."""
 
-    def start(self, program, layout):
+    def start(self, program, *options, layout):
         self.folder = tempfile.mkdtemp()
         self.addCleanup(shutil.rmtree, self.folder)
         os.environ['XDG_CONFIG_HOME'] = self.folder
         self.output = open(os.path.join(self.folder, 'log'), 'w', encoding='utf-8')
         self.addCleanup(self.output.close)
-        self.program = Program(program, shutil.copy(layout, self.folder), output=self.output)
+        self.program = Program(program, *options, shutil.copy(layout, self.folder),
+                               output=self.output)
         self.addCleanup(self.program.__exit__)
         self.log = two_trains.Log(self.output.name)
+
+    def type(self, command):
+        """Into the terminal of the demonstration."""
+        self.program.type(command)
+

@@ -43,7 +43,7 @@ def underlined(row):
 class Scripts(DemonstrationTest):
 
     def setUp(self):
-        self.start(DEMONSTRATION, LAYOUT)
+        self.start(DEMONSTRATION, layout=LAYOUT)
         self.log.wait_for(r'Express 103 stands in Station 1')
         time.sleep(SPLASH)
         self.open_new_script()

@@ -5,6 +5,7 @@
 """
 
 import sys
+import time
 import unittest
 
 import two_trains
@@ -17,11 +18,34 @@ DEMONSTRATION, LAYOUT = sys.argv[1:3]
 class Trains(DemonstrationTest):
 
     def setUp(self):
-        self.start(DEMONSTRATION, LAYOUT)
+        if 'LI_USB' in self._testMethodName:
+            # There more than one locomotive has an address that a LI-USB can drive.
+            self.start(DEMONSTRATION, '--liusb', layout=LAYOUT.replace('sample', 'club'))
+        else:
+            self.start(DEMONSTRATION, layout=LAYOUT)
 
     def test_the_second_stops_short_of_the_first_and_goes_on_when_the_way_is_free(self):
         throttle = self.program.window('Throttle')
         two_trains.run(self.program, throttle, self.log, tell=lambda text: None)
+
+    def test_a_train_is_stopped_while_the_LI_USB_is_deaf_to_another_one(self):
+        program = self.program
+        throttle = program.window('Throttle')
+        wait_for(lambda: any('LI-USB <- 21 24' in line for line in self.log.lines()), 'the LI-USB')
+        self.type('liusb deaf e4 13 00 18')  # all speeds of address 24
+        two_trains.choose_locomotive(program, throttle, 'Local 24')
+        throttle.find('slider', 'Speed').set_value(40)
+        self.log.wait_for('LI-USB <- e4 13 00 18')
+        program.wait_for_status('does not answer')
+        two_trains.choose_locomotive(program, throttle, 'Goods 44', 'Local 24')
+        throttle.find('slider', 'Speed').set_value(30)
+        self.log.wait_for('LI-USB <- e4 13 00 2c 9f')
+        began = time.monotonic()
+        throttle.find('push button', 'Emergency Stop').press()
+        self.log.wait_for('LI-USB <- e4 13 00 2c 81')
+        self.assertLess(time.monotonic() - began, 2.5)
+        self.type('liusb well')
+        wait_for(lambda: 'does not answer' not in program.status(), 'the other one')
 
     def test_a_point_is_set_in_the_object_list_and_trains_are_watched_there(self):
         editor = self.program.window('Zemblar 0.1 — Track Editor')

@@ -223,16 +223,22 @@ class Program:
 
     def __init__(self, path, *arguments, env=None, output=None):
         """What it prints goes to the file `output`, if given."""
-        self.process = subprocess.Popen([path, *arguments], stdout=output,
-                                        env={**os.environ, **(env or {})})
+        self.process = subprocess.Popen([path, *arguments], stdin=subprocess.PIPE, stdout=output,
+                                        env={**os.environ, **(env or {})}, text=True)
 
     def __enter__(self):
         return self
 
     def __exit__(self, *_):
+        self.process.stdin.close()
         if self.process.poll() is None:
             self.process.terminate()
             self.process.wait(TIME_LIMIT)
+
+    def type(self, command):
+        """A line into the terminal that it was started from."""
+        self.process.stdin.write(command + '\n')
+        self.process.stdin.flush()
 
     def application(self):
         def look():
