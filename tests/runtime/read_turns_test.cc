@@ -1,0 +1,101 @@
+#include "runtime/read_turns.h"
+
+#include <glibmm/main.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "runtime/fiber.h"
+
+namespace zemblar {
+namespace {
+
+using namespace std::chrono_literals;
+
+void spin_for(Clock::duration time) {
+  const auto end = Clock::now() + time;
+  while (Clock::now() < end) continue;
+}
+
+/// Reads a source that never runs dry, and has something to draw after each read.
+class Flood {
+ public:
+  Flood(int count, int drawing_priority, Clock::duration time_for_one = {}) {
+    fiber::spawn([=, this] {
+      for (reads = 0; reads < count; ++reads) {
+        fiber::yield([this](fiber* f) { turns_.take([f] { fiber::resume(f, 0); }); });
+        longest_row = std::max(longest_row, ++row_);
+        if (!drawing_.connected()) {
+          const auto draw = [this] { return row_ = 0, false; };
+          drawing_ = Glib::signal_idle().connect(draw, drawing_priority);
+        }
+        spin_for(time_for_one);
+      }
+    });
+  }
+  int reads = 0;
+  unsigned longest_row = 0;  // of reads between two drawings
+
+ private:
+  unsigned row_ = 0;
+  ReadTurns turns_;
+  ScopedConnection drawing_;
+};
+
+bool run_until(const std::function<bool()>& condition) {
+  bool late = false;
+  const auto limit = Timeout::once(10s, [&] { late = true; });
+  while (!condition() && !late) Glib::MainContext::get_default()->iteration(true);
+  return !late;
+}
+
+const std::initializer_list<int> all_priorities = {Glib::PRIORITY_DEFAULT,
+                                                   Glib::PRIORITY_HIGH_IDLE + 20,
+                                                   Glib::PRIORITY_DEFAULT_IDLE, Glib::PRIORITY_LOW};
+
+TEST(ReadTurnsTest, gives_others_their_turn_after_each_portion) {
+  for (const int priority : all_priorities) {
+    const Flood slow(8, priority, 10ms);
+    EXPECT_TRUE(run_until([&] { return slow.reads == 8; })) << priority;
+    EXPECT_LE(slow.longest_row, 3u) << "of 10 ms at least, priority " << priority;
+
+    VirtualClock clock;
+    const Flood quick(5000, priority);
+    clock.advance(0ms);
+    EXPECT_EQ(quick.reads, 5000) << priority;
+    EXPECT_LE(quick.longest_row, ReadTurns::most_reads) << priority;
+  }
+}
+
+TEST(ReadTurnsTest, goes_on_beside_others_that_never_rest) {
+  const ScopedConnection restless =
+      Glib::signal_idle().connect([] { return true; }, Glib::PRIORITY_HIGH_IDLE + 20);
+  const Flood flood(8, Glib::PRIORITY_DEFAULT, 10ms);
+  EXPECT_TRUE(run_until([&] { return flood.reads == 8; }));
+}
+
+TEST(ReadTurnsTest, does_not_wait_while_the_loop_comes_down_to_idle_work) {
+  ReadTurns turns;
+  const ScopedConnection at_work =
+      Glib::signal_idle().connect([] { return true; }, Glib::PRIORITY_DEFAULT_IDLE);
+  for (int i = 0; i < 60; ++i) {
+    bool called = false;
+    turns.take([&] { called = true; });
+    EXPECT_TRUE(called) << i;
+    spin_for(1ms);
+    Glib::MainContext::get_default()->iteration(false);
+  }
+}
+
+TEST(ReadTurnsTest, forgets_a_read_that_was_cancelled) {
+  VirtualClock clock;
+  ReadTurns turns;
+  unsigned calls = 0;
+  for (unsigned i = 0; i <= ReadTurns::most_reads; ++i) turns.take([&] { ++calls; });
+  turns.cancel();
+  clock.advance(1s);
+  EXPECT_EQ(calls, ReadTurns::most_reads);
+}
+
+}  // namespace
+}  // namespace zemblar
