@@ -40,6 +40,10 @@ class SerialCable::Line : public SerialLine {
 
   Transferred read(void* buffer, std::size_t count) override {
     if (!connected()) return {0, EIO};
+    if (cable_->floods) {
+      std::fill_n(static_cast<char*>(buffer), count, '\xff');
+      return {count, 0};
+    }
     auto& arrived = cable_->arrived_;
     if (arrived.empty()) return {0, EAGAIN};
     const auto length = std::min(count, arrived.size());
@@ -86,7 +90,8 @@ class SerialCable::Line : public SerialLine {
   bool connected() const { return cable_ && !cable_->gone_; }
   bool is_ready() const {
     if (!connected()) return true;
-    return awaited_ == Awaited::bytes ? !cable_->arrived_.empty() : !cable_->held_up_;
+    return awaited_ == Awaited::bytes ? cable_->floods || !cable_->arrived_.empty()
+                                      : !cable_->held_up_;
   }
 
   SerialCable* cable_;

@@ -49,6 +49,9 @@ class SerialCable {
   [[nodiscard]] bool rts() const { return rts_; }
   [[nodiscard]] const LineSettings& settings() const { return settings_; }
 
+  /// Each read finds as many bytes as it asks for, without an end.
+  bool floods = false;
+
   int refusal = 0;                 // the system's error number for an attempt to open
   std::size_t write_limit = 4096;  // bytes that one write takes
 

@@ -92,8 +92,8 @@ auto await(Start start, Finish finish) {
     }
     fiber::resume(f, 0);
   };
-  // The continuation owns `start`: a completion at once ends this frame while `start` still runs.
-  fiber::yield([start = std::move(start), &complete](fiber* f) mutable {
+  // The fiber goes on when `start` has returned, also after a completion at once.
+  fiber::yield([&start, &complete](fiber* f) {
     try {
       start(Gio::SlotAsyncReady(
           [f, &complete](Glib::RefPtr<Gio::AsyncResult>& result) { complete(f, result); }));

@@ -4,40 +4,19 @@
 
 namespace zemblar {
 
-/// A continuation that resumes its fiber at once may see the fiber yield anew or end before it
-/// returns itself. So it runs from here, where neither can free its captures, and goes back to the
-/// fiber afterwards if that still waits: the captures live as long as the wait.
-class fiber::Handover {
- public:
-  explicit Handover(fiber* f) : fiber_(f) {
-    call_.swap(f->continuation);
-    f->handover = this;
+// A continuation that throws has started nothing. If it has resumed the fiber before that, the
+// fiber runs on all the same: nobody else would continue it.
+bool fiber::hand_over() {
+  handing_over = true;
+  try {
+    continuation(this);
+  } catch (...) {
+    handing_over = false;
+    if (std::exchange(goes_on, false)) enter(this);
+    throw;
   }
-  Handover(const Handover&) = delete;
-  Handover& operator=(const Handover&) = delete;
-  ~Handover() {
-    if (!fiber_) return;
-    fiber_->handover = nullptr;
-    fiber_->continuation.swap(call_);
-  }
-
-  void run() { call_(fiber_); }
-  void let_go() { fiber_ = nullptr; }
-
- private:
-  fiber* fiber_;  // null when it has been resumed meanwhile
-  std::function<void(fiber*)> call_;
-};
-
-fiber::~fiber() = default;
-
-void fiber::hand_over() {
-  Handover(this).run();
-}
-
-void fiber::let_go_of_handover() {
-  handover->let_go();
-  handover = nullptr;
+  handing_over = false;
+  return std::exchange(goes_on, false);
 }
 
 void fiber::rethrow() {
@@ -67,10 +46,9 @@ void fiber::spawn(std::function<void()> entry) {
 }
 
 void fiber::resume_exception(fiber* f) {
-  assert(f && !f->caller);
+  assert(f && f->is_waiting());
   f->exception = std::current_exception();
   assert(f->exception);
-  f->continuation = nullptr;
   enter(f);
 }
 

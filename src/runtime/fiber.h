@@ -36,14 +36,17 @@ class fiber {
   /// Suspends the running fiber until it is resumed. Only on a fiber.
   ///
   /// `func` runs on the side that gets control, with the fiber fully suspended: it starts what will
-  /// resume the fiber later, and may also resume it at once. Its captures live until then. It must
-  /// not throw: the exception would reach the resumer, and the fiber would wait for ever.
+  /// resume the fiber later, and may also resume it at once. The fiber then runs on when `func` has
+  /// returned, so that a wait that is over at once needs no stack, however often it happens. The
+  /// captures live for the length of the wait. `func` must not wait itself, and must not throw: the
+  /// exception would reach the resumer, and the fiber would wait for ever.
   ///
   /// Returns the word given to `resume`, or rethrows what `resume_exception` brought.
   static std::uint32_t yield(std::function<void(fiber*)> func);
 
   /// Continues a suspended fiber; returns when it next yields or ends. From another fiber, control
-  /// comes back to that one.
+  /// comes back to that one. While the fiber's `func` of `yield` runs, this returns at once, and
+  /// the side that runs `func` continues the fiber next.
   static void resume(fiber* f, std::uint32_t value);
 
   /// Continues a suspended fiber with the exception being handled: to be called in a catch block.
@@ -56,16 +59,13 @@ class fiber {
   fiber& operator=(const fiber&) = delete;
 
  private:
-  /// The run of a continuation.
-  class Handover;
-
   explicit fiber(std::function<void()> body) : entry(std::move(body)) {}
-  ~fiber();
 
   static void run();
   static void enter(fiber* f);
-  void let_go_of_handover();
-  void hand_over();
+  [[nodiscard]] bool is_waiting() const { return !caller && !goes_on; }
+  /// Runs the continuation. True when the fiber was resumed meanwhile.
+  [[nodiscard]] bool hand_over();
   [[noreturn]] void rethrow();
 
   std::function<void(fiber*)> continuation;  // empty while running, and for good when ended
@@ -74,7 +74,8 @@ class fiber {
   Context* caller = nullptr;     // null while suspended
   Context self;
   std::uint32_t value = 0;
-  Handover* handover = nullptr;  // set while the continuation runs
+  bool handing_over = false;  // its continuation runs
+  bool goes_on = false;       // it was resumed meanwhile
 };
 
 // The way to a fiber and back is inline: a return from a function that was entered before a switch
@@ -96,21 +97,25 @@ inline std::uint32_t fiber::yield(std::function<void(zemblar::fiber*)> func) {
 }
 
 inline void fiber::resume(fiber* f, std::uint32_t value) {
-  assert(f && !f->caller);
+  assert(f && f->is_waiting());
   f->value = value;
   enter(f);
 }
 
 inline void fiber::enter(fiber* f) {
-  if (f->handover) f->let_go_of_handover();
-  f->caller = Context::current();
-  Context::switch_to(f->self);
-  f->caller = nullptr;
-  if (f->continuation) {
-    f->hand_over();
-  } else {
-    delete f;
+  if (f->handing_over) {
+    f->goes_on = true;
+    return;
   }
+  do {
+    f->caller = Context::current();
+    Context::switch_to(f->self);
+    f->caller = nullptr;
+    if (!f->continuation) {
+      delete f;
+      return;
+    }
+  } while (f->hand_over());
 }
 
 }  // namespace zemblar

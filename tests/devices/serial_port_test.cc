@@ -8,8 +8,11 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <functional>
+#include <vector>
 
 #include "runtime/fiber.h"
 #include "runtime/timer.h"
@@ -211,6 +214,39 @@ TEST_F(SerialPortTest, ends_an_operation_that_is_cancelled_closed_or_unplugged) 
   EXPECT_EQ("GetLastError " + std::to_string(EIO), orphan.outcome);
   const Attempt after(writing());
   EXPECT_EQ("GetLastError " + std::to_string(EIO), after.outcome);
+}
+
+TEST_F(SerialPortTest, needs_no_more_stack_the_more_often_an_operation_ends_at_once) {
+  std::vector<std::uintptr_t> depths;
+  cable.on_bytes([&](std::string_view) {
+    depths.push_back(reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0)));
+  });
+  cable.floods = true;
+  const auto cancel = Gio::Cancellable::create();
+  cancel->cancel();
+  const std::pair<int, std::function<void()>> operations[] = {
+      {0, [] {}},  // the depth to begin with
+      {200000, [&] { port->read(buffer, 1); }},
+      {20000, [&] { port->write("x", 1); }},
+      {20000, [&] { port->open(); }},
+      {20000, [&] { port->read(buffer, 1, cancel); }},
+  };
+  for (const auto& [times, operation] : operations) {
+    const Attempt attempt([&] {
+      port->open();
+      for (int i = 0; i < times; ++i) {
+        try {
+          operation();
+        } catch (const Gio::Error&) {
+        }
+      }
+      return port->write("!", 1);
+    });
+    clock.advance(0ms);
+    EXPECT_EQ("1", attempt.outcome);
+  }
+  const auto [lowest, highest] = std::ranges::minmax(depths);
+  EXPECT_LT(highest - lowest, 2000u);
 }
 
 TEST_F(SerialPortTest, drives_and_reads_the_modem_lines_while_open) {

@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 
+#include <algorithm>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -67,6 +70,39 @@ TEST(Fiber, runs_its_continuation_after_it_is_suspended_on_the_side_that_gets_co
   EXPECT_EQ(log, (Log{"inner waits", "outer goes on", "inner ends", "outer ends"}));
 }
 
+TEST(Fiber, needs_no_more_stack_the_more_often_it_is_resumed_at_once) {
+  const auto resume_with_exception = [](fiber* f) {
+    try {
+      throw 1;
+    } catch (...) {
+      fiber::resume_exception(f);
+    }
+  };
+  const auto resume = [](fiber* f) { fiber::resume(f, 1); };
+  for (const std::function<void(fiber*)>& resume_at_once :
+       {std::function<void(fiber*)>(resume), std::function<void(fiber*)>(resume_with_exception)}) {
+    std::uintptr_t highest = 0;
+    std::uintptr_t lowest = UINTPTR_MAX;
+    int waits = 0;
+    fiber::spawn([&] {
+      while (waits < 10000) {
+        try {
+          fiber::yield([&](fiber* f) {
+            const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
+            highest = std::max(highest, here);
+            lowest = std::min(lowest, here);
+            resume_at_once(f);
+          });
+        } catch (int) {
+        }
+        ++waits;
+      }
+    });
+    EXPECT_EQ(waits, 10000);
+    EXPECT_LT(highest - lowest, 1000u);
+  }
+}
+
 TEST(Fiber, may_be_resumed_at_once_by_its_continuation_without_harm_to_the_closure) {
   auto token = std::make_shared<std::string>("large");
   Log log;
@@ -84,7 +120,7 @@ TEST(Fiber, may_be_resumed_at_once_by_its_continuation_without_harm_to_the_closu
     });
     log.push_back("end");
   });
-  EXPECT_EQ(log, (Log{"end", "large 2", "small 1"}));
+  EXPECT_EQ(log, (Log{"small 1", "large 2", "end"})) << "each continuation to its end";
   EXPECT_EQ(token.use_count(), 1);
 }
 
@@ -153,6 +189,17 @@ TEST(Fiber, swallows_what_its_body_throws_but_not_what_its_continuation_throws) 
                std::runtime_error);
   fiber::resume(parked, 0);
   EXPECT_TRUE(resumed);
+
+  bool went_on = false;
+  EXPECT_THROW(fiber::spawn([&] {
+                 fiber::yield([](fiber* f) {
+                   fiber::resume(f, 0);
+                   throw std::runtime_error("too late");
+                 });
+                 went_on = true;
+               }),
+               std::runtime_error);
+  EXPECT_TRUE(went_on);
 }
 
 TEST(Fiber, keeps_its_own_exceptions_while_others_handle_theirs) {
