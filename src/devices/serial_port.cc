@@ -211,6 +211,12 @@ bool SerialPort::may_begin(const Slot& done) {
 void SerialPort::begin(std::shared_ptr<Transfer> transfer, const Cancel& cancel,
                        milliseconds limit) {
   transfer_ = std::move(transfer);
+  const auto attempt = [this, cancel, limit] { try_or_wait(cancel, limit); };
+  transfer_->awaited == SerialLine::Awaited::bytes ? turns_.take(attempt) : attempt();
+}
+
+// The time of a read begins here: a wait for its turn says nothing about the line.
+void SerialPort::try_or_wait(const Cancel& cancel, milliseconds limit) {
   if (cancel && cancel->is_cancelled()) return fail(G_IO_ERROR_CANCELLED, "Cancelled");
   if (try_transfer()) return;
   if (limit != no_limit) {
@@ -253,6 +259,7 @@ void SerialPort::fail(int code, const char* text) {
 /// The port is free from here on: what the transfer wakes may begin the next one.
 std::shared_ptr<SerialPort::Transfer> SerialPort::end_transfer() {
   if (!transfer_) return {};
+  turns_.cancel();
   line_->stop_watching();
   auto ended = std::exchange(transfer_, nullptr);
   ended->timeout.cancel();

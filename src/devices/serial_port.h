@@ -10,6 +10,7 @@
 
 #include "devices/hw_device.h"
 #include "devices/serial_line.h"
+#include "runtime/read_turns.h"
 
 namespace zemblar {
 
@@ -22,7 +23,7 @@ namespace zemblar {
 /// Throws Gio::Error: CLOSED "Closed", PENDING "Pending Operation", CANCELLED "Cancelled", and with
 /// the system's own error number "GetLastError" from `read` and `write` and
 /// "SerialPort::open_async Failed" from `open`. A line that has gone gives an error and never
-/// counts of 0 for ever.
+/// counts of 0 for ever. A line that never runs dry leaves the main loop its turns (see ReadTurns).
 ///
 /// The line below it is a seam, so that one in memory can stand in.
 class SerialPort : public Glib::Object, public HWDevice {
@@ -95,6 +96,7 @@ class SerialPort : public Glib::Object, public HWDevice {
   bool may_begin(const Slot& done);
   void begin(std::shared_ptr<Transfer> transfer, const Cancel& cancel,
              std::chrono::milliseconds limit);
+  void try_or_wait(const Cancel& cancel, std::chrono::milliseconds limit);
   void wait_until_ready();
   bool try_transfer();
   void fail(int code, const char* text);
@@ -106,6 +108,7 @@ class SerialPort : public Glib::Object, public HWDevice {
   bool held_ = false;
   bool removed_ = false;
   std::shared_ptr<Transfer> transfer_;  // holds the port; null unless one is under way
+  ReadTurns turns_;
   sigc::signal<void> signal_removed_;
 };
 

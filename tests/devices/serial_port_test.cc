@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "runtime/fiber.h"
+#include "runtime/scoped_connection.h"
 #include "runtime/timer.h"
 #include "simulator/pseudo_terminal.h"
 #include "simulator/serial_cable.h"
@@ -249,6 +250,34 @@ TEST_F(SerialPortTest, needs_no_more_stack_the_more_often_an_operation_ends_at_o
   EXPECT_LT(highest - lowest, 2000u);
 }
 
+TEST_F(SerialPortTest, lets_others_have_their_turn_while_a_line_never_runs_dry) {
+  open();
+  cable.floods = true;
+  const auto flood = [this](const SerialPort::Cancel& cancel) {
+    for (int i = 0; i < 5000; ++i) EXPECT_EQ(8u, port->read(buffer, sizeof buffer, cancel));
+    return 0;
+  };
+  int drawn = 0;
+  const ScopedConnection drawing =
+      Glib::signal_idle().connect([&] { return ++drawn < 3; }, Glib::PRIORITY_HIGH_IDLE + 20);
+  const Attempt reads([&] { return flood({}); });
+  EXPECT_EQ("waiting", reads.outcome);
+  clock.advance(0ms);
+  EXPECT_EQ("0", reads.outcome);
+  EXPECT_EQ(3, drawn);
+
+  // A port that waits for its turn is busy, and can be cancelled and closed as ever.
+  for (const bool closes : {false, true}) {
+    const auto cancel = Gio::Cancellable::create();
+    const Attempt cut([&] { return flood(cancel); });
+    const Attempt other(reading());
+    EXPECT_EQ(pending(), other.outcome);
+    closes ? port->close() : cancel->cancel();
+    clock.advance(0ms);
+    EXPECT_EQ(closes ? closed() : cancelled(), cut.outcome);
+  }
+}
+
 TEST_F(SerialPortTest, drives_and_reads_the_modem_lines_while_open) {
   cable.lines = {.dsr = true, .ri = false, .dcd = true};
   port->set_dtr(true);
@@ -270,7 +299,7 @@ TEST(HWDevice, compares_hardware_ids_without_regard_to_case) {
   EXPECT_FALSE(record.has_hardware_id("USB\\VID_0403&PID_D78"));
 }
 
-// --- Terminals of the system, in real time ---
+// --- In real time ---
 
 bool wait_until(const std::function<bool()>& condition) {
   bool late = false;
@@ -278,6 +307,26 @@ bool wait_until(const std::function<bool()>& condition) {
   while (!condition() && !late) Glib::MainContext::get_default()->iteration(true);
   return !late;
 }
+
+TEST(BusyLoopTest, reads_no_silence_while_it_waits_for_its_turn) {
+  SerialCable cable;
+  const auto port = SerialPort::create({}, cable.plug());
+  port->set_baud(57600);
+  cable.floods = true;
+  const ScopedConnection restless =
+      Glib::signal_idle().connect([] { return true; }, Glib::PRIORITY_HIGH_IDLE);
+  char byte = 0;
+  std::size_t bytes = 0;
+  const Attempt attempt([&] {
+    port->open();
+    for (int i = 0; i < 3000; ++i) bytes += port->read(&byte, 1, {}, 1ms);
+    return bytes;
+  });
+  EXPECT_TRUE(wait_until([&] { return attempt.outcome != "waiting"; }));
+  EXPECT_EQ("3000", attempt.outcome);
+}
+
+// --- Terminals of the system ---
 
 class TtyTest : public testing::Test {
  protected:
