@@ -9,6 +9,17 @@
 
 namespace zemblar {
 
+/// The answer of a slot that was offered a port. libsigc++ asks no slot that has ended during the
+/// emission, and passes on a default answer that it never set: here that is a refusal.
+class PortTaken {
+ public:
+  PortTaken(bool taken = false) : taken_(taken) {}
+  operator bool() const { return taken_; }
+
+ private:
+  bool taken_;
+};
+
 /// Asks until one has taken the port.
 struct FirstToTake {
   using result_type = bool;
@@ -21,8 +32,9 @@ struct FirstToTake {
   }
 };
 
-/// Offers a port; a slot that takes it returns true, and those after it are not asked.
-using PortOffer = sigc::signal<bool, SerialPort*>::accumulated<FirstToTake>;
+/// Offers a port; a slot that takes it returns true, and those after it are not asked. A slot may
+/// suspend, and other slots and offers may come and go meanwhile.
+using PortOffer = sigc::signal<PortTaken, SerialPort*>::accumulated<FirstToTake>;
 
 /// A device's hold on the port that it has taken. No other device gets that port meanwhile.
 class PortHold {

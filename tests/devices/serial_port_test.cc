@@ -14,6 +14,7 @@
 #include <functional>
 #include <vector>
 
+#include "devices/port_hold.h"
 #include "runtime/fiber.h"
 #include "runtime/scoped_connection.h"
 #include "runtime/timer.h"
@@ -291,6 +292,34 @@ TEST_F(SerialPortTest, drives_and_reads_the_modem_lines_while_open) {
   port->set_flow(Flow::Hard);
   port->set_rts(false);
   EXPECT_TRUE(cable.rts()) << "the handshake's own";
+}
+
+/// Leaves no byte of the stack below zero.
+__attribute__((noinline)) void soil_stack() {
+  volatile char bytes[4096];
+  for (auto& byte : bytes) byte = 1;
+}
+
+/// Waits for hardware, and ends when it is offered some while another offer begins.
+struct ShortLived : sigc::trackable {
+  explicit ShortLived(PortOffer& all) : offer(all) {}
+  bool claim(SerialPort* port) {
+    auto& next = offer;
+    delete this;
+    soil_stack();
+    return next.emit(port);
+  }
+  PortOffer& offer;
+};
+
+TEST(PortOfferTest, asks_whoever_comes_after_one_that_has_ended) {
+  PortOffer offer;
+  offer.connect(sigc::mem_fun(*new ShortLived(offer), &ShortLived::claim));
+  int asked = 0;
+  offer.connect([&](SerialPort*) { return ++asked > 0; });
+  offer.connect([&](SerialPort*) { return ADD_FAILURE() << "somebody has it", false; });
+  EXPECT_TRUE(offer.emit(nullptr));
+  EXPECT_EQ(1, asked);
 }
 
 TEST(HWDevice, compares_hardware_ids_without_regard_to_case) {
