@@ -204,8 +204,10 @@ bool DeviceTessara::bring_up(const std::function<void(const std::string& info)>&
   try {
     if (!DeviceTessara::start()) return false;
     const auto info = ask(tessara::ask_info());
-    identify();
+    const auto serial_nr = identify(info);
     set_up(info);
+    if (!*alive) return false;
+    serial_nr_ = serial_nr;
     trouble_.take_back();
     return true;
   } catch (const std::runtime_error& error) {
@@ -230,12 +232,21 @@ std::string DeviceTessara::ask(const std::string& question) {
   return answer;
 }
 
-void DeviceTessara::identify() {
-  const auto serial = ask(tessara::ask_serial());
-  if (serial_nr_.empty()) serial_nr_ = serial;
-  if (serial != serial_nr_) {
+// The wire has no check sum, and noise becomes a part of an answer. Whoever has no number yet takes
+// one for good, and therefore asks twice.
+std::string DeviceTessara::identify(const std::string& info) {
+  auto serial_nr = ask(tessara::ask_serial());
+  if (serial_nr_.empty()) {
+    confirm(tessara::ask_info(), info);
+    confirm(tessara::ask_serial(), serial_nr);
+  } else if (serial_nr != serial_nr_) {
     throw std::runtime_error(_("Another device is in its place."));
   }
+  return serial_nr;
+}
+
+void DeviceTessara::confirm(const std::string& question, const std::string& answer) {
+  if (ask(question) != answer) throw std::runtime_error(_("Its answer is not the same twice."));
 }
 
 void DeviceTessara::stop() {

@@ -41,7 +41,8 @@ class TessaraCmdFailed : public std::exception {
 /// belongs to none and is dropped.
 ///
 /// Hardware with another serial number than the one that the device is known by stays out of
-/// service; a device without a number yet takes the one that it reads.
+/// service. A device without a number takes the one that it reads, when it reads the same info
+/// block and the same number twice.
 class DeviceTessara : public Device {
  public:
   /// A temporary one, which asks hardware what it is: on no port yet, or at an address of a bus.
@@ -107,6 +108,9 @@ class DeviceTessara : public Device {
   /// does the rest. What `set_up` throws as std::runtime_error is the reason why the class cannot
   /// work with it.
   bool bring_up(const std::function<void(const std::string& info)>& set_up);
+  /// Asks again, inside the BusyLock of `start`, before something is done for good because of that
+  /// answer. Throws std::runtime_error when the answer is another one now.
+  void confirm(const std::string& question, const std::string& answer);
   /// `set_speed` inside the BusyLock of `start`.
   void change_speed(std::uint8_t index);
   void set_speeds(const std::vector<bool>& speeds) { speeds_ = speeds; }
@@ -138,7 +142,7 @@ class DeviceTessara : public Device {
   void try_again();
   bool find_at_speed(std::uint8_t index, std::uint8_t former);
   void come_up();
-  void identify();
+  std::string identify(const std::string& info);
   std::string ask(const std::string& question);
 
   std::string exchange(const std::string& bytes);

@@ -195,6 +195,23 @@ TEST_F(TessaraTest, comes_back_by_itself_from_a_failed_start) {
   EXPECT_EQ(1u, layout().get_devices().child_count());
 }
 
+TEST_F(TessaraTest, takes_noise_on_the_line_for_no_part_of_an_identity) {
+  for (int moment = 0; moment < 600; ++moment) {
+    SCOPED_TRACE(moment);
+    plugged = std::make_unique<Plugged>();
+    plugged->port = SerialPortTessara::create(record, plugged->cable.plug());
+    plugged->port->offer();
+    const auto noise =
+        Timeout::once(std::chrono::milliseconds(moment), [this] { plugged->cable.send("\xfe"); });
+    clock.advance(8s);
+    ASSERT_EQ(1u, layout().get_devices().child_count());
+    EXPECT_TRUE(bus()->active());
+    EXPECT_EQ(plugged->master.options.serial_nr, bus()->get_serial_nr());
+    pull_plug();
+    bus()->destroy();
+  }
+}
+
 TEST_F(TessaraTest, makes_no_second_device_of_hardware_that_an_error_hid_from_its_own) {
   plug_in();
   pull_plug();
