@@ -122,6 +122,8 @@ bool DeviceTessaraRailComReader::start() {
 void DeviceTessaraRailComReader::set_up(const std::string& info) {
   const auto read = tessara::read_reader_info(info);
   if (!read) throw std::runtime_error(_("it is no RailCom reader that this program knows."));
+  // Blocks lose the inputs that the hardware has no more.
+  if (read->input_count < inputs_.size()) confirm(tessara::ask_info(), info);
   set_speeds(read->table.speeds);
   input_count_ = read->input_count;
   encodings_ = read->encodings;

@@ -187,6 +187,23 @@ TEST_F(RailComReaderTest, comes_back_whichever_exchange_of_its_return_fails) {
   }
 }
 
+TEST_F(RailComReaderTest, takes_no_detector_from_a_block_because_noise_has_changed_an_answer) {
+  auto* lost = find_reader();
+  ASSERT_TRUE(lost);
+  auto* zone = layout().get_blocks().add(new Zone);
+  zone->set_input(lost->inputs()[7]);
+  hardware->restart();
+  while (lost->active()) clock.advance(1ms);
+  while (!lost->active()) clock.advance(1ms);  // about to ask for the info block
+  ReaderHardware smaller(4);                   // what an answer with another byte in it says
+  master.attach(address, smaller);
+  clock.advance(60ms);
+  master.attach(address, *hardware);
+  clock.advance(5s);
+  EXPECT_TRUE(lost->active());
+  EXPECT_TRUE(zone->get_input());
+}
+
 TEST_F(RailComReaderTest, has_as_many_inputs_as_its_hardware_and_each_keeps_its_track) {
   auto* changed = find_reader();
   ASSERT_TRUE(changed);
