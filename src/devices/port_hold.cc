@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "core/i18n.h"
+#include "devices/port_user.h"
 
 namespace zemblar {
 namespace {
@@ -16,6 +17,19 @@ std::string owning_group(const std::string& path) {
   struct stat status {};
   const auto* group = stat(path.c_str(), &status) == 0 ? getgrgid(status.st_gid) : nullptr;
   return group ? group->gr_name : "dialout";
+}
+
+Glib::ustring why_busy(const Glib::ustring& device, const std::string& path) {
+  const auto user = program_using(path);
+  if (!user) {
+    return Glib::ustring::compose(
+        _("%1 cannot open the port %2: another program is using it. Look for a terminal, a modem "
+          "manager or another program for model railways."),
+        device, path);
+  }
+  return Glib::ustring::compose(
+      _("%1 cannot open the port %2: the program “%3” (process %4) is using it."), device, path,
+      user->name, user->process);
 }
 
 }  // namespace
@@ -39,10 +53,16 @@ void PortHold::let_go() {
 
 Glib::ustring why_not_opened(const Glib::ustring& device, const SerialPort& port,
                              const Gio::Error& error) {
-  const auto* text = error.code() == EACCES
-                         ? _("%1 may not use the port %2: join the group “%3” and log in again.")
-                         : _("%1 cannot open the port %2: is another program using it?");
-  return Glib::ustring::compose(text, device, port.port_name, owning_group(port.port_name));
+  const auto code = static_cast<int>(error.code());
+  const auto& path = port.port_name;
+  if (code == EBUSY) return why_busy(device, path);
+  if (code == EACCES) {
+    return Glib::ustring::compose(
+        _("%1 may not use the port %2: join the group “%3” and log in again."), device, path,
+        owning_group(path));
+  }
+  return Glib::ustring::compose(_("%1 cannot open the port %2: %3."), device, path,
+                                g_strerror(code));
 }
 
 }  // namespace zemblar

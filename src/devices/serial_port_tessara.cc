@@ -39,6 +39,11 @@ Glib::RefPtr<SerialPortTessara> SerialPortTessara::create(const HWDevice& record
 SerialPortTessara::SerialPortTessara(const HWDevice& record, std::unique_ptr<SerialLine> line)
     : SerialPort(record, std::move(line)) {
   set_baud(115200);
+  signal_removed().connect([this] {
+    retry_.cancel();
+    unopened_.take_back();
+    unknown_.take_back();
+  });
 }
 
 int SerialPortTessara::score(const HWDevice& record) {
@@ -65,7 +70,7 @@ void SerialPortTessara::find_owner() {
   do {
     offer_again_ = false;
     if (!can_be_opened()) break;
-    if (signal_attached().emit(this) || make_device()) trouble_.take_back();
+    if (signal_attached().emit(this) || make_device()) unknown_.take_back();
   } while (offer_again_ && !is_held() && !is_removed());
   offering_ = false;
 }
@@ -75,11 +80,18 @@ bool SerialPortTessara::can_be_opened() {
   try {
     open();
     close();
+    unopened_.take_back();
     return true;
   } catch (const Gio::Error& error) {
-    if (!is_removed()) trouble_.tell(why_not_opened(_("The Tessara bus"), *this, error));
+    try_later(unopened_, why_not_opened(_("The Tessara bus"), *this, error));
     return false;
   }
+}
+
+void SerialPortTessara::try_later(StatusNote& note, const Glib::ustring& why) {
+  if (is_removed()) return;
+  retry_ = Timeout::once(retry_time, [this] { offer(); });
+  note.tell(why);
 }
 
 /// True when a new device has it.
@@ -96,12 +108,11 @@ bool SerialPortTessara::make_device() {
     }
     offer_again_ = takes_devices();
   } catch (const std::exception& error) {
-    if (is_removed()) return false;
     // It may not have its power yet.
-    retry_ = Timeout::once(retry_time, [this] { offer(); });
-    trouble_.tell(Glib::ustring::compose(
-        _("What is plugged in at %1 does not answer as a Tessara device does (%2)."), port_name,
-        error.what()));
+    try_later(unknown_,
+              Glib::ustring::compose(
+                  _("What is plugged in at %1 does not answer as a Tessara device does (%2)."),
+                  port_name, error.what()));
   }
   return false;
 }

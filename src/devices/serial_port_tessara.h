@@ -20,9 +20,9 @@ class SerialPortTessara : public SerialPort {
 
   /// Finds out, on a fiber, whose hardware this is: a device that waits for it knows it by its
   /// serial number. When there is none, a new device in the current layout takes the port, of the
-  /// class that the hardware says it is. Hardware that does not answer is asked again every five
-  /// seconds. Does nothing while the port is held; what comes while an offer is under way is
-  /// another one after it.
+  /// class that the hardware says it is. A port that cannot be opened, as while another program has
+  /// it, and hardware that does not answer are tried again every five seconds. Does nothing while
+  /// the port is held; what comes while an offer is under way is another one after it.
   void offer();
   /// A slot that takes the port returns true. The slots run on a fiber and may suspend.
   static PortOffer& signal_attached();
@@ -33,10 +33,12 @@ class SerialPortTessara : public SerialPort {
   void find_owner();
   bool can_be_opened();
   bool make_device();
+  void try_later(StatusNote& note, const Glib::ustring& why);
 
   bool offering_ = false;
   bool offer_again_ = false;
-  StatusNote trouble_;
+  StatusNote unopened_;  // why it cannot be opened
+  StatusNote unknown_;   // why nobody knows what is plugged in
   Timeout retry_;
 };
 

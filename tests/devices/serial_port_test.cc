@@ -4,12 +4,15 @@
 #include <gio/gio.h>
 #include <giomm/error.h>
 #include <glibmm/main.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+#include <sys/file.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -413,6 +416,27 @@ TEST_F(TtyTest, keeps_the_port_to_itself) {
   EXPECT_EQ("SerialPort::open_async Failed " + std::to_string(EBUSY), open(other));
   port->close();
   EXPECT_EQ("0", open(other));
+}
+
+TEST_F(TtyTest, says_which_program_has_the_port) {
+  int ready[2];
+  ASSERT_EQ(0, pipe(ready));
+  const auto other = fork();
+  if (other == 0) {
+    const auto fd = ::open(terminal.path().c_str(), O_RDWR | O_NOCTTY);
+    flock(fd, LOCK_EX);
+    static_cast<void>(::write(ready[1], "!", 1));
+    while (true) pause();
+  }
+  ASSERT_EQ(1, ::read(ready[0], buffer, 1));
+  EXPECT_EQ("SerialPort::open_async Failed " + std::to_string(EBUSY), open(port));
+  const Gio::Error busy(static_cast<Gio::Error::Code>(EBUSY), "");
+  EXPECT_THAT(why_not_opened("The bus", *port.operator->(), busy).raw(),
+              testing::HasSubstr("(process " + std::to_string(other) + ")"));
+  kill(other, SIGKILL);
+  waitpid(other, nullptr, 0);
+  EXPECT_EQ("0", open(port));
+  for (const auto fd : ready) ::close(fd);
 }
 
 TEST_F(TtyTest, sees_a_line_that_hangs_up_before_and_during_a_read) {

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace zemblar {
+
+/// A running program.
+struct Program {
+  std::string name;  ///< as the system has it: 15 characters at most
+  int process = 0;
+};
+
+/// Another program that has a file of the system open, such as a serial port. Knows only of
+/// programs that this one may look into: as a rule those of the same user. Takes some milliseconds.
+[[nodiscard]] std::optional<Program> program_using(const std::string& path);
+
+}  // namespace zemblar
