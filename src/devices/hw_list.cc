@@ -3,10 +3,12 @@
 #include <glibmm/main.h>
 
 #include <algorithm>
-#include <set>
 
 namespace zemblar {
 namespace {
+
+/// Until a piece that has lost its line is given up.
+constexpr std::chrono::seconds patience(2);
 
 std::unique_ptr<HWSource>& chosen_source() {
   static std::unique_ptr<HWSource> source;
@@ -86,17 +88,23 @@ void HWList::look() {
 
 // Out of the list first: whoever hears of the removal may look at what is left.
 bool HWList::drop_all_but(const std::vector<HWDevice>& present) {
-  std::set<std::string> names;
-  for (const auto& record : present) names.insert(record.object_name);
-  const auto is_gone = [&](const auto& entry) { return !names.contains(entry.first); };
   std::vector<std::unique_ptr<AttachedHardware>> gone;
-  for (auto& entry : attached_) {
-    if (is_gone(entry)) gone.push_back(std::move(entry.second));
-  }
-  std::erase_if(attached_, is_gone);
-  const auto count = std::erase_if(records_, is_gone);
+  const auto count = std::erase_if(records_, [&](const auto& entry) {
+    const auto& [name, record] = entry;
+    const auto attached = attached_.find(name);
+    const bool has_line = attached == attached_.end() || !attached->second->is_lost();
+    if (has_line && std::ranges::find(present, record) != present.end()) return false;
+    if (attached != attached_.end())
+      gone.push_back(std::move(attached_.extract(attached).mapped()));
+    return true;
+  });
   for (const auto& hardware : gone) hardware->remove();
   return count > 0;
+}
+
+// The system is about to tell, as a rule, and a line that was only disturbed works again.
+void HWList::look_soon() {
+  if (!look_.armed()) look_ = Timeout::once(patience, [this] { look(); });
 }
 
 void HWList::add(const HWDevice& record) {
@@ -104,6 +112,7 @@ void HWList::add(const HWDevice& record) {
   if (!kind) return;
   auto hardware = kind->attach(record, source_->line_to(record));
   auto* attached = hardware.get();
+  attached->signal_lost().connect(sigc::mem_fun(*this, &HWList::look_soon));
   attached_[record.object_name] = std::move(hardware);
   attached->offer();
 }

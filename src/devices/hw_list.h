@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "devices/hw_source.h"
+#include "runtime/scoped_connection.h"
+#include "runtime/timer.h"
 
 namespace zemblar {
 
@@ -21,13 +23,21 @@ class AttachedHardware {
   virtual void offer() = 0;
   /// It has been pulled out.
   virtual void remove() = 0;
+  /// Its line has failed as one does that has gone, whatever the system tells of the hardware.
+  [[nodiscard]] virtual bool is_lost() const { return false; }
+  sigc::signal<void>& signal_lost() { return signal_lost_; }
+
+ private:
+  sigc::signal<void> signal_lost_;
 };
 
 /// The serial hardware that is plugged in.
 ///
 /// A new piece goes to the class that knows it best; without one it is only counted. What is pulled
 /// out is removed from its user, and when it returns it is a new piece, that whoever waits for it
-/// takes. After a document was opened or emptied everything that nobody holds is offered again.
+/// takes. So is what was replaced under the same name between two looks, and what has lost its line
+/// and not found it again within two seconds. After a document was opened or emptied everything
+/// that nobody holds is offered again.
 class HWList {
  public:
   /// A kind of hardware that the program can use: a static object in the file of the class.
@@ -62,10 +72,12 @@ class HWList {
  private:
   void add(const HWDevice& record);
   bool drop_all_but(const std::vector<HWDevice>& present);
+  void look_soon();
 
   std::unique_ptr<HWSource> source_;
   std::map<std::string, HWDevice> records_;
   std::map<std::string, std::unique_ptr<AttachedHardware>> attached_;
+  Timeout look_;  // armed when something has lost its line
   sigc::signal<void> signal_changed_;
 };
 
@@ -73,12 +85,15 @@ class HWList {
 template <typename Port>
 class AttachedPort : public AttachedHardware {
  public:
-  explicit AttachedPort(const Glib::RefPtr<Port>& port) : port_(port) {}
+  explicit AttachedPort(const Glib::RefPtr<Port>& port)
+      : port_(port), lost_(port->signal_lost().connect(signal_lost().make_slot())) {}
   void offer() override { port_->offer(); }
   void remove() override { port_->remove(); }
+  [[nodiscard]] bool is_lost() const override { return port_->is_lost(); }
 
  private:
   Glib::RefPtr<Port> port_;
+  ScopedConnection lost_;
 };
 
 /// The kind of hardware that a class of ports stands for.

@@ -148,6 +148,7 @@ void SerialPort::begin_open(const Cancel& cancel, const Slot& done) {
     const auto error = line_->open(port_name, settings_);
     if (error != 0) return refuse(error, "SerialPort::open_async Failed");
     open_ = true;
+    lost_ = false;
   }
   auto result = AsyncResult<bool>::create(hold(), true);
   done(result);
@@ -245,11 +246,20 @@ bool SerialPort::try_transfer() {
   const auto [bytes, error] = transfer_->attempt(*line_);
   if (error == EAGAIN) return false;
   if (error != 0) {
-    fail(error, "GetLastError");
+    fail_by_system(error);
   } else {
     end_transfer()->succeed(bytes);
   }
   return true;
+}
+
+void SerialPort::fail_by_system(int error) {
+  const auto self = hold();
+  if (error == EIO || error == ENODEV || error == ENXIO) {
+    lost_ = true;
+    signal_lost_.emit();
+  }
+  fail(error, "GetLastError");
 }
 
 void SerialPort::fail(int code, const char* text) {

@@ -72,6 +72,11 @@ class SerialPort : public Glib::Object, public HWDevice {
   [[nodiscard]] bool busy() const { return transfer_ != nullptr; }
   /// The hardware has gone for good.
   [[nodiscard]] bool is_removed() const { return removed_; }
+  /// A transfer has failed as it does on a line that has gone (EIO, ENODEV, ENXIO), and the port
+  /// was not opened again since. Hardware that was replaced may look like that, and a driver that
+  /// failed.
+  [[nodiscard]] bool is_lost() const { return lost_; }
+  sigc::signal<void>& signal_lost() { return signal_lost_; }
   /// Some device has taken the port for itself. See PortHold.
   [[nodiscard]] bool is_held() const { return held_; }
   void set_held(bool held) { held_ = held; }
@@ -99,6 +104,7 @@ class SerialPort : public Glib::Object, public HWDevice {
   void try_or_wait(const Cancel& cancel, std::chrono::milliseconds limit);
   void wait_until_ready();
   bool try_transfer();
+  void fail_by_system(int error);
   void fail(int code, const char* text);
   std::shared_ptr<Transfer> end_transfer();
   Glib::RefPtr<SerialPort> hold();
@@ -107,9 +113,11 @@ class SerialPort : public Glib::Object, public HWDevice {
   bool open_ = false;
   bool held_ = false;
   bool removed_ = false;
+  bool lost_ = false;
   std::shared_ptr<Transfer> transfer_;  // holds the port; null unless one is under way
   ReadTurns turns_;
   sigc::signal<void> signal_removed_;
+  sigc::signal<void> signal_lost_;
 };
 
 }  // namespace zemblar

@@ -31,6 +31,13 @@ std::string hardware_id(GUdevDevice* usb) {
   return "USB\\VID_" + vendor + "&PID_" + product;
 }
 
+/// Another one each time: the number that the USB gives, and when the port came up.
+std::string instance(GUdevDevice* port, GUdevDevice* usb) {
+  return text_of(g_udev_device_get_sysfs_attr(usb, "busnum")) + "/" +
+         text_of(g_udev_device_get_sysfs_attr(usb, "devnum")) + " " +
+         text_of(g_udev_device_get_property(port, "USEC_INITIALIZED"));
+}
+
 HWDevice record_of(GUdevDevice* port, GUdevDevice* usb) {
   HWDevice record;
   record.object_name = text_of(g_udev_device_get_sysfs_path(port));
@@ -41,6 +48,7 @@ HWDevice record_of(GUdevDevice* port, GUdevDevice* usb) {
   record.location = text_of(g_udev_device_get_property(port, "ID_PATH"));
   record.hardware_ids = {hardware_id(usb)};
   record.port_name = text_of(g_udev_device_get_device_file(port));
+  record.instance = instance(port, usb);
   return record;
 }
 

@@ -5,6 +5,7 @@
 
 #include <glibmm/main.h>
 
+#include <filesystem>
 #include <map>
 
 #include "core/layout.h"
@@ -25,8 +26,9 @@ class Discovery : public testing::Test {
   /// A converter on the USB with one serial port, as "/dev/ttyUSB0"; the path of the port.
   std::string plug(const char* name, const char* vendor, const char* product) {
     g_autofree char* usb = umockdev_testbed_add_device(
-        testbed_, "usb", (std::string("usb-") + name).c_str(), nullptr,               //
-        "idVendor", vendor, "idProduct", product, "product", "A converter", nullptr,  //
+        testbed_, "usb", (std::string("usb-") + name).c_str(), nullptr,  //
+        "idVendor", vendor, "idProduct", product, "product", "A converter", "busnum", "1", "devnum",
+        "5", nullptr,  //
         "DEVTYPE", "usb_device", nullptr);
     g_autofree char* port = umockdev_testbed_add_device(
         testbed_, "tty", name, usb, nullptr,  //
@@ -133,18 +135,28 @@ TEST_F(Discovery, makes_a_bus_of_a_master_and_knows_it_again_when_it_returns) {
   EXPECT_EQ(list.count(), 2u);
   clock.advance(1s);
   ASSERT_EQ(devices.child_count(), 1u);
-  const auto* bus = dynamic_cast<DeviceTessaraBus*>(devices.child_at(0));
+  auto* bus = dynamic_cast<DeviceTessaraBus*>(devices.child_at(0));
   ASSERT_TRUE(bus && bus->active());
 
   umockdev_testbed_remove_device(testbed_, port.c_str());
   list.look();
   clock.advance(1s);
   EXPECT_FALSE(bus->active());
-  plug("ttyACM1", "16d0", "064d");
+  const auto returned = plug("ttyACM1", "16d0", "064d");
   list.look();
   clock.advance(1s);
   EXPECT_TRUE(bus->active());
   EXPECT_EQ(devices.child_count(), 1u);
+
+  // Pulled out and in again, which the program sees when both have happened.
+  const auto usb = std::filesystem::path(returned).parent_path();
+  umockdev_testbed_set_attribute(testbed_, usb.c_str(), "devnum", "6");
+  int falls = 0;
+  const auto notice = bus->property_active().signal_changed().connect([&] { ++falls; });
+  list.look();
+  clock.advance(1s);
+  EXPECT_EQ(falls, 2);
+  EXPECT_TRUE(bus->active());
 
   // A new document has none, and the port is free again.
   Layout::get().new_document(true);

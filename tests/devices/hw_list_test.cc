@@ -4,8 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include "runtime/timer.h"
+
 namespace zemblar::test {
 namespace {
+
+using namespace std::chrono_literals;
 
 using Log = std::vector<std::string>;
 
@@ -27,13 +31,22 @@ class Bench : public HWSource {
   std::vector<HWDevice> records;
 };
 
+const Log replaced = {"/dev/tty0 removed", "/dev/tty0 there", "/dev/tty0 offered"};
+
 Log told;
 
 class Gadget : public AttachedHardware {
  public:
-  explicit Gadget(std::string name) : name_(std::move(name)) { told.push_back(name_ + " there"); }
+  explicit Gadget(std::string name) : name_(std::move(name)) {
+    told.push_back(name_ + " there");
+    newest = this;
+  }
+  [[nodiscard]] bool is_lost() const override { return lost; }
   void offer() override { told.push_back(name_ + " offered"); }
   void remove() override { told.push_back(name_ + " removed"); }
+
+  bool lost = false;
+  static inline Gadget* newest = nullptr;
 
  private:
   std::string name_;
@@ -79,6 +92,46 @@ TEST(HWListTest, gives_each_piece_to_who_knows_it_best_for_as_long_as_it_is_ther
   bench.plug("tty0", "TEST\\GADGET");  // another piece, for all that is known
   EXPECT_EQ(std::exchange(told, {}), (Log{"/dev/tty0 there", "/dev/tty0 offered"}));
   EXPECT_EQ(changes, 4);
+}
+
+TEST(HWListTest, gives_up_what_has_been_replaced_between_two_looks_under_the_same_name) {
+  VirtualClock clock;
+  auto owned = std::make_unique<Bench>();
+  auto& bench = *owned;
+  HWList list(std::move(owned));
+  bench.plug("tty0", "TEST\\GADGET");
+  told.clear();
+  list.look();
+  EXPECT_EQ(told, Log{}) << "the same";
+
+  bench.records[0].instance = "2";
+  list.look();
+  EXPECT_EQ(std::exchange(told, {}), replaced) << "plugged in anew";
+  bench.records[0].hardware_ids = {"TEST\\SPECIAL"};
+  list.look();
+  EXPECT_EQ(std::exchange(told, {}),
+            (Log{"/dev/tty0 removed", "special /dev/tty0 there", "special /dev/tty0 offered"}));
+  EXPECT_EQ(list.count(), 1u);
+}
+
+TEST(HWListTest, looks_again_at_what_has_lost_its_line) {
+  VirtualClock clock;
+  auto owned = std::make_unique<Bench>();
+  auto& bench = *owned;
+  HWList list(std::move(owned));
+  bench.plug("tty0", "TEST\\GADGET");
+  for (const bool comes_back : {true, false}) {
+    told.clear();
+    Gadget::newest->lost = true;
+    for (int i = 0; i < 3; ++i) {  // it tries, and fails
+      Gadget::newest->signal_lost().emit();
+      clock.advance(500ms);
+    }
+    EXPECT_EQ(told, Log{}) << "the system may tell by itself that it has gone";
+    if (comes_back) Gadget::newest->lost = false;
+    clock.advance(1s);
+    EXPECT_EQ(told, comes_back ? Log{} : replaced);
+  }
 }
 
 }  // namespace

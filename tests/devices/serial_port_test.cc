@@ -213,12 +213,17 @@ TEST_F(SerialPortTest, ends_an_operation_that_is_cancelled_closed_or_unplugged) 
   clock.advance(0ms);
   EXPECT_EQ(closed(), cut.outcome);
 
+  int losses = 0;
+  port->signal_lost().connect([&] { ++losses; });
+  EXPECT_FALSE(port->is_lost());
   const Attempt orphan(reading());
   cable.unplug();
   clock.advance(0ms);
   EXPECT_EQ("GetLastError " + std::to_string(EIO), orphan.outcome);
   const Attempt after(writing());
   EXPECT_EQ("GetLastError " + std::to_string(EIO), after.outcome);
+  EXPECT_TRUE(port->is_lost());
+  EXPECT_EQ(2, losses);
 }
 
 TEST_F(SerialPortTest, needs_no_more_stack_the_more_often_an_operation_ends_at_once) {

@@ -5,9 +5,11 @@
 
 #include "core/toplevel.h"
 #include "devices/device_tessara_bus.h"
+#include "devices/hw_list.h"
 #include "devices/serial_port_tessara.h"
 #include "devices/tessara_class.h"
 #include "runtime/fiber.h"
+#include "simulator/memory_hardware.h"
 #include "simulator/tessara_master.h"
 #include "support/layout_fixture.h"
 
@@ -286,6 +288,21 @@ TEST_F(TessaraTest, leaves_a_line_that_fails) {
   plugged->cable.unplug();  // and nobody says so
   EXPECT_THAT(result_of([] { return bus()->read_serial(); }), StartsWith("failed"));
   EXPECT_FALSE(bus()->active());
+}
+
+TEST_F(TessaraTest, returns_to_a_line_that_was_lost_while_the_system_saw_nothing_of_it) {
+  SerialCable cable;
+  const TessaraMaster far_end(cable);
+  auto hardware = std::make_unique<simulator::MemoryHardware>();
+  hardware->plug_in(record, [&] { return cable.plug(); });
+  HWList list(std::move(hardware));
+  list.look();
+  clock.advance(1s);
+  ASSERT_TRUE(bus() && bus()->active());
+  cable.unplug();
+  result_of([] { return bus()->read_serial(); });
+  EXPECT_TRUE(bus()->active());
+  EXPECT_EQ("", get_status());
 }
 
 // --- The wire ---
