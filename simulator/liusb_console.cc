@@ -6,7 +6,8 @@
 namespace zemblar::simulator {
 namespace {
 
-constexpr auto help = R"(deaf HEX       never answer requests that begin with these bytes, as e4 20 00 03
+constexpr auto help =
+    R"(deaf HEX       never answer requests that begin with these bytes, as e4 20 00 03
 mute           do as told and say nothing
 silent         hear nothing and say nothing
 late MS        wait before each answer
@@ -54,7 +55,8 @@ std::string run_liusb_command(LiUsbInterface& liusb, std::string_view line) {
   } else if (name == "well") {
     faults = {};
   } else {
-    throw std::invalid_argument("no such command: liusb " + std::string(name) + " (try liusb help)");
+    throw std::invalid_argument("no such command: liusb " + std::string(name) +
+                                " (try liusb help)");
   }
   return "";
 }

@@ -232,11 +232,15 @@ void SerialPort::try_or_wait(const Cancel& cancel, milliseconds limit) {
           Timeout::once(milliseconds(0), [this] { fail(G_IO_ERROR_CANCELLED, "Cancelled"); });
     }));
   }
+  waits_since_ = Clock::now();
   wait_until_ready();
 }
 
 void SerialPort::wait_until_ready() {
   line_->watch(transfer_->awaited, [this] {
+    if (transfer_->awaited == SerialLine::Awaited::bytes) {
+      turns_.rested(Clock::now() - waits_since_);
+    }
     if (!try_transfer()) wait_until_ready();
   });
 }

@@ -116,6 +116,7 @@ class SerialPort : public Glib::Object, public HWDevice {
   bool lost_ = false;
   std::shared_ptr<Transfer> transfer_;  // holds the port; null unless one is under way
   ReadTurns turns_;
+  Clock::time_point waits_since_{};  // the transfer, for the line
   sigc::signal<void> signal_removed_;
   sigc::signal<void> signal_lost_;
 };

@@ -6,6 +6,7 @@
 #include <netinet/tcp.h>
 
 #include "runtime/async_result.h"
+#include "runtime/fiber.h"
 
 namespace zemblar {
 namespace {
@@ -150,14 +151,23 @@ std::optional<gssize> Socket::write_at_once(const void* bytes, gsize count, cons
   return outcome(written, error);
 }
 
+void Socket::wait_for_turn() {
+  fiber::yield([this](fiber* f) { turns_.wait([f] { fiber::resume(f, 0); }); });
+}
+
 gssize Socket::read(void* buffer, gsize count, const Cancel& cancel) {
+  const auto self = hold();
+  if (turns_.is_used_up()) wait_for_turn();
   if (const auto got = read_at_once(buffer, count, cancel)) return *got;
-  return run(
+  const auto began = Clock::now();
+  const auto got = run(
       input(),
       [=](Gio::InputStream& stream, const Slot& done) {
         stream.read_async(buffer, count, done, cancel);
       },
       [](Gio::InputStream& stream, const Result& result) { return stream.read_finish(result); });
+  turns_.rested(Clock::now() - began);
+  return got;
 }
 
 gssize Socket::write(const void* bytes, gsize count, const Cancel& cancel) {

@@ -11,6 +11,8 @@
 #include <optional>
 #include <string>
 
+#include "runtime/read_turns.h"
+
 namespace zemblar {
 
 /// A TCP client whose operations look synchronous to the fiber that calls them.
@@ -22,7 +24,8 @@ namespace zemblar {
 ///
 /// Throws Gio::Error: BUSY "Already Connected" from `connect`, CLOSED "Not Connected" from all
 /// others, CANCELLED when the cancellable is, before or during the call, and whatever else the
-/// toolkit reports. IPv4 alone. A peer that has gone without a word is noticed within 15 s, whether
+/// toolkit reports. IPv4 alone. A peer that sends without pause does not stop the main loop (see
+/// ReadTurns). A peer that has gone without a word is noticed within 15 s, whether
 /// something is sent or not: `read` then throws TIMED_OUT or HOST_UNREACHABLE.
 ///
 /// The four operations of a conversation are virtual, so that a stream in memory can stand in.
@@ -59,6 +62,7 @@ class Socket : public Glib::Object {
   Socket();
 
  private:
+  void wait_for_turn();
   // None when the transfer would have to wait, or there is no connection.
   std::optional<gssize> read_at_once(void* buffer, gsize count, const Cancel& cancel);
   std::optional<gssize> write_at_once(const void* bytes, gsize count, const Cancel& cancel);
@@ -70,6 +74,7 @@ class Socket : public Glib::Object {
   Glib::RefPtr<Gio::OutputStream> output() const;
   Glib::RefPtr<Socket> hold();
 
+  ReadTurns turns_;
   Glib::RefPtr<Gio::SocketConnection> connection_;  // null while not connected
   Glib::RefPtr<Gio::SocketClient> client_;
 };

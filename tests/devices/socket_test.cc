@@ -11,7 +11,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <functional>
+#include <thread>
 
 #include "core/status.h"
 #include "devices/device_ecos.h"
@@ -55,6 +57,12 @@ class Listener {
   }
   [[nodiscard]] Glib::RefPtr<Gio::SocketConnectable> address() const {
     return Gio::NetworkAddress::create("localhost", port_);
+  }
+  [[nodiscard]] std::uint16_t port() const { return port_; }
+  /// For another thread: as much as there is room for.
+  void send_some(const std::string& text) const {
+    [[maybe_unused]] const auto sent =
+        ::send(peer_, text.data(), text.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
   }
   void accept_one() { peer_ = accept(fd_, nullptr, nullptr); }
   void hang_up() { close(std::exchange(peer_, -1)); }
@@ -119,6 +127,61 @@ TEST(SocketTest, exchanges_bytes_with_the_far_end) {
     EXPECT_TRUE(socket->close());
     EXPECT_FALSE(socket->is_connected());
   });
+}
+
+/// The option of the TCP socket of this process that is connected to the port.
+int tcp_option(std::uint16_t port, int option) {
+  for (int fd = 3; fd < 1024; ++fd) {
+    sockaddr_in peer{};
+    socklen_t length = sizeof peer;
+    if (getpeername(fd, reinterpret_cast<sockaddr*>(&peer), &length) != 0) continue;
+    if (peer.sin_family != AF_INET || ntohs(peer.sin_port) != port) continue;
+    int value = -1;
+    length = sizeof value;
+    getsockopt(fd, IPPROTO_TCP, option, &value, &length);
+    return value;
+  }
+  return -1;
+}
+
+TEST(SocketTest, asks_the_system_to_notice_within_15_s_that_the_far_end_has_gone) {
+  Listener listener;
+  on_fiber([&] {
+    const auto socket = Socket::create();
+    ASSERT_TRUE(socket->connect(listener.address()));
+    const auto option = [&](int name) { return tcp_option(listener.port(), name); };
+    EXPECT_LT(option(TCP_KEEPIDLE) + option(TCP_KEEPCNT) * option(TCP_KEEPINTVL), 15);
+    EXPECT_GT(option(TCP_USER_TIMEOUT), 5000);
+    EXPECT_LT(option(TCP_USER_TIMEOUT), 15000);
+    EXPECT_EQ(option(TCP_NODELAY), 1);
+  });
+}
+
+// Whoever draws does it in an idle source above all other idle work.
+TEST(SocketTest, leaves_time_to_draw_while_the_far_end_floods) {
+  Listener listener;
+  std::atomic<bool> over = false;
+  std::thread flood;
+  int drawn = 0;
+  std::uint64_t read = 0;
+  const ScopedConnection draw = sigc::connection(
+      Glib::signal_idle().connect([&] { return ++drawn, true; }, Glib::PRIORITY_HIGH_IDLE + 20));
+  fiber::spawn([&] {
+    const auto socket = Socket::create();
+    socket->connect(listener.address());
+    listener.accept_one();
+    flood = std::thread([&] {
+      const std::string events(60'000, 'e');
+      while (!over) listener.send_some(events);
+    });
+    char buffer[1024];
+    while (!over) read += static_cast<std::uint64_t>(socket->read(buffer, sizeof buffer));
+  });
+  const auto end = Timeout::once(1s, [&] { over = true; });
+  EXPECT_TRUE(wait_until([&] { return over.load(); }));
+  flood.join();
+  EXPECT_GE(drawn, 10) << "in a second, beside " << read << " bytes";
+  EXPECT_GT(read, 100'000u);
 }
 
 TEST(SocketTest, throws_what_stands_in_the_way) {

@@ -74,16 +74,19 @@ TEST(ReadTurnsTest, goes_on_beside_others_that_never_rest) {
   EXPECT_TRUE(run_until([&] { return flood.reads == 8; }));
 }
 
-TEST(ReadTurnsTest, does_not_wait_while_the_loop_comes_down_to_idle_work) {
-  ReadTurns turns;
-  const ScopedConnection at_work =
-      Glib::signal_idle().connect([] { return true; }, Glib::PRIORITY_DEFAULT_IDLE);
-  for (int i = 0; i < 60; ++i) {
-    bool called = false;
-    turns.take([&] { called = true; });
-    EXPECT_TRUE(called) << i;
-    spin_for(1ms);
-    Glib::MainContext::get_default()->iteration(false);
+TEST(ReadTurnsTest, does_not_wait_where_the_source_runs_dry) {
+  for (const auto pause : {0ms, 1ms, 20ms}) {
+    VirtualClock clock;
+    ReadTurns turns;
+    int at_once = 0;
+    for (int i = 0; i < 60; ++i) {
+      bool in_call = true;
+      turns.take([&] { at_once += in_call; });
+      in_call = false;
+      clock.advance(1ms);
+      turns.rested(pause);
+    }
+    EXPECT_EQ(pause >= ReadTurns::rest, at_once == 60) << pause.count() << " ms, " << at_once;
   }
 }
 
