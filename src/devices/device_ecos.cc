@@ -18,7 +18,8 @@ namespace {
 const DocumentClass::Registration registration(private_class<ECoS>("!device/ESU/ECoS",
                                                                    Section::devices));
 
-constexpr auto attempt_interval = std::chrono::seconds(1);
+constexpr std::chrono::milliseconds attempt_interval(1000);
+constexpr std::chrono::milliseconds at_once(1);
 /// A host that is switched off answers neither yes nor no.
 constexpr auto attempt_limit = std::chrono::seconds(5);
 
@@ -232,9 +233,9 @@ bool ECoS::start() {
 
 void ECoS::end_failed_start() {
   const auto alive = liveness();
-  next_attempt_ = Clock::now() + attempt_interval;
+  // Not before `start` has returned, in any case.
+  next_attempt_ = Clock::now() + (begins_anew_ ? at_once : attempt_interval);
   if (begins_anew_) {
-    next_attempt_ = {};
     failure_.clear();
   } else if (failure_.empty()) {
     failure_ = Glib::ustring::compose(

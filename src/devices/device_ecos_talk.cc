@@ -1,5 +1,6 @@
 // How an ECoS talks: the reader, one exchange at a time, and the commands built from exchanges.
 
+#include <giomm/error.h>
 #include <glibmm/ustring.h>
 
 #include "core/i18n.h"
@@ -47,6 +48,7 @@ Glib::ustring item_name(const DecoderUpdate& wanted) {
 void ECoS::keep_reading(const Cancel& cancel) {
   const auto alive = liveness();
   ECoSFraming framing;
+  is_silent_ = false;
   while (read_some(framing, cancel)) {
     while (const auto message = framing.next()) {
       dispatch(*message);
@@ -65,7 +67,9 @@ bool ECoS::read_some(ECoSFraming& framing, const Cancel& cancel) {
   try {
     // Without room this reads nothing, which is what the end of the connection looks like.
     count = socket->read(framing.tail(), static_cast<gsize>(framing.room()), cancel);
-  } catch (...) {
+  } catch (const Glib::Error& error) {
+    if (!*alive) return false;
+    is_silent_ = is_silent_ || error.matches(G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
     if (socket->is_connected()) {
       sleep_for(pause_after_failed_read, cancel);
     } else {
@@ -80,7 +84,10 @@ bool ECoS::read_some(ECoSFraming& framing, const Cancel& cancel) {
 
 void ECoS::end_reading(bool had_room) {
   if (had_room) {
-    return give_up(Glib::ustring::compose(_("%1 ended the connection."), get_name()));
+    const auto* text = is_silent_
+                           ? _("%1 does not answer any more: look at its power and its cable.")
+                           : _("%1 ended the connection.");
+    return give_up(Glib::ustring::compose(text, get_name()));
   }
   const auto why = Glib::ustring::compose(
       _("%1 sent a message longer than %2 bytes, as a station with many locomotives does: its "

@@ -179,6 +179,25 @@ TEST_F(ECoSTest, drives_through_the_default_device_all_stations_that_are_marked_
   EXPECT_EQ(20u, speed(station));
   EXPECT_EQ(10u, speed(second));
 
+  // A station that joins gets what it has missed, though nothing is out of date.
+  auto* lok = layout().get_loks().add(new Lok);
+  lok->set_speed(100);
+  clock.advance(50ms);
+  EXPECT_EQ(10u, speed(second));
+  other->set_use_as_default(true);
+  clock.advance(50ms);
+  EXPECT_EQ(100u, speed(second));
+  second.kill();
+  clock.advance(50ms);
+  lok->set_emergency_stop(true);
+  clock.advance(50ms);
+  second.up = true;
+  second.take_commands();
+  clock.advance(1100ms);
+  EXPECT_EQ(1, std::ranges::count(second.take_commands(), "set(1000,stop)"));
+  lok->destroy();
+  other->set_use_as_default(false);
+
   station.kill();
   clock.advance(50ms);
   decoder->want_speed(0);
@@ -484,6 +503,37 @@ TEST_F(ECoSTest, keeps_an_established_connection_when_the_host_changes) {
   station.up = true;
   clock.advance(2s);
   EXPECT_TRUE(ecos->active());
+}
+
+TEST_F(ECoSTest, tries_another_host_at_once_and_asks_it_for_its_own_numbers) {
+  station.hub.faults().silence("request(1,view)");
+  auto* ecos = add_ecos();
+  clock.advance(60s);
+  EXPECT_EQ(LinkPhase::waiting_for_answer, ecos->link_state().phase);
+  EXPECT_THAT(get_status().raw(), HasSubstr("does not answer"));
+  station.hub.faults().clear();
+  ecos->set_host("corrected");
+  clock.advance(20ms);
+  EXPECT_TRUE(ecos->active());
+
+  const auto decoder = TestDecoder::create(*ecos);
+  resend_in_service(decoder);
+  const auto asks_for_numbers = [&](std::uint32_t speed) {
+    station.take_commands();
+    decoder->want_speed(speed);
+    clock.advance(3s);
+    EXPECT_EQ(speed, station.locomotive(3).speed);
+    return std::ranges::count(station.take_commands(), "queryObjects(10,addr)") > 0;
+  };
+  EXPECT_TRUE(asks_for_numbers(1));
+  station.hub.drop_all();
+  EXPECT_FALSE(asks_for_numbers(2)) << "the same station";
+  ecos->set_host("another");
+  EXPECT_FALSE(asks_for_numbers(3)) << "still connected";
+  station.hub.drop_all();
+  EXPECT_TRUE(asks_for_numbers(4));
+  ecos->reconnect();
+  EXPECT_FALSE(asks_for_numbers(5));
 }
 
 TEST_F(ECoSTest, says_that_a_host_is_no_address) {
