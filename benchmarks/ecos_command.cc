@@ -169,7 +169,7 @@ double percentile_99(std::vector<double> times) {
   return *place;
 }
 
-const Figure mean("ECoS: one locomotive command", "ns", 2.7, [](Effort effort) {
+const Figure mean("ECoS: one locomotive command", "ns", 2.3, [](Effort effort) {
   auto bench = std::make_shared<Bench>();
   return [bench, effort] {
     return versus(
@@ -186,7 +186,7 @@ double tail_of(std::size_t count, Body&& body) {
   return percentile_99(std::move(times));
 }
 
-const Figure tail("ECoS: one locomotive command, 99th percentile", "ns", 5.0, [](Effort effort) {
+const Figure tail("ECoS: one locomotive command, 99th percentile", "ns", 2.3, [](Effort effort) {
   auto bench = std::make_shared<Bench>();
   return [bench, effort] {
     const auto count = effort.count(500);

@@ -103,7 +103,7 @@ void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit) {
   decoder->complete(answers->state());
 }
 
-/// How many stations are asked.
+/// How many answers there will be. A station that keeps the item back holds up no other one.
 int DefaultDevice::send_errands(DrivenDecoder* decoder, const Item& item,
                                 const Glib::RefPtr<DecoderProxy>& answers) {
   decoder->reference();
@@ -115,7 +115,12 @@ int DefaultDevice::send_errands(DrivenDecoder* decoder, const Item& item,
   });
   const auto sent = errands;  // what is answered at once may begin the next fan-out
   for (const auto& errand : sent) errand->ask();
-  return static_cast<int>(sent.size());
+  const auto waits = [](const auto& errand) { return errand->is_withheld(); };
+  if (std::ranges::all_of(sent, waits)) return static_cast<int>(sent.size());
+  for (const auto& errand : sent) {
+    if (waits(errand)) errand->let_go();
+  }
+  return static_cast<int>(std::ranges::count_if(sent, std::not_fn(waits)));
 }
 
 }  // namespace zemblar

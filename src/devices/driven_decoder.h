@@ -20,6 +20,11 @@ class DrivenDecoder : public Glib::Object {
   /// What of the update was delivered; an empty mask when nothing was.
   virtual void complete(const DecoderUpdate& delivered) = 0;
 
+  /// The decoder whose wish this is; another one where a proxy stands in for it.
+  [[nodiscard]] virtual const DrivenDecoder& origin() const { return *this; }
+  /// Its locomotive has gone, and nothing is wished any more.
+  [[nodiscard]] virtual bool is_retired() const { return false; }
+
   [[nodiscard]] DecoderType get_type() const { return type_; }
   [[nodiscard]] Address get_address() const { return address_; }
   /// The wanted values, and in the mask what is out of date.

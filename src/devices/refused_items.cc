@@ -73,9 +73,9 @@ bool RefusedItems::withhold(DrivenDecoder& decoder, std::uint32_t item) {
   if (!entry.waits) return false;
   decoder.reference();
   const Glib::RefPtr<DrivenDecoder> asking(&decoder);
-  if (std::ranges::find(entry.asking, asking) == entry.asking.end()) {
-    entry.asking.push_back(asking);
-  }
+  std::erase_if(entry.asking,
+                [&](const auto& other) { return &other->origin() == &decoder.origin(); });
+  entry.asking.push_back(asking);
   return true;
 }
 

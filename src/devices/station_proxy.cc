@@ -22,12 +22,16 @@ StationProxy::StationProxy(const Glib::RefPtr<DrivenDecoder>& parent, std::uint3
 }
 
 void StationProxy::ask() {
-  if (station_) station_->run_update(this, item_);
+  if (!station_) return;
+  is_withheld_ = station_->withholds(*this, item_);
+  if (!is_withheld_) station_->run_update(this, item_);
 }
 
+// The decoder does not wait for what was let go of, and counts it as delivered.
 bool StationProxy::is_wanted() const {
   const auto& wish = parent_->state();
-  return (wish.mask & item_) != 0 && wish.value_of(item_) == state_.value_of(item_);
+  const bool is_awaited = (wish.mask & item_) != 0 || !answers_;
+  return is_awaited && !parent_->is_retired() && wish.value_of(item_) == state_.value_of(item_);
 }
 
 void StationProxy::complete(const DecoderUpdate& delivered) {
@@ -46,7 +50,7 @@ void StationProxy::end(const DecoderUpdate& delivered) {
   station_ = nullptr;
   state_.mask = 0;
   const auto answers = answers_;
-  answers->complete(delivered);
+  if (answers) answers->complete(delivered);
 }
 
 }  // namespace zemblar

@@ -11,6 +11,9 @@ class Device;
 /// It asks its station again until that has delivered the value, and answers once: when it has been
 /// delivered, when the station goes out of service, when the decoder wishes something else, or when
 /// it is abandoned. After that it wants nothing, and a station leaves it out when its turn comes.
+///
+/// Where the station keeps the item back and another one serves the decoder, the command goes on
+/// without it: let go of, it does not answer, and waits by itself until the station asks it again.
 class StationProxy : public DecoderProxy {
  public:
   /// `item` is a bit of DecoderUpdate; `answers` collects for all stations.
@@ -23,6 +26,11 @@ class StationProxy : public DecoderProxy {
   void complete(const DecoderUpdate& delivered) override;
   /// A newer wish takes its place, or the station has left.
   void abandon();
+  /// The station kept the item back when it was asked last.
+  [[nodiscard]] bool is_withheld() const { return is_withheld_; }
+  /// Nobody waits for its answer.
+  void let_go() { answers_.reset(); }
+  [[nodiscard]] const DrivenDecoder& origin() const override { return *parent_.operator->(); }
   /// Null when it has answered.
   [[nodiscard]] const Device* station() const { return station_; }
 
@@ -35,7 +43,8 @@ class StationProxy : public DecoderProxy {
   Glib::RefPtr<DrivenDecoder> parent_;
   std::uint32_t item_;
   Device* station_;
-  Glib::RefPtr<DecoderProxy> answers_;
+  bool is_withheld_ = false;
+  Glib::RefPtr<DecoderProxy> answers_;  // null when it was let go of
 };
 
 }  // namespace zemblar

@@ -49,6 +49,7 @@ class Decoder : public DrivenDecoder {
   void mark_out_of_date();
   /// Its locomotive has gone: sends nothing more and follows no device.
   void retire();
+  [[nodiscard]] bool is_retired() const override { return retired_; }
 
   /// Null stands for the layout's default device.
   [[nodiscard]] Device* get_device() const { return device_; }

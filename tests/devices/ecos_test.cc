@@ -421,6 +421,35 @@ TEST_F(ECoSTest, lets_everybody_else_go_first_when_a_station_refuses_one_item) {
   EXPECT_EQ("", get_status());
 }
 
+TEST_F(ECoSTest, drives_a_locomotive_at_one_station_while_another_refuses_it) {
+  MemoryStation second;
+  add_started_ecos();
+  add_ecos(second);
+  auto* lok = layout().get_loks().add(new Lok);
+  lok->set_speed(10);
+  clock.advance(50ms);
+  station.hub.faults().fail("request(1000,control", 25);
+  lok->set_speed(50);
+  clock.advance(5s);
+  lok->set_direction(Direction::Reverse);
+  lok->get_decoders().front()->set_function(3, true);
+  clock.advance(5s);
+  EXPECT_EQ(50u, second.locomotive(3).speed);
+  EXPECT_EQ(1u, second.locomotive(3).direction);
+  EXPECT_TRUE(second.locomotive(3).functions[3]);
+  station.hub.faults().clear();
+  station.take_commands();
+  clock.advance(125s);
+  EXPECT_EQ(50u, station.locomotive(3).speed);
+  EXPECT_EQ(1u, station.locomotive(3).direction);
+  EXPECT_TRUE(station.locomotive(3).functions[3]);
+  const auto values = values_of(station.take_commands());
+  EXPECT_EQ(3u, values.size()) << "once each: " << testing::PrintToString(values);
+  lok->destroy();
+  layout().get_devices().destroy_children();
+  clock.advance(1s);
+}
+
 TEST_F(ECoSTest, sends_stops_before_all_that_waits_for_its_turn) {
   auto* ecos = add_started_ecos();
   station.hub.faults().late = 2ms;
