@@ -122,24 +122,46 @@ void CommandStation::update_function(DrivenDecoder* decoder, unsigned fn) {
   update(decoder, DecoderUpdate::function_bit(fn));
 }
 
+bool CommandStation::coming_track_power() const {
+  return due_power_.value_or(track_power());
+}
+
+void CommandStation::remember_power(bool on) {
+  ++power_wishes_;
+  due_power_.reset();
+  if (!on) due_power_ = false;
+}
+
+void CommandStation::settle_power(unsigned wish) {
+  if (wish == power_wishes_) due_power_.reset();
+}
+
 void CommandStation::power_on() {
+  const auto alive = liveness();
   const auto wish = ++power_wishes_;
-  power_off_due_ = false;
-  converse([this, wish] {
-    if (wish == power_wishes_) switch_power(true);
-  });
+  due_power_ = true;
+  try {
+    converse([this, wish] {
+      if (wish == power_wishes_) switch_power(true);
+    });
+  } catch (...) {
+    if (*alive) settle_power(wish);
+    throw;
+  }
+  if (*alive) settle_power(wish);
 }
 
 void CommandStation::power_off() {
   ++power_wishes_;
-  power_off_due_ = true;
+  due_power_ = false;
+  power_retry_.cancel();
   converse([] {});
 }
 
 // Any answer settles it. Without one it is tried again, but not before others have had their turn;
 // after a loss of service it is due as soon as the station is back.
 void CommandStation::send_power_off() {
-  if (!power_off_due_) return;
+  if (!power_off_is_due() || power_retry_.armed()) return;
   const auto alive = liveness();
   const auto wish = power_wishes_;
   try {
@@ -147,15 +169,19 @@ void CommandStation::send_power_off() {
   } catch (...) {
     if (*alive) on_failed_talk();
     if (!*alive || !active()) throw;
-    power_retry_ = Timeout::once(power_retry_time, [this, wish] {
-      if (wish == power_wishes_) run_power(false);
-    });
+    power_retry_ = Timeout::once(power_retry_time, [this] { send_due_power_off(); });
+    return;
   }
-  if (*alive && wish == power_wishes_) power_off_due_ = false;
+  if (*alive) settle_power(wish);
 }
 
 void CommandStation::on_in_service() {
-  if (power_off_due_) run_power(false);
+  power_retry_.cancel();
+  send_due_power_off();
+}
+
+void CommandStation::send_due_power_off() {
+  if (power_off_is_due()) run_power(false);
 }
 
 int CommandStation::supports(std::string_view feature) const {

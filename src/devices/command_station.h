@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "devices/device.h"
@@ -18,7 +19,8 @@ class DefaultDevice;
 /// Whoever has its turn to talk first sends what stops trains: switching the track power off, and
 /// the speed of each locomotive that is to stand. So a stop waits for the conversation that is
 /// under way, and for none of those that wait behind it. Power that was to be off is switched off
-/// after a loss of service too, unless somebody wished it on again.
+/// after a loss of service too, and when that was wished out of service, unless somebody wished it
+/// on again; power that was to be on then is not switched on later.
 class CommandStation : public Device {
  public:
   [[nodiscard]] bool get_use_as_default() const { return use_as_default_; }
@@ -44,6 +46,8 @@ class CommandStation : public Device {
   void update_speed(DrivenDecoder* decoder) override;
   void update_direction(DrivenDecoder* decoder) override;
   void update_function(DrivenDecoder* decoder, unsigned fn) override;
+  [[nodiscard]] bool coming_track_power() const override;
+  void remember_power(bool on) override;
   void on_in_service() override;
 
   /// Runs `talk` when the device is free, inside a BusyLock, and stops before it. What `talk`
@@ -70,11 +74,14 @@ class CommandStation : public Device {
   void talk_in_turn(const std::function<void()>& talk);
   void send_stops();
   void send_stop(const Glib::RefPtr<DrivenDecoder>& decoder);
+  [[nodiscard]] bool power_off_is_due() const { return due_power_ == false; }
+  void settle_power(unsigned wish);
   void send_power_off();
+  void send_due_power_off();
 
   const char* default_property_;
-  bool power_off_due_ = false;  // wished, and not confirmed yet
-  unsigned power_wishes_ = 0;   // counts them: a newer one makes an older one void
+  std::optional<bool> due_power_;  // wished, and not confirmed yet
+  unsigned power_wishes_ = 0;      // counts them: a newer one makes an older one void
   Timeout power_retry_;
 };
 

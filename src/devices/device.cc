@@ -177,7 +177,8 @@ void Device::tell_link() {
 // --- Track power ---
 
 void Device::set_track_power(bool on) {
-  if (on != track_power_) run_power(on);
+  if (!active_) return remember_power(on);
+  if (on != coming_track_power()) run_power(on);
 }
 
 void Device::track_power_is_on() {

@@ -45,8 +45,9 @@ class Device : public Object, public Busy {
   void go_out_of_service();
 
   [[nodiscard]] bool track_power() const { return track_power_; }
-  /// Does nothing on an inactive device or when the power is as wanted; otherwise asks the
-  /// hardware. The property changes when the hardware has confirmed.
+  /// Does nothing when the power is as wanted; otherwise asks the hardware. The property changes
+  /// when the hardware has confirmed. An inactive device does nothing, unless its driver remembers
+  /// the wish.
   void set_track_power(bool on);
   /// For drivers: the hardware has confirmed or reported its power. Announced each time.
   void track_power_is_on();
@@ -143,6 +144,10 @@ class Device : public Object, public Busy {
   /// Answers one that waits, before the update in flight ends.
   void answer_early(const Glib::RefPtr<DrivenDecoder>& decoder, const DecoderUpdate& delivered);
 
+  /// The power that it will have when all that was asked for is done.
+  [[nodiscard]] virtual bool coming_track_power() const { return track_power_; }
+  /// Power was wished while out of service.
+  virtual void remember_power(bool /*on*/) {}
   /// Comes after a `start` that has succeeded, before everybody is told.
   virtual void on_in_service() {}
   /// Where a wish stands among those that go out after a return to service; the least comes first.

@@ -459,7 +459,6 @@ TEST_F(ECoSTest, sends_stops_before_all_that_waits_for_its_turn) {
   moving->want_speed(DecoderUpdate::emergency_stop);
   clock.advance(1ms);
   ecos->set_track_power(true);
-  ecos->track_power_is_on();
   ecos->set_track_power(false);
   clock.advance(1s);
   const auto commands = station.take_commands();
@@ -494,6 +493,30 @@ TEST_F(ECoSTest, delivers_the_latest_wish_after_the_station_was_lost_during_a_co
       EXPECT_EQ(wish, station.locomotive(3).speed);
     }
   }
+}
+
+TEST_F(ECoSTest, switches_the_power_off_that_was_wished_while_nobody_could_hear_it) {
+  station.hub.post(station.hub.model().press_go());
+  auto* ecos = add_started_ecos();
+  station.kill();
+  clock.advance(10ms);
+  layout().set_track_power(false);
+  station.up = true;
+  clock.advance(2s);
+  EXPECT_FALSE(station.hub.model().track_power());
+
+  // On its way there, the wish to switch on must not hide that to switch off; nor the other way.
+  ecos->set_track_power(true);
+  ecos->set_track_power(false);
+  clock.advance(1s);
+  EXPECT_FALSE(station.hub.model().track_power());
+  station.kill();
+  clock.advance(10ms);
+  for (const bool on : {false, true}) layout().set_track_power(on);
+  station.hub.post(station.hub.model().press_go());
+  station.up = true;
+  clock.advance(2s);
+  EXPECT_TRUE(station.hub.model().track_power()) << "an older wish";
 }
 
 TEST_F(ECoSTest, looks_a_locomotive_up_again_that_a_restarted_station_does_not_know) {
