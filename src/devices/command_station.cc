@@ -68,18 +68,19 @@ void CommandStation::converse(const std::function<void()>& talk) {
 
 void CommandStation::talk_in_turn(const std::function<void()>& talk) {
   const auto alive = liveness();
-  send_power_off();
-  if (*alive) send_stops();
+  send_stops();
   if (!*alive || !active()) throw DeviceInactiveException();
   talk();
 }
 
 // Each of them once: a locomotive that is not answered for must not keep others from their turn.
+// Power that is to be off comes before the next one, since each may take its time.
 void CommandStation::send_stops() {
   const auto alive = liveness();
   Decoders tried;
   while (*alive) {
-    const auto decoder = waiting_stop(tried);
+    send_power_off();
+    const auto decoder = *alive ? waiting_stop(tried) : Glib::RefPtr<DrivenDecoder>();
     if (!decoder) return;
     tried.push_back(decoder);
     send_stop(decoder);

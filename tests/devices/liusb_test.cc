@@ -260,6 +260,20 @@ TEST_F(LIUSBTest, stops_others_while_one_locomotive_or_point_is_not_answered_for
   EXPECT_TRUE(decoders[0]->up_to_date());
 }
 
+TEST_F(LIUSBTest, switches_the_power_off_between_stops_that_are_not_answered) {
+  auto* device = add_started();
+  std::vector<Glib::RefPtr<TestDecoder>> decoders;
+  for (unsigned address = 1; address < 9; ++address) {
+    decoders.push_back(TestDecoder::create(*device, address));
+  }
+  hardware.faults.mute = true;
+  for (const auto& decoder : decoders) decoder->want_speed(0);
+  clock.advance(800ms);
+  device->set_track_power(false);
+  clock.advance(750ms);
+  EXPECT_FALSE(hardware.station.power);
+}
+
 TEST_F(LIUSBTest, recovers_from_an_answer_that_misses_a_byte_or_comes_too_late) {
   auto* device = add_started();
   const auto decoder = TestDecoder::create(*device);
