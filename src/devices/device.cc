@@ -298,12 +298,13 @@ void Device::finish_update(DrivenDecoder* decoder, const DecoderUpdate& delivere
 
 Glib::RefPtr<DrivenDecoder> Device::waiting_stop(
     const std::vector<Glib::RefPtr<DrivenDecoder>>& tried) const {
-  for (const auto& [decoder, ticket] : pending_) {
-    if (decoder->state().is_stop() && std::ranges::find(tried, decoder) == tried.end()) {
-      return decoder;
-    }
+  const Waiting* first = nullptr;
+  for (const auto& one : pending_) {
+    const auto& decoder = one.decoder;
+    if (!decoder->state().is_stop() || std::ranges::count(tried, decoder) > 0) continue;
+    if (!first || rank(*decoder.operator->()) < rank(*first->decoder.operator->())) first = &one;
   }
-  return {};
+  return first ? first->decoder : Glib::RefPtr<DrivenDecoder>();
 }
 
 void Device::answer_early(const Glib::RefPtr<DrivenDecoder>& decoder,

@@ -79,6 +79,9 @@ class Device : public Object, public Busy {
   [[nodiscard]] virtual bool withholds(DrivenDecoder& /*decoder*/, std::uint32_t /*item*/) {
     return false;
   }
+  /// Where the decoder's next wish stands among those of others that go out after a return to
+  /// service; the least comes first.
+  [[nodiscard]] virtual unsigned rank(const DrivenDecoder& decoder) const;
   [[nodiscard]] virtual bool occupied() const { return false; }
   /// The side from which RailCom comes: 0 unknown, 1 or 2.
   [[nodiscard]] virtual unsigned orientation() const { return 0; }
@@ -137,8 +140,8 @@ class Device : public Object, public Busy {
   /// For a device that needs no `start`: in service from now on, and nobody is told.
   void enter_service();
 
-  /// A locomotive that is to stand and waits for its turn; null for none. Leaves out those in
-  /// `tried`.
+  /// The locomotive of least rank that is to stand and waits for its turn; null for none. Leaves
+  /// out those in `tried`.
   [[nodiscard]] Glib::RefPtr<DrivenDecoder> waiting_stop(
       const std::vector<Glib::RefPtr<DrivenDecoder>>& tried) const;
   /// Answers one that waits, before the update in flight ends.
@@ -150,9 +153,6 @@ class Device : public Object, public Busy {
   virtual void remember_power(bool /*on*/) {}
   /// Comes after a `start` that has succeeded, before everybody is told.
   virtual void on_in_service() {}
-  /// Where a wish stands among those that go out after a return to service; the least comes first.
-  [[nodiscard]] virtual unsigned rank(const DrivenDecoder& decoder) const;
-
   /// Brings the hardware into service, inside a BusyLock; true when it is ready.
   virtual bool start() { return true; }
   /// Leaves service; called after `active` went false.

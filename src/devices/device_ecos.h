@@ -59,6 +59,7 @@ class ECoS : public CommandStation {
   void reconnect();
 
   [[nodiscard]] bool withholds(DrivenDecoder& decoder, std::uint32_t item) override;
+  [[nodiscard]] unsigned rank(const DrivenDecoder& decoder) const override;
 
   Glib::PropertyProxy<Glib::ustring> property_host() { return {this, "host"}; }
   Glib::PropertyProxy<bool> property_use_as_default() { return {this, "use-as-default"}; }
@@ -69,7 +70,6 @@ class ECoS : public CommandStation {
   DecoderUpdate deliver(DrivenDecoder& decoder, std::uint32_t item) override;
   void switch_power(bool on) override;
   void on_failed_talk() override;
-  [[nodiscard]] unsigned rank(const DrivenDecoder& decoder) const override;
   void set_point(unsigned address, unsigned output, bool on) override;
   void on_deleting() override;
 

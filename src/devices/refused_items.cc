@@ -100,8 +100,8 @@ bool RefusedItems::refuses_all(const DrivenDecoder& decoder) const {
 }
 
 bool RefusedItems::suspects(const DrivenDecoder& decoder) const {
-  if (entries_.empty()) return false;
-  return any_item(next_items(decoder), [&](std::uint32_t item) { return find(decoder, item); });
+  const auto first = entries_.lower_bound({decoder.get_address(), 0});
+  return first != entries_.end() && first->first.first == decoder.get_address();
 }
 
 }  // namespace zemblar

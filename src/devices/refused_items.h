@@ -40,7 +40,8 @@ class RefusedItems {
   bool withhold(DrivenDecoder& decoder, std::uint32_t item);
   /// All that the decoder would send next has been refused.
   [[nodiscard]] bool refuses_all(const DrivenDecoder& decoder) const;
-  /// The connection has ended during something that the decoder would send next.
+  /// Something of that locomotive has been refused, or the connection has ended during it. What
+  /// else is sent to it may be refused as well, and end the connection for all who wait.
   [[nodiscard]] bool suspects(const DrivenDecoder& decoder) const;
 
  private:

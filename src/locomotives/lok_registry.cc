@@ -27,7 +27,8 @@ unsigned next_turn() {
   return ++turn;
 }
 
-/// A station that comes into service gets what it has missed: stops first, then what moves trains.
+/// A station that comes into service gets what it has missed: stops first, then what moves trains,
+/// and among these last what it may refuse.
 /// Nobody knows what one of several stations has missed, so those that serve every decoder get all
 /// that was commanded.
 void resend_through(Device& device) {
@@ -46,7 +47,7 @@ void resend_through(Device& device) {
     }
   }
   std::ranges::stable_sort(concerned, {},
-                           [](const auto& decoder) { return urgency_of(decoder->state()); });
+                           [&](const auto& one) { return device.rank(*one.operator->()); });
   for (const auto& decoder : concerned) decoder->resend();
 }
 

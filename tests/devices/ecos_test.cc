@@ -392,8 +392,8 @@ TEST_F(ECoSTest, lets_everybody_else_go_first_when_a_station_refuses_one_item) {
   EXPECT_TRUE(ecos->active());
   const auto values = values_of(station.take_commands());
   ASSERT_GT(values.size(), 3u);
-  EXPECT_EQ((Trace{"set(1000,func[2,1])", "set(1002,stop)", "set(1000,speed[50])",
-                   "set(1001,speed[40])"}),
+  EXPECT_EQ((Trace{"set(1000,func[2,1])", "set(1002,stop)", "set(1001,speed[40])",
+                   "set(1000,speed[50])"}),
             Trace(values.begin(), values.begin() + 4));
   EXPECT_EQ(1, std::ranges::count(values, "set(1000,func[2,1])")) << "kept back";
   EXPECT_TRUE(station.locomotive(4).functions[1]);
@@ -448,6 +448,24 @@ TEST_F(ECoSTest, drives_a_locomotive_at_one_station_while_another_refuses_it) {
   lok->destroy();
   layout().get_devices().destroy_children();
   clock.advance(1s);
+}
+
+TEST_F(ECoSTest, stops_others_before_a_locomotive_that_the_station_has_refused) {
+  add_started_ecos();
+  station.add_locomotive(4, "Other");
+  std::vector<Lok*> loks;
+  for (const auto address : {3u, 4u}) {
+    loks.push_back(layout().get_loks().add(new Lok));
+    loks.back()->get_decoders().front()->set_address(Address(address));
+    loks.back()->set_speed(50);
+  }
+  clock.advance(100ms);
+  station.hub.faults().fail("request(1000,", 25);
+  loks[0]->set_speed(60);
+  clock.advance(100ms);
+  for (auto* lok : loks) lok->set_emergency_stop(true);
+  clock.advance(1s);
+  EXPECT_EQ(0u, station.locomotive(4).speed);
 }
 
 TEST_F(ECoSTest, sends_stops_before_all_that_waits_for_its_turn) {
