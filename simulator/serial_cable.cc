@@ -39,7 +39,7 @@ class SerialCable::Line : public SerialLine {
   }
 
   Transferred read(void* buffer, std::size_t count) override {
-    if (!connected()) return {0, EIO};
+    if (!connected()) return {0, loss_};
     if (cable_->floods) {
       std::fill_n(static_cast<char*>(buffer), count, '\xff');
       return {count, 0};
@@ -52,7 +52,7 @@ class SerialCable::Line : public SerialLine {
     return {length, 0};
   }
   Transferred write(const void* bytes, std::size_t count) override {
-    if (!connected()) return {0, EIO};
+    if (!connected()) return {0, loss_};
     if (cable_->held_up_) return {0, EAGAIN};
     const auto length = std::min(count, cable_->write_limit);
     if (cable_->listener_) cable_->listener_({static_cast<const char*>(bytes), length});
@@ -84,7 +84,10 @@ class SerialCable::Line : public SerialLine {
   void set_rts(bool on) override {
     if (cable_) cable_->rts_ = on;
   }
-  void cut() { cable_ = nullptr; }
+  void cut() {
+    loss_ = cable_->loss;
+    cable_ = nullptr;
+  }
 
  private:
   bool connected() const { return cable_ && !cable_->gone_; }
@@ -94,7 +97,8 @@ class SerialCable::Line : public SerialLine {
                                       : !cable_->held_up_;
   }
 
-  SerialCable* cable_;
+  SerialCable* cable_;  // null when it has gone
+  int loss_ = EIO;
   Awaited awaited_ = Awaited::bytes;
   std::function<void()> call_;
   Timeout turn_;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cerrno>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -53,6 +54,7 @@ class SerialCable {
   bool floods = false;
 
   int refusal = 0;                 // the system's error number for an attempt to open
+  int loss = EIO;                  // the same for transfers when the hardware has gone
   std::size_t write_limit = 4096;  // bytes that one write takes
 
  private:

@@ -2,7 +2,6 @@
 
 #include <yaml-cpp/yaml.h>
 
-#include <array>
 #include <cassert>
 #include <stdexcept>
 
@@ -19,26 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// From the last byte sent until DTR falls: what the driver still holds has to go out first.
-constexpr auto transmit_time = 20ms;
-constexpr auto read_time = 5ms;
-/// For a whole exchange; the longest that is meant takes a tenth of it.
-constexpr auto exchange_limit = 500ms;
 constexpr auto retry_time = 1s;
-
-/// The program has the line while this is there.
-class Transmission {
- public:
-  explicit Transmission(const Glib::RefPtr<SerialPort>& port) : port_(port) {
-    port_->set_dtr(true);
-  }
-  ~Transmission() { port_->set_dtr(false); }
-  Transmission(const Transmission&) = delete;
-  Transmission& operator=(const Transmission&) = delete;
-
- private:
-  Glib::RefPtr<SerialPort> port_;
-};
 
 std::uint8_t read_address(const YAML::Node& node) {
   unsigned address = 0;
@@ -329,58 +309,21 @@ bool DeviceTessara::find_at_speed(std::uint8_t index, std::uint8_t former) {
 // --- One exchange on the port ---
 
 std::string DeviceTessara::exchange(const std::string& bytes) {
-  const Line line{this, liveness(), hold_.port(), cancel_};
-  const auto limit = Timeout::once(exchange_limit, [cancel = cancel_] { cancel->cancel(); });
-  std::string received;
+  const auto alive = liveness();
+  const auto port = hold_.port();
+  const auto goes_on = [this, alive, port] { return *alive && active() && hold_.port() == port; };
+  if (!port) throw TessaraCmdFailed();
+  TessaraExchange exchange(*port.operator->(), cancel_, goes_on);
   try {
-    line.require_service();
-    line.port->discard_input();
-    line.send(bytes);
-    line.collect(received);
-    return received;
-  } catch (const Gio::Error& error) {
-    const bool cut = error.code() == Gio::Error::CANCELLED || error.code() == Gio::Error::CLOSED;
+    return exchange.run(bytes);
+  } catch (const Gio::Error&) {
     // Nothing goes over a port that fails, and trying would not take time.
-    if (!cut && *line.alive && hold_.port() == line.port) {
-      line.port->close();
+    if (*alive && hold_.port() == port) {
+      port->close();
       give_up();
     }
-    throw TessaraCmdFailed(received);
+    throw TessaraCmdFailed(exchange.received());
   }
-}
-
-bool DeviceTessara::Line::is_in_service() const {
-  return *alive && port && device->active() && device->hold_.port() == port;
-}
-
-void DeviceTessara::Line::require_service() const {
-  if (!is_in_service()) throw TessaraCmdFailed();
-}
-
-void DeviceTessara::Line::send(const std::string& bytes) const {
-  const Transmission transmission(port);
-  for (std::size_t sent = 0; sent < bytes.size();) {
-    sent += port->write(bytes.data() + sent, bytes.size() - sent, cancel);
-    require_service();
-  }
-  port->write(bytes.data(), 0, cancel);
-  require_service();
-  sleep_for(transmit_time, cancel);
-}
-
-// DSR is up as long as the device has something to say, and it may fall before the last bytes have
-// come through: hence two reads without any.
-void DeviceTessara::Line::collect(std::string& received) const {
-  std::array<char, 256> buffer{};
-  bool was_silent = false;
-  while (true) {
-    if (cancel->is_cancelled() || !is_in_service()) throw TessaraCmdFailed(received);
-    const auto count = port->read(buffer.data(), buffer.size(), cancel, read_time);
-    received.append(buffer.data(), count);
-    if (count > 0 || port->get_dsr()) continue;
-    if (std::exchange(was_silent, true)) break;
-  }
-  if (port->get_ri()) throw TessaraCmdFailed(received);
 }
 
 }  // namespace zemblar

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <exception>
 #include <functional>
 #include <memory>
 #include <string>
@@ -9,6 +8,7 @@
 #include "core/status.h"
 #include "devices/device.h"
 #include "devices/port_hold.h"
+#include "devices/tessara_exchange.h"
 #include "runtime/scoped_connection.h"
 #include "runtime/timer.h"
 
@@ -16,29 +16,12 @@ namespace zemblar {
 
 class DeviceTessaraBus;
 
-/// An exchange with a Tessara device has failed.
-class TessaraCmdFailed : public std::exception {
- public:
-  explicit TessaraCmdFailed(std::string received = {}) : received_(std::move(received)) {}
-  const char* what() const noexcept override { return "Tessara Command Failed"; }
-  /// What had come by then.
-  [[nodiscard]] const std::string& received() const { return received_; }
-
- private:
-  std::string received_;
-};
-
 /// A device of the Tessara family: at an address of a bus, or on a serial port of its own.
 ///
 /// Its serial number says which piece of hardware it is. A device from a layout file without a bus
 /// waits for its hardware and takes the port on which that answers; unplugged, it waits again. One
 /// that has a port and fell out of service tries again each second. One on a bus is looked for by
 /// the bus.
-///
-/// An exchange on a port is framed by the modem lines alone: DTR is up while the program sends, DSR
-/// while the device answers, and RI afterwards says that the answer is an error. A device that
-/// never stops answering is given up after half a second. What arrived before an exchange began
-/// belongs to none and is dropped.
 ///
 /// Hardware with another serial number than the one that the device is known by stays out of
 /// service. A device without a number takes the one that it reads, when it reads the same info
@@ -120,19 +103,6 @@ class DeviceTessara : public Device {
   void cut_exchange() { cancel_->cancel(); }
 
  private:
-  /// The line in an exchange; the device may end meanwhile.
-  struct Line {
-    const DeviceTessara* device;
-    std::shared_ptr<const bool> alive;
-    Glib::RefPtr<SerialPort> port;
-    Glib::RefPtr<Gio::Cancellable> cancel;
-
-    [[nodiscard]] bool is_in_service() const;
-    void require_service() const;
-    void send(const std::string& bytes) const;
-    void collect(std::string& received) const;
-  };
-
   void find_place();
   void register_properties();
   [[nodiscard]] Device* get_bus_device() const;
