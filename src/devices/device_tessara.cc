@@ -56,6 +56,7 @@ DeviceTessara::DeviceTessara(const Glib::ustring& name_format, const YAML::Node&
   load_identity(node);
   if (node["serial-nr"]) serial_nr_ = read_bytes(node["serial-nr"]);
   if (bus) has_marked_address_ = bus->mark_used(address_);
+  note_origin();
 }
 
 DeviceTessara::~DeviceTessara() {
@@ -71,7 +72,6 @@ void DeviceTessara::save_tessara(YAML::Emitter& out) const {
 
 void DeviceTessara::on_deleting() {
   attached_.disconnect();
-  trouble_.take_back();
   Device::on_deleting();
   retry_.cancel();
   cut_exchange();
@@ -111,6 +111,8 @@ bool DeviceTessara::claim(SerialPort* port) {
   const auto found = serial_nr_on(port);
   if (!*alive || is_deleting() || found != serial_nr_) return false;
   if (!hold_.take(port, [this] { lose_port(); })) return false;
+  set_link_down({});
+  if (!*alive) return true;
   // While an older conversation still winds up, its end tries again.
   set_active(true);
   return true;
@@ -144,20 +146,23 @@ void DeviceTessara::come_up() {
 
 // Not by set_active: a `start` that is still running finds by itself that the port has gone.
 void DeviceTessara::lose_port() {
-  trouble_.take_back();
+  const auto alive = liveness();
   retry_.cancel();
   cut_exchange();
   hold_.let_go();
-  go_out_of_service();
+  const auto phase = was_in_service() ? LinkPhase::lost : LinkPhase::looking_for_hardware;
+  set_link(phase, get_parent() ? why_not_plugged_in() : Glib::ustring());
+  if (*alive) go_out_of_service();
 }
 
 void DeviceTessara::try_again() {
   if (hold_ && !is_deleting()) retry_ = Timeout::once(retry_time, [this] { set_active(true); });
 }
 
-void DeviceTessara::give_up() {
+void DeviceTessara::give_up(const Glib::ustring& why) {
   const auto alive = liveness();
-  go_out_of_service();
+  tell_down(why);
+  if (*alive) go_out_of_service();
   if (*alive) try_again();
 }
 
@@ -171,7 +176,7 @@ bool DeviceTessara::start() {
   try {
     port->open(cancel_);
   } catch (const Gio::Error& error) {
-    if (*alive) trouble_.tell(why_not_opened(get_name(), *port.operator->(), error));
+    if (*alive) tell_down(why_not_opened(get_name(), *port.operator->(), error));
     throw;
   }
   port->set_dtr(false);
@@ -181,23 +186,22 @@ bool DeviceTessara::start() {
 bool DeviceTessara::bring_up(const std::function<void(const std::string& info)>& set_up) {
   const auto alive = liveness();
   fault_.clear();
+  const auto phase = link_state().phase;
+  if (!was_in_service() && phase != LinkPhase::connecting) set_link(LinkPhase::connecting);
   try {
-    if (!DeviceTessara::start()) return false;
+    if (!*alive || !DeviceTessara::start()) return false;
     const auto info = ask(tessara::ask_info());
     const auto serial_nr = identify(info);
     set_up(info);
     if (!*alive) return false;
     serial_nr_ = serial_nr;
-    trouble_.take_back();
     return true;
   } catch (const std::runtime_error& error) {
     if (!*alive) return false;
     fault_ = error.what();
-    trouble_.tell(Glib::ustring::compose(_("%1 stays out of service: %2"), get_name(), fault_));
-  } catch (const TessaraCmdFailed&) {
-    if (*alive && hold_) {
-      trouble_.tell(Glib::ustring::compose(_("%1 does not answer: has it power?"), get_name()));
-    }
+    tell_down(Glib::ustring::compose(_("%1 stays out of service: %2"), get_name(), fault_));
+  } catch (const TessaraCmdFailed& failure) {
+    if (*alive) note_failed_start(failure);
   } catch (...) {
     // Told where it arose, or the bus has gone.
   }
@@ -230,6 +234,7 @@ void DeviceTessara::confirm(const std::string& question, const std::string& answ
 }
 
 void DeviceTessara::stop() {
+  silent_since_.reset();
   retry_.cancel();
   cut_exchange();
   if (hold_) hold_.port()->close();
@@ -243,8 +248,10 @@ std::string DeviceTessara::command(const std::string& bytes) {
   cancel_ = Gio::Cancellable::create();
   if (!bus_) return exchange(bytes);
   const auto alive = liveness();
+  const auto late = when_answer_is_late();
   auto answer = bus_->relay(address_, bytes);
   // The bus may have talked on for a device that has ended.
+  if (*alive) note_answer();
   if (!*alive) throw TessaraCmdFailed(answer);
   return answer;
 }
@@ -315,15 +322,23 @@ std::string DeviceTessara::exchange(const std::string& bytes) {
   if (!port) throw TessaraCmdFailed();
   TessaraExchange exchange(*port.operator->(), cancel_, goes_on);
   try {
-    return exchange.run(bytes);
+    auto answer = exchange.run(bytes);
+    if (!answer.empty()) note_answer();
+    if (*alive) return answer;
+  } catch (const TessaraNoEnd&) {
+    if (*alive && !activating()) set_link(LinkPhase::waiting_for_answer, why_no_end());
+    throw;
   } catch (const Gio::Error&) {
-    // Nothing goes over a port that fails, and trying would not take time.
-    if (*alive && hold_.port() == port) {
-      port->close();
-      give_up();
-    }
-    throw TessaraCmdFailed(exchange.received());
+    if (*alive && hold_.port() == port) lose_line(*port.operator->());
   }
+  throw TessaraCmdFailed(exchange.received());
+}
+
+// Nothing goes over a port that fails, and trying would not take time.
+void DeviceTessara::lose_line(SerialPort& port) {
+  port.close();
+  give_up(Glib::ustring::compose(_("%1 has lost its port %2, and tries to get it back."),
+                                 get_name(), port.port_name));
 }
 
 }  // namespace zemblar

@@ -2,10 +2,10 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "core/status.h"
 #include "devices/device.h"
 #include "devices/port_hold.h"
 #include "devices/tessara_exchange.h"
@@ -22,6 +22,9 @@ class DeviceTessaraBus;
 /// waits for its hardware and takes the port on which that answers; unplugged, it waits again. One
 /// that has a port and fell out of service tries again each second. One on a bus is looked for by
 /// the bus.
+///
+/// Its link waits for an answer when it has been silent for a second, or does not come to an end. A
+/// device on a bus that has gone or is silent gives no reason of its own: its bus does.
 ///
 /// Hardware with another serial number than the one that the device is known by stays out of
 /// service. A device without a number takes the one that it reads, when it reads the same info
@@ -70,6 +73,13 @@ class DeviceTessara : public Device {
   /// round.
   bool find_at_told_speed();
 
+  // What its bus has learned of it.
+
+  /// It was looked for in vain.
+  void note_absence();
+  /// The bus goes out of service.
+  void note_end_of_bus();
+
   Glib::PropertyProxy<std::uint8_t> property_address() { return {this, "address"}; }
   Glib::PropertyProxy_ReadOnly<Device*> property_bus() { return {this, "bus"}; }
 
@@ -97,8 +107,12 @@ class DeviceTessara : public Device {
   /// `set_speed` inside the BusyLock of `start`.
   void change_speed(std::uint8_t index);
   void set_speeds(const std::vector<bool>& speeds) { speeds_ = speeds; }
-  /// Out of service after a failure. What has a port tries again by itself.
-  void give_up();
+  /// Out of service after a failure, and why. What has a port tries again by itself.
+  void give_up(const Glib::ustring& why);
+  /// A sentence for that; empty on a bus that does not answer itself, which says so.
+  [[nodiscard]] Glib::ustring why_no_answer() const;
+  /// An answer that had to come did not. Told when none has come for a second.
+  void note_silence();
   /// The exchange that is under way fails.
   void cut_exchange() { cancel_->cancel(); }
 
@@ -110,12 +124,25 @@ class DeviceTessara : public Device {
   bool claim(SerialPort* port);
   void lose_port();
   void try_again();
+  void lose_line(SerialPort& port);
   bool find_at_speed(std::uint8_t index, std::uint8_t former);
   void come_up();
   std::string identify(const std::string& info);
   std::string ask(const std::string& question);
 
   std::string exchange(const std::string& bytes);
+
+  // What it tells of its link.
+  void note_origin();
+  void note_answer();
+  [[nodiscard]] Timeout when_answer_is_late();
+  void note_late_answer(Clock::time_point asked);
+  void note_failed_start(const TessaraCmdFailed& failure);
+  void tell_down(const Glib::ustring& why);
+  [[nodiscard]] bool was_in_service() const;
+  [[nodiscard]] Glib::ustring why_not_plugged_in() const;
+  [[nodiscard]] Glib::ustring why_no_bus() const;
+  [[nodiscard]] Glib::ustring why_no_end() const;
 
   DeviceTessaraBus* bus_ = nullptr;
   std::uint8_t address_ = 0;
@@ -125,7 +152,7 @@ class DeviceTessara : public Device {
   PortHold hold_;
   std::string serial_nr_;
   std::string fault_;  // why the class cannot work with the hardware; of the last `bring_up`
-  StatusNote trouble_;
+  std::optional<Clock::time_point> silent_since_;  // unless it has answered since
   Timeout retry_;
   // Each command has its own: it ends the exchange in flight.
   Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();

@@ -111,8 +111,9 @@ void DeviceTessaraBus::stop() {
   if (monitor_cancel_) monitor_cancel_->cancel();
   monitor_cancel_.reset();
   DeviceTessara::stop();
-  const auto devices = device_children<Device>(*this);
+  const auto devices = device_children<DeviceTessara>(*this);
   for (const auto& device : devices) {
+    if (device) device->note_end_of_bus();
     if (device) device->go_out_of_service();
   }
 }
@@ -129,10 +130,19 @@ std::string DeviceTessaraBus::relay(std::uint8_t address, const std::string& byt
   });
   tessara::Relay message(address, bytes);
   while (!message.done()) {
-    const auto count = tessara::accepted_count(command(message.frame()));
+    const auto count = tessara::accepted_count(hear(message.frame()));
     if (given_up || !count || !message.accept(*count)) throw TessaraCmdFailed();
   }
   return fetch_answer(given_up);
+}
+
+// A master that is there answers each of these with some bytes.
+std::string DeviceTessaraBus::hear(const std::string& message) {
+  const auto alive = liveness();
+  auto reply = command(message);
+  if (reply.empty()) note_silence();
+  if (!*alive) throw TessaraCmdFailed();
+  return reply;
 }
 
 std::string DeviceTessaraBus::fetch_answer(const bool& given_up) {
@@ -149,7 +159,7 @@ std::string DeviceTessaraBus::fetch_answer(const bool& given_up) {
 
 std::uint8_t DeviceTessaraBus::get_speed(std::uint8_t address) {
   const BusyLock lock(this, true);
-  const auto reply = command(tessara::ask_speed_of(address));
+  const auto reply = hear(tessara::ask_speed_of(address));
   if (reply.size() != 1) throw TessaraCmdFailed(reply);
   return static_cast<std::uint8_t>(reply.front());
 }
@@ -177,7 +187,7 @@ bool DeviceTessaraBus::ping_once(std::uint8_t address, const bool& too_late) {
   tessara::Relay message(address, tessara::ask_info());
   while (!message.done()) {
     if (too_late) return false;
-    const auto count = tessara::accepted_count(command(message.frame()));
+    const auto count = tessara::accepted_count(hear(message.frame()));
     if (count && !message.accept(*count)) return false;
   }
   while (!too_late) {
@@ -206,7 +216,8 @@ void DeviceTessaraBus::bring_back(DeviceTessara& device) {
   try {
     bool found = device.find_on_bus();
     if (!found && *device_lives) found = device.find_at_told_speed();
-    if (found && *device_lives) device.set_active(true);
+    if (!*device_lives) return;
+    found ? device.set_active(true) : device.note_absence();
   } catch (const std::exception&) {
     // The next round tries again.
   }

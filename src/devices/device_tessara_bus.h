@@ -64,6 +64,7 @@ class DeviceTessaraBus : public DeviceTessara {
   void register_properties();
   void set_up(const std::string& info);
 
+  std::string hear(const std::string& message);
   bool ping_once(std::uint8_t address, const bool& too_late);
   std::string fetch_answer(const bool& given_up);
 

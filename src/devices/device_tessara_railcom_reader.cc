@@ -70,6 +70,7 @@ DeviceTessaraRailComReader::DeviceTessaraRailComReader(const YAML::Node& node,
   register_properties();
   for (const auto& entry : node["inputs"]) inputs_.push_back(add(new Input(entry)));
   states_.resize(inputs_.size());
+  show_link();
 }
 
 DeviceTessaraRailComReader::~DeviceTessaraRailComReader() {
@@ -78,6 +79,7 @@ DeviceTessaraRailComReader::~DeviceTessaraRailComReader() {
 
 void DeviceTessaraRailComReader::register_properties() {
   using Reader = DeviceTessaraRailComReader;
+  signal_link_changed().connect(sigc::mem_fun(*this, &Reader::show_link));
   register_property<Device*>(this, "dcc-device", &Reader::get_dcc_device, &Reader::set_dcc_device);
 }
 
@@ -196,6 +198,14 @@ void DeviceTessaraRailComReader::stop() {
   }
 }
 
+// Its inputs have no link of their own.
+void DeviceTessaraRailComReader::show_link() {
+  const auto inputs = device_children<Input>(*this);
+  for (const auto& input : inputs) {
+    if (input) input->follow(link_state());
+  }
+}
+
 // --- Places ---
 
 void DeviceTessaraRailComReader::fill_places() {
@@ -211,6 +221,7 @@ void DeviceTessaraRailComReader::fill_place(unsigned place) {
   const DeviceRef<Input> added(input);
   inputs_[place] = input;
   add(input);
+  if (added) input->follow(link_state());
   if (!added) return;
   input->set_state(states_[place]);
   if (added && poll_cancel_) input->set_active(true);
@@ -219,12 +230,18 @@ void DeviceTessaraRailComReader::fill_place(unsigned place) {
 // --- Polling ---
 
 void DeviceTessaraRailComReader::poll(const Cancel& cancel) {
+  bool understood = true;
   try {
     while (sleep_for(poll_time, cancel) && active()) poll_once(cancel);
+  } catch (const TessaraCmdFailed&) {
+    // Nobody there.
   } catch (...) {
-    // Nobody there, or somebody whom the program does not understand.
+    understood = false;
   }
-  if (!cancel->is_cancelled()) give_up();
+  if (cancel->is_cancelled()) return;
+  give_up(understood ? why_no_answer()
+                     : Glib::ustring::compose(_("%1 says what the program does not understand."),
+                                              get_name()));
 }
 
 void DeviceTessaraRailComReader::poll_once(const Cancel& cancel) {

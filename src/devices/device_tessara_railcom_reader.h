@@ -76,6 +76,8 @@ class DeviceTessaraRailComReader : public DeviceTessara {
   void match_inputs();
   void reset_stream();
 
+  void show_link();
+
   void poll(const Cancel& cancel);
   void poll_once(const Cancel& cancel);
   void tick(const Cancel& cancel);

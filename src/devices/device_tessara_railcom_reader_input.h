@@ -35,6 +35,8 @@ class DeviceTessaraRailComReaderInput : public Device {
   /// In the order of their addresses.
   [[nodiscard]] std::vector<Lok*> detected() const override;
 
+  /// The state of the reader's link, which is that of the input; the reader says why.
+  void follow(const LinkState& link) { set_link(link.phase, {}, link.since); }
   /// Below 4 (asserted as "state_ < 4"): 0 without current, 1 with current, 2 and 3 with current
   /// and RailCom from one side or the other.
   void set_state(unsigned state);

@@ -87,6 +87,7 @@ DeviceDummyRailComReader::DeviceDummyRailComReader()
   register_property<Device*>(this, "dcc-device", &Reader::get_dcc_device, &Reader::set_dcc_device);
   register_property<Address>(this, "address", &Reader::get_address, &Reader::set_address);
   for (unsigned i = 0; i < input_count; ++i) add(new Input);
+  enter_service();
   fiber::spawn([this] { simulate(); });
 }
 

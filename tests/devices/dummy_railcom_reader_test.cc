@@ -78,8 +78,11 @@ TEST_F(DummyRailComReaderTest, has_eight_inputs_that_can_be_asked_at_once) {
   ASSERT_EQ(reader->child_count(), 8U);
   EXPECT_EQ(reader->get_name(), "Dummy RailCom Reader 1");
   EXPECT_EQ(input(7).get_name(), "Input 8");
+  EXPECT_TRUE(reader->active());
+  EXPECT_EQ(reader->link_state().phase, LinkPhase::in_service);
   for (unsigned i = 0; i < 8; ++i) {
     EXPECT_TRUE(input(i).active());
+    EXPECT_EQ(input(i).link_state().phase, LinkPhase::in_service);
     for (const char* feature : {"Occupancy", "RailCom"}) EXPECT_EQ(input(i).supports(feature), 2);
     for (const char* feature : {"DCC", "DCC/Power", ""}) EXPECT_EQ(input(i).supports(feature), 0);
   }

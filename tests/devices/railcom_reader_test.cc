@@ -187,6 +187,48 @@ TEST_F(RailComReaderTest, comes_back_whichever_exchange_of_its_return_fails) {
   }
 }
 
+TEST_F(RailComReaderTest, tells_with_its_inputs_what_its_link_is_doing) {
+  auto* found = find_reader();
+  ASSERT_TRUE(found);
+  const auto expect = [&](LinkPhase phase, const char* why) {
+    const auto& link = found->link_state();
+    EXPECT_EQ(link.phase, phase) << why;
+    EXPECT_EQ(link.why, why);
+    for (const auto* input : found->inputs()) {
+      EXPECT_EQ(input->link_state().phase, phase) << why;
+      EXPECT_EQ(input->link_state().since, link.since) << why;
+    }
+    EXPECT_EQ(get_status(), why);
+  };
+  const auto* silent = "RailCom Reader 1 does not answer at address 3 of Tessara Bus 1.";
+  expect(LinkPhase::in_service, "");
+  master.faults.never_done = true;
+  clock.advance(1500ms);
+  expect(LinkPhase::waiting_for_answer, silent);
+  clock.advance(3s);
+  expect(LinkPhase::lost, silent);
+  master.faults.never_done = false;
+  clock.advance(5s);
+  expect(LinkPhase::in_service, "");
+  hardware->faults.garbage = "\x3f";
+  while (found->active()) clock.advance(1ms);
+  expect(LinkPhase::lost, "RailCom Reader 1 says what the program does not understand.");
+  hardware->faults.garbage.clear();
+  master.faults.silent = true;
+  clock.advance(3s);
+  EXPECT_EQ(found->link_state().phase, LinkPhase::lost);
+  EXPECT_EQ(get_status(), "Tessara Bus 1 does not answer: has it power?") << "where to look";
+  master.faults.silent = false;
+  clock.advance(5s);
+  EXPECT_EQ(found->link_state().phase, LinkPhase::in_service);
+
+  ASSERT_TRUE(reopen());
+  for (const Device* device :
+       {static_cast<Device*>(reader()), static_cast<Device*>(reader()->inputs()[7])}) {
+    EXPECT_EQ(device->link_state().phase, LinkPhase::looking_for_hardware);
+  }
+}
+
 TEST_F(RailComReaderTest, takes_no_detector_from_a_block_because_noise_has_changed_an_answer) {
   auto* lost = find_reader();
   ASSERT_TRUE(lost);

@@ -25,6 +25,7 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
@@ -156,7 +157,7 @@ TEST_F(TessaraTest, makes_a_bus_for_a_new_master_and_knows_it_again) {
   plugged->port->offer();
   clock.advance(1s);
   EXPECT_EQ(2u, layout().get_devices().child_count());
-  EXPECT_EQ("", get_status());
+  EXPECT_EQ("Tessara Bus 1 is not plugged in.", get_status()) << "the second one";
 }
 
 TEST_F(TessaraTest, says_what_is_wrong_with_a_port_and_tries_again) {
@@ -554,6 +555,111 @@ TEST_F(TessaraTest, does_not_disturb_by_a_new_scan_what_the_last_one_has_found) 
   }
 }
 
+// --- The link ---
+
+/// The phase, since how many milliseconds, and why.
+std::string link_of(const Device& device) {
+  const auto& link = device.link_state();
+  const auto age = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - link.since);
+  return display_name(link.phase).raw() + " " + std::to_string(age.count()) + " " + link.why.raw();
+}
+
+TEST_F(TessaraTest, tells_what_its_link_is_doing_from_plugging_in_to_pulling_out) {
+  {
+    const DeviceTessaraBus unknown(YAML::Load("{name: Yard, serial-nr: ''}"));
+    EXPECT_THAT(link_of(unknown), StartsWith("not set up 0 Yard has no serial number"));
+  }
+  auto* yard =
+      layout().get_devices().add(new DeviceTessaraBus(YAML::Load("{name: Yard, serial-nr: TB-1}")));
+  clock.advance(3s);
+  EXPECT_EQ(link_of(*yard), "looking for hardware 3000 Yard is not plugged in.");
+  EXPECT_EQ(get_status(), "");
+
+  plugged = std::make_unique<Plugged>();
+  plugged->master.options.serial_nr = "TB-1";
+  plugged->port = SerialPortTessara::create(record, plugged->cable.plug());
+  plugged->port->offer();
+  while (!plugged->port->is_held() || !yard->active()) clock.advance(1ms);
+  EXPECT_THAT(link_of(*yard), StartsWith("connecting"));
+  master().faults.silent = true;
+  clock.advance(2s);
+  EXPECT_THAT(link_of(*yard),
+              MatchesRegex("connecting 20.. Yard does not answer: has it power\\?"));
+  EXPECT_EQ(get_status(), "Yard does not answer: has it power?");
+  master().faults.silent = false;
+  while (!yard->active()) clock.advance(1ms);
+  clock.advance(5s);
+  EXPECT_THAT(link_of(*yard), MatchesRegex("in service 4[89].. "));
+  EXPECT_EQ(get_status(), "");
+
+  const auto ask_often = [&] {
+    for (int i = 0; i < 12; ++i)
+      result_of([&] { return std::to_string(yard->get_speed(7)); }, 100ms);
+  };
+  master().faults.silent = true;
+  ask_often();
+  EXPECT_THAT(link_of(*yard),
+              MatchesRegex("waiting for an answer 11.. Yard does not answer: has it power\\?"));
+  master().faults.silent = false;
+  ask_often();
+  EXPECT_THAT(link_of(*yard), MatchesRegex("in service 11.. "));
+  EXPECT_EQ(get_status(), "Yard answers again.");
+
+  master().faults.endless = true;
+  ask_often();
+  EXPECT_THAT(link_of(*yard), StartsWith("waiting for an answer"));
+  EXPECT_EQ(get_status(), "Yard does not come to an end with an answer.");
+  master().end_faults();
+  ask_often();
+  EXPECT_THAT(link_of(*yard), StartsWith("in service"));
+
+  plugged->cable.unplug();
+  ask_often();
+  EXPECT_THAT(link_of(*yard), MatchesRegex("lost 1... Yard cannot open the port ttyUSB0: .*"));
+  pull_plug();
+  EXPECT_THAT(link_of(*yard), MatchesRegex("lost 1... Yard is not plugged in."));
+  EXPECT_EQ(get_status(), "Yard is not plugged in.");
+  plug_in();
+  EXPECT_THAT(link_of(*yard), StartsWith("in service"));
+  EXPECT_EQ(get_status(), "");
+}
+
+TEST_F(TessaraTest, tells_what_the_link_to_a_device_on_the_bus_is_doing) {
+  auto* yard = layout().get_devices().add(new DeviceTessaraBus(
+      YAML::Load("{name: Yard, id: 0, serial-nr: TB-1, devices: [!<!device/Tessara/GADG> "
+                 "{name: Lamp, id: 1, address: 7, serial-nr: G-1}]}")));
+  const auto* lamp = dynamic_cast<Gadget*>(yard->child_at(0));
+  EXPECT_EQ(link_of(*lamp), "looking for hardware 0 Lamp waits until its bus is in service.");
+  plug_in();
+  clock.advance(2s);
+  EXPECT_THAT(link_of(*lamp),
+              MatchesRegex("looking for hardware .* Lamp does not answer at address 7 of Yard."));
+  EXPECT_EQ(get_status(), "");
+
+  GadgetHardware hardware("G-2");
+  master().attach(7, hardware);
+  clock.advance(3s);
+  EXPECT_THAT(link_of(*lamp),
+              MatchesRegex("connecting 2... Lamp stays out of service: Another device is in .*"));
+  hardware.serial = "G-1";
+  clock.advance(5s);
+  EXPECT_THAT(link_of(*lamp), MatchesRegex("in service 4... "));
+  EXPECT_EQ(get_status(), "");
+
+  pull_plug();
+  clock.advance(2s);
+  EXPECT_EQ(link_of(*lamp), "lost 2000 ");
+  EXPECT_EQ(get_status(), "Yard is not plugged in.") << "that is where to look";
+  plug_in();
+  clock.advance(5s);
+  EXPECT_THAT(link_of(*lamp), MatchesRegex("lost 80.. Lamp does not answer at address 7 of Yard."));
+  EXPECT_EQ(get_status(), "Lamp does not answer at address 7 of Yard.");
+  master().attach(7, hardware);
+  clock.advance(5s);
+  EXPECT_THAT(link_of(*lamp), StartsWith("in service"));
+  EXPECT_EQ(get_status(), "");
+}
+
 // --- The monitor ---
 
 TEST_F(TessaraTest, looks_for_a_lost_device_once_a_second_however_often_the_bus_has_come_back) {
@@ -587,13 +693,13 @@ TEST_F(TessaraTest, brings_back_devices_that_were_lost) {
   EXPECT_EQ(3u, master().speed(7));
 
   hardware.restart();
-  gadget->give_up();
+  gadget->give_up("");
   clock.advance(2s);
   EXPECT_TRUE(gadget->active());
   EXPECT_EQ(0u, master().speed(7));
 
   hardware.serial = "G-2";
-  gadget->give_up();
+  gadget->give_up("");
   clock.advance(5s);
   EXPECT_FALSE(gadget->active()) << "another device at its address";
   EXPECT_THAT(get_status(), HasSubstr("Gadget 1"));
