@@ -16,6 +16,10 @@ constexpr auto transmit_time = 20ms;
 constexpr auto read_time = 5ms;
 /// For a whole exchange; the longest that is meant takes a tenth of it.
 constexpr auto exchange_limit = 500ms;
+/// Of an answer, 64 frames of the bus. A master says 256 bytes at a time. A reader on a port of its
+/// own says all at once that it has heard since the last poll: in 50 ms seven DCC packets, each
+/// with at most 255 inputs that answer with 8 bytes, and what counts them.
+constexpr std::size_t longest_answer = 64 * 256;
 
 /// The program has the line while this is there.
 class Transmission {
@@ -79,6 +83,7 @@ void TessaraExchange::collect() {
     require_service();
     const auto count = port_.read(buffer.data(), buffer.size(), cancel_, read_time);
     received_.append(buffer.data(), count);
+    if (received_.size() > longest_answer) throw TessaraNoEnd(received_);
     if (count > 0 || port_.get_dsr()) continue;
     if (std::exchange(was_silent, true)) break;
   }

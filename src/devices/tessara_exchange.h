@@ -30,8 +30,8 @@ class TessaraNoEnd : public TessaraCmdFailed {
 ///
 /// An exchange is framed by the modem lines alone: DTR is up while the program sends, DSR while the
 /// device answers, and RI afterwards says that the answer is an error. A device that never stops
-/// answering is given up after half a second. What arrived before an exchange began belongs to none
-/// and is dropped.
+/// answering is given up after half a second, or after more bytes than any device has to say. What
+/// arrived before an exchange began belongs to none and is dropped.
 ///
 /// For fibers; suspends. The port must stay until the end.
 class TessaraExchange {

@@ -410,6 +410,26 @@ TEST_F(TessaraTest, takes_no_answer_for_what_it_is_not) {
   clock.advance(1s);
 }
 
+TEST_F(TessaraTest, gives_up_an_answer_that_is_longer_than_any) {
+  plug_in();
+  plugged->cable.floods = true;
+  std::size_t received = 0;
+  fiber::spawn([&] {
+    try {
+      bus()->read_serial();
+    } catch (const TessaraCmdFailed& failure) {
+      received = failure.received().size();
+    }
+  });
+  clock.advance(20ms);  // while the program sends
+  EXPECT_THAT(received, testing::AllOf(testing::Ge(16384u), testing::Lt(17000u)));
+  EXPECT_EQ(get_status(), "Tessara Bus 1 does not come to an end with an answer.");
+  clock.advance(1s);
+  plugged->cable.floods = false;
+  EXPECT_EQ("TB-1", result_of([] { return bus()->read_serial(); }));
+  EXPECT_EQ(get_status(), "Tessara Bus 1 answers again.");
+}
+
 // --- Relaying ---
 
 TEST_F(TessaraTest, relays_messages_of_any_length_however_the_master_takes_them) {
