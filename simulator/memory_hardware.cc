@@ -5,7 +5,8 @@
 namespace zemblar::simulator {
 
 void MemoryHardware::plug_in(const HWDevice& record, Plug plug) {
-  pieces_[record.object_name] = {record, std::move(plug)};
+  auto& piece = pieces_[record.object_name] = {record, std::move(plug)};
+  piece.record.instance = std::to_string(++plugged_);
   signal_changed().emit();
 }
 

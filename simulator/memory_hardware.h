@@ -16,7 +16,7 @@ class MemoryHardware : public HWSource {
   /// Leads to the port; called for each port that is made of it.
   using Plug = std::function<std::unique_ptr<SerialLine>()>;
 
-  /// Its `object_name` is the key.
+  /// Its `object_name` is the key. Each time is another `instance`.
   void plug_in(const HWDevice& record, Plug plug);
   void pull_out(const std::string& object_name);
 
@@ -29,6 +29,7 @@ class MemoryHardware : public HWSource {
     Plug plug;
   };
   std::map<std::string, Piece> pieces_;
+  unsigned plugged_ = 0;  // how often something was plugged in
 };
 
 }  // namespace zemblar::simulator

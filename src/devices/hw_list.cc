@@ -94,8 +94,9 @@ bool HWList::drop_all_but(const std::vector<HWDevice>& present) {
     const auto attached = attached_.find(name);
     const bool has_line = attached == attached_.end() || !attached->second->is_lost();
     if (has_line && std::ranges::find(present, record) != present.end()) return false;
-    if (attached != attached_.end())
-      gone.push_back(std::move(attached_.extract(attached).mapped()));
+    if (attached == attached_.end()) return true;
+    gone.push_back(std::move(attached->second));
+    attached_.erase(attached);
     return true;
   });
   for (const auto& hardware : gone) hardware->remove();

@@ -76,8 +76,8 @@ class HWList {
 
   std::unique_ptr<HWSource> source_;
   std::map<std::string, HWDevice> records_;
-  std::map<std::string, std::unique_ptr<AttachedHardware>> attached_;
   Timeout look_;  // armed when something has lost its line
+  std::map<std::string, std::unique_ptr<AttachedHardware>> attached_;
   sigc::signal<void> signal_changed_;
 };
 
