@@ -221,7 +221,10 @@ void SerialPort::try_or_wait(const Cancel& cancel, milliseconds limit) {
   if (cancel && cancel->is_cancelled()) return fail(G_IO_ERROR_CANCELLED, "Cancelled");
   if (try_transfer()) return;
   if (limit != no_limit) {
-    transfer_->timeout = Timeout::once(limit, [this] { end_transfer()->succeed(0); });
+    transfer_->timeout = Timeout::once(limit, [this] {
+      turns_.rested(Clock::now() - waits_since_);
+      end_transfer()->succeed(0);
+    });
   }
   // Whoever cancels may use the cancellable again as soon as the operation has ended, which inside
   // the emission would wait for itself.

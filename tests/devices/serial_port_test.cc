@@ -162,6 +162,9 @@ TEST_F(SerialPortTest, reads_what_is_there_or_waits_a_second_for_a_first_byte) {
   clock.advance(1ms);
   EXPECT_EQ("0", never.outcome);
   EXPECT_FALSE(port->busy());
+  cable.send("y");
+  const Attempt after_silence(reading());
+  EXPECT_EQ("1", after_silence.outcome) << "others had their turn meanwhile";
 }
 
 TEST_F(SerialPortTest, writes_as_much_as_the_line_takes_and_waits_while_it_is_held_up) {
