@@ -97,12 +97,17 @@ class Lok : public Object {
   // locomotive and commands nothing but `brake`; points are taken as they lie, and nothing is
   // reserved. A trigger that arises while a handler is at work waits until that has returned.
   //
-  // Where a walk finds the track ended, by a dead end or a point set against it, the place jumps to
-  // where RailCom sees the locomotive, and nothing is claimed. A walk that comes round to where it
-  // has been, as it can after a point was thrown under a train, ends: the span is broken. A block
-  // that ends under a locomotive takes it off the track, and so it leaves all blocks that it holds.
-  // A locomotive that loses its track otherwise leaves blocks held behind it; the operator frees
-  // them by their `lok`.
+  // RailCom's reports move an end block by block to where the locomotive is seen, and claim the
+  // blocks on the way. The move stops before a block that any locomotive holds, this one included,
+  // and before one that the same move has passed already: the place jumps to the report, and the
+  // claims stay. A dead end or a point set against the move stops it too; nothing is claimed then.
+  //
+  // A walk that comes round to where it has been, as it can after a point was thrown under a train,
+  // ends: the span is broken.
+  //
+  // A block that ends under a locomotive takes it off the track, and so it leaves all blocks that
+  // it holds. A locomotive that loses its track otherwise leaves blocks held behind it; the
+  // operator frees them by their `lok`.
 
   /// RailCom sees it between two links of one block, `front_` at the decoder's leading end if
   /// `certain`. Asserts that it is one block.

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cassert>
 #include <limits>
+#include <set>
 
 #include "locomotives/lok.h"
 #include "locomotives/survival.h"
@@ -28,16 +29,30 @@ bool is_occupied(const Block* block) {
   return block && block->occupied();
 }
 
-/// Whether a walk from `link` comes to `target`, or to a block that somebody holds, before the way
-/// ends. A point set against the train, a dead end and a circle end it.
+/// The blocks that one walk has passed. The walk claims each of them, so each stops it like a block
+/// that was held before, also while the walk only looks ahead and has claimed nothing yet. A walk
+/// can come to a crossing or a scissor a second time by other links.
+class PassedBlocks {
+ public:
+  /// Adds the block. False if the walk must stop before it.
+  [[nodiscard]] bool try_pass(const Block* block) {
+    return !block->get_lok() && passed_.insert(block).second;
+  }
+
+ private:
+  std::set<const Block*> passed_;
+};
+
+/// Whether a walk from `link` comes to `target`, or to a block that stops it, before a dead end or
+/// a point set against the train ends the way.
 bool way_is_open(BlockLink* link, const BlockLink* target) {
-  CircleGuard guard;
+  PassedBlocks passed;
   for (;;) {
     auto* near = link->get_partner();
     if (!near) return false;
-    if (near == target || near->get_block()->get_lok()) return true;
+    if (near == target || !passed.try_pass(near->get_block())) return true;
     link = near->get_opposite();
-    if (!link || guard.came_round(link)) return false;
+    if (!link) return false;
     if (link == target) return true;
   }
 }
@@ -353,15 +368,16 @@ void Lok::move_to_detected(BlockLink* front_, BlockLink* back_, bool certain) {
 }
 
 /// False when a jump has to take its place. Nothing is claimed on a way that ends on the track;
-/// what was claimed before a block that is held stays so.
+/// what was claimed before a block that stopped the walk stays so.
 template <typename Check>
 bool Lok::walk(BlockLink*& end, BlockLink* target, const Check& check) {
   if (end == target) return true;
   if (!way_is_open(end, target)) return false;
   const Survival alive(*this);
+  PassedBlocks passed;
   do {
     auto* near = end->get_partner();
-    if (!near || near->get_block()->get_lok()) return false;
+    if (!near || !passed.try_pass(near->get_block())) return false;
     end = near;
     check();
     auto* far = end->get_opposite();

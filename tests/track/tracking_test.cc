@@ -327,6 +327,24 @@ TEST_F(Tracking, jumps_over_a_block_that_it_holds_itself) {
   EXPECT_EQ(held(lok), "AB");
 }
 
+// The tail walks away from C. The crossing stops it when it comes back there by the other track.
+TEST_F(Tracking, jumps_before_a_block_that_it_has_just_passed) {
+  for (const bool comes_back : {true, false}) {
+    const auto zones = row({"A", "B", "C"});
+    auto* loop = zone("L");
+    auto* crossing = layout().get_blocks().add(new Crossing);
+    crossing->set_name("X");
+    zones[0]->left.connect(&crossing->links.top_left);
+    crossing->links.bottom_right.connect(&loop->left);
+    if (comes_back) loop->right.connect(&crossing->links.top_right);
+    auto* lok = new_lok_in(zones[0]);
+    at(zones[2]).see(lok, 0);
+    EXPECT_EQ(place(lok), "C.right..C.left?");
+    EXPECT_EQ(held(lok), comes_back ? "ALX" : "A");
+    layout().new_document(false);
+  }
+}
+
 TEST_F(Tracking, jumps_when_the_way_ends_and_leaves_its_blocks_held) {
   const auto zones = row({"A", "B", "C"});
   auto* far = zone("Z");
