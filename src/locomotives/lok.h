@@ -102,8 +102,9 @@ class Lok : public Object {
   // and before one that the same move has passed already: the place jumps to the report, and the
   // claims stay. A dead end or a point set against the move stops it too; nothing is claimed then.
   //
-  // A walk that comes round to where it has been, as it can after a point was thrown under a train,
-  // ends: the span is broken.
+  // After a point was thrown under a train, the way can lead round in a circle. The head claims the
+  // circle once and stands where it began. Every other walk that comes round has found the span
+  // broken: the place is lost, and the blocks that had to be released are released.
   //
   // A block that ends under a locomotive takes it off the track, and so it leaves all blocks that
   // it holds. A locomotive that loses its track otherwise leaves blocks held behind it; the

@@ -67,19 +67,27 @@ class BlockLink {
   sigc::signal<void> signal_changed_;
 };
 
-/// Tells when a walk along the track has come round to a link that it has met before, as it does
-/// for ever once a point has been thrown under a train. Costs a comparison for each step: the link
-/// that is looked out for moves on after 1, 2, 4, 8... steps.
+/// Ends a walk along the track that goes round in a circle, as it does for ever once a point has
+/// been thrown under a train. Ask it once for each step, always with the link at the same place of
+/// the step.
+///
+/// Joins and ways through blocks lead to and fro, so the first link that comes round is the first
+/// one that the guard was asked about: the walk has then passed each link of the circle once, and
+/// stands where it began. Only if a handler changes the track during the walk, the circle may lack
+/// that link. A second mark, which moves on after 1, 2, 4, 8... steps, ends the walk in that case,
+/// after a few rounds at the most.
 class CircleGuard {
  public:
   [[nodiscard]] bool came_round(const BlockLink* link) noexcept {
-    if (link == mark_) return true;
+    if (link == first_ || link == mark_) return true;
+    if (!first_) first_ = link;
     ++steps_;
     if ((steps_ & (steps_ - 1)) == 0) mark_ = link;
     return false;
   }
 
  private:
+  const BlockLink* first_ = nullptr;
   const BlockLink* mark_ = nullptr;
   unsigned long steps_ = 0;
 };

@@ -191,7 +191,7 @@ void Lok::on_ahead_occupied() {
   bool moved = false;
   CircleGuard guard;
   while (auto* near = front->get_partner()) {
-    if (near == back) break;
+    if (near == back || guard.came_round(near)) break;
     auto* block = near->get_block();
     if (block->has_input() && !block->occupied()) {
       set_brake(false);
@@ -202,7 +202,7 @@ void Lok::on_ahead_occupied() {
       break;
     }
     auto* far = block->next_link(near);
-    if (!far || guard.came_round(far)) break;
+    if (!far) break;
     front = far;
     moved = true;
     block->set_lok(this);

@@ -4,6 +4,7 @@
 
 #include "tests/support/small_railway.h"
 #include "track/crossing.h"
+#include "track/point.h"
 
 namespace zemblar::test {
 namespace {
@@ -371,21 +372,25 @@ TEST_F(Tracking, reverses_its_place_with_its_direction) {
   EXPECT_EQ(place(lok), "A.right..A.left");
 }
 
-TEST_F(Tracking, ends_when_a_circle_closes_under_the_train) {
-  const auto zones = ring({"A", "B", "C", "D"});
+// The head comes back to where it began, over what is occupied or has no detector.
+TEST_F(Tracking, gains_no_other_front_by_going_round_a_circle_that_closed_behind_the_train) {
+  const auto zones = row({"A", "B", "C", "D"});
+  auto* point = layout().get_points().add(new Point);
+  point->set_name("P");
+  zones[0]->right.disconnect();
+  zones[0]->right.connect(point->state_link(point->states()[0]));
+  point->common.connect(&zones[1]->left);
+  zones[3]->right.connect(point->state_link(point->states()[1]));
   auto* lok = new_lok_in(zones[0]);
-  at(zones[1]).occupy();
-  // The tail's link now leads into the ring's own middle; no walk must go round for ever.
-  zones[0]->left.disconnect();
-  auto* loop = zone("L", false);
-  loop->right.connect(&loop->left);
-  zones[1]->right.disconnect();
-  zones[1]->right.connect(&loop->left);
-  for (auto* one : zones) one->set_input(nullptr);
   lok->reconnect();
-  loop->signal_occupied().emit();
-  loop->signal_route().emit();
-  EXPECT_EQ(lok->front == nullptr, lok->back == nullptr);
+  at(zones[1]).occupy();
+  point->signal_occupied().emit();
+  EXPECT_EQ(place(lok), "A.left..B.right");
+  point->set_state(point->states()[1]);
+  at(zones[3]).occupy();
+  at(zones[2]).occupy();
+  EXPECT_EQ(place(lok), "A.left..B.right");
+  EXPECT_EQ(held(lok), "ABCDP");
 }
 
 TEST_F(Tracking, leaves_no_pointer_behind_when_something_ends) {
