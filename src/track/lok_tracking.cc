@@ -282,11 +282,14 @@ bool Lok::release_undetected_tail() {
   } while (!link->get_block()->has_input());
   if (link->get_block()->occupied()) return false;
 
+  // A handler may throw a point, so that the way does not lead to that detector any more.
   const Survival alive(*this);
+  CircleGuard releasing;
   while (back && !back->get_block()->has_input()) {
     back->get_block()->clear_lok(this);
     if (!alive) return false;
     if (back) back = one_block_on(back);
+    if (back && releasing.came_round(back)) back = nullptr;
   }
   if (!back) lose_track();
   return back != nullptr;

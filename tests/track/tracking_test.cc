@@ -469,6 +469,34 @@ TEST_F(Tracking, survives_whatever_a_handler_of_its_own_doing_does) {
   }
 }
 
+// The tail's last link of before is none of the circle's.
+TEST_F(Tracking, loses_its_place_when_a_handler_closes_a_circle_under_its_tail) {
+  auto* a = zone("A");
+  auto* u = zone("U", false);
+  auto* v = zone("V", false);
+  const auto zones = row({"B", "C"});
+  auto* in = layout().get_points().add(new Point);
+  auto* out = layout().get_points().add(new Point);
+  const auto way = [](Point* point, unsigned i) { return point->state_link(point->states()[i]); };
+  a->right.connect(&u->left);
+  u->right.connect(way(in, 0));
+  in->common.connect(&v->left);
+  v->right.connect(&out->common);
+  way(out, 0)->connect(&zones[0]->left);
+  way(out, 1)->connect(way(in, 1));
+  auto* lok = new_lok_in(a);
+  at(zones[0]).occupy();
+  u->signal_occupied().emit();
+  at(a).occupy(false);
+  at(zones[1]).occupy();
+  ASSERT_EQ(place(lok), "U.left..C.right");
+  v->signal_lok_changed().connect([=] {
+    for (auto* point : {in, out}) point->set_state(point->states()[1]);
+  });
+  at(zones[0]).occupy(false);
+  EXPECT_EQ(place(lok), "nowhere");
+}
+
 TEST_F(Tracking, handles_what_its_handlers_trigger_after_it_has_finished) {
   const auto zones = row({"A", "B", "C"});
   auto* lok = new_lok_in(zones[0]);
