@@ -28,9 +28,17 @@ class Detector : public Device {
   }
   /// As readers do: the occupancy first, then who it is.
   void see(Lok* lok, unsigned orientation = 1) {
+    note(lok, orientation);
+    report(lok);
+  }
+  /// The first half of `see`: the new state, of which nobody has been told.
+  void note(Lok* lok, unsigned orientation) {
     occupied_ = true;
     orientation_ = orientation;
     seen_.push_back(lok);
+  }
+  /// The second half.
+  void report(Lok* lok) {
     signal_changed().emit();
     signal_arrived().emit(lok);
   }

@@ -393,44 +393,6 @@ TEST_F(Tracking, gains_no_other_front_by_going_round_a_circle_that_closed_behind
   EXPECT_EQ(held(lok), "ABCDP");
 }
 
-TEST_F(Tracking, leaves_no_pointer_behind_when_something_ends) {
-  struct {
-    const char* what;
-    void (*end)(const std::vector<Zone*>& zones, Lok* lok);
-    bool placed;
-  } const cases[] = {
-      {"front block", [](auto& zones, auto*) { zones[2]->destroy(); }, false},
-      {"middle block", [](auto& zones, auto*) { zones[1]->destroy(); }, false},
-      {"back block", [](auto& zones, auto*) { zones[0]->destroy(); }, false},
-      {"block ahead", [](auto& zones, auto*) { zones[3]->destroy(); }, true},
-      {"all detectors",
-       [](auto& zones, auto*) {
-         for (auto* one : zones) one->get_input()->destroy();
-       },
-       true},
-      {"a join", [](auto& zones, auto*) { zones[1]->right.disconnect(); }, true},
-  };
-  for (const auto& one : cases) {
-    const auto zones = row({"A", "B", "C", "D", "E"});
-    auto* lok = new_lok_in(zones[0]);
-    at(zones[1]).occupy();
-    at(zones[2]).occupy();
-    ASSERT_EQ(place(lok), "A.left..C.right");
-    one.end(zones, lok);
-    EXPECT_EQ(place(lok) != "nowhere", one.placed) << one.what;
-    EXPECT_TRUE(one.placed || held(lok).empty()) << one.what;
-    for (auto* block : layout().get_blocks()) {
-      dynamic_cast<Block&>(*block).signal_occupied().emit();
-      dynamic_cast<Block&>(*block).signal_route().emit();
-    }
-    lok->destroy();
-    for (auto* block : layout().get_blocks()) {
-      EXPECT_EQ(dynamic_cast<Block&>(*block).get_lok(), nullptr) << one.what;
-    }
-    layout().new_document(false);
-  }
-}
-
 TEST_F(Tracking, survives_whatever_a_handler_of_its_own_doing_does) {
   using Act = void (*)(const std::vector<Zone*>& zones, Lok* lok);
   const Act acts[] = {
