@@ -17,8 +17,10 @@ namespace zemblar {
 /// wait for its bytes as long as `rest`: meanwhile the main loop could do all else. The read that
 /// follows a portion that was used up waits until the loop has served everybody: timers, drawing
 /// (which the toolkit does at G_PRIORITY_HIGH_IDLE + 20) and idle work of every priority. While
-/// others keep the loop busy all by themselves, it waits for `longest_wait` at most. In quiet
-/// operation no read waits, and none costs more than a look at the clock.
+/// others keep the loop busy all by themselves, it waits for `longest_wait` at most, and once more
+/// where another reader had its portion meanwhile: so two sources that flood leave a third of the
+/// time to all else. In quiet operation no read waits, and none costs more than a look at the
+/// clock.
 ///
 /// Time is that of Clock. A virtual clock stands still while reads follow one another, hence a
 /// portion has a greatest count of reads as well.
@@ -45,6 +47,10 @@ class ReadTurns {
 
  private:
   void end_portion();
+
+  // The reads of all readers, who share one main loop: the time of the last one, and how many.
+  static inline Clock::time_point last_of_all_{};
+  static inline unsigned count_of_all_ = 0;
 
   Clock::time_point begun_{};
   unsigned reads_ = 0;             // in this portion; 0 before its first

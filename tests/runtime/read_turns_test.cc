@@ -74,6 +74,27 @@ TEST(ReadTurnsTest, goes_on_beside_others_that_never_rest) {
   EXPECT_TRUE(run_until([&] { return flood.reads == 8; }));
 }
 
+TEST(ReadTurnsTest, shares_the_loop_with_others_however_many_sources_never_run_dry) {
+  const Flood one(60, Glib::PRIORITY_HIGH_IDLE + 20, 5ms);
+  const Flood two(60, Glib::PRIORITY_HIGH_IDLE + 20, 5ms);
+  EXPECT_TRUE(run_until([&] { return one.reads == 60 && two.reads == 60; }));
+  EXPECT_LE(std::max(one.longest_row, two.longest_row), 20u);
+
+  // What one waits while another reads is no rest for anybody else.
+  VirtualClock clock;
+  ReadTurns reading, waiting;
+  int at_once = 0;
+  for (int i = 0; i < 60; ++i) {
+    bool in_call = true;
+    waiting.take([&] { at_once += in_call; });
+    in_call = false;
+    clock.advance(2ms);
+    reading.take([] {});
+    waiting.rested(2ms);
+  }
+  EXPECT_LT(at_once, 60);
+}
+
 TEST(ReadTurnsTest, does_not_wait_where_the_source_runs_dry) {
   for (const auto pause : {0ms, 1ms, 20ms}) {
     VirtualClock clock;
