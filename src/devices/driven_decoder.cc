@@ -6,7 +6,7 @@ namespace zemblar {
 
 bool DrivenDecoder::get_function(unsigned fn) const {
   assert(fn <= 28);
-  return state_.function(fn);
+  return state().function(fn);
 }
 
 }  // namespace zemblar

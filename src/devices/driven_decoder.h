@@ -28,10 +28,10 @@ class DrivenDecoder : public Glib::Object {
   [[nodiscard]] DecoderType get_type() const { return type_; }
   [[nodiscard]] Address get_address() const { return address_; }
   /// The wanted values, and in the mask what is out of date.
-  [[nodiscard]] const DecoderUpdate& state() const { return state_; }
+  [[nodiscard]] virtual const DecoderUpdate& state() const { return state_; }
   /// 0 to 126, or DecoderUpdate::emergency_stop.
-  [[nodiscard]] std::uint32_t get_speed() const { return state_.speed; }
-  [[nodiscard]] Direction get_direction() const { return state_.direction; }
+  [[nodiscard]] std::uint32_t get_speed() const { return state().speed; }
+  [[nodiscard]] Direction get_direction() const { return state().direction; }
   /// Asserts "fn <= 28".
   [[nodiscard]] bool get_function(unsigned fn) const;
 

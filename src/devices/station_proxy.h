@@ -14,6 +14,9 @@ class Device;
 ///
 /// Where the station keeps the item back and another one serves the decoder, the command goes on
 /// without it: let go of, it does not answer, and waits by itself until the station asks it again.
+///
+/// Its values are always those that the decoder has now: a station may send several items in one
+/// message, and what is older must not follow what is newer.
 class StationProxy : public DecoderProxy {
  public:
   /// `item` is a bit of DecoderUpdate; `answers` collects for all stations.
@@ -24,6 +27,7 @@ class StationProxy : public DecoderProxy {
   /// Asks the station. The answer may come at once.
   void ask();
   void complete(const DecoderUpdate& delivered) override;
+  [[nodiscard]] const DecoderUpdate& state() const override;
   /// A newer wish takes its place, or the station has left.
   void abandon();
   /// The station kept the item back when it was asked last.
@@ -45,6 +49,7 @@ class StationProxy : public DecoderProxy {
   Device* station_;
   bool is_withheld_ = false;
   Glib::RefPtr<DecoderProxy> answers_;  // null when it was let go of
+  mutable DecoderUpdate newest_;        // what `state` has given
 };
 
 }  // namespace zemblar

@@ -171,6 +171,20 @@ TEST_F(LIUSBTest, does_not_let_decoders_of_one_address_undo_each_other) {
   EXPECT_TRUE(lights->up_to_date() && motor->up_to_date());
 }
 
+TEST_F(LIUSBTest, sends_nothing_older_with_what_is_newer) {
+  add_started();
+  const auto decoder = TestDecoder::create(layout().get_default_device());
+  // The emergency stop goes first, and the direction that was wished before it must not undo it.
+  decoder->want_speed(100);
+  clock.advance(50ms);
+  decoder->want_function(1, true);
+  decoder->want_direction(Direction::Reverse);
+  decoder->want_speed(DecoderUpdate::emergency_stop);
+  clock.advance(50ms);
+  EXPECT_TRUE(hardware.station.locomotive(3)->emergency);
+  EXPECT_TRUE(decoder->up_to_date());
+}
+
 TEST_F(LIUSBTest, gives_up_a_point_that_the_station_does_not_switch) {
   auto* device = add_started();
   hardware.faults.answers[0x52] = {0x61, 0x81};
