@@ -99,8 +99,11 @@ void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit) {
   answers->wait(send_errands(decoder, item, answers));
   if (!*alive) return;
   const auto newest = newest_.find(item);
-  if (newest != newest_.end() && newest->second.serial == serial) newest_.erase(newest);
-  decoder->complete(answers->state());
+  const bool is_newest = newest != newest_.end() && newest->second.serial == serial;
+  // A station that has joined meanwhile has not got it.
+  const bool counts = is_newest && newest->second.reaches_all;
+  if (is_newest) newest_.erase(newest);
+  decoder->complete(counts ? answers->state() : DecoderUpdate());
 }
 
 /// How many answers there will be. A station that keeps the item back holds up no other one.

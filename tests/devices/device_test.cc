@@ -364,6 +364,19 @@ TEST_F(DeviceTest, default_device_is_answered_when_all_stations_are) {
   EXPECT_EQ(3u, decoder->answers.size());
 }
 
+TEST_F(DeviceTest, default_device_counts_nothing_as_delivered_that_a_station_has_missed) {
+  auto* one = add_default_device();
+  const auto decoder = TestDecoder::create(default_device());
+  decoder->want_speed(40);
+  auto* two = add_default_device();
+  one->step();
+  EXPECT_FALSE(decoder->up_to_date());
+  one->step();
+  two->step();
+  EXPECT_TRUE(decoder->up_to_date());
+  EXPECT_EQ(40u, two->last_speed);
+}
+
 TEST_F(DeviceTest, default_device_without_a_station_in_service_answers_nothing) {
   const auto decoder = TestDecoder::create(default_device());
   decoder->want_speed(40);
