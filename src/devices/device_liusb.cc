@@ -10,6 +10,7 @@
 #include "core/i18n.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
+#include "runtime/fiber.h"
 
 namespace zemblar {
 namespace {
@@ -205,7 +206,15 @@ void LIUSB::note_answer() {
 void LIUSB::note_silence() {
   const auto why = Glib::ustring::compose(
       _("%1 does not answer: is the command station switched on and connected?"), get_name());
-  activating() ? set_link_down(why) : set_link(LinkPhase::waiting_for_answer, why);
+  if (activating()) return set_link_down(why);
+  retry_ = Timeout::once(retry_time, [this] { fiber::spawn([this] { ask_for_life(); }); });
+  set_link(LinkPhase::waiting_for_answer, why);
+}
+
+// Others who talk meanwhile, with or without an answer, put it off or end it.
+void LIUSB::ask_for_life() {
+  if (link_state().phase != LinkPhase::waiting_for_answer) return;
+  converse([this] { read_status(); });
 }
 
 liusb::Bytes LIUSB::talk(const Port& port, const liusb::Bytes& message) {

@@ -18,8 +18,9 @@ namespace zemblar {
 /// next one.
 ///
 /// One request and its answer at a time. Without an answer within 750 ms the operation fails, but
-/// the device stays in service, and decoders try again. Answers are not told apart, but for those
-/// about points: the station's word that it is busy counts as delivered. What a station tells
+/// the device stays in service, and decoders try again; when nobody wishes anything, the station's
+/// status is asked for once a second until there is an answer. Answers are not told apart, but for
+/// those about points: the station's word that it is busy counts as delivered. What a station tells
 /// everybody of its track power is followed, and confirms a switching that is not answered
 /// otherwise. A port that fails is let go of.
 ///
@@ -84,6 +85,7 @@ class LIUSB : public CommandStation {
   void require_service(const Port& port) const;
   void note_answer();
   void note_silence();
+  void ask_for_life();
   void follow_power(bool on);
   [[nodiscard]] Glib::ustring not_plugged_in() const;
   DecoderUpdate drive(const DrivenDecoder& decoder);

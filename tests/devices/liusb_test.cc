@@ -11,6 +11,7 @@
 #include "simulator/pseudo_terminal.h"
 #include "simulator/serial_cable.h"
 #include "support/layout_fixture.h"
+#include "support/link_steps.h"
 #include "support/test_decoder.h"
 
 namespace zemblar {
@@ -151,7 +152,7 @@ TEST_F(LIUSBTest, takes_a_broadcast_for_the_confirmation_of_power_where_no_answe
   clock.advance(1s);
   EXPECT_EQ("", get_status());
   device->set_track_power(true);
-  EXPECT_THAT(after(3s), testing::SizeIs(testing::Ge(1u)));
+  EXPECT_THAT(after(1s), testing::SizeIs(testing::Ge(1u)));
   EXPECT_FALSE(device->track_power()) << "nothing has confirmed that";
   EXPECT_THAT(get_status(), HasSubstr("does not answer"));
 }
@@ -447,6 +448,35 @@ TEST_F(LIUSBTest, may_be_destroyed_in_the_middle_of_everything) {
     clock.advance(1s);
     EXPECT_FALSE(port->busy());
   }
+}
+
+TEST_F(LIUSBTest, tells_how_its_link_is_at_each_step_of_its_life) {
+  auto* device = layout().get_devices().add(new LIUSB);
+  const auto silent = "does not answer: is the command station switched on";
+  const auto unplugged = "is not plugged in";
+  const auto pull = [&] {
+    hardware.lose_power();
+    cable.unplug();
+    port->remove();
+  };
+  test::walk(clock, *device,
+             {{"made", [] {}, 10ms, LinkPhase::looking_for_hardware, 10ms, unplugged, ""},
+              {"plugged in, not allowed", [&] { cable.refusal = EACCES, plug_in(); }, 0ms,
+               LinkPhase::connecting, 100ms, "may not use the port", "may not use the port"},
+              {"allowed, no answer", [&] { cable.refusal = 0, hardware.faults.mute = true; },
+               1700ms, LinkPhase::connecting, 1800ms, silent, silent},
+              {"pulled out", pull, 10ms, LinkPhase::looking_for_hardware, 10ms, unplugged, ""},
+              {"an answer", [&] { hardware.faults.mute = false, plug_in(); }, 0ms,
+               LinkPhase::in_service, 96ms, "", ""},
+              {"a point without an answer",
+               [&] { hardware.faults.mute = true, device->run_set_point(1, 1, true); }, 749ms,
+               LinkPhase::in_service, 845ms, "", ""},
+              {"for 750 ms", [] {}, 101ms, LinkPhase::waiting_for_answer, 100ms, silent, silent},
+              {"the station is asked", [&] { hardware.faults.mute = false; }, 1s,
+               LinkPhase::in_service, 98ms, "", "answers again"},
+              {"pulled out in service", [&] { clear_status(), pull(); }, 10ms, LinkPhase::lost,
+               10ms, unplugged, unplugged},
+              {"in service again", [&] { plug_in(); }, 0ms, LinkPhase::in_service, 96ms, "", ""}});
 }
 
 // --- In the document ---
