@@ -15,6 +15,14 @@ struct Outgoing {
   bool due = false;
 };
 
+/// The number in the end line of a reply.
+unsigned status_of(const std::string& reply) {
+  constexpr std::string_view mark = "<END ";
+  const auto begin = reply.rfind(mark) + mark.size();
+  return parse_decimal(std::string_view(reply).substr(begin, reply.find(' ', begin) - begin))
+      .value_or(0);
+}
+
 }  // namespace
 
 struct EcosHub::Client {
@@ -63,18 +71,24 @@ void EcosHub::post(const std::vector<EcosMessage>& messages) {
 
 void EcosHub::execute(EcosClient client, const std::string& line) {
   log_.add(client, EcosLog::Kind::received, line);
+  const auto status = react(client, line);
+  if (observer_) observer_(client, line, status);
+}
+
+std::optional<unsigned> EcosHub::react(EcosClient client, const std::string& line) {
   const auto fault = faults_.hit(line);
-  if (!fault) return post(model_.execute(client, line));
-  switch (fault->effect) {
-    case EcosFaults::Effect::silence:
-      return;
-    case EcosFaults::Effect::drop:
-      return drop(client, "dropped by a fault");
-    case EcosFaults::Effect::fail: {
-      const auto text = status_text(static_cast<EcosStatus>(fault->status));
-      return send(client, format_reply(line, {}, fault->status, text));
-    }
+  if (!fault) {
+    const auto messages = model_.execute(client, line);
+    post(messages);
+    return status_of(messages.front().text);
   }
+  if (fault->effect == EcosFaults::Effect::fail) {
+    const auto text = status_text(static_cast<EcosStatus>(fault->status));
+    send(client, format_reply(line, {}, fault->status, text));
+    return fault->status;
+  }
+  if (fault->effect == EcosFaults::Effect::drop) drop(client, "dropped by a fault");
+  return {};
 }
 
 // A message never overtakes an earlier one, also when the delay becomes shorter between them.

@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -47,6 +48,12 @@ class EcosHub {
   /// Hangs up on all clients.
   void drop_all();
 
+  /// Called with each command line when it has been dealt with, and the status of its reply; none
+  /// for one that gets no reply and has no effect.
+  using Observer =
+      std::function<void(EcosClient, const std::string& line, std::optional<unsigned> status)>;
+  void on_command(Observer observer) { observer_ = std::move(observer); }
+
   /// Sends messages, as those that result from the model's keys, to their clients.
   void post(const std::vector<EcosMessage>& messages);
 
@@ -61,6 +68,7 @@ class EcosHub {
   struct Client;
 
   void execute(EcosClient client, const std::string& line);
+  std::optional<unsigned> react(EcosClient client, const std::string& line);
   void send(EcosClient client, const std::string& message);
   void pump(const std::shared_ptr<Client>& client);
   void drop(EcosClient client, std::string_view reason);
@@ -69,6 +77,7 @@ class EcosHub {
   EcosModel model_;
   EcosFaults faults_;
   EcosLog log_;
+  Observer observer_;
   EcosClient last_client_ = 0;
   std::map<EcosClient, std::shared_ptr<Client>> clients_;
 };

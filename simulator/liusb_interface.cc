@@ -19,6 +19,18 @@ std::string framed(char mark, const Message& message) {
   return bytes += static_cast<char>(check_byte(message));
 }
 
+/// Whether the request begins with the bytes of one of the numbers.
+bool is_one_of(const Message& request, const std::vector<std::uint32_t>& numbers) {
+  return std::ranges::any_of(numbers, [&](std::uint32_t number) {
+    std::uint32_t begin = 0;
+    return std::ranges::any_of(request, [&](std::uint8_t byte) {
+      begin = begin << 8 | byte;
+      return begin == number;
+    });
+  });
+}
+
+const Message not_understood = {0x61, 0x82};
 constexpr char to_all = '\xfd';
 constexpr char to_asker = '\xfe';
 
@@ -53,21 +65,17 @@ bool LiUsbInterface::take_request() {
 
 void LiUsbInterface::execute(const Message& request) {
   requests_.push_back(hex(request));
-  if (is_deaf_to(request)) return;
-  auto reaction = station.execute(request);
-  const auto instead = faults.answers.find(request[0]);
-  if (instead != faults.answers.end()) reaction = {instead->second};
+  if (is_one_of(request, faults.deaf_to)) return;
+  const auto reaction = react(request);
   if (!faults.mute) answer(reaction);
 }
 
-bool LiUsbInterface::is_deaf_to(const Message& request) const {
-  return std::ranges::any_of(faults.deaf_to, [&](std::uint32_t number) {
-    std::uint32_t begin = 0;
-    return std::ranges::any_of(request, [&](std::uint8_t byte) {
-      begin = begin << 8 | byte;
-      return begin == number;
-    });
-  });
+XpressNetStation::Reaction LiUsbInterface::react(const Message& request) {
+  if (is_one_of(request, faults.refused)) return {not_understood};
+  const auto reaction = station.execute(request);
+  if (observer_) observer_(request);
+  const auto instead = faults.answers.find(request[0]);
+  return instead == faults.answers.end() ? reaction : XpressNetStation::Reaction{instead->second};
 }
 
 void LiUsbInterface::answer(const XpressNetStation::Reaction& reaction) {

@@ -41,6 +41,8 @@ class LiUsbInterface {
     bool pieces = false;              ///< answers byte by byte, a millisecond each
     /// Requests that are lost: those that begin with the bytes of one of these numbers.
     std::vector<std::uint32_t> deaf_to{};
+    /// Requests that are answered "not understood" and have no effect, told in the same way.
+    std::vector<std::uint32_t> refused{};
     /// Answers instead of its own, by the first byte of the request.
     std::map<std::uint8_t, Message> answers;
   };
@@ -54,6 +56,11 @@ class LiUsbInterface {
   /// Tells all what a hand throttle, or the station itself, has caused.
   void broadcast(const Message& message);
 
+  /// Called with each request that the station has carried out.
+  void on_executed(std::function<void(const Message&)> observer) {
+    observer_ = std::move(observer);
+  }
+
   XpressNetStation station;
   /// Takes the requests so far out of the log, as `hex` writes them. Bytes that are no request
   /// stand there as "? ff".
@@ -62,13 +69,14 @@ class LiUsbInterface {
  private:
   bool take_request();
   void execute(const Message& request);
-  [[nodiscard]] bool is_deaf_to(const Message& request) const;
+  [[nodiscard]] XpressNetStation::Reaction react(const Message& request);
   void answer(const XpressNetStation::Reaction& reaction);
   void emit_after(Milliseconds time, const std::string& bytes);
   void emit(const std::string& bytes);
 
   After after_;
   Send send_;
+  std::function<void(const Message&)> observer_;
   std::shared_ptr<char> life_ = std::make_shared<char>();  // ends with each loss of power
   std::string received_;
   std::vector<std::string> requests_;

@@ -11,6 +11,10 @@ namespace zemblar::simulator {
 
 using Milliseconds = MemoryStation::Milliseconds;
 
+/// An attempt to connect that is not answered is repeated by the system after this, then after
+/// twice that, and so on (tcp(7)).
+constexpr Milliseconds first_repeat{1000};
+
 static void later(Milliseconds delay, std::function<void()> call) {
   Timeout::once(delay, std::move(call)).release();
 }
@@ -26,19 +30,31 @@ class MemoryStation::Link : public EcosLink, public std::enable_shared_from_this
 
   void arrive(std::string bytes) {
     later(station_.latency, [weak = weak_from_this(), bytes] {
-      if (const auto link = weak.lock()) link->inbox += bytes, link->wake();
+      if (const auto link = weak.lock(); link && !link->dead_) link->inbox += bytes, link->wake();
     });
   }
   void send(std::string bytes) {
     later(station_.latency, [weak = weak_from_this(), bytes] {
-      if (const auto link = weak.lock()) link->station_.hub.receive(link->client_, bytes);
+      const auto link = weak.lock();
+      if (link && !link->dead_) link->station_.hub.receive(link->client_, bytes);
     });
   }
   void leave() {
-    if (!left_ && !station_closed_) station_.hub.leave(client_);
+    if (!left_ && !station_closed_ && !dead_) station_.hub.leave(client_);
     left_ = true;
     wake();
   }
+  /// The far end has gone without a word.
+  void die() {
+    if (dead_) return;
+    dead_ = true;
+    station_.hub.leave(client_);
+    later(station_.keep_alive, [weak = weak_from_this()] {
+      if (const auto link = weak.lock()) link->given_up_ = true, link->close();
+    });
+  }
+  /// The system has found out; told once, then the stream is at its end.
+  [[nodiscard]] bool take_failure() { return std::exchange(given_up_, false); }
   [[nodiscard]] bool ended() const { return station_closed_ && inbox.empty(); }
   [[nodiscard]] bool broken() const { return station_closed_ || left_; }
   [[nodiscard]] bool left() const { return left_; }
@@ -62,6 +78,8 @@ class MemoryStation::Link : public EcosLink, public std::enable_shared_from_this
   MemoryStation& station_;
   EcosClient client_;
   bool station_closed_ = false;
+  bool dead_ = false;
+  bool given_up_ = false;
   bool left_ = false;
   fiber* reader_ = nullptr;
 };
@@ -77,6 +95,7 @@ class MemoryStation::MemorySocket : public Socket {
     if (link_) throw Gio::Error(Gio::Error::BUSY, "Already Connected");
     station_.attempts.push_back(Clock::now());
     pass(station_.latency, cancel);
+    for (auto pause = first_repeat; station_.away_; pause *= 2) pass(pause, cancel);
     if (!station_.up) throw Gio::Error(Gio::Error::CONNECTION_REFUSED, "Connection refused");
     link_ = std::make_shared<Link>(station_);
     station_.newest_ = link_;
@@ -103,6 +122,7 @@ class MemoryStation::MemorySocket : public Socket {
       if (cancel && cancel->is_cancelled()) throw Gio::Error(Gio::Error::CANCELLED, "Cancelled");
       if (link->left()) throw Gio::Error(Gio::Error::CLOSED, "Closed");
     }
+    if (link->take_failure()) throw Gio::Error(Gio::Error::TIMED_OUT, "Connection timed out");
     const auto length = std::min(static_cast<std::size_t>(count), link->inbox.size());
     std::copy_n(link->inbox.begin(), length, static_cast<char*>(buffer));
     link->inbox.erase(0, length);
@@ -142,6 +162,11 @@ Glib::RefPtr<Socket> MemoryStation::socket() {
 void MemoryStation::kill() {
   up = false;
   hub.drop_all();
+}
+
+void MemoryStation::vanish() {
+  away_ = true;
+  if (const auto link = newest_.lock()) link->die();
 }
 
 void MemoryStation::inject(std::string bytes) {

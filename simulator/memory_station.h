@@ -25,8 +25,9 @@ class MemoryStation {
   Glib::RefPtr<Socket> socket();
 
   EcosHub hub;
-  bool up = true;                             // takes new connections
-  Milliseconds latency{1};                    // of bytes, each way
+  bool up = true;           // takes new connections
+  Milliseconds latency{1};  // of bytes, each way
+  Milliseconds keep_alive{14'000};
   Milliseconds write_time{0};                 // until a write is reported complete
   std::size_t write_limit = 1024;             // bytes that one write takes
   std::vector<Clock::time_point> attempts{};  // to connect
@@ -41,6 +42,11 @@ class MemoryStation {
   }
   /// Connections end and new ones are refused.
   void kill();
+  /// Goes without a word, as behind a pulled cable: on connections that there are, bytes vanish
+  /// both ways, and reading fails when the system has asked in vain for `keep_alive`. Attempts to
+  /// connect are not answered. After `appear` those are, each when the system asks the next time.
+  void vanish();
+  void appear() { away_ = false; }
   /// Bytes that arrive at the newest connection as they are.
   void inject(std::string bytes);
   /// Takes the commands received so far out of the log.
@@ -50,6 +56,7 @@ class MemoryStation {
   class Link;
   class MemorySocket;
   std::weak_ptr<Link> newest_;
+  bool away_ = false;
 };
 
 }  // namespace zemblar::simulator
