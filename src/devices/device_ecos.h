@@ -119,7 +119,8 @@ class ECoS : public CommandStation {
   void send(const std::string& bytes);
   ECoSMsg expect_success(const std::string& text);
   void send_item(Address address, const DecoderUpdate& wanted);
-  void note_refusal(Address address, const DecoderUpdate& sent, const char* text);
+  void note_refusal(Address address, const DecoderUpdate& sent, std::chrono::seconds pause,
+                    const char* text);
   [[nodiscard]] Glib::ustring locomotive_name(Address address) const;
   void watch_for_silence();
   void look_for_silence();

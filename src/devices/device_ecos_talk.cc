@@ -261,12 +261,15 @@ DecoderUpdate ECoS::deliver(DrivenDecoder& decoder, std::uint32_t item) {
   } catch (const CmdFailed&) {
     // The station may know the locomotive by another number by now, or not at all.
     objects_.erase(address);
-    note_refusal(address, wanted, _("%1 refused %2 of %3: %4. It is tried again in %5 s."));
+    note_refusal(address, wanted, refused_.next_pause(address, wanted),
+                 _("%1 refused %2 of %3: %4. It is tried again in %5 s."));
     throw;
   } catch (...) {
     if (!*alive) throw;
-    if (std::exchange(was_cut_, false)) {
-      note_refusal(address, wanted, _("%1 did not answer to %2 of %3. It is tried again in %5 s."));
+    // A stop is not kept back: it may be the link that is dead, and not this command.
+    if (std::exchange(was_cut_, false) && !wanted.is_stop()) {
+      note_refusal(address, wanted, RefusedItems::first_pause,
+                   _("%1 did not answer to %2 of %3. It is tried again in %5 s."));
     } else {
       refused_.suspect(address, wanted);
     }
@@ -295,10 +298,11 @@ unsigned ECoS::rank(const DrivenDecoder& decoder) const {
 }
 
 /// `text` has places for the station, the item, the locomotive, the station's words and the time.
-void ECoS::note_refusal(Address address, const DecoderUpdate& sent, const char* text) {
+void ECoS::note_refusal(Address address, const DecoderUpdate& sent, std::chrono::seconds pause,
+                        const char* text) {
   failure_ = Glib::ustring::compose(text, get_name(), item_name(sent), locomotive_name(address),
-                                    refusal_words(), refused_.next_pause(address, sent).count());
-  refused_.refuse(address, sent, failure_);
+                                    refusal_words(), pause.count());
+  refused_.refuse(address, sent, pause, failure_);
 }
 
 Glib::ustring ECoS::locomotive_name(Address address) const {

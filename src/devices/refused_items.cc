@@ -44,9 +44,8 @@ std::chrono::seconds RefusedItems::next_pause(Address address, const DecoderUpda
   return entry && entry->refused ? std::min(entry->pause * 2, longest_pause) : first_pause;
 }
 
-void RefusedItems::refuse(Address address, const DecoderUpdate& sent,
+void RefusedItems::refuse(Address address, const DecoderUpdate& sent, std::chrono::seconds pause,
                           const Glib::ustring& message) {
-  const auto pause = next_pause(address, sent);
   const Key key(address, sent.mask);
   auto& entry = entries_[key];
   entry.value = sent.value_of(sent.mask);

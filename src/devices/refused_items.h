@@ -27,8 +27,10 @@ class RefusedItems {
 
   // `sent` has the item in its mask, and the value.
 
-  /// The station has refused it. `message` is for the status line.
-  void refuse(Address address, const DecoderUpdate& sent, const Glib::ustring& message);
+  /// The station has refused it, or a person has cut it off: it is kept back for `pause`. `message`
+  /// is for the status line.
+  void refuse(Address address, const DecoderUpdate& sent, std::chrono::seconds pause,
+              const Glib::ustring& message);
   /// For how long it will be kept back if it is refused now.
   [[nodiscard]] std::chrono::seconds next_pause(Address address, const DecoderUpdate& sent) const;
   /// The connection has ended during it.

@@ -309,6 +309,18 @@ TEST_F(ECoSTest, tries_once_a_second_until_the_station_is_there) {
   EXPECT_EQ(start_trace, station.take_commands());
 }
 
+TEST_F(ECoSTest, asks_a_station_every_second_that_has_gone_without_a_word) {
+  auto* ecos = add_started_ecos();
+  for (const auto away : {16s, 17s, 19s, 20s, 27s}) {
+    station.vanish();
+    clock.advance(away + 500ms);
+    EXPECT_FALSE(ecos->active());
+    station.appear();
+    clock.advance(1010ms);
+    EXPECT_TRUE(ecos->active()) << away.count();
+  }
+}
+
 TEST_F(ECoSTest, waits_a_second_after_a_start_that_failed) {
   for (const auto& command : start_trace) {
     SCOPED_TRACE(command);
