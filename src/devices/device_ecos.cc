@@ -20,8 +20,9 @@ const DocumentClass::Registration registration(private_class<ECoS>("!device/ESU/
 
 constexpr std::chrono::milliseconds attempt_interval(1000);
 constexpr std::chrono::milliseconds at_once(1);
-/// A host that is switched off answers neither yes nor no.
-constexpr auto attempt_limit = std::chrono::seconds(5);
+/// A host that is switched off answers neither yes nor no. The system asks it at once, after 1 s,
+/// then after 2 s more (tcp(7)): beginning anew by then, it is asked every second.
+constexpr std::chrono::milliseconds attempt_limit(2000);
 
 /// Asking a key that is not there for its type throws the library's error.
 void require_keys(const YAML::Node& node) {

@@ -16,7 +16,7 @@ namespace zemblar {
 /// An ESU ECoS command station, reached over TCP through its text protocol.
 ///
 /// It connects by itself and tries again for as long as it lives, a second after each attempt that
-/// failed; an attempt that nobody answers is given up after five seconds. Every failure, a refused
+/// failed; an attempt that nobody answers is given up after two seconds. Every failure, a refused
 /// command included, takes it out of service and back to connecting. What was refused is kept back
 /// for growing times (see RefusedItems), so that everybody else is heard. In service it follows the
 /// station's track power and is a member of the default device if `use_as_default`.

@@ -480,6 +480,20 @@ TEST_F(ECoSTest, stops_others_before_a_locomotive_that_the_station_has_refused) 
   EXPECT_EQ(0u, station.locomotive(4).speed);
 }
 
+TEST_F(ECoSTest, sends_a_stop_again_at_once_that_a_person_has_cut_off) {
+  auto* ecos = add_started_ecos();
+  auto* lok = layout().get_loks().add(new Lok);
+  lok->set_speed(50);
+  clock.advance(100ms);
+  station.hub.faults().silence("set(1000,stop", 1);
+  lok->set_emergency_stop(true);
+  clock.advance(3500ms);
+  EXPECT_EQ(50u, station.locomotive(3).speed);
+  ecos->reconnect();
+  clock.advance(100ms);
+  EXPECT_EQ(0u, station.locomotive(3).speed);
+}
+
 TEST_F(ECoSTest, sends_stops_before_all_that_waits_for_its_turn) {
   auto* ecos = add_started_ecos();
   station.hub.faults().late = 2ms;
