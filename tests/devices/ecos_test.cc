@@ -12,6 +12,7 @@
 #include "runtime/scoped_connection.h"
 #include "simulator/memory_station.h"
 #include "support/layout_fixture.h"
+#include "support/link_steps.h"
 #include "support/test_decoder.h"
 
 namespace zemblar {
@@ -643,6 +644,58 @@ TEST_F(ECoSTest, says_that_a_host_is_no_address) {
   ecos->set_host("localhost");
   clock.advance(1s);
   EXPECT_TRUE(ecos->active());
+}
+
+TEST_F(ECoSTest, tells_how_its_link_is_at_each_step_of_its_life) {
+  station.up = false;
+  auto* ecos = layout().get_devices().add(new ECoS(station.socket()));
+  const auto decoder = TestDecoder::create(*ecos);
+  const auto nobody = "no station answers at “localhost”";
+  const auto silent = "has accepted “queryObjects(10,addr)” and does not answer";
+  const auto refused = "refused speed 10 of the locomotive with address 3: 25 (no control). It is";
+  test::walk(
+      clock, *ecos,
+      {{"made", [] {}, 0ms, LinkPhase::connecting, 0ms, "", ""},
+       {"no station", [] {}, 500ms, LinkPhase::connecting, 500ms, nobody, nobody},
+       {"no host", [&] { ecos->set_host(""); }, 10ms, LinkPhase::not_set_up, 10ms,
+        "has no address yet", "has no address yet"},
+       {"a bad host", [&] { ecos->set_host("[::1"); }, 10ms, LinkPhase::not_set_up, 10ms,
+        "is no network address", "is no network address"},
+       {"the host", [&] { ecos->set_host("localhost"); }, 10ms, LinkPhase::connecting, 10ms, nobody,
+        nobody},
+       {"a station that refuses",
+        [&] { station.up = true, station.hub.faults().fail("get(1,status)", 15, 1); }, 1s,
+        LinkPhase::connecting, 1010ms, "cannot be used, it answers 15",
+        "cannot be used, it answers 15"},
+       {"a station", [] {}, 1100ms, LinkPhase::in_service, 95ms, "", ""},
+       {"a command without an answer",
+        [&] {
+          station.hub.faults().silence("queryObjects", 1);
+          decoder->want_speed(10);
+        },
+        2999ms, LinkPhase::in_service, 3094ms, "", ""},
+       {"for three seconds", [] {}, 101ms, LinkPhase::waiting_for_answer, 3100ms, silent, silent},
+       {"the answer",
+        [&] {
+          station.hub.faults().fail("set(1000,speed", 25, 1);
+          station.inject("<REPLY queryObjects(10,addr)>\n1000 addr[3]\n<END 0 (OK)>\n");
+        },
+        1ms, LinkPhase::in_service, 0ms, "", "answers again"},
+       {"a refusal", [] {}, 5ms, LinkPhase::lost, 1ms, refused, refused},
+       {"back, and the item is kept back", [] {}, 100ms, LinkPhase::in_service, 94ms, "", refused},
+       {"the item is taken", [] {}, 2s, LinkPhase::in_service, 2094ms, "", ""},
+       {"reconnected by hand", [&] { ecos->reconnect(); }, 0ms, LinkPhase::lost, 0ms,
+        "is connected anew", "is connected anew"},
+       {"at once", [] {}, 100ms, LinkPhase::in_service, 93ms, "", ""},
+       {"gone", [&] { station.kill(); }, 1ms, LinkPhase::lost, 1ms, "ended the connection",
+        "ended the connection"},
+       {"and away", [] {}, 999ms, LinkPhase::lost, 1s, nobody, nobody},
+       {"in service again", [&] { station.up = true; }, 1s, LinkPhase::in_service, 91ms, "", ""},
+       {"gone without a word", [&] { station.vanish(); }, 14s, LinkPhase::in_service, 14091ms, "",
+        ""},
+       {"as the system finds", [] {}, 101ms, LinkPhase::lost, 1ms, "ended the connection",
+        "ended the connection"},
+       {"and stays away", [] {}, 5s, LinkPhase::lost, 5001ms, nobody, nobody}});
 }
 
 // --- Its end, and its place in a file ---
