@@ -5,15 +5,18 @@
 #include <chrono>
 #include <iostream>
 #include <map>
+#include <ranges>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "simulator/bus_latency.h"
+#include "simulator/fault_matrix.h"
 #include "simulator/soak_bus.h"
 #include "simulator/soak_following.h"
 #include "simulator/soak_free.h"
+#include "simulator/soak_links.h"
 #include "simulator/soak_process.h"
 
 namespace zemblar::simulator {
@@ -30,10 +33,15 @@ Simulated trains under block control, for HOURS (1) of simulated time in each of
   bus        with detectors on a simulated Tessara bus that the program's own drivers poll, for a
              twentieth of HOURS each: one after another, and with a bus whose master, readers and
              cable fail at random, all of which must be back in service in time
+  links      with an ECoS and a LI-USB, or two ECoS, that fail ten times a minute in each of the ways
+             that docs/links.md tells of, for a fiftieth of HOURS unless only this is asked for: no
+             wish may be overtaken by an older one, none may be lost
   latency    only when asked for: how long it takes from an occupied block ahead of a train to the
              speed 0 at the station, over such a bus; HOURS does not count
+  faults     only when asked for: how long stops and points take to stations that fail in each of
+             the ways that docs/links.md tells of; HOURS does not count
 
-  --only following|free|bus|latency
+  --only following|free|bus|links|latency|faults
   --seed N   the same again (1)
 )";
 
@@ -54,10 +62,27 @@ T number(const std::string& text) {
   return value;
 }
 
+// --- Results of parts that have a process of their own ---
+
+constexpr std::string_view result_mark = "result ";
+
+/// What stands behind the mark in the lines that a part has said; other lines are passed on.
+std::vector<std::istringstream> results_of(const Outcome& outcome) {
+  std::vector<std::istringstream> results;
+  std::istringstream lines(outcome.said);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with(result_mark)) {
+      results.emplace_back(line.substr(result_mark.size()));
+    } else {
+      std::cerr << line << '\n';
+    }
+  }
+  return results;
+}
+
 // --- Free running: each part in a process of its own ---
 
 constexpr double part_hours = 10;
-constexpr std::string_view result_mark = "result ";
 
 class FreeRuns {
  public:
@@ -87,13 +112,7 @@ class FreeRuns {
   }
 
   void judge(const Outcome& outcome) {
-    std::istringstream lines(outcome.said);
-    for (std::string line; std::getline(lines, line);) {
-      if (!line.starts_with(result_mark)) {
-        std::cerr << line << '\n';
-        continue;
-      }
-      std::istringstream values(line.substr(result_mark.size()));
+    for (auto& values : results_of(outcome)) {
       int cause = 0;
       unsigned count = 0;
       values >> cause >> count;
@@ -149,13 +168,7 @@ class BusRuns {
   }
 
   void judge(const Outcome& outcome) {
-    std::istringstream lines(outcome.said);
-    for (std::string line; std::getline(lines, line);) {
-      if (!line.starts_with(result_mark)) {
-        std::cerr << line << '\n';
-        continue;
-      }
-      std::istringstream values(line.substr(result_mark.size()));
+    for (auto& values : results_of(outcome)) {
       unsigned times = 0;
       long longest = 0;
       std::string name;
@@ -171,6 +184,68 @@ class BusRuns {
 
   std::map<std::string, BusFaultCount> faults_;
   unsigned assertions_ = 0;
+  bool good_ = true;
+};
+
+// --- Failing links: the same ---
+
+constexpr double link_part_hours = 1;
+constexpr double link_share = 0.02;  // of the hours, unless links alone are asked for
+
+class LinkRuns {
+ public:
+  void run(double hours, std::uint64_t seed) {
+    for (double left = hours; left > 0; left -= link_part_hours) {
+      run_part({.hours = std::min(left, link_part_hours), .seed = seed++});
+    }
+  }
+
+  [[nodiscard]] bool good() const { return good_; }
+
+  void print(std::ostream& out) const {
+    for (const auto& [name, count] : faults_) out << "  " << count << "  " << name << '\n';
+    out << "  " << wishes_ << " wishes, " << arrivals_ << " arrivals, " << pauses_
+        << " pauses, all in order again after " << longest_ << " ms\n";
+  }
+
+ private:
+  void run_part(const LinkFaultOptions& part) {
+    judge(run_in_process([&part] {
+      const auto result = run_link_faults(part);
+      std::cerr << result_mark << result.wishes << ' ' << result.arrivals << ' ' << result.pauses
+                << ' ' << result.longest_return.count() << '\n';
+      for (const auto& [name, count] : result.faults) {
+        std::cerr << result_mark << count << ' ' << name << '\n';
+      }
+      if (!result.trouble.empty()) throw std::runtime_error("FAILED: " + result.trouble);
+    }));
+  }
+
+  void judge(const Outcome& outcome) {
+    good_ = good_ && outcome.ended_well;
+    auto results = results_of(outcome);
+    if (results.empty()) return;
+    std::uint64_t wishes = 0, arrivals = 0, pauses = 0;
+    long longest = 0;
+    results.front() >> wishes >> arrivals >> pauses >> longest;
+    wishes_ += wishes;
+    arrivals_ += arrivals;
+    pauses_ += pauses;
+    longest_ = std::max(longest_, longest);
+    for (auto& line : results | std::views::drop(1)) {
+      unsigned count = 0;
+      std::string name;
+      line >> count >> std::ws;
+      std::getline(line, name);
+      faults_[name] += count;
+    }
+  }
+
+  std::map<std::string, unsigned> faults_;
+  std::uint64_t wishes_ = 0;
+  std::uint64_t arrivals_ = 0;
+  std::uint64_t pauses_ = 0;
+  long longest_ = 0;
   bool good_ = true;
 };
 
@@ -218,6 +293,15 @@ bool run_over_bus(const Options& options) {
   return runs.good() && result.good;
 }
 
+bool run_over_links(const Options& options) {
+  const double hours = options.hours * (options.only == "links" ? 1 : link_share);
+  LinkRuns runs;
+  runs.run(hours, options.seed);
+  std::cout << "failing links, seeds from " << options.seed << ": " << hours << " h\n";
+  runs.print(std::cout);
+  return runs.good();
+}
+
 bool measure_latency(const Options& options) {
   constexpr unsigned samples = 200;
   std::vector<BusLatency> rows;
@@ -230,6 +314,14 @@ bool measure_latency(const Options& options) {
   std::cout << "latency, seed " << options.seed << ", " << samples << " samples each\n";
   print(rows, std::cout);
   return std::ranges::all_of(rows, [](const auto& row) { return row.good(); });
+}
+
+bool try_faults(const Options& options) {
+  constexpr unsigned times = 40;
+  const FaultMatrix matrix(times, options.seed);
+  std::cout << "faults of links, seed " << options.seed << '\n';
+  matrix.print(std::cout);
+  return matrix.holds();
 }
 
 template <typename Run>
@@ -252,10 +344,12 @@ int main(int argc, char* argv[]) {
   // Free running first: its parts are copies of this process, which should still be a small one.
   const bool free = timed(options, "free", [](const auto& o) { return run_freely(o); });
   const bool bus = timed(options, "bus", [](const auto& o) { return run_over_bus(o); });
+  const bool links = timed(options, "links", run_over_links);
   const bool following =
       timed(options, "following", [](const auto& o) { return run_following(o); });
-  if (options.only != "latency") return free && bus && following ? 0 : 1;
-  return timed(options, "latency", [](const auto& o) { return measure_latency(o); }) ? 0 : 1;
+  if (options.only == "latency") return timed(options, "latency", measure_latency) ? 0 : 1;
+  if (options.only == "faults") return timed(options, "faults", try_faults) ? 0 : 1;
+  return free && bus && links && following ? 0 : 1;
 }
 
 }  // namespace

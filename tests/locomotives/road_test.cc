@@ -162,24 +162,6 @@ TEST_F(Road, comes_back_by_itself_and_sends_what_was_wished_meanwhile_a_stop_inc
   EXPECT_EQ(station.locomotive(200)->speed, 0u);
 }
 
-TEST_F(Road, gives_a_returning_station_what_another_one_still_holds_up) {
-  EcosStation silent;
-  auto* held_up = layout().get_devices().add(new ECoS);
-  held_up->set_host("127.0.0.1:" + std::to_string(silent.listen()));
-  ASSERT_TRUE(until([&] { return held_up->active(); }));
-  connect_station();
-  silent.faults().silence("set");
-  auto* lok = add_lok(3);
-  lok->set_speed(50);
-  ASSERT_TRUE(
-      until([this] { return station.locomotive(3) && station.locomotive(3)->speed == 50; }));
-  station.drop_connections();
-  ASSERT_TRUE(until([this] { return !device->active(); }));
-  station.clear_log();
-  ASSERT_TRUE(
-      until([this] { return std::ranges::count(station.commands(), "set(1000,speed[50])") == 1; }));
-}
-
 TEST_F(Road, switches_power_and_follows_the_station) {
   connect_station();
   EXPECT_FALSE(layout().get_track_power());

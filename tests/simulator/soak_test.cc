@@ -1,12 +1,16 @@
 #include <glibmm/fileutils.h>
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "core/layout.h"
 #include "devices/default_device.h"
 #include "simulator/bus_latency.h"
+#include "simulator/fault_matrix.h"
 #include "simulator/soak_bus.h"
 #include "simulator/soak_causes.h"
 #include "simulator/soak_following.h"
+#include "simulator/soak_links.h"
 
 namespace zemblar::simulator {
 namespace {
@@ -33,6 +37,23 @@ TEST(Soak, brings_a_bus_back_into_service_after_each_fault_and_tells_when_that_t
   EXPECT_GT(good.faults.size(), 5u);
   const auto bad = run_bus_faults({.hours = 1, .seed = 2, .readers = 2, .allowed = 500ms});
   EXPECT_NE(bad.trouble.find("not all is in service again"), std::string::npos) << bad.trouble;
+}
+
+TEST(Soak, brings_stops_in_time_to_stations_that_fail) {
+  const FaultMatrix matrix(1, 5);
+  std::ostringstream table;
+  matrix.print(table);
+  EXPECT_TRUE(matrix.holds()) << table.str();
+}
+
+TEST(Soak, loses_no_wish_over_links_that_fail_and_tells_when_one_takes_too_long) {
+  for (const unsigned seed : {1, 2}) {
+    const auto good = run_link_faults({.hours = 0.05, .seed = seed});
+    EXPECT_EQ("", good.trouble);
+    EXPECT_GT(good.faults.size(), 5u);
+  }
+  const auto bad = run_link_faults({.hours = 0.5, .seed = 4, .allowed = 0ms});
+  EXPECT_NE(bad.trouble.find(" is not "), std::string::npos) << bad.trouble;
 }
 
 TEST(Soak, brakes_over_the_bus_within_one_poll_of_all_readers) {
