@@ -16,20 +16,71 @@ void DefaultDevice::add_device(Device* device) {
   if (!devices_.insert(device).second) return;
   // The commands in flight have not been asked of this one.
   for (auto& [item, newest] : newest_) newest.reaches_all = false;
-  deleted_[device] =
-      sigc::connection(device->signal_deleted().connect([this, device] { remove_device(device); }));
+  members_[device] = {
+      sigc::connection(device->signal_deleted().connect([this, device] { forget(device); })),
+      sigc::connection(
+          device->signal_link_changed().connect([this, device] { follow_link(*device); }))};
 }
 
-// Nobody waits any longer for what it has not answered.
+// Nobody waits any longer for what it has not answered; it gets that when it joins again.
 void DefaultDevice::remove_device(Device* device) {
-  devices_.erase(device);
-  deleted_.erase(device);
-  std::vector<Glib::RefPtr<StationProxy>> left;
+  if (devices_.erase(device) == 0) return;
+  members_.erase(device);
+  auto& missed = missed_[device];
+  const auto left = errands_at(*device);
+  for (const auto& [item, errand] : left) missed[item.first] |= item.second;
+  std::erase_if(let_go_, [device](const auto& entry) { return entry.first.first == device; });
+  for (const auto& [item, errand] : left) errand->abandon();
+}
+
+void DefaultDevice::forget(Device* device) {
+  const auto alive = liveness();
+  remove_device(device);
+  if (*alive) missed_.erase(device);
+}
+
+std::vector<DefaultDevice::Errand> DefaultDevice::errands_at(const Device& device) const {
+  std::vector<Errand> found;
   for (const auto& [item, newest] : newest_) {
-    std::ranges::copy_if(newest.errands, std::back_inserter(left),
-                         [device](const auto& errand) { return errand->station() == device; });
+    for (const auto& errand : newest.errands) {
+      if (errand->station() == &device) found.emplace_back(item, errand);
+    }
   }
-  for (const auto& errand : left) errand->abandon();
+  for (const auto& [place, errand] : let_go_) {
+    if (errand->station() == &device) found.emplace_back(place.second, errand);
+  }
+  return found;
+}
+
+// Where a station answers nobody, the others go on without it.
+void DefaultDevice::follow_link(Device& device) {
+  const auto alive = liveness();
+  if (device.link_state().phase != LinkPhase::waiting_for_answer) return;
+  for (const auto& [item, errand] : errands_at(device)) {
+    if (!*alive) return;
+    const auto newest = newest_.find(item);
+    if (newest != newest_.end()) go_on_without_held_up(item, newest->second.errands);
+  }
+}
+
+void DefaultDevice::go_on_without_held_up(const Item& item,
+                                          const std::vector<Glib::RefPtr<StationProxy>>& errands) {
+  const auto alive = liveness();
+  const auto all = errands;  // the last answer ends the command
+  const auto waits = [](const auto& errand) { return errand->is_held_up(); };
+  if (std::ranges::all_of(all, waits)) return;
+  for (const auto& errand : all) {
+    if (!*alive) return;
+    if (!errand->station() || !waits(errand)) continue;
+    let_go_[{errand->station(), item}] = errand;
+    errand->let_go();
+  }
+}
+
+std::uint32_t DefaultDevice::take_missed(const Device& device, const DrivenDecoder& decoder) {
+  const auto found = missed_.find(&device);
+  if (found == missed_.end()) return DecoderUpdate::all_bits;
+  return std::exchange(found->second[&decoder], 0);
 }
 
 int DefaultDevice::supports(std::string_view feature) const {
@@ -91,10 +142,12 @@ void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit) {
   if (is_on_its_way(item, value)) return;
 
   const auto alive = liveness();
+  note_missing(item);
   const auto serial = ++fan_outs_;
   const auto older = std::exchange(newest_[item], FanOut{value, serial});
   for (const auto& errand : older.errands) errand->abandon();
   if (!*alive) return;
+  abandon_let_go(item);
   const auto answers = DecoderProxy::create(decoder);
   answers->wait(send_errands(decoder, item, answers));
   if (!*alive) return;
@@ -106,9 +159,26 @@ void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit) {
   decoder->complete(counts ? answers->state() : DecoderUpdate());
 }
 
-/// How many answers there will be. A station that keeps the item back holds up no other one.
+/// Stations that have left get it when they join again.
+void DefaultDevice::note_missing(const Item& item) {
+  for (auto& [device, missed] : missed_) {
+    if (!members_.contains(device)) missed[item.first] |= item.second;
+  }
+}
+
+// A newer wish takes their place.
+void DefaultDevice::abandon_let_go(const Item& item) {
+  std::erase_if(let_go_, [&item](const auto& entry) {
+    if (entry.first.second != item) return false;
+    entry.second->abandon();
+    return true;
+  });
+}
+
+/// How many answers there will be.
 int DefaultDevice::send_errands(DrivenDecoder* decoder, const Item& item,
                                 const Glib::RefPtr<DecoderProxy>& answers) {
+  const auto alive = liveness();
   decoder->reference();
   const Glib::RefPtr<DrivenDecoder> parent(decoder);
   auto& errands = newest_[item].errands;
@@ -118,12 +188,8 @@ int DefaultDevice::send_errands(DrivenDecoder* decoder, const Item& item,
   });
   const auto sent = errands;  // what is answered at once may begin the next fan-out
   for (const auto& errand : sent) errand->ask();
-  const auto waits = [](const auto& errand) { return errand->is_withheld(); };
-  if (std::ranges::all_of(sent, waits)) return static_cast<int>(sent.size());
-  for (const auto& errand : sent) {
-    if (waits(errand)) errand->let_go();
-  }
-  return static_cast<int>(std::ranges::count_if(sent, std::not_fn(waits)));
+  if (*alive) go_on_without_held_up(item, sent);
+  return static_cast<int>(sent.size());
 }
 
 }  // namespace zemblar

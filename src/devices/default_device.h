@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <functional>
 #include <map>
 #include <set>
@@ -22,9 +23,10 @@ class StationProxy;
 /// not answered at all, so that the decoder stays out of date and tries again when one comes.
 ///
 /// Each station has a StationProxy of its own, which asks again until that station has delivered
-/// the value: a station that is mute or refuses keeps no other one from its trains. A fan-out ends
-/// early when a newer one of the same decoder and item begins, so that never more than the newest
-/// waits at a station.
+/// the value: a station that is mute or refuses keeps no other one from its trains. What a station
+/// has not got when it leaves, and what is wished while it is away, is known until it joins again.
+/// A fan-out ends early when a newer one of the same decoder and item begins, so that never more
+/// than the newest waits at a station.
 ///
 /// A fan-out is skipped when the newest unanswered one of the same decoder and item carries the
 /// same value and went to all who are there now: a burst of changes costs one command each and not
@@ -36,6 +38,9 @@ class DefaultDevice : public Device {
   void add_device(Device* device);
   void remove_device(Device* device);
   [[nodiscard]] const std::set<Device*>& devices() const { return devices_; }
+  /// The items of the decoder that went out while the station was away, or never reached it; all
+  /// for a station that has never been a member. Asked once.
+  [[nodiscard]] std::uint32_t take_missed(const Device& device, const DrivenDecoder& decoder);
 
   /// 2 when every station supports the feature, 1 when some do, 0 when none does or there is none.
   [[nodiscard]] int supports(std::string_view feature) const override;
@@ -61,6 +66,14 @@ class DefaultDevice : public Device {
 
   void for_each_in_service(const std::function<void(Device&)>& visit);
   void fan_out(DrivenDecoder* decoder, std::uint32_t bit);
+  using Errand = std::pair<Item, Glib::RefPtr<StationProxy>>;
+  [[nodiscard]] std::vector<Errand> errands_at(const Device& device) const;
+  void forget(Device* device);
+  void follow_link(Device& device);
+  void go_on_without_held_up(const Item& item,
+                             const std::vector<Glib::RefPtr<StationProxy>>& errands);
+  void note_missing(const Item& item);
+  void abandon_let_go(const Item& item);
   [[nodiscard]] bool is_on_its_way(const Item& item, std::uint32_t value) const;
   int send_errands(DrivenDecoder* decoder, const Item& item,
                    const Glib::RefPtr<DecoderProxy>& answers);
@@ -68,7 +81,11 @@ class DefaultDevice : public Device {
   std::set<Device*> devices_;
   std::map<Item, FanOut> newest_;  // of those not yet answered
   std::uint64_t fan_outs_ = 0;
-  std::map<Device*, ScopedConnection> deleted_;
+  std::map<const Device*, std::array<ScopedConnection, 2>> members_;
+  /// Of stations that have left, and of those that have joined again.
+  std::map<const Device*, std::map<const DrivenDecoder*, std::uint32_t>> missed_;
+  /// The newest errand of each item that a station was left alone with.
+  std::map<std::pair<const Device*, Item>, Glib::RefPtr<StationProxy>> let_go_;
 };
 
 }  // namespace zemblar

@@ -80,7 +80,8 @@ void Device::activate() {
   const auto alive = liveness();
   activating_ = true;
   active_ = true;
-  if (!run_start() || !*alive) return;
+  // Whoever waited for the lock has had a turn by now, and may have found the link gone.
+  if (!run_start() || !*alive || !active_) return;
   catching_up_ = true;
   set_link(LinkPhase::in_service);
   if (*alive) on_in_service();
@@ -301,7 +302,8 @@ Glib::RefPtr<DrivenDecoder> Device::waiting_stop(
   const Waiting* first = nullptr;
   for (const auto& one : pending_) {
     const auto& decoder = one.decoder;
-    if (!decoder->state().is_stop() || std::ranges::count(tried, decoder) > 0) continue;
+    const auto same = [&](const auto& other) { return &other->origin() == &decoder->origin(); };
+    if (!decoder->state().is_stop() || std::ranges::any_of(tried, same)) continue;
     if (!first || rank(*decoder.operator->()) < rank(*first->decoder.operator->())) first = &one;
   }
   return first ? first->decoder : Glib::RefPtr<DrivenDecoder>();

@@ -129,6 +129,7 @@ bool ECoS::may_connect() const {
 
 void ECoS::start_connecting() {
   connect_cancel_->cancel();
+  attempt_limit_.cancel();
   if (!may_connect()) return;
   connect_cancel_ = Gio::Cancellable::create();
   fiber::spawn([this, cancel = connect_cancel_] { keep_connecting(cancel); });

@@ -138,10 +138,11 @@ class ECoS : public CommandStation {
   Clock::time_point next_attempt_{};  // no attempt to connect before it
   bool begins_anew_ = false;  // the start under way is to fail, and the next one follows at once
   RefusedItems refused_;
-  Refusal refusal_;         // the last one
-  Glib::ustring failure_;   // why the conversation in progress has failed, if that is known
-  bool is_silent_ = false;  // the system has given the far end up
-  bool was_cut_ = false;    // by who would not wait for an answer any longer
+  Refusal refusal_;             // the last one
+  Glib::ustring failure_;       // why the conversation in progress has failed, if that is known
+  bool failure_stays_ = false;  // nobody tries that again, so it is told beyond the return
+  bool is_silent_ = false;      // the system has given the far end up
+  bool was_cut_ = false;        // by who would not wait for an answer any longer
   Timeout silence_;
   Timeout attempt_limit_;
   Glib::RefPtr<Socket> socket_;

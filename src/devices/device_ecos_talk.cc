@@ -220,7 +220,11 @@ void ECoS::note_answer() {
 void ECoS::on_failed_talk() {
   auto why = std::exchange(failure_, {});
   if (why.empty()) why = Glib::ustring::compose(_("%1 is connected anew."), get_name());
+  const auto alive = liveness();
+  const bool stays = std::exchange(failure_stays_, false);
   give_up(why);
+  // To be read when the connection is there again.
+  if (stays && *alive) set_status(why);
 }
 
 void ECoS::switch_power(bool on) {
@@ -242,8 +246,7 @@ void ECoS::set_point(unsigned address, unsigned output, bool on) {
       failure_ = Glib::ustring::compose(_("%1 refused to switch output %2 of the accessory decoder "
                                           "%3: %4."),
                                         get_name(), output, address, refusal_words());
-      // To be read when the connection is there again.
-      set_status(failure_);
+      failure_stays_ = true;
       throw;
     }
   });
@@ -255,11 +258,17 @@ DecoderUpdate ECoS::deliver(DrivenDecoder& decoder, std::uint32_t item) {
   auto wanted = decoder.state();
   wanted.mask = item;
   const auto address = decoder.get_address();
+  const bool number_was_known = objects_.contains(address);
   was_cut_ = false;
   try {
     send_item(address, wanted);
   } catch (const CmdFailed&) {
-    // The station may know the locomotive by another number by now, or not at all.
+    // A station that was set up anew knows its locomotives by other numbers, or not at all.
+    if (number_was_known && refusal_.status == ecos::unknown_object) {
+      objects_.clear();
+      refused_.suspect(address, wanted);
+      throw;
+    }
     objects_.erase(address);
     note_refusal(address, wanted, refused_.next_pause(address, wanted),
                  _("%1 refused %2 of %3: %4. It is tried again in %5 s."));

@@ -187,7 +187,9 @@ liusb::Bytes LIUSB::exchange(const liusb::Bytes& message, std::optional<bool> po
       note_silence();
       throw DeviceInactiveException();
     }
-    if (error.code() == Gio::Error::CANCELLED || hold_.port() != port) throw;
+    // The system's number for a device that has gone, ENODEV, is that of a cancelled operation.
+    const bool was_cancelled = error.code() == Gio::Error::CANCELLED && !port->is_lost();
+    if (was_cancelled || hold_.port() != port) throw;
     // Nothing goes over this port any more, and trying would not take time.
     lose_port();
     if (*alive) {

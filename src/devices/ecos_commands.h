@@ -12,6 +12,7 @@ namespace zemblar::ecos {
 inline constexpr unsigned station = 1;              ///< object of track power
 inline constexpr unsigned locomotive_manager = 10;  ///< object that lists and makes locomotives
 inline constexpr unsigned switching_manager = 11;   ///< object of accessories
+inline constexpr unsigned unknown_object = 15;      ///< the status of an answer about no object
 
 /// Asks for the events of an object.
 [[nodiscard]] std::string request_view(unsigned object);

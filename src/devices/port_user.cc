@@ -19,12 +19,23 @@ int process_of(const fs::path& entry) {
   return read.ptr == name.data() + name.size() ? number : 0;
 }
 
-bool has_open(const fs::path& process, const fs::path& file) {
+/// The first entry of a folder that fits. What ends in the middle, as processes do, is no error.
+template <typename Fits>
+std::optional<fs::path> find_entry(const fs::path& folder, const Fits& fits) {
   std::error_code error;
-  for (const auto& descriptor : fs::directory_iterator(process / "fd", error)) {
-    if (fs::read_symlink(descriptor, error) == file) return true;
+  for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    if (fits(entry->path())) return entry->path();
   }
-  return false;
+  return {};
+}
+
+bool has_open(const fs::path& process, const fs::path& file) {
+  const auto is_file = [&](const fs::path& descriptor) {
+    std::error_code error;
+    return fs::read_symlink(descriptor, error) == file;
+  };
+  return find_entry(process / "fd", is_file).has_value();
 }
 
 std::string name_of(const fs::path& process) {
@@ -39,12 +50,12 @@ std::optional<Program> program_using(const std::string& path) {
   std::error_code error;
   const auto file = fs::canonical(path, error);
   if (error) return {};
-  for (const auto& entry : fs::directory_iterator("/proc", error)) {
-    const auto process = process_of(entry.path());
-    if (process == 0 || process == getpid() || !has_open(entry.path(), file)) continue;
-    return Program{name_of(entry.path()), process};
-  }
-  return {};
+  const auto found = find_entry("/proc", [&](const fs::path& entry) {
+    const auto process = process_of(entry);
+    return process != 0 && process != getpid() && has_open(entry, file);
+  });
+  if (!found) return {};
+  return Program{name_of(*found), process_of(*found)};
 }
 
 }  // namespace zemblar

@@ -22,8 +22,10 @@ bool any_item(std::uint32_t items, const Holds& holds) {
   return false;
 }
 
-bool wishes(const DrivenDecoder& decoder, std::uint32_t item, std::uint32_t value) {
-  return (decoder.state().mask & item) != 0 && decoder.state().value_of(item) == value;
+bool wishes(const DrivenDecoder& decoder, Address address, std::uint32_t item,
+            std::uint32_t value) {
+  return decoder.get_address() == address && (decoder.state().mask & item) != 0 &&
+         decoder.state().value_of(item) == value;
 }
 
 }  // namespace
@@ -63,7 +65,12 @@ void RefusedItems::suspect(Address address, const DecoderUpdate& sent) {
 }
 
 void RefusedItems::accept(Address address, std::uint32_t item) {
-  if (!entries_.empty()) entries_.erase({address, item});
+  const auto found = entries_.find({address, item});
+  if (found == entries_.end()) return;
+  // Another decoder of that address may wait for another value of it.
+  const auto asking = std::move(found->second.asking);
+  entries_.erase(found);
+  for (const auto& decoder : asking) decoder->complete({});
 }
 
 bool RefusedItems::withhold(DrivenDecoder& decoder, std::uint32_t item) {
@@ -84,8 +91,9 @@ void RefusedItems::ask_again(const Key& key) {
   entry.waits = false;
   const auto asking = std::exchange(entry.asking, {});
   const auto value = entry.value;
-  const bool is_wished = std::ranges::any_of(
-      asking, [&](const auto& one) { return wishes(*one.operator->(), key.second, value); });
+  const bool is_wished = std::ranges::any_of(asking, [&](const auto& one) {
+    return wishes(*one.operator->(), key.first, key.second, value);
+  });
   if (!is_wished) entries_.erase(key);
   for (const auto& decoder : asking) decoder->complete({});
 }

@@ -1,5 +1,7 @@
 #include "devices/station_proxy.h"
 
+#include <utility>
+
 #include "devices/device.h"
 
 namespace zemblar {
@@ -21,7 +23,7 @@ StationProxy::StationProxy(const Glib::RefPtr<DrivenDecoder>& parent, std::uint3
 // What else is out of date tells the station which functions are the decoder's own wish.
 const DecoderUpdate& StationProxy::state() const {
   newest_ = parent_->state();
-  newest_.mask = station_ ? newest_.mask | item_ : 0;
+  newest_.mask = station_ && !parent_->is_retired() ? newest_.mask | item_ : 0;
   return newest_;
 }
 
@@ -29,6 +31,11 @@ void StationProxy::ask() {
   if (!station_) return;
   is_withheld_ = station_->withholds(*this, item_);
   if (!is_withheld_) station_->run_update(this, item_);
+}
+
+bool StationProxy::is_held_up() const {
+  return is_withheld_ ||
+         (station_ && station_->link_state().phase == LinkPhase::waiting_for_answer);
 }
 
 // The decoder does not wait for what was let go of, and counts it as delivered.
@@ -46,6 +53,15 @@ void StationProxy::complete(const DecoderUpdate& delivered) {
 
 void StationProxy::abandon() {
   if (station_) end({});
+}
+
+// Whatever the others answer counts for this one as well.
+void StationProxy::let_go() {
+  const auto answers = std::exchange(answers_, {});
+  if (!answers) return;
+  auto same = answers->state();
+  same.mask = DecoderUpdate::all_bits;
+  answers->complete(same);
 }
 
 // The answer may be the last one, and end the command.

@@ -12,8 +12,8 @@ class Device;
 /// delivered, when the station goes out of service, when the decoder wishes something else, or when
 /// it is abandoned. After that it wants nothing, and a station leaves it out when its turn comes.
 ///
-/// Where the station keeps the item back and another one serves the decoder, the command goes on
-/// without it: let go of, it does not answer, and waits by itself until the station asks it again.
+/// Where the station keeps the item back or does not answer to anything, and another one serves the
+/// decoder, the command goes on without it: let go of, it waits by itself for its station.
 ///
 /// Its values are always those that the decoder has now: a station may send several items in one
 /// message, and what is older must not follow what is newer.
@@ -30,10 +30,10 @@ class StationProxy : public DecoderProxy {
   [[nodiscard]] const DecoderUpdate& state() const override;
   /// A newer wish takes its place, or the station has left.
   void abandon();
-  /// The station kept the item back when it was asked last.
-  [[nodiscard]] bool is_withheld() const { return is_withheld_; }
-  /// Nobody waits for its answer.
-  void let_go() { answers_.reset(); }
+  /// The station keeps the item back, or answers nobody.
+  [[nodiscard]] bool is_held_up() const;
+  /// Answers for the command's sake, and waits on by itself.
+  void let_go();
   [[nodiscard]] const DrivenDecoder& origin() const override { return *parent_.operator->(); }
   /// Null when it has answered.
   [[nodiscard]] const Device* station() const { return station_; }

@@ -127,9 +127,10 @@ void Decoder::command(std::uint32_t item) {
   complete({});
 }
 
-void Decoder::mark_out_of_date() {
+void Decoder::mark_out_of_date(std::uint32_t items) {
   const auto moves = DecoderUpdate::speed_bit | DecoderUpdate::direction_bit;
-  if (!retired_) state_.mask |= commands_enabled_ ? commanded_ : commanded_ & ~moves;
+  const auto commanded = commands_enabled_ ? commanded_ : commanded_ & ~moves;
+  if (!retired_) state_.mask |= commanded & items;
 }
 
 // --- Reconciling ---

@@ -44,9 +44,9 @@ class Decoder : public DrivenDecoder {
   void complete(const DecoderUpdate& delivered) override;
   /// Tries again to send what is out of date.
   void resend();
-  /// Everything that was ever commanded is out of date again: a station has joined, and what it
-  /// has missed is not known. Sends nothing by itself.
-  void mark_out_of_date();
+  /// Of these items, those that were ever commanded are out of date again: a station has joined
+  /// that has not got them. Sends nothing by itself.
+  void mark_out_of_date(std::uint32_t items);
   /// Its locomotive has gone: sends nothing more and follows no device.
   void retire();
   [[nodiscard]] bool is_retired() const override { return retired_; }

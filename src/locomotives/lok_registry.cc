@@ -29,11 +29,11 @@ unsigned next_turn() {
 
 /// A station that comes into service gets what it has missed: stops first, then what moves trains,
 /// and among these last what it may refuse.
-/// Nobody knows what one of several stations has missed, so those that serve every decoder get all
-/// that was commanded.
+/// One that serves every decoder for the first time gets all that was commanded.
 void resend_through(Device& device) {
   if (!Layout::exists()) return;
-  const bool is_member = Layout::get().get_default_device().devices().contains(&device);
+  auto& defaults = Layout::get().get_default_device();
+  const bool is_member = defaults.devices().contains(&device);
   std::vector<Glib::RefPtr<Decoder>> concerned;
   for_each_lok(Layout::get(), [&](Lok& lok) {
     for (const auto& decoder : lok.get_decoders()) {
@@ -43,7 +43,8 @@ void resend_through(Device& device) {
   });
   if (is_member) {
     for (const auto& decoder : concerned) {
-      if (!decoder->get_device()) decoder->mark_out_of_date();
+      if (!decoder->get_device())
+        decoder->mark_out_of_date(defaults.take_missed(device, *decoder.operator->()));
     }
   }
   std::ranges::stable_sort(concerned, {},

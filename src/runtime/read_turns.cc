@@ -25,6 +25,8 @@ void ReadTurns::rested(Clock::duration waited) {
 }
 
 void ReadTurns::wait(std::function<void()> read) {
+  // Whoever waited must not be forgotten: its connection has gone, and it ends with an error.
+  if (const auto former = std::exchange(waiting_, nullptr)) former();
   waiting_ = std::move(read);
   const auto once = [this] { return end_portion(), false; };
   idle_ = Glib::signal_idle().connect(once, Glib::PRIORITY_LOW);

@@ -33,8 +33,8 @@ class ReadTurns {
   static constexpr std::chrono::milliseconds longest_wait{25};
   static constexpr unsigned most_reads = 1000;
 
-  /// Calls `read` at once, or later from the main loop when the portion is used up. Replaces a read
-  /// that still waits.
+  /// Calls `read` at once, or later from the main loop when the portion is used up. A read
+  /// that still waits is called first.
   void take(std::function<void()> read);
   /// Counts a read. True when it has to wait for its turn.
   [[nodiscard]] bool is_used_up();

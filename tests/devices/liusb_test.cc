@@ -268,6 +268,15 @@ TEST_F(LIUSBTest, stops_others_while_one_locomotive_or_point_is_not_answered_for
   decoders[1]->want_speed(0);
   clock.advance(1750ms);
   EXPECT_TRUE(decoders[1]->up_to_date());
+  // What waits for it in many functions is tried once in a turn.
+  auto& everybody = layout().get_default_device();
+  const auto deaf = TestDecoder::create(everybody, 3);
+  const auto other = TestDecoder::create(everybody, 6);
+  for (unsigned fn = 0; fn <= 28; ++fn) deaf->want_function(fn, true);
+  deaf->want_speed(DecoderUpdate::emergency_stop);
+  other->want_speed(0);
+  clock.advance(2500ms);
+  EXPECT_TRUE(other->up_to_date());
   clock.advance(60s);
   EXPECT_TRUE(decoders[2]->up_to_date()) << "and nobody else is starved";
   hardware.faults.deaf_to.clear();
@@ -356,14 +365,17 @@ TEST_F(LIUSBTest, goes_out_of_service_when_unplugged_and_returns) {
 TEST_F(LIUSBTest, lets_go_of_a_port_that_fails_before_its_end_is_announced) {
   auto* device = add_started();
   const auto decoder = TestDecoder::create(*device);
-  cable.unplug();
-  decoder->want_speed(1);
-  clock.advance(10ms);
-  EXPECT_FALSE(device->active());
-  EXPECT_THAT(get_status(), HasSubstr("lost its port ttyUSB0"));
-  port->remove();
-  plug_in();
-  EXPECT_TRUE(device->active());
+  for (const int loss : {EIO, ENODEV, ENXIO}) {
+    cable.loss = loss;
+    cable.unplug();
+    decoder->want_speed(static_cast<unsigned>(loss));
+    clock.advance(10ms);
+    EXPECT_FALSE(device->active()) << loss;
+    EXPECT_THAT(get_status(), HasSubstr("lost its port ttyUSB0")) << loss;
+    port->remove();
+    plug_in();
+    EXPECT_TRUE(device->active()) << loss;
+  }
 }
 
 TEST_F(LIUSBTest, returns_at_each_moment_of_a_start_that_the_plug_is_pulled) {
