@@ -142,7 +142,7 @@ void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit) {
   if (is_on_its_way(item, value)) return;
 
   const auto alive = liveness();
-  note_missing(item);
+  note_missing(decoder, bit);
   const auto serial = ++fan_outs_;
   const auto older = std::exchange(newest_[item], FanOut{value, serial});
   for (const auto& errand : older.errands) errand->abandon();
@@ -156,13 +156,15 @@ void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit) {
   // A station that has joined meanwhile has not got it.
   const bool counts = is_newest && newest->second.reaches_all;
   if (is_newest) newest_.erase(newest);
+  // Those who are there may have delivered more than was asked of them.
+  if (counts) note_missing(decoder, answers->state().mask);
   decoder->complete(counts ? answers->state() : DecoderUpdate());
 }
 
-/// Stations that have left get it when they join again.
-void DefaultDevice::note_missing(const Item& item) {
+/// Stations that have left get these items when they join again.
+void DefaultDevice::note_missing(const DrivenDecoder* decoder, std::uint32_t items) {
   for (auto& [device, missed] : missed_) {
-    if (!members_.contains(device)) missed[item.first] |= item.second;
+    if (!members_.contains(device)) missed[decoder] |= items;
   }
 }
 

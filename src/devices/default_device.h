@@ -72,7 +72,7 @@ class DefaultDevice : public Device {
   void follow_link(Device& device);
   void go_on_without_held_up(const Item& item,
                              const std::vector<Glib::RefPtr<StationProxy>>& errands);
-  void note_missing(const Item& item);
+  void note_missing(const DrivenDecoder* decoder, std::uint32_t items);
   void abandon_let_go(const Item& item);
   [[nodiscard]] bool is_on_its_way(const Item& item, std::uint32_t value) const;
   int send_errands(DrivenDecoder* decoder, const Item& item,

@@ -55,12 +55,12 @@ void StationProxy::abandon() {
   if (station_) end({});
 }
 
-// Whatever the others answer counts for this one as well.
+// What the others answer counts for this one as well, but nothing that they deliver besides.
 void StationProxy::let_go() {
   const auto answers = std::exchange(answers_, {});
   if (!answers) return;
   auto same = answers->state();
-  same.mask = DecoderUpdate::all_bits;
+  same.mask = item_;
   answers->complete(same);
 }
 
