@@ -123,8 +123,9 @@ void CommandStation::update_function(DrivenDecoder* decoder, unsigned fn) {
   update(decoder, DecoderUpdate::function_bit(fn));
 }
 
-bool CommandStation::coming_track_power() const {
-  return due_power_.value_or(track_power());
+std::optional<bool> CommandStation::coming_track_power() const {
+  if (due_power_ || power_is_unknown_) return due_power_;
+  return track_power();
 }
 
 void CommandStation::remember_power(bool on) {
@@ -142,8 +143,11 @@ void CommandStation::power_on() {
   const auto wish = ++power_wishes_;
   due_power_ = true;
   try {
-    converse([this, wish] {
-      if (wish == power_wishes_) switch_power(true);
+    converse([&] {
+      if (wish != power_wishes_) return;
+      power_is_unknown_ = true;
+      switch_power(true);
+      if (*alive) power_is_unknown_ = false;
     });
   } catch (...) {
     if (*alive) settle_power(wish);
@@ -173,7 +177,9 @@ void CommandStation::send_power_off() {
     power_retry_ = Timeout::once(power_retry_time, [this] { send_due_power_off(); });
     return;
   }
-  if (*alive) settle_power(wish);
+  if (!*alive) return;
+  power_is_unknown_ = false;
+  settle_power(wish);
 }
 
 void CommandStation::on_in_service() {

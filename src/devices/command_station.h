@@ -46,7 +46,7 @@ class CommandStation : public Device {
   void update_speed(DrivenDecoder* decoder) override;
   void update_direction(DrivenDecoder* decoder) override;
   void update_function(DrivenDecoder* decoder, unsigned fn) override;
-  [[nodiscard]] bool coming_track_power() const override;
+  [[nodiscard]] std::optional<bool> coming_track_power() const override;
   void remember_power(bool on) override;
   void on_in_service() override;
 
@@ -81,6 +81,7 @@ class CommandStation : public Device {
 
   const char* default_property_;
   std::optional<bool> due_power_;  // wished, and not confirmed yet
+  bool power_is_unknown_ = false;  // a command to switch it on had no answer
   unsigned power_wishes_ = 0;      // counts them: a newer one makes an older one void
   Timeout power_retry_;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -147,8 +148,8 @@ class Device : public Object, public Busy {
   /// Answers one that waits, before the update in flight ends.
   void answer_early(const Glib::RefPtr<DrivenDecoder>& decoder, const DecoderUpdate& delivered);
 
-  /// The power that it will have when all that was asked for is done.
-  [[nodiscard]] virtual bool coming_track_power() const { return track_power_; }
+  /// The power that it will have when all that was asked for is done; none if that is not known.
+  [[nodiscard]] virtual std::optional<bool> coming_track_power() const { return track_power_; }
   /// Power was wished while out of service.
   virtual void remember_power(bool /*on*/) {}
   /// Comes after a `start` that has succeeded, before everybody is told.

@@ -284,6 +284,19 @@ TEST_F(LIUSBTest, stops_others_while_one_locomotive_or_point_is_not_answered_for
   EXPECT_TRUE(decoders[0]->up_to_date());
 }
 
+TEST_F(LIUSBTest, switches_off_the_power_whose_switching_on_had_no_answer) {
+  auto* device = add_started();
+  device->set_track_power(false);
+  clock.advance(50ms);
+  hardware.faults.late = 800ms;
+  device->set_track_power(true);
+  clock.advance(790ms);
+  EXPECT_TRUE(hardware.station.power && !device->track_power());
+  device->set_track_power(false);
+  clock.advance(750ms);
+  EXPECT_FALSE(hardware.station.power);
+}
+
 TEST_F(LIUSBTest, switches_the_power_off_between_stops_that_are_not_answered) {
   auto* device = add_started();
   std::vector<Glib::RefPtr<TestDecoder>> decoders;
