@@ -99,7 +99,7 @@ TEST(Fiber, needs_no_more_stack_the_more_often_it_is_resumed_at_once) {
       }
     });
     EXPECT_EQ(waits, 10000);
-    EXPECT_LT(highest - lowest, 1000u);
+    EXPECT_LT(highest - lowest, 10000u);
   }
 }
 
