@@ -12,6 +12,7 @@
 #include "simulator/reader_hardware.h"
 #include "simulator/tessara_master.h"
 #include "support/layout_fixture.h"
+#include "support/link_steps.h"
 #include "track/zone.h"
 
 namespace zemblar {
@@ -187,45 +188,40 @@ TEST_F(RailComReaderTest, comes_back_whichever_exchange_of_its_return_fails) {
   }
 }
 
-TEST_F(RailComReaderTest, tells_with_its_inputs_what_its_link_is_doing) {
-  auto* found = find_reader();
-  ASSERT_TRUE(found);
-  const auto expect = [&](LinkPhase phase, const char* why) {
-    const auto& link = found->link_state();
-    EXPECT_EQ(link.phase, phase) << why;
-    EXPECT_EQ(link.why, why);
-    for (const auto* input : found->inputs()) {
-      EXPECT_EQ(input->link_state().phase, phase) << why;
-      EXPECT_EQ(input->link_state().since, link.since) << why;
-    }
-    EXPECT_EQ(get_status(), why);
-  };
-  const auto* silent = "RailCom Reader 1 does not answer at address 3 of Tessara Bus 1.";
-  expect(LinkPhase::in_service, "");
-  master.faults.never_done = true;
-  clock.advance(1500ms);
-  expect(LinkPhase::waiting_for_answer, silent);
-  clock.advance(3s);
-  expect(LinkPhase::lost, silent);
-  master.faults.never_done = false;
-  clock.advance(5s);
-  expect(LinkPhase::in_service, "");
-  hardware->faults.garbage = "\x3f";
-  while (found->active()) clock.advance(1ms);
-  expect(LinkPhase::lost, "RailCom Reader 1 says what the program does not understand.");
-  hardware->faults.garbage.clear();
-  master.faults.silent = true;
-  clock.advance(3s);
-  EXPECT_EQ(found->link_state().phase, LinkPhase::lost);
-  EXPECT_EQ(get_status(), "Tessara Bus 1 does not answer: has it power?") << "where to look";
-  master.faults.silent = false;
-  clock.advance(5s);
-  EXPECT_EQ(found->link_state().phase, LinkPhase::in_service);
-
+TEST_F(RailComReaderTest, tells_with_its_inputs_how_its_link_is) {
+  ASSERT_TRUE(find_reader());
   ASSERT_TRUE(reopen());
-  for (const Device* device :
-       {static_cast<Device*>(reader()), static_cast<Device*>(reader()->inputs()[7])}) {
-    EXPECT_EQ(device->link_state().phase, LinkPhase::looking_for_hardware);
+  const std::string silent = "RailCom Reader 1 does not answer at address 3 of Tessara Bus 1.";
+  const std::string odd = "RailCom Reader 1 says what the program does not understand.";
+  const std::string silent_bus = "Tessara Bus 1 does not answer: has it power?";
+  const std::vector<test::LinkStep> steps = {
+      {"from a file", [] {}, 1s, LinkPhase::looking_for_hardware, 1s, "waits until its bus", ""},
+      {"with its bus", [&] { plug_in(); }, 0ms, LinkPhase::in_service, 3490ms, "", ""},
+      {"busy for ever", [&] { master.faults.never_done = true; }, 1500ms,
+       LinkPhase::waiting_for_answer, 1520ms, silent, silent},
+      {"given up", [] {}, 3s, LinkPhase::lost, 2520ms, silent, silent},
+      {"mended", [&] { master.faults = {}; }, 5s, LinkPhase::in_service, 4166ms, "", ""},
+      {"out of order",
+       [&] {
+         hardware->faults.garbage = "\x3f";
+         while (reader()->active()) clock.advance(1ms);
+       },
+       1ms, LinkPhase::lost, 1ms, odd, odd},
+      {"and its bus silent",
+       [&] {
+         hardware->faults.garbage.clear();
+         master.faults.silent = true;
+       },
+       3s, LinkPhase::lost, 3001ms, odd, silent_bus},
+      {"all well", [&] { master.faults = {}; }, 5s, LinkPhase::in_service, 3705ms, "", ""},
+  };
+  for (const auto& step : steps) {
+    test::walk(clock, *reader(), {step});
+    const auto& link = reader()->link_state();
+    for (const auto* input : reader()->inputs()) {
+      EXPECT_EQ(input->link_state().phase, link.phase) << step.name;
+      EXPECT_EQ(input->link_state().since, link.since) << step.name;
+    }
   }
 }
 

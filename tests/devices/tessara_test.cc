@@ -12,6 +12,7 @@
 #include "simulator/memory_hardware.h"
 #include "simulator/tessara_master.h"
 #include "support/layout_fixture.h"
+#include "support/link_steps.h"
 
 namespace zemblar {
 namespace {
@@ -20,12 +21,12 @@ using namespace std::chrono_literals;
 using namespace std::string_literals;
 using simulator::SerialCable;
 using simulator::TessaraMaster;
+using test::walk;
 using testing::Contains;
 using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
@@ -88,14 +89,15 @@ class TessaraTest : public test::LayoutTest {
     TessaraMaster master{cable};
     Glib::RefPtr<SerialPortTessara> port{};
   };
-  Plugged& plug_in(const std::string& serial = "TB-1", TessaraMaster::Options options = {}) {
+  Plugged& plug_in(const std::string& serial = "TB-1", TessaraMaster::Options options = {},
+                   std::chrono::milliseconds time = 1s) {
     plugged = std::make_unique<Plugged>();
     options.serial_nr = serial;
     plugged->master.options = options;
     for (auto& [address, hardware] : gadgets) plugged->master.attach(address, hardware);
     plugged->port = SerialPortTessara::create(record, plugged->cable.plug());
     plugged->port->offer();
-    clock.advance(1s);
+    clock.advance(time);
     return *plugged;
   }
   void pull_plug() {
@@ -577,107 +579,73 @@ TEST_F(TessaraTest, does_not_disturb_by_a_new_scan_what_the_last_one_has_found) 
 
 // --- The link ---
 
-/// The phase, since how many milliseconds, and why.
-std::string link_of(const Device& device) {
-  const auto& link = device.link_state();
-  const auto age = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - link.since);
-  return display_name(link.phase).raw() + " " + std::to_string(age.count()) + " " + link.why.raw();
-}
+TEST_F(TessaraTest, tells_how_its_link_is_at_each_step_of_its_life) {
+  const Unadded<DeviceTessaraBus> unknown(
+      new DeviceTessaraBus(YAML::Load("{name: Old, serial-nr: ''}")));
+  walk(clock, *unknown,
+       {{"saved without a number", [] {}, 1s, LinkPhase::not_set_up, 1s, "has no serial number",
+         "has no serial number"}});
+  clear_status();
 
-TEST_F(TessaraTest, tells_what_its_link_is_doing_from_plugging_in_to_pulling_out) {
-  {
-    const DeviceTessaraBus unknown(YAML::Load("{name: Yard, serial-nr: ''}"));
-    EXPECT_THAT(link_of(unknown), StartsWith("not set up 0 Yard has no serial number"));
-  }
   auto* yard =
       layout().get_devices().add(new DeviceTessaraBus(YAML::Load("{name: Yard, serial-nr: TB-1}")));
-  clock.advance(3s);
-  EXPECT_EQ(link_of(*yard), "looking for hardware 3000 Yard is not plugged in.");
-  EXPECT_EQ(get_status(), "");
-
-  plugged = std::make_unique<Plugged>();
-  plugged->master.options.serial_nr = "TB-1";
-  plugged->port = SerialPortTessara::create(record, plugged->cable.plug());
-  plugged->port->offer();
-  while (!plugged->port->is_held() || !yard->active()) clock.advance(1ms);
-  EXPECT_THAT(link_of(*yard), StartsWith("connecting"));
-  master().faults.silent = true;
-  clock.advance(2s);
-  EXPECT_THAT(link_of(*yard),
-              MatchesRegex("connecting 20.. Yard does not answer: has it power\\?"));
-  EXPECT_EQ(get_status(), "Yard does not answer: has it power?");
-  master().faults.silent = false;
-  while (!yard->active()) clock.advance(1ms);
-  clock.advance(5s);
-  EXPECT_THAT(link_of(*yard), MatchesRegex("in service 4[89].. "));
-  EXPECT_EQ(get_status(), "");
-
-  const auto ask_often = [&] {
-    for (int i = 0; i < 12; ++i)
+  const auto ask_for = [&](std::chrono::milliseconds time) {
+    for (; time > 0ms; time -= 100ms) {
       result_of([&] { return std::to_string(yard->get_speed(7)); }, 100ms);
+    }
   };
-  master().faults.silent = true;
-  ask_often();
-  EXPECT_THAT(link_of(*yard),
-              MatchesRegex("waiting for an answer 11.. Yard does not answer: has it power\\?"));
-  master().faults.silent = false;
-  ask_often();
-  EXPECT_THAT(link_of(*yard), MatchesRegex("in service 11.. "));
-  EXPECT_EQ(get_status(), "Yard answers again.");
-
-  master().faults.endless = true;
-  ask_often();
-  EXPECT_THAT(link_of(*yard), StartsWith("waiting for an answer"));
-  EXPECT_EQ(get_status(), "Yard does not come to an end with an answer.");
-  master().end_faults();
-  ask_often();
-  EXPECT_THAT(link_of(*yard), StartsWith("in service"));
-
-  plugged->cable.unplug();
-  ask_often();
-  EXPECT_THAT(link_of(*yard), MatchesRegex("lost 1... Yard cannot open the port ttyUSB0: .*"));
-  pull_plug();
-  EXPECT_THAT(link_of(*yard), MatchesRegex("lost 1... Yard is not plugged in."));
-  EXPECT_EQ(get_status(), "Yard is not plugged in.");
-  plug_in();
-  EXPECT_THAT(link_of(*yard), StartsWith("in service"));
-  EXPECT_EQ(get_status(), "");
+  const std::string absent = "Yard is not plugged in.";
+  const std::string silent = "Yard does not answer: has it power?";
+  walk(
+      clock, *yard,
+      {{"from a file", [] {}, 3s, LinkPhase::looking_for_hardware, 3s, absent, ""},
+       {"plugged in, and silent as soon as it is known",
+        [&] {
+          plug_in("TB-1", {}, 0ms);
+          while (!plugged->port->is_held() || !yard->active()) clock.advance(1ms);
+          master().faults.silent = true;
+        },
+        2s, LinkPhase::connecting, 2s, silent, silent},
+       {"it answers", [&] { master().faults = {}; }, 5s, LinkPhase::in_service, 4876ms, "", ""},
+       {"silent again", [&] { master().faults.silent = true, ask_for(900ms); }, 0ms,
+        LinkPhase::in_service, 5776ms, "", ""},
+       {"for more than a second", [&] { ask_for(300ms); }, 0ms, LinkPhase::waiting_for_answer,
+        1170ms, silent, silent},
+       {"the answer", [&] { master().faults = {}, ask_for(100ms); }, 0ms, LinkPhase::in_service,
+        68ms, "", "Yard answers again."},
+       {"an answer without an end", [&] { master().faults.endless = true, ask_for(600ms); }, 0ms,
+        LinkPhase::waiting_for_answer, 100ms, "does not come to an end", "does not come to an end"},
+       {"which ends", [&] { master().end_faults(), ask_for(1s); }, 0ms, LinkPhase::in_service,
+        993ms, "", "Yard answers again."},
+       {"the cable fails", [&] { plugged->cable.unplug(), ask_for(100ms); }, 0ms, LinkPhase::lost,
+        100ms, "has lost its port ttyUSB0", "has lost its port ttyUSB0"},
+       {"and does not come back", [] {}, 1s, LinkPhase::lost, 1100ms,
+        "cannot open the port ttyUSB0", "cannot open the port ttyUSB0"},
+       {"as the system tells", [&] { pull_plug(); }, 1s, LinkPhase::lost, 2100ms, absent, absent},
+       {"plugged in again", [&] { plug_in(); }, 0ms, LinkPhase::in_service, 904ms, "", ""}});
 }
 
-TEST_F(TessaraTest, tells_what_the_link_to_a_device_on_the_bus_is_doing) {
+TEST_F(TessaraTest, tells_how_the_link_to_a_device_on_the_bus_is) {
   auto* yard = layout().get_devices().add(new DeviceTessaraBus(
       YAML::Load("{name: Yard, id: 0, serial-nr: TB-1, devices: [!<!device/Tessara/GADG> "
                  "{name: Lamp, id: 1, address: 7, serial-nr: G-1}]}")));
-  const auto* lamp = dynamic_cast<Gadget*>(yard->child_at(0));
-  EXPECT_EQ(link_of(*lamp), "looking for hardware 0 Lamp waits until its bus is in service.");
-  plug_in();
-  clock.advance(2s);
-  EXPECT_THAT(link_of(*lamp),
-              MatchesRegex("looking for hardware .* Lamp does not answer at address 7 of Yard."));
-  EXPECT_EQ(get_status(), "");
-
   GadgetHardware hardware("G-2");
-  master().attach(7, hardware);
-  clock.advance(3s);
-  EXPECT_THAT(link_of(*lamp),
-              MatchesRegex("connecting 2... Lamp stays out of service: Another device is in .*"));
-  hardware.serial = "G-1";
-  clock.advance(5s);
-  EXPECT_THAT(link_of(*lamp), MatchesRegex("in service 4... "));
-  EXPECT_EQ(get_status(), "");
-
-  pull_plug();
-  clock.advance(2s);
-  EXPECT_EQ(link_of(*lamp), "lost 2000 ");
-  EXPECT_EQ(get_status(), "Yard is not plugged in.") << "that is where to look";
-  plug_in();
-  clock.advance(5s);
-  EXPECT_THAT(link_of(*lamp), MatchesRegex("lost 80.. Lamp does not answer at address 7 of Yard."));
-  EXPECT_EQ(get_status(), "Lamp does not answer at address 7 of Yard.");
-  master().attach(7, hardware);
-  clock.advance(5s);
-  EXPECT_THAT(link_of(*lamp), StartsWith("in service"));
-  EXPECT_EQ(get_status(), "");
+  const std::string absent = "Lamp does not answer at address 7 of Yard.";
+  const std::string unplugged = "Yard is not plugged in.";
+  walk(
+      clock, *dynamic_cast<Gadget*>(yard->child_at(0)),
+      {{"from a file", [] {}, 1s, LinkPhase::looking_for_hardware, 1s,
+        "Lamp waits until its bus is in service.", ""},
+       {"with a bus", [&] { plug_in(); }, 2s, LinkPhase::looking_for_hardware, 4s, absent, ""},
+       {"another one in its place", [&] { master().attach(7, hardware); }, 3s,
+        LinkPhase::connecting, 2648ms, "Lamp stays out of service: Another device",
+        "Lamp stays out of service: Another device"},
+       {"the right one", [&] { hardware.serial = "G-1"; }, 5s, LinkPhase::in_service, 4328ms, "",
+        ""},
+       {"without a bus", [&] { pull_plug(); }, 2s, LinkPhase::lost, 2s, "", unplugged},
+       {"with a bus again, and away itself", [&] { plug_in(); }, 5s, LinkPhase::lost, 8s, absent,
+        absent},
+       {"back", [&] { master().attach(7, hardware); }, 5s, LinkPhase::in_service, 4232ms, "", ""}});
 }
 
 // --- The monitor ---
