@@ -5,7 +5,6 @@
 #include <chrono>
 #include <iostream>
 #include <map>
-#include <ranges>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -232,7 +231,8 @@ class LinkRuns {
     arrivals_ += arrivals;
     pauses_ += pauses;
     longest_ = std::max(longest_, longest);
-    for (auto& line : results | std::views::drop(1)) {
+    for (std::size_t i = 1; i < results.size(); ++i) {
+      auto& line = results[i];
       unsigned count = 0;
       std::string name;
       line >> count >> std::ws;

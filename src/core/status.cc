@@ -1,7 +1,6 @@
 #include "core/status.h"
 
 #include <algorithm>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -50,9 +49,10 @@ void StatusNote::put(const Glib::ustring& text, StatusNote* owner) {
 }
 
 StatusNote* StatusNote::newest_due() {
-  auto newest_first = line().notes | std::views::reverse;
-  const auto found = std::ranges::find_if(newest_first, [](auto* note) { return note->due_; });
-  return found == newest_first.end() ? nullptr : *found;
+  const auto& notes = line().notes;
+  const auto is_due = [](const StatusNote* note) { return note->due_; };
+  const auto found = std::find_if(notes.rbegin(), notes.rend(), is_due);
+  return found == notes.rend() ? nullptr : *found;
 }
 
 /// False when that is known already.
