@@ -26,11 +26,20 @@ void DefaultDevice::add_device(Device* device) {
 void DefaultDevice::remove_device(Device* device) {
   if (devices_.erase(device) == 0) return;
   members_.erase(device);
-  auto& missed = missed_[device];
+  auto& missed = missed_by(device).items;
   const auto left = errands_at(*device);
   for (const auto& [item, errand] : left) missed[item.first] |= item.second;
   std::erase_if(let_go_, [device](const auto& entry) { return entry.first.first == device; });
   for (const auto& [item, errand] : left) errand->abandon();
+}
+
+DefaultDevice::Missed& DefaultDevice::missed_by(Device* device) {
+  const auto [entry, is_new] = missed_.try_emplace(device);
+  if (is_new) {
+    entry->second.deleted =
+        sigc::connection(device->signal_deleted().connect([this, device] { forget(device); }));
+  }
+  return entry->second;
 }
 
 void DefaultDevice::forget(Device* device) {
@@ -80,7 +89,7 @@ void DefaultDevice::go_on_without_held_up(const Item& item,
 std::uint32_t DefaultDevice::take_missed(const Device& device, const DrivenDecoder& decoder) {
   const auto found = missed_.find(&device);
   if (found == missed_.end()) return DecoderUpdate::all_bits;
-  return std::exchange(found->second[&decoder], 0);
+  return std::exchange(found->second.items[&decoder], 0);
 }
 
 int DefaultDevice::supports(std::string_view feature) const {
@@ -164,7 +173,7 @@ void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit) {
 /// Stations that have left get these items when they join again.
 void DefaultDevice::note_missing(const DrivenDecoder* decoder, std::uint32_t items) {
   for (auto& [device, missed] : missed_) {
-    if (!members_.contains(device)) missed[decoder] |= items;
+    if (!members_.contains(device)) missed.items[decoder] |= items;
   }
 }
 

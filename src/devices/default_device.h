@@ -64,10 +64,17 @@ class DefaultDevice : public Device {
     std::vector<Glib::RefPtr<StationProxy>> errands{};
   };
 
+  /// What a station has not got that has left, or had left and has joined again.
+  struct Missed {
+    std::map<const DrivenDecoder*, std::uint32_t> items{};
+    ScopedConnection deleted{};  // the station has ended, as a member or away
+  };
+
   void for_each_in_service(const std::function<void(Device&)>& visit);
   void fan_out(DrivenDecoder* decoder, std::uint32_t bit);
   using Errand = std::pair<Item, Glib::RefPtr<StationProxy>>;
   [[nodiscard]] std::vector<Errand> errands_at(const Device& device) const;
+  Missed& missed_by(Device* device);
   void forget(Device* device);
   void follow_link(Device& device);
   void go_on_without_held_up(const Item& item,
@@ -82,8 +89,7 @@ class DefaultDevice : public Device {
   std::map<Item, FanOut> newest_;  // of those not yet answered
   std::uint64_t fan_outs_ = 0;
   std::map<const Device*, std::array<ScopedConnection, 2>> members_;
-  /// Of stations that have left, and of those that have joined again.
-  std::map<const Device*, std::map<const DrivenDecoder*, std::uint32_t>> missed_;
+  std::map<const Device*, Missed> missed_;
   /// The newest errand of each item that a station was left alone with.
   std::map<std::pair<const Device*, Item>, Glib::RefPtr<StationProxy>> let_go_;
 };
