@@ -194,8 +194,9 @@ liusb::Bytes LIUSB::exchange(const liusb::Bytes& message, std::optional<bool> po
     lose_port();
     if (*alive) {
       set_link(LinkPhase::lost,
-               Glib::ustring::compose(_("%1 lost its port %2: plug it out and in again."),
-                                      get_name(), port->port_name));
+               Glib::ustring::compose(
+                   _("%1 lost its port %2: look at its plug. It is tried again by itself."),
+                   get_name(), port->port_name));
     }
     throw;
   }

@@ -25,8 +25,8 @@ class DrivenDecoder : public Glib::Object {
   /// Its locomotive has gone, and nothing is wished any more.
   [[nodiscard]] virtual bool is_retired() const { return false; }
 
-  [[nodiscard]] DecoderType get_type() const { return type_; }
-  [[nodiscard]] Address get_address() const { return address_; }
+  [[nodiscard]] virtual DecoderType get_type() const { return type_; }
+  [[nodiscard]] virtual Address get_address() const { return address_; }
   /// The wanted values, and in the mask what is out of date.
   [[nodiscard]] virtual const DecoderUpdate& state() const { return state_; }
   /// 0 to 126, or DecoderUpdate::emergency_stop.

@@ -15,8 +15,8 @@ class Device;
 /// Where the station keeps the item back or does not answer to anything, and another one serves the
 /// decoder, the command goes on without it: let go of, it waits by itself for its station.
 ///
-/// Its values are always those that the decoder has now: a station may send several items in one
-/// message, and what is older must not follow what is newer.
+/// Its address and its values are always those that the decoder has now: a station may send several
+/// items in one message, and what is older must not follow what is newer.
 class StationProxy : public DecoderProxy {
  public:
   /// `item` is a bit of DecoderUpdate; `answers` collects for all stations.
@@ -28,6 +28,8 @@ class StationProxy : public DecoderProxy {
   void ask();
   void complete(const DecoderUpdate& delivered) override;
   [[nodiscard]] const DecoderUpdate& state() const override;
+  [[nodiscard]] DecoderType get_type() const override { return parent_->get_type(); }
+  [[nodiscard]] Address get_address() const override { return parent_->get_address(); }
   /// A newer wish takes its place, or the station has left.
   void abandon();
   /// The station keeps the item back, or answers nobody.

@@ -434,6 +434,16 @@ TEST_F(ECoSTest, lets_everybody_else_go_first_when_a_station_refuses_one_item) {
   clock.advance(5s);
   EXPECT_TRUE(station.locomotive(3).functions[2]);
   EXPECT_EQ("", get_status());
+
+  // With another address it is another locomotive.
+  station.hub.faults().fail("set(1000,func[5", 25);
+  loks[0]->get_decoders().front()->set_function(5, true);
+  clock.advance(50ms);
+  EXPECT_NE("", get_status());
+  loks[0]->get_decoders().front()->set_address(Address(9));
+  clock.advance(5s);
+  EXPECT_TRUE(station.locomotive(9).functions[5]);
+  EXPECT_EQ("", get_status());
 }
 
 TEST_F(ECoSTest, drives_a_locomotive_at_one_station_while_another_refuses_it) {
