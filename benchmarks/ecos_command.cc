@@ -169,7 +169,7 @@ double percentile_99(std::vector<double> times) {
   return *place;
 }
 
-const Figure mean("ECoS: one locomotive command", "ns", 2.3, [](Effort effort) {
+const Figure mean("ECoS: one locomotive command", "ns", 1.8, [](Effort effort) {
   auto bench = std::make_shared<Bench>();
   return [bench, effort] {
     return versus(

@@ -327,7 +327,8 @@ void Device::release_after_failure(Round round, std::uint64_t failed) {
   if (round != round_) return;
   catching_up_ = false;
   auto waiting = take_pending();
-  std::ranges::stable_partition(waiting, [&](const auto& one) { return one.ticket != failed; });
+  std::stable_partition(waiting.begin(), waiting.end(),
+                        [&](const auto& one) { return one.ticket != failed; });
   for (const auto& [decoder, ticket] : waiting) decoder->complete({});
 }
 

@@ -118,6 +118,7 @@ void Socket::take(const Glib::RefPtr<Gio::SocketConnection>& connection) {
   set_tcp_option(socket, TCP_NODELAY, 1);
   watch_peer(socket);
   connection_ = connection;
+  watch_ = std::make_shared<ReadWatch>(connection->get_socket()->get_fd());
 }
 
 bool Socket::close(const Cancel& cancel) {
@@ -125,20 +126,26 @@ bool Socket::close(const Cancel& cancel) {
       connection_,
       [cancel](Gio::IOStream& stream, const Slot& done) { stream.close_async(done, cancel); },
       [](Gio::IOStream& stream, const Result& result) { return stream.close_finish(result); });
-  if (closed) connection_.reset();
-  return closed;
+  if (!closed) return false;
+  if (watch_) watch_->end();
+  drop();
+  return true;
+}
+
+void Socket::drop() {
+  watch_.reset();
+  connection_.reset();
 }
 
 // A station answers quickly, and nearly every line fits into the system's buffer. Asking first
 // saves the turns of the main loop in which the toolkit would begin the transfer and tell its
-// result.
+// result; a read that has to wait does so without it.
 
-std::optional<gssize> Socket::read_at_once(void* buffer, gsize count, const Cancel& cancel) {
-  const auto stream = input();
-  if (!stream) return {};
+std::optional<gssize> Socket::read_at_once(Gio::InputStream& stream, void* buffer, gsize count,
+                                           const Cancel& cancel) {
   GError* error = nullptr;
   const auto got = g_pollable_input_stream_read_nonblocking(
-      G_POLLABLE_INPUT_STREAM(stream->gobj()), buffer, count, Glib::unwrap(cancel), &error);
+      G_POLLABLE_INPUT_STREAM(stream.gobj()), buffer, count, Glib::unwrap(cancel), &error);
   return outcome(got, error);
 }
 
@@ -155,19 +162,20 @@ void Socket::wait_for_turn() {
   fiber::yield([this](fiber* f) { turns_.wait([f] { fiber::resume(f, 0); }); });
 }
 
+// The stream is held: the connection may be closed, and another opened, before the end.
 gssize Socket::read(void* buffer, gsize count, const Cancel& cancel) {
   const auto self = hold();
   if (turns_.is_used_up()) wait_for_turn();
-  if (const auto got = read_at_once(buffer, count, cancel)) return *got;
+  const auto stream = input();
+  const auto watch = watch_;
+  if (!stream) throw Gio::Error(Gio::Error::CLOSED, "Not Connected");
+  if (watch->is_waiting()) throw Gio::Error(Gio::Error::PENDING, "Read Under Way");
+  auto got = read_at_once(*stream.operator->(), buffer, count, cancel);
+  if (got) return *got;
   const auto began = Clock::now();
-  const auto got = run(
-      input(),
-      [=](Gio::InputStream& stream, const Slot& done) {
-        stream.read_async(buffer, count, done, cancel);
-      },
-      [](Gio::InputStream& stream, const Result& result) { return stream.read_finish(result); });
+  for (; !got; got = read_at_once(*stream.operator->(), buffer, count, cancel)) watch->wait(cancel);
   turns_.rested(Clock::now() - began);
-  return got;
+  return *got;
 }
 
 gssize Socket::write(const void* bytes, gsize count, const Cancel& cancel) {

@@ -8,10 +8,12 @@
 #include <giomm/socketconnectable.h>
 #include <giomm/socketconnection.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "runtime/read_turns.h"
+#include "runtime/read_watch.h"
 
 namespace zemblar {
 
@@ -23,10 +25,11 @@ namespace zemblar {
 /// the last operation has ended, whoever lets go of it.
 ///
 /// Throws Gio::Error: BUSY "Already Connected" from `connect`, CLOSED "Not Connected" from all
-/// others, CANCELLED when the cancellable is, before or during the call, and whatever else the
-/// toolkit reports. IPv4 alone. A peer that sends without pause does not stop the main loop (see
-/// ReadTurns). A peer that has gone without a word is noticed within 15 s, whether
-/// something is sent or not: `read` then throws TIMED_OUT or HOST_UNREACHABLE.
+/// others, PENDING from a second read at one time, CANCELLED when the cancellable is, before or
+/// during the call, and whatever else the toolkit reports. IPv4 alone. A peer that sends without
+/// pause does not stop the main loop (see ReadTurns). A peer that has gone without a word is
+/// noticed within 15 s, whether something is sent or not: `read` then throws TIMED_OUT or
+/// HOST_UNREACHABLE.
 ///
 /// The four operations of a conversation are virtual, so that a stream in memory can stand in.
 class Socket : public Glib::Object {
@@ -43,7 +46,7 @@ class Socket : public Glib::Object {
   /// Reads that are under way end with an error.
   virtual bool close(const Cancel& cancel = {});
   /// Lets go of the connection without a word, for one that could not be closed.
-  virtual void drop() { connection_.reset(); }
+  virtual void drop();
 
   /// The count read, 0 at the end of the stream or for a `count` of 0. The buffer must stay until
   /// the operation has ended.
@@ -63,8 +66,9 @@ class Socket : public Glib::Object {
 
  private:
   void wait_for_turn();
-  // None when the transfer would have to wait, or there is no connection.
-  std::optional<gssize> read_at_once(void* buffer, gsize count, const Cancel& cancel);
+  // None when the transfer would have to wait; for a write also when there is no connection.
+  static std::optional<gssize> read_at_once(Gio::InputStream& stream, void* buffer, gsize count,
+                                            const Cancel& cancel);
   std::optional<gssize> write_at_once(const void* bytes, gsize count, const Cancel& cancel);
   /// Waits for an operation on one side of the connection.
   template <typename Stream, typename Start, typename Finish>
@@ -76,6 +80,7 @@ class Socket : public Glib::Object {
 
   ReadTurns turns_;
   Glib::RefPtr<Gio::SocketConnection> connection_;  // null while not connected
+  std::shared_ptr<ReadWatch> watch_;                // of its descriptor
   Glib::RefPtr<Gio::SocketClient> client_;
 };
 

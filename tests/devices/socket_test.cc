@@ -246,6 +246,31 @@ TEST(SocketTest, ends_a_read_that_is_cancelled_closed_or_left_alone) {
   }
 }
 
+TEST(SocketTest, leaves_the_main_loop_alone_while_nobody_takes_what_has_come) {
+  Listener listener;
+  const auto socket = Socket::create();
+  char buffer[1];
+  char last = 0;
+  on_fiber([&] {
+    socket->connect(listener.address());
+    listener.accept_one();
+    fiber::spawn([&] {
+      for (int count = 0; count < 2; ++count) EXPECT_EQ(1, socket->read(buffer, 1));
+    });
+    EXPECT_EQ(Gio::Error::PENDING, error_of([&] { socket->read(buffer, 1); }).first);
+  });
+  listener.send("abc");
+  EXPECT_TRUE(wait_until([&] { return buffer[0] == 'b'; }));
+  const auto loop = Glib::MainContext::get_default();
+  EXPECT_TRUE(wait_until([&] { return !loop->iteration(false); })) << "busy with what nobody reads";
+  on_fiber([&] {
+    EXPECT_EQ(1, socket->read(buffer, 1));
+    fiber::spawn([&] { EXPECT_EQ(1, socket->read(&last, 1)); });
+    listener.send("d");
+  });
+  EXPECT_TRUE(wait_until([&] { return last == 'd'; })) << "and waits for more afterwards";
+}
+
 TEST(SocketTest, keeps_no_connection_of_an_attempt_that_was_cancelled_meanwhile) {
   int cancelled_count = 0;
   for (int turns = 0; turns < 12; ++turns) {
