@@ -49,8 +49,8 @@ gboolean ReadWatch::dispatch(GSource* source, GSourceFunc, gpointer) {
 void ReadWatch::poll(bool on) {
   if (on == (polled_ != nullptr)) return;
   if (on) {
-    polled_ = g_source_add_unix_fd(
-        source_, descriptor_, static_cast<GIOCondition>(G_IO_IN | G_IO_ERR | G_IO_HUP));
+    polled_ = g_source_add_unix_fd(source_, descriptor_,
+                                   static_cast<GIOCondition>(G_IO_IN | G_IO_ERR | G_IO_HUP));
   } else {
     g_source_remove_unix_fd(source_, std::exchange(polled_, nullptr));
   }
