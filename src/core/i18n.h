@@ -9,3 +9,11 @@
 #define C_(context, text) g_dpgettext2(GETTEXT_PACKAGE, context, text)
 /// Marks a text that is translated later, where it is shown.
 #define N_(text) text
+
+namespace zemblar {
+
+/// Has texts come in the language of the user, as UTF-8 whatever the locale's encoding is. First in
+/// a process.
+void set_up_language();
+
+}  // namespace zemblar

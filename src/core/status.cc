@@ -40,11 +40,12 @@ Glib::ustring get_status() {
   return line().text;
 }
 
-/// `owner` is the note that the text is of, or null.
+/// `owner` is the note that the text is of, or null. A library's message may quote half a character
+/// of a damaged file, and the toolkit ends a program that shows that.
 void StatusNote::put(const Glib::ustring& text, StatusNote* owner) {
   auto* replaced = std::exchange(line().shown, owner);
   if (replaced && replaced != owner) replaced->due_ = true;
-  line().text = text;
+  line().text = text.validate() ? text : text.make_valid();
   signal_status_changed().emit();
 }
 

@@ -5,8 +5,6 @@
 #include <gtkmm/settings.h>
 #include <gtkmm/window.h>
 
-#include <clocale>
-
 #include "core/global_options.h"
 #include "core/i18n.h"
 #include "core/recovery_copy.h"
@@ -16,6 +14,7 @@
 #include "ui/edit_history.h"
 #include "ui/icons.h"
 #include "ui/layout_dialogs.h"
+#include "ui/layout_window.h"
 #include "ui/splash_screen.h"
 #include "ui/stock.h"
 #include "ui/track_editor.h"
@@ -47,25 +46,25 @@ void start_document() {
   if (!path.empty()) Layout::open(path);
 }
 
-void open_first_windows(StartOptions options) {
-  if (!options.track_view && !options.track_editor) {
-    const bool remembered = !GlobalOptions::get().get_layout().empty();
-    (remembered ? options.track_view : options.track_editor) = true;
-  }
+/// The window for somebody who has asked for none.
+auto* usual_window() {
+  return GlobalOptions::get().get_layout().empty() ? TrackEditor::open : TrackView::open;
+}
+
+void open_first_windows(const StartOptions& options) {
   auto later = [](void (*open)()) {
     Glib::signal_timeout().connect_once(sigc::ptr_fun(open), first_window_delay);
   };
   if (options.track_editor) later(TrackEditor::open);
   if (options.track_view) later(TrackView::open);
+  if (!options.track_editor && !options.track_view) later(usual_window());
 }
 
 }  // namespace
 
 void set_up_process() {
   raise_float_flags();
-  std::setlocale(LC_ALL, "");
-  bindtextdomain(GETTEXT_PACKAGE, ZEMBLAR_LOCALEDIR);
-  bind_textdomain_codeset(GETTEXT_PACKAGE, "UTF-8");
+  set_up_language();
 }
 
 Application::Application(StartOptions options) {
@@ -88,6 +87,15 @@ Application::Application(StartOptions options) {
   tray_ = std::make_unique<Tray>(Layout::get());
   tray_->watch_for_a_place();
   open_first_windows(options);
+  first_windows_ = Timeout::once(std::chrono::milliseconds(first_window_delay), [] {});
+}
+
+void Application::serve(const Instance::Wish& wish) const {
+  if (!wish.file.empty()) open_as_chosen(wish.file);
+  if (wish.track_editor) TrackEditor::open();
+  if (wish.track_view) TrackView::open();
+  if (wish.track_editor || wish.track_view || first_windows_.armed()) return;
+  if (!LayoutWindow::present_all()) usual_window()();
 }
 
 void Application::run() {

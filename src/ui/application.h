@@ -2,7 +2,9 @@
 
 #include <memory>
 
+#include "core/instance.h"
 #include "core/recovery_copy.h"
+#include "runtime/timer.h"
 #include "ui/tray.h"
 
 namespace zemblar {
@@ -26,12 +28,15 @@ class Application {
  public:
   explicit Application(StartOptions options);
 
+  /// Does what a later start of the program asks for.
+  void serve(const Instance::Wish& wish) const;
   /// Runs until Quit. Closing every window does not end it. What is in no file then is kept.
   static void run();
 
  private:
   std::unique_ptr<RecoveryCopy> recovery_copy_;
   std::unique_ptr<Tray> tray_;
+  Timeout first_windows_;  // armed until they open
 };
 
 }  // namespace zemblar

@@ -80,7 +80,7 @@ void open_layout(Layout& /*current*/) {
     if (!chooser.choose()) return;
     path = chooser.get_filename();
   }
-  if (!path.empty() && Layout::open(path)) GlobalOptions::get().set_layout(path);
+  if (!path.empty()) open_as_chosen(path);
 }
 
 void save_layout(Layout& layout) {
@@ -136,6 +136,10 @@ void finish_edits() {
 
 void install_layout_dialogs() {
   Layout::dialogs() = {.finish_edits = finish_edits, .open = open_layout, .save_as = save_layout};
+}
+
+void open_as_chosen(const std::string& path) {
+  if (Layout::open(path)) GlobalOptions::get().set_layout(path);
 }
 
 void close_dialogs() {

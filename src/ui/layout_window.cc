@@ -19,6 +19,16 @@ LayoutWindow::LayoutWindow(const Glib::ustring& title) {
   add(rows_);
 }
 
+bool LayoutWindow::present_all() {
+  bool found = false;
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    if (!dynamic_cast<LayoutWindow*>(window) || !window->get_visible()) continue;
+    window->present();
+    found = true;
+  }
+  return found;
+}
+
 void LayoutWindow::set_content(Gtk::Widget& content, ViewPages& pages) {
   view_menu_->append(*Gtk::manage(new Gtk::SeparatorMenuItem));
   pages.append_zoom_items(*view_menu_, get_accel_group());

@@ -15,6 +15,10 @@ class ViewPages;
 /// What the main windows have in common: menu bar, tool bar with the file buttons, content and
 /// status line, from top to bottom. Closing it, by whatever way, deletes it; made with `new`.
 class LayoutWindow : public Gtk::Window {
+ public:
+  /// Brings all of them before other windows. False when there is none.
+  static bool present_all();
+
  protected:
   explicit LayoutWindow(const Glib::ustring& title);
 

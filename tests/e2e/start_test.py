@@ -9,7 +9,7 @@ import unittest
 
 from zemblar_ui import Program, press_keys, type_keys, wait_for
 
-PROGRAM = sys.argv.pop(1)
+PROGRAM, OPENER = sys.argv.pop(1), sys.argv.pop(1)
 EDITOR = 'Zemblar 0.1 — Track Editor'
 VIEW = 'Zemblar 0.1 — Track View'
 SAMPLE = '%YAML 1.2\ntitle: Harbour\nobjects:\n  - !view\n    name: Quay\n    id: 0\n'
@@ -132,6 +132,42 @@ class Start(unittest.TestCase):
             self.assertFalse(self.popup_item(program, 'New').sensitive)
             self.assertTrue(self.popup_item(program, 'Save').sensitive)
 
+    def test_a_second_start_shows_the_program_that_runs(self):
+        with self.start() as program:
+            program.window(EDITOR)
+            self.run_beside(PROGRAM)
+            self.assertEqual([w.name for w in program.windows()].count(EDITOR), 1)
+            self.run_beside(PROGRAM, '--track-view')
+            view = program.window(VIEW)
+            self.run_beside(OPENER, self.path('harbour.zblt', SAMPLE))
+            view.find('page tab', 'Quay')
+            view.choose('File', 'Close')
+            program.window(EDITOR).choose('File', 'Close')
+            wait_for(lambda: not program.windows(), 'the end of the last window')
+            self.run_beside(PROGRAM)
+            program.window(VIEW).find('page tab', 'Quay')
+            with self.start('--new-instance', '-e') as another:
+                another.window(EDITOR)
+
+    def test_a_file_is_opened_by_a_program_that_is_started_for_it(self):
+        os.chdir(self.folder.name)
+        self.path('harbour.zblt', SAMPLE)
+        with Program(OPENER, 'harbour.zblt') as program:
+            view = program.window(VIEW)
+            view.find('page tab', 'Quay')
+            view.choose('File', 'Quit')
+            self.assertEqual(program.wait_for_end(), 0)
+        self.assertEqual(subprocess.run([OPENER, 'none.zblt'], check=False).returncode, 1)
+
+    def run_beside(self, *command):
+        self.assertEqual(subprocess.run(command, check=False, timeout=20).returncode, 0)
+
+    def test_shows_what_a_damaged_file_says_of_itself(self):
+        remember(self.path('damaged.zblt', '%YAML 1.2\ntitle: "\\ü"\nobjects: []\n'))
+        with self.start() as program:
+            program.window(VIEW)
+            program.wait_for_status("Couldn't open")
+
     def test_tells_in_the_status_line_why_a_file_cannot_be_saved(self):
         os.mkdir(self.path('shelf'))
         remember(self.path('shelf/harbour.zblt', SAMPLE))
@@ -143,10 +179,11 @@ class Start(unittest.TestCase):
             program.wait_for_status(f"Couldn't save {self.path('shelf/harbour.zblt')}")
 
     def test_a_wrong_option_ends_the_program_with_a_message(self):
-        run = subprocess.run([PROGRAM, '--no-such-option'], capture_output=True, text=True,
-                             check=False)
-        self.assertEqual(run.returncode, 1)
-        self.assertIn('--no-such-option', run.stderr)
+        for language, option in [('C.UTF-8', '--no-such-option'), ('C', '--größe')]:
+            run = subprocess.run([PROGRAM, option], capture_output=True, text=True, check=False,
+                                 env={**os.environ, 'LANG': language})
+            self.assertEqual(run.returncode, 1)
+            self.assertIn('zemblar: ', run.stderr)
 
     def save_as(self, program, window, path):
         window.choose('File', 'Save As')
