@@ -119,20 +119,6 @@ YAML::_Tag unwritable_tag(const std::string& tag) {
   return YAML::LocalTag(PrivateForm::is_used() ? tag : "!" + tag);
 }
 
-void read_path(const YAML::Node& node, const char* key, std::string& path) {
-  const auto value = node[key];
-  if (value && !value.IsNull()) value >> path;
-}
-
-void write_path(YAML::Emitter& out, const char* key, const std::string& path) {
-  out << YAML::Key << key << YAML::Value;
-  if (path.empty()) {
-    out << YAML::Null;
-  } else {
-    out << path;
-  }
-}
-
 void resolve_later(unsigned id, std::function<bool(Object*)> assign) {
   auto& layout = Layout::get();
   layout.signal_resolve().connect(

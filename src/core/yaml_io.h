@@ -76,8 +76,4 @@ void read_key(const YAML::Node& node, const char* key, T& value) {
 /// there. In the private form it is a tag like others. Without the leading `!`.
 [[nodiscard]] YAML::_Tag unwritable_tag(const std::string& tag);
 
-/// The path of a picture, empty for none: a scalar, or null.
-void read_path(const YAML::Node& node, const char* key, std::string& path);
-void write_path(YAML::Emitter& out, const char* key, const std::string& path);
-
 }  // namespace zemblar

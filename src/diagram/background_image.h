@@ -4,19 +4,22 @@
 
 #include <string>
 
+#include "core/picture_path.h"
+
 namespace zemblar {
 
 /// The picture under a track diagram, for instance a plan to trace: a path, and what was loaded
 /// from it. One pixel is one diagram unit. Loading needs no display.
 class BackgroundImage {
  public:
-  /// Loads the file; an empty path means no image. A path that is not absolute starts from the
-  /// folder of the layout file, and a picture that is not where its path says is looked for by its
-  /// name in that folder. One that cannot be loaded leaves the image empty, so that the next save
+  /// Loads the file. A picture that cannot be loaded leaves the image empty, so that the next save
   /// drops its path, and is named in the status line.
-  void load(const std::string& path);
+  void load(const PicturePath& picture);
 
-  [[nodiscard]] const std::string& path() const { return path_; }
+  /// What was loaded.
+  [[nodiscard]] const PicturePath& picture() const { return picture_; }
+  /// What was to be loaded.
+  [[nodiscard]] const PicturePath& wanted() const { return wanted_; }
   /// Where the picture was found.
   [[nodiscard]] const std::string& file() const { return file_; }
   /// Null when there is nothing to draw.
@@ -25,7 +28,8 @@ class BackgroundImage {
   [[nodiscard]] int height() const { return pixbuf_ ? pixbuf_->get_height() : 0; }
 
  private:
-  std::string path_;
+  PicturePath picture_;
+  PicturePath wanted_;
   std::string file_;
   Glib::RefPtr<Gdk::Pixbuf> pixbuf_;
 };

@@ -11,6 +11,7 @@
 #include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/private_form.h"
 #include "core/property.h"
 #include "core/status.h"
 #include "core/yaml_io.h"
@@ -44,9 +45,9 @@ View::View() : Glib::ObjectBase("View"), Object(_("View %1")), colour_("white") 
 View::View(const YAML::Node& node) : View() {
   load_identity(node);
   if (const auto colour = node["colour"]) colour >> colour_;
-  std::string path;
-  if (const auto image = node["image"]; image && !image.IsNull()) image >> path;
-  set_image(path);
+  PicturePath image;
+  read_picture(node, "image", image);
+  set_picture(image);
   read_key(node, "hidden", hidden_);
   if (const auto objects = node["objects"]) read_objects(objects);
 }
@@ -192,9 +193,9 @@ void View::set_height(double height) {
   notify_property(*this, "height");
 }
 
-void View::set_image(const std::string& path) {
-  if (path != image_.path()) before_change();
-  image_.load(path);
+void View::set_picture(const PicturePath& picture) {
+  if (picture != image_.wanted()) before_change();
+  image_.load(picture);
   signal_image_changed_.emit();
   object_changed(nullptr);
   if (!image_.pixbuf()) return;
@@ -239,7 +240,9 @@ void View::save_start(YAML::Emitter& out) const {
 void View::save_settings(YAML::Emitter& out) const {
   save_identity(out);
   out << YAML::Key << "colour" << YAML::Value << colour_;
-  out << YAML::Key << "image" << YAML::Value << image_.path();
+  out << YAML::Key << "image" << YAML::Value;
+  // An undone step or a recovery copy finds a picture that is back in its place.
+  out << (PrivateForm::is_used() ? image_.wanted() : image_.picture());
   out << YAML::Key << "hidden" << YAML::Value << hidden_;
 }
 
@@ -256,7 +259,11 @@ void View::restore(const EntryChange& change) {
     change.at("colour") >> colour;
     set_colour(colour);
   }
-  change.read<std::string>("image", [this](const auto& path) { set_image(path); });
+  if (change.differs("image")) {
+    PicturePath image;
+    read_picture(change.entry(), "image", image);
+    set_picture(image);
+  }
   change.read<bool>("hidden", [this](bool hidden) { set_hidden(hidden); });
 }
 

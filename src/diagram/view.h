@@ -39,7 +39,8 @@ class View : public Object {
   [[nodiscard]] const BackgroundImage& image() const { return image_; }
   /// Loads the picture and grows the table so that it holds the whole of it. An empty path takes
   /// the picture away; a file that cannot be loaded is named in the status line.
-  void set_image(const std::string& path);
+  void set_image(const std::string& path) { set_picture(PicturePath(path)); }
+  void set_picture(const PicturePath& picture);
   /// Where the picture's left upper corner lies on the table.
   [[nodiscard]] unsigned image_x() const { return image_x_; }
   [[nodiscard]] unsigned image_y() const { return image_y_; }

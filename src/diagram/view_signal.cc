@@ -114,7 +114,7 @@ const Glib::RefPtr<Gdk::Pixbuf>& ViewSignal::picture() {
   if (is_new) {
     const auto told = get_status();
     BackgroundImage image;
-    image.load(state->get_image());
+    image.load(state->picture());
     if (!told.empty() && get_status() != told) set_status(told);
     entry->second = image.pixbuf();
   }

@@ -57,8 +57,8 @@ Function::Function(Lok* lok, const YAML::Node& node) : Function(lok) {
   if (const auto type = node["type"]) type_ = read_type(type);
   if (const auto key = node["decoder"]) decoder_ = read_below(key, lok->get_decoders().size());
   if (const auto key = node["function"]) function_ = read_below(key, max_function + 1);
-  read_path(node, "on_image", on_image_);
-  read_path(node, "off_image", off_image_);
+  read_picture(node, "on_image", on_image_);
+  read_picture(node, "off_image", off_image_);
 }
 
 Function::~Function() {
@@ -72,8 +72,8 @@ void Function::save(YAML::Emitter& out) const {
   out << YAML::Key << "type" << YAML::Value << type_words[static_cast<std::size_t>(type_)];
   out << YAML::Key << "decoder" << YAML::Value << decoder_;
   out << YAML::Key << "function" << YAML::Value << function_;
-  write_path(out, "on_image", on_image_);
-  write_path(out, "off_image", off_image_);
+  write_picture(out, "on_image", on_image_);
+  write_picture(out, "off_image", off_image_);
   out << YAML::EndMap;
 }
 
@@ -82,12 +82,12 @@ void Function::restore(const EntryChange& change) {
   if (change.differs("type")) set_type(read_type(change.at("type")));
   change.read<unsigned>("decoder", [this](unsigned index) { set_decoder(index); });
   change.read<unsigned>("function", [this](unsigned number) { set_function(number); });
-  std::string on;
-  std::string off;
-  read_path(change.entry(), "on_image", on);
-  read_path(change.entry(), "off_image", off);
-  if (change.differs("on_image")) set_on_image(on);
-  if (change.differs("off_image")) set_off_image(off);
+  PicturePath on;
+  PicturePath off;
+  read_picture(change.entry(), "on_image", on);
+  read_picture(change.entry(), "off_image", off);
+  if (change.differs("on_image")) set_on_picture(on);
+  if (change.differs("off_image")) set_off_picture(off);
 }
 
 void Function::on_name_changed() {
@@ -168,17 +168,17 @@ void Function::set_type(Type type) {
   notify_property(*this, "type");
 }
 
-void Function::set_on_image(const std::string& path) {
-  if (path == on_image_) return;
+void Function::set_on_picture(const PicturePath& image) {
+  if (image == on_image_) return;
   before_change();
-  on_image_ = path;
+  on_image_ = image;
   notify_property(*this, "on-image");
 }
 
-void Function::set_off_image(const std::string& path) {
-  if (path == off_image_) return;
+void Function::set_off_picture(const PicturePath& image) {
+  if (image == off_image_) return;
   before_change();
-  off_image_ = path;
+  off_image_ = image;
   notify_property(*this, "off-image");
 }
 

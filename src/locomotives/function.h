@@ -3,6 +3,7 @@
 #include <string>
 
 #include "core/object.h"
+#include "core/picture_path.h"
 
 namespace zemblar {
 
@@ -47,10 +48,14 @@ class Function : public Object {
   void set_hidden(bool hidden);
   [[nodiscard]] Type get_type() const { return type_; }
   void set_type(Type type);
-  [[nodiscard]] const std::string& get_on_image() const { return on_image_; }
-  void set_on_image(const std::string& path);
-  [[nodiscard]] const std::string& get_off_image() const { return off_image_; }
-  void set_off_image(const std::string& path);
+  [[nodiscard]] const std::string& get_on_image() const { return on_image_.path(); }
+  void set_on_image(const std::string& path) { set_on_picture(PicturePath(path)); }
+  [[nodiscard]] const PicturePath& on_picture() const { return on_image_; }
+  void set_on_picture(const PicturePath& image);
+  [[nodiscard]] const std::string& get_off_image() const { return off_image_.path(); }
+  void set_off_image(const std::string& path) { set_off_picture(PicturePath(path)); }
+  [[nodiscard]] const PicturePath& off_picture() const { return off_image_; }
+  void set_off_picture(const PicturePath& image);
 
   /// The decoder at `index` has left the Lok.
   void on_decoder_removed(unsigned index);
@@ -80,8 +85,8 @@ class Function : public Object {
   bool state_ = false;
   Type type_ = Type::Toggle;
   Lok* lok_;
-  std::string off_image_;
-  std::string on_image_;
+  PicturePath off_image_;
+  PicturePath on_image_;
 };
 
 }  // namespace zemblar

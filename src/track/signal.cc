@@ -24,7 +24,7 @@ SignalState::SignalState(PointBase* owner) : Glib::ObjectBase("SignalState"), Po
 SignalState::SignalState(PointBase* owner, const YAML::Node& node)
     : Glib::ObjectBase("SignalState"), PointState(owner, node) {
   register_properties();
-  read_path(node, "image", image_);
+  read_picture(node, "image", image_);
 }
 
 void SignalState::register_properties() {
@@ -34,22 +34,22 @@ void SignalState::register_properties() {
 void SignalState::save(YAML::Emitter& out) const {
   out << YAML::BeginMap;
   save_state(out);
-  write_path(out, "image", image_);
+  write_picture(out, "image", image_);
   out << YAML::EndMap;
 }
 
 void SignalState::restore(const EntryChange& change) {
   PointState::restore(change);
   if (!change.differs("image")) return;
-  std::string path;
-  read_path(change.entry(), "image", path);
-  set_image(path);
+  PicturePath image;
+  read_picture(change.entry(), "image", image);
+  set_picture(image);
 }
 
-void SignalState::set_image(const std::string& path) {
-  if (path == image_) return;
+void SignalState::set_picture(const PicturePath& image) {
+  if (image == image_) return;
   before_change();
-  image_ = path;
+  image_ = image;
   notify_property(*this, "image");
 }
 

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "core/picture_path.h"
 #include "track/point_base.h"
 
 namespace zemblar {
@@ -17,15 +18,17 @@ class SignalState : public PointState {
   void save(YAML::Emitter& out) const override;
 
   void restore(const EntryChange& change) override;
-  [[nodiscard]] const std::string& get_image() const { return image_; }
-  void set_image(const std::string& path);
+  [[nodiscard]] const std::string& get_image() const { return image_.path(); }
+  void set_image(const std::string& path) { set_picture(PicturePath(path)); }
+  [[nodiscard]] const PicturePath& picture() const { return image_; }
+  void set_picture(const PicturePath& image);
 
   Glib::PropertyProxy<std::string> property_image() { return {this, "image"}; }
 
  private:
   void register_properties();
 
-  std::string image_;
+  PicturePath image_;
 };
 
 /// A signal: states and outputs, and no track. It has no links, so no train ever meets it.

@@ -13,8 +13,8 @@ constexpr int widest_name = 24;  // characters; the throttle's window grows with
 
 Glib::RefPtr<Gdk::Pixbuf> picture_of(const Function& function) {
   const bool on = function.get_state_overlay();
-  const auto& first = on ? function.get_on_image() : function.get_off_image();
-  const auto& second = on ? function.get_off_image() : function.get_on_image();
+  const auto& first = on ? function.on_picture() : function.off_picture();
+  const auto& second = on ? function.off_picture() : function.on_picture();
   const auto picture = load_picture(first, picture_size);
   return picture ? picture : load_picture(second, picture_size);
 }

@@ -110,8 +110,8 @@ void FunctionProperties::follow() {
   decoder_.set_active(static_cast<int>(function_->get_decoder()));
   show_value(number_, function_->get_function());
   show_active(hidden_, function_->get_hidden());
-  off_image_.set_path(function_->get_off_image());
-  on_image_.set_path(function_->get_on_image());
+  off_image_.set_path(function_->off_picture().file());
+  on_image_.set_path(function_->on_picture().file());
 }
 
 void FunctionProperties::follow_type() {

@@ -1,6 +1,7 @@
 #include "ui/picture.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
+#include <glibmm/convert.h>
 #include <glibmm/error.h>
 #include <glibmm/wrap.h>
 
@@ -28,6 +29,15 @@ Glib::RefPtr<Gdk::Pixbuf> load_picture(const std::string& path, int size) {
   } catch (const Glib::Error&) {
     return {};
   }
+}
+
+Glib::RefPtr<Gdk::Pixbuf> load_picture(const PicturePath& picture, int size) {
+  auto loaded = load_picture(picture.file(), size);
+  if (!loaded && !picture.empty() && get_status().empty()) {
+    set_status(Glib::ustring::compose(_("There is no picture in the file %1."),
+                                      Glib::filename_display_name(picture.path())));
+  }
+  return loaded;
 }
 
 }  // namespace zemblar

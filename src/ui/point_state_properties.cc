@@ -141,12 +141,12 @@ void PointStateProperties::add_image() {
   auto* state = dynamic_cast<SignalState*>(state_.get());
   if (!state) return;
   add_row(_("_Image:"), image_);
-  image_.set_path(state->get_image());
+  image_.set_path(state->picture().file());
   image_.signal_chosen().connect([this](const std::string& path) {
     if (state_) dynamic_cast<SignalState&>(*state_).set_image(path);
   });
   image_changed_ = state->property_image().signal_changed().connect(
-      [this, state] { image_.set_path(state->get_image()); });
+      [this, state] { image_.set_path(state->picture().file()); });
 }
 
 void PointStateProperties::connect() {

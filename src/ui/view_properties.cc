@@ -80,7 +80,7 @@ void ViewProperties::describe_controls() {
 
 void ViewProperties::follow_image() {
   const auto& image = view_.image();
-  image_.set_path(image.file());
+  image_.set_path(image.pixbuf() ? image.file() : image.wanted().file());
   from_image_.set_sensitive(bool(image.pixbuf()));
 }
 

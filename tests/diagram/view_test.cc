@@ -2,13 +2,21 @@
 
 #include <gdkmm/pixbuf.h>
 #include <glib/gstdio.h>
+#include <glibmm/convert.h>
 #include <glibmm/fileutils.h>
 #include <glibmm/miscutils.h>
 #include <gtest/gtest.h>
 #include <yaml-cpp/yaml.h>
 
+#include <cstdlib>
+#include <regex>
+
+#include "core/document_text.h"
 #include "core/layout.h"
 #include "core/status.h"
+#include "locomotives/function.h"
+#include "locomotives/lok.h"
+#include "track/signal.h"
 
 namespace zemblar {
 namespace {
@@ -100,6 +108,54 @@ TEST(View, finds_the_image_beside_the_layout_file_or_names_it_and_leaves_it_empt
   EXPECT_NE(open("/old/house/zemblar-view-test-gone.png").find("image: \"\""), std::string::npos);
   EXPECT_NE(get_status().raw().find("/old/house/zemblar-view-test-gone.png"), std::string::npos);
   g_unlink(layout.c_str());
+}
+
+TEST(PicturePath, means_the_same_picture_wherever_the_layout_goes) {
+  const Picture picture(40, 30);
+  const auto name = Glib::path_get_basename(picture.path);
+  const auto top = Glib::path_get_dirname(picture.path) + "/zemblar-picture-test";
+  for (const auto* folder : {"/a", "/b/c"}) g_mkdir_with_parents((top + folder).c_str(), 0700);
+  const auto path = "../../" + name;
+  const std::string text = R"(objects:
+  - !view {name: V, image: PATH}
+  - !signal
+    name: S
+    outputs: [{type: Basic, device: ~, address: 1, output: 1}]
+    states: [{name: Stop, id: 1, outputs: [{enabled: false}], image: PATH}]
+  - !lok {name: L, functions: [{on_image: PATH}]}
+)";
+  Glib::file_set_contents(top + "/a/one.zblt", std::regex_replace(text, std::regex("PATH"), path));
+  const auto paths_with = [](const std::string& wanted) {
+    const auto text = Layout::get().serialize();
+    int count = 0;
+    for (auto at = text.find(wanted); at != text.npos; at = text.find(wanted, at + 1)) ++count;
+    return count;
+  };
+  const auto all_found = [&] {
+    auto& layout = Layout::get();
+    auto& view = dynamic_cast<View&>(**layout.get_views().begin());
+    auto& signal = dynamic_cast<Signal&>(**layout.get_points().begin());
+    auto& lok = dynamic_cast<Lok&>(**layout.get_loks().begin());
+    const auto& state = dynamic_cast<SignalState&>(*signal.states()[0]);
+    const auto& function = dynamic_cast<Function&>(**lok.begin());
+    for (const auto& file :
+         {view.image().file(), state.picture().file(), function.on_picture().file()})
+      EXPECT_TRUE(Glib::file_test(file, Glib::FILE_TEST_EXISTS)) << file;
+    EXPECT_EQ(view.image().width(), 40);
+  };
+  ASSERT_TRUE(Layout::open(top + "/a/one.zblt")) << get_status();
+  all_found();
+  EXPECT_EQ(paths_with("image: " + path + "\n"), 3) << "as the file had them";
+  Layout::get().save_to(Glib::filename_to_uri(top + "/b/c/two.zblt"), true);
+  all_found();
+  ASSERT_TRUE(Layout::open(top + "/b/c/two.zblt")) << get_status();
+  all_found();
+  EXPECT_EQ(paths_with("image: ../" + path + "\n"), 3) << "from another folder";
+  const auto kept = DocumentText::whole();
+  Layout::get().new_document(true);
+  ASSERT_TRUE(Layout::open_copy(kept, true, "a copy")) << get_status();
+  all_found();
+  EXPECT_EQ(0, std::system(("rm -r " + top).c_str()));
 }
 
 }  // namespace

@@ -1,0 +1,78 @@
+#include "core/picture_path.h"
+
+#include <giomm/file.h>
+#include <glibmm/fileutils.h>
+#include <glibmm/miscutils.h>
+#include <yaml-cpp/yaml.h>
+
+#include <filesystem>
+
+#include "core/layout.h"
+#include "core/private_form.h"
+
+namespace zemblar {
+namespace {
+
+/// Empty when the open layout has no file yet.
+std::string layout_folder() {
+  if (!Layout::exists()) return {};
+  const auto file = Layout::get().get_file();
+  return file ? file->get_parent()->get_path() : std::string();
+}
+
+bool exists(const std::string& file) {
+  return Glib::file_test(file, Glib::FILE_TEST_EXISTS);
+}
+
+bool is_relative(const std::string& path) {
+  return !path.empty() && !Glib::path_is_absolute(path);
+}
+
+}  // namespace
+
+PicturePath::PicturePath(const std::string& path)
+    : path_(path), folder_(path.empty() ? std::string() : layout_folder()) {}
+
+std::string PicturePath::file() const {
+  if (path_.empty() || folder_.empty()) return path_;
+  const auto named = is_relative(path_) ? Glib::build_filename(folder_, path_) : path_;
+  const auto beside = Glib::build_filename(folder_, Glib::path_get_basename(path_));
+  return exists(named) || !exists(beside) ? named : beside;
+}
+
+std::string PicturePath::path_to_save() const {
+  const auto folder = layout_folder();
+  if (folder_.empty() || folder.empty() || folder == folder_) return path_;
+  if (!is_relative(path_)) return file();
+  return std::filesystem::path(file()).lexically_normal().lexically_relative(folder).string();
+}
+
+YAML::Emitter& operator<<(YAML::Emitter& out, const PicturePath& picture) {
+  if (!PrivateForm::is_used()) return out << picture.path_to_save();
+  if (picture.folder_.empty()) return out << picture.path_;
+  return out << YAML::Flow << YAML::BeginSeq << picture.path_ << picture.folder_ << YAML::EndSeq;
+}
+
+void operator>>(const YAML::Node& node, PicturePath& picture) {
+  const bool has_folder = PrivateForm::is_used() && node.IsSequence() && node.size() == 2;
+  std::string path;
+  (has_folder ? node[0] : node) >> path;
+  picture = PicturePath(path);
+  if (has_folder) node[1] >> picture.folder_;
+}
+
+void read_picture(const YAML::Node& node, const char* key, PicturePath& picture) {
+  const auto value = node[key];
+  if (value && !value.IsNull()) value >> picture;
+}
+
+void write_picture(YAML::Emitter& out, const char* key, const PicturePath& picture) {
+  out << YAML::Key << key << YAML::Value;
+  if (picture.empty()) {
+    out << YAML::Null;
+  } else {
+    out << picture;
+  }
+}
+
+}  // namespace zemblar
