@@ -300,8 +300,9 @@ DecoderUpdate LIUSB::set_functions(const DrivenDecoder& decoder, unsigned fn) {
   const auto own = (sent.mask | DecoderUpdate::function_bit(fn)) >> 2;
   sent.functions = functions_[address].merge(sent.functions, own);
   sent.mask = group.mask();
-  exchange(liusb::set_functions(address, group, sent.functions));
+  // What is not answered may have been carried out, and must not be taken back by what follows.
   functions_[address].tell(sent.functions, sent.mask >> 2);
+  exchange(liusb::set_functions(address, group, sent.functions));
   return sent;
 }
 

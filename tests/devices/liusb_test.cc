@@ -170,6 +170,13 @@ TEST_F(LIUSBTest, does_not_let_decoders_of_one_address_undo_each_other) {
   EXPECT_THAT(after(50ms),
               ElementsAre("e4 20 00 14 01", "e4 20 00 14 03", "e4 20 00 14 02", "e4 20 00 14 06"));
   EXPECT_TRUE(lights->up_to_date() && motor->up_to_date());
+  // What nobody has confirmed may have been done all the same.
+  hardware.faults.mute = true;
+  lights->want_function(4, true);
+  clock.advance(50ms);
+  hardware.faults.mute = false;
+  motor->want_function(1, true);
+  EXPECT_THAT(after(3s), ElementsAre("e4 20 00 14 0e", "e4 20 00 14 0f", "e4 20 00 14 0f"));
 }
 
 TEST_F(LIUSBTest, sends_nothing_older_with_what_is_newer) {
