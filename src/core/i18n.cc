@@ -10,4 +10,9 @@ void set_up_language() {
   bind_textdomain_codeset(GETTEXT_PACKAGE, "UTF-8");
 }
 
+Glib::ustring readable(const std::string& bytes) {
+  const Glib::ustring text(bytes);
+  return text.validate() ? text : text.make_valid();
+}
+
 }  // namespace zemblar

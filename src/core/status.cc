@@ -4,6 +4,8 @@
 #include <utility>
 #include <vector>
 
+#include "core/i18n.h"
+
 namespace zemblar {
 namespace {
 
@@ -45,7 +47,7 @@ Glib::ustring get_status() {
 void StatusNote::put(const Glib::ustring& text, StatusNote* owner) {
   auto* replaced = std::exchange(line().shown, owner);
   if (replaced && replaced != owner) replaced->due_ = true;
-  line().text = text.validate() ? text : text.make_valid();
+  line().text = readable(text.raw());
   signal_status_changed().emit();
 }
 

@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "core/i18n.h"
 #include "core/layout.h"
 #include "core/object.h"
 #include "core/private_form.h"
@@ -60,8 +61,7 @@ const std::string& scalar_of(const YAML::Node& node) {
 }
 
 void operator>>(const YAML::Node& node, Glib::ustring& text) {
-  Glib::ustring read = scalar_of(node);
-  text = read.validate() ? read : read.make_valid();
+  text = readable(scalar_of(node));
 }
 
 void operator>>(const YAML::Node& node, std::string& text) {

@@ -87,7 +87,7 @@ class ECoS : public CommandStation {
   /// What the station has said to a command that it did not carry out.
   struct Refusal {
     unsigned status = 0;
-    std::string text{};
+    Glib::ustring text{};
   };
 
   void register_properties();

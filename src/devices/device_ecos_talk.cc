@@ -175,7 +175,7 @@ void ECoS::send(const std::string& bytes) {
 
 ECoSMsg ECoS::expect_success(const std::string& text) {
   auto answer = command(text);
-  refusal_ = {answer.get_status(), answer.get_status_text()};
+  refusal_ = {answer.get_status(), readable(answer.get_status_text())};
   if (answer.get_status() != 0) throw CmdFailed();
   return answer;
 }
@@ -229,7 +229,7 @@ void ECoS::on_failed_talk() {
 
 void ECoS::switch_power(bool on) {
   const auto answer = command(on ? ecos::go() : ecos::stop());
-  refusal_ = {answer.get_status(), answer.get_status_text()};
+  refusal_ = {answer.get_status(), readable(answer.get_status_text())};
   if (answer.get_status() == 0) {
     on ? track_power_is_on() : track_power_is_off();
   } else {

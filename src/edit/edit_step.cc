@@ -60,8 +60,8 @@ void as_far_as_it_fits(const Restore& restore) {
   try {
     restore();
   } catch (const YAML::Exception& problem) {
-    set_status(
-        Glib::ustring::compose(_("Not all of the step could be taken back (%1)"), problem.what()));
+    set_status(Glib::ustring::compose(_("Not all of the step could be taken back (%1)"),
+                                      readable(problem.what())));
   }
 }
 

@@ -33,7 +33,7 @@ void tell_of_exception() {
   } catch (const Glib::Exception& error) {
     set_status(error.what());
   } catch (const std::exception& error) {
-    set_status(Glib::ustring::compose(_("Something went wrong: %1"), error.what()));
+    set_status(Glib::ustring::compose(_("Something went wrong: %1"), readable(error.what())));
   } catch (...) {
     set_status(_("Something went wrong."));
   }

@@ -446,6 +446,19 @@ TEST_F(ECoSTest, lets_everybody_else_go_first_when_a_station_refuses_one_item) {
   EXPECT_EQ("", get_status());
 }
 
+TEST_F(ECoSTest, names_a_refusal_in_the_words_of_any_encoding) {
+  add_started_ecos();
+  auto* lok = layout().get_loks().add(new Lok);
+  clock.advance(100ms);
+  station.hub.faults().silence("set(1000,func[2", 1);
+  lok->get_decoders().front()->set_function(2, true);
+  clock.advance(50ms);
+  station.inject("<REPLY set(1000,func[2,1])>\r\n<END 25 (unm\xf6glich)>\r\n");
+  clock.advance(5ms);
+  EXPECT_THAT(get_status().raw(), HasSubstr("refused function 2 of Locomotive 1: 25 (unm"));
+  EXPECT_TRUE(get_status().validate());
+}
+
 TEST_F(ECoSTest, drives_a_locomotive_at_one_station_while_another_refuses_it) {
   MemoryStation second;
   add_started_ecos();
