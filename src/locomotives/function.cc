@@ -9,9 +9,9 @@
 #include "core/property.h"
 #include "core/string_pool.h"
 #include "core/yaml_io.h"
+#include "core/survival.h"
 #include "locomotives/lok.h"
 #include "locomotives/script_overlay.h"
-#include "locomotives/survival.h"
 #include "runtime/timer.h"
 
 namespace zemblar {

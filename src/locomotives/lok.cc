@@ -6,9 +6,9 @@
 #include "core/layout.h"
 #include "core/property.h"
 #include "core/string_pool.h"
+#include "core/survival.h"
 #include "locomotives/function.h"
 #include "locomotives/script_overlay.h"
-#include "locomotives/survival.h"
 
 namespace zemblar {
 namespace {

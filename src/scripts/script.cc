@@ -8,7 +8,7 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/status.h"
-#include "locomotives/survival.h"
+#include "core/survival.h"
 
 namespace zemblar {
 namespace {

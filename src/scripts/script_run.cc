@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "core/layout.h"
+#include "core/survival.h"
 #include "locomotives/lok.h"
-#include "locomotives/survival.h"
 #include "runtime/fiber.h"
 #include "scripts/script.h"
 #include "scripts/script_command_wait.h"

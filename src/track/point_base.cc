@@ -10,7 +10,7 @@
 #include "core/entry_change.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
-#include "locomotives/survival.h"
+#include "core/survival.h"
 
 namespace zemblar {
 namespace {

@@ -13,7 +13,7 @@
 #include "core/private_form.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
-#include "locomotives/survival.h"
+#include "core/survival.h"
 #include "track/point_base.h"
 
 namespace zemblar {

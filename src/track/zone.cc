@@ -5,10 +5,10 @@
 #include "core/document_class.h"
 #include "core/entry_change.h"
 #include "core/i18n.h"
+#include "core/survival.h"
 #include "core/yaml_io.h"
 #include "devices/device.h"
 #include "locomotives/lok.h"
-#include "locomotives/survival.h"
 
 namespace zemblar {
 namespace {
