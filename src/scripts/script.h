@@ -115,6 +115,8 @@ class Script : public Object {
   // What matches, and what comes of it.
   void on_triggered();
   void evaluate();
+  [[nodiscard]] bool is_settled() const;
+  void on_line_changed();
   void sweep();
   void match(std::size_t position, const EventInstance& instance, bool first);
   void complete(const EventInstance& instance);
@@ -144,7 +146,8 @@ class Script : public Object {
   Instances::iterator expected_ = instances.end();
   bool evaluating_ = false;
   bool again_ = false;
-  bool waiting_ = false;  // for block control
+  bool waiting_ = false;    // for block control
+  bool unsettled_ = false;  // an evaluation waits for a line whose block is ending
   std::vector<EventInstance> to_start_;
   std::vector<EventInstance> departed_;  // whose objects have ended since the last sweep
   std::shared_ptr<unsigned> runs_ = std::make_shared<unsigned>(0);
