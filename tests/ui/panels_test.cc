@@ -245,6 +245,19 @@ TEST_F(PanelTest, a_name_of_a_function_is_offered_as_long_as_another_function_ha
   EXPECT_EQ(offered(), "Bell;");
 }
 
+TEST_F(PanelTest, a_number_is_rounded_by_no_one_who_passes_through_its_field) {
+  auto& decoder = decoder_of(*lok);
+  decoder.set_speed_ratio(1.0 / 3);
+  const auto panel = panel_of(*lok);
+  auto& field = get_widget<DecoderForm>(*panel).ratio();
+  field.update();  // as when it is left
+  EXPECT_EQ(field.get_value(), 0.333);
+  EXPECT_EQ(decoder.get_speed_ratio(), 1.0 / 3);
+  field.set_text("0.335");
+  field.update();
+  EXPECT_EQ(decoder.get_speed_ratio(), 0.335);
+}
+
 TEST_F(PanelTest, a_function_keeps_a_type_from_a_file_until_another_is_chosen) {
   auto* function = lok->add(new Function(lok));
   function->set_type(Function::Type::Script);
