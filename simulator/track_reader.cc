@@ -1,9 +1,9 @@
 #include "simulator/track_reader.h"
 
 #include "core/layout.h"
+#include "core/survival.h"
 #include "devices/default_device.h"
 #include "locomotives/lok.h"
-#include "locomotives/survival.h"
 
 namespace zemblar::simulator {
 

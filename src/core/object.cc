@@ -13,6 +13,7 @@
 #include "core/panel_factory.h"
 #include "core/property.h"
 #include "core/sibling_names.h"
+#include "core/survival.h"
 #include "core/yaml_io.h"
 
 namespace zemblar {
@@ -157,17 +158,19 @@ void Object::destroy() {
 }
 
 // A handler may destroy siblings, so each round looks for the first child that is still there; a
-// child whose own destruction led here is left to finish by itself.
+// child whose own destruction led here is left to finish by itself. It may end this object as well.
 void Object::destroy_children() {
+  const Survival alive(*this);
   auto* node = node_.gnode->children;
   while (node) {
     auto* child = of(node);
     if (child->deleting_) {
       node = node->next;
-    } else {
-      child->destroy();
-      node = node_.gnode->children;
+      continue;
     }
+    child->destroy();
+    if (!alive) return;
+    node = node_.gnode->children;
   }
 }
 

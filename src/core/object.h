@@ -94,6 +94,8 @@ class Object : public Glib::Object {
   /// Whether `child` may be dropped here in an object list.
   [[nodiscard]] virtual bool can_contain(Object* child) const;
   [[nodiscard]] virtual bool get_deletable() const { return true; }
+  /// Whether a layout file has its name.
+  [[nodiscard]] virtual bool keeps_name() const { return true; }
   /// Writes the object as an entry of a layout file. Fails an assertion unless overridden.
   virtual void save(YAML::Emitter& out) const;
   /// Writes a part of the entry, counted from 0, and says whether there is another one: for entries

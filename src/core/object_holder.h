@@ -3,7 +3,9 @@
 #include <glibmm/object.h>
 #include <glibmm/propertyproxy.h>
 
+#include <optional>
 #include <unordered_set>
+#include <utility>
 
 #include "core/layout.h"
 #include "core/property.h"
@@ -22,6 +24,7 @@ class Census {
 
   [[nodiscard]] unsigned count() {
     if (!layout_) follow_current();
+    if (!none_told_) none_told_ = members_.empty();
     return static_cast<unsigned>(members_.size());
   }
   /// From none to some, or back.
@@ -30,10 +33,15 @@ class Census {
  private:
   Census() {
     Layout::signal_replaced().connect([this] {
-      const bool none = members_.empty();
       follow_current();
-      if (none != members_.empty()) signal_none_changed_.emit();
+      tell();
     });
+  }
+
+  // Somebody may have asked, and so have made this follow the new layout, before all are told.
+  void tell() {
+    const bool none = members_.empty();
+    if (std::exchange(none_told_, none) != none) signal_none_changed_.emit();
   }
 
   void follow_current() {
@@ -41,11 +49,10 @@ class Census {
     members_.clear();
     count_below(*layout_);
     added_ = layout_->signal_object_added().connect([this](Object* object) {
-      if (!dynamic_cast<T*>(object) || !members_.insert(object).second) return;
-      if (members_.size() == 1) signal_none_changed_.emit();
+      if (dynamic_cast<T*>(object) && members_.insert(object).second) tell();
     });
     removed_ = layout_->signal_object_removed().connect([this](Object* object) {
-      if (members_.erase(object) && members_.empty()) signal_none_changed_.emit();
+      if (members_.erase(object)) tell();
     });
     deleted_ = layout_->signal_deleted().connect([this] { layout_ = nullptr; });
   }
@@ -60,6 +67,7 @@ class Census {
   Layout* layout_ = nullptr;  // null until it is asked, and when the layout has ended
   // A set, because the removal of objects that were never in the layout is announced as well.
   std::unordered_set<Object*> members_;
+  std::optional<bool> none_told_;
   sigc::signal<void> signal_none_changed_;
   ScopedConnection added_;
   ScopedConnection removed_;

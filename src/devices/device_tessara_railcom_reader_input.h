@@ -29,6 +29,7 @@ class DeviceTessaraRailComReaderInput : public Device {
   /// A null, or a mapping without an `id`, is a new one.
   explicit DeviceTessaraRailComReaderInput(const YAML::Node& node);
 
+  [[nodiscard]] bool keeps_name() const override { return false; }
   [[nodiscard]] int supports(std::string_view feature) const override;
   [[nodiscard]] bool occupied() const override;
   [[nodiscard]] unsigned orientation() const override;

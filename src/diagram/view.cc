@@ -48,6 +48,8 @@ View::View(const YAML::Node& node) : View() {
   PicturePath image;
   read_picture(node, "image", image);
   set_picture(image);
+  read_private(node, "width", width_);
+  read_private(node, "height", height_);
   read_key(node, "hidden", hidden_);
   if (const auto objects = node["objects"]) read_objects(objects);
 }
@@ -183,18 +185,20 @@ void View::set_hidden(bool hidden) {
 
 void View::set_width(double width) {
   if (width == width_) return;
+  before_change();
   width_ = width;
   notify_property(*this, "width");
 }
 
 void View::set_height(double height) {
   if (height == height_) return;
+  before_change();
   height_ = height;
   notify_property(*this, "height");
 }
 
 void View::set_picture(const PicturePath& picture) {
-  if (picture != image_.wanted()) before_change();
+  before_change();
   image_.load(picture);
   signal_image_changed_.emit();
   object_changed(nullptr);
@@ -244,6 +248,8 @@ void View::save_settings(YAML::Emitter& out) const {
   // An undone step or a recovery copy finds a picture that is back in its place.
   out << (PrivateForm::is_used() ? image_.wanted() : image_.picture());
   out << YAML::Key << "hidden" << YAML::Value << hidden_;
+  write_private(out, "width", shortest_text(width_));
+  write_private(out, "height", shortest_text(height_));
 }
 
 void View::save_alone(YAML::Emitter& out) const {
@@ -265,6 +271,8 @@ void View::restore(const EntryChange& change) {
     set_picture(image);
   }
   change.read<bool>("hidden", [this](bool hidden) { set_hidden(hidden); });
+  change.read<double>("width", [this](double width) { set_width(width); });
+  change.read<double>("height", [this](double height) { set_height(height); });
 }
 
 }  // namespace zemblar

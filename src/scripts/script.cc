@@ -8,7 +8,7 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/status.h"
-#include "locomotives/survival.h"
+#include "core/survival.h"
 
 namespace zemblar {
 namespace {
@@ -88,7 +88,7 @@ void Script::adopt(ScriptEvent* line) {
   line->signal_changing().connect(sigc::mem_fun(*this, &Script::on_changing));
   line->signal_triggered().connect(sigc::mem_fun(*this, &Script::on_triggered));
   line->signal_or_changed().connect([] { signal_sleeping_changed().emit(); });
-  line->signal_line_changed().connect([](unsigned) { signal_sleeping_changed().emit(); });
+  line->signal_line_changed().connect(sigc::hide(sigc::mem_fun(*this, &Script::on_line_changed)));
 }
 
 // The end of a document is no edit of it.
@@ -113,7 +113,7 @@ void Script::remove_condition(unsigned index) {
   condition_removed_.emit(index);
   if (!alive) return;
   end_line(conditions, line);
-  signal_sleeping_changed().emit();
+  on_line_changed();
 }
 
 void Script::move_condition(unsigned from, unsigned to) {

@@ -105,6 +105,7 @@ class Script : public Object {
   void restore_commands(const YAML::Node& now, const YAML::Node& entry);
   void insert_condition(unsigned index, const YAML::Node& entry, bool arm);
   void restore_words(const YAML::Node& list);
+  void restore_mode(const EntryChange& change);
   void adopt(ScriptEvent* line);
   void adopt(ScriptCommand* line);
   void on_changing();
@@ -114,6 +115,8 @@ class Script : public Object {
 
   // What matches, and what comes of it.
   void on_triggered();
+  [[nodiscard]] bool is_settled() const;
+  void on_line_changed();
   void evaluate();
   void sweep();
   void match(std::size_t position, const EventInstance& instance, bool first);
@@ -144,7 +147,8 @@ class Script : public Object {
   Instances::iterator expected_ = instances.end();
   bool evaluating_ = false;
   bool again_ = false;
-  bool waiting_ = false;  // for block control
+  bool waiting_ = false;    // for block control
+  bool unsettled_ = false;  // an evaluation waits for a line whose block is ending
   std::vector<EventInstance> to_start_;
   std::vector<EventInstance> departed_;  // whose objects have ended since the last sweep
   std::shared_ptr<unsigned> runs_ = std::make_shared<unsigned>(0);

@@ -47,6 +47,8 @@ class ScriptEvent : public ScriptLine {
 
   /// False when changes of what it names go unnoticed, and when it can never hold.
   [[nodiscard]] virtual bool is_armed() const { return true; }
+  /// False while what it names is ending, which leaves it with another subject.
+  [[nodiscard]] virtual bool is_settled() const { return true; }
   /// Whether `arm` would arm it.
   [[nodiscard]] virtual bool sleeps() const { return false; }
   /// Whether somebody has armed it, though it may have nothing to watch by now.

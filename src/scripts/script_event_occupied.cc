@@ -118,6 +118,10 @@ bool ScriptEventOccupied::is_armed() const {
   return block || any ? occupied_changed_.connected() : !opens_alternative();
 }
 
+bool ScriptEventOccupied::is_settled() const {
+  return !block || !block->is_deleting();
+}
+
 bool ScriptEventOccupied::sleeps() const {
   return (block || any) && !is_armed();
 }

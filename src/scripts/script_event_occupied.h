@@ -26,6 +26,7 @@ class ScriptEventOccupied : public ScriptEvent {
   void generate_instances(const EventInstance& partial) override;
 
   [[nodiscard]] bool is_armed() const override;
+  [[nodiscard]] bool is_settled() const override;
   [[nodiscard]] bool sleeps() const override;
   [[nodiscard]] bool is_awake() const override { return awake_; }
   void arm() override;

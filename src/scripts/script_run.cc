@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "core/layout.h"
+#include "core/survival.h"
 #include "locomotives/lok.h"
-#include "locomotives/survival.h"
 #include "runtime/fiber.h"
 #include "scripts/script.h"
 #include "scripts/script_command_wait.h"
@@ -50,13 +50,24 @@ void Script::on_triggered() {
       *this));
 }
 
+// A block that ends frees others before it lets go of its own line, which is "This Block" then.
+bool Script::is_settled() const {
+  return std::ranges::all_of(conditions, [](const auto& line) { return line->is_settled(); });
+}
+
+void Script::on_line_changed() {
+  signal_sleeping_changed().emit();
+  if (unsettled_ && is_settled()) evaluate();
+}
+
 // Finish notices and new runs change the railway, and so may lead here again.
 void Script::evaluate() {
   again_ = true;
-  if (evaluating_) return;
+  unsettled_ = !is_settled();
+  if (evaluating_ || unsettled_) return;
   evaluating_ = true;
   const Survival alive(*this);
-  while (again_ && is_at_work()) {
+  while (again_ && !unsettled_ && is_at_work()) {
     again_ = false;
     sweep();
     if (!alive) return;

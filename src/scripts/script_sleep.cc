@@ -3,7 +3,7 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/status.h"
-#include "locomotives/survival.h"
+#include "core/survival.h"
 #include "scripts/script.h"
 
 namespace zemblar {

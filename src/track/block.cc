@@ -5,9 +5,9 @@
 
 #include "core/collections.h"
 #include "core/property.h"
+#include "core/survival.h"
 #include "devices/device.h"
 #include "locomotives/lok.h"
-#include "locomotives/survival.h"
 
 namespace zemblar {
 namespace {

@@ -6,8 +6,8 @@
 #include <limits>
 #include <set>
 
+#include "core/survival.h"
 #include "locomotives/lok.h"
-#include "locomotives/survival.h"
 #include "track/block.h"
 #include "track/turn.h"
 

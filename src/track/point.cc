@@ -5,8 +5,8 @@
 #include "core/document_class.h"
 #include "core/entry_change.h"
 #include "core/i18n.h"
+#include "core/survival.h"
 #include "core/yaml_io.h"
-#include "locomotives/survival.h"
 
 namespace zemblar {
 namespace {

@@ -5,10 +5,10 @@
 #include "core/document_class.h"
 #include "core/entry_change.h"
 #include "core/i18n.h"
+#include "core/survival.h"
 #include "core/yaml_io.h"
 #include "devices/device.h"
 #include "locomotives/lok.h"
-#include "locomotives/survival.h"
 
 namespace zemblar {
 namespace {
@@ -32,7 +32,7 @@ void Zone::save(YAML::Emitter& out) const {
   out << YAML::LocalTag("zone") << YAML::BeginMap;
   save_identity(out);
   save_input(out);
-  out << YAML::Key << "invert" << YAML::Value << get_invert();
+  save_invert(out);
   save_link(out, "left", left);
   save_link(out, "right", right);
   out << YAML::EndMap;

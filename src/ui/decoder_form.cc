@@ -63,8 +63,11 @@ void DecoderForm::connect() {
      [this](Decoder& decoder) { decoder.set_device(device_.get_object()); });
   on(enabled_.signal_toggled(),
      [this](Decoder& decoder) { decoder.set_commands_enabled(enabled_.get_active()); });
-  on(ratio_.signal_value_changed(),
-     [this](Decoder& decoder) { decoder.set_speed_ratio(ratio_.get_value()); });
+  on(ratio_.signal_value_changed(), [this](Decoder& decoder) {
+    if (!shows_value(ratio_, decoder.get_speed_ratio())) {
+      decoder.set_speed_ratio(ratio_.get_value());
+    }
+  });
   on(reverse_.signal_toggled(),
      [this](Decoder& decoder) { decoder.set_reverse(reverse_.get_active()); });
   decoder_->signal_changed().connect(sigc::mem_fun(*this, &DecoderForm::follow));

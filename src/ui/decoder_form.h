@@ -2,6 +2,7 @@
 
 #include <gtkmm/checkbutton.h>
 #include <gtkmm/comboboxtext.h>
+#include <gtkmm/spinbutton.h>
 
 #include "locomotives/decoder.h"
 #include "ui/addr_spin.h"
@@ -17,6 +18,7 @@ class DecoderForm : public Form {
               const Labels& labels);
 
   [[nodiscard]] const Glib::RefPtr<Decoder>& decoder() const { return decoder_; }
+  [[nodiscard]] Gtk::SpinButton& ratio() { return ratio_; }
 
  private:
   void add_rows(const Glib::ustring& heading);

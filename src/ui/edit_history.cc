@@ -24,8 +24,11 @@ EditHistory* latest = nullptr;
 /// While a button is held.
 std::unique_ptr<EditJournal::Hold> held;
 
+constexpr auto sharer_key = "zemblar-history-window";
+
 EditHistory* history_of(GtkWidget* window) {
-  const auto found = histories().find(window);
+  auto* shared = static_cast<GtkWidget*>(g_object_get_data(G_OBJECT(window), sharer_key));
+  const auto found = histories().find(shared ? shared : window);
   return found == histories().end() ? nullptr : found->second;
 }
 
@@ -130,6 +133,16 @@ void EditHistory::dispatch(GdkEvent* event) {
   if (event->type == GDK_BUTTON_PRESS || event->type == GDK_BUTTON_RELEASE) held.reset();
   if (history && event->type == GDK_BUTTON_PRESS) held = std::make_unique<EditJournal::Hold>();
   gtk_main_do_event(event);
+}
+
+EditHistory* EditHistory::of(Gtk::Widget& widget) {
+  return of(widget.gobj());
+}
+
+void EditHistory::share(Gtk::Window& opened, Gtk::Widget& opener) {
+  auto* history = of(opener);
+  if (!history) return;
+  g_object_set_data(G_OBJECT(opened.gobj()), sharer_key, history->window_.gobj());
 }
 
 // Menus and dialogs are windows of their own.

@@ -25,6 +25,11 @@ class EditHistory : public sigc::trackable {
   /// Another step may be next.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
+  /// What is done in `opened` belongs to the history of the window in which `opener` stands.
+  static void share(Gtk::Window& opened, Gtk::Widget& opener);
+  /// That of the window in which something stands; null for none.
+  [[nodiscard]] static EditHistory* of(Gtk::Widget& widget);
+
   /// Serves events from now on, those of windows without a history as well.
   static void install();
   /// Serves one.

@@ -81,6 +81,11 @@ void show_value(Gtk::SpinButton& spin, double value) {
   if (std::abs(spin.get_value() - value) > 1e-9) spin.set_value(value);
 }
 
+bool shows_value(const Gtk::SpinButton& spin, double value) {
+  const double last_digit = std::pow(10.0, -static_cast<double>(spin.get_digits()));
+  return std::abs(spin.get_value() - value) <= last_digit / 2;
+}
+
 void show_active(Gtk::ToggleButton& button, bool active) {
   if (button.get_active() != active) button.set_active(active);
 }

@@ -51,6 +51,9 @@ class Form : public Gtk::VBox {
 
 /// Bring a widget up to date, leaving alone what a person has typed if nothing changed.
 void show_value(Gtk::SpinButton& spin, double value);
+/// Whether a spin button shows a value, with as many digits as it has: leaving the field rounds
+/// what is in it, though nobody has changed anything.
+[[nodiscard]] bool shows_value(const Gtk::SpinButton& spin, double value);
 void show_active(Gtk::ToggleButton& button, bool active);
 void show_text(Gtk::Entry& entry, const Glib::ustring& text);
 

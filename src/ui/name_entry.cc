@@ -1,7 +1,8 @@
 #include "ui/name_entry.h"
 
 #include <gtkmm/entrycompletion.h>
-#include <gtkmm/liststore.h>
+
+#include <algorithm>
 
 #include "core/i18n.h"
 #include "core/status.h"
@@ -17,6 +18,25 @@ struct TextColumn : Gtk::TreeModelColumnRecord {
   Gtk::TreeModelColumn<Glib::ustring> text;
 };
 
+const TextColumn& column() {
+  static const TextColumn column;
+  return column;
+}
+
+/// Rows that are wanted stay: the list may be open under what is being typed.
+void show_strings(Gtk::ListStore& list, const std::vector<Glib::ustring>& strings) {
+  auto row = list.children().begin();
+  for (const auto& string : strings) {
+    while (row && row->get_value(column().text).raw() < string.raw()) row = list.erase(row);
+    if (!row || row->get_value(column().text).raw() != string.raw()) {
+      row = list.insert(row);
+      (*row)[column().text] = string;
+    }
+    ++row;
+  }
+  while (row) row = list.erase(row);
+}
+
 }  // namespace
 
 NameEntry::NameEntry(zemblar::Object& object) : object_(&object) {
@@ -24,8 +44,20 @@ NameEntry::NameEntry(zemblar::Object& object) : object_(&object) {
   follow();
 }
 
-void NameEntry::offer(const StringPool& pool) {
-  offer_strings(*this, pool.get_all());
+void NameEntry::offer(StringPool& pool) {
+  offered_ = offer_strings(*this, {});
+  pool_ = &pool;
+  pool_changed_ = pool.signal_changed().connect([this] { follow_pool(); });
+  follow_pool();
+}
+
+// The object's own name is in there as well, letter by letter as it is typed.
+void NameEntry::follow_pool() {
+  if (!pool_) return;
+  auto strings = pool_->get_all();
+  const auto own = object_ ? object_->get_name().raw() : std::string();
+  std::erase_if(strings, [&own](const auto& string) { return string.raw() == own; });
+  show_strings(*offered_.operator->(), strings);
 }
 
 void NameEntry::on_changed() {
@@ -35,6 +67,7 @@ void NameEntry::on_changed() {
   renamed_.block();
   object_->set_name(get_text());
   renamed_.unblock();
+  follow_pool();
 }
 
 void NameEntry::on_activate() {
@@ -74,17 +107,19 @@ void NameEntry::follow() {
   if (!object_) return;
   const Following scope(following_);
   show_text(*this, object_->get_name());
+  follow_pool();
 }
 
-void offer_strings(Gtk::Entry& entry, const std::vector<Glib::ustring>& strings) {
-  static const TextColumn columns;
-  const auto list = Gtk::ListStore::create(columns);
-  for (const auto& string : strings) (*list->append())[columns.text] = string;
+Glib::RefPtr<Gtk::ListStore> offer_strings(Gtk::Entry& entry,
+                                           const std::vector<Glib::ustring>& strings) {
+  const auto list = Gtk::ListStore::create(column());
+  show_strings(*list.operator->(), strings);
   const auto completion = Gtk::EntryCompletion::create();
   completion->set_model(list);
-  completion->set_text_column(columns.text);
+  completion->set_text_column(column().text);
   completion->set_minimum_key_length(1);
   entry.set_completion(completion);
+  return list;
 }
 
 }  // namespace zemblar

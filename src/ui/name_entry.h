@@ -1,6 +1,7 @@
 #pragma once
 
 #include <gtkmm/entry.h>
+#include <gtkmm/liststore.h>
 
 #include "ui/object_ref.h"
 
@@ -17,8 +18,8 @@ class NameEntry : public Gtk::Entry {
  public:
   explicit NameEntry(zemblar::Object& object);
 
-  /// Offers the strings of a pool while a name is being typed.
-  void offer(const StringPool& pool);
+  /// Offers the strings of a pool while a name is being typed: those that are in it by then.
+  void offer(StringPool& pool);
   /// As on Return: what is there now was meant.
   void finish();
 
@@ -30,15 +31,20 @@ class NameEntry : public Gtk::Entry {
 
  private:
   void follow();
+  void follow_pool();
 
   bool following_ = false;
   Glib::ustring before_;     // the name when typing began; empty when nobody types
   Glib::ustring complaint_;  // in the status line, while the name is no good
   ObjectRef<zemblar::Object> object_;
   ScopedConnection renamed_;
+  const StringPool* pool_ = nullptr;  // whose strings are offered, if any
+  ScopedConnection pool_changed_;
+  Glib::RefPtr<Gtk::ListStore> offered_;
 };
 
-/// Offers strings while something is typed into an entry.
-void offer_strings(Gtk::Entry& entry, const std::vector<Glib::ustring>& strings);
+/// Offers strings while something is typed into an entry. The list is theirs.
+Glib::RefPtr<Gtk::ListStore> offer_strings(Gtk::Entry& entry,
+                                           const std::vector<Glib::ustring>& strings);
 
 }  // namespace zemblar

@@ -284,6 +284,11 @@ void ObjectList::start_rename() {
   const auto row = get_selection()->get_selected();
   const auto* object = selected();
   if (!object || !renamable(*object)) return;
+  if (!object->keeps_name()) {
+    return set_status(Glib::ustring::compose(
+        _("“%1” cannot be renamed: a layout file has no names of inputs. Name the block instead."),
+        object->get_name()));
+  }
   name_cell_.property_editable() = true;
   set_cursor(rows_->get_path(row), column_, name_cell_, true);
 }
@@ -292,9 +297,9 @@ void ObjectList::rename(const Glib::ustring& path, const Glib::ustring& text) {
   name_cell_.property_editable() = false;
   const auto row = rows_->get_iter(path);
   Object* object = row ? (*row)[ObjectRows::columns().object] : static_cast<Object*>(nullptr);
-  if (!object || text == object->get_name()) return;
+  if (!object || text.raw() == object->get_name().raw()) return;
   object->set_name(text);
-  if (object->get_name() == text || text.empty()) return;
+  if (object->get_name().raw() == text.raw() || text.empty()) return;
   set_status(
       Glib::ustring::compose(_("“%1” is taken: “%2” keeps its name."), text, object->get_name()));
 }
@@ -368,7 +373,7 @@ void ObjectList::put(Object& object, Object& parent, unsigned place) {
   object.move_to(parent, place);
   select(object);
   if (!elsewhere) return;
-  const char* said = object.get_name() == name
+  const char* said = object.get_name().raw() == name.raw()
                          ? N_("Moved “%1” to “%2”.")
                          : N_("“%1” is taken in “%2”: it is called “%3” there.");
   set_status(Glib::ustring::compose(_(said), name, parent.get_name(), object.get_name()));

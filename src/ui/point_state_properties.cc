@@ -104,7 +104,7 @@ void OutputAction::connect() {
   on(number_.signal_value_changed(), [this](PointStateOutput& setting) {
     const auto number = number_.get_value();
     if (type_ == Type::Servo) {
-      setting.servo = static_cast<float>(number);
+      if (!shows_value(number_, setting.servo)) setting.servo = static_cast<float>(number);
     } else {
       setting.extended = static_cast<std::uint8_t>(number);
     }

@@ -14,6 +14,7 @@
 
 #include "core/i18n.h"
 #include "scripts/script.h"
+#include "ui/edit_history.h"
 
 namespace zemblar {
 namespace {
@@ -227,7 +228,19 @@ bool ScriptEditor::on_key_press_event(GdkEventKey* event) {
     hide();
     return true;
   }
-  return Gtk::Window::on_key_press_event(event);
+  return step_back(*event) || Gtk::Window::on_key_press_event(event);
+}
+
+bool ScriptEditor::step_back(const GdkEventKey& event) {
+  const auto modifiers = event.state & gtk_accelerator_get_default_mod_mask();
+  const bool shifted = modifiers == (GDK_CONTROL_MASK | GDK_SHIFT_MASK);
+  const auto key = gdk_keyval_to_lower(event.keyval);
+  const bool undo = modifiers == GDK_CONTROL_MASK && key == GDK_z;
+  const bool redo = shifted ? key == GDK_z : modifiers == GDK_CONTROL_MASK && key == GDK_y;
+  auto* history = undo || redo ? EditHistory::of(*this) : nullptr;
+  if (!history) return false;
+  undo ? history->undo() : history->redo();
+  return true;
 }
 
 // Keys that an editor has no use for come by here too, and are not meant for the rows.

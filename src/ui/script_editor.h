@@ -20,7 +20,8 @@ namespace zemblar {
 /// ends; made with `new`.
 ///
 /// Keys: Up and Down choose a row, Left and Right an argument in it; Return or Space edits that,
-/// Escape cancels, Delete removes the line, Alt with Up or Down moves it.
+/// Escape cancels, Delete removes the line, Alt with Up or Down moves it. Undo and redo have the
+/// keys that they have in the window from which this one was opened, and the same steps.
 class ScriptEditor : public Gtk::Window {
  public:
   explicit ScriptEditor(Script& script);
@@ -40,6 +41,7 @@ class ScriptEditor : public Gtk::Window {
   bool on_move_key(guint key);
   bool on_list_tooltip(int x, int y, bool keyboard, const Glib::RefPtr<Gtk::Tooltip>& tooltip);
   bool on_key_press_event(GdkEventKey* event) override;
+  bool step_back(const GdkEventKey& event);
 
   /// What is there, and the place of the point in its cell; no row beside them.
   Gtk::TreeIter row_at(int x, int y, int& cell_x);

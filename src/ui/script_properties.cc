@@ -3,6 +3,7 @@
 #include "core/i18n.h"
 #include "core/toplevel.h"
 #include "scripts/script.h"
+#include "ui/edit_history.h"
 #include "ui/new_button.h"
 #include "ui/script_editor.h"
 
@@ -49,7 +50,10 @@ SProps::SProps(Script& script, const Labels& labels)
       _("Wakes the conditions of this script: from now on they watch the "
         "railway"));
   edit_.signal_clicked().connect([this] {
-    if (script_) (new ScriptEditor(*script_))->show();
+    if (!script_) return;
+    auto* editor = new ScriptEditor(*script_);  // deletes itself
+    EditHistory::share(*editor, edit_);
+    editor->show();
   });
   start_.signal_clicked().connect([this] {
     if (script_) script_->start();

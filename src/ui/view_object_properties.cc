@@ -22,6 +22,8 @@ constexpr std::array label_anchors = {Anchor::Top,        Anchor::Bottom,     An
 
 ViewSignalProperties::ViewSignalProperties(ViewSignal& signal, const Labels& labels)
     : Form(labels) {
+  signal.reference();
+  signal_ = Glib::RefPtr<ViewSignal>(&signal);
   for (int i = 0; i < anchor_count; ++i) anchor_.append(display_name(static_cast<Anchor>(i)));
   angle_.set_range(-360, 360);
   angle_.set_increments(1, 45);
@@ -31,7 +33,20 @@ ViewSignalProperties::ViewSignalProperties(ViewSignal& signal, const Labels& lab
   add_row(_("An_gle:"), angle_, _("°"));
   anchor_.set_tooltip_text(_("Which side of the picture lies at the signal’s place"));
   bind_property(signal, "anchor", anchor_, "active");
-  bind_property(signal, "angle", angle_, "value");
+  follow();
+  angle_.signal_value_changed().connect(sigc::mem_fun(*this, &ViewSignalProperties::turn));
+  signal.property_angle().signal_changed().connect(
+      sigc::mem_fun(*this, &ViewSignalProperties::follow));
+}
+
+void ViewSignalProperties::turn() {
+  if (following_ || shows_value(angle_, signal_->get_angle())) return;
+  signal_->set_angle(angle_.get_value());
+}
+
+void ViewSignalProperties::follow() {
+  const Following scope(following_);
+  show_value(angle_, signal_->get_angle());
 }
 
 ViewLabelProperties::ViewLabelProperties(ViewLabel& label, const Labels& labels) : Form(labels) {

@@ -17,8 +17,13 @@ class ViewSignalProperties : public Form {
   ViewSignalProperties(ViewSignal& signal, const Labels& labels);
 
  private:
+  void turn();
+  void follow();
+
+  Glib::RefPtr<ViewSignal> signal_;
   Gtk::ComboBoxText anchor_;
   Gtk::SpinButton angle_;
+  bool following_ = false;
 };
 
 /// How a label stands in a diagram.

@@ -172,6 +172,16 @@ TEST_F(ObjectTest, survives_handlers_that_destroy_siblings_parents_and_the_objec
   }
 }
 
+TEST_F(ObjectTest, ends_with_its_children_when_a_handler_ends_it_while_they_end) {
+  auto* container = root->add(Thing::make());
+  auto* first = container->add(Thing::make());
+  container->add(Thing::make());
+  first->signal_deleted().connect([container] { container->destroy(); });
+  container->destroy_children();
+  EXPECT_TRUE(root->empty());
+  EXPECT_EQ(Thing::alive, 1);
+}
+
 TEST_F(ObjectTest, walks_children_in_both_directions) {
   EXPECT_EQ(root->begin(), root->end());
   for (const auto* name : {"a", "b", "c"}) root->add(Thing::make(name));

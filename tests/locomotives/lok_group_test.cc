@@ -115,7 +115,11 @@ TEST_F(LokGroupTest, counts_for_a_holder_at_any_depth_and_in_whichever_layout_is
   EXPECT_TRUE(holder.get_no_loks());
   EXPECT_EQ(none_told, 2);
   folder.write("layout.zblt", "objects: [!lok {}, !lok {}]\n");
+  bool none_in_between = true;
+  // Whoever hears first of the end of the former layout asks.
+  layout().signal_deleted().connect([&] { none_in_between = lok_count() == 0; });
   ASSERT_TRUE(Layout::open(path()));
+  EXPECT_FALSE(none_in_between);
   EXPECT_EQ(lok_count(), 2u);
   EXPECT_EQ(none_told, 3);
   layout().get_loks().child_at(0)->destroy();

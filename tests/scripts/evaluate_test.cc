@@ -1,5 +1,8 @@
 // Which runs begin, and which instances are announced as finished, as blocks fill and empty.
 
+#include <yaml-cpp/yaml.h>
+
+#include "core/private_form.h"
 #include "tests/scripts/script_scene.h"
 
 namespace zemblar::test {
@@ -34,10 +37,26 @@ class Evaluation : public ScriptScene {
     for (const auto& line : conditions) {
       condition(*made, line.block, line.occupied, std::string(line.word) == "Or");
     }
-    act(*made, [this](ScriptContext& run) { note("start ", run.instance); });
-    made->signal_instance_finished().connect(
-        [this](const EventInstance& instance) { note("end ", instance); });
+    follow(*made);
     return made;
+  }
+  void follow(Script& made) {
+    act(made, [this](ScriptContext& run) { note("start ", run.instance); });
+    made.signal_instance_finished().connect(
+        [this](const EventInstance& instance) { note("end ", instance); });
+  }
+
+  /// In the place of the script, and as read from a file: it sleeps.
+  static Script* copy_of(Script& original) {
+    ObjectNumbers numbers;
+    const PrivateForm form(numbers);
+    YAML::Emitter out;
+    out << original;
+    numbers.forget(&original);
+    original.destroy();
+    auto* copy = layout().get_scripts().add(new Script(YAML::Load(out.c_str())));
+    layout().resolve();
+    return copy;
   }
 
   void happen(const std::string& event) {
@@ -223,6 +242,33 @@ TEST_F(Evaluation, a_block_that_ends_leaves_this_block_and_finishes_what_it_was)
   siding->destroy();
   EXPECT_EQ(log(), "");
   EXPECT_TRUE(train->get_blocks().empty());
+}
+
+// Its end frees what stands in it, and so has others asked while its line still names it.
+TEST_F(Evaluation, runs_for_other_blocks_go_on_when_a_block_ends_whose_line_becomes_this_block) {
+  auto* other = zone("F", false);
+  for (const bool asleep : {false, true}) {
+    SCOPED_TRACE(asleep);
+    auto* ending = zone("E", false);
+    auto* made = script();
+    for (const auto* block : {"Any Block", "E", "Any Block"}) condition(*made, block);
+    if (asleep) {
+      made = copy_of(*made);
+      made->get_condition(0)->arm();
+    }
+    follow(*made);
+    auto* train = new_lok("y");
+    ending->set_lok(train);
+    other->set_lok(new_lok("z"));
+    EXPECT_EQ(log(), "start E/y, start F/z");
+    ending->destroy();
+    EXPECT_EQ(log(), "end E/y");
+    EXPECT_EQ(sentence(*made->get_condition(1)), "This Block is Occupied");
+    other->get_lok()->destroy();
+    EXPECT_EQ(log(), "end F/z");
+    made->destroy();
+    train->destroy();
+  }
 }
 
 // Another object may come to lie where one has been.

@@ -220,6 +220,44 @@ TEST_F(PanelTest, functions_are_listed_numbered_and_deleted) {
   EXPECT_EQ(number(2), 1U);
 }
 
+TEST_F(PanelTest, a_name_of_a_function_is_offered_as_long_as_another_function_has_it) {
+  auto* horn = lok->add(new Function(lok));
+  horn->set_name("Horn");
+  auto* light = lok->add(new Function(lok));
+  FunctionProperties panel(*light, {});
+  const auto offered = [&] {
+    std::string all;
+    const auto& entry = get_widget<NameEntry>(panel);
+    for (const auto& row : entry.get_completion()->get_model()->children()) {
+      Glib::ustring text;
+      row.get_value(0, text);
+      all += text + ";";
+    }
+    return all;
+  };
+  EXPECT_EQ(offered(), "Horn;");
+  get_widget<NameEntry>(panel).set_text("Horn²");
+  EXPECT_EQ(offered(), "Horn;") << "not what is being typed";
+  auto* bell = lok->add(new Function(lok));
+  bell->set_name("Bell");
+  EXPECT_EQ(offered(), "Bell;Horn;");
+  horn->destroy();
+  EXPECT_EQ(offered(), "Bell;");
+}
+
+TEST_F(PanelTest, a_number_is_rounded_by_no_one_who_passes_through_its_field) {
+  auto& decoder = decoder_of(*lok);
+  decoder.set_speed_ratio(1.0 / 3);
+  const auto panel = panel_of(*lok);
+  auto& field = get_widget<DecoderForm>(*panel).ratio();
+  field.update();  // as when it is left
+  EXPECT_EQ(field.get_value(), 0.333);
+  EXPECT_EQ(decoder.get_speed_ratio(), 1.0 / 3);
+  field.set_text("0.335");
+  field.update();
+  EXPECT_EQ(decoder.get_speed_ratio(), 0.335);
+}
+
 TEST_F(PanelTest, a_function_keeps_a_type_from_a_file_until_another_is_chosen) {
   auto* function = lok->add(new Function(lok));
   function->set_type(Function::Type::Script);

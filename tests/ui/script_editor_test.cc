@@ -17,6 +17,7 @@
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/keys.h"
 #include "track/zone.h"
+#include "ui/edit_history.h"
 #include "ui/layout_dialogs.h"
 #include "ui/object_finder.h"
 #include "ui/script_properties.h"
@@ -555,6 +556,31 @@ TEST_F(Editor, is_opened_from_the_panel_of_its_script_and_wakes_it_there) {
   script.destroy();
   handle_events();
   EXPECT_EQ(Gtk::Window::list_toplevels().size(), windows);
+}
+
+TEST_F(Editor, its_edits_are_steps_of_the_window_from_which_it_was_opened) {
+  EditHistory::install();
+  for (const double seconds : {2, 3}) add_wait(seconds);
+  Gtk::Window panels;
+  EditHistory history(panels);
+  panels.add(*Gtk::manage(script.make_properties_panel({})));
+  get_widget<Gtk::Button>(panels, "_Edit Script").clicked();
+  handle_events();
+  const std::vector<Gtk::Window*> windows = Gtk::Window::list_toplevels();
+  const auto found = std::ranges::find_if(
+      windows, [](auto* window) { return dynamic_cast<ScriptEditor*>(window) != nullptr; });
+  ASSERT_NE(found, windows.end());
+  auto& editor = **found;
+  get_widget<Gtk::TreeView>(editor).set_cursor(Gtk::TreePath("1"));
+  get_widget<Gtk::Button>(editor, "Delete").clicked();
+  handle_events();
+  EXPECT_EQ(script.get_num_commands(), 1U);
+  press_key(editor, GDK_z, GDK_CONTROL_MASK);
+  EXPECT_EQ(script.get_num_commands(), 2U);
+  press_key(editor, GDK_z, GDK_CONTROL_MASK | GDK_SHIFT_MASK);
+  EXPECT_EQ(script.get_num_commands(), 1U);
+  history.undo();
+  EXPECT_EQ(script.get_num_commands(), 2U);
 }
 
 }  // namespace

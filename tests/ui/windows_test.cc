@@ -3,12 +3,15 @@
 #include <gtkmm/button.h>
 #include <gtkmm/label.h>
 #include <gtkmm/toolbutton.h>
+#include <yaml-cpp/yaml.h>
 
 #include <string>
 #include <vector>
 
 #include "core/panel_factory.h"
+#include "core/status.h"
 #include "devices/device.h"
+#include "devices/device_tessara_railcom_reader.h"
 #include "diagram/view.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
@@ -52,6 +55,15 @@ std::string rows(ObjectList& list) {
   std::string text;
   append_rows(list.get_model()->children(), text);
   return text;
+}
+
+void press_key(ObjectList& list, guint key, unsigned modifiers = 0) {
+  auto* event = gdk_event_new(GDK_KEY_PRESS);
+  event->key.window = GDK_WINDOW(g_object_ref(list.get_window()->gobj()));
+  event->key.keyval = key;
+  event->key.state = modifiers;
+  list.event(event);
+  gdk_event_free(event);
 }
 
 /// A piece of hardware that may be able to switch track power.
@@ -150,14 +162,7 @@ TEST(ObjectList, moves_what_is_selected_by_keys_and_by_dragging) {
   auto* function = lok->add(new Function(lok));
   lok->add(new Function(lok));
   auto* zone = layout.get_blocks().add(new Zone);
-  const auto press = [&](guint key) {
-    auto* event = gdk_event_new(GDK_KEY_PRESS);
-    event->key.window = GDK_WINDOW(g_object_ref(list.get_window()->gobj()));
-    event->key.keyval = key;
-    event->key.state = GDK_MOD1_MASK;
-    list.event(event);
-    gdk_event_free(event);
-  };
+  const auto press = [&](guint key) { press_key(list, key, GDK_MOD1_MASK); };
   list.select(*lok);
   for (const auto key : {GDK_KEY_Up, GDK_KEY_Up}) press(key);
   EXPECT_EQ(lok->get_position(), 0);
@@ -199,6 +204,29 @@ TEST(ObjectList, moves_what_is_selected_by_keys_and_by_dragging) {
             "Function 1 )))Points & Signals Blocks(Zone 1 )Devices Scripts )");
   EXPECT_FALSE(drag(*group, "0:1:0:0")) << "into itself";
   group->destroy();
+}
+
+TEST(ObjectList, renames_by_every_letter_and_says_of_an_input_why_it_does_not) {
+  auto& layout = fresh_layout();
+  Gtk::Window window;
+  ObjectList list;
+  window.add(list);
+  window.show_all();
+  auto* lok = layout.get_loks().add(new Lok);
+  lok->set_name("Lok 2");
+  list.select(*lok);
+  const std::vector<Gtk::CellRenderer*> cells = list.get_column(0)->get_cell_renderers();
+  const Gtk::TreePath path(list.get_selection()->get_selected());
+  // What is typed collates like the name that it has.
+  g_signal_emit_by_name(cells.back()->gobj(), "edited", path.to_string().c_str(), "Lok ²");
+  EXPECT_EQ(lok->get_name().raw(), "Lok ²");
+
+  const auto node = YAML::Load("{serial-nr: x, inputs: [{}]}");
+  auto* reader = layout.get_devices().add(new DeviceTessaraRailComReader(node));
+  list.select(*reader->child_at(0));
+  press_key(list, GDK_KEY_F2);
+  EXPECT_EQ(get_status().find("“Input 1” cannot be renamed"), 0U) << get_status();
+  clear_status();
 }
 
 TEST(ObjectList, fills_a_large_container_bit_by_bit_in_the_order_of_the_document) {
