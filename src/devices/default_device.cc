@@ -177,6 +177,17 @@ void DefaultDevice::note_missing(const DrivenDecoder* decoder, std::uint32_t ite
   }
 }
 
+// A message may carry more than its item: a station that has answered for the direction is told
+// another one with the next speed, while others have still to answer.
+void DefaultDevice::note_told(const DrivenDecoder* decoder, const DecoderUpdate& delivered) {
+  for (auto entry = newest_.lower_bound({decoder, 0});
+       entry != newest_.end() && entry->first.first == decoder; ++entry) {
+    const auto bit = entry->first.second;
+    const bool differs = delivered.value_of(bit) != entry->second.value;
+    if ((delivered.mask & bit) != 0 && differs) entry->second.reaches_all = false;
+  }
+}
+
 // A newer wish takes their place.
 void DefaultDevice::abandon_let_go(const Item& item) {
   std::erase_if(let_go_, [&item](const auto& entry) {
@@ -196,6 +207,9 @@ int DefaultDevice::send_errands(DrivenDecoder* decoder, const Item& item,
   for_each_in_service([&](Device& device) {
     if (!device.reaches(*decoder)) return;
     errands.push_back(StationProxy::create(parent, item.second, device, answers));
+    errands.back()->on_more_delivered([this, alive, decoder](const DecoderUpdate& delivered) {
+      if (*alive) note_told(decoder, delivered);
+    });
   });
   const auto sent = errands;  // what is answered at once may begin the next fan-out
   for (const auto& errand : sent) errand->ask();

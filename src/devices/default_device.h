@@ -60,7 +60,7 @@ class DefaultDevice : public Device {
   struct FanOut {
     std::uint32_t value;      // of the item, when it went out
     std::uint64_t serial;     // tells a fan-out from a newer one of the same item
-    bool reaches_all = true;  // who is there now
+    bool reaches_all = true;  // who is there now, and nobody was told another value meanwhile
     std::vector<Glib::RefPtr<StationProxy>> errands{};
   };
 
@@ -81,6 +81,7 @@ class DefaultDevice : public Device {
                              const std::vector<Glib::RefPtr<StationProxy>>& errands);
   void note_missing(const DrivenDecoder* decoder, std::uint32_t items);
   void abandon_let_go(const Item& item);
+  void note_told(const DrivenDecoder* decoder, const DecoderUpdate& delivered);
   [[nodiscard]] bool is_on_its_way(const Item& item, std::uint32_t value) const;
   int send_errands(DrivenDecoder* decoder, const Item& item,
                    const Glib::RefPtr<DecoderProxy>& answers);

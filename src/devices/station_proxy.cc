@@ -46,6 +46,9 @@ bool StationProxy::is_wanted() const {
 
 void StationProxy::complete(const DecoderUpdate& delivered) {
   if (!station_) return;
+  auto more = delivered;
+  more.mask &= ~item_;
+  if (more_ && more.mask != 0) more_(more);
   const bool is_delivered = (state().agreeing(delivered) & delivered.mask & item_) != 0;
   if (!is_delivered && is_wanted() && station_->active()) return ask();
   end(delivered);

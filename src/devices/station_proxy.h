@@ -1,5 +1,8 @@
 #pragma once
 
+#include <functional>
+#include <utility>
+
 #include "devices/decoder_proxy.h"
 
 namespace zemblar {
@@ -24,6 +27,10 @@ class StationProxy : public DecoderProxy {
                                            std::uint32_t item, Device& station,
                                            const Glib::RefPtr<DecoderProxy>& answers);
 
+  /// `tell` learns of what the station was sent besides the item.
+  void on_more_delivered(std::function<void(const DecoderUpdate&)> tell) {
+    more_ = std::move(tell);
+  }
   /// Asks the station. The answer may come at once.
   void ask();
   void complete(const DecoderUpdate& delivered) override;
@@ -51,7 +58,8 @@ class StationProxy : public DecoderProxy {
   Device* station_;
   bool is_withheld_ = false;
   Glib::RefPtr<DecoderProxy> answers_;  // null when it was let go of
-  mutable DecoderUpdate newest_;        // what `state` has given
+  std::function<void(const DecoderUpdate&)> more_;
+  mutable DecoderUpdate newest_;  // what `state` has given
 };
 
 }  // namespace zemblar

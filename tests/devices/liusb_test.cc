@@ -10,6 +10,7 @@
 #include "simulator/liusb_interface.h"
 #include "simulator/pseudo_terminal.h"
 #include "simulator/serial_cable.h"
+#include "support/fake_station.h"
 #include "support/layout_fixture.h"
 #include "support/link_steps.h"
 #include "support/test_decoder.h"
@@ -191,6 +192,27 @@ TEST_F(LIUSBTest, sends_nothing_older_with_what_is_newer) {
   clock.advance(50ms);
   EXPECT_TRUE(hardware.station.locomotive(3)->emergency);
   EXPECT_TRUE(decoder->up_to_date());
+}
+
+TEST_F(LIUSBTest, is_told_again_what_a_later_message_has_undone) {
+  add_started();
+  auto* slow = test::FakeStation::in_service();
+  slow->hold_answers = true;
+  const auto decoder = TestDecoder::create(layout().get_default_device());
+  const auto wish = [&](auto&& change) {
+    change();
+    clock.advance(50ms);
+  };
+  wish([&] { decoder->want_direction(Direction::Reverse); });
+  wish([&] { decoder->want_speed(10); });
+  // Both speeds carry the direction to this station; the other one has yet to answer for the first.
+  wish([&] { decoder->want_direction(Direction::Forwards); });
+  wish([&] { decoder->want_speed(20); });
+  wish([&] { decoder->want_direction(Direction::Reverse); });
+  slow->hold_answers = false;
+  wish([&] { slow->answer(); });
+  EXPECT_TRUE(decoder->up_to_date());
+  EXPECT_FALSE(hardware.station.locomotive(3)->forwards);
 }
 
 TEST_F(LIUSBTest, gives_up_a_point_that_the_station_does_not_switch) {
