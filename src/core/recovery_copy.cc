@@ -11,6 +11,7 @@
 
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/temporary_file.h"
 
 namespace zemblar {
 namespace {
@@ -50,6 +51,7 @@ RecoveryCopy::~RecoveryCopy() {
 }
 
 void RecoveryCopy::start(const std::string& wanted) {
+  TemporaryFile::remove_left_behind();
   folder_.clean_up();
   if (Layout::get().get_path().empty() && !wanted.empty()) adopt(wanted);
   begun();
@@ -83,10 +85,11 @@ void RecoveryCopy::look() {
 }
 
 void RecoveryCopy::report() {
-  const auto problem = writer_.take_problem();
-  if (problem.empty()) return;
+  const auto outcome = writer_.take_outcome();
+  if (!outcome) return;
+  if (outcome->empty()) return trouble_.take_back();
   written_.reset();
-  trouble_.tell(Glib::ustring::compose(_("The recovery copy could not be written: %1"), problem));
+  trouble_.tell(Glib::ustring::compose(_("The recovery copy could not be written: %1"), *outcome));
 }
 
 void RecoveryCopy::begin_pass() {
