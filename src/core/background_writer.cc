@@ -61,7 +61,8 @@ void BackgroundWriter::run() {
     auto problem = carry_out(job.key(), job.mapped());
     lock.lock();
     busy_ = false;
-    if (job.mapped()) outcome_ = std::move(problem);
+    const bool failed_before = outcome_ && !outcome_->empty();
+    if (job.mapped() && !failed_before) outcome_ = std::move(problem);
     changed_.notify_all();
   }
 }

@@ -26,8 +26,8 @@ class BackgroundWriter {
   void remove(const std::string& path);
   /// Waits until nothing waits.
   void finish();
-  /// How the last writing since the last call has ended: what went wrong, or empty for success.
-  /// None if nothing has been written meanwhile.
+  /// How the writing since the last call has gone: what went wrong first, or empty for success.
+  /// None if nothing has been written.
   [[nodiscard]] std::optional<std::string> take_outcome();
 
  private:
