@@ -4,6 +4,7 @@
 #include <glibmm/main.h>
 #include <glibmm/miscutils.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -155,6 +156,7 @@ class Worker {
 };
 
 [[noreturn]] void work(const Home& home, Progress& progress, std::uint64_t seed) {
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);  // it never ends by itself
   try {
     Layout::get().new_document(true);
     Worker(home, progress, seed).run();

@@ -175,7 +175,7 @@ class Layout : public Object {
   static bool open_complete(const std::string& path, const std::string& digest);
   [[nodiscard]] bool keep_foreign(const std::string& former);
   void write_files(const std::string& text, const std::string& former);
-  void tell_of_save(bool was_changed);
+  void tell_of_save(bool was_changed, const Glib::ustring& standing);
   void uncover_trouble(const Glib::ustring& message);
   static bool replace_by(Layout* opened, const std::function<void()>& load,
                          const Glib::ustring& name);

@@ -59,6 +59,7 @@ std::string Layout::serialize() {
 void Layout::save() {
   if (!file_) return save_as();
   clear_status();
+  const auto standing = get_status();
   if (get_path().empty()) {
     throw Gio::Error(Gio::Error::NOT_SUPPORTED,
                      Glib::ustring::compose(_("Couldn't save %1: it is not on this machine."),
@@ -70,7 +71,7 @@ void Layout::save() {
   const auto former = digest_of_file(get_path());
   const bool was_changed = keep_foreign(former);
   write_files(text, former);
-  tell_of_save(was_changed);
+  tell_of_save(was_changed, standing);
   if (auto* keeper = DocumentKeeper::get()) keeper->saved();
 }
 
@@ -104,10 +105,11 @@ void Layout::write_files(const std::string& text, const std::string& former) {
   if (!first_unsaved_) complete.remove();
 }
 
-void Layout::tell_of_save(bool was_changed) {
-  const bool is_trouble_shown = !get_status().empty();
-  const auto name = Glib::filename_display_basename(get_path());
-  auto message = Glib::ustring::compose(_("Saved %1"), name);
+/// `standing` is a lasting trouble that the status line showed before; it returns after a while.
+/// What has been told since then is a warning of this save.
+void Layout::tell_of_save(bool was_changed, const Glib::ustring& standing) {
+  const auto told = get_status();
+  auto message = Glib::ustring::compose(_("Saved %1"), Glib::filename_display_basename(get_path()));
   if (first_unsaved_) {
     message += Glib::ustring::compose(
         _(". A layout file cannot hold “%1”: the whole layout is in %2, keep both together."),
@@ -119,8 +121,9 @@ void Layout::tell_of_save(bool was_changed) {
         _(". Somebody else had changed it: to open that version choose File, Recover "
           "Unsaved Work.");
   }
+  if (told.raw() != standing.raw()) message += ". " + told;
   set_status(message);
-  if (is_trouble_shown) uncover_trouble(message);
+  if (!standing.empty()) uncover_trouble(message);
 }
 
 void Layout::uncover_trouble(const Glib::ustring& message) {

@@ -196,6 +196,22 @@ TEST_F(LayoutFile, ends_at_an_object_that_it_cannot_hold_and_names_it) {
   EXPECT_TRUE(Layout::open(path())) << get_status();
 }
 
+TEST_F(LayoutFile, that_was_saved_is_told_without_hiding_a_warning) {
+  VirtualClock clock;
+  layout().save_to(Glib::filename_to_uri(path()), true);
+  Layout::dialogs().finish_edits = [] { set_status("The name “Quay” is taken."); };
+  layout().save();
+  EXPECT_EQ(get_status().raw(), "Saved layout.zblt. The name “Quay” is taken.");
+  Layout::dialogs().finish_edits = {};
+  StatusNote trouble;
+  trouble.tell("The station does not answer.");
+  set_status("Something else.");
+  layout().save();
+  EXPECT_EQ(get_status().raw(), "Saved layout.zblt");
+  clock.advance(std::chrono::seconds(10));
+  EXPECT_EQ(get_status().raw(), "The station does not answer.");
+}
+
 TEST_F(LayoutFile, is_followed_by_those_who_watch_the_current_layout) {
   with_objects("- !sign {name: opened}\n");
   auto* const old = &layout();
