@@ -15,6 +15,7 @@
 #include "simulator/soak_bus.h"
 #include "simulator/soak_following.h"
 #include "simulator/soak_free.h"
+#include "simulator/soak_kill.h"
 #include "simulator/soak_links.h"
 #include "simulator/soak_process.h"
 
@@ -39,8 +40,10 @@ Simulated trains under block control, for HOURS (1) of simulated time in each of
              speed 0 at the station, over such a bus; HOURS does not count
   faults     only when asked for: how long stops and points take to stations that fail in each of
              the ways that docs/links.md tells of; HOURS does not count
+  kill       only when asked for: a process that saves layouts is killed HOURS times, at random
+             moments; nothing may be lost, nothing left over
 
-  --only following|free|bus|links|latency|faults
+  --only following|free|bus|links|latency|faults|kill
   --seed N   the same again (1)
 )";
 
@@ -324,6 +327,16 @@ bool try_faults(const Options& options) {
   return matrix.holds();
 }
 
+bool run_killed(const Options& options) {
+  const auto moments = static_cast<unsigned>(options.hours);
+  const auto result = run_kills({.moments = moments, .seed = options.seed});
+  std::cout << "killed while saving, seed " << options.seed << ": " << moments << " times, "
+            << result.interrupted << " in the middle of a save; " << result.saves
+            << " saves were confirmed\n";
+  if (!result.trouble.empty()) std::cout << "  " << result.trouble << '\n';
+  return result.trouble.empty();
+}
+
 template <typename Run>
 bool timed(const Options& options, const std::string& name, const Run& run) {
   if (!options.only.empty() && options.only != name) return true;
@@ -341,6 +354,7 @@ int main(int argc, char* argv[]) {
     return 0;
   }
   const auto options = read(argc, argv);
+  if (options.only == "kill") return timed(options, "kill", run_killed) ? 0 : 1;
   // Free running first: its parts are copies of this process, which should still be a small one.
   const bool free = timed(options, "free", [](const auto& o) { return run_freely(o); });
   const bool bus = timed(options, "bus", [](const auto& o) { return run_over_bus(o); });

@@ -8,6 +8,11 @@
 #include "core/safe_write.h"
 
 namespace zemblar {
+namespace {
+
+constexpr mode_t private_mode = 0600;
+
+}  // namespace
 
 BackgroundWriter::~BackgroundWriter() {
   {
@@ -40,9 +45,9 @@ void BackgroundWriter::finish() {
   changed_.wait(lock, [this] { return waiting_.empty() && !busy_; });
 }
 
-std::string BackgroundWriter::take_problem() {
+std::optional<std::string> BackgroundWriter::take_outcome() {
   const std::scoped_lock lock(mutex_);
-  return std::exchange(problem_, {});
+  return std::exchange(outcome_, {});
 }
 
 void BackgroundWriter::run() {
@@ -56,7 +61,8 @@ void BackgroundWriter::run() {
     auto problem = carry_out(job.key(), job.mapped());
     lock.lock();
     busy_ = false;
-    if (!problem.empty()) problem_ = std::move(problem);
+    const bool failed_before = outcome_ && !outcome_->empty();
+    if (job.mapped() && !failed_before) outcome_ = std::move(problem);
     changed_.notify_all();
   }
 }
@@ -64,7 +70,7 @@ void BackgroundWriter::run() {
 std::string BackgroundWriter::carry_out(const std::string& path, const Bytes& bytes) try {
   if (bytes) {
     g_mkdir_with_parents(Glib::path_get_dirname(path).c_str(), 0700);
-    write_safely(Gio::File::create_for_path(path), *bytes);
+    write_safely(Gio::File::create_for_path(path), *bytes, private_mode);
   } else {
     g_unlink(path.c_str());
   }

@@ -20,13 +20,15 @@ class BackgroundWriter {
   BackgroundWriter(const BackgroundWriter&) = delete;
   BackgroundWriter& operator=(const BackgroundWriter&) = delete;
 
-  /// Replaces the file, or leaves it as it was; its folder is made if need be.
+  /// Replaces the file, which its owner alone may read, or leaves it as it was; its folder is made
+  /// if need be.
   void write(const std::string& path, std::string bytes);
   void remove(const std::string& path);
   /// Waits until nothing waits.
   void finish();
-  /// What went wrong last, since it was asked for last; empty for nothing.
-  [[nodiscard]] std::string take_problem();
+  /// How the writing since the last call has gone: what went wrong first, or empty for success.
+  /// None if nothing has been written.
+  [[nodiscard]] std::optional<std::string> take_outcome();
 
  private:
   using Bytes = std::optional<std::string>;  // none: the file goes
@@ -40,7 +42,7 @@ class BackgroundWriter {
   std::map<std::string, Bytes> waiting_;
   bool busy_ = false;
   bool ending_ = false;
-  std::string problem_;
+  std::optional<std::string> outcome_;
   std::thread thread_;
 };
 

@@ -14,10 +14,13 @@ class DocumentKeeper {
   virtual void before_drop() = 0;
   /// The current layout holds another document: an empty one, or what has been opened.
   virtual void begun() = 0;
-  /// Save As has been given this path.
-  virtual void before_overwrite(const std::string& path) = 0;
-  /// The document has been written to its file, which holds the whole of it or only a part.
-  virtual void saved(bool whole) = 0;
+  /// What is at this path is about to be replaced by something that was not made of it. False if it
+  /// cannot be kept.
+  virtual bool before_overwrite(const std::string& path) = 0;
+  /// The document has been written to its file, or to that and the complete file beside it.
+  virtual void saved() = 0;
+  /// The layout file at this path cannot be opened, nor can a complete file that belongs to it.
+  virtual void could_not_open(const std::string& path) = 0;
 
   /// Null for nobody.
   static DocumentKeeper* get() { return current_; }

@@ -2,12 +2,12 @@
 
 #include <glib/gstdio.h>
 #include <glibmm/convert.h>
-#include <glibmm/fileutils.h>
 #include <glibmm/keyfile.h>
 #include <glibmm/miscutils.h>
 
 #include "core/i18n.h"
 #include "core/property.h"
+#include "core/safe_write.h"
 #include "core/status.h"
 
 namespace zemblar {
@@ -57,7 +57,7 @@ void GlobalOptions::store() const try {
   Glib::KeyFile file;
   file.set_string(group, layout_key, layout_.empty() ? "" : Glib::filename_to_uri(layout_));
   g_mkdir_with_parents(folder().c_str(), 0700);
-  Glib::file_set_contents(options_file(), file.to_data());
+  write_safely(Gio::File::create_for_path(options_file()), file.to_data());
 } catch (const Glib::Error& error) {
   set_status(Glib::ustring::compose(_("The name of the layout file could not be remembered: %1"),
                                     error.what()));

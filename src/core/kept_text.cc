@@ -2,37 +2,28 @@
 
 #include <glibmm/convert.h>
 
-#include <charconv>
-#include <map>
+#include <algorithm>
+#include <array>
 #include <sstream>
+#include <stdexcept>
+
+#include "core/head_lines.h"
 
 namespace zemblar {
 namespace {
 
 constexpr std::string_view first_line = "Zemblar kept layout 1\n";
 
-using Lines = std::map<std::string, std::string, std::less<>>;
+// What shows a time knows no later year.
+constexpr gint64 year_9999 = 253'370'764'800 * G_USEC_PER_SEC;
 
-/// Takes the lines off the bytes, up to the empty one. None when a line is damaged.
-std::optional<Lines> take_lines(std::string_view& bytes) {
-  Lines lines;
-  for (;;) {
-    const auto end = bytes.find('\n');
-    if (end == std::string_view::npos) return std::nullopt;
-    const auto line = bytes.substr(0, end);
-    bytes.remove_prefix(end + 1);
-    if (line.empty()) return lines;
-    const auto colon = line.find(": ");
-    if (colon == std::string_view::npos) return std::nullopt;
-    lines.emplace(line.substr(0, colon), line.substr(colon + 2));
-  }
-}
+// In the order of the enumerators.
+constexpr std::array<std::string_view, 3> kind_names{"unsaved", "replaced", "complete"};
 
-template <typename Number>
-bool read_number(const std::string& text, Number& number) {
-  const auto* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, number);
-  return result.ec == std::errc() && result.ptr == end;
+std::optional<KeptText::Kind> kind_of(std::string_view name) {
+  const auto* const found = std::ranges::find(kind_names, name);
+  if (found == kind_names.end()) return std::nullopt;
+  return static_cast<KeptText::Kind>(found - kind_names.begin());
 }
 
 }  // namespace
@@ -41,7 +32,7 @@ std::string KeptText::bytes_with(std::string_view other) const {
   std::ostringstream out;
   out.imbue(std::locale::classic());
   out << first_line;
-  out << "kind: " << (kind == Kind::unsaved ? "unsaved" : "replaced") << '\n';
+  out << "kind: " << kind_names.at(static_cast<std::size_t>(kind)) << '\n';
   out << "layout: " << (layout.empty() ? "none" : Glib::filename_to_uri(layout).raw()) << '\n';
   out << "time: " << time << '\n';
   out << "quit: " << (quit ? "yes" : "no") << '\n';
@@ -54,18 +45,16 @@ std::string KeptText::bytes_with(std::string_view other) const {
 
 std::optional<KeptText> KeptText::parse(std::string_view bytes, std::size_t file_size) try {
   const auto beyond = file_size - bytes.size();
-  if (!bytes.starts_with(first_line)) return std::nullopt;
-  bytes.remove_prefix(first_line.size());
-  const auto lines = take_lines(bytes);
-  if (!lines) return std::nullopt;
-  KeptText kept;
-  std::size_t size = 0;
-  if (!read_number(lines->at("time"), kept.time)) return std::nullopt;
-  if (!read_number(lines->at("size"), size) || size != bytes.size() + beyond) return std::nullopt;
-  const auto& layout = lines->at("layout");
+  const auto head = HeadLines::take(bytes, first_line);
+  if (!head) return std::nullopt;
+  const auto time = head->number<gint64>("time");
+  const auto size = head->number<std::size_t>("size");
+  const auto kind = kind_of(head->at("kind"));
+  if (!kind || !time || *time < 0 || *time >= year_9999) return std::nullopt;
+  if (size != bytes.size() + beyond) return std::nullopt;
+  KeptText kept{.kind = *kind, .time = *time, .quit = head->at("quit") == "yes"};
+  const auto& layout = head->at("layout");
   if (layout != "none") kept.layout = Glib::filename_from_uri(layout);
-  kept.kind = lines->at("kind") == "replaced" ? Kind::replaced : Kind::unsaved;
-  kept.quit = lines->at("quit") == "yes";
   kept.text = bytes;
   return kept;
 } catch (const std::out_of_range&) {

@@ -12,8 +12,9 @@ namespace zemblar {
 /// an empty line, and the text.
 struct KeptText {
   enum class Kind {
-    unsaved,  ///< a document, in the private form
-    replaced  ///< what a file held before another document was saved there
+    unsaved,   ///< a document, in the private form
+    replaced,  ///< what a file held before another document was saved there
+    complete   ///< the whole document of a file that was cut off, in the private form
   };
 
   Kind kind = Kind::unsaved;
@@ -22,6 +23,7 @@ struct KeptText {
   bool quit = false;   ///< it was taken when the program ended in good order
   std::string text;
 
+  [[nodiscard]] bool in_private_form() const { return kind != Kind::replaced; }
   [[nodiscard]] std::string bytes() const { return bytes_with(text); }
   /// The same with another text in the place of `text`.
   [[nodiscard]] std::string bytes_with(std::string_view other) const;

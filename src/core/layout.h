@@ -39,7 +39,10 @@ class ScriptOverlay;
 /// read, since they may point forward. Loading blocks the main loop and never suspends.
 ///
 /// An ECoS and a locomotive group hand the emitter a tag that it refuses: the file ends there, as
-/// its format has it, and cannot be opened again. A save that met one says so in the status line.
+/// its format has it, and cannot be opened. So the whole document is kept in a `CompleteFile`
+/// beside it, which Open takes when the file itself has failed. A save that met one says so.
+///
+/// What somebody else has written to the file since it was opened is kept before Save replaces it.
 ///
 /// Throws Gio::Error from `save` when the bytes could not be written; the text of the error says
 /// where the old ones are.
@@ -169,6 +172,11 @@ class Layout : public Object {
   void on_child_removing(Object* child) override;
 
  private:
+  static bool open_complete(const std::string& path, const std::string& digest);
+  [[nodiscard]] bool keep_foreign(const std::string& former);
+  void write_files(const std::string& text, const std::string& former);
+  void tell_of_save(bool was_changed, const Glib::ustring& standing);
+  void uncover_trouble(const Glib::ustring& message);
   static bool replace_by(Layout* opened, const std::function<void()>& load,
                          const Glib::ustring& name);
   void load(const std::string& bytes);
@@ -198,6 +206,8 @@ class Layout : public Object {
   ObjectNumbers read_;
   ObjectNumbers* numbers_ = nullptr;  // in the place of both
   Glib::RefPtr<Gio::File> file_;
+  std::string known_digest_;               // of the file as it was opened or written last
+  Timeout trouble_returns_;                // to the status line
   const Object* first_unsaved_ = nullptr;  // where the last text ended before its time
   DefaultDevice* default_device_;          // these four are not in the tree, but owned
   MemberSet* all_blocks_;

@@ -5,21 +5,18 @@
 #include <optional>
 #include <sstream>
 
+#include "core/complete_file.h"
 #include "core/document_keeper.h"
-#include "core/global_options.h"
+#include "core/file_bytes.h"
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/private_form.h"
-#include "core/safe_write.h"
 #include "core/status.h"
 #include "core/yaml_io.h"
 #include "devices/hw_list.h"
 
 namespace zemblar {
 namespace {
-
-constexpr auto header = "%YAML 1.2\n";
-constexpr std::string_view extension = ".zblt";
 
 /// A file that does not exist, cannot be read or is no file reads as an empty one.
 std::string read_file(const std::string& path) {
@@ -31,85 +28,10 @@ std::string read_file(const std::string& path) {
   return bytes.str();
 }
 
-/// Objects after `first` in the order of the file.
-unsigned count_from(const Layout& layout, const Object& first) {
-  bool met = false;
-  unsigned count = 0;
-  for (int section = 0; section < section_count; ++section) {
-    for (const auto* object : layout.get_toplevel(static_cast<Section>(section))) {
-      if (met) ++count;
-      met = met || object == &first;
-    }
-  }
-  return count;
-}
-
-Glib::ustring loss_message(const Layout& layout, const Object& object) {
-  const auto followers = count_from(layout, object);
-  const auto* format =
-      followers == 0
-          ? _("Saved, but a layout file cannot hold “%1”: %2 cannot be opened again. Remove it and "
-              "save again.")
-          : _("Saved, but a layout file cannot hold “%1”: it and the %3 objects after it are "
-              "missing from %2, which cannot be opened again. Remove it and save again.");
-  return Glib::ustring::compose(format, object.get_name(), layout.get_file()->get_parse_name(),
-                                followers);
-}
-
 }  // namespace
 
 std::string Layout::get_path() const {
   return file_ ? file_->get_path() : std::string();
-}
-
-// --- Saving ---
-
-unsigned Layout::get_id(const Object* object) {
-  return writing().number_of(object);
-}
-
-std::string Layout::serialize() {
-  first_unsaved_ = nullptr;
-  written_.clear();
-  YAML::Emitter out;
-  out << YAML::BeginMap;
-  out << YAML::Key << "title" << YAML::Value << get_name();
-  out << YAML::Key << "objects" << YAML::Value << YAML::BeginSeq;
-  for (int section = 0; section < section_count; ++section) {
-    for (auto* object : get_toplevel(static_cast<Section>(section))) {
-      out << *object;
-      if (!out.good() && !first_unsaved_) first_unsaved_ = object;
-    }
-  }
-  out << YAML::EndSeq;
-  return header + std::string(out.c_str(), out.size()) + "\n";
-}
-
-void Layout::save() {
-  if (!file_) return save_as();
-  clear_status();
-  if (dialogs().finish_edits) dialogs().finish_edits();
-  // The text is complete before the file is touched.
-  const auto text = serialize();
-  write_safely(file_, text);
-  if (first_unsaved_) set_status(loss_message(*this, *first_unsaved_));
-  if (auto* keeper = DocumentKeeper::get()) keeper->saved(!first_unsaved_);
-}
-
-void Layout::save_as() {
-  if (dialogs().save_as) dialogs().save_as(*this);
-}
-
-void Layout::save_to(std::string uri, bool complete_extension) {
-  if (complete_extension) {
-    auto end = uri.substr(uri.size() - std::min(uri.size(), extension.size()));
-    for (auto& c : end) c = g_ascii_tolower(c);
-    if (end != extension) uri += extension;
-  }
-  file_ = Gio::File::create_for_uri(uri);
-  if (auto* keeper = DocumentKeeper::get()) keeper->before_overwrite(get_path());
-  save();
-  GlobalOptions::get().set_layout(get_path());
 }
 
 // --- Opening ---
@@ -119,7 +41,31 @@ void Layout::open_dialog() {
 }
 
 bool Layout::open(const std::string& path) {
-  return open_bytes(path, read_file(path));
+  const auto bytes = read_file(path);
+  const auto digest = digest_of(bytes);
+  if (open_bytes(path, bytes) || open_complete(path, digest)) {
+    get().known_digest_ = digest;
+    return true;
+  }
+  if (auto* keeper = DocumentKeeper::get()) keeper->could_not_open(path);
+  return false;
+}
+
+// The file itself has failed to open, and the status line says why.
+bool Layout::open_complete(const std::string& path, const std::string& digest) {
+  CompleteFile complete(path);
+  if (!complete.read() || !complete.belongs_to(digest)) return false;
+  auto* opened = new Layout;
+  opened->file_ = Gio::File::create_for_path(path);
+  const auto name = Glib::filename_display_basename(complete.path());
+  const auto load = [&] { opened->load_copy(complete.text(), true); };
+  if (!replace_by(opened, load, name)) return false;
+  const auto told = get_status();  // by what has been read
+  const auto message =
+      Glib::ustring::compose(_("Opened %1, which has the whole layout, in the place of %2."), name,
+                             Glib::filename_display_basename(path));
+  set_status(told.empty() ? message : message + " " + told);
+  return true;
 }
 
 bool Layout::open_bytes(const std::string& path, const std::string& bytes) {
@@ -132,6 +78,7 @@ bool Layout::open_bytes(const std::string& path, const std::string& bytes) {
 bool Layout::open_copy(const std::string& text, bool in_private_form, const Glib::ustring& name) {
   auto* opened = new Layout;
   opened->file_ = get().file_;
+  opened->known_digest_ = get().known_digest_;
   return replace_by(
       opened, [&] { opened->load_copy(text, in_private_form); }, name);
 }

@@ -7,10 +7,16 @@
 #include <glibmm/main.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <functional>
+#include <utility>
 
+#include "core/complete_file.h"
+#include "core/file_bytes.h"
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/safe_write.h"
+#include "core/temporary_file.h"
 
 namespace zemblar {
 namespace {
@@ -24,7 +30,9 @@ constexpr auto longest_pause = 30s;
 constexpr auto rest_to_work = 30;
 constexpr auto slice = 2ms;
 // Nobody draws a railway that large; what is overwritten may be anything.
-constexpr goffset largest_file = 64 << 20;
+constexpr std::size_t largest_file = 64 << 20;
+
+constexpr auto menu_entry = N_("File, Recover Unsaved Work");
 
 /// Since 1970, in microseconds; 0 when there is no such file.
 gint64 time_of_file(const std::string& path) {
@@ -33,8 +41,20 @@ gint64 time_of_file(const std::string& path) {
   return gint64{info.st_mtim.tv_sec} * G_USEC_PER_SEC + info.st_mtim.tv_nsec / 1000;
 }
 
+Glib::ustring trouble_message(const Glib::ustring& problem) {
+  return Glib::ustring::compose(_("The recovery copy could not be written: %1"), problem);
+}
+
 Glib::ustring display_name(const std::string& layout) {
   return layout.empty() ? _("a layout without a file") : Glib::filename_display_basename(layout);
+}
+
+/// What a person chooses to get at the entries of that layout.
+Glib::ustring way_to_entries(const std::string& layout) {
+  const auto now = Layout::get().get_path();
+  const Glib::ustring entry = _(menu_entry);
+  if (now.empty() || now == layout) return entry;
+  return Glib::ustring::compose(_("File, New and then %1"), entry);
 }
 
 }  // namespace
@@ -50,8 +70,16 @@ RecoveryCopy::~RecoveryCopy() {
 }
 
 void RecoveryCopy::start(const std::string& wanted) {
+  TemporaryFile::remove_left_behind();
+  if (const auto problem = folder_.problem(); !problem.empty()) {
+    trouble_.offer(trouble_message(problem));
+  }
   folder_.clean_up();
-  if (Layout::get().get_path().empty() && !wanted.empty()) adopt(wanted);
+  tell_of_damaged(folder_.set_damaged_aside());
+  if (Layout::get().get_path().empty() && !wanted.empty()) {
+    adopt(wanted);
+    could_not_open(wanted);
+  }
   begun();
   look_ = Timeout::every(look_period, [this] {
     look();
@@ -59,15 +87,16 @@ void RecoveryCopy::start(const std::string& wanted) {
   });
 }
 
-void RecoveryCopy::finish() {
+void RecoveryCopy::finish(End end) {
   DocumentKeeper::set(nullptr);
+  report();
   look_.cancel();
   slices_.disconnect();
   pass_.reset();
   if (untouched()) {
     forget_current();
-  } else {
-    keep(DocumentText::whole(), true);
+  } else if (!Layout::get().is_emptying()) {  // what is being dropped is kept already
+    keep(DocumentText::whole(), end == End::quit);
   }
   writer_.finish();
 }
@@ -83,10 +112,15 @@ void RecoveryCopy::look() {
 }
 
 void RecoveryCopy::report() {
-  const auto problem = writer_.take_problem();
-  if (problem.empty()) return;
+  const auto outcome = writer_.take_outcome();
+  if (!outcome) return;
+  if (outcome->empty()) return trouble_.take_back();
   written_.reset();
-  trouble_.tell(Glib::ustring::compose(_("The recovery copy could not be written: %1"), problem));
+  tell_trouble(*outcome);
+}
+
+void RecoveryCopy::tell_trouble(const Glib::ustring& problem) {
+  trouble_.tell(trouble_message(problem));
 }
 
 void RecoveryCopy::begin_pass() {
@@ -143,6 +177,7 @@ void RecoveryCopy::keep(std::string_view text, bool quit) {
   const auto layout = Layout::get().get_path();
   const auto file = folder_.current_file(layout);
   if (written_ == hash && file == current_file_ && !quit) return;
+  if (const auto problem = folder_.problem(); !problem.empty()) return tell_trouble(problem);
   written_ = hash;
   current_file_ = file;
   current_layout_ = layout;
@@ -205,32 +240,50 @@ void RecoveryCopy::put_dropped_aside() {
   if (const auto dropped = RecoveryFolder::read(file)) tell_of_dropped(*dropped);
 }
 
-void RecoveryCopy::before_overwrite(const std::string& path) {
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return;
-  if (info.st_size == 0 || info.st_size > largest_file) return;
-  try {
-    const KeptText kept{.kind = KeptText::Kind::replaced,
-                        .layout = path,
-                        .time = g_get_real_time(),
-                        .quit = true,
-                        .text = Glib::file_get_contents(path)};
-    writer_.write(folder_.free_file(path, kept.time), kept.bytes());
-    writer_.finish();
-  } catch (const Glib::Error&) {
-    // What cannot be read cannot be kept.
-  }
+// Of a file that was cut off and has its complete one, that one is enough.
+bool RecoveryCopy::before_overwrite(const std::string& path) {
+  const auto file = read_regular_file(path, largest_file + 1);
+  CompleteFile complete(path);
+  const bool has_complete = complete.read();
+  bool kept = true;
+  if (has_complete) kept = keep_text(KeptText::Kind::complete, path, complete.text());
+  if (!file || file->bytes.empty()) return kept;
+  if (has_complete && complete.belongs_to(digest_of(file->bytes))) return kept;
+  return file->bytes.size() <= largest_file &&
+         keep_text(KeptText::Kind::replaced, path, file->bytes) && kept;
 }
 
-void RecoveryCopy::saved(bool whole) {
-  if (whole) {
-    forget_current();
-    if (opened_) writer_.remove(*opened_);
-    opened_.reset();
-    expect_saved_text();
+/// Writes an entry and waits for it. False if that fails.
+bool RecoveryCopy::keep_text(KeptText::Kind kind, const std::string& layout, std::string text) {
+  if (const auto problem = folder_.problem(); !problem.empty()) {
+    tell_trouble(problem);
+    return false;
   }
+  const KeptText kept{.kind = kind,
+                      .layout = layout,
+                      .time = g_get_real_time(),
+                      .quit = true,
+                      .text = std::move(text)};
+  const auto file = folder_.free_file(layout, kept.time);
+  writer_.write(file, kept.bytes());
   writer_.finish();
-  if (current_file_.empty()) folder_.set_aside(Layout::get().get_path());
+  report();
+  return Glib::file_test(file, Glib::FILE_TEST_EXISTS);
+}
+
+void RecoveryCopy::saved() {
+  forget_current();
+  if (opened_) writer_.remove(*opened_);
+  opened_.reset();
+  expect_saved_text();
+  writer_.finish();
+  folder_.set_aside(Layout::get().get_path());  // of another document that was there before
+  refresh();
+}
+
+void RecoveryCopy::could_not_open(const std::string& path) {
+  adopt_overwritten(path);
+  adopt_stray(path);
   refresh();
 }
 
@@ -238,11 +291,54 @@ void RecoveryCopy::saved(bool whole) {
 
 /// What is there belongs to work of an earlier run, or of an earlier time in this one.
 void RecoveryCopy::adopt(const std::string& layout) {
+  adopt_overwritten(layout);
   const auto file = folder_.set_aside(layout);
   if (file.empty()) return;
   if (auto about = RecoveryFolder::read(file)) {
     found_.push_back({file, std::move(*about)});
   } else {
+    tell_of_damaged({folder_.set_damaged(file)});
+  }
+}
+
+/// Somebody was stopped while writing into the file.
+void RecoveryCopy::adopt_overwritten(const std::string& layout) {
+  const auto copy = layout.empty() ? std::string() : copy_of_overwritten(layout);
+  const auto old = read_regular_file(copy);
+  if (!old) return;
+  const auto file = read_regular_file(layout);
+  const bool is_damaged = !file || file->bytes != old->bytes;
+  if (is_damaged && !keep_text(KeptText::Kind::replaced, layout, old->bytes)) return;
+  remove_copy_of_overwritten(layout);
+  if (!is_damaged) return;
+  add_status(Glib::ustring::compose(
+      _("%1 may not have been written to its end. As it was before: choose %2."),
+      display_name(layout), way_to_entries(layout)));
+}
+
+/// The complete file beside that layout belongs to another version of it. Each start finds it anew.
+void RecoveryCopy::adopt_stray(const std::string& layout) {
+  CompleteFile complete(layout);
+  if (!complete.read()) return;
+  constexpr auto kind = KeptText::Kind::complete;
+  if (!is_kept(kind, layout, complete.text()) && !keep_text(kind, layout, complete.text())) return;
+  add_status(
+      Glib::ustring::compose(_("%1 was made for another version of it. To open that choose %2."),
+                             display_name(complete.path()), way_to_entries(layout)));
+}
+
+bool RecoveryCopy::is_kept(KeptText::Kind kind, const std::string& layout,
+                           const std::string& text) const {
+  for (const auto& entry : folder_.entries()) {
+    if (entry.about.layout != layout || entry.about.kind != kind) continue;
+    const auto kept = RecoveryFolder::read(entry.file);
+    if (kept && kept->text == text) return true;
+  }
+  return false;
+}
+
+void RecoveryCopy::tell_of_damaged(const std::vector<std::string>& files) {
+  for (const auto& file : files) {
     add_status(Glib::ustring::compose(_("A recovery copy was found, but it is damaged: %1"),
                                       Glib::filename_display_name(file)));
   }
@@ -264,18 +360,15 @@ void RecoveryCopy::compare_found(std::string_view text) {
 
 void RecoveryCopy::tell_of(const Entry& entry) {
   add_status(Glib::ustring::compose(
-      _("Unsaved work on %1 was found, of %2. To open it choose File, Further Files."),
+      _("Unsaved work on %1 was found, of %2. To open it choose %3."),
       display_name(entry.about.layout),
-      Glib::DateTime::create_now_local(entry.about.time / G_USEC_PER_SEC).format("%x %H:%M")));
+      Glib::DateTime::create_now_local(entry.about.time / G_USEC_PER_SEC).format("%x %H:%M"),
+      _(menu_entry)));
 }
 
 void RecoveryCopy::tell_of_dropped(const KeptText& dropped) {
-  const auto now = Layout::get().get_path();
-  const auto* format =
-      now.empty() || now == dropped.layout
-          ? _("The unsaved work on %1 is kept: choose File, Further Files.")
-          : _("The unsaved work on %1 is kept: choose File, New and then File, Further Files.");
-  add_status(Glib::ustring::compose(format, display_name(dropped.layout)));
+  add_status(Glib::ustring::compose(_("The unsaved work on %1 is kept: choose %2."),
+                                    display_name(dropped.layout), way_to_entries(dropped.layout)));
 }
 
 /// Adds to what the status line says of the same action.
@@ -286,7 +379,7 @@ void RecoveryCopy::add_status(const Glib::ustring& message) {
 }
 
 void RecoveryCopy::refresh() {
-  folder_.prune(current_file_);
+  folder_.prune();
   entries_ = folder_.entries();
   signal_changed_.emit();
 }
@@ -310,7 +403,7 @@ void RecoveryCopy::open(const std::string& file) {
   }
   const auto name = display_name(kept->layout);
   opening_ = true;
-  const bool opened = Layout::open_copy(kept->text, kept->kind == KeptText::Kind::unsaved,
+  const bool opened = Layout::open_copy(kept->text, kept->in_private_form(),
                                         Glib::ustring::compose(_("what was kept of %1"), name));
   opening_ = false;
   if (!opened) return;

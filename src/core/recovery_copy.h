@@ -29,7 +29,7 @@ namespace zemblar {
 ///
 /// A copy that is there when its document is opened is work that got lost. It is set aside, the
 /// status line says so, and it can be opened like what New and Open have dropped and what Save As
-/// has replaced. The newest twenty of all these stay.
+/// has replaced. Of each layout twenty of these stay.
 ///
 /// There is one at most. It lives on the main loop's thread.
 class RecoveryCopy : private DocumentKeeper {
@@ -43,11 +43,17 @@ class RecoveryCopy : private DocumentKeeper {
   /// Null when there is none.
   static RecoveryCopy* get() { return current_; }
 
+  enum class End {
+    quit,   ///< the person wants it
+    forced  ///< by a signal, or the end of the session
+  };
+
   /// The document is there with which the program starts. `wanted` is the path of the layout that
   /// was to be opened; its copy is looked for even though the file cannot be read.
   void start(const std::string& wanted);
-  /// Takes the last copy, for an end in good order. Nothing is kept afterwards.
-  void finish();
+  /// Takes the last copy. Nothing is kept afterwards. What a person has dropped knowingly, with
+  /// Quit, is told at the next start only if the file has not been written since.
+  void finish(End end = End::quit);
 
   using Entry = RecoveryFolder::Entry;
   /// What can be opened now, the newest first: what belongs to the document's file, or everything
@@ -64,11 +70,13 @@ class RecoveryCopy : private DocumentKeeper {
 
   void before_drop() override;
   void begun() override;
-  void before_overwrite(const std::string& path) override;
-  void saved(bool whole) override;
+  bool before_overwrite(const std::string& path) override;
+  void saved() override;
+  void could_not_open(const std::string& path) override;
 
   void look();
   void report();
+  void tell_trouble(const Glib::ustring& problem);
   void begin_pass();
   bool take_step();
   bool write_slice();
@@ -77,7 +85,13 @@ class RecoveryCopy : private DocumentKeeper {
   void forget_current();
   void expect_saved_text();
   [[nodiscard]] bool untouched() const;
+  bool keep_text(KeptText::Kind kind, const std::string& layout, std::string text);
+  void tell_of_damaged(const std::vector<std::string>& files);
   void adopt(const std::string& layout);
+  void adopt_overwritten(const std::string& layout);
+  void adopt_stray(const std::string& layout);
+  [[nodiscard]] bool is_kept(KeptText::Kind kind, const std::string& layout,
+                             const std::string& text) const;
   void compare_found(std::string_view text);
   void tell_of(const Entry& entry);
   void tell_of_dropped(const KeptText& dropped);

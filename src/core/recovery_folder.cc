@@ -1,40 +1,45 @@
 #include "core/recovery_folder.h"
 
 #include <glib/gstdio.h>
-#include <glibmm/checksum.h>
+#include <glibmm/convert.h>
 #include <glibmm/fileutils.h>
 #include <glibmm/miscutils.h>
-
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <fstream>
+#include <limits>
+#include <map>
+#include <utility>
+
+#include "core/file_bytes.h"
+#include "core/i18n.h"
 
 namespace zemblar {
 namespace {
 
 constexpr std::string_view current_extension = ".current";
 constexpr std::string_view aside_extension = ".kept";
-constexpr std::size_t kept_count = 20;
+constexpr std::string_view damaged_extension = ".damaged";
+// What the toolkit calls its temporary files.
+constexpr std::string_view left_behind = ".goutputstream-";
+constexpr std::ptrdiff_t kept_count = 20;
 // Three bytes for each of the longest path, and some lines.
 constexpr std::size_t longest_head = 16384;
 
 std::string file_name_for(const std::string& layout) {
   if (layout.empty()) return "no-file";
-  return Glib::Checksum::compute_checksum(Glib::Checksum::CHECKSUM_SHA256, layout).substr(0, 32);
+  return digest_of(layout).substr(0, 32);
 }
 
 bool is_kept(std::string_view name) {
   return name.ends_with(current_extension) || name.ends_with(aside_extension);
 }
 
-/// At most so many bytes of it; none when it cannot be read.
-std::string beginning_of(const std::string& file, std::size_t size) {
-  std::string bytes(size, 0);
-  std::ifstream stream(file, std::ios::binary);
-  stream.read(bytes.data(), static_cast<std::streamsize>(size));
-  bytes.resize(static_cast<std::size_t>(stream.gcount()));
-  return bytes;
+std::optional<KeptText> parse_file(const std::string& path, std::size_t limit) {
+  const auto file = read_regular_file(path, limit);
+  if (!file) return std::nullopt;
+  return KeptText::parse(file->bytes, file->file_size);
 }
 
 }  // namespace
@@ -61,7 +66,17 @@ std::string RecoveryFolder::set_aside(const std::string& layout) const {
   return g_rename(current_file(layout).c_str(), file.c_str()) == 0 ? file : std::string();
 }
 
+Glib::ustring RecoveryFolder::problem() const {
+  struct stat info {};
+  if (::stat(path_.c_str(), &info) != 0) return {};
+  const auto name = Glib::filename_display_name(path_);
+  if (!S_ISDIR(info.st_mode)) return Glib::ustring::compose(_("%1 is not a folder"), name);
+  if (info.st_uid == ::geteuid()) return {};
+  return Glib::ustring::compose(_("%1 belongs to somebody else"), name);
+}
+
 std::vector<std::string> RecoveryFolder::names() const try {
+  if (!problem().empty()) return {};
   Glib::Dir folder(path_);
   return {folder.begin(), folder.end()};
 } catch (const Glib::FileError&) {
@@ -81,39 +96,50 @@ std::vector<RecoveryFolder::Entry> RecoveryFolder::entries() const {
   return entries;
 }
 
-void RecoveryFolder::prune(const std::string& in_use) const {
-  std::vector<std::pair<gint64, std::string>> by_age;
+void RecoveryFolder::prune() const {
+  std::map<std::string, std::vector<Entry>> by_layout;
+  for (auto& entry : entries()) by_layout[entry.about.layout].push_back(std::move(entry));
+  for (auto& [layout, entries] : by_layout) {
+    if (std::ssize(entries) <= kept_count) continue;
+    std::stable_partition(entries.begin() + 1, entries.end(), [](const Entry& entry) {
+      return entry.about.kind == KeptText::Kind::unsaved;
+    });
+    for (auto old = entries.begin() + kept_count; old != entries.end(); ++old) {
+      g_unlink(old->file.c_str());
+    }
+  }
+}
+
+std::string RecoveryFolder::set_damaged(const std::string& file) const {
+  auto damaged = file + std::string(damaged_extension);
+  while (Glib::file_test(damaged, Glib::FILE_TEST_EXISTS)) damaged += damaged_extension;
+  return g_rename(file.c_str(), damaged.c_str()) == 0 ? damaged : file;
+}
+
+std::vector<std::string> RecoveryFolder::set_damaged_aside() const {
+  std::vector<std::string> damaged;
   for (const auto& name : names()) {
     const auto file = Glib::build_filename(path_, name);
-    if (file == in_use || !is_kept(name)) continue;
-    const auto about = read_about(file);
-    by_age.emplace_back(about ? about->time : 0, file);
+    if (name.ends_with(aside_extension) && !read_about(file)) damaged.push_back(set_damaged(file));
   }
-  if (by_age.size() <= kept_count) return;
-  std::ranges::sort(by_age, std::greater());
-  for (auto old = by_age.begin() + kept_count; old != by_age.end(); ++old) {
-    g_unlink(old->second.c_str());
-  }
+  return damaged;
 }
 
 void RecoveryFolder::clean_up() const {
   for (const auto& name : names()) {
-    if (!is_kept(name)) g_unlink(Glib::build_filename(path_, name).c_str());
+    const auto file = Glib::build_filename(path_, name);
+    if (name.starts_with(left_behind)) g_unlink(file.c_str());
+    if (is_kept(name)) g_chmod(file.c_str(), 0600);
   }
+  if (problem().empty()) g_chmod(path_.c_str(), 0700);
 }
 
 std::optional<KeptText> RecoveryFolder::read(const std::string& file) {
-  struct stat info {};
-  if (::stat(file.c_str(), &info) != 0) return std::nullopt;
-  const auto size = static_cast<std::size_t>(info.st_size);
-  return KeptText::parse(beginning_of(file, size), size);
+  return parse_file(file, std::numeric_limits<std::size_t>::max());
 }
 
 std::optional<KeptText> RecoveryFolder::read_about(const std::string& file) {
-  struct stat info {};
-  if (::stat(file.c_str(), &info) != 0) return std::nullopt;
-  const auto size = static_cast<std::size_t>(info.st_size);
-  auto about = KeptText::parse(beginning_of(file, std::min(size, longest_head)), size);
+  auto about = parse_file(file, longest_head);
   if (about) about->text.clear();
   return about;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <glibmm/ustring.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,6 +19,9 @@ class RecoveryFolder {
   /// `zemblar/recovery` in the user's configuration directory.
   [[nodiscard]] static std::string usual_path();
 
+  /// Why the folder cannot be used, for the person; empty if it can, or does not exist yet.
+  [[nodiscard]] Glib::ustring problem() const;
+
   /// A text that has been set aside, without the text.
   struct Entry {
     std::string file;
@@ -32,9 +37,14 @@ class RecoveryFolder {
 
   /// The newest first; damaged ones are passed over.
   [[nodiscard]] std::vector<Entry> entries() const;
-  /// Removes all but the newest ones.
-  void prune(const std::string& in_use) const;
-  /// Removes what writing left behind when the program was killed. Nothing is being written now.
+  /// Of each layout, removes all but twenty entries. Unsaved work goes last, and the newest entry
+  /// stays in any case.
+  void prune() const;
+  /// Gives the file a name by which it is not looked at again.
+  std::string set_damaged(const std::string& file) const;
+  /// Does this to all that should be entries and cannot be read.
+  [[nodiscard]] std::vector<std::string> set_damaged_aside() const;
+  /// Lets the owner alone read what is here, and removes what killed programs left behind.
   void clean_up() const;
 
   /// None when the file is not there, or damaged.

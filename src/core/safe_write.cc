@@ -1,126 +1,180 @@
 #include "core/safe_write.h"
 
-#include <giomm/cancellable.h>
+#include <fcntl.h>
 #include <giomm/error.h>
-#include <giomm/fileinfo.h>
 #include <glib/gstdio.h>
+#include <glibmm/convert.h>
+#include <glibmm/fileutils.h>
 #include <glibmm/miscutils.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <cerrno>
 #include <cstdlib>
+#include <memory>
 
+#include "core/file_bytes.h"
 #include "core/i18n.h"
+#include "core/temporary_file.h"
 
 namespace zemblar {
 namespace {
 
-using FilePtr = Glib::RefPtr<Gio::File>;
+constexpr mode_t usual_mode = 0666;
+constexpr mode_t private_mode = 0600;
 
-/// Follows symbolic links, so that the file they lead to is replaced and not the link.
-FilePtr target_of(const FilePtr& file) {
-  std::unique_ptr<char, decltype(&std::free)> resolved(
-      ::realpath(file->get_path().c_str(), nullptr), &std::free);
-  return resolved ? Gio::File::create_for_path(resolved.get()) : file;
+/// The name of the file's copy. Other files may have the same name, in other folders.
+std::string copy_path(const std::string& path) {
+  return Glib::build_filename(Glib::get_user_data_dir(), "zemblar", "saved-copies",
+                              digest_of(path).substr(0, 32) + ".zblt");
 }
 
-/// Whether a temporary beside the file can be made and given its owner, group and permissions: what
-/// the toolkit needs for replacing it.
-bool takes_temporaries(const std::string& folder, const struct stat& info) {
-  auto name = Glib::build_filename(folder, ".zemblar-XXXXXX");
-  const int fd = g_mkstemp(name.data());
-  if (fd < 0) return false;
-  const bool alike = ::fchown(fd, info.st_uid, info.st_gid) == 0 && ::fchmod(fd, info.st_mode) == 0;
-  ::close(fd);
-  g_unlink(name.c_str());
-  return alike;
-}
-
-/// Whether the toolkit would have to truncate the file and write into it.
-bool written_in_place(const FilePtr& file) {
-  const auto path = file->get_path();
-  struct stat info {};
-  if (::stat(path.c_str(), &info) != 0) return false;
-  return info.st_nlink > 1 || !takes_temporaries(Glib::path_get_dirname(path), info);
-}
-
-/// "railway.zblt", then "railway-2.zblt" and so on.
-std::string numbered(const std::string& name, unsigned number) {
-  if (number == 1) return name;
-  const auto dot = std::min(name.rfind('.'), name.size());
-  return name.substr(0, dot) + '-' + Glib::ustring::format(number).raw() + name.substr(dot);
-}
-
-/// Puts a copy of the file where it can stay; throws when that fails. An older copy is never
-/// touched: it may be the last good state of a file that a failed save has cut off since.
-FilePtr copy_aside(const FilePtr& file) {
-  const auto folder = Glib::build_filename(Glib::get_user_data_dir(), "zemblar", "saved-copies");
-  g_mkdir_with_parents(folder.c_str(), 0700);
-  const auto name = Glib::path_get_basename(file->get_path());
-  for (unsigned number = 1;; ++number) {
-    const auto copy =
-        Gio::File::create_for_path(Glib::build_filename(folder, numbered(name, number)));
-    try {
-      file->copy(copy, Gio::FILE_COPY_TARGET_DEFAULT_PERMS);
-      return copy;
-    } catch (const Gio::Error& error) {
-      if (error.code() != Gio::Error::EXISTS) throw;
-    }
-  }
-}
-
-/// A stream that is merely dropped would put what has been written so far in the place of the good
-/// file; closing it under a cancelled cancellable removes the temporary instead.
-void abandon(const Glib::RefPtr<Gio::FileOutputStream>& stream) try {
-  auto cancelled = Gio::Cancellable::create();
-  cancelled->cancel();
-  stream->close(cancelled);
-} catch (const Glib::Error&) {
-  // It reports that it was cancelled.
-}
-
-void write_whole(const FilePtr& file, const std::string& bytes) {
-  auto stream = file->replace(std::string(), false, Gio::FILE_CREATE_NONE);
-  if (!stream) return;
+/// Puts a copy of the file where it can stay. A copy that is there already is not touched: it is
+/// the last good state of a file that has been cut off since.
+std::string copy_aside(const std::string& path) {
+  const auto copy = copy_path(path);
+  if (Glib::file_test(copy, Glib::FILE_TEST_EXISTS)) return copy;
+  g_mkdir_with_parents(Glib::path_get_dirname(copy).c_str(), 0700);
   try {
-    gsize written = 0;
-    stream->write_all(bytes, written);
-    stream->flush();
-  } catch (...) {
-    abandon(stream);
-    throw;
+    TemporaryFile file(copy, private_mode);
+    file.write(Glib::file_get_contents(path));
+    file.take_place();
+  } catch (const Glib::FileError& error) {
+    throw Gio::Error(Gio::Error::FAILED, error.what());
   }
-  stream->close();
+  return copy;
 }
 
-[[noreturn]] void fail(const FilePtr& file, const Gio::Error& error, const Glib::ustring& where) {
-  throw Gio::Error(error.code(),
-                   Glib::ustring::compose(_("Couldn't save %1: %2. %3"), file->get_parse_name(),
-                                          error.what(), where));
-}
+/// A file that is open for writing in place.
+class OpenFile {
+ public:
+  explicit OpenFile(const std::string& path) : fd_(::open(path.c_str(), O_WRONLY | O_CLOEXEC)) {
+    if (fd_ < 0) throw_errno();
+  }
+  ~OpenFile() { ::close(fd_); }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
+
+  /// Takes the room that the new bytes need, while the old ones are still there.
+  void reserve(off_t old_size, std::size_t size) {
+    errno = ::posix_fallocate(fd_, 0, static_cast<off_t>(size));
+    if (errno == 0 || errno == EOPNOTSUPP || errno == EINVAL) return;
+    const int problem = errno;
+    [[maybe_unused]] const int result = ::ftruncate(fd_, old_size);
+    errno = problem;
+    throw_errno();
+  }
+  void overwrite(const std::string& bytes) {
+    write_fully(fd_, bytes);
+    if (::ftruncate(fd_, static_cast<off_t>(bytes.size())) != 0 || ::fsync(fd_) != 0) throw_errno();
+  }
+
+ private:
+  int fd_;
+};
+
+/// One call of `write_safely`, with what its failure would leave.
+class SafeWrite {
+ public:
+  explicit SafeWrite(const std::string& path) : path_(target_of(path)) {
+    exists_ = ::stat(path_.c_str(), &old_) == 0;
+  }
+
+  void write(const std::string& bytes, std::optional<mode_t> mode) {
+    refuse_unsuitable();
+    if (!replace(bytes, mode)) write_in_place(bytes);
+  }
+
+  /// For the person, after a failure.
+  [[nodiscard]] Glib::ustring remains() const {
+    if (!exists_) return _("Nothing has been written.");
+    const auto copy = copy_of_overwritten(path_);
+    if (copy.empty()) return _("The file is as it was before.");
+    return Glib::ustring::compose(_("The file as it was before is kept as %1."),
+                                  Glib::filename_display_name(copy));
+  }
+
+ private:
+  void refuse_unsuitable() const {
+    if (!exists_) return;
+    if (!S_ISREG(old_.st_mode)) {
+      throw Gio::Error(Gio::Error::NOT_REGULAR_FILE, _("it is a folder or a device"));
+    }
+    if (::faccessat(AT_FDCWD, path_.c_str(), W_OK, AT_EACCESS) != 0) throw_errno();
+  }
+
+  /// A temporary file with the attributes of the old one, or null if the old one must stay.
+  [[nodiscard]] std::unique_ptr<TemporaryFile> temporary(std::optional<mode_t> mode) const {
+    if (!exists_) {
+      auto file = std::make_unique<TemporaryFile>(path_, mode.value_or(usual_mode));
+      if (mode) file->set_mode(*mode);
+      return file;
+    }
+    if (old_.st_nlink > 1) return nullptr;
+    try {
+      auto file = std::make_unique<TemporaryFile>(path_, private_mode);
+      const auto wanted = mode.value_or(old_.st_mode);
+      if (file->take_attributes(old_.st_uid, old_.st_gid, wanted)) return file;
+    } catch (const Gio::Error&) {
+      // The folder takes no new file.
+    }
+    return nullptr;
+  }
+
+  bool replace(const std::string& bytes, std::optional<mode_t> mode) const {
+    const auto file = temporary(mode);
+    if (!file) return false;
+    file->write(bytes);
+    file->take_place();
+    return true;
+  }
+
+  void write_in_place(const std::string& bytes) {
+    OpenFile file(path_);
+    const bool is_damaged = !copy_of_overwritten(path_).empty();
+    const auto copy = copy_aside(path_);
+    try {
+      file.reserve(old_.st_size, bytes.size());
+    } catch (const Gio::Error&) {
+      if (!is_damaged) g_unlink(copy.c_str());
+      throw;
+    }
+    file.overwrite(bytes);
+    g_unlink(copy.c_str());
+  }
+
+  std::string path_;
+  struct stat old_ {};
+  bool exists_ = false;
+};
 
 }  // namespace
 
-void write_safely(const FilePtr& wanted, const std::string& bytes) {
-  const auto file = target_of(wanted);
-  const auto* unchanged =
-      file->query_exists() ? _("The file is as it was before.") : _("Nothing has been written.");
-  FilePtr copy;
+std::string target_of(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr),
+                                                             &std::free);
+  return resolved ? resolved.get() : path;
+}
+
+std::string copy_of_overwritten(const std::string& path) {
+  auto copy = copy_path(target_of(path));
+  return Glib::file_test(copy, Glib::FILE_TEST_EXISTS) ? copy : std::string();
+}
+
+void remove_copy_of_overwritten(const std::string& path) {
+  g_unlink(copy_path(target_of(path)).c_str());
+}
+
+void write_safely(const Glib::RefPtr<Gio::File>& file, const std::string& bytes,
+                  std::optional<mode_t> mode) {
+  SafeWrite safe(file->get_path());
   try {
-    if (written_in_place(file)) copy = copy_aside(file);
+    safe.write(bytes, mode);
   } catch (const Gio::Error& error) {
-    fail(wanted, error, unchanged);
+    throw Gio::Error(error.code(),
+                     Glib::ustring::compose(_("Couldn't save %1: %2. %3"), file->get_parse_name(),
+                                            error.what(), safe.remains()));
   }
-  try {
-    write_whole(file, bytes);
-  } catch (const Gio::Error& error) {
-    fail(wanted, error,
-         copy ? Glib::ustring::compose(_("The file as it was before is kept as %1."),
-                                       copy->get_parse_name())
-              : unchanged);
-  }
-  if (copy) copy->remove();
 }
 
 }  // namespace zemblar

@@ -12,6 +12,7 @@
 #include "devices/hw_list.h"
 #include "runtime/context.h"
 #include "ui/edit_history.h"
+#include "ui/forced_end.h"
 #include "ui/icons.h"
 #include "ui/layout_dialogs.h"
 #include "ui/layout_window.h"
@@ -82,6 +83,7 @@ Application::Application(StartOptions options) {
   if (options.keep_unsaved) {
     recovery_copy_ = std::make_unique<RecoveryCopy>();
     recovery_copy_->start(GlobalOptions::get().get_layout());
+    keep_work_at_forced_end();
   }
   HWList::get();
   tray_ = std::make_unique<Tray>(Layout::get());

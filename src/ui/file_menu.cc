@@ -10,9 +10,9 @@
 #include "core/global_options.h"
 #include "core/i18n.h"
 #include "core/layout.h"
-#include "ui/further_files.h"
 #include "ui/layout_dialogs.h"
 #include "ui/lok_controller.h"
+#include "ui/recovery_menu_item.h"
 #include "ui/stock.h"
 #include "ui/track_editor.h"
 #include "ui/track_view.h"
@@ -85,7 +85,7 @@ void append_file_menu(Gtk::MenuShell& bar, Gtk::Window& window) {
   append_stock_item(menu, Gtk::Stock::SAVE, sigc::ptr_fun(save_layout), keys);
   append_stock_item(menu, Gtk::Stock::SAVE_AS, sigc::ptr_fun(save_layout_as), keys);
   append_separator(menu);
-  menu.append(*Gtk::manage(new FurtherFilesItem));
+  menu.append(*Gtk::manage(new RecoveryMenuItem));
   append_separator(menu);
   append_stock_item(menu, Gtk::Stock::CLOSE, sigc::mem_fun(window, &Gtk::Window::hide), keys);
   append_stock_item(menu, Gtk::Stock::QUIT, sigc::ptr_fun(quit), keys);

@@ -189,11 +189,27 @@ TEST_F(LayoutFile, ends_at_an_object_that_it_cannot_hold_and_names_it) {
   EXPECT_TRUE(bytes.ends_with("  - !\n")) << bytes;
   EXPECT_NE(get_status().raw().find("Unkeepable 1"), std::string::npos) << get_status();
   EXPECT_FALSE(Layout::open(path()));
-  EXPECT_NE(get_status().raw().find("Unimplemented Load: !"), std::string::npos);
   lost->destroy();
   layout().save();
-  EXPECT_TRUE(get_status().empty());
+  EXPECT_EQ(get_status(), "Saved layout.zblt");
+  EXPECT_FALSE(Glib::file_test(path() + ".complete", Glib::FILE_TEST_EXISTS));
   EXPECT_TRUE(Layout::open(path())) << get_status();
+}
+
+TEST_F(LayoutFile, that_was_saved_is_told_without_hiding_a_warning) {
+  VirtualClock clock;
+  layout().save_to(Glib::filename_to_uri(path()), true);
+  Layout::dialogs().finish_edits = [] { set_status("The name “Quay” is taken."); };
+  layout().save();
+  EXPECT_EQ(get_status().raw(), "Saved layout.zblt. The name “Quay” is taken.");
+  Layout::dialogs().finish_edits = {};
+  StatusNote trouble;
+  trouble.tell("The station does not answer.");
+  set_status("Something else.");
+  layout().save();
+  EXPECT_EQ(get_status().raw(), "Saved layout.zblt");
+  clock.advance(std::chrono::seconds(10));
+  EXPECT_EQ(get_status().raw(), "The station does not answer.");
 }
 
 TEST_F(LayoutFile, is_followed_by_those_who_watch_the_current_layout) {
@@ -251,49 +267,62 @@ class SafeWrite : public testing::Test {
   } catch (const Gio::Error& error) {
     return error.what();
   }
-  /// The same in a process that cannot write that much, as on a full disk. Whether the message and
-  /// the old bytes, in their place or in the copy, are as they should be.
-  [[noreturn]] void exit_when_full(const std::string& path, bool in_place) const {
+  [[nodiscard]] unsigned file_count() const {
+    Glib::Dir listing(folder.path());
+    return static_cast<unsigned>(std::distance(listing.begin(), listing.end()));
+  }
+  /// Saves twice in a process that cannot write that much, as on a full disk. Whether the message
+  /// ends so, and the folder is as it was before.
+  [[noreturn]] void exit_when_full(const std::string& path, const char* remains) const {
     signal(SIGXFSZ, SIG_IGN);
     const rlimit small{4096, 4096};
     setrlimit(RLIMIT_FSIZE, &small);
     Glib::setenv("XDG_DATA_HOME", folder.file("data"));
-    const auto problem = save(path, new_bytes);
-    save(path, new_bytes);  // somebody tries again
-    const auto copy =
-        Glib::build_filename(Glib::get_user_data_dir(), "zemblar", "saved-copies", "file");
-    const bool told = problem.starts_with("Couldn't save");
-    const bool kept = in_place
-                          ? problem.find(copy) != std::string::npos && bytes_of(copy) == old_bytes
-                          : bytes_of(path) == old_bytes;
+    const auto files = file_count();
+    save(path, new_bytes);
+    const auto problem = save(path, new_bytes);  // somebody tries again
     fprintf(stderr, "%s\n", problem.c_str());
-    _exit(told && kept ? 0 : 1);
+    const bool told = problem.starts_with("Couldn't save") && problem.ends_with(remains);
+    const bool clean = file_count() == files + 1 && copy_of_overwritten(path).empty();
+    _exit(told && clean && bytes_of(folder.file("file")) == old_bytes ? 0 : 1);
   }
 };
 
-TEST_F(SafeWrite, that_fails_leaves_the_old_bytes_or_names_their_copy) {
+TEST_F(SafeWrite, that_fails_leaves_what_was_there_and_nothing_else) {
   const auto file = folder.file("file");
   ASSERT_EQ(symlink(file.c_str(), folder.file("link").c_str()), 0);
-  EXPECT_EXIT(exit_when_full(file, false), testing::ExitedWithCode(0), "");
-  EXPECT_EXIT(exit_when_full(folder.file("link"), false), testing::ExitedWithCode(0), "");
+  const auto* as_before = "The file is as it was before.";
+  EXPECT_EXIT(exit_when_full(file, as_before), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(exit_when_full(folder.file("link"), as_before), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(exit_when_full(folder.file("new"), "Nothing has been written."),
+              testing::ExitedWithCode(0), "");
   ASSERT_EQ(link(file.c_str(), folder.file("twin").c_str()), 0);
-  EXPECT_EXIT(exit_when_full(file, true), testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(exit_when_full(file, as_before), testing::ExitedWithCode(0), "");
   EXPECT_NE(save(folder.file("no/such/folder/file"), new_bytes), "");
+  EXPECT_NE(save(folder.path(), new_bytes), "") << "a folder";
 }
 
-TEST_F(SafeWrite, keeps_links_and_leaves_nothing_behind) {
+TEST_F(SafeWrite, keeps_links_and_permissions_and_leaves_nothing_behind) {
   const auto file = folder.file("file");
+  const auto mode_of = [](const std::string& path) {
+    struct stat info {};
+    return ::stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : 0;
+  };
   ASSERT_EQ(symlink("file", folder.file("link").c_str()), 0);
+  ASSERT_EQ(chmod(file.c_str(), 0664), 0);
   EXPECT_EQ(save(folder.file("link"), "through a link"), "");
   EXPECT_EQ(bytes_of(file), "through a link");
+  EXPECT_EQ(mode_of(file), 0664u);
   struct stat info {};
   ASSERT_EQ(lstat(folder.file("link").c_str(), &info), 0);
   EXPECT_TRUE(S_ISLNK(info.st_mode));
   ASSERT_EQ(link(file.c_str(), folder.file("twin").c_str()), 0);
   EXPECT_EQ(save(file, "to both names"), "");
   EXPECT_EQ(bytes_of(folder.file("twin")), "to both names");
-  Glib::Dir listing(folder.path());
-  EXPECT_EQ(std::distance(listing.begin(), listing.end()), 3);
+  write_safely(Gio::File::create_for_path(folder.file("private")), "x", 0600);
+  EXPECT_EQ(mode_of(folder.file("private")), 0600u);
+  EXPECT_EQ(file_count(), 4u);
+  EXPECT_EQ(copy_of_overwritten(file), "");
 }
 
 }  // namespace

@@ -1,13 +1,17 @@
 #include <fcntl.h>
+#include <giomm/error.h>
+#include <glib/gstdio.h>
 #include <glibmm/convert.h>
 #include <glibmm/fileutils.h>
 #include <glibmm/main.h>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <yaml-cpp/yaml.h>
 
 #include <algorithm>
 
 #include "core/document_text.h"
+#include "core/file_bytes.h"
 #include "core/recovery_copy.h"
 #include "devices/device_ecos.h"
 #include "locomotives/function.h"
@@ -164,7 +168,7 @@ TEST_F(RecoveryTest, keeps_what_new_and_open_drop_and_save_as_replaces) {
   settle();
   add_zone("Yard");  // dropped before any copy is due
   ASSERT_TRUE(Layout::open(path()));
-  EXPECT_TRUE(says("The unsaved work on harbour.zblt is kept: choose File, Further"))
+  EXPECT_TRUE(says("The unsaved work on harbour.zblt is kept: choose File, Recover Unsaved Work."))
       << get_status();
   EXPECT_EQ(zones(), "Quay");
   settle();
@@ -189,26 +193,143 @@ TEST_F(RecoveryTest, keeps_what_new_and_open_drop_and_save_as_replaces) {
   EXPECT_EQ(layout().get_path(), path());
 }
 
-TEST_F(RecoveryTest, carries_what_a_layout_file_cannot_hold) {
-  save();
-  settle();
-  auto* station = layout().get_devices().add(new ECoS);
-  station->set_name("Station");
-  layout().get_loks().add(new Lok)->set_name("Locomotive");
-  auto* group = layout().get_loks().add(new LokGroup);
-  group->set_name("Freight");
-  const auto before = DocumentText::whole();
-  layout().save();  // cuts the file off
+/// A layout that a file cannot hold, and what becomes of it beside its cut file.
+class CutFileTest : public RecoveryTest {
+ protected:
+  CutFileTest() {
+    save();
+    whole_file = bytes_of(path());
+    add_zone("Quay");
+    layout().get_devices().add(new ECoS)->set_name("Station");
+    layout().get_loks().add(new Lok)->set_name("Locomotive");
+    layout().get_loks().add(new LokGroup)->set_name("Freight");
+    layout().save();
+    document = DocumentText::whole();
+  }
+  [[nodiscard]] std::string complete() { return path() + ".complete"; }
+  static bool has(const std::string& path) { return Glib::file_test(path, Glib::FILE_TEST_EXISTS); }
+
+  std::string whole_file;  // of the empty layout that was there before
+  std::string document;
+};
+
+TEST_F(CutFileTest, is_opened_again_with_all_that_it_cannot_hold) {
+  EXPECT_EQ(get_status().raw(),
+            "Saved harbour.zblt. A layout file cannot hold “Freight”: the whole layout is in "
+            "harbour.zblt.complete, keep both together.");
+  const auto cut = bytes_of(path());
   settle();
   quit();
   start_again(path());
-  EXPECT_TRUE(says("Couldn't open")) << get_status();
+  EXPECT_TRUE(says("Opened harbour.zblt.complete")) << get_status();
+  EXPECT_FALSE(says("Unsaved")) << get_status();
+  EXPECT_EQ(DocumentText::whole(), document);
+  EXPECT_EQ(layout().get_path(), path());
+  EXPECT_TRUE(copy->offered().empty());
+  layout().save();
+  EXPECT_EQ(bytes_of(path()), cut);
+
+  add_zone("Yard");
+  settle();
+  kill();
+  start_again(path());
   EXPECT_TRUE(says("Unsaved work on harbour.zblt was found")) << get_status();
   open_newest();
-  EXPECT_EQ(DocumentText::whole(), before);
-  EXPECT_TRUE(layout().get_devices().find_child("Station"));
-  EXPECT_TRUE(layout().get_loks().find_child("Locomotive"));
+  EXPECT_EQ(zones(), "Quay Yard");
+
+  layout().get_devices().destroy_children();
+  layout().get_loks().destroy_children();
+  layout().save();
+  EXPECT_EQ(get_status(), "Saved harbour.zblt");
+  EXPECT_FALSE(has(complete()));
+}
+
+TEST_F(CutFileTest, belongs_to_its_complete_one_wherever_both_are) {
+  const auto cut = bytes_of(path());
+  const auto other = folder.file("other");
+  ASSERT_EQ(g_mkdir(other.c_str(), 0700), 0);
+  Glib::file_set_contents(other + "/yard.zblt", cut);
+  Glib::file_set_contents(other + "/yard.zblt.complete", bytes_of(complete()));
+  layout().new_document(true);
+  ASSERT_TRUE(Layout::open(other + "/yard.zblt")) << get_status();
+  EXPECT_EQ(DocumentText::whole(), document);
+
+  // As a kill between the two writes leaves it.
+  Glib::file_set_contents(path(), whole_file);
+  ASSERT_TRUE(Layout::open(path()));
+  EXPECT_EQ(zones(), "");
+  Glib::file_set_contents(path(), cut);
+  ASSERT_TRUE(Layout::open(path()));
+  add_zone("Yard");
+  layout().save();
+  Glib::file_set_contents(path(), cut);
+  ASSERT_TRUE(Layout::open(path())) << get_status();
+  EXPECT_EQ(zones(), "Quay Yard");
+
+  chmod(path().c_str(), 0600);
+  unlink(complete().c_str());
+  layout().save();
+  struct stat info {};
+  ASSERT_EQ(stat(complete().c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0600u);
+}
+
+TEST_F(CutFileTest, that_was_edited_leads_to_the_complete_one_among_the_entries) {
+  auto cut = bytes_of(path());
+  cut.replace(cut.find("New Layout"), 10, "Harbour");
+  quit();
+  Glib::file_set_contents(path(), cut);
+  for (int start = 0; start < 2; ++start) {
+    if (copy) kill();
+    start_again(path());
+    EXPECT_TRUE(says("Couldn't open")) << get_status();
+    EXPECT_TRUE(says("harbour.zblt.complete was made for another version")) << get_status();
+    ASSERT_EQ(copy->offered().size(), 1u);
+  }
+  open_newest();
+  EXPECT_EQ(DocumentText::whole(), document);
   EXPECT_FALSE(layout().get_file());
+  for (const auto& damaged : {std::string(), bytes_of(complete()).substr(0, 150)}) {
+    Glib::file_set_contents(complete(), damaged);
+    EXPECT_FALSE(Layout::open(path()));
+    EXPECT_TRUE(get_status().raw().ends_with("Unimplemented Load: !")) << get_status();
+  }
+}
+
+TEST_F(RecoveryTest, keeps_what_somebody_else_has_written_before_save_replaces_it) {
+  const auto foreign = [this](const char* name) {
+    Glib::file_set_contents(
+        path(), "%YAML 1.2\ntitle: T\nobjects:\n  - !zone\n    name: " + std::string(name) + "\n");
+  };
+  save();
+  ASSERT_TRUE(Layout::open(path()));
+  make_file_newer();  // the same bytes
+  layout().save();
+  EXPECT_EQ(get_status(), "Saved harbour.zblt");
+  unlink(path().c_str());
+  layout().save();
+  EXPECT_EQ(get_status(), "Saved harbour.zblt");
+  EXPECT_TRUE(copy->offered().empty());
+
+  add_zone("Mine");
+  foreign("Theirs");
+  layout().save();
+  EXPECT_TRUE(says("Saved harbour.zblt. Somebody else had changed it")) << get_status();
+  ASSERT_EQ(copy->offered().size(), 1u);
+  layout().save();
+  EXPECT_EQ(get_status(), "Saved harbour.zblt");
+  open_newest();
+  EXPECT_EQ(zones(), "Theirs");
+
+  foreign("Precious");
+  kill();
+  system(("rm -rf " + folder.file("recovery")).c_str());
+  folder.write("recovery", "no place for copies");
+  begin();
+  EXPECT_THROW(layout().save(), Gio::Error);
+  EXPECT_NE(bytes_of(path()).find("Precious"), std::string::npos);
+  save();
+  EXPECT_TRUE(says("Saved harbour.zblt. What was there before could not be kept.")) << get_status();
 }
 
 TEST_F(RecoveryTest, tells_of_damaged_copies_and_changes_nothing) {
@@ -237,17 +358,134 @@ TEST_F(RecoveryTest, tells_of_damaged_copies_and_changes_nothing) {
   EXPECT_EQ(zones(), "");
 }
 
-TEST_F(RecoveryTest, keeps_the_newest_twenty) {
+TEST_F(RecoveryTest, offers_a_file_as_it_was_before_somebody_was_stopped_while_writing_into_it) {
+  add_zone("Quay");
   save();
-  for (int i = 0; i < 30; ++i) {
-    settle();
-    layout().set_name("Harbour " + Glib::ustring::format(i));
-    layout().new_document(true);
-    ASSERT_TRUE(Layout::open(path()));
+  const auto whole = bytes_of(path());
+  const auto copies = Glib::build_filename(Glib::get_user_data_dir(), "zemblar", "saved-copies");
+  const auto old = Glib::build_filename(copies, digest_of(path()).substr(0, 32) + ".zblt");
+  g_mkdir_with_parents(copies.c_str(), 0700);
+  const struct {
+    std::string file;
+    bool offered;
+  } cases[] = {{whole, false}, {whole.substr(0, 40), true}, {"title: [", true}};
+  for (const auto& one : cases) {
+    kill();
+    Glib::file_set_contents(old, whole);
+    Glib::file_set_contents(path(), one.file);
+    start_again(path());
+    EXPECT_FALSE(Glib::file_test(old, Glib::FILE_TEST_EXISTS));
+    EXPECT_EQ(says("harbour.zblt may not have been written to its end"), one.offered)
+        << get_status();
+    if (!one.offered) continue;
+    open_newest();
+    EXPECT_EQ(zones(), "Quay");
   }
-  ASSERT_EQ(copy->offered().size(), 20u);
-  open_newest();
-  EXPECT_EQ(layout().get_name(), "Harbour 29");
+}
+
+TEST_F(RecoveryTest, keeps_twenty_of_each_layout_and_unsaved_work_longest) {
+  const RecoveryFolder copies(folder.file("recovery"));
+  g_mkdir(folder.file("recovery").c_str(), 0700);
+  const auto put = [&](const std::string& layout, gint64 time, KeptText::Kind kind) {
+    const KeptText kept{.kind = kind, .layout = layout, .time = time, .text = "title: T\n"};
+    Glib::file_set_contents(copies.free_file(layout, time), kept.bytes());
+  };
+  put("/another.zblt", 1, KeptText::Kind::replaced);
+  for (int i = 0; i < 5; ++i) put(path(), 10 + i, KeptText::Kind::unsaved);
+  for (int i = 0; i < 30; ++i) put(path(), 100 + i, KeptText::Kind::replaced);
+  copies.prune();
+  int unsaved = 0;
+  gint64 oldest_replaced = G_MAXINT64;
+  const auto entries = copies.entries();
+  ASSERT_EQ(entries.size(), 21u);
+  for (const auto& entry : entries) {
+    if (entry.about.layout != path()) continue;
+    if (entry.about.kind == KeptText::Kind::unsaved)
+      ++unsaved;
+    else
+      oldest_replaced = std::min(oldest_replaced, entry.about.time);
+  }
+  EXPECT_EQ(unsaved, 5);
+  EXPECT_EQ(oldest_replaced, 115);
+  for (int i = 0; i < 20; ++i) put(path(), 20 + i, KeptText::Kind::unsaved);
+  put(path(), 1000, KeptText::Kind::replaced);
+  copies.prune();
+  EXPECT_EQ(copies.entries().size(), 21u);
+  EXPECT_EQ(copies.entries()[0].about.time, 1000) << "the newest stays, whatever it is";
+  EXPECT_EQ(copies.entries()[1].about.time, 39);
+}
+
+TEST_F(RecoveryTest, passes_over_what_cannot_be_an_entry_and_says_so_once) {
+  save();
+  settle();
+  kill();
+  const RecoveryFolder copies(folder.file("recovery"));
+  g_mkdir(folder.file("recovery").c_str(), 0700);
+  const auto name = [&](int n) { return copies.free_file(path(), n); };
+  const auto in_year = [](gint64 year) { return (year - 1970) * 31'556'952 * G_USEC_PER_SEC; };
+  const std::function<void(const std::string&)> oddities[] = {
+      [](const auto& file) { ASSERT_EQ(mkfifo(file.c_str(), 0600), 0); },
+      [](const auto& file) { ASSERT_EQ(g_mkdir(file.c_str(), 0700), 0); },
+      [](const auto& file) { Glib::file_set_contents(file, "damaged"); },
+      [&](const auto& file) {
+        Glib::file_set_contents(file, KeptText{.time = in_year(10000)}.bytes());
+      },
+      [&](const auto& file) { Glib::file_set_contents(file, KeptText{.time = -1}.bytes()); },
+      [&](const auto& file) {
+        const auto current = copies.current_file(path());
+        ASSERT_EQ(mkfifo(current.c_str(), 0600), 0);
+        ASSERT_EQ(symlink("nowhere", file.c_str()), 0);
+      },
+  };
+  for (const auto& put : oddities) {
+    put(name(1));
+    start_again(path());
+    EXPECT_TRUE(says("A recovery copy was found, but it is damaged")) << get_status();
+    EXPECT_TRUE(copy->offered().empty());
+    kill();
+    start_again(path());
+    EXPECT_EQ(get_status().raw(), "") << "told once";
+    add_zone("Yard");
+    settle();
+    layout().save();
+    settle();
+    kill();
+  }
+}
+
+TEST_F(RecoveryTest, uses_no_folder_of_somebody_else) {
+  if (geteuid() != 0) GTEST_SKIP() << "nothing can be given away";
+  save();
+  settle();
+  kill();
+  const auto recovery = folder.file("recovery");
+  g_mkdir(recovery.c_str(), 0700);
+  ASSERT_EQ(chown(recovery.c_str(), 12345, 12345), 0);
+  start_again(path());
+  add_zone("Yard");
+  settle();
+  EXPECT_TRUE(says("belongs to somebody else")) << get_status();
+  EXPECT_EQ(Glib::Dir(recovery).read_name(), "");
+}
+
+TEST_F(RecoveryTest, is_for_the_eyes_of_its_owner) {
+  add_zone("Quay");
+  save();
+  save();  // over what is there, which is kept
+  add_zone("Yard");
+  settle();
+  kill();
+  const auto recovery = folder.file("recovery");
+  struct stat info {};
+  ASSERT_EQ(stat(recovery.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 0777, 0700u);
+  int files = 0;
+  for (const auto& name : Glib::Dir(recovery)) {
+    ASSERT_EQ(stat(Glib::build_filename(recovery, name).c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0600u) << name;
+    ++files;
+  }
+  EXPECT_EQ(files, 2);
 }
 
 TEST_F(RecoveryTest, goes_on_when_no_copy_can_be_written) {
@@ -262,15 +500,11 @@ TEST_F(RecoveryTest, goes_on_when_no_copy_can_be_written) {
   EXPECT_TRUE(says("The recovery copy could not be written")) << get_status();
   // It is tried again, though nothing changes any more.
   g_unlink(folder.file("recovery").c_str());
-  const auto written = [this] {
-    const auto path = folder.file("recovery");
-    return Glib::file_test(path, Glib::FILE_TEST_IS_DIR) && Glib::Dir(path).read_name() != "";
-  };
-  for (int wait = 0; wait < 1000 && !written(); ++wait) {
+  for (int wait = 0; wait < 1000 && !get_status().empty(); ++wait) {
     settle();
     g_usleep(1000);
   }
-  EXPECT_TRUE(written());
+  EXPECT_EQ(get_status().raw(), "") << "it has been written after all";
   quit();
   start_again({});
   ASSERT_EQ(copy->offered().size(), 1u);
@@ -283,6 +517,22 @@ void fill(unsigned count) {
     auto* lok = Layout::get().get_loks().add(new Lok);
     for (int n = 0; n < 3; ++n) lok->add(new Function(lok));
   }
+}
+
+TEST_F(RecoveryTest, keeps_a_large_document_at_once_when_the_end_is_forced) {
+  save();
+  settle();
+  fill(10000);
+  const auto start = std::chrono::steady_clock::now();
+  copy->finish(RecoveryCopy::End::forced);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, 1s);
+  const auto document = DocumentText::whole();
+  make_file_newer();  // in vain
+  copy.reset();
+  start_again(path());
+  EXPECT_TRUE(says("Unsaved work on harbour.zblt was found")) << get_status();
+  open_newest();
+  EXPECT_EQ(DocumentText::whole(), document);
 }
 
 TEST_F(RecoveryTest, writes_a_large_document_in_small_parts) {

@@ -5,7 +5,6 @@ the simulated station writing down what reaches it.
     drive_test.py ZEMBLAR ZEMBLAR-STATION
 """
 
-import os
 import sys
 import unittest
 
@@ -140,17 +139,6 @@ class Drive(unittest.TestCase):
         self.station.wait_for('set(1,go)')
         view.find('push button', 'Track Power Off').press()
         self.station.wait_for('set(1,stop)')
-
-    def test_a_file_that_loses_the_station_says_so(self):
-        self.make_station()
-        self.make_locomotive()
-        path = os.path.join(os.environ['HOME'], 'evening')
-        self.editor.choose('File', 'Save As')
-        dialog = self.program.window('Save As')
-        dialog.find('text').type_text(path)
-        dialog.find('push button', 'Save').press()
-        self.program.wait_for_status('ESU ECoS 1')
-        self.assertTrue(os.path.exists(path + '.zblt'))
 
 
 if __name__ == '__main__':

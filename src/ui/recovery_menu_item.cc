@@ -1,4 +1,4 @@
-#include "ui/further_files.h"
+#include "ui/recovery_menu_item.h"
 
 #include <glibmm/convert.h>
 #include <glibmm/datetime.h>
@@ -14,6 +14,8 @@ Glib::ustring label_of(const KeptText& kept) {
   const char* format = _("Unsaved Work on %1, %2");
   if (kept.kind == KeptText::Kind::replaced) {
     format = _("%1 before It Was Replaced, %2");
+  } else if (kept.kind == KeptText::Kind::complete) {
+    format = _("The Whole of %1, %2");
   } else if (kept.layout.empty()) {
     format = _("Unsaved Work without a File, %2");
   }
@@ -31,14 +33,14 @@ void open_later(const std::string& file) {
 
 }  // namespace
 
-FurtherFilesItem::FurtherFilesItem() : Gtk::MenuItem(_("Further _Files"), true) {
+RecoveryMenuItem::RecoveryMenuItem() : Gtk::MenuItem(_("_Recover Unsaved Work"), true) {
   if (auto* copies = RecoveryCopy::get()) {
-    changed_ = copies->signal_changed().connect(sigc::mem_fun(*this, &FurtherFilesItem::fill));
+    changed_ = copies->signal_changed().connect(sigc::mem_fun(*this, &RecoveryMenuItem::fill));
   }
   fill();
 }
 
-void FurtherFilesItem::fill() {
+void RecoveryMenuItem::fill() {
   auto* menu = Gtk::manage(new Gtk::Menu);
   if (auto* copies = RecoveryCopy::get()) {
     for (const auto& entry : copies->offered()) {

@@ -9,9 +9,9 @@ namespace zemblar {
 
 /// The entry of the file menu that opens what has been kept besides layout files: work that was
 /// not saved, and what Save As has replaced. Insensitive while there is nothing.
-class FurtherFilesItem : public Gtk::MenuItem {
+class RecoveryMenuItem : public Gtk::MenuItem {
  public:
-  FurtherFilesItem();
+  RecoveryMenuItem();
 
  private:
   void fill();

@@ -1,0 +1,71 @@
+#include "core/complete_file.h"
+
+#include <glib/gstdio.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <optional>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+#include "core/file_bytes.h"
+#include "core/head_lines.h"
+#include "core/safe_write.h"
+
+namespace zemblar {
+namespace {
+
+constexpr std::string_view first_line = "Zemblar complete layout 1\n";
+
+std::optional<mode_t> mode_of(const std::string& path) {
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return std::nullopt;
+  return info.st_mode & 0777;
+}
+
+std::vector<std::string> words_of(const std::string& line) {
+  std::istringstream in(line);
+  std::vector<std::string> words;
+  for (std::string word; in >> word;) words.push_back(word);
+  return words;
+}
+
+}  // namespace
+
+CompleteFile::CompleteFile(const std::string& layout)
+    : layout_(target_of(layout)), path_(layout_ + ".complete") {}
+
+bool CompleteFile::read() try {
+  const auto file = read_regular_file(path_);
+  if (!file) return false;
+  std::string_view bytes = file->bytes;
+  const auto head = HeadLines::take(bytes, first_line);
+  if (!head || head->number<std::size_t>("size") != bytes.size()) return false;
+  digests_ = words_of(head->at("belongs-to"));
+  text_ = bytes;
+  return true;
+} catch (const std::out_of_range&) {
+  return false;
+}
+
+bool CompleteFile::belongs_to(const std::string& digest) const {
+  return std::ranges::find(digests_, digest) != digests_.end();
+}
+
+void CompleteFile::write(std::vector<std::string> digests, std::string_view text) {
+  digests_ = std::move(digests);
+  text_ = text;
+  std::ostringstream out;
+  out.imbue(std::locale::classic());
+  out << first_line << "belongs-to:";
+  for (const auto& digest : digests_) out << ' ' << digest;
+  out << "\nsize: " << text_.size() << "\n\n" << text_;
+  write_safely(Gio::File::create_for_path(path_), out.str(), mode_of(layout_));
+}
+
+void CompleteFile::remove() const {
+  g_unlink(path_.c_str());
+}
+
+}  // namespace zemblar

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <giomm/file.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zemblar {
+
+/// The whole document beside a layout file that was cut off at an object which it cannot hold:
+/// `NAME.zblt.complete`, in the private form.
+///
+/// It belongs to files with certain bytes, whose digests it carries: to the cut file, and to the
+/// one that this is about to replace. So a program that is killed between the two writes leaves the
+/// old file with the new document.
+class CompleteFile {
+ public:
+  /// For the layout file at that path.
+  explicit CompleteFile(const std::string& layout);
+
+  /// Reads what is there. False if there is nothing, or something damaged.
+  bool read();
+  [[nodiscard]] bool belongs_to(const std::string& digest) const;
+  [[nodiscard]] const std::string& text() const { return text_; }
+  [[nodiscard]] const std::string& path() const { return path_; }
+
+  /// Replaces the file; it gets the permissions of the layout file. Throws Gio::Error.
+  void write(std::vector<std::string> digests, std::string_view text);
+  void remove() const;
+
+ private:
+  std::string layout_;
+  std::string path_;
+  std::vector<std::string> digests_;
+  std::string text_;
+};
+
+}  // namespace zemblar

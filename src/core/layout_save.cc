@@ -1,0 +1,154 @@
+#include <giomm/error.h>
+#include <glibmm/convert.h>
+#include <yaml-cpp/yaml.h>
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+#include "core/complete_file.h"
+#include "core/document_keeper.h"
+#include "core/document_text.h"
+#include "core/file_bytes.h"
+#include "core/global_options.h"
+#include "core/i18n.h"
+#include "core/layout.h"
+#include "core/safe_write.h"
+#include "core/status.h"
+#include "core/yaml_io.h"
+
+namespace zemblar {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto header = "%YAML 1.2\n";
+constexpr std::string_view extension = ".zblt";
+// For a success that covers a lasting trouble in the status line.
+constexpr auto shown_for = 10s;
+
+/// Empty if there is no file, or an empty one.
+std::string digest_of_file(const std::string& path) {
+  const auto file = read_regular_file(path);
+  return file && !file->bytes.empty() ? digest_of(file->bytes) : std::string();
+}
+
+}  // namespace
+
+unsigned Layout::get_id(const Object* object) {
+  return writing().number_of(object);
+}
+
+std::string Layout::serialize() {
+  first_unsaved_ = nullptr;
+  written_.clear();
+  YAML::Emitter out;
+  out << YAML::BeginMap;
+  out << YAML::Key << "title" << YAML::Value << get_name();
+  out << YAML::Key << "objects" << YAML::Value << YAML::BeginSeq;
+  for (int section = 0; section < section_count; ++section) {
+    for (auto* object : get_toplevel(static_cast<Section>(section))) {
+      out << *object;
+      if (!out.good() && !first_unsaved_) first_unsaved_ = object;
+    }
+  }
+  out << YAML::EndSeq;
+  return header + std::string(out.c_str(), out.size()) + "\n";
+}
+
+void Layout::save() {
+  if (!file_) return save_as();
+  clear_status();
+  const auto standing = get_status();
+  if (get_path().empty()) {
+    throw Gio::Error(Gio::Error::NOT_SUPPORTED,
+                     Glib::ustring::compose(_("Couldn't save %1: it is not on this machine."),
+                                            file_->get_parse_name()));
+  }
+  if (dialogs().finish_edits) dialogs().finish_edits();
+  // The text is complete before the file is touched.
+  const auto text = serialize();
+  const auto former = digest_of_file(get_path());
+  const bool was_changed = keep_foreign(former);
+  write_files(text, former);
+  tell_of_save(was_changed, standing);
+  if (auto* keeper = DocumentKeeper::get()) keeper->saved();
+}
+
+/// Keeps what somebody else has written to the file since it was opened or saved. Whether anybody
+/// did; `former` is the digest of what is there.
+bool Layout::keep_foreign(const std::string& former) {
+  auto* keeper = DocumentKeeper::get();
+  const auto path = get_path();
+  const bool was_changed = keeper && !former.empty() && former != known_digest_;
+  CompleteFile complete(path);
+  const bool has_stray = keeper && complete.read() && !complete.belongs_to(known_digest_);
+  if (!was_changed && !has_stray) return false;
+  if (keeper->before_overwrite(path)) return was_changed;
+  throw Gio::Error(Gio::Error::FAILED,
+                   Glib::ustring::compose(_("Couldn't save %1: somebody else has changed it, and "
+                                            "that version cannot be kept. Choose Save As."),
+                                          file_->get_parse_name()));
+}
+
+// The complete file comes first: it belongs to what is there and to what is written next.
+void Layout::write_files(const std::string& text, const std::string& former) {
+  CompleteFile complete(get_path());
+  const auto digest = digest_of(text);
+  if (first_unsaved_) {
+    std::vector<std::string> digests{digest};
+    if (!former.empty()) digests.push_back(former);
+    complete.write(std::move(digests), DocumentText::whole());
+  }
+  write_safely(file_, text);
+  known_digest_ = digest;
+  if (!first_unsaved_) complete.remove();
+}
+
+/// `standing` is a lasting trouble that the status line showed before; it returns after a while.
+/// What has been told since then is a warning of this save.
+void Layout::tell_of_save(bool was_changed, const Glib::ustring& standing) {
+  const auto told = get_status();
+  auto message = Glib::ustring::compose(_("Saved %1"), Glib::filename_display_basename(get_path()));
+  if (first_unsaved_) {
+    message += Glib::ustring::compose(
+        _(". A layout file cannot hold “%1”: the whole layout is in %2, keep both together."),
+        first_unsaved_->get_name(),
+        Glib::filename_display_basename(CompleteFile(get_path()).path()));
+  }
+  if (was_changed) {
+    message +=
+        _(". Somebody else had changed it: to open that version choose File, Recover "
+          "Unsaved Work.");
+  }
+  if (told.raw() != standing.raw()) message += ". " + told;
+  set_status(message);
+  if (!standing.empty()) uncover_trouble(message);
+}
+
+void Layout::uncover_trouble(const Glib::ustring& message) {
+  trouble_returns_ = Timeout::once(shown_for, [message] {
+    if (get_status().raw() == message.raw()) clear_status();
+  });
+}
+
+void Layout::save_as() {
+  if (dialogs().save_as) dialogs().save_as(*this);
+}
+
+void Layout::save_to(std::string uri, bool complete_extension) {
+  if (complete_extension) {
+    auto end = uri.substr(uri.size() - std::min(uri.size(), extension.size()));
+    for (auto& c : end) c = g_ascii_tolower(c);
+    if (end != extension) uri += extension;
+  }
+  file_ = Gio::File::create_for_uri(uri);
+  auto* keeper = DocumentKeeper::get();
+  const bool is_kept = !keeper || keeper->before_overwrite(get_path());
+  known_digest_ = digest_of_file(get_path());
+  save();
+  if (!is_kept) set_status(get_status() + _(". What was there before could not be kept."));
+  GlobalOptions::get().set_layout(get_path());
+}
+
+}  // namespace zemblar
