@@ -105,7 +105,7 @@ void Decoder::restore(const YAML::Node& node) {
   set_address(wanted->address_);
   set_commands_enabled(wanted->commands_enabled_);
   set_reverse(wanted->reverse_);
-  take_speed_ratio(wanted->speed_ratio_);
+  set_speed_ratio(wanted->speed_ratio_);
 }
 
 // --- What is wanted ---
@@ -221,11 +221,7 @@ void Decoder::set_address(Address address) {
 }
 
 void Decoder::set_speed_ratio(double ratio) {
-  if (ratio >= 0 && ratio <= max_speed_ratio) take_speed_ratio(ratio);
-}
-
-void Decoder::take_speed_ratio(double ratio) {
-  if (ratio == speed_ratio_) return;
+  if (!(ratio >= 0 && ratio <= max_speed_ratio) || ratio == speed_ratio_) return;
   signal_changing_.emit();
   speed_ratio_ = ratio;
   signal_changed_.emit();

@@ -86,7 +86,6 @@ class Decoder : public DrivenDecoder {
   void command(std::uint32_t item);
   void save_speed(YAML::Emitter& out) const;
   void save_disabled_speed(YAML::Emitter& out) const;
-  void take_speed_ratio(double ratio);
 
   Device* device_ = nullptr;
   double speed_ratio_ = 1.0;

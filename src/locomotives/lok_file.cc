@@ -4,7 +4,6 @@
 #include "core/entry_change.h"
 #include "core/layout.h"
 #include "core/private_form.h"
-#include "core/string_pool.h"
 #include "core/yaml_io.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
