@@ -37,6 +37,10 @@ const DocumentClass* find_document_class(const std::string& tag) {
   return found->second.in_files || PrivateForm::is_used() ? &found->second : nullptr;
 }
 
+std::map<std::string, DocumentClass> document_classes() {
+  return {classes().begin(), classes().end()};
+}
+
 ToplevelAccepts::ToplevelAccepts(Section section, bool (*is_instance)(const Object*)) {
   accepted(section).push_back(is_instance);
 }

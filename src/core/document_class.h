@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 
 namespace YAML {
@@ -47,6 +48,8 @@ DocumentClass private_class(const char* tag, Section section) {
 
 /// The class that a tag stands for in the form in use; null for an unknown tag.
 const DocumentClass* find_document_class(const std::string& tag);
+/// All that are registered, in the order of their tags.
+[[nodiscard]] std::map<std::string, DocumentClass> document_classes();
 
 /// Lets objects of class T be dropped on a toplevel: a static object in the file of the class.
 struct ToplevelAccepts {

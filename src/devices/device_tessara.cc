@@ -5,6 +5,7 @@
 #include <cassert>
 #include <stdexcept>
 
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
@@ -91,10 +92,16 @@ Device* DeviceTessara::get_bus_device() const {
 
 void DeviceTessara::set_address(std::uint8_t address) {
   if (!bus_ || address == address_ || !bus_->mark_used(address)) return;
+  before_change();
   if (has_marked_address_) bus_->clear_used(address_);
   has_marked_address_ = true;
   address_ = address;
   notify_property(*this, "address");
+}
+
+void DeviceTessara::restore(const EntryChange& change) {
+  Device::restore(change);
+  if (bus_ && change.differs("address")) set_address(read_address(change.at("address")));
 }
 
 // --- Hardware comes and goes ---

@@ -41,6 +41,7 @@ class DeviceTessara : public Device {
   [[nodiscard]] std::uint8_t get_address() const { return address_; }
   /// Does nothing without a bus, and when another device on it has that address.
   void set_address(std::uint8_t address);
+  void restore(const EntryChange& change) override;
   [[nodiscard]] const std::string& get_serial_nr() const { return serial_nr_; }
   /// It has no port, and is to have that of the hardware with this number.
   [[nodiscard]] bool waits_for(const std::string& serial_nr) const {

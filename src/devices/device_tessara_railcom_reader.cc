@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/private_form.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
 #include "devices/device_ref.h"
@@ -18,6 +20,7 @@
 namespace zemblar {
 namespace {
 
+constexpr auto dcc_device_key = "dcc-device";
 constexpr std::uint8_t highest_speed = 4;  // index, of those in use
 constexpr unsigned poll_ms = 50;
 constexpr std::chrono::milliseconds poll_time{poll_ms};
@@ -71,6 +74,13 @@ DeviceTessaraRailComReader::DeviceTessaraRailComReader(const YAML::Node& node,
   for (const auto& entry : node["inputs"]) inputs_.push_back(add(new Input(entry)));
   states_.resize(inputs_.size());
   show_link();
+  read_private(node, dcc_device_key, dcc_device_);
+  Layout::get().signal_post_resolve().connect(sigc::track_obj(
+      [this] {
+        follow_dcc_device();
+        return true;
+      },
+      *this));
 }
 
 DeviceTessaraRailComReader::~DeviceTessaraRailComReader() {
@@ -80,19 +90,36 @@ DeviceTessaraRailComReader::~DeviceTessaraRailComReader() {
 void DeviceTessaraRailComReader::register_properties() {
   using Reader = DeviceTessaraRailComReader;
   signal_link_changed().connect(sigc::mem_fun(*this, &Reader::show_link));
-  register_property<Device*>(this, "dcc-device", &Reader::get_dcc_device, &Reader::set_dcc_device);
+  register_property<Device*>(this, dcc_device_key, &Reader::get_dcc_device,
+                             &Reader::set_dcc_device);
 }
 
-// A place without an input has a number all the same: a file has one for each.
 void DeviceTessaraRailComReader::save(YAML::Emitter& out) const {
   out << YAML::LocalTag("device/Tessara/QVRN") << YAML::BeginMap;
   save_tessara(out);
   out << YAML::Key << "inputs" << YAML::Value << YAML::BeginSeq;
-  for (const auto* input : inputs_) {
-    const auto id = input ? Layout::get().get_id(input) : Layout::get().spare_id();
-    out << YAML::BeginMap << YAML::Key << "id" << YAML::Value << id << YAML::EndMap;
+  for (const auto* input : inputs_) save_input(out, input);
+  out << YAML::EndSeq;
+  write_private(out, dcc_device_key, static_cast<const Object*>(dcc_device_));
+  out << YAML::EndMap;
+}
+
+// A place without an input has a number all the same: a file has one for each.
+void DeviceTessaraRailComReader::save_input(YAML::Emitter& out, const Input* input) const {
+  const auto id = input ? Layout::get().get_id(input) : Layout::get().spare_id();
+  out << YAML::BeginMap << YAML::Key << "id" << YAML::Value << id;
+  if (input) write_private(out, "name", input->get_name());
+  out << YAML::EndMap;
+}
+
+void DeviceTessaraRailComReader::restore(const EntryChange& change) {
+  DeviceTessara::restore(change);
+  change.read_reference<Device>(dcc_device_key, [this](auto* device) { set_dcc_device(device); });
+  const auto inputs = change.below("inputs");
+  const auto count = std::min({inputs_.size(), inputs.former().size(), inputs.entry().size()});
+  for (std::size_t i = 0; i < count; ++i) {
+    if (inputs_[i]) inputs_[i]->restore({inputs.former()[i], inputs.entry()[i]});
   }
-  out << YAML::EndSeq << YAML::EndMap;
 }
 
 void DeviceTessaraRailComReader::on_deleting() {
@@ -107,12 +134,16 @@ void DeviceTessaraRailComReader::on_child_removing(Object* child) {
 
 void DeviceTessaraRailComReader::set_dcc_device(Device* device) {
   if (device == dcc_device_) return;
+  before_change();
   dcc_device_ = device;
+  follow_dcc_device();
+  notify_property(*this, dcc_device_key);
+}
+
+void DeviceTessaraRailComReader::follow_dcc_device() {
   dcc_device_deleted_ = {};
-  if (device) {
-    dcc_device_deleted_ = device->signal_deleted().connect([this] { set_dcc_device(nullptr); });
-  }
-  notify_property(*this, "dcc-device");
+  if (!dcc_device_) return;
+  dcc_device_deleted_ = dcc_device_->signal_deleted().connect([this] { set_dcc_device(nullptr); });
 }
 
 // --- In and out of service ---

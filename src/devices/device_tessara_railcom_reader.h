@@ -33,6 +33,7 @@ class DeviceTessaraRailComReader : public DeviceTessara {
   explicit DeviceTessaraRailComReader(const YAML::Node& node, DeviceTessaraBus* bus = nullptr);
   ~DeviceTessaraRailComReader() override;
   void save(YAML::Emitter& out) const override;
+  void restore(const EntryChange& change) override;
 
   /// The command station that knows whose an address is; null stands for the layout's default
   /// device. Not in a layout file.
@@ -65,6 +66,8 @@ class DeviceTessaraRailComReader : public DeviceTessara {
   class Told;
 
   void register_properties();
+  void save_input(YAML::Emitter& out, const Input* input) const;
+  void follow_dcc_device();
 
   void set_up(const std::string& info);
   void use_best_speed();

@@ -11,6 +11,7 @@
 #include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/private_form.h"
 #include "core/property.h"
 #include "core/status.h"
 #include "core/yaml_io.h"
@@ -47,6 +48,8 @@ View::View(const YAML::Node& node) : View() {
   std::string path;
   if (const auto image = node["image"]; image && !image.IsNull()) image >> path;
   set_image(path);
+  read_private(node, "width", width_);
+  read_private(node, "height", height_);
   read_key(node, "hidden", hidden_);
   if (const auto objects = node["objects"]) read_objects(objects);
 }
@@ -182,18 +185,20 @@ void View::set_hidden(bool hidden) {
 
 void View::set_width(double width) {
   if (width == width_) return;
+  before_change();
   width_ = width;
   notify_property(*this, "width");
 }
 
 void View::set_height(double height) {
   if (height == height_) return;
+  before_change();
   height_ = height;
   notify_property(*this, "height");
 }
 
 void View::set_image(const std::string& path) {
-  if (path != image_.path()) before_change();
+  before_change();
   image_.load(path);
   signal_image_changed_.emit();
   object_changed(nullptr);
@@ -241,6 +246,8 @@ void View::save_settings(YAML::Emitter& out) const {
   out << YAML::Key << "colour" << YAML::Value << colour_;
   out << YAML::Key << "image" << YAML::Value << image_.path();
   out << YAML::Key << "hidden" << YAML::Value << hidden_;
+  write_private(out, "width", shortest_text(width_));
+  write_private(out, "height", shortest_text(height_));
 }
 
 void View::save_alone(YAML::Emitter& out) const {
@@ -258,6 +265,8 @@ void View::restore(const EntryChange& change) {
   }
   change.read<std::string>("image", [this](const auto& path) { set_image(path); });
   change.read<bool>("hidden", [this](bool hidden) { set_hidden(hidden); });
+  change.read<double>("width", [this](double width) { set_width(width); });
+  change.read<double>("height", [this](double height) { set_height(height); });
 }
 
 }  // namespace zemblar

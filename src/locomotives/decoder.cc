@@ -10,6 +10,7 @@
 #include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/private_form.h"
 #include "core/yaml_io.h"
 #include "devices/default_device.h"
 
@@ -17,6 +18,9 @@ namespace zemblar {
 namespace {
 
 constexpr std::array<const char*, 4> type_words = {"DCC 14", "DCC 27", "DCC 28", "DCC 128"};
+
+/// What `speed` says while commands are enabled.
+constexpr auto disabled_key = "disabled-speed";
 
 DecoderType type_of(const std::string& word) {
   for (std::size_t i = 0; i < type_words.size(); ++i) {
@@ -56,7 +60,8 @@ Decoder::Decoder(const YAML::Node& node) : Decoder() {
     type_ = type_of(type.IsScalar() ? type.Scalar() : std::string());
   if (const auto device = node["device"]) device >> device_;
   if (const auto address = node["address"]) address >> address_;
-  const auto speed = node["speed"];
+  commands_enabled_ = !PrivateForm::is_used() || !node[disabled_key];
+  const auto speed = node[commands_enabled_ ? "speed" : disabled_key];
   if (!speed || speed.IsNull()) return;
   const auto& tag = speed.Tag();
   reverse_ = tag == "!reverse";
@@ -71,13 +76,24 @@ void Decoder::save(YAML::Emitter& out) const {
   out << YAML::Key << "device" << YAML::Value << device_;
   out << YAML::Key << "address" << YAML::Value << address_;
   out << YAML::Key << "speed" << YAML::Value;
-  if (!commands_enabled_) {
-    out << YAML::Null;
+  if (commands_enabled_) {
+    save_speed(out);
   } else {
-    if (reverse_) out << YAML::LocalTag("reverse");
-    out << shortest_text(speed_ratio_);
+    out << YAML::Null;
+    save_disabled_speed(out);
   }
   out << YAML::EndMap;
+}
+
+void Decoder::save_speed(YAML::Emitter& out) const {
+  if (reverse_) out << YAML::LocalTag("reverse");
+  out << shortest_text(speed_ratio_);
+}
+
+void Decoder::save_disabled_speed(YAML::Emitter& out) const {
+  if (!PrivateForm::is_used()) return;
+  out << YAML::Key << disabled_key << YAML::Value;
+  save_speed(out);
 }
 
 void Decoder::restore(const YAML::Node& node) {
@@ -87,9 +103,7 @@ void Decoder::restore(const YAML::Node& node) {
   set_type(wanted->type_);
   set_device(EntryChange::object_at<Device>(node["device"]));
   set_address(wanted->address_);
-  const auto speed = node["speed"];
-  set_commands_enabled(speed && !speed.IsNull());
-  if (!commands_enabled_) return;
+  set_commands_enabled(wanted->commands_enabled_);
   set_reverse(wanted->reverse_);
   set_speed_ratio(wanted->speed_ratio_);
 }

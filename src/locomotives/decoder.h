@@ -22,7 +22,8 @@ namespace zemblar {
 ///
 /// In a layout file: an untagged mapping with the keys `type`, `device`, `address` and `speed`.
 /// `speed` is null while commands are disabled, and null reads back as the defaults, so that they
-/// are enabled again after saving and opening.
+/// are enabled again after saving and opening. The private form keeps ratio and direction as well,
+/// under `disabled-speed`.
 class Decoder : public DrivenDecoder {
  public:
   static Glib::RefPtr<Decoder> create();
@@ -83,6 +84,8 @@ class Decoder : public DrivenDecoder {
 
  private:
   void command(std::uint32_t item);
+  void save_speed(YAML::Emitter& out) const;
+  void save_disabled_speed(YAML::Emitter& out) const;
 
   Device* device_ = nullptr;
   double speed_ratio_ = 1.0;

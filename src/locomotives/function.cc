@@ -6,10 +6,11 @@
 
 #include "core/entry_change.h"
 #include "core/i18n.h"
+#include "core/private_form.h"
 #include "core/property.h"
 #include "core/string_pool.h"
-#include "core/yaml_io.h"
 #include "core/survival.h"
+#include "core/yaml_io.h"
 #include "locomotives/lok.h"
 #include "locomotives/script_overlay.h"
 #include "runtime/timer.h"
@@ -59,6 +60,7 @@ Function::Function(Lok* lok, const YAML::Node& node) : Function(lok) {
   if (const auto key = node["function"]) function_ = read_below(key, max_function + 1);
   read_path(node, "on_image", on_image_);
   read_path(node, "off_image", off_image_);
+  read_private(node, "hidden", hidden_);
 }
 
 Function::~Function() {
@@ -74,6 +76,7 @@ void Function::save(YAML::Emitter& out) const {
   out << YAML::Key << "function" << YAML::Value << function_;
   write_path(out, "on_image", on_image_);
   write_path(out, "off_image", off_image_);
+  write_private(out, "hidden", hidden_);
   out << YAML::EndMap;
 }
 
@@ -82,6 +85,7 @@ void Function::restore(const EntryChange& change) {
   if (change.differs("type")) set_type(read_type(change.at("type")));
   change.read<unsigned>("decoder", [this](unsigned index) { set_decoder(index); });
   change.read<unsigned>("function", [this](unsigned number) { set_function(number); });
+  change.read<bool>("hidden", [this](bool hidden) { set_hidden(hidden); });
   std::string on;
   std::string off;
   read_path(change.entry(), "on_image", on);
@@ -157,6 +161,7 @@ void Function::set_decoder(unsigned index) {
 
 void Function::set_hidden(bool hidden) {
   if (hidden == hidden_) return;
+  before_change();
   hidden_ = hidden;
   notify_property(*this, "hidden");
 }

@@ -215,6 +215,9 @@ bool Lok::has_address(Address address) const {
 // --- Attributes ---
 
 void Lok::set_attribute(const Glib::ustring& key, const Glib::ustring& value) {
+  const auto present = attributes_.find(key.raw());
+  if (present != attributes_.end() && present->second == value.raw()) return;
+  before_change();
   attribute_strings().add(key, value);
   const auto [entry, is_new] = attributes_.try_emplace(key.raw(), value.raw());
   if (!is_new) {
@@ -227,6 +230,7 @@ void Lok::set_attribute(const Glib::ustring& key, const Glib::ustring& value) {
 void Lok::remove_attribute(const Glib::ustring& key) {
   const auto entry = attributes_.find(key.raw());
   if (entry == attributes_.end()) return;
+  before_change();
   attribute_strings().remove(key, entry->second);
   attributes_.erase(entry);
   signal_attribute_changed_.emit(key);

@@ -204,6 +204,8 @@ class Lok : public Object {
 
   void adopt(const Glib::RefPtr<Decoder>& decoder);
   void restore_decoders(const YAML::Node& entries);
+  void save_attributes(YAML::Emitter& out) const;
+  void set_attributes(const Attributes& wanted);
 
   /// In the order front, rear detector, ahead (occupied, route), behind (occupied, route).
   std::array<ScopedConnection, 6> watches_;

@@ -3,6 +3,7 @@
 #include "core/document_class.h"
 #include "core/entry_change.h"
 #include "core/layout.h"
+#include "core/private_form.h"
 #include "core/yaml_io.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
@@ -13,12 +14,23 @@ namespace {
 const DocumentClass::Registration registration(document_class<Lok>("!lok", Section::locomotives));
 const auto accepted_by_locomotives = toplevel_accepts_class<Lok>(Section::locomotives);
 
+constexpr auto attributes_key = "attributes";
+
 /// The entries of a list under `key`; none when it is missing or null.
 YAML::Node entries_of(const YAML::Node& node, const char* key) {
   const auto list = node[key];
   if (!list || list.IsNull()) return YAML::Node(YAML::NodeType::Sequence);
   if (!list.IsSequence()) throw YAML::InvalidScalar(list.Mark());
   return list;
+}
+
+Lok::Attributes read_attributes(const YAML::Node& node) {
+  Lok::Attributes attributes;
+  for (const auto& entry : entries_of(node, attributes_key)) {
+    if (!entry.IsSequence() || entry.size() != 2) throw YAML::InvalidScalar(entry.Mark());
+    attributes[scalar_of(entry[0])] = scalar_of(entry[1]);
+  }
+  return attributes;
 }
 
 }  // namespace
@@ -29,6 +41,7 @@ Lok::Lok(const YAML::Node& node) : Lok(NoDecoder{}) {
   for (const auto& entry : entries_of(node, "decoders")) adopt(Decoder::create(entry));
   if (decoders_.empty()) adopt(Decoder::create());
   for (const auto& entry : entries_of(node, "functions")) add(new Function(this, entry));
+  if (PrivateForm::is_used()) set_attributes(read_attributes(node));
   Layout::get().signal_post_resolve().connect(sigc::track_obj(
       [this] {
         for (const auto& decoder : decoders_) decoder->follow_device();
@@ -42,6 +55,7 @@ void Lok::restore(const EntryChange& change) {
   Object::restore(change);
   change.read<int>("top-speed", [this](int speed) { set_top_speed(speed); });
   if (change.differs("decoders")) restore_decoders(change.at("decoders"));
+  if (change.differs(attributes_key)) set_attributes(read_attributes(change.entry()));
   if (!change.differs("functions")) return;
   const auto functions = change.below("functions");
   restore_children(*this, functions.former(), functions.entry(),
@@ -70,7 +84,26 @@ void Lok::save(YAML::Emitter& out) const {
   out << YAML::EndSeq;
   out << YAML::Key << "functions" << YAML::Value << YAML::BeginSeq;
   for (const auto* child : *this) out << *child;
-  out << YAML::EndSeq << YAML::EndMap;
+  out << YAML::EndSeq;
+  if (PrivateForm::is_used()) save_attributes(out);
+  out << YAML::EndMap;
+}
+
+// Pairs: a key of a mapping may not be as long as one of these.
+void Lok::save_attributes(YAML::Emitter& out) const {
+  out << YAML::Key << attributes_key << YAML::Value << YAML::BeginSeq;
+  for (const auto& [key, value] : attributes_) {
+    out << YAML::Flow << YAML::BeginSeq << key << value << YAML::EndSeq;
+  }
+  out << YAML::EndSeq;
+}
+
+void Lok::set_attributes(const Attributes& wanted) {
+  const auto former = attributes_;
+  for (const auto& [key, value] : former) {
+    if (!wanted.contains(key)) remove_attribute(key);
+  }
+  for (const auto& [key, value] : wanted) set_attribute(key, value);
 }
 
 }  // namespace zemblar

@@ -18,7 +18,11 @@ void FuncHolder::set_function(Function* function) {
 }
 
 void FuncHolder::set_name(const Glib::ustring& name) {
-  hold(nullptr, nullptr);
+  want(nullptr, name);
+}
+
+void FuncHolder::want(Lok* lok, const Glib::ustring& name) {
+  hold(lok, nullptr);
   name_ = name;
 }
 

@@ -28,6 +28,8 @@ class FuncHolder : public sigc::trackable {
   [[nodiscard]] Function* get_function() const { return function_; }
   /// And its locomotive.
   void set_function(Function* function);
+  /// A function of that name, which the locomotive has not got yet.
+  void want(Lok* lok, const Glib::ustring& name);
   /// The function's name now, else the one that was set.
   [[nodiscard]] Glib::ustring get_name() const;
   /// Lets go of locomotive and function.

@@ -105,6 +105,7 @@ class Script : public Object {
   void restore_commands(const YAML::Node& now, const YAML::Node& entry);
   void insert_condition(unsigned index, const YAML::Node& entry, bool arm);
   void restore_words(const YAML::Node& list);
+  void restore_mode(const EntryChange& change);
   void adopt(ScriptEvent* line);
   void adopt(ScriptCommand* line);
   void on_changing();
@@ -114,9 +115,9 @@ class Script : public Object {
 
   // What matches, and what comes of it.
   void on_triggered();
-  void evaluate();
   [[nodiscard]] bool is_settled() const;
   void on_line_changed();
+  void evaluate();
   void sweep();
   void match(std::size_t position, const EventInstance& instance, bool first);
   void complete(const EventInstance& instance);

@@ -5,6 +5,7 @@
 
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/private_form.h"
 #include "core/string_pool.h"
 #include "core/yaml_io.h"
 #include "locomotives/function.h"
@@ -53,8 +54,10 @@ ScriptCommandSetFunction::ScriptCommandSetFunction(Script& owner, const YAML::No
   }
   element(entry, 2) >> state;
   subject >> read_;
+  if (PrivateForm::is_used() && entry.size() > 4) read_wanted(entry);
   Layout::get().signal_post_resolve().connect(sigc::track_obj(
       [this] {
+        function.want(std::exchange(read_lok_, nullptr), read_name_);
         function.set_function(std::exchange(read_, nullptr));
         tell_subject();
         return true;
@@ -77,6 +80,17 @@ void ScriptCommandSetFunction::save(YAML::Emitter& out) const {
     out << static_cast<const Object*>(function.get_function());
   }
   out << state;
+  if (PrivateForm::is_used() && !this_lok && !function.get_function()) save_wanted(out);
+}
+
+// A locomotive that has no such function, and the name of that.
+void ScriptCommandSetFunction::save_wanted(YAML::Emitter& out) const {
+  out << static_cast<const Object*>(function.get_lok()) << function.get_name();
+}
+
+void ScriptCommandSetFunction::read_wanted(const YAML::Node& entry) {
+  entry[3] >> read_lok_;
+  element(entry, 4) >> read_name_;
 }
 
 Glib::ustring ScriptCommandSetFunction::get_format() const {

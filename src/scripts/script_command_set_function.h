@@ -33,11 +33,15 @@ class ScriptCommandSetFunction : public ScriptCommand {
  private:
   [[nodiscard]] Function* target(const ScriptContext& context) const;
   [[nodiscard]] std::vector<ScriptChoice> function_choices();
+  void save_wanted(YAML::Emitter& out) const;
+  void read_wanted(const YAML::Node& entry);
   /// The first two arguments have changed.
   void tell_subject();
 
   FuncHolder function;
   Function* read_ = nullptr;  // until it is resolved
+  Lok* read_lok_ = nullptr;   // the same
+  Glib::ustring read_name_;
   bool this_lok = true;
   bool state = true;
 };

@@ -8,6 +8,7 @@
 
 #include "core/entry_change.h"
 #include "core/layout.h"
+#include "core/private_form.h"
 #include "core/yaml_io.h"
 #include "scripts/script.h"
 #include "scripts/script_registry.h"
@@ -19,6 +20,10 @@ constexpr auto when_word = "When";
 constexpr auto while_word = "While";
 constexpr auto and_word = "And";
 constexpr auto or_word = "Or";
+
+// Where a file has only the word of the first condition.
+constexpr auto mode_key = "while";
+constexpr auto first_or_key = "first-or";
 
 bool is_line(const YAML::Node& entry, std::size_t least) {
   return entry.IsSequence() && entry.size() >= least;
@@ -91,6 +96,8 @@ void Script::load_conditions(const YAML::Node& node) {
     line->or_flag_ = conditions.empty() || word == or_word;
     adopt(line);
   }
+  read_private(node, mode_key, while_mode);
+  if (!conditions.empty()) read_private(node, first_or_key, conditions.front()->or_flag_);
 }
 
 void Script::load_commands(const YAML::Node& node) {
@@ -108,6 +115,8 @@ void Script::save(YAML::Emitter& out) const {
   save_identity(out);
   if (!conditions.empty()) save_conditions(out);
   if (!commands.empty()) save_commands(out);
+  write_private(out, mode_key, while_mode);
+  if (!conditions.empty()) write_private(out, first_or_key, conditions.front()->or_flag_);
   out << YAML::EndMap;
 }
 
@@ -144,6 +153,7 @@ void Script::restore(const EntryChange& change) {
   const auto now = YAML::Load(out.c_str());
   if (change.differs("conditions")) restore_conditions(now, change.entry());
   if (change.differs("commands")) restore_commands(now, change.entry());
+  restore_mode(change);
 }
 
 // One that takes the place of another watches as that one did.
@@ -160,6 +170,14 @@ void Script::restore_conditions(const YAML::Node& now, const YAML::Node& entry) 
   restore_words(later);
 }
 
+void Script::restore_mode(const EntryChange& change) {
+  change.read<bool>(mode_key, [this](bool on) { set_while(on); });
+  if (conditions.empty() || !(change.differs("conditions") || change.differs(first_or_key))) return;
+  bool is_or = conditions.front()->get_or_flag();
+  read_private(change.entry(), first_or_key, is_or);
+  conditions.front()->set_or_flag(is_or);
+}
+
 // What it names is looked up first.
 void Script::insert_condition(unsigned index, const YAML::Node& entry, bool arm) {
   auto* line = load_script_event(scalar_of(entry[1]), entry);
@@ -174,7 +192,6 @@ void Script::insert_condition(unsigned index, const YAML::Node& entry, bool arm)
 }
 
 void Script::restore_words(const YAML::Node& list) {
-  if (list.size() != 0) set_while(list[0][0].Scalar() == while_word);
   for (unsigned i = 1; i < list.size() && i < conditions.size(); ++i) {
     conditions[i]->set_or_flag(list[i][0].Scalar() == or_word);
   }

@@ -95,6 +95,7 @@ class Block : public Object {
   void load_link(const YAML::Node& node, const std::string& key, BlockLink& link);
   static void save_link(YAML::Emitter& out, const std::string& key, const BlockLink& link);
   void load_invert(const YAML::Node& node);
+  void save_invert(YAML::Emitter& out) const;
   /// Joins or parts the link under `key`.
   static void restore_link(const EntryChange& change, const std::string& key, BlockLink& link);
 

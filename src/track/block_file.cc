@@ -14,6 +14,10 @@ void Block::load_invert(const YAML::Node& node) {
   read_key(node, "invert", invert_);
 }
 
+void Block::save_invert(YAML::Emitter& out) const {
+  out << YAML::Key << "invert" << YAML::Value << invert_;
+}
+
 void Block::load_input(const YAML::Node& node) {
   read_key(node, "input", input_);
   if (std::exchange(awaits_attaching_, true)) return;

@@ -5,6 +5,7 @@
 #include "core/document_class.h"
 #include "core/entry_change.h"
 #include "core/i18n.h"
+#include "core/private_form.h"
 #include "core/yaml_io.h"
 
 namespace zemblar {
@@ -21,6 +22,7 @@ Crossing::Crossing() : Glib::ObjectBase("Crossing"), Block(_("Crossing %1")), li
 Crossing::Crossing(const YAML::Node& node) : Crossing() {
   load_identity(node);
   load_input(node);
+  if (PrivateForm::is_used()) load_invert(node);
   for (const auto* name : Corners::names) load_link(node, name, *links.find(name));
 }
 
@@ -28,6 +30,7 @@ void Crossing::save(YAML::Emitter& out) const {
   out << YAML::LocalTag("crossing") << YAML::BeginMap;
   save_identity(out);
   save_input(out);
+  if (PrivateForm::is_used()) save_invert(out);
   for (std::size_t i = 0; i < Corners::names.size(); ++i) {
     save_link(out, Corners::names[i], *links.all()[i]);
   }

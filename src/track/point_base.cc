@@ -8,9 +8,10 @@
 #include "core/collections.h"
 #include "core/document_class.h"
 #include "core/entry_change.h"
+#include "core/private_form.h"
 #include "core/property.h"
-#include "core/yaml_io.h"
 #include "core/survival.h"
+#include "core/yaml_io.h"
 
 namespace zemblar {
 namespace {
@@ -174,6 +175,7 @@ void PointBase::remove_output(unsigned index) {
 
 void PointBase::load_point(const YAML::Node& node) {
   load_identity(node);
+  if (PrivateForm::is_used()) load_invert(node);
   if (const auto entries = node["outputs"]; entries && !entries.IsNull()) {
     if (!entries.IsSequence()) throw YAML::InvalidScalar(entries.Mark());
     outputs.clear();
@@ -212,6 +214,7 @@ void PointBase::restore_states(const YAML::Node& from, const YAML::Node& to) {
 
 void PointBase::save_point(YAML::Emitter& out) const {
   save_identity(out);
+  if (PrivateForm::is_used()) save_invert(out);
   out << YAML::Key << "outputs" << YAML::Value << YAML::BeginSeq;
   for (const auto& output : outputs) output->save(out);
   out << YAML::EndSeq;

@@ -10,6 +10,7 @@
 #include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/private_form.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
 #include "devices/default_device.h"
@@ -71,6 +72,20 @@ void read_number(const YAML::Node& node, Type type, unsigned& number) {
   if (number < range.lowest || number > range.highest) throw YAML::InvalidScalar(key.Mark());
 }
 
+// Where the type of an output has no address or no number, it keeps what it had for another type.
+constexpr auto unused_address_key = "unused-address";
+constexpr auto unused_number_key = "unused-number";
+
+void read_unused(const YAML::Node& node, Type type, Address& address, unsigned& number) {
+  if (!has_number(type)) read_private(node, unused_number_key, number);
+  const auto entry = node[unused_address_key];
+  if (type != Type::Servo || !PrivateForm::is_used() || !entry) return;
+  unsigned kind = 0;
+  entry[0] >> kind;
+  if (kind > 2) throw YAML::InvalidScalar(entry.Mark());
+  read_address(entry[1], static_cast<Address::Kind>(kind), address);
+}
+
 }  // namespace
 
 Address::Kind address_kind(Type type) {
@@ -112,6 +127,7 @@ PointOutput::PointOutput(const YAML::Node& node) : PointOutput() {
   const auto address = node["address"];
   if (address && type_ != Type::Servo) read_address(address, address_kind(type_), address_);
   if (has_number(type_)) read_number(node, type_, output_);
+  read_unused(node, type_, address_, output_);
   Layout::get().signal_post_resolve().connect(sigc::track_obj(
       [this] {
         set_device(std::exchange(device_, nullptr));
@@ -131,7 +147,15 @@ void PointOutput::save(YAML::Emitter& out) const {
   out << YAML::Key << "device" << YAML::Value << static_cast<const zemblar::Object*>(device_);
   if (type_ != Type::Servo) out << YAML::Key << "address" << YAML::Value << address_;
   if (has_number(type_)) out << YAML::Key << number_key(type_) << YAML::Value << output_;
+  save_unused(out);
   out << YAML::EndMap;
+}
+
+void PointOutput::save_unused(YAML::Emitter& out) const {
+  if (!has_number(type_)) write_private(out, unused_number_key, output_);
+  if (type_ != Type::Servo || !PrivateForm::is_used()) return;
+  out << YAML::Key << unused_address_key << YAML::Value << YAML::Flow << YAML::BeginSeq
+      << static_cast<unsigned>(address_.get_kind()) << address_ << YAML::EndSeq;
 }
 
 void PointOutput::restore(const YAML::Node& node) {
@@ -143,9 +167,11 @@ void PointOutput::restore(const YAML::Node& node) {
     read_address(entry, address_kind(type), address);
     set_address(address);
   }
-  if (!has_number(type)) return;
+  auto address = address_;
   auto number = output_;
-  read_number(node, type, number);
+  if (has_number(type)) read_number(node, type, number);
+  read_unused(node, type, address, number);
+  set_address(address);
   set_output(number);
 }
 

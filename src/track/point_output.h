@@ -62,6 +62,7 @@ class PointOutput : public Glib::Object {
  private:
   PointOutput();
   explicit PointOutput(const YAML::Node& node);
+  void save_unused(YAML::Emitter& out) const;
   void announce(const char* property);
   void renew_decoder();
 

@@ -7,13 +7,14 @@
 #include <cassert>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 #include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/private_form.h"
 #include "core/property.h"
-#include "core/yaml_io.h"
 #include "core/survival.h"
+#include "core/yaml_io.h"
 #include "track/point_base.h"
 
 namespace zemblar {
@@ -58,8 +59,13 @@ const char* setting_key(Type type) {
   return nullptr;
 }
 
-void read_setting(const YAML::Node& node, Type type, PointStateOutput& setting) {
-  read_key(node, "enabled", setting.enabled);
+/// The types whose values are in the form in use: all, or that of the output alone.
+std::vector<Type> types_in_form(Type type) {
+  if (!PrivateForm::is_used()) return {type};
+  return {Type::Basic, Type::Extended, Type::Function, Type::Servo};
+}
+
+void read_value(const YAML::Node& node, Type type, PointStateOutput& setting) {
   const auto value = node[setting_key(type)];
   if (!value) return;
   if (type == Type::Basic) read_basic(value, setting.basic);
@@ -68,14 +74,23 @@ void read_setting(const YAML::Node& node, Type type, PointStateOutput& setting) 
   if (type == Type::Servo) read_servo(value, setting.servo);
 }
 
-void write_setting(YAML::Emitter& out, Type type, const PointStateOutput& setting) {
-  out << YAML::BeginMap;
-  out << YAML::Key << "enabled" << YAML::Value << setting.enabled;
+void read_setting(const YAML::Node& node, Type type, PointStateOutput& setting) {
+  read_key(node, "enabled", setting.enabled);
+  for (const auto each : types_in_form(type)) read_value(node, each, setting);
+}
+
+void write_value(YAML::Emitter& out, Type type, const PointStateOutput& setting) {
   out << YAML::Key << setting_key(type) << YAML::Value;
   if (type == Type::Basic) out << basic_words[setting.basic != 0 ? 1 : 0];
   if (type == Type::Extended) out << unsigned{setting.extended};
   if (type == Type::Function) out << setting.function;
   if (type == Type::Servo) out << shortest_text(setting.servo);
+}
+
+void write_setting(YAML::Emitter& out, Type type, const PointStateOutput& setting) {
+  out << YAML::BeginMap;
+  out << YAML::Key << "enabled" << YAML::Value << setting.enabled;
+  for (const auto each : types_in_form(type)) write_value(out, each, setting);
   out << YAML::EndMap;
 }
 

@@ -5,6 +5,7 @@
 #include "core/document_class.h"
 #include "core/entry_change.h"
 #include "core/i18n.h"
+#include "core/private_form.h"
 #include "core/property.h"
 #include "core/yaml_io.h"
 
@@ -65,11 +66,13 @@ Signal::Signal() : Signal(Empty{}) {
 
 Signal::Signal(const YAML::Node& node) : Signal(Empty{}) {
   load_point(node);
+  if (PrivateForm::is_used()) load_input(node);
 }
 
 void Signal::save(YAML::Emitter& out) const {
   out << YAML::LocalTag("signal") << YAML::BeginMap;
   save_point(out);
+  if (PrivateForm::is_used()) save_input(out);
   out << YAML::EndMap;
 }
 

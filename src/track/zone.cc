@@ -32,7 +32,7 @@ void Zone::save(YAML::Emitter& out) const {
   out << YAML::LocalTag("zone") << YAML::BeginMap;
   save_identity(out);
   save_input(out);
-  out << YAML::Key << "invert" << YAML::Value << get_invert();
+  save_invert(out);
   save_link(out, "left", left);
   save_link(out, "right", right);
   out << YAML::EndMap;

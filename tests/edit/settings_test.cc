@@ -1,0 +1,354 @@
+// Every setting of every class is a step, and comes back with what was deleted and from a copy.
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <set>
+
+#include "core/document_class.h"
+#include "core/document_text.h"
+#include "devices/device_ecos.h"
+#include "devices/device_tessara_bus.h"
+#include "devices/device_tessara_railcom_reader.h"
+#include "diagram/view_crossing.h"
+#include "diagram/view_label.h"
+#include "diagram/view_point.h"
+#include "diagram/view_scissor.h"
+#include "diagram/view_signal.h"
+#include "locomotives/function.h"
+#include "locomotives/lok.h"
+#include "locomotives/lok_group.h"
+#include "scripts/script.h"
+#include "scripts/script_registry.h"
+#include "scripts/script_ui.h"
+#include "tests/edit/edit_fixture.h"
+#include "track/crossing.h"
+#include "track/scissor.h"
+#include "track/signal.h"
+
+namespace zemblar::test {
+namespace {
+
+/// How the railway is now, which no document has.
+const std::set<std::string> running{"active", "track-power",    "scanning",
+                                    "speed",  "emergency-stop", "direction",
+                                    "brake",  "state",          "lok"};
+
+struct Setting {
+  std::string name;
+  std::function<void()> change;  ///< to another value than the present one
+  std::string value;
+};
+using Settings = std::vector<Setting>;
+
+std::string text_of(bool value) {
+  return value ? "true" : "false";
+}
+std::string text_of(const Glib::ustring& value) {
+  return value.raw();
+}
+std::string text_of(const Gdk::Color& value) {
+  return value.to_string().raw();
+}
+std::string text_of(Address value) {
+  return std::to_string(static_cast<int>(value.get_kind())) + "/" +
+         std::to_string(value.get_addr()) + text_of(value.is_long());
+}
+std::string text_of(const Device* value) {
+  return value ? value->get_name().raw() : "none";
+}
+template <typename T>
+requires std::is_enum_v<T> || std::is_arithmetic_v<T> std::string text_of(T value) {
+  return std::to_string(static_cast<double>(value));
+}
+
+bool other(bool value) {
+  return !value;
+}
+Glib::ustring other(const Glib::ustring& value) {
+  return value + "²";
+}
+std::string other(const std::string& value) {
+  return value + "/nowhere.png";
+}
+Gdk::Color other(const Gdk::Color& value) {
+  return Gdk::Color(value == Gdk::Color("red") ? "blue" : "red");
+}
+Address other(Address value) {
+  value.set_addr(value.get_addr() + 1);
+  return value;
+}
+DecoderType other(DecoderType value) {
+  return value == DecoderType::dcc128 ? DecoderType::dcc14 : DecoderType::dcc128;
+}
+PointOutput::Type other(PointOutput::Type value) {
+  using Type = PointOutput::Type;
+  return value == Type::Servo ? Type::Basic : Type::Servo;
+}
+Device* other(const Device* value) {
+  auto* station = dynamic_cast<Device*>(Layout::get().get_devices().child_at(0));
+  return value ? nullptr : station;
+}
+template <typename T>
+requires std::is_enum_v<T> || std::is_arithmetic_v<T> T other(T value) {
+  return static_cast<T>(static_cast<int>(value) + 1);
+}
+
+/// False for a property of another type.
+template <typename T>
+bool add_property(Settings& all, Glib::ObjectBase& object, const GParamSpec& spec) {
+  if (spec.value_type != Glib::Value<T>::value_type()) return false;
+  T value{};
+  object.get_property(spec.name, value);
+  const std::string name = spec.name;
+  all.push_back({name, [&object, name, value] { object.set_property<T>(name, other(value)); },
+                 text_of(value)});
+  return true;
+}
+
+template <typename... T>
+bool add_property_of(Settings& all, Glib::ObjectBase& object, const GParamSpec& spec) {
+  return (add_property<T>(all, object, spec) || ...);
+}
+
+Settings properties_of(Glib::ObjectBase& object) {
+  Settings all;
+  unsigned count = 0;
+  auto** specs = g_object_class_list_properties(G_OBJECT_GET_CLASS(object.gobj()), &count);
+  const auto* tessara = dynamic_cast<DeviceTessara*>(&object);
+  const bool on_bus = !tessara || dynamic_cast<DeviceTessaraBus*>(tessara->get_parent());
+  for (unsigned i = 0; i < count; ++i) {
+    const auto& spec = *specs[i];
+    if (!(spec.flags & G_PARAM_WRITABLE) || running.contains(spec.name)) continue;
+    if (!on_bus && spec.name == std::string("address")) continue;
+    const bool known =
+        add_property_of<bool, int, unsigned, std::uint8_t, double, Glib::ustring, std::string,
+                        Gdk::Color, Address, Device*, Function::Type, PointOutput::Type>(
+            all, object, spec);
+    EXPECT_TRUE(known) << spec.name << " of " << G_OBJECT_TYPE_NAME(object.gobj())
+                       << " is of a type that this test knows no second value for";
+  }
+  g_free(specs);
+  return all;
+}
+
+void add_decoder(Settings& all, Decoder& decoder) {
+  const auto add = [&]<typename T>(const char* name, T value, void (Decoder::*set)(T)) {
+    all.push_back({name, [&decoder, set, value] { (decoder.*set)(other(value)); }, text_of(value)});
+  };
+  add("decoder type", decoder.get_type(), &Decoder::set_type);
+  add("decoder address", decoder.get_address(), &Decoder::set_address);
+  add("ratio", decoder.get_speed_ratio(), &Decoder::set_speed_ratio);
+  add("reverse", decoder.get_reverse(), &Decoder::set_reverse);
+  add("enabled", decoder.get_commands_enabled(), &Decoder::set_commands_enabled);
+  add("decoder device", decoder.get_device(),
+      static_cast<void (Decoder::*)(Device*)>(&Decoder::set_device));
+}
+
+void add_lok(Settings& all, Lok& lok) {
+  std::string attributes;
+  for (const auto& [key, value] : lok.get_attributes()) attributes += key + "=" + value + ";";
+  for (const auto* value : {"Anna", ""}) {
+    all.push_back({"attribute", [&lok, value] { lok.set_attribute("Owner²", value); }, attributes});
+  }
+  for (const auto& decoder : lok.get_decoders()) add_decoder(all, *decoder.operator->());
+}
+
+void add_state(Settings& all, PointState& state) {
+  for (const auto& held : state.get_owner()->get_outputs()) {
+    auto& output = *held.operator->();
+    auto setting = state.get_setting(output);
+    const auto add = [&]<typename T>(const char* name, T PointStateOutput::*member) {
+      auto changed = setting;
+      changed.*member = static_cast<T>(other(setting.*member));
+      all.push_back({name, [&state, &output, changed] { state.set_setting(output, changed); },
+                     text_of(setting.*member)});
+    };
+    auto thrown = setting;
+    thrown.basic = setting.basic == 0 ? 1 : 0;
+    all.push_back({"basic", [&state, &output, thrown] { state.set_setting(output, thrown); },
+                   text_of(setting.basic)});
+    add("servo", &PointStateOutput::servo);
+    add("extended", &PointStateOutput::extended);
+    add("function", &PointStateOutput::function);
+    add("enabled", &PointStateOutput::enabled);
+  }
+}
+
+void choose_another(ScriptLine& line, unsigned arg) {
+  const auto choices = line.choices(arg);
+  for (const auto& choice : choices) {
+    if (choice.choose && choice.text.raw() != line.get_arg_text(arg).raw()) return choice.choose();
+  }
+}
+
+void change_speed(ScriptLine& line, unsigned arg) {
+  auto& end = ScriptUi::get().end_speed_editor;
+  const auto real = std::exchange(end, [](void*) { return SpeedArg{77, true}; });
+  line.finish_editor(arg, false, &line);
+  end = real;
+}
+
+void add_line(Settings& all, ScriptLine& line) {
+  using Type = ScriptLine::ArgType;
+  for (unsigned arg = 1; line.get_format().find("%" + std::to_string(arg)) != Glib::ustring::npos;
+       ++arg) {
+    const auto type = line.get_arg_type(arg);
+    if (type == Type::plain) continue;
+    const auto change = [&line, arg, type] {
+      if (type == Type::menu) choose_another(line, arg);
+      if (type == Type::number) line.set_spin_value(arg, 7);
+      if (type == Type::text) line.set_text(arg, "Seven²");
+      if (type == Type::custom) change_speed(line, arg);
+    };
+    all.push_back({"argument " + std::to_string(arg) + " of " + line.get_format().raw(), change,
+                   line.get_arg_text(arg).raw()});
+  }
+}
+
+void add_script(Settings& all, Script& script) {
+  all.push_back(
+      {"while", [&script] { script.set_while(!script.get_while()); }, text_of(script.get_while())});
+  for (unsigned i = 0; i < script.get_num_conditions(); ++i) {
+    auto& line = *script.get_condition(i);
+    all.push_back(
+        {"or", [&line] { line.set_or_flag(!line.get_or_flag()); }, text_of(line.get_or_flag())});
+    add_line(all, line);
+  }
+  for (unsigned i = 0; i < script.get_num_commands(); ++i) add_line(all, *script.get_command(i));
+}
+
+void add_parts(Settings& all, Glib::ObjectBase& object) {
+  for (auto& setting : properties_of(object)) all.push_back(setting);
+}
+
+/// What can be set of an object and of all below it.
+void add_object(Settings& all, Object& object) {
+  const auto first = all.size();
+  add_parts(all, object);
+  if (auto* lok = dynamic_cast<Lok*>(&object)) add_lok(all, *lok);
+  if (auto* state = dynamic_cast<PointState*>(&object)) add_state(all, *state);
+  if (auto* script = dynamic_cast<Script*>(&object)) add_script(all, *script);
+  if (auto* point = dynamic_cast<PointBase*>(&object)) {
+    for (const auto& output : point->get_outputs()) add_parts(all, *output.operator->());
+  }
+  if (auto* view = dynamic_cast<View*>(&object)) {
+    for (const auto& drawing : view->get_objects()) add_parts(all, *drawing.operator->());
+  }
+  for (auto i = first; i < all.size(); ++i) all[i].name = object.get_name() + ": " + all[i].name;
+  for (auto* child : object) add_object(all, *child);
+}
+
+class EverySetting : public EditTest {
+ protected:
+  static Settings settings() {
+    Settings all;
+    for (auto* toplevel : layout()) {
+      for (auto* object : *toplevel) add_object(all, *object);
+    }
+    return all;
+  }
+  static std::string values(const Settings& settings) {
+    std::string all;
+    for (const auto& [name, change, value] : settings) all += name + " = " + value + "\n";
+    return all;
+  }
+
+  static void furnish(Lok& lok) {
+    lok.add_decoder();
+    for (int i = 0; i < 2; ++i) lok.add(new Function(&lok));
+  }
+  static void furnish(PointBase& point) {
+    using Type = PointOutput::Type;
+    for (const auto type : {Type::Extended, Type::Function, Type::Servo}) {
+      auto& output = point.add_output();
+      output.set_output(3);
+      output.set_address(Address(Address::Kind::accessory, 90));
+      output.set_type(type);
+    }
+    if (!point.has_fixed_states()) point.add_state();
+  }
+  static void furnish(Script& script) {
+    for (const auto& [key, kind] : script_events()) script.add_condition(kind.create());
+    for (const auto& [key, kind] : script_cmds()) script.add_command(kind.create(script));
+  }
+  static void furnish(DeviceTessaraBus& bus) {
+    const auto entry = YAML::Load("{address: 5, serial-nr: x, inputs: [{}, {}]}");
+    bus.add(new DeviceTessaraRailComReader(entry, &bus));
+  }
+  static void furnish(Object& object) {
+    if (auto* lok = dynamic_cast<Lok*>(&object)) furnish(*lok);
+    if (auto* group = dynamic_cast<LokGroup*>(&object)) furnish(*group->add(new Lok));
+    if (auto* point = dynamic_cast<PointBase*>(&object)) furnish(*point);
+    if (auto* script = dynamic_cast<Script*>(&object)) furnish(*script);
+    if (auto* bus = dynamic_cast<DeviceTessaraBus*>(&object)) furnish(*bus);
+  }
+  void draw_all() {
+    for (auto* object : layout().get_blocks()) {
+      if (auto* zone = dynamic_cast<Zone*>(object)) draw<ViewZone>(*zone, {0, 0});
+      // Alignments stand in a row, with one among them that a label does not have.
+      if (auto* zone = dynamic_cast<Zone*>(object)) {
+        draw<ViewLabel>(*zone, {0, 0}).set_align(Anchor::TopLeft);
+      }
+      if (auto* crossing = dynamic_cast<Crossing*>(object)) draw<ViewCrossing>(*crossing, {0, 0});
+    }
+    for (auto* object : layout().get_points()) {
+      if (auto* point = dynamic_cast<Point*>(object)) draw<ViewPoint>(*point, {0, 0});
+      if (auto* signal = dynamic_cast<Signal*>(object)) draw<ViewSignal>(*signal, {0, 0});
+      if (auto* scissor = dynamic_cast<Scissor*>(object)) draw<ViewScissor>(*scissor, {0, 0});
+    }
+  }
+  void make_one_of_each() {
+    layout().get_devices().add(new ECoS);
+    for (const auto& [tag, document_class] : document_classes()) {
+      furnish(*layout().get_toplevel(document_class.section).add(document_class.make()));
+    }
+    draw_all();
+    layout().resolve();
+  }
+  /// The document, and what can be set of it.
+  struct Known {
+    std::string text = DocumentText::whole();
+    Settings all = settings();
+  };
+  static void expect_same(const Known& is, const Known& expected) {
+    EXPECT_EQ(difference(is.text, expected.text), "");
+    EXPECT_EQ(difference(values(is.all), values(expected.all)), "");
+  }
+  /// How it is with the setting changed.
+  Known expect_step(const Known& before, const Setting& setting) {
+    SCOPED_TRACE(setting.name);
+    act(setting.change);
+    const Known after;
+    EXPECT_TRUE(values(after.all) != values(before.all)) << "the change does nothing";
+    EXPECT_TRUE(after.text != before.text) << "the private form does not have it";
+    EXPECT_TRUE(undo()) << "no step knows it";
+    expect_same({}, before);
+    EXPECT_TRUE(redo());
+    Known now;
+    expect_same(now, after);
+    steps.clear();
+    return now;
+  }
+};
+
+TEST_F(EverySetting, is_a_step_and_comes_back_with_what_was_deleted_and_from_a_copy) {
+  make_one_of_each();
+  Known known;
+  for (std::size_t i = 0; i < known.all.size() && !HasFailure(); ++i) {
+    known = expect_step(known, known.all[i]);
+  }
+  for (auto* toplevel : layout()) {
+    for (unsigned i = 0; i < toplevel->child_count(); ++i) {
+      SCOPED_TRACE(toplevel->child_at(i)->get_name());
+      act([&] { toplevel->child_at(i)->destroy(); });
+      ASSERT_TRUE(undo());
+      expect_same({}, known);
+    }
+  }
+  ASSERT_TRUE(Layout::open_copy(DocumentText::whole(), true, "copy")) << get_status();
+  expect_same({}, known);
+}
+
+}  // namespace
+}  // namespace zemblar::test
