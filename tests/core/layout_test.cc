@@ -215,6 +215,17 @@ TEST_F(LayoutFile, may_name_parts_again_and_have_its_keys_in_any_order) {
   EXPECT_TRUE(sign(1)) << "a list with an anchor";
 }
 
+TEST_F(LayoutFile, may_leave_out_what_has_a_default) {
+  folder.write("layout.zblt",
+               "objects:\n  - !device/Lenz/LI-USB {}\n  - !device/Tessara/BUS {"
+               "devices: [!device/Tessara/QVRN {name: Reader}, !device/Tessara/BUS {}]}\n");
+  ASSERT_TRUE(Layout::open(path())) << get_status();
+  const auto text = layout().serialize();
+  EXPECT_NE(text.find("use-as-default: true"), std::string::npos) << text;
+  EXPECT_NE(text.find("name: Reader\n        id: 2\n        address: 0"), std::string::npos)
+      << text;
+}
+
 TEST_F(LayoutFile, takes_its_extension_from_the_filter) {
   const auto uri = [&](const char* name) { return Glib::filename_to_uri(folder.file(name)); };
   layout().save_to(uri("plain"), true);
