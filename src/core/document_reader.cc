@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "core/node_builder.h"
+#include "core/plain_yaml.h"
 
 namespace zemblar {
 namespace {
@@ -119,10 +120,11 @@ class DocumentReader : public YAML::EventHandler {
 }  // namespace
 
 bool read_document(std::string_view bytes, const DocumentParts& parts) {
+  DocumentReader reader(bytes.size(), parts);
+  if (read_plain_yaml(bytes, reader)) return true;
   ByteBuffer buffer(bytes);
   std::istream stream(&buffer);
   YAML::Parser parser(stream);
-  DocumentReader reader(bytes.size(), parts);
   return parser.HandleNextDocument(reader);
 }
 
