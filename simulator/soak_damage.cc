@@ -2,10 +2,8 @@
 
 #include <cairomm/surface.h>
 #include <gtkmm/main.h>
-#include <malloc.h>
 
 #include <algorithm>
-#include <fstream>
 #include <optional>
 #include <stdexcept>
 
@@ -20,6 +18,7 @@
 #include "scripts/script.h"
 #include "scripts/script_entry.h"
 #include "simulator/damage.h"
+#include "simulator/process_memory.h"
 #include "simulator/random_layout.h"
 #include "simulator/track_reader.h"
 #include "track/point_base.h"
@@ -29,30 +28,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// --- Memory of this process ---
-
-/// In kB, as the system tells it.
-std::size_t memory(const std::string& key) {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.starts_with(key + ":")) return std::stoul(line.substr(key.size() + 1));
-  }
-  return 0;
-}
-
-/// How far the memory of the process rises above what it is now while `work` is done, in kB.
-template <typename Work>
-std::size_t rise(const Work& work) {
-  ::malloc_trim(0);
-  std::ofstream("/proc/self/clear_refs") << 5;  // the highest size so far is that of now
-  const auto before = memory("VmRSS");
-  work();
-  const auto highest = memory("VmHWM");
-  return highest > before ? highest - before : 0;
-}
-
-// --- One layout ---
-
 class DamagedLayout {
  public:
   DamagedLayout(std::uint64_t seed, const DamageOptions& options, VirtualClock& clock)
@@ -60,12 +35,13 @@ class DamagedLayout {
 
   void run(DamageResult& result) {
     const auto honest = honest_text();
-    const auto honest_rise = rise([&] { require(open(honest), "the honest layout: " + status()); });
+    const auto honest_rise =
+        rise_of_memory([&] { require(open(honest), "the honest layout: " + status()); });
     const auto text = damaged(honest, chance_);
     Layout::get().new_document(false);
     bool opened = false;
     const auto start = std::chrono::steady_clock::now();
-    const auto damaged_rise = rise([&] { opened = open_or_stay(text); });
+    const auto damaged_rise = rise_of_memory([&] { opened = open_or_stay(text); });
     if (opened) use();
     const auto taken = std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::steady_clock::now() - start);
