@@ -166,10 +166,10 @@ std::string damaged(std::string text, Chance& chance) {
   Accident accident(chance);
   auto lines = lines_of(text);
   if (chance.happens(0.1)) accident.unfold(lines);
-  const auto edits = chance.below(4);
+  const auto edits = chance.below(3);
   for (std::size_t i = 0; i < edits; ++i) accident.damage_lines(lines);
   text = text_of(lines);
-  const auto bytes = chance.happens(0.4) || edits == 0 ? 1 + chance.below(3) : 0;
+  const auto bytes = chance.happens(0.1) || edits == 0 ? 1 + chance.below(3) : 0;
   for (std::size_t i = 0; i < bytes; ++i) accident.damage_bytes(text);
   return text;
 }
