@@ -13,6 +13,7 @@
 #include "core/document_text.h"
 #include "core/layout.h"
 #include "core/status.h"
+#include "simulator/process_memory.h"
 
 namespace zemblar::bench {
 namespace {
@@ -54,7 +55,7 @@ std::string emit_loks(const std::vector<std::string>& names) {
   return "%YAML 1.2\n" + std::string(out.c_str(), out.size()) + "\n";
 }
 
-const Figure opening("layout: open 10,000 objects, to loading the bytes into nodes", "ms", 1.6,
+const Figure opening("layout: open 10,000 objects, to loading the bytes into nodes", "ms", 0.9,
                      [](Effort effort) {
                        fill_with_loks(effort.count(object_count));
                        auto bytes = Layout::get().serialize();
@@ -66,6 +67,23 @@ const Figure opening("layout: open 10,000 objects, to loading the bytes into nod
                          return sample;
                        };
                      });
+
+const Figure opening_memory(
+    "layout: most memory to open 10,000 objects, to loading the bytes into nodes", "kB", 0.4,
+    [](Effort effort) {
+      fill_with_loks(effort.count(object_count));
+      auto bytes = Layout::get().serialize();
+      return [bytes = std::move(bytes)] {
+        Layout::get().new_document(false);
+        const auto rise = [](const auto& work) {
+          return static_cast<double>(1 + simulator::rise_of_memory(work));
+        };
+        Sample sample;
+        sample.floor = rise([&] { YAML::Load(bytes); });
+        sample.figure = rise([&] { open_or_throw(bytes); });
+        return sample;
+      };
+    });
 
 /// A folder of its own for the file that is saved, and gone with the figure.
 struct SavedFile {

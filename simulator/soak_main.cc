@@ -13,6 +13,7 @@
 #include "simulator/bus_latency.h"
 #include "simulator/fault_matrix.h"
 #include "simulator/soak_bus.h"
+#include "simulator/soak_damage.h"
 #include "simulator/soak_following.h"
 #include "simulator/soak_free.h"
 #include "simulator/soak_kill.h"
@@ -36,6 +37,9 @@ Simulated trains under block control, for HOURS (1) of simulated time in each of
   links      with an ECoS and a LI-USB, or two ECoS, that fail ten times a minute in each of the ways
              that docs/links.md tells of, for a fiftieth of HOURS unless only this is asked for: no
              wish may be overtaken by an older one, none may be lost
+  damage     layouts that are damaged at random, five for each of HOURS, or that many as HOURS says
+             when only this is asked for: each is refused with a sentence, or is a whole document,
+             without taking more time or memory than an honest one may
   latency    only when asked for: how long it takes from an occupied block ahead of a train to the
              speed 0 at the station, over such a bus; HOURS does not count
   faults     only when asked for: how long stops and points take to stations that fail in each of
@@ -43,7 +47,7 @@ Simulated trains under block control, for HOURS (1) of simulated time in each of
   kill       only when asked for: a process that saves layouts is killed HOURS times, at random
              moments; nothing may be lost, nothing left over
 
-  --only following|free|bus|links|latency|faults|kill
+  --only following|free|bus|links|damage|latency|faults|kill
   --seed N   the same again (1)
 )";
 
@@ -252,6 +256,74 @@ class LinkRuns {
   bool good_ = true;
 };
 
+// --- Damaged layouts: some at a time in a process ---
+
+constexpr unsigned damage_part = 50;
+constexpr double damages_per_hour = 5;  // unless they alone are asked for
+
+class DamageRuns {
+ public:
+  void run(unsigned count, std::uint64_t seed) {
+    const auto end = seed + count;
+    while (seed < end) {
+      const auto part = static_cast<unsigned>(std::min<std::uint64_t>(damage_part, end - seed));
+      seed = run_part({.seed = seed, .count = part});
+    }
+  }
+
+  [[nodiscard]] bool good() const { return good_; }
+
+  void print(std::ostream& out) const {
+    out << "  " << opened_ << " opened, " << refused_ << " refused, none in more than " << longest_
+        << " ms or " << most_memory_ << " times the memory of an honest one\n";
+    if (assertions_ > 0) out << "  " << assertions_ << "  Assertions after impossible reports\n";
+  }
+
+ private:
+  /// The seed to go on with: behind one that has ended the process.
+  std::uint64_t run_part(const DamageOptions& part) {
+    const auto outcome = run_in_process([&part] {
+      const auto result = run_damage(part, [](std::uint64_t seed) {
+        std::cerr << result_mark << "seed " << seed << std::endl;
+      });
+      std::cerr << result_mark << "all " << result.opened << ' ' << result.refused << ' '
+                << result.longest.count() << ' ' << result.most_memory << '\n';
+    });
+    auto results = results_of(outcome);
+    std::uint64_t last = part.seed;
+    bool complete = false;
+    for (auto& line : results) {
+      std::string what;
+      line >> what;
+      if (what == "seed") line >> last;
+      if (what == "all") add(line), complete = true;
+    }
+    if (!outcome.ended_well) {
+      is_expected_assertion(outcome) ? ++assertions_ : good_ = false;
+      std::cerr << "ended at seed " << last << '\n';
+    }
+    return complete ? part.seed + part.count : last + 1;
+  }
+
+  void add(std::istringstream& values) {
+    unsigned opened = 0, refused = 0;
+    long longest = 0;
+    double most_memory = 0;
+    values >> opened >> refused >> longest >> most_memory;
+    opened_ += opened;
+    refused_ += refused;
+    longest_ = std::max(longest_, longest);
+    most_memory_ = std::max(most_memory_, most_memory);
+  }
+
+  unsigned opened_ = 0;
+  unsigned refused_ = 0;
+  long longest_ = 0;
+  double most_memory_ = 0;
+  unsigned assertions_ = 0;
+  bool good_ = true;
+};
+
 // --- Program ---
 
 Options read(int argc, char* argv[]) {
@@ -301,6 +373,16 @@ bool run_over_links(const Options& options) {
   LinkRuns runs;
   runs.run(hours, options.seed);
   std::cout << "failing links, seeds from " << options.seed << ": " << hours << " h\n";
+  runs.print(std::cout);
+  return runs.good();
+}
+
+bool run_over_damage(const Options& options) {
+  const auto count =
+      static_cast<unsigned>(options.hours * (options.only == "damage" ? 1 : damages_per_hour));
+  DamageRuns runs;
+  runs.run(count, options.seed);
+  std::cout << "damaged layouts, seeds from " << options.seed << ": " << count << '\n';
   runs.print(std::cout);
   return runs.good();
 }
@@ -359,11 +441,12 @@ int main(int argc, char* argv[]) {
   const bool free = timed(options, "free", [](const auto& o) { return run_freely(o); });
   const bool bus = timed(options, "bus", [](const auto& o) { return run_over_bus(o); });
   const bool links = timed(options, "links", run_over_links);
+  const bool damage = timed(options, "damage", run_over_damage);
   const bool following =
       timed(options, "following", [](const auto& o) { return run_following(o); });
   if (options.only == "latency") return timed(options, "latency", measure_latency) ? 0 : 1;
   if (options.only == "faults") return timed(options, "faults", try_faults) ? 0 : 1;
-  return free && bus && links && following ? 0 : 1;
+  return free && bus && links && damage && following ? 0 : 1;
 }
 
 }  // namespace

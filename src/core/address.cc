@@ -100,7 +100,9 @@ void read_address(const YAML::Node& node, Address::Kind kind, Address& address) 
   const bool is_long = tag == "!long";
   unsigned addr = 0;
   node >> addr;
-  const bool known_tag = is_long ? kind == Address::Kind::mobile : tag.empty() || tag == "?";
+  // In quotes, a number has the tag "!".
+  const bool plain = tag.empty() || tag == "?" || tag == "!";
+  const bool known_tag = is_long ? kind == Address::Kind::mobile : plain;
   if (!known_tag || addr == 0 || addr > Address::max_number(kind)) {
     throw YAML::InvalidScalar(node.Mark());
   }

@@ -181,7 +181,7 @@ class Layout : public Object {
                          const Glib::ustring& name);
   void load(const std::string& bytes);
   void load_copy(const std::string& text, bool in_private_form);
-  void read_document(const YAML::Node& root);
+  void read_title(const YAML::Node& node);
   ObjectNumbers& writing() { return numbers_ ? *numbers_ : written_; }
   ObjectNumbers& reading() { return numbers_ ? *numbers_ : read_; }
   [[nodiscard]] const ObjectNumbers& reading() const { return numbers_ ? *numbers_ : read_; }

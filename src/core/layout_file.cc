@@ -7,6 +7,7 @@
 
 #include "core/complete_file.h"
 #include "core/document_keeper.h"
+#include "core/document_reader.h"
 #include "core/file_bytes.h"
 #include "core/i18n.h"
 #include "core/layout.h"
@@ -124,9 +125,9 @@ void Layout::load_copy(const std::string& text, bool in_private_form) {
 void Layout::load(const std::string& bytes) {
   new_document(false);
   read_.clear();
-  const auto root = YAML::Load(bytes);
-  if (root.Mark().is_null()) throw std::runtime_error("Empty File");
-  read_document(root);
+  const bool found = read_document(
+      bytes, {[this](const YAML::Node& title) { read_title(title); }, Object::create});
+  if (!found) throw std::runtime_error("Empty File");
   const bool consistent = resolve();
   read_.clear();
   if (!consistent) throw std::runtime_error("Post Resolve Failure");
@@ -140,17 +141,10 @@ bool Layout::resolve() {
   return consistent;
 }
 
-void Layout::read_document(const YAML::Node& root) {
-  if (!root.IsMap()) return;
-  if (const auto title = root["title"]) {
-    Glib::ustring name;
-    title >> name;
-    set_name(name);
-  }
-  const auto objects = root["objects"];
-  if (!objects || objects.IsNull()) return;
-  if (!objects.IsSequence()) throw YAML::InvalidNode("objects");
-  for (const auto& entry : objects) Object::create(entry);
+void Layout::read_title(const YAML::Node& node) {
+  Glib::ustring title;
+  node >> title;
+  set_name(title);
 }
 
 void Layout::register_id(Object* object, const YAML::Node& node) {

@@ -60,6 +60,22 @@ const std::string& scalar_of(const YAML::Node& node) {
   return node.Scalar();
 }
 
+YAML::Node required(const YAML::Node& node, const char* key) {
+  auto value = node[key];
+  if (!value) throw YAML::TypedKeyNotFound<std::string>(node.Mark(), key);
+  return value;
+}
+
+std::optional<int> read_fitting_int(const YAML::Node& node) {
+  const auto& text = scalar_of(node);
+  int value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error == std::errc::invalid_argument || end != text.data() + text.size()) {
+    throw YAML::InvalidScalar(node.Mark());
+  }
+  return error == std::errc() ? std::optional(value) : std::nullopt;
+}
+
 void operator>>(const YAML::Node& node, Glib::ustring& text) {
   text = readable(scalar_of(node));
 }

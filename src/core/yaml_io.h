@@ -5,6 +5,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <type_traits>
 
@@ -40,6 +41,12 @@ void operator>>(const YAML::Node& node, double& value);
 
 /// The scalar's text; throws YAML::InvalidScalar for anything else.
 const std::string& scalar_of(const YAML::Node& node);
+
+/// The value of a key; throws YAML::TypedKeyNotFound for a missing one.
+YAML::Node required(const YAML::Node& node, const char* key);
+
+/// A whole number; none for one beyond the range of an int.
+[[nodiscard]] std::optional<int> read_fitting_int(const YAML::Node& node);
 
 /// Bytes of any kind: as a text when all are printable ASCII, else as binary data (base64).
 void write_bytes(YAML::Emitter& out, const std::string& bytes);

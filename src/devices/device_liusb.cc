@@ -33,7 +33,7 @@ LIUSB::LIUSB()
 
 LIUSB::LIUSB(const YAML::Node& node) : LIUSB() {
   load_identity(node);
-  node["use-as-default"] >> use_as_default_;
+  read_key(node, "use-as-default", use_as_default_);
 }
 
 LIUSB::~LIUSB() {

@@ -23,8 +23,8 @@ constexpr auto retry_time = 1s;
 
 std::uint8_t read_address(const YAML::Node& node) {
   unsigned address = 0;
-  node >> address;
-  if (address > 255) throw YAML::InvalidScalar(node.Mark());
+  read_key(node, "address", address);
+  if (address > 255) throw YAML::InvalidScalar(node["address"].Mark());
   return static_cast<std::uint8_t>(address);
 }
 
@@ -52,7 +52,7 @@ void DeviceTessara::find_place() {
 
 DeviceTessara::DeviceTessara(const Glib::ustring& name_format, const YAML::Node& node,
                              DeviceTessaraBus* bus)
-    : DeviceTessara(name_format, bus, bus ? read_address(node["address"]) : std::uint8_t{0}) {
+    : DeviceTessara(name_format, bus, bus ? read_address(node) : std::uint8_t{0}) {
   if (!bus && node["address"]) throw std::runtime_error("Parent is not an Tessara Bus");
   load_identity(node);
   if (node["serial-nr"]) serial_nr_ = read_bytes(node["serial-nr"]);

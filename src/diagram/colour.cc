@@ -18,8 +18,7 @@ YAML::Emitter& operator<<(YAML::Emitter& out, const Gdk::Color& colour) {
 
 void operator>>(const YAML::Node& node, Gdk::Color& colour) {
   Gdk::Color read;
-  if (!read.set(scalar_of(node))) throw YAML::InvalidScalar(node.Mark());
-  colour = read;
+  if (read.set(scalar_of(node))) colour = read;
 }
 
 }  // namespace zemblar

@@ -2,6 +2,8 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include <algorithm>
+
 #include "core/yaml_io.h"
 
 namespace zemblar {
@@ -9,6 +11,11 @@ namespace zemblar {
 Vector normalize(const Vector& vector) {
   const double length = vector.length();
   return length > 0 && std::isfinite(length) ? vector / length : Vector{};
+}
+
+Vector within_diagram(const Vector& place) {
+  return {std::clamp(place.x, -diagram_limit, diagram_limit),
+          std::clamp(place.y, -diagram_limit, diagram_limit)};
 }
 
 // A direction that was turned round may have a negative zero, which nobody wants to read.

@@ -33,6 +33,12 @@ struct Vector {
 /// Of length 1; the zero vector stays as it is, and one too long to be measured becomes it.
 [[nodiscard]] Vector normalize(const Vector& vector);
 
+/// The nearest place that a diagram can hold: some ten times as far out as the largest table
+/// reaches, and still within what the graphics library can count at the highest zoom.
+[[nodiscard]] Vector within_diagram(const Vector& place);
+/// The largest distance from the origin, along each axis.
+inline constexpr double diagram_limit = 500'000;
+
 /// A flow sequence of two numbers. Reading another count throws YAML::RepresentationException
 /// "Vector requires precisely 2 values"; only finite numbers are read.
 YAML::Emitter& operator<<(YAML::Emitter& out, const Vector& vector);

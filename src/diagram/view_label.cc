@@ -50,13 +50,9 @@ ViewLabel::ViewLabel(Zone& zone, const Vector& place) : ViewLabel() {
 
 ViewLabel::ViewLabel(const YAML::Node& node) : ViewLabel() {
   load_shown<Zone>(node, "zone", [this](Zone& zone) { attach(zone); });
-  const auto require = [&node](const char* key) {
-    const auto value = node[key];
-    if (!value) throw YAML::TypedKeyNotFound<std::string>(node.Mark(), key);
-    return value;
-  };
-  require("pos") >> pos_;
-  align_ = read_align(require("align"));
+  required(node, "pos") >> pos_;
+  pos_ = within_diagram(pos_);
+  align_ = read_align(required(node, "align"));
 }
 
 void ViewLabel::save(YAML::Emitter& out) const {

@@ -49,6 +49,12 @@ bool ViewLinkNode::can_connect(const ViewLinkNode& other) const {
 
 void ViewLinkNode::connect(ViewLinkNode& other) {
   if (!can_connect(other)) return;
+  join(other);
+  // The lock of a node with a neighbour is not its own.
+  if (!has_neighbour() && !other.has_neighbour()) locked_ = other.locked_;
+}
+
+void ViewLinkNode::join(ViewLinkNode& other) {
   before_change();
   other.before_change();
   // The links tell of it while they are being joined, when the nodes are not yet.
@@ -56,7 +62,6 @@ void ViewLinkNode::connect(ViewLinkNode& other) {
   link_ = &other;
   other.link_ = this;
   pos = other.pos;
-  locked_ = other.locked_;
   moved();
   refresh();
   other.redraw();
@@ -165,25 +170,26 @@ void ViewLinkNode::load(const YAML::Node& node) {
   const auto link = node["link"];
   if (!link || link.IsNull()) return disconnect();
   if (!link.IsSequence() || link.size() != 2) throw YAML::InvalidScalar(link.Mark());
-  int index = 0;
+  const auto index = read_fitting_int(link[0]);
   std::string name;
-  link[0] >> index;
   link[1] >> name;
+  if (!index) return;
   Layout::get().signal_post_resolve().connect(sigc::track_obj(
-      [this, index, name] {
+      [this, index = *index, name] {
         connect_to(index, name);
         return true;
       },
       *this));
 }
 
+// Each node has the lock that the file gives it, in whichever order the file joins them.
 bool ViewLinkNode::connect_to(int object_index, const std::string& link_name) {
   const auto* view = get_object() ? get_object()->get_view() : nullptr;
   if (!view || object_index < 0) return false;
   auto* object = view->find_number(static_cast<unsigned>(object_index));
   auto* other = object ? object->get_link_node(link_name) : nullptr;
   if (!other || !can_connect(*other)) return false;
-  connect(*other);
+  join(*other);
   return true;
 }
 

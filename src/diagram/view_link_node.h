@@ -61,6 +61,7 @@ class ViewLinkNode : public ViewNode {
   void save_more(YAML::Emitter& out) const override;
 
  private:
+  void join(ViewLinkNode& other);
   bool connect_to(int object_index, const std::string& link_name);
   void on_block_link_changed();
   [[nodiscard]] bool is_free_for(const ViewLinkNode& other) const;

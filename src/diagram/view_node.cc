@@ -123,7 +123,7 @@ void ViewNode::drag(Part part, const Vector& position) {
   before_change();
   const auto delta = position - pos;
   if (part == body) {
-    pos = position;
+    pos = within_diagram(position);
     moved();
     refresh();
   } else if (part == left_handle) {
@@ -142,19 +142,19 @@ void ViewNode::drag_handle(double& length, const Vector& delta) {
     length = delta.length();
     if (length > 0) dir = normalize(delta);
   }
-  length = std::max(length, shortest_handle);
+  length = std::clamp(length, shortest_handle, diagram_limit);
 }
 
 void ViewNode::set_left_handle(double length) {
   before_change();
   has_left = true;
-  left = std::max(length, shortest_handle);
+  left = std::clamp(length, shortest_handle, diagram_limit);
 }
 
 void ViewNode::set_right_handle(double length) {
   before_change();
   has_right = true;
-  right = std::max(length, shortest_handle);
+  right = std::clamp(length, shortest_handle, diagram_limit);
 }
 
 // --- Drawing ---
@@ -233,9 +233,8 @@ void ViewNode::draw_right_tag(const Cairo::RefPtr<Cairo::Context>& context, Sele
 // --- The file ---
 
 void ViewNode::load(const YAML::Node& node) {
-  const auto place = node["pos"];
-  if (!place) throw YAML::TypedKeyNotFound<std::string>(node.Mark(), "pos");
-  place >> pos;
+  required(node, "pos") >> pos;
+  pos = within_diagram(pos);
   if (node["dir"]) {
     node["dir"] >> dir;
     // One of length 1 stays as it was written, to the last digit.
@@ -245,8 +244,8 @@ void ViewNode::load(const YAML::Node& node) {
   has_right = static_cast<bool>(node["right"]);
   read_key(node, "left", left);
   read_key(node, "right", right);
-  if (has_left) left = std::max(left, shortest_handle);
-  if (has_right) right = std::max(right, shortest_handle);
+  if (has_left) left = std::clamp(left, shortest_handle, diagram_limit);
+  if (has_right) right = std::clamp(right, shortest_handle, diagram_limit);
   read_key(node, "locked", locked_);
 }
 

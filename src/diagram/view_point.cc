@@ -33,6 +33,7 @@ ViewPoint::ViewPoint(const YAML::Node& node) : ViewPoint() {
   for (const auto& entry : node["states"]) {
     auto& leg = add_leg();
     leg.node.load(entry.second);
+    if (entry.first.IsNull()) continue;
     unsigned id = 0;
     entry.first >> id;
     resolve_later(id, [this, &leg](zemblar::Object* object) {

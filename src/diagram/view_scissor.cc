@@ -38,11 +38,10 @@ ViewScissor::ViewScissor(Scissor& scissor, const Vector& place) : ViewScissor() 
 ViewScissor::ViewScissor(const YAML::Node& node) : ViewScissor() {
   load_shown<Scissor>(node, "scissor", [this](Scissor& scissor) { attach(scissor); });
   corners_.load(node);
-  load_straight(node["straight"]);
+  load_straight(required(node, "straight"));
 }
 
 void ViewScissor::load_straight(const YAML::Node& node) {
-  if (!node) throw YAML::TypedKeyNotFound<std::string>(node.Mark(), "straight");
   if (node.IsScalar()) {
     bool all = true;
     node >> all;

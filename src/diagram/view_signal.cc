@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "core/property.h"
 #include "core/status.h"
@@ -42,14 +43,10 @@ ViewSignal::ViewSignal(Signal& signal, const Vector& place) : ViewSignal() {
 
 ViewSignal::ViewSignal(const YAML::Node& node) : ViewSignal() {
   load_shown<Signal>(node, "signal", [this](Signal& signal) { attach(signal); });
-  const auto require = [&node](const char* key) {
-    const auto value = node[key];
-    if (!value) throw YAML::TypedKeyNotFound<std::string>(node.Mark(), key);
-    return value;
-  };
-  require("pos") >> pos_;
-  require("angle") >> angle_;
-  require("anchor") >> anchor_;
+  required(node, "pos") >> pos_;
+  pos_ = within_diagram(pos_);
+  required(node, "angle") >> angle_;
+  required(node, "anchor") >> anchor_;
 }
 
 void ViewSignal::save(YAML::Emitter& out) const {
@@ -150,7 +147,7 @@ void ViewSignal::move_to_picture(const Context& context) {
   context->user_to_device(place.x, place.y);
   context->set_identity_matrix();
   context->translate(place.x, place.y);
-  context->rotate_degrees(angle_);
+  context->rotate_degrees(std::fmod(angle_, 360));
   const auto size = picture_size();
   const auto offset = anchor_offset(anchor_, size.x, size.y);
   context->translate(offset.x, offset.y);

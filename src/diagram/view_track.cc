@@ -25,9 +25,7 @@ std::array<PathStep, 2> steps_of(const ViewSegment& segment) {
 }  // namespace
 
 void load_node(const YAML::Node& node, const char* key, ViewNode& target) {
-  const auto value = node[key];
-  if (!value) throw YAML::TypedKeyNotFound<std::string>(node.Mark(), key);
-  target.load(value);
+  target.load(required(node, key));
 }
 
 void save_node(YAML::Emitter& out, const char* key, const ViewNode& node) {
@@ -195,7 +193,7 @@ void ViewTrack::drag_move(const ViewTag& tag, const Vector& position) {
 // Ends that are joined take their partners along.
 void ViewTrack::move_by(const Vector& delta) {
   before_change();
-  for (auto* node : inner_nodes()) node->pos += delta;
+  for (auto* node : inner_nodes()) node->pos = within_diagram(node->pos + delta);
   for (auto* node : ends()) node->drag(ViewNode::body, node->pos + delta);
 }
 

@@ -67,7 +67,7 @@ Decoder::Decoder(const YAML::Node& node) : Decoder() {
   reverse_ = tag == "!reverse";
   if (!reverse_ && tag != "?" && !tag.empty()) throw YAML::InvalidScalar(speed.Mark());
   speed >> speed_ratio_;
-  if (speed_ratio_ < 0 || speed_ratio_ > max_speed_ratio) throw YAML::InvalidScalar(speed.Mark());
+  if (speed_ratio_ < 0) throw YAML::InvalidScalar(speed.Mark());
 }
 
 void Decoder::save(YAML::Emitter& out) const {
@@ -221,7 +221,7 @@ void Decoder::set_address(Address address) {
 }
 
 void Decoder::set_speed_ratio(double ratio) {
-  if (!(ratio >= 0 && ratio <= max_speed_ratio) || ratio == speed_ratio_) return;
+  if (!(ratio >= 0) || !std::isfinite(ratio) || ratio == speed_ratio_) return;
   signal_changing_.emit();
   speed_ratio_ = ratio;
   signal_changed_.emit();

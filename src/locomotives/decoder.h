@@ -65,8 +65,9 @@ class Decoder : public DrivenDecoder {
   void set_type(DecoderType type);
   void set_address(Address address);
   [[nodiscard]] double get_speed_ratio() const { return speed_ratio_; }
-  /// 0 to 10; anything else is ignored.
+  /// Finite and not negative; anything else is ignored.
   void set_speed_ratio(double ratio);
+  /// The highest one that the form offers; a file may hold more.
   static constexpr double max_speed_ratio = 10;
   [[nodiscard]] bool get_commands_enabled() const { return commands_enabled_; }
   void set_commands_enabled(bool enabled);

@@ -18,27 +18,20 @@ const auto accepted_by_locomotives = toplevel_accepts_class<LokGroup>(Section::l
 const DocumentClass::Registration registration(private_class<LokGroup>("!lok-group",
                                                                        Section::locomotives));
 
-constexpr unsigned max_depth = 100;
-
 }  // namespace
 
 LokGroup::LokGroup() : Glib::ObjectBase("LokGroup"), Object(_("Locomotive Group %1")) {}
 
-LokGroup::LokGroup(const YAML::Node& node) : LokGroup(node, 0) {}
-
-LokGroup::LokGroup(const YAML::Node& node, unsigned depth) : LokGroup() {
-  if (depth > max_depth) throw YAML::InvalidScalar(node.Mark());
+LokGroup::LokGroup(const YAML::Node& node) : LokGroup() {
   load_identity(node);
   const auto objects = node["objects"];
   if (!objects) return;
-  for (const auto& entry : objects) {
-    add(load_member(entry, depth));
-  }
+  for (const auto& entry : objects) add(load_member(entry));
 }
 
-Object* LokGroup::load_member(const YAML::Node& entry, unsigned depth) {
+Object* LokGroup::load_member(const YAML::Node& entry) {
   if (entry.Tag() == "!lok") return new Lok(entry);
-  if (entry.Tag() == "!lok-group") return new LokGroup(entry, depth + 1);
+  if (entry.Tag() == "!lok-group") return new LokGroup(entry);
   throw YAML::InvalidScalar(entry.Mark());
 }
 
@@ -59,7 +52,7 @@ void LokGroup::restore(const EntryChange& change) {
   const auto objects = change.below("objects");
   restore_children(
       *this, objects.former(), objects.entry(),
-      [this](const YAML::Node& entry, unsigned place) { insert(load_member(entry, 0), place); });
+      [this](const YAML::Node& entry, unsigned place) { insert(load_member(entry), place); });
 }
 
 bool LokGroup::can_contain(Object* child) const {

@@ -21,8 +21,7 @@ class LokGroup : public Object {
   [[nodiscard]] bool can_contain(Object* child) const override;
 
  private:
-  LokGroup(const YAML::Node& node, unsigned depth);
-  static Object* load_member(const YAML::Node& entry, unsigned depth);
+  static Object* load_member(const YAML::Node& entry);
 };
 
 }  // namespace zemblar

@@ -10,6 +10,7 @@
 #include "core/global_options.h"
 #include "core/safe_write.h"
 #include "core/yaml_io.h"
+#include "locomotives/lok.h"
 #include "runtime/scoped_connection.h"
 #include "runtime/timer.h"
 #include "tests/support/layout_fixture.h"
@@ -41,6 +42,23 @@ class Sign : public Object {
   Sign* partner = nullptr;
   bool resolved_before_post = false;
 };
+
+/// `text` `times` times.
+std::string repeated(const std::string& text, unsigned times) {
+  std::string all;
+  for (unsigned i = 0; i < times; ++i) all += text;
+  return all;
+}
+
+/// Buses on buses by aliases: `width` to the power of `depth` of them.
+std::string buses_of_aliases(unsigned width, unsigned depth) {
+  std::string text = "parts:\n  - &b0 !device/Tessara/BUS {address: 1}\n";
+  for (unsigned i = 1; i <= depth; ++i) {
+    text += "  - &b" + std::to_string(i) + " !device/Tessara/BUS {address: 1, devices: [" +
+            repeated("*b" + std::to_string(i - 1) + ", ", width) + "]}\n";
+  }
+  return text + "objects: [!device/Tessara/BUS {devices: [*b" + std::to_string(depth) + "]}]\n";
+}
 
 /// Hands the emitter a tag that it refuses.
 class Unkeepable : public Object {
@@ -99,10 +117,9 @@ TEST_F(LayoutFile, resolves_references_that_point_ahead_behind_or_nowhere) {
 
 TEST_F(LayoutFile, that_cannot_be_opened_is_told_and_leaves_the_document_alone) {
   const struct {
-    const char* bytes;  // null: no such file
+    std::string bytes;
     const char* problem;
   } cases[] = {
-      {nullptr, "Empty File"},
       {"", "Empty File"},
       {"# a comment\n", "Empty File"},
       {"title: [\n", "yaml-cpp: error at line"},
@@ -117,6 +134,16 @@ TEST_F(LayoutFile, that_cannot_be_opened_is_told_and_leaves_the_document_alone) 
       {"objects: {a: b}\n", ""},
       {"objects:\n  - !sign\n", ""},
       {"objects:\n  - !sign {inconsistent: 1, partner: 5}\n", "Post Resolve Failure"},
+      {"x: &b !device/Tessara/BUS {address: 1, devices: [*b]}\n"
+       "objects: [!device/Tessara/BUS {devices: [*b]}]\n",
+       "line 1, column 50: An entry contains itself"},
+      {"objects: &o\n  - !sign {partner: *o}\n", "An entry contains itself"},
+      {"&r {title: *r}\n", "An entry contains itself"},
+      {"x: " + repeated("[", 490) + repeated("]", 490), "Entries are nested too deeply"},
+      {"x: &a " + repeated("[", 300) + repeated("]", 300) + "\ny: " + repeated("[", 200) + "*a" +
+           repeated("]", 200),
+       "Entries are nested too deeply"},
+      {buses_of_aliases(8, 20), "Its aliases stand for more than"},
   };
   auto* const before = &layout();
   auto* kept = layout().get_scripts().add(new Sign);
@@ -124,8 +151,7 @@ TEST_F(LayoutFile, that_cannot_be_opened_is_told_and_leaves_the_document_alone) 
   const ScopedConnection watch(Layout::signal_replaced().connect([&] { ++replaced; }));
   GlobalOptions::get().set_layout("/remembered.zblt");
   for (const auto& one : cases) {
-    unlink(path().c_str());
-    if (one.bytes) folder.write("layout.zblt", one.bytes);
+    folder.write("layout.zblt", one.bytes);
     EXPECT_FALSE(Layout::open(path())) << one.bytes;
     const auto status = get_status().raw();
     EXPECT_EQ(status.rfind("Couldn't open " + path() + ": ", 0), 0u) << status;
@@ -134,7 +160,10 @@ TEST_F(LayoutFile, that_cannot_be_opened_is_told_and_leaves_the_document_alone) 
     EXPECT_EQ(sign(0), kept);
     EXPECT_FALSE(layout().get_file());
   }
-  EXPECT_FALSE(Layout::open(folder.path())) << "a folder is no file";
+  for (const auto& no_file : {folder.path(), folder.file("missing.zblt")}) {
+    EXPECT_FALSE(Layout::open(no_file));
+    EXPECT_TRUE(get_status().raw().ends_with("Empty File")) << get_status();
+  }
   EXPECT_EQ(replaced, 0);
   EXPECT_EQ(GlobalOptions::get().get_layout(), "/remembered.zblt");
 }
@@ -167,6 +196,34 @@ TEST_F(LayoutFile, may_hold_little_or_nothing) {
   ASSERT_TRUE(Layout::open(path())) << get_status();
   EXPECT_EQ(layout().get_name(), "Dos");
   EXPECT_EQ(layout().get_path(), path());
+}
+
+TEST_F(LayoutFile, may_name_parts_again_and_have_its_keys_in_any_order) {
+  folder.write("layout.zblt",
+               "common: {decoders: &d [{type: DCC 28}]}\n? [odd, key]\n: ~\n"
+               "objects:\n  - !lok {decoders: *d}\n  - &again !lok {decoders: *d, name: &n Ae}\n"
+               "  - *again\ntitle: *n\ntitle: later\nobjects: ~\n---\ntitle: [\n");
+  ASSERT_TRUE(Layout::open(path())) << get_status();
+  EXPECT_EQ(layout().get_name(), "Ae");
+  ASSERT_EQ(layout().get_loks().child_count(), 3u);
+  for (auto* child : layout().get_loks()) {
+    const auto& lok = dynamic_cast<Lok&>(*child);
+    EXPECT_EQ(lok.get_decoders().at(0)->get_type(), DecoderType::dcc28) << lok.get_name();
+  }
+  folder.write("layout.zblt", "objects: &o\n  - !sign {}\n  - !sign {}\n");
+  ASSERT_TRUE(Layout::open(path())) << get_status();
+  EXPECT_TRUE(sign(1)) << "a list with an anchor";
+}
+
+TEST_F(LayoutFile, may_leave_out_what_has_a_default) {
+  folder.write("layout.zblt",
+               "objects:\n  - !device/Lenz/LI-USB {}\n  - !device/Tessara/BUS {"
+               "devices: [!device/Tessara/QVRN {name: Reader}, !device/Tessara/BUS {}]}\n");
+  ASSERT_TRUE(Layout::open(path())) << get_status();
+  const auto text = layout().serialize();
+  EXPECT_NE(text.find("use-as-default: true"), std::string::npos) << text;
+  EXPECT_NE(text.find("name: Reader\n        id: 2\n        address: 0"), std::string::npos)
+      << text;
 }
 
 TEST_F(LayoutFile, takes_its_extension_from_the_filter) {

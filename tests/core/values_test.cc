@@ -68,10 +68,12 @@ TEST(Address, is_written_so_that_it_reads_back) {
     EXPECT_EQ(read, address) << out.c_str();
   }
   Address address;
-  for (const auto* bad : {"0", "10240", "-3", "0x10", "3.0", "~", "[3]", "'3'", "!short 3",
-                          "99999999999", "!long 0"}) {
+  for (const auto* bad :
+       {"0", "10240", "-3", "0x10", "3.0", "~", "[3]", "!short 3", "99999999999", "!long 0"}) {
     EXPECT_THROW(YAML::Load(bad) >> address, YAML::InvalidScalar) << bad;
   }
+  YAML::Load("'77'") >> address;
+  EXPECT_EQ(address, Address(77)) << "in quotes";
   EXPECT_THROW(read_address(YAML::Load("513"), Address::Kind::accessory, address),
                YAML::InvalidScalar);
 }

@@ -5,6 +5,8 @@
 
 #include <cstring>
 #include <functional>
+#include <random>
+#include <sstream>
 
 #include "core/toplevel.h"
 #include "diagram/view.h"
@@ -107,8 +109,8 @@ TEST_F(DiagramTest, what_cannot_be_joined_or_shown_does_not_keep_a_file_from_ope
   show<ViewLabel>(*first, {0, 0});
   end(*b, "left").connect(end(*a, "right"));
   ASSERT_EQ(end(*a, "right").get_link(), &end(*b, "left"));
-  for (const auto* to : {"link: [9, left]", "link: [-1, left]", "link: [1, top-left]",
-                         "link: [2, left]", "link: [0, right]"}) {
+  for (const auto* to : {"link: [9, left]", "link: [-1, left]", "link: [99999999999, left]",
+                         "link: [1, top-left]", "link: [2, left]", "link: [0, right]"}) {
     ASSERT_TRUE(open_with("link: [1, left]", to)) << to << get_status();
     EXPECT_EQ(shown<ViewZone>(0).get_view()->get_objects().size(), 3u);
     EXPECT_EQ(get_status(), "");
@@ -165,9 +167,10 @@ TEST_F(DiagramTest, states_are_taken_from_a_file_in_any_order_and_each_once) {
   const auto one = text.substr(first, second - first);
   const auto two = text.substr(second, rest - second);
   const auto stranger = "          0:" + one.substr(one.find(':') + 1);
+  const auto nobody = "          ~:" + one.substr(one.find(':') + 1);
   std::string in_order;
   for (const auto& states :
-       {one + two, two + one, one + one, one + two + one, two, stranger + two}) {
+       {one + two, two + one, one + one, one + two + one, two, stranger + two, nobody + two}) {
     ASSERT_TRUE(layout().open(
         folder.write("states.zblt", text.substr(0, first) + states + text.substr(rest))))
         << get_status() << states;
@@ -185,6 +188,7 @@ TEST_F(DiagramTest, refuses_what_a_file_may_not_say) {
   auto* signal = layout().get_points().add(new Signal);
   show<ViewZone>(*zone("A", false), {0, 0});
   show<ViewSignal>(*signal, {0, 0});
+  show<ViewScissor>(*layout().get_points().add(new Scissor), {0, 0});
   const auto text = layout().serialize();
   for (const auto& [from, to] :
        std::vector<std::pair<std::string, std::string>>{{"pos: [-40, 0]", "pos: [-40, 0, 1]"},
@@ -193,10 +197,105 @@ TEST_F(DiagramTest, refuses_what_a_file_may_not_say) {
                                                         {"        zone: 1\n", ""},
                                                         {"anchor: Centre", "anchor: Nowhere"},
                                                         {"angle: 0", "angle: wide"},
-                                                        {"!view-zone", "!view-tunnel"}}) {
+                                                        {"!view-zone", "!view-tunnel"},
+                                                        {"straight: [", "bent: ["}}) {
     ASSERT_TRUE(layout().open(folder.write("good.zblt", text))) << get_status();
     EXPECT_FALSE(open_with(from, to)) << to;
     EXPECT_THAT(get_status(), HasSubstr("Couldn't open"));
+  }
+  EXPECT_THAT(get_status(), testing::ContainsRegex("at line .*straight"));
+}
+
+/// Random edits of a view with all kinds of track, and of its text.
+class RandomTrack {
+ public:
+  RandomTrack(View& view, const std::vector<ViewTrack*>& tracks, unsigned seed)
+      : view_(view), tracks_(tracks), random_(seed) {}
+
+  void edit() {
+    auto& track = *pick(tracks_);
+    const auto segments = track.segments();
+    const auto ends = ends_of(track);
+    auto& end = *pick(ends);
+    const Vector delta{static_cast<double>(below(400)) / 8 - 20, static_cast<double>(below(40))};
+    switch (below(9)) {
+      case 0:
+      case 1:
+        return join(end, *pick(ends_of(*pick(tracks_))));
+      case 2:
+        return below(2) ? end.get_block_link()->disconnect() : end.disconnect();
+      case 3:
+        return track.make_straight(pick(segments));
+      case 4:
+        return track.make_curved(pick(segments));
+      case 5:
+        return end.set_locked(below(2) != 0);
+      case 6:
+        return end.drag(static_cast<ViewNode::Part>(below(3)), end.pos + delta);
+      case 7:
+        return below(2) ? view_.move_to_top(&track) : view_.move_to_bottom(&track);
+      default:
+        if (auto* zone = dynamic_cast<ViewZone*>(&track)) {
+          below(3) ? zone->add_node(below(2)) : zone->delete_node(0);
+        }
+    }
+  }
+  /// With locks that no edit makes.
+  std::string locked_by_hand(const std::string& text) {
+    std::string result;
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+      result += line + '\n';
+      const auto indent = line.find("pos: ");
+      if (indent == std::string::npos || below(3)) continue;
+      result += std::string(indent, ' ') + "locked: " + (below(2) ? "true" : "false") + '\n';
+    }
+    return result;
+  }
+
+ private:
+  unsigned below(std::size_t count) { return static_cast<unsigned>(random_() % count); }
+  template <typename T>
+  T pick(const std::vector<T>& from) {
+    return from.at(below(from.size()));
+  }
+  static std::vector<ViewLinkNode*> ends_of(ViewTrack& track) {
+    std::vector<ViewLinkNode*> ends;
+    for (const auto* name : {"left", "right", "common", "state:Straight", "state:Curved",
+                             "top-left", "top-right", "bottom-left", "bottom-right"}) {
+      if (auto* end = track.get_link_node(name)) ends.push_back(end);
+    }
+    return ends;
+  }
+  static void join(ViewLinkNode& end, ViewLinkNode& other) {
+    if (end.get_object() != other.get_object()) end.connect(other);
+  }
+
+  View& view_;
+  std::vector<ViewTrack*> tracks_;
+  std::mt19937 random_;
+};
+
+TEST_F(DiagramTest, is_written_the_same_again_however_it_was_drawn) {
+  for (unsigned seed = 1; seed <= 100; ++seed) {
+    SCOPED_TRACE(seed);
+    layout().new_document(false);
+    view = layout().get_views().add(new View);
+    auto& points = layout().get_points();
+    RandomTrack random(*view,
+                       {show<ViewZone>(*zone("A", false), {0, 0}),
+                        show<ViewPoint>(*points.add(new Point), {100, 0}),
+                        show<ViewScissor>(*points.add(new Scissor), {200, 0}),
+                        show<ViewCrossing>(*layout().get_blocks().add(new Crossing), {300, 0}),
+                        show<ViewZone>(*zone("B", false), {0, 100}),
+                        show<ViewPoint>(*points.add(new Point), {100, 100})},
+                       seed);
+    for (int i = 0; i < 80; ++i) random.edit();
+    const auto [first, second] = save_twice();
+    ASSERT_EQ(second, first);
+    ASSERT_TRUE(layout().open(folder.write("hand.zblt", random.locked_by_hand(first))));
+    const auto [third, fourth] = save_twice();
+    ASSERT_EQ(fourth, third);
   }
 }
 
@@ -287,14 +386,15 @@ TEST_F(DiagramTest, nodes_take_their_direction_from_neighbours_and_partners) {
 
 // --- The picture ---
 
-/// A picture of the railway as it is now, at zoom 1 with the origin in the middle.
+/// A picture of the railway as it is now, with the origin in the middle.
 class Picture {
  public:
-  explicit Picture(const View& view) {
+  explicit Picture(const View& view, double zoom = 1) {
     const auto context = Cairo::Context::create(surface_);
     context->set_source_rgb(0.5, 0.5, 1);
     context->paint();
     context->translate(size / 2, size / 2);
+    context->scale(zoom, zoom);
     for (const auto& object : view.get_objects()) object->draw_runtime(context);
     surface_->flush();
   }
@@ -313,6 +413,29 @@ class Picture {
 };
 constexpr unsigned paper = 0x8080ff, white = 0xffffff, black = 0, green = 0x00ff00,
                    yellow = 0xffff00, grey = 0x808080;
+
+TEST_F(DiagramTest, goes_on_painting_what_a_file_puts_far_away) {
+  auto* aspect = layout().get_points().add(new Signal);
+  auto* a = show<ViewZone>(*zone("A", false), {0, 0});
+  a->make_curved(a->segments()[0]);
+  show<ViewSignal>(*aspect, {7, 0});
+  show<ViewLabel>(*zone("B", false), {8, 0});
+  show<ViewZone>(*zone("C", false), {0, 0});
+  auto text = layout().serialize();
+  for (const auto& [from, to] : std::vector<std::pair<std::string, std::string>>{
+           {"pos: [-40, 0]", "pos: [1e308, -1e308]"},
+           {"pos: [7, 0]", "pos: [1e308, 0]"},
+           {"pos: [8, 0]", "pos: [1e308, -1e300]"},
+           {"right: 26", "right: 1e308\n          x: 26"},
+           {"angle: 0", "angle: 1e308"},
+           {"dir: [1, 0]", "dir: [1e308, 1e308]"}}) {
+    ASSERT_NE(text.find(from), std::string::npos) << from << text;
+    text.replace(text.find(from), from.size(), to);
+  }
+  ASSERT_TRUE(layout().open(folder.write("far.zblt", text))) << get_status();
+  view = dynamic_cast<View*>(layout().get_views().child_at(0));
+  for (const double zoom : {1.0, 16.0}) EXPECT_EQ(Picture(*view, zoom).at(0, 0), black) << zoom;
+}
 
 TEST_F(DiagramTest, a_zone_shows_who_is_in_it_and_where_that_is_heading) {
   const auto zones = row({"A", "B"});

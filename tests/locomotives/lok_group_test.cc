@@ -31,11 +31,13 @@ TEST_F(LokGroupTest, is_built_from_entries_told_apart_by_their_tags) {
   EXPECT_TRUE(group.child_at(2)->empty());
 
   for (const auto* text :
-       {"objects: [!lok {functions: [{name: A}]}, !view {}]", "objects: [{name: A}]",
-        "&a !lok-group {objects: [!lok {functions: [{name: A}]}, *a]}"}) {
+       {"objects: [!lok {functions: [{name: A}]}, !view {}]", "objects: [{name: A}]"}) {
     EXPECT_THROW(LokGroup(YAML::Load(text)), YAML::InvalidScalar) << text;
     EXPECT_TRUE(function_names().get_all().empty()) << text;
   }
+  EXPECT_FALSE(Layout::open_copy(
+      "objects: [&a !lok-group {objects: [!lok {functions: [{name: A}]}, *a]}]", true, "copy"));
+  EXPECT_TRUE(get_status().raw().ends_with("An entry contains itself.")) << get_status();
 }
 
 TEST_F(LokGroupTest, takes_locomotives_and_groups_but_not_one_that_it_stands_in) {
