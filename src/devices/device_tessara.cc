@@ -101,7 +101,7 @@ void DeviceTessara::set_address(std::uint8_t address) {
 
 void DeviceTessara::restore(const EntryChange& change) {
   Device::restore(change);
-  if (bus_ && change.differs("address")) set_address(read_address(change.at("address")));
+  if (bus_ && change.differs("address")) set_address(read_address(change.entry()));
 }
 
 // --- Hardware comes and goes ---

@@ -155,6 +155,7 @@ TEST(PicturePath, means_the_same_picture_wherever_the_layout_goes) {
   Layout::get().new_document(true);
   ASSERT_TRUE(Layout::open_copy(kept, true, "a copy")) << get_status();
   all_found();
+  Layout::get().new_document(false);
   EXPECT_EQ(0, std::system(("rm -r " + top).c_str()));
 }
 

@@ -9,7 +9,7 @@ import unittest
 
 from zemblar_ui import Program, press_keys, type_keys, wait_for
 
-PROGRAM, OPENER = sys.argv.pop(1), sys.argv.pop(1)
+PROGRAM, OPENER = os.path.abspath(sys.argv.pop(1)), os.path.abspath(sys.argv.pop(1))
 EDITOR = 'Zemblar 0.1 — Track Editor'
 VIEW = 'Zemblar 0.1 — Track View'
 SAMPLE = '%YAML 1.2\ntitle: Harbour\nobjects:\n  - !view\n    name: Quay\n    id: 0\n'
@@ -150,6 +150,7 @@ class Start(unittest.TestCase):
                 another.window(EDITOR)
 
     def test_a_file_is_opened_by_a_program_that_is_started_for_it(self):
+        self.addCleanup(os.chdir, os.getcwd())
         os.chdir(self.folder.name)
         self.path('harbour.zblt', SAMPLE)
         with Program(OPENER, 'harbour.zblt') as program:
