@@ -13,6 +13,7 @@
 #include "core/global_options.h"
 #include "core/i18n.h"
 #include "core/instance.h"
+#include "core/status.h"
 
 namespace {
 
@@ -43,6 +44,10 @@ int open_file(const std::string& argument) {
   const zemblar::Instance instance(zemblar::Instance::Kind::opener);
   if (instance.pass_on({.file = path})) return 0;
   zemblar::GlobalOptions::get().set_layout(path);
+  if (const auto problem = zemblar::get_status(); !problem.empty()) {
+    complain(problem);
+    return 1;
+  }
   return start_program();
 }
 

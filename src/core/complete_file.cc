@@ -1,6 +1,7 @@
 #include "core/complete_file.h"
 
 #include <glib/gstdio.h>
+#include <glibmm/fileutils.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -54,6 +55,7 @@ bool CompleteFile::belongs_to(const std::string& digest) const {
 }
 
 void CompleteFile::write(std::vector<std::string> digests, std::string_view text) {
+  if (is_damaged()) g_rename(path_.c_str(), (path_ + ".damaged").c_str());
   digests_ = std::move(digests);
   text_ = text;
   std::ostringstream out;
@@ -64,8 +66,16 @@ void CompleteFile::write(std::vector<std::string> digests, std::string_view text
   write_safely(Gio::File::create_for_path(path_), out.str(), mode_of(layout_));
 }
 
-void CompleteFile::remove() const {
-  g_unlink(path_.c_str());
+void CompleteFile::remove() {
+  if (read()) g_unlink(path_.c_str());
+}
+
+bool CompleteFile::is_damaged() const {
+  return Glib::file_test(path_, Glib::FILE_TEST_IS_REGULAR) && !CompleteFile(layout_).read();
+}
+
+std::string CompleteFile::digest() {
+  return read() ? digest_of(text_) : std::string();
 }
 
 }  // namespace zemblar

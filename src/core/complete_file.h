@@ -12,8 +12,8 @@ namespace zemblar {
 /// `NAME.zblt.complete`, in the private form.
 ///
 /// It belongs to files with certain bytes, whose digests it carries: to the cut file, and to the
-/// one that this is about to replace. So a program that is killed between the two writes leaves the
-/// old file with the new document.
+/// one that this is about to replace. So a program that is killed between the two writes leaves an
+/// old cut file with the new document.
 class CompleteFile {
  public:
   /// For the layout file at that path.
@@ -25,9 +25,16 @@ class CompleteFile {
   [[nodiscard]] const std::string& text() const { return text_; }
   [[nodiscard]] const std::string& path() const { return path_; }
 
-  /// Replaces the file; it gets the permissions of the layout file. Throws Gio::Error.
+  /// True for a file that is there and is no complete file, or no longer.
+  [[nodiscard]] bool is_damaged() const;
+  /// The digest of the text that is there; empty if there is none.
+  [[nodiscard]] std::string digest();
+
+  /// Replaces the file; it gets the permissions of the layout file. One that is damaged keeps its
+  /// bytes under another name. Throws Gio::Error.
   void write(std::vector<std::string> digests, std::string_view text);
-  void remove() const;
+  /// Removes the file, unless it is something else.
+  void remove();
 
  private:
   std::string layout_;

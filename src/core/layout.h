@@ -207,6 +207,7 @@ class Layout : public Object {
   ObjectNumbers* numbers_ = nullptr;  // in the place of both
   Glib::RefPtr<Gio::File> file_;
   std::string known_digest_;               // of the file as it was opened or written last
+  std::string known_complete_;             // of the text in its complete file, likewise
   Timeout trouble_returns_;                // to the status line
   const Object* first_unsaved_ = nullptr;  // where the last text ended before its time
   DefaultDevice* default_device_;          // these four are not in the tree, but owned

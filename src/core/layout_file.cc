@@ -46,6 +46,7 @@ bool Layout::open(const std::string& path) {
   const auto digest = digest_of(bytes);
   if (open_bytes(path, bytes) || open_complete(path, digest)) {
     get().known_digest_ = digest;
+    get().known_complete_ = CompleteFile(path).digest();
     return true;
   }
   if (auto* keeper = DocumentKeeper::get()) keeper->could_not_open(path);
@@ -55,6 +56,10 @@ bool Layout::open(const std::string& path) {
 // The file itself has failed to open, and the status line says why.
 bool Layout::open_complete(const std::string& path, const std::string& digest) {
   CompleteFile complete(path);
+  if (complete.is_damaged()) {
+    set_status(Glib::ustring::compose(_("%1. %2 is damaged as well."), get_status(),
+                                      Glib::filename_display_name(complete.path())));
+  }
   if (!complete.read() || !complete.belongs_to(digest)) return false;
   auto* opened = new Layout;
   opened->file_ = Gio::File::create_for_path(path);
@@ -80,6 +85,7 @@ bool Layout::open_copy(const std::string& text, bool in_private_form, const Glib
   auto* opened = new Layout;
   opened->file_ = get().file_;
   opened->known_digest_ = get().known_digest_;
+  opened->known_complete_ = get().known_complete_;
   return replace_by(
       opened, [&] { opened->load_copy(text, in_private_form); }, name);
 }

@@ -13,6 +13,7 @@
 #include "core/global_options.h"
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/picture_path.h"
 #include "core/safe_write.h"
 #include "core/status.h"
 #include "core/yaml_io.h"
@@ -31,6 +32,12 @@ constexpr auto shown_for = 10s;
 std::string digest_of_file(const std::string& path) {
   const auto file = read_regular_file(path);
   return file && !file->bytes.empty() ? digest_of(file->bytes) : std::string();
+}
+
+/// The document with its pictures named from the layout's folder, which may be moved.
+std::string portable_text() {
+  const PicturePath::FromLayout from_layout;
+  return DocumentText::whole();
 }
 
 }  // namespace
@@ -80,9 +87,10 @@ void Layout::save() {
 bool Layout::keep_foreign(const std::string& former) {
   auto* keeper = DocumentKeeper::get();
   const auto path = get_path();
-  const bool was_changed = keeper && !former.empty() && former != known_digest_;
-  CompleteFile complete(path);
-  const bool has_stray = keeper && complete.read() && !complete.belongs_to(known_digest_);
+  const auto complete = CompleteFile(path).digest();
+  const bool has_stray = keeper && !complete.empty() && complete != known_complete_;
+  const bool was_changed = keeper && ((!former.empty() && former != known_digest_) ||
+                                      (has_stray && !known_complete_.empty()));
   if (!was_changed && !has_stray) return false;
   if (keeper->before_overwrite(path)) return was_changed;
   throw Gio::Error(Gio::Error::FAILED,
@@ -98,10 +106,11 @@ void Layout::write_files(const std::string& text, const std::string& former) {
   if (first_unsaved_) {
     std::vector<std::string> digests{digest};
     if (!former.empty()) digests.push_back(former);
-    complete.write(std::move(digests), DocumentText::whole());
+    complete.write(std::move(digests), portable_text());
   }
   write_safely(file_, text);
   known_digest_ = digest;
+  known_complete_ = first_unsaved_ ? complete.digest() : std::string();
   if (!first_unsaved_) complete.remove();
 }
 
@@ -146,6 +155,7 @@ void Layout::save_to(std::string uri, bool complete_extension) {
   auto* keeper = DocumentKeeper::get();
   const bool is_kept = !keeper || keeper->before_overwrite(get_path());
   known_digest_ = digest_of_file(get_path());
+  known_complete_ = CompleteFile(get_path()).digest();
   save();
   if (!is_kept) set_status(get_status() + _(". What was there before could not be kept."));
   GlobalOptions::get().set_layout(get_path());

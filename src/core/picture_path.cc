@@ -48,7 +48,7 @@ std::string PicturePath::path_to_save() const {
 }
 
 YAML::Emitter& operator<<(YAML::Emitter& out, const PicturePath& picture) {
-  if (!PrivateForm::is_used()) return out << picture.path_to_save();
+  if (!PrivateForm::is_used() || PicturePath::depth_ != 0) return out << picture.path_to_save();
   if (picture.folder_.empty()) return out << picture.path_;
   return out << YAML::Flow << YAML::BeginSeq << picture.path_ << picture.folder_ << YAML::EndSeq;
 }

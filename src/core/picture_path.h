@@ -27,7 +27,19 @@ class PicturePath {
 
   bool operator==(const PicturePath&) const = default;
 
+  /// While it lives, pictures are written as in a layout file, in the private form as well: for a
+  /// text that goes with the layout file when its folder is moved.
+  class FromLayout {
+   public:
+    FromLayout() { ++depth_; }
+    ~FromLayout() { --depth_; }
+    FromLayout(const FromLayout&) = delete;
+    FromLayout& operator=(const FromLayout&) = delete;
+  };
+
  private:
+  static inline unsigned depth_ = 0;
+
   friend YAML::Emitter& operator<<(YAML::Emitter& out, const PicturePath& picture);
   friend void operator>>(const YAML::Node& node, PicturePath& picture);
 

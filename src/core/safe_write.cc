@@ -48,14 +48,15 @@ std::string copy_aside(const std::string& path) {
 /// A file that is open for writing in place.
 class OpenFile {
  public:
-  explicit OpenFile(const std::string& path) : fd_(::open(path.c_str(), O_WRONLY | O_CLOEXEC)) {
+  explicit OpenFile(const std::string& path) : fd_(::open(path.c_str(), O_RDWR | O_CLOEXEC)) {
     if (fd_ < 0) throw_errno();
   }
   ~OpenFile() { ::close(fd_); }
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
 
-  /// Takes the room that the new bytes need, while the old ones are still there.
+  /// Takes the room that the new bytes need, while the old ones are still there. The library reads
+  /// the file for that where the file system cannot do it.
   void reserve(off_t old_size, std::size_t size) {
     errno = ::posix_fallocate(fd_, 0, static_cast<off_t>(size));
     if (errno == 0 || errno == EOPNOTSUPP || errno == EINVAL) return;

@@ -292,8 +292,38 @@ TEST_F(CutFileTest, that_was_edited_leads_to_the_complete_one_among_the_entries)
   for (const auto& damaged : {std::string(), bytes_of(complete()).substr(0, 150)}) {
     Glib::file_set_contents(complete(), damaged);
     EXPECT_FALSE(Layout::open(path()));
-    EXPECT_TRUE(get_status().raw().ends_with("Unimplemented Load: !")) << get_status();
+    EXPECT_TRUE(says("harbour.zblt.complete is damaged as well")) << get_status();
+    layout().save_to(Glib::filename_to_uri(path()), true);
+    EXPECT_EQ(bytes_of(complete() + ".damaged"), damaged);
+    Glib::file_set_contents(path(), cut);
   }
+}
+
+TEST_F(CutFileTest, keeps_what_somebody_else_has_written_into_the_complete_one) {
+  auto theirs = bytes_of(complete());
+  theirs.replace(theirs.find("Station"), 7, "STATION");
+  Glib::file_set_contents(complete(), theirs);
+  layout().save();
+  EXPECT_TRUE(says("Somebody else had changed it")) << get_status();
+  ASSERT_EQ(copy->offered().size(), 1u);
+  layout().save();
+  EXPECT_EQ(copy->offered().size(), 1u);
+}
+
+TEST_F(CutFileTest, finds_its_pictures_in_a_folder_that_was_moved) {
+  const auto house = folder.file("house");
+  const auto moved = folder.file("moved");
+  ASSERT_EQ(g_mkdir(house.c_str(), 0700), 0);
+  Glib::file_set_contents(house + "/go.svg", "");
+  auto* function = new Function(dynamic_cast<Lok*>(*layout().get_loks().begin()));
+  (*layout().get_loks().begin())->add(function);
+  layout().save_to(Glib::filename_to_uri(house + "/yard.zblt"), true);
+  function->set_on_image("go.svg");
+  layout().save();
+  ASSERT_EQ(g_rename(house.c_str(), moved.c_str()), 0);
+  ASSERT_TRUE(Layout::open(moved + "/yard.zblt")) << get_status();
+  auto* lok = dynamic_cast<Lok*>(*layout().get_loks().begin());
+  EXPECT_EQ(dynamic_cast<Function&>(**lok->begin()).on_picture().file(), moved + "/go.svg");
 }
 
 TEST_F(RecoveryTest, keeps_what_somebody_else_has_written_before_save_replaces_it) {
