@@ -161,6 +161,7 @@ TEST(SocketTest, asks_the_system_to_notice_within_15_s_that_the_far_end_has_gone
 TEST(SocketTest, leaves_time_to_draw_while_the_far_end_floods) {
   Listener listener;
   std::atomic<bool> over = false;
+  bool ended = false;
   std::thread flood;
   int drawn = 0;
   std::uint64_t read = 0;
@@ -176,10 +177,13 @@ TEST(SocketTest, leaves_time_to_draw_while_the_far_end_floods) {
     });
     char buffer[1024];
     while (!over) read += static_cast<std::uint64_t>(socket->read(buffer, sizeof buffer));
+    ended = true;
   });
   const auto end = Timeout::once(1s, [&] { over = true; });
   EXPECT_TRUE(wait_until([&] { return over.load(); }));
   flood.join();
+  listener.hang_up();
+  EXPECT_TRUE(wait_until([&] { return ended; }));
   EXPECT_GE(drawn, 10) << "in a second, beside " << read << " bytes";
   EXPECT_GT(read, 100'000u);
 }
