@@ -74,7 +74,9 @@ class DamagedLayout {
 
   [[nodiscard]] bool open_or_stay(const std::string& text) const {
     const auto* const before = &Layout::get();
-    if (open(text)) return true;
+    const bool opened = open(text);
+    require(get_status().validate(), "the status line is no UTF-8");
+    if (opened) return true;
     require(before == &Layout::get(), "what was refused has become the document");
     require(status().size() > std::string("Couldn't open damaged: ").size(), "refused in silence");
     return false;

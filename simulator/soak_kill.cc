@@ -179,7 +179,8 @@ class Inspector {
     for (unsigned i = 0; i < file_names.size(); ++i) inspect(i);
     expect_only(home_.layouts(), {".zblt", ".zblt.complete", ".twin"});
     expect_only(home_.recovery(), {".kept", ".current"});
-    expect_only(fs::path(home_.recovery()).parent_path(), {"options.ini", "recovery"});
+    expect_only(fs::path(home_.recovery()).parent_path(),
+                {"options.ini", "recovery", "recovery.lock-0"});
     expect_only(home_.data() + "/writing", {});
     expect_only(home_.data() + "/saved-copies", {});
   }

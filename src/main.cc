@@ -21,7 +21,7 @@ Glib::OptionEntry flag(const char* long_name, char short_name, const char* descr
   return entry;
 }
 
-/// Whether to start beside a program that runs and is not heard from.
+/// Asks whether to start although the running program does not answer.
 bool starts_beside(const Glib::ustring& problem) {
   Gtk::MessageDialog dialog(_("Zemblar runs already, but it does not answer."), false,
                             Gtk::MESSAGE_WARNING, Gtk::BUTTONS_CANCEL);
@@ -31,10 +31,12 @@ bool starts_beside(const Glib::ustring& problem) {
       problem));
   dialog.add_button(_("_Start Another"), Gtk::RESPONSE_OK);
   dialog.set_title("Zemblar");
+  dialog.set_keep_above();  // the other program's windows do not give way
   return dialog.run() == Gtk::RESPONSE_OK;
 }
 
-/// False when another program does what the options ask for, or the person starts none.
+/// True if this process is to go on. Otherwise another program has been told of the options, or the
+/// person has decided against a second program.
 bool find_or_become(std::optional<zemblar::Instance>& instance,
                     const zemblar::StartOptions& options) {
   try {

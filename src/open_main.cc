@@ -6,6 +6,7 @@
 #include <glibmm/miscutils.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <iostream>

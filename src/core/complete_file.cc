@@ -38,7 +38,7 @@ CompleteFile::CompleteFile(const std::string& layout)
     : layout_(target_of(layout)), path_(layout_ + ".complete") {}
 
 bool CompleteFile::read() try {
-  const auto file = read_regular_file(path_);
+  const auto file = read_regular_file(path_, largest_layout);
   if (!file) return false;
   std::string_view bytes = file->bytes;
   const auto head = HeadLines::take(bytes, first_line);
@@ -55,7 +55,7 @@ bool CompleteFile::belongs_to(const std::string& digest) const {
 }
 
 void CompleteFile::write(std::vector<std::string> digests, std::string_view text) {
-  if (is_damaged()) g_rename(path_.c_str(), (path_ + ".damaged").c_str());
+  if (exists() && !read()) g_rename(path_.c_str(), (path_ + ".damaged").c_str());
   digests_ = std::move(digests);
   text_ = text;
   std::ostringstream out;
@@ -70,8 +70,8 @@ void CompleteFile::remove() {
   if (read()) g_unlink(path_.c_str());
 }
 
-bool CompleteFile::is_damaged() const {
-  return Glib::file_test(path_, Glib::FILE_TEST_IS_REGULAR) && !CompleteFile(layout_).read();
+bool CompleteFile::exists() const {
+  return Glib::file_test(path_, Glib::FILE_TEST_IS_REGULAR);
 }
 
 std::string CompleteFile::digest() {

@@ -25,9 +25,9 @@ class CompleteFile {
   [[nodiscard]] const std::string& text() const { return text_; }
   [[nodiscard]] const std::string& path() const { return path_; }
 
-  /// True for a file that is there and is no complete file, or no longer.
-  [[nodiscard]] bool is_damaged() const;
-  /// The digest of the text that is there; empty if there is none.
+  /// True also for a file that cannot be read, or is something else.
+  [[nodiscard]] bool exists() const;
+  /// Reads the file; the digest of its text, or empty if `read` is false.
   [[nodiscard]] std::string digest();
 
   /// Replaces the file; it gets the permissions of the layout file. One that is damaged keeps its

@@ -7,6 +7,9 @@
 
 namespace zemblar {
 
+/// More is not read into memory: a sparse file may claim any size.
+inline constexpr std::size_t largest_layout = 256 << 20;
+
 /// The beginning of a file, at most `limit` bytes.
 struct FileBytes {
   std::string bytes;

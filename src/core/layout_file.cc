@@ -1,9 +1,8 @@
 #include <glibmm/convert.h>
 #include <yaml-cpp/yaml.h>
 
-#include <fstream>
 #include <optional>
-#include <sstream>
+#include <stdexcept>
 
 #include "core/complete_file.h"
 #include "core/document_keeper.h"
@@ -17,20 +16,6 @@
 #include "devices/hw_list.h"
 
 namespace zemblar {
-namespace {
-
-/// A file that does not exist, cannot be read or is no file reads as an empty one.
-std::string read_file(const std::string& path) {
-  const auto file = Gio::File::create_for_path(path);
-  if (file->query_file_type() != Gio::FILE_TYPE_REGULAR) return {};
-  std::ifstream stream(path, std::ios::binary);
-  std::ostringstream bytes;
-  bytes << stream.rdbuf();
-  return bytes.str();
-}
-
-}  // namespace
-
 std::string Layout::get_path() const {
   return file_ ? file_->get_path() : std::string();
 }
@@ -42,7 +27,9 @@ void Layout::open_dialog() {
 }
 
 bool Layout::open(const std::string& path) {
-  const auto bytes = read_file(path);
+  // A file that does not exist, cannot be read or is no file reads as an empty one.
+  const auto file = read_regular_file(path, largest_layout + 1);
+  const auto bytes = file ? file->bytes : std::string();
   const auto digest = digest_of(bytes);
   if (open_bytes(path, bytes) || open_complete(path, digest)) {
     get().known_digest_ = digest;
@@ -56,11 +43,14 @@ bool Layout::open(const std::string& path) {
 // The file itself has failed to open, and the status line says why.
 bool Layout::open_complete(const std::string& path, const std::string& digest) {
   CompleteFile complete(path);
-  if (complete.is_damaged()) {
-    set_status(Glib::ustring::compose(_("%1. %2 is damaged as well."), get_status(),
-                                      Glib::filename_display_name(complete.path())));
+  if (!complete.read()) {
+    if (complete.exists()) {
+      set_status(Glib::ustring::compose(_("%1. %2 is damaged as well."), get_status(),
+                                        Glib::filename_display_name(complete.path())));
+    }
+    return false;
   }
-  if (!complete.read() || !complete.belongs_to(digest)) return false;
+  if (!complete.belongs_to(digest)) return false;
   auto* opened = new Layout;
   opened->file_ = Gio::File::create_for_path(path);
   const auto name = Glib::filename_display_basename(complete.path());
@@ -129,6 +119,7 @@ void Layout::load_copy(const std::string& text, bool in_private_form) {
 }
 
 void Layout::load(const std::string& bytes) {
+  if (bytes.size() > largest_layout) throw std::runtime_error(_("It is larger than any layout."));
   new_document(false);
   read_.clear();
   const bool found = read_document(

@@ -40,6 +40,10 @@ std::string portable_text() {
   return DocumentText::whole();
 }
 
+Glib::ustring with_sentence(const Glib::ustring& text, const Glib::ustring& sentence) {
+  return text + (text.raw().ends_with('.') ? " " : ". ") + sentence;
+}
+
 }  // namespace
 
 unsigned Layout::get_id(const Object* object) {
@@ -103,14 +107,17 @@ bool Layout::keep_foreign(const std::string& former) {
 void Layout::write_files(const std::string& text, const std::string& former) {
   CompleteFile complete(get_path());
   const auto digest = digest_of(text);
+  std::string known_complete;
   if (first_unsaved_) {
     std::vector<std::string> digests{digest};
     if (!former.empty()) digests.push_back(former);
-    complete.write(std::move(digests), portable_text());
+    const auto whole = portable_text();
+    known_complete = digest_of(whole);
+    complete.write(std::move(digests), whole);
   }
   write_safely(file_, text);
   known_digest_ = digest;
-  known_complete_ = first_unsaved_ ? complete.digest() : std::string();
+  known_complete_ = known_complete;
   if (!first_unsaved_) complete.remove();
 }
 
@@ -119,18 +126,19 @@ void Layout::write_files(const std::string& text, const std::string& former) {
 void Layout::tell_of_save(bool was_changed, const Glib::ustring& standing) {
   const auto told = get_status();
   auto message = Glib::ustring::compose(_("Saved %1"), Glib::filename_display_basename(get_path()));
+  const auto add = [&message](const Glib::ustring& sentence) {
+    message = with_sentence(message, sentence);
+  };
   if (first_unsaved_) {
-    message += Glib::ustring::compose(
-        _(". A layout file cannot hold “%1”: the whole layout is in %2, keep both together."),
+    add(Glib::ustring::compose(
+        _("A layout file cannot hold “%1”: the whole layout is in %2, keep both together."),
         first_unsaved_->get_name(),
-        Glib::filename_display_basename(CompleteFile(get_path()).path()));
+        Glib::filename_display_basename(CompleteFile(get_path()).path())));
   }
   if (was_changed) {
-    message +=
-        _(". Somebody else had changed it: to open that version choose File, Recover "
-          "Unsaved Work.");
+    add(_("Somebody else had changed it: to open that version choose File, Recover Unsaved Work."));
   }
-  if (told.raw() != standing.raw()) message += ". " + told;
+  if (told.raw() != standing.raw()) add(told);
   set_status(message);
   if (!standing.empty()) uncover_trouble(message);
 }
@@ -157,7 +165,9 @@ void Layout::save_to(std::string uri, bool complete_extension) {
   known_digest_ = digest_of_file(get_path());
   known_complete_ = CompleteFile(get_path()).digest();
   save();
-  if (!is_kept) set_status(get_status() + _(". What was there before could not be kept."));
+  if (!is_kept) {
+    set_status(with_sentence(get_status(), _("What was there before could not be kept.")));
+  }
   GlobalOptions::get().set_layout(get_path());
 }
 

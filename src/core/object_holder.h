@@ -38,7 +38,7 @@ class Census {
     });
   }
 
-  // Somebody may have asked, and so have made this follow the new layout, before all are told.
+  // A call of `count` may have made the census follow the new layout before observers are told.
   void tell() {
     const bool none = members_.empty();
     if (std::exchange(none_told_, none) != none) signal_none_changed_.emit();

@@ -229,8 +229,8 @@ class Reader {
   bool at_end_ = false;
 };
 
-/// For the first time through the text.
-class Nobody : public YAML::EventHandler {
+/// Takes the events of the first pass, which only checks the form.
+class IgnoredEvents : public YAML::EventHandler {
   void OnDocumentStart(const YAML::Mark&) override {}
   void OnDocumentEnd() override {}
   void OnNull(const YAML::Mark&, YAML::anchor_t) override {}
@@ -248,8 +248,8 @@ class Nobody : public YAML::EventHandler {
 }  // namespace
 
 bool read_plain_yaml(std::string_view text, YAML::EventHandler& handler) {
-  Nobody nobody;
-  return Reader(text, nobody).read() && Reader(text, handler).read();
+  IgnoredEvents ignored;
+  return Reader(text, ignored).read() && Reader(text, handler).read();
 }
 
 }  // namespace zemblar

@@ -29,8 +29,6 @@ constexpr auto longest_pause = 30s;
 // Of one processor, at most this part goes into copies.
 constexpr auto rest_to_work = 30;
 constexpr auto slice = 2ms;
-// Nobody draws a railway that large; what is overwritten may be anything.
-constexpr std::size_t largest_file = 64 << 20;
 
 constexpr auto menu_entry = N_("File, Recover Unsaved Work");
 
@@ -240,16 +238,16 @@ void RecoveryCopy::put_dropped_aside() {
   if (const auto dropped = RecoveryFolder::read(file)) tell_of_dropped(*dropped);
 }
 
-// Of a file that was cut off and has its complete one, that one is enough.
+// A complete file that belongs to the cut file holds all of that.
 bool RecoveryCopy::before_overwrite(const std::string& path) {
-  const auto file = read_regular_file(path, largest_file + 1);
+  const auto file = read_regular_file(path, largest_layout + 1);
   CompleteFile complete(path);
   const bool has_complete = complete.read();
   bool kept = true;
   if (has_complete) kept = keep_text(KeptText::Kind::complete, path, complete.text());
   if (!file || file->bytes.empty()) return kept;
   if (has_complete && complete.belongs_to(digest_of(file->bytes))) return kept;
-  return file->bytes.size() <= largest_file &&
+  return file->bytes.size() <= largest_layout &&
          keep_text(KeptText::Kind::replaced, path, file->bytes) && kept;
 }
 
@@ -292,16 +290,16 @@ void RecoveryCopy::could_not_open(const std::string& path) {
 /// What is there belongs to work of an earlier run, or of an earlier time in this one.
 void RecoveryCopy::adopt(const std::string& layout) {
   adopt_overwritten(layout);
-  const auto file = folder_.set_aside(layout);
-  if (file.empty()) return;
-  if (auto about = RecoveryFolder::read(file)) {
-    found_.push_back({file, std::move(*about)});
-  } else {
-    tell_of_damaged({folder_.set_damaged(file)});
+  for (const auto& file : folder_.set_all_aside(layout)) {
+    if (auto about = RecoveryFolder::read(file)) {
+      found_.push_back({file, std::move(*about)});
+    } else {
+      tell_of_damaged({folder_.set_damaged(file)});
+    }
   }
 }
 
-/// Somebody was stopped while writing into the file.
+/// A program was stopped while it wrote into the file.
 void RecoveryCopy::adopt_overwritten(const std::string& layout) {
   const auto copy = layout.empty() ? std::string() : copy_of_overwritten(layout);
   const auto old = read_regular_file(copy);

@@ -49,7 +49,13 @@ std::string RecoveryFolder::usual_path() {
 }
 
 std::string RecoveryFolder::current_file(const std::string& layout) const {
-  return Glib::build_filename(path_, file_name_for(layout) + std::string(current_extension));
+  return current_file(layout, slot_.number());
+}
+
+std::string RecoveryFolder::current_file(const std::string& layout, unsigned slot) const {
+  const auto number = slot == 0 ? std::string() : "." + std::to_string(slot);
+  return Glib::build_filename(path_,
+                              file_name_for(layout) + number + std::string(current_extension));
 }
 
 std::string RecoveryFolder::free_file(const std::string& layout, gint64 time) const {
@@ -62,8 +68,21 @@ std::string RecoveryFolder::free_file(const std::string& layout, gint64 time) co
 }
 
 std::string RecoveryFolder::set_aside(const std::string& layout) const {
+  return set_aside(layout, slot_.number());
+}
+
+std::string RecoveryFolder::set_aside(const std::string& layout, unsigned slot) const {
   auto file = free_file(layout, g_get_real_time());
-  return g_rename(current_file(layout).c_str(), file.c_str()) == 0 ? file : std::string();
+  return g_rename(current_file(layout, slot).c_str(), file.c_str()) == 0 ? file : std::string();
+}
+
+std::vector<std::string> RecoveryFolder::set_all_aside(const std::string& layout) const {
+  std::vector<std::string> files;
+  for (const auto slot : slot_.free_numbers()) {
+    auto file = set_aside(layout, slot);
+    if (!file.empty()) files.push_back(std::move(file));
+  }
+  return files;
 }
 
 Glib::ustring RecoveryFolder::problem() const {

@@ -7,14 +7,16 @@
 #include <vector>
 
 #include "core/kept_text.h"
+#include "core/recovery_slot.h"
 
 namespace zemblar {
 
-/// The folder with texts that belong to layouts: for each layout at most one that is being written
-/// again and again while the layout is worked on, and those that have been set aside.
+/// The folder with texts that belong to layouts: for each layout at most one that this program
+/// writes again and again while the layout is worked on, and those that have been set aside. Other
+/// programs may use the folder at the same time; each has current files of its own.
 class RecoveryFolder {
  public:
-  explicit RecoveryFolder(std::string path) : path_(std::move(path)) {}
+  explicit RecoveryFolder(const std::string& path) : path_(path), slot_(path) {}
 
   /// `zemblar/recovery` in the user's configuration directory.
   [[nodiscard]] static std::string usual_path();
@@ -34,6 +36,8 @@ class RecoveryFolder {
   [[nodiscard]] std::string free_file(const std::string& layout, gint64 time) const;
   /// Gives the current file of that layout another name, where it stays. Empty when there is none.
   std::string set_aside(const std::string& layout) const;
+  /// Does this also to the files of programs that have ended. Returns the new names.
+  [[nodiscard]] std::vector<std::string> set_all_aside(const std::string& layout) const;
 
   /// The newest first; damaged ones are passed over.
   [[nodiscard]] std::vector<Entry> entries() const;
@@ -54,8 +58,11 @@ class RecoveryFolder {
 
  private:
   [[nodiscard]] std::vector<std::string> names() const;
+  [[nodiscard]] std::string current_file(const std::string& layout, unsigned slot) const;
+  std::string set_aside(const std::string& layout, unsigned slot) const;
 
   std::string path_;
+  RecoverySlot slot_;
 };
 
 }  // namespace zemblar

@@ -84,7 +84,7 @@ void ReadWatch::wake_soon() {
   waking_ = Glib::signal_idle().connect([this] { return wake(), false; }, Glib::PRIORITY_DEFAULT);
 }
 
-// Last: the reader may end this.
+// The reader may destroy the watch, so nothing follows.
 void ReadWatch::wake() {
   waking_.disconnect();
   if (auto* reader = std::exchange(reader_, nullptr)) fiber::resume(reader, 0);

@@ -47,7 +47,7 @@ void start_document() {
   if (!path.empty()) Layout::open(path);
 }
 
-/// The window for somebody who has asked for none.
+/// Opens the window of a start without options.
 auto* usual_window() {
   return GlobalOptions::get().get_layout().empty() ? TrackEditor::open : TrackView::open;
 }

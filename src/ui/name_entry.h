@@ -43,7 +43,7 @@ class NameEntry : public Gtk::Entry {
   Glib::RefPtr<Gtk::ListStore> offered_;
 };
 
-/// Offers strings while something is typed into an entry. The list is theirs.
+/// Offers strings while a person types into an entry. Returns the list of these strings.
 Glib::RefPtr<Gtk::ListStore> offer_strings(Gtk::Entry& entry,
                                            const std::vector<Glib::ustring>& strings);
 
