@@ -43,9 +43,9 @@ int main(int argc, char** argv) {
   if (with_liusb) railway.plug_liusb_into(*hardware);
   zemblar::HWList::look_at(std::move(hardware));
   zemblar::GlobalOptions::get().set_layout(argv[argc - 1]);
-  // What it adds to the layout by itself is nobody's work.
+  // What it adds to the layout by itself is nobody's work, and its railway ends with it.
   zemblar::Application application(
-      {.track_view = true, .track_editor = true, .keep_unsaved = false});
+      {.track_view = true, .track_editor = true, .keep_unsaved = false, .guarded = false});
   const auto begin = [&railway] {
     add_station(railway.port());
     railway.build();
@@ -55,6 +55,6 @@ int main(int argc, char** argv) {
       [&railway](std::string_view line) { return railway.obey(line); });
   const zemblar::ScopedConnection replaced(zemblar::Layout::signal_replaced().connect(begin));
   Glib::signal_timeout().connect_once([] { zemblar::LokController::open(); }, throttle_delay);
-  zemblar::Application::run();
+  application.run();
   return 0;
 }

@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
   {
     zemblar::Application application(options);
     if (instance) instance->serve([&](const auto& wish) { application.serve(wish); });
-    zemblar::Application::run();
+    application.run();
     instance.reset();
   }
   toolkit.reset();

@@ -10,6 +10,7 @@
 #include "core/status.h"
 #include "devices/driven_decoder.h"
 #include "devices/link_state.h"
+#include "guard/stop_order.h"
 #include "runtime/busy_lock.h"
 
 namespace zemblar {
@@ -83,6 +84,9 @@ class Device : public Object, public Busy {
   /// Where the decoder's next wish stands among those of others that go out after a return to
   /// service; the least comes first.
   [[nodiscard]] virtual unsigned rank(const DrivenDecoder& decoder) const;
+  /// How the track power is switched off from outside the program; none for a device that has no
+  /// power to switch, or while it cannot be reached.
+  [[nodiscard]] virtual std::optional<StopOrder> stop_order() const { return std::nullopt; }
   [[nodiscard]] virtual bool occupied() const { return false; }
   /// The side from which RailCom comes: 0 unknown, 1 or 2.
   [[nodiscard]] virtual unsigned orientation() const { return 0; }

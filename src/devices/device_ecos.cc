@@ -98,7 +98,10 @@ void ECoS::set_host(const Glib::ustring& host) {
   if (!*alive) return;
   next_attempt_ = {};
   if (activating()) return cut_start();
-  if (!active()) set_link_down({});
+  if (!active()) {
+    stop_order_.reset();
+    set_link_down({});
+  }
   if (*alive) start_connecting();
 }
 
@@ -273,7 +276,18 @@ void ECoS::subscribe() {
   expect_success(ecos::request_view(ecos::station));
   expect_success(ecos::request_view(ecos::locomotive_manager));
   follow_power(expect_success(ecos::get_status()).get_object(ecos::station));
+  note_stop_order();
   join_default();
+}
+
+void ECoS::note_stop_order() {
+  stop_order_.reset();
+  const auto peer = socket_->peer();
+  if (!peer) return;
+  stop_order_ = StopOrder{.host = peer->host,
+                          .port = peer->port,
+                          .bytes = ecos::stop() + '\n',
+                          .confirmation = "<END 0"};
 }
 
 void ECoS::stop() {

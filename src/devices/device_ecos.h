@@ -58,6 +58,8 @@ class ECoS : public CommandStation {
   /// Cuts the connection, whatever it is doing, and begins anew at once.
   void reconnect();
 
+  /// The station that was in service last, though the link to it may be lost: trains drive on then.
+  [[nodiscard]] std::optional<StopOrder> stop_order() const override { return stop_order_; }
   [[nodiscard]] bool withholds(DrivenDecoder& decoder, std::uint32_t item) override;
   [[nodiscard]] unsigned rank(const DrivenDecoder& decoder) const override;
 
@@ -98,6 +100,7 @@ class ECoS : public CommandStation {
   bool wait_for_attempt(const Cancel& cancel);
   bool try_connect(const Glib::RefPtr<Gio::SocketConnectable>& address, const Cancel& cancel);
   Glib::RefPtr<Gio::SocketConnectable> parse_host();
+  void note_stop_order();
   void limit_attempt();
   void tell_unreachable();
   [[nodiscard]] bool may_connect() const;
@@ -137,6 +140,7 @@ class ECoS : public CommandStation {
   Glib::ustring host_ = "localhost";
   Clock::time_point next_attempt_{};  // no attempt to connect before it
   bool begins_anew_ = false;  // the start under way is to fail, and the next one follows at once
+  std::optional<StopOrder> stop_order_;
   RefusedItems refused_;
   Refusal refusal_;             // the last one
   Glib::ustring failure_;       // why the conversation in progress has failed, if that is known

@@ -264,6 +264,16 @@ void LIUSB::follow_power(bool on) {
   if (on != track_power()) on ? track_power_is_on() : track_power_is_off();
 }
 
+std::optional<StopOrder> LIUSB::stop_order() const {
+  const int line = active() && hold_ ? hold_.port()->descriptor() : -1;
+  if (line < 0) return std::nullopt;
+  const auto order = liusb::frame(liusb::power_off);
+  const auto& told = liusb::power_is_off;
+  return StopOrder{.line = line,
+                   .bytes = {order.begin(), order.end()},
+                   .confirmation = {told.begin(), told.end()}};
+}
+
 bool LIUSB::reaches(const DrivenDecoder& decoder) {
   const auto address = decoder.get_address();
   if (liusb::can_drive(address)) return true;

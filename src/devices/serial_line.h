@@ -55,6 +55,8 @@ class SerialLine {
   virtual void watch(Awaited what, std::function<void()> call) = 0;
   virtual void stop_watching() = 0;
 
+  /// The system's descriptor of the open line, -1 for a line that has none. Stays the line's.
+  [[nodiscard]] virtual int descriptor() const { return -1; }
   [[nodiscard]] virtual ModemLines modem_lines() const = 0;
   virtual void set_dtr(bool on) = 0;
   virtual void set_rts(bool on) = 0;

@@ -69,6 +69,8 @@ class SerialPort : public Glib::Object, public HWDevice {
   void discard_input();
 
   [[nodiscard]] bool is_open() const { return open_; }
+  /// The system's descriptor of the open port, else -1. Stays the port's.
+  [[nodiscard]] int descriptor() const { return open_ ? line_->descriptor() : -1; }
   [[nodiscard]] bool busy() const { return transfer_ != nullptr; }
   /// The hardware has gone for good.
   [[nodiscard]] bool is_removed() const { return removed_; }

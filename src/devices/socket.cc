@@ -2,6 +2,7 @@
 
 #include <gio/gio.h>
 #include <giomm/error.h>
+#include <giomm/inetsocketaddress.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 
@@ -74,6 +75,18 @@ Glib::RefPtr<Gio::InputStream> Socket::input() const {
 
 Glib::RefPtr<Gio::OutputStream> Socket::output() const {
   return connection_ ? connection_->get_output_stream() : Glib::RefPtr<Gio::OutputStream>();
+}
+
+std::optional<Socket::Peer> Socket::peer() const {
+  if (!connection_) return std::nullopt;
+  try {
+    const auto address =
+        Glib::RefPtr<Gio::InetSocketAddress>::cast_dynamic(connection_->get_remote_address());
+    if (!address) return std::nullopt;
+    return Peer{.host = address->get_address()->to_string(), .port = address->get_port()};
+  } catch (const Glib::Error&) {
+    return std::nullopt;  // it has gone already
+  }
 }
 
 // The stream is held: the connection may be closed, and another opened, before the end.

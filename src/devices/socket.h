@@ -35,10 +35,16 @@ namespace zemblar {
 class Socket : public Glib::Object {
  public:
   using Cancel = Glib::RefPtr<Gio::Cancellable>;
+  struct Peer {
+    std::string host;  ///< numeric
+    unsigned port = 0;
+  };
 
   static Glib::RefPtr<Socket> create();
 
   [[nodiscard]] virtual bool is_connected() const { return static_cast<bool>(connection_); }
+  /// The far end's address as resolved; none without a connection, or when it is not on a network.
+  [[nodiscard]] std::optional<Peer> peer() const;
   /// True when there is a connection, without delay of small segments (TCP_NODELAY). The address is
   /// resolved first.
   virtual bool connect(const Glib::RefPtr<Gio::SocketConnectable>& address,

@@ -77,6 +77,8 @@ class TtyLine : public SerialLine {
       tcflush(fd_, TCIOFLUSH);
       tcsetattr(fd_, TCSANOW, &found_);
       ioctl(fd_, TIOCNXCL);
+      // A copy of the descriptor in another process would keep the lock.
+      flock(fd_, LOCK_UN);
     }
     taken_ = false;
     ::close(std::exchange(fd_, -1));
@@ -103,6 +105,8 @@ class TtyLine : public SerialLine {
     watch_ = Glib::signal_io().connect(once, fd_, ready | Glib::IO_HUP | Glib::IO_ERR);
   }
   void stop_watching() override { watch_.disconnect(); }
+
+  int descriptor() const override { return fd_; }
 
   // A pseudo-terminal has no modem lines: the requests fail there, and all lines are off.
   ModemLines modem_lines() const override {

@@ -79,6 +79,7 @@ Application::Application(StartOptions options) {
   Gtk::Settings::get_default()->property_gtk_toolbar_style() = Gtk::TOOLBAR_BOTH;
   Gtk::Window::set_default_icon_name("zemblar");
   new SplashScreen;  // ends itself
+  if (options.guarded) guard_ = std::make_unique<TrainGuard>();
   start_document();
   if (options.keep_unsaved) {
     recovery_copy_ = std::make_unique<RecoveryCopy>();
@@ -102,6 +103,7 @@ void Application::serve(const Instance::Wish& wish) const {
 
 void Application::run() {
   Gtk::Main::run();
+  if (guard_) guard_->take_leave();
   if (auto* copies = RecoveryCopy::get()) copies->finish();
 }
 

@@ -4,6 +4,7 @@
 
 #include "core/instance.h"
 #include "core/recovery_copy.h"
+#include "locomotives/train_guard.h"
 #include "runtime/timer.h"
 #include "ui/tray.h"
 
@@ -15,6 +16,8 @@ struct StartOptions {
   bool track_editor = false;
   /// Whether work that is in no file is kept.
   bool keep_unsaved = true;
+  /// Whether a guard stops the trains when the program ends without taking leave.
+  bool guarded = true;
 };
 
 /// What comes before everything else in a process, the toolkit included: the user's language, and
@@ -31,9 +34,10 @@ class Application {
   /// Does what a later start of the program asks for.
   void serve(const Instance::Wish& wish) const;
   /// Runs until Quit. Closing every window does not end it. What is in no file then is kept.
-  static void run();
+  void run();
 
  private:
+  std::unique_ptr<TrainGuard> guard_;
   std::unique_ptr<RecoveryCopy> recovery_copy_;
   std::unique_ptr<Tray> tray_;
   Timeout first_windows_;  // armed until they open

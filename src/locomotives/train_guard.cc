@@ -1,0 +1,137 @@
+#include "locomotives/train_guard.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+#include "core/i18n.h"
+#include "core/layout.h"
+#include "devices/device.h"
+#include "locomotives/lok.h"
+#include "locomotives/lok_registry.h"
+
+namespace zemblar {
+namespace {
+
+/// Short, since a program may hang just after a train has set out.
+constexpr std::chrono::milliseconds beat_interval(250);
+
+/// Whether the decoder is to move, or was not told yet that it is not.
+bool may_move(const Decoder& decoder) {
+  const auto& wanted = decoder.state();
+  const bool stands = wanted.speed == 0 || wanted.speed == DecoderUpdate::emergency_stop;
+  return !stands || (wanted.mask & DecoderUpdate::speed_bit) != 0;
+}
+
+bool any_train_drives() {
+  bool drives = false;
+  for_each_lok(Layout::get().get_loks(), [&](const Lok& lok) {
+    for (const auto& decoder : lok.get_decoders())
+      drives = drives || may_move(*decoder.operator->());
+  });
+  return drives;
+}
+
+std::string key_of(const Device* device) {
+  return std::to_string(reinterpret_cast<std::uintptr_t>(device));
+}
+
+bool is_same(const guard::Station& one, const guard::Station& other) {
+  return one.name == other.name && one.order == other.order;
+}
+
+}  // namespace
+
+TrainGuard::TrainGuard(std::string program) : program_(std::move(program)) {
+  Device::signal_in_service().connect(sigc::mem_fun(*this, &TrainGuard::watch));
+}
+
+void TrainGuard::take_leave() {
+  heart_.cancel();
+  if (process_) process_->take_leave();
+  process_.reset();
+}
+
+// The end of its service is told at once as well: a guard that keeps a line open keeps the system
+// from giving its name to the hardware that is plugged in again.
+void TrainGuard::watch(Device& device) {
+  watched_[&device] =
+      device.property_active().signal_changed().connect(sigc::mem_fun(*this, &TrainGuard::follow));
+  follow();
+}
+
+TrainGuard::Stations TrainGuard::find_stations() {
+  Stations stations;
+  if (!Layout::exists()) return stations;
+  for (auto* object : Layout::get().get_devices()) {
+    const auto* device = dynamic_cast<const Device*>(object);
+    if (!device || device->is_deleting()) continue;
+    if (const auto order = device->stop_order()) {
+      stations[device] = {.key = key_of(device), .name = device->get_name().raw(), .order = *order};
+    }
+  }
+  return stations;
+}
+
+void TrainGuard::follow() {
+  if (has_ended_) return;
+  const auto stations = find_stations();
+  if (stations.empty() && !process_) return;
+  if (!heart_.armed()) begin_to_beat();
+  if (process_ || start()) update(stations);
+}
+
+void TrainGuard::update(const Stations& stations) {
+  const auto told = std::exchange(told_, stations);
+  for (const auto& [device, station] : told) {
+    if (!stations.contains(device)) tell(guard::Gone{station.key});
+  }
+  for (const auto& [device, station] : stations) {
+    const auto former = told.find(device);
+    if (former == told.end() || !is_same(former->second, station)) tell(station);
+  }
+  tell(guard::Alive{any_train_drives()});
+}
+
+// A guard that does not listen must not wake up later and take the program for dead.
+void TrainGuard::tell(const guard::Message& message) {
+  if (has_ended_ || process_->tell(message)) return;
+  process_->kill();
+  has_ended_ = true;
+}
+
+void TrainGuard::on_ended(int status) {
+  has_ended_ = true;
+  if (status != GuardProcess::has_stopped) return;
+  set_status(Glib::ustring::compose(
+      _("The guard has switched the track power off: Zemblar had done nothing for %1 seconds."),
+      guard::longest_silence.count()));
+}
+
+void TrainGuard::end_process() {
+  process_.reset();
+  told_.clear();
+  has_ended_ = false;
+}
+
+void TrainGuard::begin_to_beat() {
+  heart_ = Timeout::every(beat_interval, [this] {
+    if (has_ended_) end_process();
+    follow();
+    return true;
+  });
+}
+
+bool TrainGuard::start() try {
+  process_ = std::make_unique<GuardProcess>(program_);
+  process_->signal_ended().connect(sigc::mem_fun(*this, &TrainGuard::on_ended));
+  missing_.take_back();
+  return true;
+} catch (const std::system_error& error) {
+  missing_.tell(Glib::ustring::compose(
+      _("There is no guard: trains drive on if Zemblar ends by itself. %1 cannot be started: %2"),
+      program_, readable(error.code().message())));
+  return false;
+}
+
+}  // namespace zemblar
