@@ -32,14 +32,15 @@ std::string program_path() {
 int start_program() {
   const auto program = program_path();
   ::execl(program.c_str(), program.c_str(), nullptr);
-  complain(Glib::ustring::compose(_("Cannot start %1: %2"), program, std::strerror(errno)));
+  complain(Glib::ustring::compose(_("Cannot start %1: %2"), zemblar::readable(program),
+                                  std::strerror(errno)));
   return 1;
 }
 
 int open_file(const std::string& argument) {
   const auto path = Gio::File::create_for_commandline_arg(argument)->get_path();
   if (path.empty() || !Glib::file_test(path, Glib::FILE_TEST_IS_REGULAR)) {
-    complain(Glib::ustring::compose(_("There is no file %1."), argument));
+    complain(Glib::ustring::compose(_("There is no file %1."), zemblar::readable(argument)));
     return 1;
   }
   const zemblar::Instance instance(zemblar::Instance::Kind::opener);

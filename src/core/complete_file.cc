@@ -1,6 +1,8 @@
 #include "core/complete_file.h"
 
+#include <giomm/error.h>
 #include <glib/gstdio.h>
+#include <glibmm/convert.h>
 #include <glibmm/fileutils.h>
 #include <sys/stat.h>
 
@@ -12,7 +14,9 @@
 
 #include "core/file_bytes.h"
 #include "core/head_lines.h"
+#include "core/i18n.h"
 #include "core/safe_write.h"
+#include "core/status.h"
 
 namespace zemblar {
 namespace {
@@ -22,7 +26,7 @@ constexpr std::string_view first_line = "Zemblar complete layout 1\n";
 std::optional<mode_t> mode_of(const std::string& path) {
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) return std::nullopt;
-  return info.st_mode & 0777;
+  return (info.st_mode & 0777) | S_IRUSR | S_IWUSR;
 }
 
 std::vector<std::string> words_of(const std::string& line) {
@@ -37,10 +41,12 @@ std::vector<std::string> words_of(const std::string& line) {
 CompleteFile::CompleteFile(const std::string& layout)
     : layout_(target_of(layout)), path_(layout_ + ".complete") {}
 
-bool CompleteFile::read() try {
+bool CompleteFile::read() {
   const auto file = read_regular_file(path_, largest_layout);
-  if (!file) return false;
-  std::string_view bytes = file->bytes;
+  return file && take(file->bytes);
+}
+
+bool CompleteFile::take(std::string_view bytes) try {
   const auto head = HeadLines::take(bytes, first_line);
   if (!head || head->number<std::size_t>("size") != bytes.size()) return false;
   digests_ = words_of(head->at("belongs-to"));
@@ -54,8 +60,26 @@ bool CompleteFile::belongs_to(const std::string& digest) const {
   return std::ranges::find(digests_, digest) != digests_.end();
 }
 
+bool CompleteFile::was_written_with(const std::string& digest) const {
+  return !digests_.empty() && digests_.front() == digest;
+}
+
+void CompleteFile::set_damaged_aside() {
+  auto aside = path_ + ".damaged";
+  while (Glib::file_test(aside, Glib::FILE_TEST_EXISTS)) aside += ".damaged";
+  const auto name = Glib::filename_display_name(path_);
+  if (g_rename(path_.c_str(), aside.c_str()) != 0) {
+    throw Gio::Error(Gio::Error::FAILED,
+                     Glib::ustring::compose(_("Couldn't save %1: it is damaged, and cannot be kept "
+                                              "under another name."),
+                                            name));
+  }
+  set_status(Glib::ustring::compose(_("%1 was damaged, and is kept as %2."), name,
+                                    Glib::filename_display_basename(aside)));
+}
+
 void CompleteFile::write(std::vector<std::string> digests, std::string_view text) {
-  if (exists() && !read()) g_rename(path_.c_str(), (path_ + ".damaged").c_str());
+  if (exists() && !read()) set_damaged_aside();
   digests_ = std::move(digests);
   text_ = text;
   std::ostringstream out;

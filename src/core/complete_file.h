@@ -21,7 +21,11 @@ class CompleteFile {
 
   /// Reads what is there. False if there is nothing, or something damaged.
   bool read();
+  /// Takes that for what is there. False if it is damaged.
+  bool take(std::string_view bytes);
   [[nodiscard]] bool belongs_to(const std::string& digest) const;
+  /// Whether the file with that digest is the cut one, and not one that was about to be replaced.
+  [[nodiscard]] bool was_written_with(const std::string& digest) const;
   [[nodiscard]] const std::string& text() const { return text_; }
   [[nodiscard]] const std::string& path() const { return path_; }
 
@@ -30,13 +34,16 @@ class CompleteFile {
   /// Reads the file; the digest of its text, or empty if `read` is false.
   [[nodiscard]] std::string digest();
 
-  /// Replaces the file; it gets the permissions of the layout file. One that is damaged keeps its
-  /// bytes under another name. Throws Gio::Error.
+  /// Replaces the file; it gets the permissions of the layout file, and can always be written by
+  /// its owner. One that is damaged keeps its bytes under another name, and the status line says
+  /// so. The first digest is that of the cut file. Throws Gio::Error.
   void write(std::vector<std::string> digests, std::string_view text);
   /// Removes the file, unless it is something else.
   void remove();
 
  private:
+  void set_damaged_aside();
+
   std::string layout_;
   std::string path_;
   std::vector<std::string> digests_;

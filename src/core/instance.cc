@@ -44,7 +44,8 @@ void Instance::add_action(const char* name, bool Wish::*window) {
   });
 }
 
-bool Instance::pass_on(const Wish& wish) const {
+// A bus that ends meanwhile has passed nothing on.
+bool Instance::pass_on(const Wish& wish) const try {
   if (!name_ || !name_->is_remote()) return false;
   if (wish.track_editor) name_->activate_action("track-editor");
   if (wish.track_view) name_->activate_action("track-view");
@@ -55,6 +56,8 @@ bool Instance::pass_on(const Wish& wish) const {
   }
   name_->get_dbus_connection()->flush_sync();
   return true;
+} catch (const Glib::Error&) {
+  return false;
 }
 
 void Instance::serve(std::function<void(const Wish&)> serve) {

@@ -97,6 +97,8 @@ class Layout : public Object {
   [[nodiscard]] const Glib::RefPtr<Gio::File>& get_file() const { return file_; }
   /// The file's path; empty when there is no file.
   [[nodiscard]] std::string get_path() const;
+  /// Whether the document was read from its layout file, and not from a complete file beside it.
+  [[nodiscard]] bool is_whole_file() const { return file_ && known_complete_.empty(); }
 
   [[nodiscard]] DefaultDevice& get_default_device() const { return *default_device_; }
   [[nodiscard]] MemberSet& get_all_blocks() const { return *all_blocks_; }

@@ -31,13 +31,16 @@ bool Layout::open(const std::string& path) {
   const auto file = read_regular_file(path, largest_layout + 1);
   const auto bytes = file ? file->bytes : std::string();
   const auto digest = digest_of(bytes);
-  if (open_bytes(path, bytes) || open_complete(path, digest)) {
-    get().known_digest_ = digest;
-    get().known_complete_ = CompleteFile(path).digest();
-    return true;
+  auto* keeper = DocumentKeeper::get();
+  const bool is_whole = open_bytes(path, bytes);
+  if (!is_whole && !open_complete(path, digest)) {
+    if (keeper) keeper->could_not_open(path);
+    return false;
   }
-  if (auto* keeper = DocumentKeeper::get()) keeper->could_not_open(path);
-  return false;
+  get().known_digest_ = digest;
+  if (!is_whole) get().known_complete_ = CompleteFile(path).digest();
+  if (is_whole && keeper) keeper->opened_whole(path);
+  return true;
 }
 
 // The file itself has failed to open, and the status line says why.
@@ -45,8 +48,9 @@ bool Layout::open_complete(const std::string& path, const std::string& digest) {
   CompleteFile complete(path);
   if (!complete.read()) {
     if (complete.exists()) {
-      set_status(Glib::ustring::compose(_("%1. %2 is damaged as well."), get_status(),
-                                        Glib::filename_display_name(complete.path())));
+      set_status(with_sentence(
+          get_status(), Glib::ustring::compose(_("%1 cannot be read either."),
+                                               Glib::filename_display_name(complete.path()))));
     }
     return false;
   }

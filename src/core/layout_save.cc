@@ -30,7 +30,7 @@ constexpr auto shown_for = 10s;
 
 /// Empty if there is no file, or an empty one.
 std::string digest_of_file(const std::string& path) {
-  const auto file = read_regular_file(path);
+  const auto file = read_regular_file(path, largest_layout + 1);
   return file && !file->bytes.empty() ? digest_of(file->bytes) : std::string();
 }
 
@@ -38,10 +38,6 @@ std::string digest_of_file(const std::string& path) {
 std::string portable_text() {
   const PicturePath::FromLayout from_layout;
   return DocumentText::whole();
-}
-
-Glib::ustring with_sentence(const Glib::ustring& text, const Glib::ustring& sentence) {
-  return text + (text.raw().ends_with('.') ? " " : ". ") + sentence;
 }
 
 }  // namespace
@@ -96,7 +92,9 @@ bool Layout::keep_foreign(const std::string& former) {
   const bool was_changed = keeper && ((!former.empty() && former != known_digest_) ||
                                       (has_stray && !known_complete_.empty()));
   if (!was_changed && !has_stray) return false;
-  if (keeper->before_overwrite(path)) return was_changed;
+  if (was_changed ? keeper->before_overwrite(path) : keeper->before_losing_complete(path)) {
+    return was_changed;
+  }
   throw Gio::Error(Gio::Error::FAILED,
                    Glib::ustring::compose(_("Couldn't save %1: somebody else has changed it, and "
                                             "that version cannot be kept. Choose Save As."),
@@ -106,11 +104,13 @@ bool Layout::keep_foreign(const std::string& former) {
 // The complete file comes first: it belongs to what is there and to what is written next.
 void Layout::write_files(const std::string& text, const std::string& former) {
   CompleteFile complete(get_path());
+  const bool has_stray = complete.digest() != known_complete_;
   const auto digest = digest_of(text);
   std::string known_complete;
   if (first_unsaved_) {
     std::vector<std::string> digests{digest};
     if (!former.empty()) digests.push_back(former);
+    require_writable(file_);
     const auto whole = portable_text();
     known_complete = digest_of(whole);
     complete.write(std::move(digests), whole);
@@ -118,7 +118,8 @@ void Layout::write_files(const std::string& text, const std::string& former) {
   write_safely(file_, text);
   known_digest_ = digest;
   known_complete_ = known_complete;
-  if (!first_unsaved_) complete.remove();
+  // One that was not opened here has been kept, if there is anybody to keep it.
+  if (!first_unsaved_ && (!has_stray || DocumentKeeper::get())) complete.remove();
 }
 
 /// `standing` is a lasting trouble that the status line showed before; it returns after a while.

@@ -24,14 +24,31 @@ bool exists(const std::string& file) {
   return Glib::file_test(file, Glib::FILE_TEST_EXISTS);
 }
 
+/// From a folder to a file. The system goes up from where a symbolic link leads, not from where it
+/// stands, so both are taken without links.
+std::string relative_path(const std::filesystem::path& file, const std::filesystem::path& folder) {
+  std::error_code failure;
+  const auto from = std::filesystem::weakly_canonical(folder, failure);
+  const auto to = std::filesystem::weakly_canonical(file.parent_path(), failure) / file.filename();
+  if (failure) return file.lexically_normal().string();
+  return to.lexically_relative(from).string();
+}
+
 bool is_relative(const std::string& path) {
   return !path.empty() && !Glib::path_is_absolute(path);
 }
 
 }  // namespace
 
-PicturePath::PicturePath(const std::string& path)
-    : path_(path), folder_(path.empty() ? std::string() : layout_folder()) {}
+PicturePath::PicturePath(const std::string& path) : path_(path) {
+  if (!path.empty()) folder_ = given_for_ ? *given_for_ : layout_folder();
+}
+
+PicturePath::GivenFor::GivenFor(const std::string& layout) : former_(given_for_) {
+  if (layout.empty()) return;
+  folder_ = Glib::path_get_dirname(layout);
+  given_for_ = &folder_;
+}
 
 std::string PicturePath::file() const {
   if (path_.empty() || folder_.empty()) return path_;
@@ -44,7 +61,7 @@ std::string PicturePath::path_to_save() const {
   const auto folder = layout_folder();
   if (folder_.empty() || folder.empty() || folder == folder_) return path_;
   if (!is_relative(path_)) return file();
-  return std::filesystem::path(file()).lexically_normal().lexically_relative(folder).string();
+  return relative_path(file(), folder);
 }
 
 YAML::Emitter& operator<<(YAML::Emitter& out, const PicturePath& picture) {

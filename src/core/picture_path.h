@@ -37,8 +37,23 @@ class PicturePath {
     FromLayout& operator=(const FromLayout&) = delete;
   };
 
+  /// While it lives, relative paths that are given start from that layout file's folder: for a text
+  /// of another file than the open one. Nothing changes for an empty path.
+  class GivenFor {
+   public:
+    explicit GivenFor(const std::string& layout);
+    ~GivenFor() { given_for_ = former_; }
+    GivenFor(const GivenFor&) = delete;
+    GivenFor& operator=(const GivenFor&) = delete;
+
+   private:
+    std::string folder_;
+    const std::string* former_;
+  };
+
  private:
   static inline unsigned depth_ = 0;
+  static inline const std::string* given_for_ = nullptr;  // a folder
 
   friend YAML::Emitter& operator<<(YAML::Emitter& out, const PicturePath& picture);
   friend void operator>>(const YAML::Node& node, PicturePath& picture);

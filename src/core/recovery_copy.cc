@@ -15,6 +15,7 @@
 #include "core/file_bytes.h"
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/picture_path.h"
 #include "core/safe_write.h"
 #include "core/temporary_file.h"
 
@@ -74,11 +75,10 @@ void RecoveryCopy::start(const std::string& wanted) {
   }
   folder_.clean_up();
   tell_of_damaged(folder_.set_damaged_aside());
-  if (Layout::get().get_path().empty() && !wanted.empty()) {
-    adopt(wanted);
-    could_not_open(wanted);
-  }
+  adopt(folder_.set_all_aside());
+  if (Layout::get().get_path().empty() && !wanted.empty()) could_not_open(wanted);
   begun();
+  if (Layout::get().is_whole_file()) opened_whole(Layout::get().get_path());
   look_ = Timeout::every(look_period, [this] {
     look();
     return true;
@@ -223,7 +223,8 @@ void RecoveryCopy::begun() {
     saved_is_next_ = false;
     begin_pass();
   } else {
-    adopt(Layout::get().get_path());
+    adopt_overwritten(Layout::get().get_path());
+    adopt(folder_.set_all_aside(Layout::get().get_path()));
     expect_saved_text();
   }
   refresh();
@@ -238,17 +239,27 @@ void RecoveryCopy::put_dropped_aside() {
   if (const auto dropped = RecoveryFolder::read(file)) tell_of_dropped(*dropped);
 }
 
-// A complete file that belongs to the cut file holds all of that.
+// A complete file that was written with the cut file holds all of that.
 bool RecoveryCopy::before_overwrite(const std::string& path) {
   const auto file = read_regular_file(path, largest_layout + 1);
+  const bool kept = before_losing_complete(path);
   CompleteFile complete(path);
   const bool has_complete = complete.read();
-  bool kept = true;
-  if (has_complete) kept = keep_text(KeptText::Kind::complete, path, complete.text());
   if (!file || file->bytes.empty()) return kept;
-  if (has_complete && complete.belongs_to(digest_of(file->bytes))) return kept;
+  if (has_complete && complete.was_written_with(digest_of(file->bytes))) return kept;
   return file->bytes.size() <= largest_layout &&
          keep_text(KeptText::Kind::replaced, path, file->bytes) && kept;
+}
+
+bool RecoveryCopy::before_losing_complete(const std::string& path) {
+  CompleteFile complete(path);
+  return !complete.read() || keep_complete(path, complete.text());
+}
+
+/// The same text is kept once.
+bool RecoveryCopy::keep_complete(const std::string& layout, const std::string& text) {
+  constexpr auto kind = KeptText::Kind::complete;
+  return is_kept(kind, layout, text) || keep_text(kind, layout, text);
 }
 
 /// Writes an entry and waits for it. False if that fails.
@@ -287,10 +298,15 @@ void RecoveryCopy::could_not_open(const std::string& path) {
 
 // --- What has been found, and what is offered ---
 
-/// What is there belongs to work of an earlier run, or of an earlier time in this one.
-void RecoveryCopy::adopt(const std::string& layout) {
-  adopt_overwritten(layout);
-  for (const auto& file : folder_.set_all_aside(layout)) {
+// A complete file of another time is gone with the next Save.
+void RecoveryCopy::opened_whole(const std::string& path) {
+  adopt_stray(path);
+  refresh();
+}
+
+/// These are work of an earlier run, or of an earlier time in this one.
+void RecoveryCopy::adopt(const std::vector<std::string>& files) {
+  for (const auto& file : files) {
     if (auto about = RecoveryFolder::read(file)) {
       found_.push_back({file, std::move(*about)});
     } else {
@@ -299,27 +315,37 @@ void RecoveryCopy::adopt(const std::string& layout) {
   }
 }
 
-/// A program was stopped while it wrote into the file.
+/// A program was stopped while it wrote into the file, or into the complete file beside it.
 void RecoveryCopy::adopt_overwritten(const std::string& layout) {
-  const auto copy = layout.empty() ? std::string() : copy_of_overwritten(layout);
-  const auto old = read_regular_file(copy);
-  if (!old) return;
-  const auto file = read_regular_file(layout);
+  if (layout.empty()) return;
+  for (const auto& path : {layout, CompleteFile(layout).path()}) {
+    if (!adopt_overwritten_file(path, layout)) continue;
+    add_status(Glib::ustring::compose(
+        _("%1 may not have been written to its end. As it was before: choose %2."),
+        display_name(path), way_to_entries(layout)));
+  }
+}
+
+/// Whether the file differs from the copy of what it held, which is kept then.
+bool RecoveryCopy::adopt_overwritten_file(const std::string& path, const std::string& layout) {
+  const auto copy = copy_of_overwritten(path);
+  const auto old = read_regular_file(copy, largest_layout);
+  if (!old) return false;
+  const auto file = read_regular_file(path, largest_layout + 1);
   const bool is_damaged = !file || file->bytes != old->bytes;
-  if (is_damaged && !keep_text(KeptText::Kind::replaced, layout, old->bytes)) return;
-  remove_copy_of_overwritten(layout);
-  if (!is_damaged) return;
-  add_status(Glib::ustring::compose(
-      _("%1 may not have been written to its end. As it was before: choose %2."),
-      display_name(layout), way_to_entries(layout)));
+  CompleteFile complete(layout);
+  const bool is_complete = path != layout && complete.take(old->bytes);
+  const bool is_kept =
+      !is_damaged || (is_complete ? keep_complete(layout, complete.text())
+                                  : keep_text(KeptText::Kind::replaced, layout, old->bytes));
+  if (is_kept) remove_copy_of_overwritten(path);
+  return is_damaged && is_kept;
 }
 
 /// The complete file beside that layout belongs to another version of it. Each start finds it anew.
 void RecoveryCopy::adopt_stray(const std::string& layout) {
   CompleteFile complete(layout);
-  if (!complete.read()) return;
-  constexpr auto kind = KeptText::Kind::complete;
-  if (!is_kept(kind, layout, complete.text()) && !keep_text(kind, layout, complete.text())) return;
+  if (!complete.read() || !keep_complete(layout, complete.text())) return;
   add_status(
       Glib::ustring::compose(_("%1 was made for another version of it. To open that choose %2."),
                              display_name(complete.path()), way_to_entries(layout)));
@@ -361,7 +387,7 @@ void RecoveryCopy::tell_of(const Entry& entry) {
       _("Unsaved work on %1 was found, of %2. To open it choose %3."),
       display_name(entry.about.layout),
       Glib::DateTime::create_now_local(entry.about.time / G_USEC_PER_SEC).format("%x %H:%M"),
-      _(menu_entry)));
+      way_to_entries(entry.about.layout)));
 }
 
 void RecoveryCopy::tell_of_dropped(const KeptText& dropped) {
@@ -373,7 +399,7 @@ void RecoveryCopy::tell_of_dropped(const KeptText& dropped) {
 void RecoveryCopy::add_status(const Glib::ustring& message) {
   const auto before = get_status();
   const bool stale = before.empty() || before.raw() == stale_status_.raw();
-  set_status(stale ? message : before + " " + message);
+  set_status(stale ? message : with_sentence(before, message));
 }
 
 void RecoveryCopy::refresh() {
@@ -400,6 +426,7 @@ void RecoveryCopy::open(const std::string& file) {
     return refresh();
   }
   const auto name = display_name(kept->layout);
+  const PicturePath::GivenFor pictures(kept->layout);
   opening_ = true;
   const bool opened = Layout::open_copy(kept->text, kept->in_private_form(),
                                         Glib::ustring::compose(_("what was kept of %1"), name));

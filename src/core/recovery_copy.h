@@ -71,8 +71,10 @@ class RecoveryCopy : private DocumentKeeper {
   void before_drop() override;
   void begun() override;
   bool before_overwrite(const std::string& path) override;
+  bool before_losing_complete(const std::string& path) override;
   void saved() override;
   void could_not_open(const std::string& path) override;
+  void opened_whole(const std::string& path) override;
 
   void look();
   void report();
@@ -85,10 +87,12 @@ class RecoveryCopy : private DocumentKeeper {
   void forget_current();
   void expect_saved_text();
   [[nodiscard]] bool untouched() const;
+  bool keep_complete(const std::string& layout, const std::string& text);
   bool keep_text(KeptText::Kind kind, const std::string& layout, std::string text);
   void tell_of_damaged(const std::vector<std::string>& files);
-  void adopt(const std::string& layout);
+  void adopt(const std::vector<std::string>& files);
   void adopt_overwritten(const std::string& layout);
+  bool adopt_overwritten_file(const std::string& path, const std::string& layout);
   void adopt_stray(const std::string& layout);
   [[nodiscard]] bool is_kept(KeptText::Kind kind, const std::string& layout,
                              const std::string& text) const;

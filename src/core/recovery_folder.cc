@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <limits>
+#include <charconv>
 #include <map>
 #include <utility>
 
@@ -26,11 +26,31 @@ constexpr std::string_view left_behind = ".goutputstream-";
 constexpr std::ptrdiff_t kept_count = 20;
 // Three bytes for each of the longest path, and some lines.
 constexpr std::size_t longest_head = 16384;
+// The private form of a layout is somewhat longer than its file.
+constexpr std::size_t largest_text = 2 * largest_layout;
 
-std::string file_name_for(const std::string& layout) {
+std::string stem_for(const std::string& layout) {
   if (layout.empty()) return "no-file";
   return digest_of(layout).substr(0, 32);
 }
+
+/// The name of a current file: `STEM.current`, or `STEM.SLOT.current` for another slot than 0.
+struct CurrentName {
+  std::string stem;
+  unsigned slot = 0;
+
+  static std::optional<CurrentName> parse(std::string_view name) {
+    if (!name.ends_with(current_extension)) return std::nullopt;
+    name.remove_suffix(current_extension.size());
+    const auto dot = name.find('.');
+    CurrentName current{.stem = std::string(name.substr(0, dot))};
+    if (dot == name.npos) return current;
+    const auto* end = name.data() + name.size();
+    const auto [stop, error] = std::from_chars(name.data() + dot + 1, end, current.slot);
+    if (error != std::errc() || stop != end) return std::nullopt;
+    return current;
+  }
+};
 
 bool is_kept(std::string_view name) {
   return name.ends_with(current_extension) || name.ends_with(aside_extension);
@@ -49,38 +69,39 @@ std::string RecoveryFolder::usual_path() {
 }
 
 std::string RecoveryFolder::current_file(const std::string& layout) const {
-  return current_file(layout, slot_.number());
-}
-
-std::string RecoveryFolder::current_file(const std::string& layout, unsigned slot) const {
+  const auto slot = slot_.number();
   const auto number = slot == 0 ? std::string() : "." + std::to_string(slot);
-  return Glib::build_filename(path_,
-                              file_name_for(layout) + number + std::string(current_extension));
+  return Glib::build_filename(path_, stem_for(layout) + number + std::string(current_extension));
 }
 
 std::string RecoveryFolder::free_file(const std::string& layout, gint64 time) const {
+  return free_file_of(stem_for(layout), time);
+}
+
+std::string RecoveryFolder::free_file_of(const std::string& stem, gint64 time) const {
   for (;; ++time) {
-    auto file = Glib::build_filename(path_, file_name_for(layout) + "-" +
-                                                Glib::ustring::format(time).raw() +
-                                                std::string(aside_extension));
+    auto file = Glib::build_filename(
+        path_, stem + "-" + std::to_string(time) + std::string(aside_extension));
     if (!Glib::file_test(file, Glib::FILE_TEST_EXISTS)) return file;
   }
 }
 
 std::string RecoveryFolder::set_aside(const std::string& layout) const {
-  return set_aside(layout, slot_.number());
-}
-
-std::string RecoveryFolder::set_aside(const std::string& layout, unsigned slot) const {
   auto file = free_file(layout, g_get_real_time());
-  return g_rename(current_file(layout, slot).c_str(), file.c_str()) == 0 ? file : std::string();
+  return g_rename(current_file(layout).c_str(), file.c_str()) == 0 ? file : std::string();
 }
 
-std::vector<std::string> RecoveryFolder::set_all_aside(const std::string& layout) const {
+std::vector<std::string> RecoveryFolder::set_all_aside(
+    const std::optional<std::string>& layout) const {
   std::vector<std::string> files;
-  for (const auto slot : slot_.free_numbers()) {
-    auto file = set_aside(layout, slot);
-    if (!file.empty()) files.push_back(std::move(file));
+  for (const auto& name : names()) {
+    const auto current = CurrentName::parse(name);
+    if (!current || (layout && current->stem != stem_for(*layout))) continue;
+    if (!slot_.is_free(current->slot)) continue;
+    auto file = free_file_of(current->stem, g_get_real_time());
+    if (g_rename(Glib::build_filename(path_, name).c_str(), file.c_str()) == 0) {
+      files.push_back(std::move(file));
+    }
   }
   return files;
 }
@@ -154,7 +175,7 @@ void RecoveryFolder::clean_up() const {
 }
 
 std::optional<KeptText> RecoveryFolder::read(const std::string& file) {
-  return parse_file(file, std::numeric_limits<std::size_t>::max());
+  return parse_file(file, largest_text);
 }
 
 std::optional<KeptText> RecoveryFolder::read_about(const std::string& file) {

@@ -36,8 +36,10 @@ class RecoveryFolder {
   [[nodiscard]] std::string free_file(const std::string& layout, gint64 time) const;
   /// Gives the current file of that layout another name, where it stays. Empty when there is none.
   std::string set_aside(const std::string& layout) const;
-  /// Does this also to the files of programs that have ended. Returns the new names.
-  [[nodiscard]] std::vector<std::string> set_all_aside(const std::string& layout) const;
+  /// Does this also to the files of programs that have ended, of that layout or of all. Returns the
+  /// new names.
+  [[nodiscard]] std::vector<std::string> set_all_aside(
+      const std::optional<std::string>& layout = {}) const;
 
   /// The newest first; damaged ones are passed over.
   [[nodiscard]] std::vector<Entry> entries() const;
@@ -58,8 +60,7 @@ class RecoveryFolder {
 
  private:
   [[nodiscard]] std::vector<std::string> names() const;
-  [[nodiscard]] std::string current_file(const std::string& layout, unsigned slot) const;
-  std::string set_aside(const std::string& layout, unsigned slot) const;
+  [[nodiscard]] std::string free_file_of(const std::string& stem, gint64 time) const;
 
   std::string path_;
   RecoverySlot slot_;

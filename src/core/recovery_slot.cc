@@ -6,27 +6,33 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <csignal>
 #include <utility>
 
 namespace zemblar {
 namespace {
 
-constexpr unsigned slot_count = 16;
+constexpr unsigned lock_count = 16;
 
 // In the place of a descriptor.
 constexpr int cannot_open = -1;
 constexpr int is_taken = -2;
+constexpr int is_missing = -3;
+
+/// Whether the process that made this number of its own has ended.
+bool has_ended(unsigned number) {
+  return ::kill(static_cast<pid_t>(number - lock_count), 0) != 0 && errno == ESRCH;
+}
 
 }  // namespace
 
-RecoverySlot::RecoverySlot(std::string folder) : folder_(std::move(folder)) {
+RecoverySlot::RecoverySlot(std::string folder)
+    : folder_(std::move(folder)), number_(lock_count + static_cast<unsigned>(::getpid())) {
   g_mkdir_with_parents(Glib::path_get_dirname(folder_).c_str(), 0700);
-  for (unsigned number = 0; number < slot_count; ++number) {
-    const int descriptor = lock(number, O_CREAT);
-    if (descriptor == is_taken) continue;
-    if (descriptor != cannot_open) number_ = number;
-    lock_ = descriptor;
-    return;
+  for (unsigned number = 0; number < lock_count && lock_ < 0; ++number) {
+    lock_ = lock(number, O_CREAT);
+    if (lock_ >= 0) number_ = number;
   }
 }
 
@@ -38,24 +44,19 @@ int RecoverySlot::lock(unsigned number, int create) const {
   const auto file = folder_ + ".lock-" + std::to_string(number);
   const int flags = O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | create;
   const int descriptor = ::open(file.c_str(), flags, 0600);
-  if (descriptor < 0) return cannot_open;
+  if (descriptor < 0) return errno == ENOENT ? is_missing : cannot_open;
   if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0) return descriptor;
   ::close(descriptor);
   return is_taken;
 }
 
-bool RecoverySlot::is_held(unsigned number) const {
+// A lock that cannot be opened is somebody else's, and may be held.
+bool RecoverySlot::is_free(unsigned number) const {
+  if (number == number_) return true;
+  if (number >= lock_count) return has_ended(number);
   const int descriptor = lock(number, 0);
   if (descriptor >= 0) ::close(descriptor);
-  return descriptor == is_taken;
-}
-
-std::vector<unsigned> RecoverySlot::free_numbers() const {
-  std::vector<unsigned> numbers;
-  for (unsigned number = 0; number < slot_count; ++number) {
-    if (number == number_ || !is_held(number)) numbers.push_back(number);
-  }
-  return numbers;
+  return descriptor >= 0 || descriptor == is_missing;
 }
 
 }  // namespace zemblar

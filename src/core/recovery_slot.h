@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 namespace zemblar {
 
@@ -10,26 +9,26 @@ namespace zemblar {
 ///
 /// A program takes the lowest free number and holds a lock on the file `FOLDER.lock-NUMBER`. The
 /// system drops the lock when the process ends, however it ends: files with a number that is not
-/// held were left by a program that is gone.
+/// held were left by a program that is gone. Where no lock can be had, the number is made of that
+/// of the process.
 class RecoverySlot {
  public:
-  /// Takes a number. Programs share the number 0 where no lock can be had.
+  /// Takes a number.
   explicit RecoverySlot(std::string folder);
   ~RecoverySlot();
   RecoverySlot(const RecoverySlot&) = delete;
   RecoverySlot& operator=(const RecoverySlot&) = delete;
 
   [[nodiscard]] unsigned number() const { return number_; }
-  /// The own number, and those that no running program holds.
-  [[nodiscard]] std::vector<unsigned> free_numbers() const;
+  /// Whether it is the own number, or one that no running program holds.
+  [[nodiscard]] bool is_free(unsigned number) const;
 
  private:
   /// The descriptor of the locked file, or a reason why there is none. `create` is O_CREAT or 0.
   [[nodiscard]] int lock(unsigned number, int create) const;
-  [[nodiscard]] bool is_held(unsigned number) const;
 
   std::string folder_;
-  unsigned number_ = 0;
+  unsigned number_;
   int lock_ = -1;  // descriptor; negative for none
 };
 

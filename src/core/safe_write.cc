@@ -35,13 +35,13 @@ std::string copy_aside(const std::string& path) {
   const auto copy = copy_path(path);
   if (Glib::file_test(copy, Glib::FILE_TEST_EXISTS)) return copy;
   g_mkdir_with_parents(Glib::path_get_dirname(copy).c_str(), 0700);
-  try {
-    TemporaryFile file(copy, private_mode);
-    file.write(Glib::file_get_contents(path));
-    file.take_place();
-  } catch (const Glib::FileError& error) {
-    throw Gio::Error(Gio::Error::FAILED, error.what());
+  const auto old = read_regular_file(path, largest_layout + 1);
+  if (!old || old->bytes.size() > largest_layout) {
+    throw Gio::Error(Gio::Error::FAILED, _("what is there cannot be copied"));
   }
+  TemporaryFile file(copy, private_mode);
+  file.write(old->bytes);
+  file.take_place();
   return copy;
 }
 
@@ -86,6 +86,14 @@ class SafeWrite {
     if (!replace(bytes, mode)) write_in_place(bytes);
   }
 
+  void refuse_unsuitable() const {
+    if (!exists_) return;
+    if (!S_ISREG(old_.st_mode)) {
+      throw Gio::Error(Gio::Error::NOT_REGULAR_FILE, _("it is a folder or a device"));
+    }
+    if (::faccessat(AT_FDCWD, path_.c_str(), W_OK, AT_EACCESS) != 0) throw_errno();
+  }
+
   /// For the person, after a failure.
   [[nodiscard]] Glib::ustring remains() const {
     if (!exists_) return _("Nothing has been written.");
@@ -96,14 +104,6 @@ class SafeWrite {
   }
 
  private:
-  void refuse_unsuitable() const {
-    if (!exists_) return;
-    if (!S_ISREG(old_.st_mode)) {
-      throw Gio::Error(Gio::Error::NOT_REGULAR_FILE, _("it is a folder or a device"));
-    }
-    if (::faccessat(AT_FDCWD, path_.c_str(), W_OK, AT_EACCESS) != 0) throw_errno();
-  }
-
   /// A temporary file with the attributes of the old one, or null if the old one must stay.
   [[nodiscard]] std::unique_ptr<TemporaryFile> temporary(std::optional<mode_t> mode) const {
     if (!exists_) {
@@ -166,16 +166,30 @@ void remove_copy_of_overwritten(const std::string& path) {
   g_unlink(copy_path(target_of(path)).c_str());
 }
 
-void write_safely(const Glib::RefPtr<Gio::File>& file, const std::string& bytes,
-                  std::optional<mode_t> mode) {
+namespace {
+
+/// Runs one step of a save, with its failure told for the person.
+template <typename Step>
+void save_step(const Glib::RefPtr<Gio::File>& file, Step step) {
   SafeWrite safe(file->get_path());
   try {
-    safe.write(bytes, mode);
+    step(safe);
   } catch (const Gio::Error& error) {
     throw Gio::Error(error.code(),
                      Glib::ustring::compose(_("Couldn't save %1: %2. %3"), file->get_parse_name(),
                                             error.what(), safe.remains()));
   }
+}
+
+}  // namespace
+
+void write_safely(const Glib::RefPtr<Gio::File>& file, const std::string& bytes,
+                  std::optional<mode_t> mode) {
+  save_step(file, [&](SafeWrite& safe) { safe.write(bytes, mode); });
+}
+
+void require_writable(const Glib::RefPtr<Gio::File>& file) {
+  save_step(file, [](SafeWrite& safe) { safe.refuse_unsuitable(); });
 }
 
 }  // namespace zemblar

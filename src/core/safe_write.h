@@ -24,6 +24,10 @@ namespace zemblar {
 void write_safely(const Glib::RefPtr<Gio::File>& file, const std::string& bytes,
                   std::optional<mode_t> mode = {});
 
+/// Throws as `write_safely` does for a file that it would refuse to replace, before anything that
+/// belongs to the file is written.
+void require_writable(const Glib::RefPtr<Gio::File>& file);
+
 /// Follows symbolic links.
 [[nodiscard]] std::string target_of(const std::string& path);
 

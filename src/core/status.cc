@@ -42,6 +42,10 @@ Glib::ustring get_status() {
   return line().text;
 }
 
+Glib::ustring with_sentence(const Glib::ustring& text, const Glib::ustring& sentence) {
+  return text + (text.raw().ends_with('.') ? " " : ". ") + sentence;
+}
+
 /// `owner` is the note that the text is of, or null. A library's message may quote half a character
 /// of a damaged file, and the toolkit ends a program that shows that.
 void StatusNote::put(const Glib::ustring& text, StatusNote* owner) {

@@ -12,6 +12,9 @@ void set_status(const Glib::ustring& message);
 void clear_status();
 [[nodiscard]] Glib::ustring get_status();
 
+/// The text with one sentence more; it may lack its full stop.
+[[nodiscard]] Glib::ustring with_sentence(const Glib::ustring& text, const Glib::ustring& sentence);
+
 /// Emitted on each of the above. It can be used before `main`.
 sigc::signal<void>& signal_status_changed();
 

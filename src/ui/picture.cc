@@ -3,6 +3,7 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <glibmm/convert.h>
 #include <glibmm/error.h>
+#include <glibmm/fileutils.h>
 #include <glibmm/wrap.h>
 
 #include "core/i18n.h"
@@ -21,7 +22,8 @@ Glib::RefPtr<Gdk::Pixbuf> load_resource(const std::string& path) {
 }
 
 Glib::RefPtr<Gdk::Pixbuf> load_picture(const std::string& path, int size) {
-  if (path.empty()) return {};
+  // A pipe would keep its reader waiting.
+  if (!Glib::file_test(path, Glib::FILE_TEST_IS_REGULAR)) return {};
   try {
     const auto picture = Gdk::Pixbuf::create_from_file(path);
     if (picture->get_width() <= size && picture->get_height() <= size) return picture;

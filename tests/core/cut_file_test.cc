@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "core/document_text.h"
+#include "core/file_bytes.h"
 #include "devices/device_ecos.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
@@ -74,23 +75,64 @@ TEST_F(CutFileTest, belongs_to_its_complete_one_wherever_both_are) {
   EXPECT_EQ(DocumentText::whole(), document);
 
   // As a kill between the two writes leaves it.
-  Glib::file_set_contents(path(), whole_file);
   ASSERT_TRUE(Layout::open(path()));
-  EXPECT_EQ(zones(), "");
-  Glib::file_set_contents(path(), cut);
-  ASSERT_TRUE(Layout::open(path()));
-  add_zone("Yard");
+  (*layout().get_loks().begin())->set_name("Shunter");
   layout().save();
+  ASSERT_NE(bytes_of(path()), cut);
   Glib::file_set_contents(path(), cut);
   ASSERT_TRUE(Layout::open(path())) << get_status();
-  EXPECT_EQ(zones(), "Quay Yard");
+  EXPECT_EQ((*layout().get_loks().begin())->get_name(), "Shunter");
 
-  chmod(path().c_str(), 0600);
+  chmod(path().c_str(), 0440);
   unlink(complete().c_str());
   layout().save();
   struct stat info {};
   ASSERT_EQ(stat(complete().c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 0777, 0600u);
+  EXPECT_EQ(info.st_mode & 0777, 0640u) << "its owner can always write it";
+}
+
+TEST_F(CutFileTest, is_kept_when_a_whole_file_stands_in_its_place) {
+  const auto whole_complete = bytes_of(complete());
+  for (const bool is_start : {true, false}) {
+    kill();
+    Glib::file_set_contents(path(), whole_file);
+    Glib::file_set_contents(complete(), whole_complete);
+    if (is_start) {
+      start_again(path());
+    } else {
+      start_again({});
+      ASSERT_TRUE(Layout::open(path()));
+    }
+    EXPECT_TRUE(says("harbour.zblt.complete was made for another version")) << get_status();
+    add_zone("Yard");
+    layout().save();
+    EXPECT_FALSE(has(complete()));
+    ASSERT_EQ(copy->offered().size(), 1u) << "kept once";
+  }
+  open_newest();
+  EXPECT_EQ(DocumentText::whole(), document);
+
+  kill();
+  Glib::file_set_contents(path(), whole_file);
+  Glib::file_set_contents(complete(), whole_complete);
+  ASSERT_TRUE(Layout::open(path()));
+  layout().save();
+  EXPECT_EQ(bytes_of(complete()), whole_complete) << "with nobody to keep it";
+  begin();
+}
+
+TEST_F(CutFileTest, is_offered_as_it_was_before_somebody_was_stopped_while_writing_into_it) {
+  const auto copies = Glib::build_filename(Glib::get_user_data_dir(), "zemblar", "saved-copies");
+  const auto whole_complete = bytes_of(complete());
+  g_mkdir_with_parents(copies.c_str(), 0700);
+  kill();
+  Glib::file_set_contents(
+      Glib::build_filename(copies, digest_of(complete()).substr(0, 32) + ".zblt"), whole_complete);
+  Glib::file_set_contents(complete(), whole_complete.substr(0, 200));
+  start_again(path());
+  EXPECT_TRUE(says("harbour.zblt.complete may not have been written to its end")) << get_status();
+  open_newest();
+  EXPECT_EQ(DocumentText::whole(), document);
 }
 
 TEST_F(CutFileTest, that_was_edited_leads_to_the_complete_one_among_the_entries) {
@@ -108,12 +150,15 @@ TEST_F(CutFileTest, that_was_edited_leads_to_the_complete_one_among_the_entries)
   open_newest();
   EXPECT_EQ(DocumentText::whole(), document);
   EXPECT_FALSE(layout().get_file());
+  auto aside = complete();
   for (const auto& damaged : {std::string(), bytes_of(complete()).substr(0, 150)}) {
+    aside += ".damaged";
     Glib::file_set_contents(complete(), damaged);
     EXPECT_FALSE(Layout::open(path()));
-    EXPECT_TRUE(says("harbour.zblt.complete is damaged as well")) << get_status();
+    EXPECT_TRUE(says("harbour.zblt.complete cannot be read either")) << get_status();
     layout().save_to(Glib::filename_to_uri(path()), true);
-    EXPECT_EQ(bytes_of(complete() + ".damaged"), damaged);
+    EXPECT_EQ(bytes_of(aside), damaged);
+    EXPECT_TRUE(says("harbour.zblt.complete was damaged, and is kept as")) << get_status();
     Glib::file_set_contents(path(), cut);
   }
 }

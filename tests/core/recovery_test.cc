@@ -13,6 +13,7 @@
 #include "core/document_text.h"
 #include "core/file_bytes.h"
 #include "core/recovery_copy.h"
+#include "core/recovery_slot.h"
 #include "devices/device_ecos.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
@@ -75,6 +76,44 @@ TEST_F(RecoveryTest, leaves_the_work_of_a_program_alone_that_runs_beside_it) {
   start_again(path());
   EXPECT_TRUE(says("Unsaved work")) << get_status();
   EXPECT_EQ(copy->offered().size(), 2u);
+}
+
+TEST_F(RecoveryTest, finds_the_work_on_every_layout_that_nobody_works_on) {
+  add_zone("Quay");
+  save();
+  add_zone("Yard");
+  settle();
+  kill();
+  ASSERT_EQ(g_rename(path().c_str(), folder.file("moved.zblt").c_str()), 0);
+  start_again(folder.file("moved.zblt"));
+  EXPECT_TRUE(says("Unsaved work on harbour.zblt was found")) << get_status();
+  EXPECT_TRUE(says("choose File, New and then File, Recover Unsaved Work")) << get_status();
+  EXPECT_THROW(layout().save_to("file:///proc/stick.zblt", true), Gio::Error);
+  add_zone("Mole");
+  settle();
+  kill();
+  start_again(folder.file("moved.zblt"));
+  EXPECT_TRUE(says("Unsaved work on stick.zblt was found")) << get_status();
+  layout().new_document(true);
+  ASSERT_EQ(copy->offered().size(), 2u);
+  open_newest();
+  EXPECT_EQ(zones(), "Quay Mole");
+}
+
+TEST(RecoverySlot, belongs_to_one_program_whatever_stands_in_its_way) {
+  const TemporaryFolder folder;
+  const auto lock = [&](int n) { return folder.file("recovery.lock-" + std::to_string(n)); };
+  const RecoverySlot first(folder.file("recovery"));
+  for (int n = 1; n < 16; ++n) g_mkdir(lock(n).c_str(), 0700);
+  const RecoverySlot second(folder.file("recovery"));
+  const RecoverySlot third(folder.file("other/recovery"));
+  EXPECT_EQ(first.number(), 0u);
+  EXPECT_GE(second.number(), 16u);
+  EXPECT_TRUE(second.is_free(second.number()));
+  EXPECT_FALSE(second.is_free(first.number()));
+  EXPECT_FALSE(first.is_free(second.number())) << "its process runs";
+  EXPECT_FALSE(first.is_free(1)) << "nobody knows";
+  EXPECT_TRUE(third.is_free(1)) << "never taken";
 }
 
 TEST_F(RecoveryTest, leaves_nothing_behind_when_everything_is_in_the_file) {
@@ -283,9 +322,10 @@ TEST_F(RecoveryTest, passes_over_what_cannot_be_an_entry_and_says_so_once) {
   save();
   settle();
   kill();
-  const RecoveryFolder copies(folder.file("recovery"));
   g_mkdir(folder.file("recovery").c_str(), 0700);
-  const auto name = [&](int n) { return copies.free_file(path(), n); };
+  // Nobody may hold the folder's first number while the program runs.
+  const auto copies = [&] { return RecoveryFolder(folder.file("recovery")); };
+  const auto name = [&](int n) { return copies().free_file(path(), n); };
   const auto in_year = [](gint64 year) { return (year - 1970) * 31'556'952 * G_USEC_PER_SEC; };
   const std::function<void(const std::string&)> oddities[] = {
       [](const auto& file) { ASSERT_EQ(mkfifo(file.c_str(), 0600), 0); },
@@ -295,10 +335,8 @@ TEST_F(RecoveryTest, passes_over_what_cannot_be_an_entry_and_says_so_once) {
         Glib::file_set_contents(file, KeptText{.time = in_year(10000)}.bytes());
       },
       [&](const auto& file) { Glib::file_set_contents(file, KeptText{.time = -1}.bytes()); },
-      [&](const auto& file) {
-        const auto current = copies.current_file(path());
-        ASSERT_EQ(mkfifo(current.c_str(), 0600), 0);
-        ASSERT_EQ(symlink("nowhere", file.c_str()), 0);
+      [&](const auto& /*file*/) {
+        ASSERT_EQ(mkfifo(copies().current_file(path()).c_str(), 0600), 0);
       },
   };
   for (const auto& put : oddities) {

@@ -154,8 +154,20 @@ TEST(PicturePath, means_the_same_picture_wherever_the_layout_goes) {
   all_found();
   EXPECT_EQ(paths_with("image: ../" + path + "\n"), 3) << "from another folder";
   const auto kept = DocumentText::whole();
+  const auto bytes = Layout::get().serialize();
   Layout::get().new_document(true);
   ASSERT_TRUE(Layout::open_copy(kept, true, "a copy")) << get_status();
+  all_found();
+  Layout::get().new_document(true);
+  {
+    const PicturePath::GivenFor pictures(top + "/b/c/two.zblt");
+    ASSERT_TRUE(Layout::open_copy(bytes, false, "another file's bytes")) << get_status();
+  }
+  all_found();
+
+  ASSERT_EQ(0, ::symlink((top + "/b/c").c_str(), (top + "/link").c_str()));
+  Layout::get().save_to(Glib::filename_to_uri(top + "/link/three.zblt"), true);
+  ASSERT_TRUE(Layout::open(top + "/link/three.zblt")) << get_status();
   all_found();
   Layout::get().new_document(false);
   EXPECT_EQ(0, std::system(("rm -r " + top).c_str()));
