@@ -15,6 +15,7 @@ namespace {
 
 constexpr auto group = "zemblar";
 constexpr auto layout_key = "layout";
+constexpr auto trains_key = "trains-go-on";
 
 std::string folder() {
   return Glib::build_filename(Glib::get_user_config_dir(), "zemblar");
@@ -34,7 +35,16 @@ GlobalOptions& GlobalOptions::get() {
 GlobalOptions::GlobalOptions() : Glib::ObjectBase("GlobalOptions") {
   register_property<std::string>(this, "layout", &GlobalOptions::get_layout,
                                  &GlobalOptions::set_layout);
+  register_property<bool>(this, "trains-go-on", &GlobalOptions::get_trains_go_on,
+                          &GlobalOptions::set_trains_go_on);
   load();
+}
+
+void GlobalOptions::set_trains_go_on(bool go_on) {
+  if (go_on == trains_go_on_) return;
+  trains_go_on_ = go_on;
+  store();
+  notify_property(*this, "trains-go-on");
 }
 
 void GlobalOptions::set_layout(const std::string& path) {
@@ -49,6 +59,7 @@ void GlobalOptions::load() try {
   if (!file.load_from_file(options_file())) return;
   const auto uri = file.get_string(group, layout_key).raw();
   if (!uri.empty()) layout_ = Glib::filename_from_uri(uri);
+  if (file.has_key(group, trains_key)) trains_go_on_ = file.get_boolean(group, trains_key);
 } catch (const Glib::Error&) {
   // No options yet, or damaged ones: start without.
 }
@@ -56,11 +67,12 @@ void GlobalOptions::load() try {
 void GlobalOptions::store() const try {
   Glib::KeyFile file;
   file.set_string(group, layout_key, layout_.empty() ? "" : Glib::filename_to_uri(layout_));
+  if (trains_go_on_) file.set_boolean(group, trains_key, true);
   g_mkdir_with_parents(folder().c_str(), 0700);
   write_safely(Gio::File::create_for_path(options_file()), file.to_data());
 } catch (const Glib::Error& error) {
-  set_status(Glib::ustring::compose(_("The name of the layout file could not be remembered: %1"),
-                                    error.what()));
+  set_status(
+      Glib::ustring::compose(_("What is to be remembered could not be stored: %1"), error.what()));
 }
 
 }  // namespace zemblar

@@ -8,7 +8,8 @@
 namespace zemblar {
 
 /// What the program remembers from one run to the next, apart from layouts: the absolute path of
-/// the layout file that was opened or saved last, empty when there is none.
+/// the layout file that was opened or saved last, empty when there is none; and whether trains go
+/// on when the program is quit.
 ///
 /// Kept in `zemblar/options.ini` in the user's configuration directory, as a URI, so that a path
 /// that is no UTF-8 survives. A setting is stored at once; where that fails the status line says
@@ -21,6 +22,9 @@ class GlobalOptions : public Glib::Object {
   [[nodiscard]] const std::string& get_layout() const { return layout_; }
   void set_layout(const std::string& path);
   Glib::PropertyProxy<std::string> property_layout() { return {this, "layout"}; }
+  [[nodiscard]] bool get_trains_go_on() const { return trains_go_on_; }
+  void set_trains_go_on(bool go_on);
+  Glib::PropertyProxy<bool> property_trains_go_on() { return {this, "trains-go-on"}; }
 
  private:
   GlobalOptions();
@@ -28,6 +32,7 @@ class GlobalOptions : public Glib::Object {
   void store() const;
 
   std::string layout_;
+  bool trains_go_on_ = false;
 };
 
 }  // namespace zemblar

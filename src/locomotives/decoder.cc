@@ -171,7 +171,13 @@ void Decoder::resend() {
   complete({});
 }
 
+sigc::signal<void, const Decoder&>& Decoder::signal_out_of_reach() {
+  static auto* signal = new sigc::signal<void, const Decoder&>;
+  return *signal;
+}
+
 void Decoder::retire() {
+  if (!retired_) signal_out_of_reach().emit(*this);
   retired_ = true;
   ++round_;
   state_.mask = 0;
@@ -187,6 +193,7 @@ Device& Decoder::driving_device() const {
 
 void Decoder::set_device(Device* device) {
   if (device == device_) return;
+  signal_out_of_reach().emit(*this);
   signal_changing_.emit();
   device_ = device;
   follow_device();
@@ -215,6 +222,7 @@ void Decoder::set_type(DecoderType type) {
 
 void Decoder::set_address(Address address) {
   if (address == address_) return;
+  signal_out_of_reach().emit(*this);
   signal_changing_.emit();
   address_ = address;
   signal_changed_.emit();
@@ -229,6 +237,7 @@ void Decoder::set_speed_ratio(double ratio) {
 
 void Decoder::set_commands_enabled(bool enabled) {
   if (enabled == commands_enabled_) return;
+  signal_out_of_reach().emit(*this);
   signal_changing_.emit();
   commands_enabled_ = enabled;
   signal_changed_.emit();

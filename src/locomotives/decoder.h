@@ -78,6 +78,9 @@ class Decoder : public DrivenDecoder {
   sigc::signal<void>& signal_changed() { return signal_changed_; }
   /// The same is about to have one.
   sigc::signal<void>& signal_changing() { return signal_changing_; }
+  /// A decoder is about to be addressed otherwise, by another device or not at all, or ends. What
+  /// it has moved goes on moving.
+  static sigc::signal<void, const Decoder&>& signal_out_of_reach();
 
  protected:
   Decoder();

@@ -9,19 +9,13 @@
 #include "devices/device.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_registry.h"
+#include "locomotives/moving_trains.h"
 
 namespace zemblar {
 namespace {
 
 /// Short, since a program may hang just after a train has set out.
 constexpr std::chrono::milliseconds beat_interval(250);
-
-/// Whether the decoder is to move, or was not told yet that it is not.
-bool may_move(const Decoder& decoder) {
-  const auto& wanted = decoder.state();
-  const bool stands = wanted.speed == 0 || wanted.speed == DecoderUpdate::emergency_stop;
-  return !stands || (wanted.mask & DecoderUpdate::speed_bit) != 0;
-}
 
 bool any_train_drives() {
   bool drives = false;

@@ -10,6 +10,9 @@
 #include "core/recovery_copy.h"
 #include "core/status.h"
 #include "devices/hw_list.h"
+#include "locomotives/decoder.h"
+#include "locomotives/last_stop.h"
+#include "locomotives/moving_trains.h"
 #include "runtime/context.h"
 #include "ui/edit_history.h"
 #include "ui/forced_end.h"
@@ -86,11 +89,21 @@ Application::Application(StartOptions options) {
     recovery_copy_->start(GlobalOptions::get().get_layout());
     keep_work_at_forced_end();
   }
+  Decoder::signal_out_of_reach().connect(sigc::ptr_fun(&LastStop::send));
   HWList::get();
   tray_ = std::make_unique<Tray>(Layout::get());
   tray_->watch_for_a_place();
   open_first_windows(options);
   first_windows_ = Timeout::once(std::chrono::milliseconds(first_window_delay), [] {});
+}
+
+// The main loop goes on until the stations have answered. A person who quits once more need not
+// wait.
+void Application::stop_trains() {
+  if (!any_train_moves()) return;
+  StandStill standing;
+  standing.begin([] { Gtk::Main::quit(); });
+  Gtk::Main::run();
 }
 
 void Application::serve(const Instance::Wish& wish) const {
@@ -103,6 +116,7 @@ void Application::serve(const Instance::Wish& wish) const {
 
 void Application::run() {
   Gtk::Main::run();
+  if (!GlobalOptions::get().get_trains_go_on()) stop_trains();
   if (guard_) guard_->take_leave();
   if (auto* copies = RecoveryCopy::get()) copies->finish();
 }

@@ -33,10 +33,13 @@ class Application {
 
   /// Does what a later start of the program asks for.
   void serve(const Instance::Wish& wish) const;
-  /// Runs until Quit. Closing every window does not end it. What is in no file then is kept.
+  /// Runs until Quit. Closing every window does not end it. The trains are stopped then, unless the
+  /// person wants them to go on, and what is in no file is kept.
   void run();
 
  private:
+  static void stop_trains();
+
   std::unique_ptr<TrainGuard> guard_;
   std::unique_ptr<RecoveryCopy> recovery_copy_;
   std::unique_ptr<Tray> tray_;

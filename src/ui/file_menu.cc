@@ -1,5 +1,6 @@
 #include "ui/file_menu.h"
 
+#include <gtkmm/checkmenuitem.h>
 #include <gtkmm/imagemenuitem.h>
 #include <gtkmm/main.h>
 #include <gtkmm/menu.h>
@@ -10,12 +11,14 @@
 #include "core/global_options.h"
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/property.h"
 #include "ui/layout_dialogs.h"
 #include "ui/lok_controller.h"
 #include "ui/recovery_menu_item.h"
 #include "ui/stock.h"
 #include "ui/track_editor.h"
 #include "ui/track_view.h"
+#include "ui/trains_standing.h"
 
 namespace zemblar {
 namespace {
@@ -33,6 +36,14 @@ void save_layout_as() {
   Layout::get().save_as();
 }
 
+void append_trains_item(Gtk::MenuShell& menu) {
+  auto& options = GlobalOptions::get();
+  auto* item = Gtk::manage(new Gtk::CheckMenuItem(_("_Trains Go On When I Quit"), true));
+  item->set_tooltip_text(_("Otherwise all locomotives that drive are sent a speed of 0 first"));
+  bind_property(options, "trains-go-on", *item, "active");
+  menu.append(*item);
+}
+
 void append_separator(Gtk::MenuShell& menu) {
   menu.append(*Gtk::manage(new Gtk::SeparatorMenuItem));
 }
@@ -48,8 +59,10 @@ void append_tool_button(Gtk::Toolbar& toolbar, const Gtk::StockID& id, const Gli
 }  // namespace
 
 void new_layout() {
-  GlobalOptions::get().set_layout({});
-  Layout::get().new_document(true);
+  trains_standing().begin([] {
+    GlobalOptions::get().set_layout({});
+    Layout::get().new_document(true);
+  });
 }
 
 void quit() {
@@ -86,6 +99,7 @@ void append_file_menu(Gtk::MenuShell& bar, Gtk::Window& window) {
   append_stock_item(menu, Gtk::Stock::SAVE_AS, sigc::ptr_fun(save_layout_as), keys);
   append_separator(menu);
   menu.append(*Gtk::manage(new RecoveryMenuItem));
+  append_trains_item(menu);
   append_separator(menu);
   append_stock_item(menu, Gtk::Stock::CLOSE, sigc::mem_fun(window, &Gtk::Window::hide), keys);
   append_stock_item(menu, Gtk::Stock::QUIT, sigc::ptr_fun(quit), keys);

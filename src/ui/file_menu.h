@@ -7,8 +7,8 @@
 
 namespace zemblar {
 
-/// Empties the document in the windows' way: the remembered path goes first, so that the next
-/// start begins afresh too.
+/// Empties the document in the windows' way, when the trains stand: the remembered path goes first,
+/// so that the next start begins afresh too.
 void new_layout();
 
 /// Ends the main loop, and nothing else: neither windows nor devices nor files are touched. A file

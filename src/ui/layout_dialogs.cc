@@ -16,6 +16,7 @@
 #include "core/layout.h"
 #include "runtime/scoped_connection.h"
 #include "ui/name_entry.h"
+#include "ui/trains_standing.h"
 
 namespace zemblar {
 namespace {
@@ -139,7 +140,9 @@ void install_layout_dialogs() {
 }
 
 void open_as_chosen(const std::string& path) {
-  if (Layout::open(path)) GlobalOptions::get().set_layout(path);
+  trains_standing().begin([path] {
+    if (Layout::open(path)) GlobalOptions::get().set_layout(path);
+  });
 }
 
 void close_dialogs() {

@@ -11,9 +11,11 @@
 #include "core/property.h"
 #include "core/status.h"
 #include "core/toplevel.h"
+#include "devices/device.h"
 #include "ui/file_menu.h"
 #include "ui/object_ref.h"
 #include "ui/popup.h"
+#include "ui/trains_standing.h"
 
 namespace zemblar {
 namespace {
@@ -320,9 +322,22 @@ Object* ObjectList::neighbour(Object& object) {
 void ObjectList::delete_selected() {
   auto* object = selected();
   if (!object || !object->get_deletable()) return;
-  const auto name = object->get_name();
-  const ObjectRef<Object> next(neighbour(*object));
-  object->destroy();
+  const auto* device = dynamic_cast<Device*>(object);
+  if (!device) return delete_now(*object);
+  // Nobody else reaches what it drives. The slot goes with the list.
+  const auto going = std::make_shared<ObjectRef<Object>>(object);
+  const sigc::slot<void, Object&> go_on = sigc::mem_fun(*this, &ObjectList::delete_now);
+  trains_standing().begin(
+      [go_on, going] {
+        if (*going) go_on(**going);
+      },
+      device);
+}
+
+void ObjectList::delete_now(Object& object) {
+  const auto name = object.get_name();
+  const ObjectRef<Object> next(neighbour(object));
+  object.destroy();
   if (next) select(*next);
   set_status(Glib::ustring::compose(_("Deleted “%1”."), name));
 }

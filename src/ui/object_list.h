@@ -55,6 +55,7 @@ class ObjectList : public Gtk::TreeView {
   void start_rename();
   void rename(const Glib::ustring& path, const Glib::ustring& text);
   void delete_selected();
+  void delete_now(Object& object);
   Object* neighbour(Object& object);
 
   void move_selected(bool down);

@@ -1,0 +1,48 @@
+#include "locomotives/last_stop.h"
+
+#include "core/layout.h"
+#include "locomotives/decoder.h"
+#include "locomotives/moving_trains.h"
+#include "runtime/timer.h"
+
+namespace zemblar {
+namespace {
+
+constexpr std::chrono::milliseconds pause(250);
+constexpr unsigned most_attempts = 20;
+
+}  // namespace
+
+LastStop::LastStop(const Decoder& decoder, Device& device)
+    : device_(device), device_lives_(device.liveness()) {
+  type_ = decoder.get_type();
+  address_ = decoder.get_address();
+  state_ = decoder.state();
+  state_.speed = 0;
+  state_.mask = DecoderUpdate::speed_bit;
+}
+
+void LastStop::send(const Decoder& decoder) {
+  if (!may_move(decoder) || Layout::get().is_emptying()) return;
+  auto& device = decoder.driving_device();
+  if (!device.active()) return;
+  const auto stop = Glib::RefPtr<LastStop>(new LastStop(decoder, device));
+  stop->request();
+}
+
+Glib::RefPtr<LastStop> LastStop::hold() {
+  reference();
+  return Glib::RefPtr<LastStop>(this);
+}
+
+void LastStop::request() {
+  ++attempts_;
+  if (*device_lives_) device_.run_update_speed(this);
+}
+
+void LastStop::complete(const DecoderUpdate& delivered) {
+  if ((delivered.mask & DecoderUpdate::speed_bit) != 0 || attempts_ >= most_attempts) return;
+  Timeout::once(pause, [stop = hold()] { stop->request(); }).release();
+}
+
+}  // namespace zemblar

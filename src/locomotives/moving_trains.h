@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+
+#include "runtime/timer.h"
+
+namespace zemblar {
+
+class Decoder;
+class Device;
+
+/// Whether the decoder is to move, or was not told yet that it is not.
+[[nodiscard]] bool may_move(const Decoder& decoder);
+
+/// Whether any locomotive of the current layout may move that this device drives, or any device if
+/// it is null. What no device in service drives does not count.
+[[nodiscard]] bool any_train_moves(const Device* device = nullptr);
+
+/// Sends speed 0 to the locomotives that a device drives, or to all, and goes on when they have
+/// been told.
+///
+/// What runs by itself may command a speed meanwhile: it is told again. Ends with the object, which
+/// forgets `then`.
+class StandStill {
+ public:
+  /// How long the hardware has for its answers.
+  static constexpr std::chrono::seconds patience{1};
+
+  /// Calls `then` at once if nothing moves, else when everything stands or the patience is over.
+  /// One that is under way already goes on, and the new one is not begun.
+  void begin(std::function<void()> then, const Device* device = nullptr);
+  [[nodiscard]] bool under_way() const { return look_.armed(); }
+
+ private:
+  Timeout look_;
+};
+
+}  // namespace zemblar

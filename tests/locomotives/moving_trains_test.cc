@@ -1,0 +1,94 @@
+#include "locomotives/moving_trains.h"
+
+#include "locomotives/last_stop.h"
+#include "locomotives/lok.h"
+#include "tests/support/fake_station.h"
+
+namespace zemblar::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class MovingTrainsTest : public LayoutTest {
+ protected:
+  Lok* add_lok(unsigned speed) {
+    auto* lok = dynamic_cast<Lok*>(layout().get_loks().add(new Lok));
+    lok->set_speed(speed);
+    station->sent();
+    return lok;
+  }
+
+  VirtualClock clock;
+  FakeStation* station = FakeStation::in_service();
+  ScopedConnection stops = Decoder::signal_out_of_reach().connect(sigc::ptr_fun(&LastStop::send));
+};
+
+TEST_F(MovingTrainsTest, stop_where_they_were_addressed_before_they_are_out_of_reach) {
+  auto* other = FakeStation::in_service(false);
+  const struct {
+    const char* what;
+    std::function<void(Lok&)> act;
+  } actions[] = {
+      {"deleted", [](Lok& lok) { lok.destroy(); }},
+      {"decoder removed",
+       [](Lok& lok) {
+         lok.add_decoder();
+         lok.remove_decoder(0);
+       }},
+      {"another address", [](Lok& lok) { lok.get_decoders()[0]->set_address(Address(77)); }},
+      {"another device", [&](Lok& lok) { lok.get_decoders()[0]->set_device(other); }},
+      {"disabled", [](Lok& lok) { lok.get_decoders()[0]->set_commands_enabled(false); }},
+  };
+  for (const auto& [what, act] : actions) {
+    for (const unsigned speed : {60u, 0u}) {
+      auto& lok = *add_lok(speed);
+      act(lok);
+      EXPECT_EQ(station->sent(), speed ? FakeStation::Log{"3 speed 0"} : FakeStation::Log{})
+          << what << " at " << speed;
+      EXPECT_EQ(other->sent(), FakeStation::Log{});
+      layout().get_loks().destroy_children();
+      station->sent();
+      other->sent();
+    }
+  }
+}
+
+TEST_F(MovingTrainsTest, are_waited_for_until_they_stand_or_the_station_is_mute_for_too_long) {
+  int done = 0;
+  StandStill standing;
+  const auto begin = [&] { standing.begin([&] { ++done; }); };
+  begin();
+  EXPECT_EQ(done, 1) << "nothing drives";
+
+  auto* lok = add_lok(60);
+  add_lok(0);
+  station->hold_answers = true;
+  begin();
+  begin();
+  EXPECT_EQ(station->sent(), FakeStation::Log{"3 speed 0"});
+  EXPECT_EQ(lok->get_speed(), 0u) << "the throttle shows it";
+  clock.advance(500ms);
+  EXPECT_EQ(done, 1);
+  station->answer();
+  clock.advance(20ms);
+  EXPECT_EQ(done, 2) << "the second one was dropped";
+
+  station->hold_answers = false;
+  lok->set_speed(60);
+  station->hold_answers = true;
+  begin();
+  clock.advance(900ms);
+  EXPECT_EQ(done, 2);
+  clock.advance(200ms);
+  EXPECT_EQ(done, 3);
+  station->hold_answers = false;
+  station->answer();
+  lok->set_speed(60);
+  station->set_active(false);
+  layout().get_default_device().remove_device(station);
+  begin();
+  EXPECT_EQ(done, 4) << "nobody reaches it";
+}
+
+}  // namespace
+}  // namespace zemblar::test
