@@ -56,6 +56,9 @@ class ViewPages : public Gtk::VBox {
   void place_page(const Object& view);
   void remove_page(const View& view);
   void show_page(Page& page);
+  [[nodiscard]] bool is_seen(const View& view) const;
+  /// Null when no page is seen.
+  [[nodiscard]] Gtk::Widget* current_page() const;
   void refresh_hint();
   void announce();
 
