@@ -24,6 +24,7 @@ constexpr std::size_t most_parts = 64;
 
 DiagramCanvas::DiagramCanvas(View& view, const Glib::ustring& hint) : view_(view), hint_(hint) {
   get_accessible()->set_name(view.get_name());
+  set_can_focus();
   // The canvas keeps a pixmap of its own.
   set_double_buffered(false);
   add_events(Gdk::BUTTON_PRESS_MASK | Gdk::BUTTON_RELEASE_MASK | Gdk::POINTER_MOTION_MASK |

@@ -4,6 +4,7 @@
 #include <gtkmm/scrolledwindow.h>
 #include <gtkmm/stock.h>
 #include <gtkmm/viewport.h>
+#include <gtkmm/window.h>
 
 #include <algorithm>
 
@@ -119,6 +120,7 @@ void ViewPages::show_page(Page& page) {
   page.canvas->set_visible(is_seen(page.view));
   refresh_hint();
   if (!current_page()) notebook_.set_current_page(notebook_.page_num(*page.canvas));
+  take_free_focus();
 }
 
 void ViewPages::refresh_hint() {
@@ -149,6 +151,12 @@ DiagramCanvas* ViewPages::current_canvas() const {
   auto* widget = current_page();
   while (auto* frame = dynamic_cast<Gtk::Bin*>(widget)) widget = frame->get_child();
   return dynamic_cast<DiagramCanvas*>(widget);
+}
+
+void ViewPages::take_free_focus() {
+  auto* window = dynamic_cast<Gtk::Window*>(get_toplevel());
+  auto* canvas = current_canvas();
+  if (window && canvas && !window->get_focus()) canvas->grab_focus();
 }
 
 void ViewPages::append_zoom_items(Gtk::Menu& menu, const Glib::RefPtr<Gtk::AccelGroup>& keys) {

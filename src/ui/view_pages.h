@@ -40,6 +40,8 @@ class ViewPages : public Gtk::VBox {
   [[nodiscard]] View* current() const;
   /// What shows that view; null when there is none.
   [[nodiscard]] DiagramCanvas* current_canvas() const;
+  /// Gives the focus to the canvas that is shown if no widget of the window has it.
+  void take_free_focus();
   /// Entries that zoom the page that is shown, with their keys.
   void append_zoom_items(Gtk::Menu& menu, const Glib::RefPtr<Gtk::AccelGroup>& keys);
   /// The page that is shown, or its being there at all, changed.

@@ -17,12 +17,15 @@
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_group.h"
+#include "tests/ui/keys.h"
 #include "tests/ui/widget_search.h"
 #include "track/zone.h"
 #include "ui/object_list.h"
 #include "ui/panel_view.h"
 #include "ui/power_buttons.h"
 #include "ui/runtime_view.h"
+#include "ui/track_editor.h"
+#include "ui/track_view.h"
 #include "ui/view_pages.h"
 
 namespace zemblar {
@@ -370,6 +373,35 @@ TEST(ViewPages, has_a_current_page_at_once_when_one_can_be_seen_and_none_otherwi
   third->set_hidden(true);
   first->set_hidden(false);
   EXPECT_EQ(pages.current(), first);
+}
+
+TEST(MainWindows, have_the_focus_on_the_drawing_and_never_on_a_tool) {
+  for (const auto open : {&TrackView::open, &TrackEditor::open}) {
+    auto& layout = fresh_layout();
+    open();
+    handle_events();
+    Gtk::Window* window = nullptr;
+    for (auto* shown : Gtk::Window::list_toplevels()) {
+      if (dynamic_cast<LayoutWindow*>(shown)) window = shown;
+    }
+    const auto on_drawing = [&] {
+      return dynamic_cast<DiagramCanvas*>(window->get_focus()) != nullptr;
+    };
+    EXPECT_TRUE(on_drawing());
+    layout.get_blocks().add(new Zone);
+    for (const auto key : {GDK_KEY_space, GDK_KEY_Return}) test::press_key(*window, key);
+    EXPECT_FALSE(layout.get_blocks().empty());
+    for (int presses = 0; presses < 40; ++presses) {
+      test::press_key(*window, GDK_KEY_Tab);
+      const auto* focus = window->get_focus();
+      EXPECT_FALSE(focus && focus->get_ancestor(GTK_TYPE_TOOLBAR));
+    }
+    layout.new_document(true);
+    handle_events();
+    EXPECT_NE(window->get_focus(), nullptr) << "New has taken what had it";
+    window->hide();
+    handle_events();
+  }
 }
 
 TEST(PowerButtons, are_sensitive_while_a_device_in_service_can_switch_track_power) {
