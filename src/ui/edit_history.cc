@@ -10,6 +10,7 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/status.h"
+#include "ui/menu_grab.h"
 
 namespace zemblar {
 namespace {
@@ -126,6 +127,7 @@ gboolean EditHistory::on_action(GSignalInvocationHint* /*hint*/, guint /*count*/
 }
 
 void EditHistory::dispatch(GdkEvent* event) {
+  release_hidden_menu();
   auto* history = of(gtk_get_event_widget(event));
   if (is_action(event->type)) latest = history;
   std::optional<Work> work;
