@@ -11,6 +11,7 @@
 #include "core/layout.h"
 #include "core/status.h"
 #include "ui/menu_grab.h"
+#include "ui/menu_owner.h"
 
 namespace zemblar {
 namespace {
@@ -52,9 +53,9 @@ GtkWidget* window_of(GtkWidget* widget) {
   auto* window = widget ? gtk_widget_get_toplevel(widget) : nullptr;
   while (GTK_IS_WINDOW(window)) {
     auto* menu = gtk_bin_get_child(GTK_BIN(window));
-    auto* owner = GTK_IS_MENU(menu) ? gtk_menu_get_attach_widget(GTK_MENU(menu)) : nullptr;
+    auto* owner = GTK_IS_MENU(menu) ? owner_of_menu(GTK_MENU(menu)) : nullptr;
     if (!owner) return window;
-    window = gtk_widget_get_toplevel(owner);
+    window = owner;
   }
   return nullptr;
 }

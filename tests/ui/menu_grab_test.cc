@@ -1,13 +1,18 @@
-// Menus that are asked for while another program holds the pointer.
+// Menus in unusual hours: while another program holds the pointer, and when their dialog has gone.
 
+#include <gtkmm/dialog.h>
 #include <gtkmm/entry.h>
 #include <gtkmm/menu.h>
 #include <gtkmm/menuitem.h>
+
+#include <functional>
+#include <vector>
 
 #include "scripts/script.h"
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/widget_search.h"
 #include "ui/edit_history.h"
+#include "ui/layout_dialogs.h"
 #include "ui/object_picker.h"
 #include "ui/popup.h"
 #include "ui/script_menu.h"
@@ -95,6 +100,62 @@ TEST_F(MenuGrabTest, the_menu_of_a_text_field_lets_go_with_the_next_event) {
   EditHistory::dispatch(event);
   gdk_event_free(event);
   EXPECT_EQ(gtk_grab_get_current(), nullptr);
+}
+
+void visit(GtkWidget* widget, const std::function<void(GtkWidget*)>& act) {
+  act(widget);
+  if (!GTK_IS_CONTAINER(widget)) return;
+  const auto each = [](GtkWidget* child, gpointer data) {
+    visit(child, *static_cast<const std::function<void(GtkWidget*)>*>(data));
+  };
+  gtk_container_forall(GTK_CONTAINER(widget), each,
+                       const_cast<void*>(static_cast<const void*>(&act)));
+}
+
+std::vector<GtkWidget*> shown_menus() {
+  std::vector<GtkWidget*> menus;
+  auto* windows = gtk_window_list_toplevels();
+  for (auto* next = windows; next; next = next->next) {
+    auto* menu = gtk_bin_get_child(GTK_BIN(next->data));
+    if (GTK_IS_MENU(menu) && gtk_widget_get_mapped(menu)) menus.push_back(menu);
+  }
+  g_list_free(windows);
+  return menus;
+}
+
+/// Asks every list in an open dialog for its menu, then answers the dialog as Escape would.
+bool ask_for_menus_and_leave(std::vector<GtkWidget*>& menus) {
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    if (!dynamic_cast<Gtk::Dialog*>(window) || !window->get_mapped()) continue;
+    visit(GTK_WIDGET(window->gobj()), [](GtkWidget* part) {
+      gboolean handled = FALSE;
+      if (GTK_IS_TREE_VIEW(part)) g_signal_emit_by_name(part, "popup-menu", &handled);
+    });
+    menus = shown_menus();
+    for (auto* menu : menus) g_object_ref(menu);
+    gtk_dialog_response(GTK_DIALOG(window->gobj()), GTK_RESPONSE_DELETE_EVENT);
+    return false;
+  }
+  return true;
+}
+
+// The menus stay in the toolkit's memory, and keep the address of the list that they stood in.
+TEST_F(MenuGrabTest, the_menus_of_a_file_chooser_close_with_it_and_belong_to_nobody) {
+  install_layout_dialogs();
+  std::vector<GtkWidget*> menus;
+  Glib::signal_idle().connect([&] { return ask_for_menus_and_leave(menus); });
+  layout().save_as();
+  EXPECT_FALSE(menus.empty());
+  EXPECT_EQ(shown_menus(), std::vector<GtkWidget*>{});
+  for (auto* menu : menus) {
+    auto* event = gdk_event_new(GDK_KEY_RELEASE);
+    event->any.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(menu)));
+    EditHistory::dispatch(event);
+    gdk_event_free(event);
+    g_object_unref(menu);
+  }
+  handle_events();
+  Layout::dialogs() = {};
 }
 
 }  // namespace
