@@ -15,6 +15,7 @@
 #include "core/layout.h"
 #include "runtime/scoped_connection.h"
 #include "ui/file_chooser.h"
+#include "ui/host_entry.h"
 #include "ui/name_entry.h"
 
 namespace zemblar {
@@ -128,6 +129,7 @@ void finish_edits() {
     auto* focus = focused ? Glib::wrap(focused) : nullptr;
     if (auto* number = dynamic_cast<Gtk::SpinButton*>(focus)) number->update();
     if (auto* name = dynamic_cast<NameEntry*>(focus)) name->finish();
+    if (auto* host = dynamic_cast<HostEntry*>(focus)) host->finish();
     finish_cell(focus);
   });
 }
