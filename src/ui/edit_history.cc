@@ -83,14 +83,14 @@ EditHistory::~EditHistory() {
   held.reset();
 }
 
-// A window that is gone by the end needs no step.
+// A window that is gone by the end needs no step. Nothing but its address may be looked at.
 EditHistory::Work::Work(EditHistory& history) {
   auto* window = GTK_WIDGET(history.window_.gobj());
   EditJournal::get().begin([window](std::unique_ptr<EditStep> step) {
-    auto* now = history_of(window);
-    if (!now) return;
-    now->steps_.record(std::move(step));
-    now->signal_changed_.emit();
+    const auto found = histories().find(window);
+    if (found == histories().end()) return;
+    found->second->steps_.record(std::move(step));
+    found->second->signal_changed_.emit();
   });
 }
 
