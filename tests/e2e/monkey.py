@@ -312,7 +312,8 @@ def main():
     print(f'seed {seed}, {seconds:.0f} s', flush=True)
     folder = tempfile.mkdtemp()
     os.chdir(folder)
-    subprocess.run(['xdotool', 'set_num_desktops', '1'], check=True)
+    one_desktop = ['xdotool', 'set_num_desktops', '1']
+    wait_for(lambda: subprocess.run(one_desktop, check=False).returncode == 0, 'a window manager')
     monkey = Monkey(demonstration, layout, folder, seed)
     try:
         monkey.run(seconds)
