@@ -55,6 +55,10 @@ class ECoS : public CommandStation {
   /// For the next attempt: an established connection stays until it fails. A connection that is not
   /// in service yet is given up, and the new host is tried at once.
   void set_host(const Glib::ustring& host);
+  /// The host of the station in service; empty when there is none.
+  [[nodiscard]] Glib::ustring connected_host() const {
+    return active() ? objects_host_ : Glib::ustring();
+  }
   /// Cuts the connection, whatever it is doing, and begins anew at once.
   void reconnect();
 

@@ -24,6 +24,7 @@ constexpr std::size_t most_parts = 64;
 
 DiagramCanvas::DiagramCanvas(View& view, const Glib::ustring& hint) : view_(view), hint_(hint) {
   get_accessible()->set_name(view.get_name());
+  set_can_focus();
   // The canvas keeps a pixmap of its own.
   set_double_buffered(false);
   add_events(Gdk::BUTTON_PRESS_MASK | Gdk::BUTTON_RELEASE_MASK | Gdk::POINTER_MOTION_MASK |
@@ -105,6 +106,7 @@ void DiagramCanvas::update() {
 // While somebody could draw on the window by another way, the toolkit spares it the buffer that it
 // makes for each expose otherwise, which the window system clears for nothing.
 bool DiagramCanvas::on_expose_event(GdkEventExpose* event) {
+  if (fit_waits_) show_whole();
   update();
   if (!direct_) direct_ = get_window()->create_cairo_context();
   const auto& area = event->area;
@@ -308,8 +310,15 @@ PixelBox DiagramCanvas::drawn_box() {
   return all.value_or(PixelBox{});
 }
 
+// A canvas that has not been laid out is one pixel large.
+bool DiagramCanvas::has_size() const {
+  return get_realized() && get_width() > 1 && get_height() > 1;
+}
+
 // Twice: names and edges have the same size in pixels at any zoom, or nearly so.
 void DiagramCanvas::show_whole() {
+  fit_waits_ = !has_size();
+  if (fit_waits_) return;
   for (int round = 0; round < 2; ++round) {
     const auto box = drawn_box();
     const Vector extent{box.right - box.left, box.bottom - box.top};

@@ -37,7 +37,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
     return tags_.hit(x, y);
   }
 
-  /// The drawing and the picture as a whole, in the middle; no larger than they are.
+  /// The drawing and the picture as a whole, in the middle; no larger than they are. A canvas
+  /// without a size does it when it has got one.
   void show_whole();
   /// By one step of the wheel, about the middle.
   void zoom_in();
@@ -87,6 +88,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
   void follow_colour();
   void zoom_about(const Vector& pointer, double factor, double share);
   [[nodiscard]] Vector size() const;
+  [[nodiscard]] bool has_size() const;
   void place_view();
   [[nodiscard]] PixelBox drawn_box();
 
@@ -111,6 +113,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
   Cairo::Matrix matrix_ = Cairo::identity_matrix();
 
   bool dirty_ = true;
+  bool fit_waits_ = false;            // show_whole, for a size
   std::optional<CanvasImage> image_;  // none before the first update
   Context direct_;                    // on the window; see on_expose_event
   TagImage tags_;

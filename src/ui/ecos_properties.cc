@@ -1,7 +1,5 @@
 #include "ui/ecos_properties.h"
 
-#include <gtkmm/label.h>
-
 #include "core/i18n.h"
 #include "core/property.h"
 #include "devices/device_ecos.h"
@@ -16,7 +14,9 @@ const PanelRegistration<ECoS, ECoSProperties> registration;
 
 ECoSProperties::ECoSProperties(ECoS& ecos, const Glib::RefPtr<Gtk::SizeGroup>& labels)
     : Gtk::Table(3, 2),
+      ecos_(&ecos),
       name_(ecos),
+      host_(ecos),
       service_(false, 4),
       use_as_default_(_("_Use as a default DCC Device"), true),
       reconnect_(_("_Reconnect"), true) {
@@ -35,6 +35,10 @@ ECoSProperties::ECoSProperties(ECoS& ecos, const Glib::RefPtr<Gtk::SizeGroup>& l
   service_.pack_start(use_as_default_);
   service_.pack_end(reconnect_, Gtk::PACK_SHRINK);
   attach(service_, 1, 2, 2, 3, Gtk::EXPAND | Gtk::FILL, Gtk::FILL);
+  attach(in_use_, 1, 2, 3, 4, Gtk::EXPAND | Gtk::FILL, Gtk::FILL);
+  in_use_.set_alignment(0, 0.5);
+  in_use_.set_line_wrap();
+  in_use_.set_no_show_all();
   host_.set_tooltip_text(
       _("Network name or IP address of the station, with a port as in "
         "192.168.1.20:15471 if it is not the usual one"));
@@ -42,14 +46,26 @@ ECoSProperties::ECoSProperties(ECoS& ecos, const Glib::RefPtr<Gtk::SizeGroup>& l
   reconnect_.set_tooltip_text(
       _("Cuts the connection, whatever it is doing, and begins anew. What the station did not "
         "answer to is tried again after all else."));
-  reconnect_.signal_clicked().connect(sigc::mem_fun(ecos, &ECoS::reconnect));
-  const auto follow_link = [this, &ecos] {
-    reconnect_.set_sensitive(ecos.link_state().phase != LinkPhase::not_set_up);
-  };
-  link_changed_ = sigc::connection(ecos.signal_link_changed().connect(follow_link));
-  follow_link();
-  bind_property(ecos, "host", host_, "text");
+  reconnect_.signal_clicked().connect([this] {
+    host_.finish();
+    if (ecos_) ecos_->reconnect();
+  });
+  const auto follow = [this] { follow_link(); };
+  link_changed_ = sigc::connection(ecos.signal_link_changed().connect(follow));
+  host_changed_ = ecos.property_host().signal_changed().connect(follow);
+  host_.signal_changed().connect(follow);
+  follow();
   bind_property(ecos, "use-as-default", use_as_default_, "active");
+}
+
+// A connection outlives a change of the address.
+void ECoSProperties::follow_link() {
+  if (!ecos_) return;
+  reconnect_.set_sensitive(ecos_->link_state().phase != LinkPhase::not_set_up);
+  const auto used = ecos_->connected_host();
+  in_use_.set_visible(!used.empty() && used.raw() != host_.get_text().raw());
+  in_use_.set_text(Glib::ustring::compose(
+      _("“%1” is still in use. Reconnect goes over to the address above."), used));
 }
 
 }  // namespace zemblar

@@ -3,11 +3,12 @@
 #include <gtkmm/box.h>
 #include <gtkmm/button.h>
 #include <gtkmm/checkbutton.h>
-#include <gtkmm/entry.h>
+#include <gtkmm/label.h>
 #include <gtkmm/table.h>
 
 #include "core/panel_factory.h"
 #include "runtime/scoped_connection.h"
+#include "ui/host_entry.h"
 #include "ui/name_entry.h"
 
 namespace zemblar {
@@ -20,12 +21,17 @@ class ECoSProperties : public Gtk::Table {
   ECoSProperties(ECoS& ecos, const Glib::RefPtr<Gtk::SizeGroup>& labels);
 
  private:
+  void follow_link();
+
+  ObjectRef<ECoS> ecos_;
   NameEntry name_;
-  Gtk::Entry host_;
+  HostEntry host_;
+  Gtk::Label in_use_;
   Gtk::HBox service_;
   Gtk::CheckButton use_as_default_;
   Gtk::Button reconnect_;
   ScopedConnection link_changed_;
+  ScopedConnection host_changed_;
 };
 
 }  // namespace zemblar

@@ -10,6 +10,8 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/status.h"
+#include "ui/menu_grab.h"
+#include "ui/menu_owner.h"
 
 namespace zemblar {
 namespace {
@@ -51,9 +53,9 @@ GtkWidget* window_of(GtkWidget* widget) {
   auto* window = widget ? gtk_widget_get_toplevel(widget) : nullptr;
   while (GTK_IS_WINDOW(window)) {
     auto* menu = gtk_bin_get_child(GTK_BIN(window));
-    auto* owner = GTK_IS_MENU(menu) ? gtk_menu_get_attach_widget(GTK_MENU(menu)) : nullptr;
+    auto* owner = GTK_IS_MENU(menu) ? owner_of_menu(GTK_MENU(menu)) : nullptr;
     if (!owner) return window;
-    window = gtk_widget_get_toplevel(owner);
+    window = owner;
   }
   return nullptr;
 }
@@ -81,14 +83,14 @@ EditHistory::~EditHistory() {
   held.reset();
 }
 
-// A window that is gone by the end needs no step.
+// A window that is gone by the end needs no step. Nothing but its address may be looked at.
 EditHistory::Work::Work(EditHistory& history) {
   auto* window = GTK_WIDGET(history.window_.gobj());
   EditJournal::get().begin([window](std::unique_ptr<EditStep> step) {
-    auto* now = history_of(window);
-    if (!now) return;
-    now->steps_.record(std::move(step));
-    now->signal_changed_.emit();
+    const auto found = histories().find(window);
+    if (found == histories().end()) return;
+    found->second->steps_.record(std::move(step));
+    found->second->signal_changed_.emit();
   });
 }
 
@@ -126,6 +128,7 @@ gboolean EditHistory::on_action(GSignalInvocationHint* /*hint*/, guint /*count*/
 }
 
 void EditHistory::dispatch(GdkEvent* event) {
+  release_hidden_menu();
   auto* history = of(gtk_get_event_widget(event));
   if (is_action(event->type)) latest = history;
   std::optional<Work> work;

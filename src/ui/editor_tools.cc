@@ -49,14 +49,27 @@ EditorTools::EditorTools(Gtk::Toolbar& toolbar) {
     button->set_tooltip_text(_(tool.add_new));
     button->signal_clicked().connect(sigc::bind(signal_chosen_.make_slot(), tool.kind, false));
     // Where the tool bar is too narrow for it.
-    auto* entry = Gtk::manage(new Gtk::MenuItem(_(tool.add_new)));
-    entry->set_submenu(*make_menu(tool.kind, _(tool.add_new), _(tool.add_existing)));
-    button->set_proxy_menu_item(tool.add_new, *entry);
+    button->set_proxy_menu_item(tool.add_new,
+                                *make_item(tool.kind, _(tool.add_new), _(tool.add_existing)));
     button->signal_create_menu_proxy().connect([] { return true; }, false);
     name_arrow(*button, Glib::ustring::compose("%1 / %2", _(tool.add_new), _(tool.add_existing)));
     toolbar.append(*button);
     buttons_.push_back(button);
   }
+}
+
+void EditorTools::append_items(Gtk::MenuShell& menu) {
+  for (const auto& tool : tools) {
+    items_.push_back(make_item(tool.kind, _(tool.add_new), _(tool.add_existing)));
+    menu.append(*items_.back());
+  }
+}
+
+Gtk::MenuItem* EditorTools::make_item(DiagramKind kind, const Glib::ustring& add_new,
+                                      const Glib::ustring& add_existing) {
+  auto* item = Gtk::manage(new Gtk::MenuItem(add_new));
+  item->set_submenu(*make_menu(kind, add_new, add_existing));
+  return item;
 }
 
 Gtk::Menu* EditorTools::make_menu(DiagramKind kind, const Glib::ustring& add_new,
@@ -73,6 +86,7 @@ Gtk::Menu* EditorTools::make_menu(DiagramKind kind, const Glib::ustring& add_new
 
 void EditorTools::set_sensitive(bool sensitive) {
   for (auto* button : buttons_) button->set_sensitive(sensitive);
+  for (auto* item : items_) item->set_sensitive(sensitive);
 }
 
 }  // namespace zemblar

@@ -11,20 +11,26 @@ namespace zemblar {
 enum class DiagramKind { point, zone, crossing, scissor, signal, label };
 
 /// The tools that add objects to a view: one button for each kind, with a menu for the choice
-/// between a new object of the layout and one that exists. The button itself adds a new one.
+/// between a new object of the layout and one that exists. The button itself adds a new one. The
+/// same choices stand in a menu, for keys.
 class EditorTools {
  public:
   explicit EditorTools(Gtk::Toolbar& toolbar);
+
+  void append_items(Gtk::MenuShell& menu);
 
   void set_sensitive(bool sensitive);
   /// A tool was chosen: the kind, and whether it takes an existing object.
   sigc::signal<void, DiagramKind, bool>& signal_chosen() { return signal_chosen_; }
 
  private:
+  [[nodiscard]] Gtk::MenuItem* make_item(DiagramKind kind, const Glib::ustring& add_new,
+                                         const Glib::ustring& add_existing);
   Gtk::Menu* make_menu(DiagramKind kind, const Glib::ustring& add_new,
                        const Glib::ustring& add_existing);
 
   std::vector<Gtk::MenuToolButton*> buttons_;
+  std::vector<Gtk::MenuItem*> items_;
   sigc::signal<void, DiagramKind, bool> signal_chosen_;
 };
 

@@ -1,6 +1,7 @@
 #include "ui/editor_view.h"
 
 #include <gdk/gdkkeysyms.h>
+#include <glibmm/main.h>
 
 #include <algorithm>
 
@@ -20,7 +21,6 @@ Vector place_of(double x, double y) {
 
 EditorView::EditorView(View& view)
     : DiagramCanvas(view, _("This view is empty.\nChoose a tool above, and click here.")) {
-  set_can_focus();
   add_events(Gdk::KEY_PRESS_MASK | Gdk::KEY_RELEASE_MASK);
   signal_popup_menu().connect(sigc::mem_fun(*this, &EditorView::show_part_menu));
   g_signal_connect(gobj(), "grab-broken-event", G_CALLBACK(&EditorView::on_grab_broken), this);
@@ -180,6 +180,13 @@ void EditorView::place(ViewObj* object, const std::function<void()>& cancelled) 
   select(object);
   set_floating({object});
   grab_focus();
+  grab_soon_ = Glib::signal_idle().connect([this] { return grab_pointer(), false; });
+}
+
+// Not while the click on a tool is being served: the tool would not hear that the pointer has left
+// it, and stay highlighted.
+void EditorView::grab_pointer() {
+  if (mode_ != Mode::placing || !get_mapped()) return;
   get_window()->pointer_grab(
       false, Gdk::POINTER_MOTION_MASK | Gdk::BUTTON_PRESS_MASK | Gdk::BUTTON_RELEASE_MASK,
       GDK_CURRENT_TIME);

@@ -50,6 +50,7 @@ class EditorView : public DiagramCanvas {
   void start_drag(const Vector& pointer);
   void drop(const GdkEventButton& event);
   void join(const ViewLinkNode::Tag& dragged, const Vector& pointer);
+  void grab_pointer();
   void end_placing(bool placed, guint32 time);
   [[nodiscard]] SelectionTable parts_of(ViewObj& object);
   [[nodiscard]] Tag current_part();
@@ -72,6 +73,7 @@ class EditorView : public DiagramCanvas {
   sigc::signal<void> signal_selected_changed_;
   sigc::signal<void> signal_placed_;
   ScopedConnection object_removed_;
+  ScopedConnection grab_soon_;
 };
 
 }  // namespace zemblar

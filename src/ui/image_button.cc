@@ -2,10 +2,10 @@
 
 #include <glibmm/convert.h>
 #include <glibmm/miscutils.h>
-#include <gtkmm/filechooserdialog.h>
 #include <gtkmm/stock.h>
 
 #include "core/i18n.h"
+#include "ui/file_chooser.h"
 #include "ui/picture.h"
 
 namespace zemblar {
@@ -75,7 +75,7 @@ void ImageButton::choose(const std::string& path) {
 }
 
 void ImageButton::on_choose() {
-  dialog_ = std::make_unique<Gtk::FileChooserDialog>(title_, Gtk::FILE_CHOOSER_ACTION_OPEN);
+  dialog_ = std::make_unique<FileChooser>(title_, Gtk::FILE_CHOOSER_ACTION_OPEN);
   if (auto* window = dynamic_cast<Gtk::Window*>(get_toplevel())) {
     dialog_->set_transient_for(*window);
   }

@@ -9,11 +9,9 @@
 #include <memory>
 #include <string>
 
-namespace Gtk {
-class FileChooserDialog;
-}
-
 namespace zemblar {
+
+class FileChooser;
 
 /// Shows which picture file is chosen, lets a person choose another, and has a button that chooses
 /// none. A file that is missing or holds no picture keeps its name.
@@ -44,7 +42,7 @@ class ImageButton : public Gtk::HBox {
   Gtk::Label label_;
   Gtk::Button choose_;
   Gtk::Button clear_;
-  std::unique_ptr<Gtk::FileChooserDialog> dialog_;
+  std::unique_ptr<FileChooser> dialog_;
   Gtk::Image preview_;
   sigc::signal<void, const std::string&> signal_chosen_;
 };

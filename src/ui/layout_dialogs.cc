@@ -3,7 +3,6 @@
 #include <glibmm/convert.h>
 #include <glibmm/miscutils.h>
 #include <gtkmm/celleditable.h>
-#include <gtkmm/filechooserdialog.h>
 #include <gtkmm/filefilter.h>
 #include <gtkmm/spinbutton.h>
 #include <gtkmm/stock.h>
@@ -15,6 +14,8 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "runtime/scoped_connection.h"
+#include "ui/file_chooser.h"
+#include "ui/host_entry.h"
 #include "ui/name_entry.h"
 #include "ui/trains_standing.h"
 
@@ -31,11 +32,11 @@ Gtk::Window* active_window() {
 }
 
 /// A chooser for layout files that starts where the present file is.
-class LayoutChooser : public Gtk::FileChooserDialog {
+class LayoutChooser : public FileChooser {
  public:
   LayoutChooser(const Glib::ustring& title, Gtk::FileChooserAction action,
                 const Gtk::StockID& accept)
-      : Gtk::FileChooserDialog(title, action) {
+      : FileChooser(title, action) {
     add_button(Gtk::Stock::CANCEL, cancelled);
     add_button(accept, accepted);
     set_default_response(accepted);
@@ -129,6 +130,7 @@ void finish_edits() {
     auto* focus = focused ? Glib::wrap(focused) : nullptr;
     if (auto* number = dynamic_cast<Gtk::SpinButton*>(focus)) number->update();
     if (auto* name = dynamic_cast<NameEntry*>(focus)) name->finish();
+    if (auto* host = dynamic_cast<HostEntry*>(focus)) host->finish();
     finish_cell(focus);
   });
 }

@@ -7,6 +7,17 @@
 #include "ui/view_pages.h"
 
 namespace zemblar {
+namespace {
+
+/// A key that is meant for the drawing must not start an empty layout. All tools have entries in
+/// the menus as well.
+void keep_focus_out(GtkWidget* widget, gpointer unused) {
+  if (GTK_IS_BUTTON(widget)) gtk_widget_set_can_focus(widget, FALSE);
+  if (GTK_IS_CONTAINER(widget))
+    gtk_container_forall(GTK_CONTAINER(widget), &keep_focus_out, unused);
+}
+
+}  // namespace
 
 LayoutWindow::LayoutWindow(const Glib::ustring& title) {
   set_title(title);
@@ -33,6 +44,8 @@ void LayoutWindow::set_content(Gtk::Widget& content, ViewPages& pages) {
   view_menu_->append(*Gtk::manage(new Gtk::SeparatorMenuItem));
   pages.append_zoom_items(*view_menu_, get_accel_group());
   rows_.pack_start(content, Gtk::PACK_EXPAND_WIDGET);
+  keep_focus_out(GTK_WIDGET(toolbar_.gobj()), nullptr);
+  pages.take_free_focus();
 }
 
 // Deleted in the next turn: the menu entry that closes the window is still being served.

@@ -22,7 +22,8 @@ class LayoutWindow : public Gtk::Window {
  protected:
   explicit LayoutWindow(const Glib::ustring& title);
 
-  /// Take all spare height, and can be zoomed by the menu.
+  /// Take all spare height, and can be zoomed by the menu. The canvas gets the focus, and the
+  /// buttons that are in the tool bar by then no more do.
   void set_content(Gtk::Widget& content, ViewPages& pages);
 
   Gtk::MenuBar menu_bar_;

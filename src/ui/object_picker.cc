@@ -40,7 +40,7 @@ void ObjectPicker::ask(Gtk::Window* window, Gtk::Widget* below, const ObjectChoi
   menu_ = std::make_unique<ObjectMenuBase>(choices, std::move(chosen), with_none);
   drop_when_hidden(menu_, drop_);
   if (below) {
-    popup_below(*menu_, *below);
+    if (!popup_below(*menu_, *below)) menu_.reset();
   } else {
     menu_->popup(0, gtk_get_current_event_time());
   }

@@ -8,6 +8,7 @@
 
 #include "core/i18n.h"
 #include "ui/view_object_properties.h"
+#include "ui/widget_end.h"
 
 namespace zemblar {
 namespace {
@@ -18,9 +19,9 @@ constexpr int text_padding = 12;
 void end_later(Gtk::Widget& panel) {
   auto* widget = panel.gobj();
   g_object_ref(widget);
-  panel.get_parent()->remove(panel);
+  gtk_container_remove(GTK_CONTAINER(panel.get_parent()->gobj()), widget);
   Glib::signal_idle().connect_once([widget] {
-    gtk_widget_destroy(widget);
+    end_widget(*Glib::wrap(widget));
     g_object_unref(widget);
   });
 }

@@ -13,6 +13,7 @@
 #include "ui/new_button.h"
 #include "ui/point_output_properties.h"
 #include "ui/point_state_properties.h"
+#include "ui/widget_end.h"
 
 namespace zemblar {
 namespace {
@@ -34,10 +35,6 @@ const PanelRegistration<PointToplevel, PointToplevelProperties> toplevel_registr
 
 constexpr int form_gap = 8;
 constexpr int state_width = 15;  // characters; longer names end in an ellipsis
-
-void clear(Gtk::Box& box) {
-  for (auto* child : box.get_children()) box.remove(*child);
-}
 
 /// A button of its natural width.
 void pack_button(Gtk::Box& box, Gtk::Button& button) {
@@ -156,7 +153,7 @@ void PointProperties::show_soon() {
 // --- States ---
 
 void PointProperties::show_states() {
-  clear(states_);
+  end_children(states_);
   if (!point_) return;
   for (auto* state : point_->states()) add_state_form(*state);
   states_.show_all();
@@ -181,7 +178,7 @@ void PointProperties::add_state_form(PointState& state) {
 // --- Outputs ---
 
 void PointProperties::show_outputs() {
-  clear(outputs_);
+  end_children(outputs_);
   if (!point_) return;
   for (unsigned i = 1; i <= point_->get_outputs().size(); ++i) add_output_form(i);
   outputs_.show_all();

@@ -7,6 +7,7 @@
 #include "track/signal.h"
 #include "ui/following.h"
 #include "ui/point_output_properties.h"
+#include "ui/widget_end.h"
 
 namespace zemblar {
 namespace {
@@ -159,7 +160,7 @@ void PointStateProperties::connect() {
 void PointStateProperties::show_actions() {
   actions_.clear();
   outputs_changed_.clear();
-  for (auto* child : table_.get_children()) table_.remove(*child);
+  end_children(table_);
   if (!state_) return;
   const auto& outputs = state_->get_owner()->get_outputs();
   table_.resize(static_cast<guint>(outputs.size()) + 1, 2);

@@ -29,21 +29,24 @@ void place_below(Gtk::Menu& menu, const Gdk::Rectangle& area, int& x, int& y) {
 
 }  // namespace
 
-void popup_below(Gtk::Menu& menu, Gtk::Widget& button) {
+bool popup_below(Gtk::Menu& menu, Gtk::Widget& button) {
   menu.set_size_request(-1, -1);
   const int natural = menu.size_request().width;
   menu.set_size_request(std::max(natural, button.get_allocation().get_width()), -1);
-  popup_below(menu, area_on_screen(button));
+  return popup_below(menu, area_on_screen(button));
 }
 
-void popup_below(Gtk::Menu& menu, const Gdk::Rectangle& area) {
+// A menu in which an entry is selected gets all input, whether it is seen or not.
+bool popup_below(Gtk::Menu& menu, const Gdk::Rectangle& area) {
   menu.popup(
       [&menu, area](int& x, int& y, bool& push_in) {
         place_below(menu, area, x, y);
         push_in = true;
       },
       0, gtk_get_current_event_time());
+  if (!menu.get_mapped()) return false;
   menu.select_first();
+  return true;
 }
 
 }  // namespace zemblar

@@ -15,10 +15,11 @@ class Widget;
 namespace zemblar {
 
 /// Pops up a menu under a button, at least as wide as the button, for the event that is being
-/// handled. The caller keeps the menu.
-void popup_below(Gtk::Menu& menu, Gtk::Widget& button);
+/// handled. The caller keeps the menu. Returns whether it is shown: it cannot be while another
+/// program holds the pointer.
+bool popup_below(Gtk::Menu& menu, Gtk::Widget& button);
 /// The same under a part of the screen.
-void popup_below(Gtk::Menu& menu, const Gdk::Rectangle& area);
+bool popup_below(Gtk::Menu& menu, const Gdk::Rectangle& area);
 
 /// Ends a menu or a window in the turn after it was hidden, when its choice has been made:
 /// thousands of entries that follow their objects would cost much, and nobody sees them. `drop`

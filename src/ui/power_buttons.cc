@@ -4,6 +4,7 @@
 
 #include "core/i18n.h"
 #include "devices/device.h"
+#include "ui/file_menu.h"
 #include "ui/stock.h"
 
 namespace zemblar {
@@ -32,6 +33,14 @@ PowerButtons::PowerButtons(Gtk::Toolbar& toolbar)
   off_.signal_clicked().connect([] { Layout::get().set_track_power(false); });
   toolbar.append(on_);
   toolbar.append(off_);
+}
+
+void PowerButtons::append_items(Gtk::MenuShell& menu) {
+  for (const bool on : {true, false}) {
+    items_.push_back(append_stock_item(menu, on ? stock::track_power_on : stock::track_power_off,
+                                       [on] { Layout::get().set_track_power(on); }));
+  }
+  refresh(nullptr);
 }
 
 void PowerButtons::attach(Layout& layout, LayoutFollower::Connections& connections) {
@@ -63,6 +72,7 @@ void PowerButtons::refresh(const Object* leaving) {
   const bool any = !layout.is_emptying() && switches_power(layout.get_devices(), leaving);
   on_.set_sensitive(any);
   off_.set_sensitive(any);
+  for (auto* item : items_) item->set_sensitive(any);
 }
 
 }  // namespace zemblar

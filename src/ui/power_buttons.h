@@ -1,7 +1,10 @@
 #pragma once
 
+#include <gtkmm/menu.h>
 #include <gtkmm/toolbar.h>
 #include <gtkmm/toolbutton.h>
+
+#include <vector>
 
 #include "ui/layout_follower.h"
 
@@ -15,6 +18,9 @@ class PowerButtons : public sigc::trackable {
  public:
   explicit PowerButtons(Gtk::Toolbar& toolbar);
 
+  /// Entries that do the same, for keys.
+  void append_items(Gtk::MenuShell& menu);
+
  private:
   void attach(Layout& layout, LayoutFollower::Connections& connections);
   void watch_devices(const Object& parent);
@@ -23,6 +29,7 @@ class PowerButtons : public sigc::trackable {
 
   Gtk::ToolButton on_;
   Gtk::ToolButton off_;
+  std::vector<Gtk::MenuItem*> items_;
   LayoutFollower follower_;
 };
 

@@ -73,7 +73,7 @@ void ScriptMenu::pop_up(const ScriptRow& row, unsigned arg, const Gdk::Rectangle
   const auto current = row.arg_text(arg);
   menu_->get_accessible()->set_name(current);
   drop_when_hidden(menu_, drop_menu_);
-  popup_below(*menu_, area);
+  if (!popup_below(*menu_, area)) return menu_.reset();
   for (auto& item : menu_->items()) {
     if (item.get_label().raw() == current.raw()) menu_->select_item(item);
   }

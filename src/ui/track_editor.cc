@@ -3,6 +3,7 @@
 #include <gdk/gdkkeysyms.h>
 #include <gtkmm/button.h>
 #include <gtkmm/imagemenuitem.h>
+#include <gtkmm/separatormenuitem.h>
 #include <gtkmm/separatortoolitem.h>
 #include <gtkmm/stock.h>
 
@@ -70,6 +71,8 @@ void TrackEditor::append_edit_menu() {
   redo_->add_accelerator("activate", keys, GDK_KEY_z, Gdk::CONTROL_MASK | Gdk::SHIFT_MASK,
                          Gtk::ACCEL_VISIBLE);
   redo_->add_accelerator("activate", keys, GDK_KEY_y, Gdk::CONTROL_MASK, Gtk::AccelFlags(0));
+  menu->append(*Gtk::manage(new Gtk::SeparatorMenuItem));
+  tools_.append_items(*menu);
   history_.signal_changed().connect(sigc::mem_fun(*this, &TrackEditor::refresh_edit_menu));
   menu->signal_show().connect(sigc::mem_fun(*this, &TrackEditor::refresh_edit_menu));
   refresh_edit_menu();

@@ -2,6 +2,7 @@
 
 #include <gtkmm/button.h>
 #include <gtkmm/menu.h>
+#include <gtkmm/separatormenuitem.h>
 #include <gtkmm/separatortoolitem.h>
 
 #include "core/i18n.h"
@@ -51,6 +52,8 @@ void TrackView::append_block_control_menu() {
       _("A mark for the whole layout. Locomotives are followed, and braked before a block that is "
         "not free, whether it is set or not."));
   menu->append(block_control_);
+  menu->append(*Gtk::manage(new Gtk::SeparatorMenuItem));
+  power_.append_items(*menu);
 }
 
 void TrackView::append_editor_button() {

@@ -4,6 +4,7 @@
 #include <gtkmm/scrolledwindow.h>
 #include <gtkmm/stock.h>
 #include <gtkmm/viewport.h>
+#include <gtkmm/window.h>
 
 #include <algorithm>
 
@@ -86,10 +87,15 @@ void ViewPages::add_page(View& view) {
   page.connections.emplace_back(
       view.property_hidden().signal_changed().connect([this, &page] { show_page(page); }));
   tab->show();
+  canvas->set_visible(is_seen(view));
   notebook_.append_page(*canvas, *tab);
   notebook_.set_menu_label_text(*canvas, view.get_name());
   place_page(view);
   show_page(page);
+}
+
+bool ViewPages::is_seen(const View& view) const {
+  return hidden_ == Hidden::show || !view.get_hidden();
 }
 
 void ViewPages::place_page(const Object& view) {
@@ -109,9 +115,12 @@ void ViewPages::remove_page(const View& view) {
   announce();
 }
 
+// The notebook turns to a page that is shown only when it is laid out next, if at all.
 void ViewPages::show_page(Page& page) {
-  page.canvas->set_visible(hidden_ == Hidden::show || !page.view.get_hidden());
+  page.canvas->set_visible(is_seen(page.view));
   refresh_hint();
+  if (!current_page()) notebook_.set_current_page(notebook_.page_num(*page.canvas));
+  take_free_focus();
 }
 
 void ViewPages::refresh_hint() {
@@ -123,19 +132,31 @@ void ViewPages::refresh_hint() {
                                      : _("All views of this layout are hidden."));
 }
 
-View* ViewPages::current() const {
+// The last page stays the notebook's current one when it is hidden.
+Gtk::Widget* ViewPages::current_page() const {
   auto& notebook = const_cast<Gtk::Notebook&>(notebook_);
-  const auto* child = notebook.get_nth_page(notebook.get_current_page());
+  const int number = notebook.get_current_page();
+  auto* page = number < 0 ? nullptr : notebook.get_nth_page(number);
+  return page && page->get_visible() ? page : nullptr;
+}
+
+View* ViewPages::current() const {
+  const auto* child = current_page();
   const auto page = std::ranges::find_if(pages_, [&](auto& p) { return p->canvas == child; });
   return page == pages_.end() ? nullptr : &(*page)->view;
 }
 
 // The canvas is somewhere in what makes it scroll.
 DiagramCanvas* ViewPages::current_canvas() const {
-  auto& notebook = const_cast<Gtk::Notebook&>(notebook_);
-  auto* widget = notebook.get_nth_page(notebook.get_current_page());
+  auto* widget = current_page();
   while (auto* frame = dynamic_cast<Gtk::Bin*>(widget)) widget = frame->get_child();
   return dynamic_cast<DiagramCanvas*>(widget);
+}
+
+void ViewPages::take_free_focus() {
+  auto* window = dynamic_cast<Gtk::Window*>(get_toplevel());
+  auto* canvas = current_canvas();
+  if (window && canvas && !window->get_focus()) canvas->grab_focus();
 }
 
 void ViewPages::append_zoom_items(Gtk::Menu& menu, const Glib::RefPtr<Gtk::AccelGroup>& keys) {

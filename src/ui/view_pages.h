@@ -40,6 +40,8 @@ class ViewPages : public Gtk::VBox {
   [[nodiscard]] View* current() const;
   /// What shows that view; null when there is none.
   [[nodiscard]] DiagramCanvas* current_canvas() const;
+  /// Gives the focus to the canvas that is shown if no widget of the window has it.
+  void take_free_focus();
   /// Entries that zoom the page that is shown, with their keys.
   void append_zoom_items(Gtk::Menu& menu, const Glib::RefPtr<Gtk::AccelGroup>& keys);
   /// The page that is shown, or its being there at all, changed.
@@ -56,6 +58,9 @@ class ViewPages : public Gtk::VBox {
   void place_page(const Object& view);
   void remove_page(const View& view);
   void show_page(Page& page);
+  [[nodiscard]] bool is_seen(const View& view) const;
+  /// Null when no page is seen.
+  [[nodiscard]] Gtk::Widget* current_page() const;
   void refresh_hint();
   void announce();
 

@@ -8,7 +8,7 @@ import sys
 import unittest
 
 from drawing import DrawingTest, drag, pointer
-from zemblar_ui import wait_for
+from zemblar_ui import pixels, wait_for
 
 ZEMBLAR = sys.argv[1]
 
@@ -48,6 +48,17 @@ class Drawing(DrawingTest):
         self.assertEqual(self.saved(), empty)
         self.redo(steps)
         self.assertEqual(self.saved(), drawn)
+
+    def test_a_tool_looks_as_before_when_it_has_been_used(self):
+        self.start_drawing(ZEMBLAR)
+        pointer('mousemove', *self.at(0, 0))
+        tool = self.editor.find('push button', 'Zone')
+        before = pixels(*tool.extents())
+        tool.click()
+        pointer('mousemove', *self.at(0, 0))
+        self.assertEqual(pixels(*tool.extents()), before)
+        pointer('click', 1)
+        self.assertEqual(pixels(*tool.extents()), before)
 
 
 if __name__ == '__main__':

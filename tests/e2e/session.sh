@@ -30,6 +30,9 @@ gtk-font-name = "DejaVu Sans 9"
 gtk-enable-animations = 0
 gtk-cursor-blink = 0
 RC
+# The window manager's own menus are nobody's to choose from.
+mkdir "$home/config/openbox"
+echo '<openbox_menu><menu id="root-menu" label=""/></openbox_menu>' >"$home/config/openbox/menu.xml"
 status=0
 env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY \
   HOME="$home" XDG_CONFIG_HOME="$home/config" XDG_DATA_HOME="$home/data" \

@@ -46,6 +46,13 @@ def screenshot(path):
     subprocess.run(['import', '-window', 'root', path], check=True)
 
 
+def pixels(x, y, width, height):
+    """What a part of the screen shows, to be compared."""
+    part = f'{width}x{height}+{x}+{y}'
+    return subprocess.run(['import', '-window', 'root', '-crop', part, 'rgb:-'], check=True,
+                          capture_output=True).stdout
+
+
 class Item:
     """One visible thing."""
 

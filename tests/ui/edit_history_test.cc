@@ -6,6 +6,8 @@
 #include <gtkmm/menu.h>
 #include <gtkmm/menuitem.h>
 
+#include <memory>
+
 #include "core/toplevel.h"
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/widget_search.h"
@@ -73,6 +75,23 @@ TEST_F(EditHistoryTest, one_press_is_one_step_until_the_button_is_released) {
   history.undo();
   EXPECT_EQ(zones(), 7u);
   send(area, GDK_BUTTON_RELEASE);
+}
+
+// A key that closes it may come to another window.
+TEST_F(EditHistoryTest, a_window_may_end_while_a_button_is_held_in_it) {
+  auto other = std::make_unique<Gtk::Window>();
+  other->add_events(Gdk::BUTTON_PRESS_MASK);
+  other->signal_event().connect(sigc::ptr_fun(&work));
+  other->show();
+  handle_events();
+  auto its_history = std::make_unique<EditHistory>(*other);
+  send(*other, GDK_BUTTON_PRESS);
+  send(area, GDK_KEY_PRESS);
+  its_history.reset();
+  other.reset();
+  send(area, GDK_BUTTON_RELEASE);
+  EXPECT_EQ(zones(), 2u);
+  EXPECT_EQ(steps(), 0u);
 }
 
 TEST_F(EditHistoryTest, dialogs_and_menus_belong_to_the_window_and_other_windows_do_not) {

@@ -15,6 +15,7 @@
 #include "locomotives/lok.h"
 #include "locomotives/lok_group.h"
 #include "runtime/timer.h"
+#include "simulator/memory_station.h"
 #include "simulator/tessara_master.h"
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/widget_search.h"
@@ -24,11 +25,14 @@
 #include "ui/form.h"
 #include "ui/function_list.h"
 #include "ui/function_properties.h"
+#include "ui/host_entry.h"
 #include "ui/layout_dialogs.h"
 #include "ui/lok_attribute_list.h"
 
 namespace zemblar::test {
 namespace {
+
+using namespace std::chrono_literals;
 
 class PanelTest : public LayoutTest {
  protected:
@@ -319,12 +323,71 @@ TEST_F(PanelTest, a_station_is_made_from_the_menu_and_edited_in_its_panel) {
   }();
   ASSERT_EQ(entries.size(), 2U);
   for (auto* entry : entries) {
-    if (entry->get_text() == "localhost") entry->set_text("127.0.0.1:1");
+    if (entry->get_text() == "localhost") {
+      entry->set_text("127.0.0.1:1");
+      entry->activate();
+    }
   }
   EXPECT_EQ(station.get_host(), "127.0.0.1:1");
   auto& use = get_widget<Gtk::CheckButton>(*station_panel, "_Use as a default DCC Device");
   use.set_active(!station.get_use_as_default());
   EXPECT_EQ(use.get_active(), station.get_use_as_default());
+}
+
+TEST_F(PanelTest, a_station_is_looked_for_at_an_address_that_was_typed_to_its_end) {
+  simulator::MemoryStation hardware;
+  auto* ecos = layout().get_devices().add(new ECoS(hardware.socket()));
+  clock.advance(20ms);
+  ASSERT_TRUE(ecos->active());
+  Gtk::Window window;
+  const auto panel = panel_of(*ecos);
+  window.add(*panel);
+  window.show();
+  auto& entry = get_widget<HostEntry>(*panel);
+  const auto told = [&] {
+    const std::vector<Gtk::Widget*> parts = dynamic_cast<Gtk::Container&>(*panel).get_children();
+    return std::ranges::any_of(parts, [](auto* part) {
+      const auto* label = dynamic_cast<Gtk::Label*>(part);
+      return label && label->get_visible() && label->get_text().raw().starts_with("“localhost” is");
+    });
+  };
+  const std::string other = "ecos.example:15471";
+  for (std::size_t length = 1; length <= other.size(); ++length) {
+    entry.set_text(other.substr(0, length));
+    clock.advance(900ms);
+    EXPECT_EQ(ecos->get_host(), "localhost");
+    EXPECT_TRUE(told());
+  }
+  clock.advance(200ms);
+  EXPECT_EQ(ecos->get_host(), other);
+  EXPECT_EQ(ecos->connected_host(), "localhost");
+  EXPECT_TRUE(told());
+  get_widget<Gtk::Button>(*panel, "_Reconnect").clicked();
+  clock.advance(2s);
+  EXPECT_EQ(ecos->connected_host(), other);
+  EXPECT_FALSE(told());
+
+  install_layout_dialogs();
+  GdkEventFocus out{GDK_FOCUS_CHANGE, entry.get_window()->gobj(), FALSE, FALSE};
+  entry.grab_focus();
+  const std::pair<const char*, std::function<void()>> ends[] = {
+      {"return", [&] { entry.activate(); }},
+      {"left", [&] { entry.event(reinterpret_cast<GdkEvent*>(&out)); }},
+      {"saved", [] { Layout::dialogs().finish_edits(); }},
+      {"reconnected", [&] { get_widget<Gtk::Button>(*panel, "_Reconnect").clicked(); }}};
+  for (const auto& [host, finish] : ends) {
+    entry.set_text(host);
+    finish();
+    EXPECT_EQ(ecos->get_host(), host);
+  }
+  ecos->set_host("elsewhere");
+  EXPECT_EQ(entry.get_text(), "elsewhere");
+  clock.advance(2s);
+  entry.set_text("never");
+  layout().get_devices().destroy_children();
+  clock.advance(5s);
+  window.remove();
+  Layout::dialogs() = {};
 }
 
 TEST_F(PanelTest, a_li_usb_is_named_and_made_a_default_device_in_its_panel) {

@@ -13,14 +13,19 @@
 #include "devices/device.h"
 #include "devices/device_tessara_railcom_reader.h"
 #include "diagram/view.h"
+#include "diagram/view_zone.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_group.h"
+#include "tests/ui/keys.h"
 #include "tests/ui/widget_search.h"
 #include "track/zone.h"
 #include "ui/object_list.h"
 #include "ui/panel_view.h"
 #include "ui/power_buttons.h"
+#include "ui/runtime_view.h"
+#include "ui/track_editor.h"
+#include "ui/track_view.h"
 #include "ui/view_pages.h"
 
 namespace zemblar {
@@ -320,6 +325,83 @@ TEST(ViewPages, shows_one_page_for_each_view_and_a_hint_for_none) {
   layout.new_document(true);
   EXPECT_TRUE(notebook.get_visible());
   EXPECT_EQ(notebook.get_n_pages(), 1);
+}
+
+// As a key does in the turn after New, before anything is laid out.
+TEST(ViewPages, has_a_current_page_at_once_when_one_can_be_seen_and_none_otherwise) {
+  auto& layout = fresh_layout();
+  Gtk::Window window;
+  ViewPages pages([](View& view) { return scrolled(Gtk::manage(new RuntimeView(view))); },
+                  ViewPages::Hidden::skip);
+  Gtk::Menu menu;
+  pages.append_zoom_items(menu, window.get_accel_group());
+  window.add(pages);
+  window.set_default_size(400, 300);
+  window.show_all();
+  const auto zoom = [&] { return pages.current_canvas()->get_zoom(); };
+  const auto best_fit = [&] { menu.items().back().activate(); };
+  const auto add_wide_view = [&] {
+    auto* view = layout.get_views().add(new View);
+    for (const int x : {-1000, 1000}) {
+      view->add_object(new ViewZone(*layout.get_blocks().add(new Zone), {1.0 * x, 0}));
+    }
+    return view;
+  };
+
+  handle_events();
+  layout.new_document(false);
+  EXPECT_EQ(pages.current_canvas(), nullptr);
+  best_fit();
+  auto* first = add_wide_view();
+  auto* second = add_wide_view();
+  EXPECT_EQ(pages.current(), first);
+  best_fit();
+  handle_events();
+  const auto fitting = zoom();
+  EXPECT_NEAR(fitting, 0.18, 0.02) << "done as soon as there was a size";
+  best_fit();
+  EXPECT_NEAR(zoom(), fitting, 0.01);
+
+  first->set_hidden(true);
+  EXPECT_EQ(pages.current(), second);
+  second->set_hidden(true);
+  EXPECT_EQ(pages.current(), nullptr);
+  best_fit();
+  handle_events();
+  auto* third = add_wide_view();
+  EXPECT_EQ(pages.current(), third);
+  third->set_hidden(true);
+  first->set_hidden(false);
+  EXPECT_EQ(pages.current(), first);
+}
+
+TEST(MainWindows, have_the_focus_on_the_drawing_and_never_on_a_tool) {
+  for (const auto open : {&TrackView::open, &TrackEditor::open}) {
+    auto& layout = fresh_layout();
+    open();
+    handle_events();
+    Gtk::Window* window = nullptr;
+    for (auto* shown : Gtk::Window::list_toplevels()) {
+      if (dynamic_cast<LayoutWindow*>(shown)) window = shown;
+    }
+    const auto on_drawing = [&] {
+      return dynamic_cast<DiagramCanvas*>(window->get_focus()) != nullptr;
+    };
+    EXPECT_TRUE(on_drawing());
+    layout.get_blocks().add(new Zone);
+    for (const auto key : {GDK_KEY_space, GDK_KEY_Return}) test::press_key(*window, key);
+    EXPECT_FALSE(layout.get_blocks().empty());
+    for (int presses = 0; presses < 40; ++presses) {
+      test::press_key(*window, GDK_KEY_Tab);
+      const auto* focus = window->get_focus();
+      EXPECT_FALSE(focus && focus->get_ancestor(GTK_TYPE_TOOLBAR));
+    }
+    layout.new_document(true);
+    handle_events();
+    EXPECT_NE(window->get_focus(), nullptr) << "New has taken what had it";
+    window->hide();
+    handle_events();
+  }
 }
 
 TEST(PowerButtons, are_sensitive_while_a_device_in_service_can_switch_track_power) {

@@ -1,0 +1,12 @@
+#pragma once
+
+namespace zemblar {
+
+/// Takes all input back from a menu that is not on the screen. To be called before each event.
+///
+/// A menu cannot be shown while another program holds the pointer, a window manager for example
+/// while a window is moved. The toolkit's text fields select an entry of it nevertheless, and with
+/// that the menu gets all input, for good.
+void release_hidden_menu();
+
+}  // namespace zemblar
