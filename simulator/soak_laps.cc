@@ -54,7 +54,7 @@ const std::map<std::string, Evening>& evenings() {
 Starts in_order(Starts starts, unsigned order) {
   std::vector<std::size_t> places(starts.size());
   std::iota(places.begin(), places.end(), 0);
-  for (; order > 0; --order) std::ranges::next_permutation(places);
+  for (; order > 0; --order) std::next_permutation(places.begin(), places.end());
   Starts ordered;
   for (const auto place : places) ordered.push_back(starts[place]);
   return ordered;
@@ -128,8 +128,10 @@ class LapsRun {
     }
   }
 
-  static Lok& lok(const char* name) {
-    return dynamic_cast<Lok&>(*Layout::get().get_loks().find_child(name));
+  static Lok& lok(const std::string& name) {
+    auto* lok = dynamic_cast<Lok*>(Layout::get().get_loks().find_child(name));
+    if (!lok) throw std::runtime_error("there is no " + name);
+    return *lok;
   }
 
   // --- The station, as far as trains hear it ---
