@@ -141,6 +141,7 @@ def hillside(club):
     crossover(club, 'Hillside', 560, ('Inner', -202), ('Outer', -266))
     for side, y in (('Inner', -202), ('Outer', -266)):
         club.zone('Hillside East ' + side, [(560, y, 180), (520, y, 180)])
+        club.zone('Hillside West ' + side, [(-520, y, 180), (-560, y, 180)])
 
 
 def curves(club):
@@ -152,9 +153,8 @@ def curves(club):
                   (place, 60), align)
         club.zone(f'{name} East 2', [(x, 0, 270), (x, radius - y, 270), (660, -y, 180)],
                   (place, -60), align)
-    club.zone('Outer West 1', [(-655, -266, 180), (-695, -266, 180), (-810, -151, 90),
-                               (-810, 0, 90)], (-732, -106), 'LEFT')
-    club.zone('Inner West 1', [(-580, -202, 180), (-660, -202, 180), (-746, -116, 90),
+    club.zone('Outer West 1', [(-695, -266, 180), (-810, -151, 90), (-810, 0, 90)], (-732, -106), 'LEFT')
+    club.zone('Inner West 1', [(-620, -202, 180), (-660, -202, 180), (-746, -116, 90),
                                (-746, 0, 90)], (-732, -40), 'LEFT')
     club.zone('Outer West 2', [(-810, 0, 90), (-810, 116, 90), (-660, 266, 0)], (-732, 106),
               'LEFT')
@@ -164,15 +164,15 @@ def curves(club):
 
 def junction(club):
     """Both lines into the branch, the inner one across the outer."""
-    club.point('Junction Outer', (-520, -266, 180), (-585, -266, 180), (-586, -293, 225))
-    club.point('Junction Inner', (-520, -202, 180), (-580, -202, 180), (-580, -227, 225))
+    club.point('Junction Outer', (-560, -266, 180), (-625, -266, 180), (-626, -293, 225))
+    club.point('Junction Inner', (-560, -202, 180), (-620, -202, 180), (-620, -227, 225))
     club.view.add(Crossing(Item('Junction Crossing'),
-                           [(-585, -266, 180), (-640, -287, 225), (-580, -227, 225),
-                            (-655, -266, 180)]))
-    club.zone('Branch from Outer', [(-586, -293, 225), (-638, -345, 225), (-698, -370, 180)])
-    club.zone('Branch from Inner', [(-640, -287, 225), (-698, -345, 225)])
-    club.point('Branch Junction', (-758, -370, 0), (-698, -370, 0), (-698, -345, 45))
-    club.zone('Branch Climb', [(-758, -370, 180), (-810, -370, 180), (-890, -290, 90),
+                           [(-625, -266, 180), (-680, -287, 225), (-620, -227, 225),
+                            (-695, -266, 180)]))
+    club.zone('Branch from Outer', [(-626, -293, 225), (-678, -345, 225), (-738, -370, 180)])
+    club.zone('Branch from Inner', [(-680, -287, 225), (-738, -345, 225)])
+    club.point('Branch Junction', (-798, -370, 0), (-738, -370, 0), (-738, -345, 45))
+    club.zone('Branch Climb', [(-798, -370, 180), (-810, -370, 180), (-890, -290, 90),
                                (-890, 60, 90)], (-800, -380))
     club.branch_line = club.zone('Branch Line', [(-890, 60, 90), (-890, 330, 90)], (-890, 342),
                                  'TOP')
