@@ -28,8 +28,7 @@ def act(what, action, *arguments):
     time.sleep(PAUSE)
 
 
-def show_block(editor, name):
-    editor.show_page('All')
+def show_object(editor, name):
     editor.find('tree table', 'Objects').select_row(name)
 
 
@@ -37,11 +36,12 @@ def drive(program, picture, log):
     editor = program.window('Zemblar 0.1 — Track Editor')
     throttle = program.window('Throttle')
     time.sleep(SPLASH)
-    show_block(editor, 'East Curve')
+    editor.show_page('All')
+    editor.find('tree table', 'Objects').unfold_row('Blocks')
+    show_object(editor, 'East Curve')
     two_trains.run(program, throttle, log, tell=lambda text: print(text, flush=True),
                    picture=lambda: screenshot(picture))
-    act('Local 24 the other way.', throttle.find('push button', 'Direction').press)
-    show_block(editor, 'Scripts')
+    show_object(editor, 'Scripts')
     act('Scripts are started: the railcar on the branch goes to and fro.',
         editor.find('push button', 'Start Scripts').press)
     log.wait_for('Railcar 5 enters Branch South')

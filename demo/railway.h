@@ -1,15 +1,12 @@
 #pragma once
 
 #include <cstdint>
-#include <set>
-#include <vector>
 
 #include "simulator/ecos_station.h"
+#include "simulator/layout_railway.h"
 #include "simulator/liusb_interface.h"
 #include "simulator/memory_hardware.h"
-#include "simulator/simulated_bus.h"
 #include "simulator/station_console.h"
-#include "simulator/track_model.h"
 
 namespace zemblar::demo {
 
@@ -29,21 +26,16 @@ class Railway {
   /// Where the station listens.
   [[nodiscard]] std::uint16_t port() { return station_.port(); }
   /// Plugs in the bus.
-  void plug_bus_into(simulator::MemoryHardware& hardware) { bus_.plug_into(hardware); }
+  void plug_bus_into(simulator::MemoryHardware& hardware) { railway_.bus.plug_into(hardware); }
   /// Plugs in a LI-USB as well, which drives the same trains.
   void plug_liusb_into(simulator::MemoryHardware& hardware);
-  /// Wires the layout's blocks to the inputs that they have chosen, and puts trains on the line:
-  /// two that go round, one behind the other with a free block between, and in a larger layout some
-  /// that stand. Does nothing to a layout without these blocks.
+  /// Wires the blocks of the open layout, and puts the trains on it that it has places for.
   void build();
   /// Carries out what a person types: the commands of StationConsole, and after "liusb" those of
   /// the LI-USB. Throws std::invalid_argument when the line makes no sense.
   std::string obey(std::string_view line);
 
  private:
-  void add_readers();
-  void wire_blocks();
-  void put(const char* lok, const char* block, simulator::TrainOptions options);
   void on_station(const simulator::EcosLogEntry& entry);
   void on_liusb(std::string_view bytes);
   void on_track(const simulator::TrackEvent& event);
@@ -53,9 +45,7 @@ class Railway {
   simulator::StationConsole console_{station_, [] {}};
   simulator::SerialCable liusb_cable_;
   simulator::LiUsbInterface liusb_;
-  simulator::SimulatedBus bus_;
-  std::set<std::uint8_t> readers_;  // by address
-  simulator::TrackModel track_;
+  simulator::LayoutRailway railway_;
 };
 
 }  // namespace zemblar::demo

@@ -17,7 +17,7 @@ from zemblar_ui import Program, screenshot, wait_for  # noqa: E402
 
 TRACK_VIEW = 'Zemblar 0.1 — Track View'
 SPLASH = 5.5  # seconds until it has gone
-STOPPED = 4  # seconds until block control has stopped the train
+STOPPED = 14  # seconds until block control has stopped the train
 RUNNING = 5  # seconds until trains that have left are between two stations
 
 
@@ -77,7 +77,7 @@ def windows(folder, program):
     time.sleep(RUNNING)
     show_track_view(program)
     # One signal shows that the way is free.
-    click(program, 'Station', 211, 188)
+    click(program, 'Station', 211, 248)
     take(folder, 'track-view', program.window(TRACK_VIEW).extents())
 
 

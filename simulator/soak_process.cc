@@ -73,6 +73,19 @@ Outcome run_in_process(const std::function<void()>& part) {
   return outcome;
 }
 
+std::vector<std::istringstream> results_of(const Outcome& outcome) {
+  std::vector<std::istringstream> results;
+  std::istringstream lines(outcome.said);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.starts_with(result_mark)) {
+      results.emplace_back(line.substr(result_mark.size()));
+    } else {
+      std::cerr << line << '\n';
+    }
+  }
+  return results;
+}
+
 bool is_expected_assertion(const Outcome& outcome) {
   return !outcome.ended_well &&
          std::ranges::any_of(expected_assertions, [&](const std::string text) {

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <sstream>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace zemblar::simulator {
 
@@ -13,6 +16,11 @@ struct Outcome {
 
 /// Runs the part in a copy of this process, so that a crash ends nothing but that.
 [[nodiscard]] Outcome run_in_process(const std::function<void()>& part);
+
+/// At the beginning of a line of standard error that is a result of the part.
+inline constexpr std::string_view result_mark = "result ";
+/// What stands behind the mark in the lines that a part has said; other lines are passed on.
+[[nodiscard]] std::vector<std::istringstream> results_of(const Outcome& outcome);
 
 /// Whether it ended in one of the assertions of block control that impossible reports reach.
 [[nodiscard]] bool is_expected_assertion(const Outcome& outcome);

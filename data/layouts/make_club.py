@@ -4,7 +4,7 @@ and a terminus. The branch line is drawn in both views."""
 
 import sys
 
-from railway import (Crossing, Item, Label, Point, Scissor, Signal, View, Zone, bus, document,
+from railway import (Crossing, Item, Label, Point, Signal, View, Zone, bus, document,
                      find_detectors, join_ends, lok, reader)
 
 COLOUR = '#d3dae0'
@@ -98,6 +98,16 @@ def throat(club, name, y, side):
     club.point(name + ' East', (520, y, 180), (460, y, 180), (460, leg, 180 - 45 * side))
 
 
+def crossover(club, name, x, west, east):
+    """From one track at its western end to the other one at its eastern end, 100 long: a point in
+    either, since a block that belongs to both tracks would let only one train pass at a time."""
+    side = 1 if east[1] > west[1] else -1
+    middle = (x + 50, (west[1] + east[1]) / 2)
+    for (track, y), start, end, heading in ((west, x, x + 100, 0), (east, x + 100, x, 180)):
+        club.point(f'{name} Crossover {track}', (start, y, heading), (end, y, heading),
+                   (*middle, heading + 45 * side))
+
+
 def central(club):
     throat(club, 'Central Outer', 266, 1)
     club.halves('Central 1', *loop_track(330, 1), 330, EXIT)
@@ -114,8 +124,8 @@ def central(club):
     club.halves('Central 5', [(-396, 113, 315), (-382, 99, 315), (-322, 74, 0)],
                 [(322, 74, 0), (382, 99, 45), (396, 113, 45)], 74, EXIT)
     for name, x in (('West', -660), ('East', 560)):
-        club.view.add(Scissor(club.accessory(f'Central {name} Crossover', 2),
-                              [(x, 202, 0), (x + 100, 202, 0), (x, 266, 0), (x + 100, 266, 0)]))
+        upper, lower = ('Inner', 202), ('Outer', 266)
+        crossover(club, 'Central ' + name, x, *((upper, lower) if x < 0 else (lower, upper)))
         near = -560 if x < 0 else 520
         for side, y in (('Inner', 202), ('Outer', 266)):
             club.zone(f'Central {name} {side}', [(near, y, 0), (near + 40, y, 0)])
@@ -128,11 +138,10 @@ def hillside(club):
     club.halves('Hillside 2', *straight_track(-266), -266, MAIN)
     club.halves('Hillside 3', *straight_track(-202), -202, MAIN)
     club.halves('Hillside 4', *loop_track(-138, 1), -138, EXIT)
-    club.view.add(Scissor(club.accessory('Hillside Crossover', 2),
-                          [(660, -202, 180), (560, -202, 180), (660, -266, 180),
-                           (560, -266, 180)]))
+    crossover(club, 'Hillside', 560, ('Inner', -202), ('Outer', -266))
     for side, y in (('Inner', -202), ('Outer', -266)):
         club.zone('Hillside East ' + side, [(560, y, 180), (520, y, 180)])
+        club.zone('Hillside West ' + side, [(-520, y, 180), (-560, y, 180)])
 
 
 def curves(club):
@@ -144,9 +153,8 @@ def curves(club):
                   (place, 60), align)
         club.zone(f'{name} East 2', [(x, 0, 270), (x, radius - y, 270), (660, -y, 180)],
                   (place, -60), align)
-    club.zone('Outer West 1', [(-655, -266, 180), (-695, -266, 180), (-810, -151, 90),
-                               (-810, 0, 90)], (-732, -106), 'LEFT')
-    club.zone('Inner West 1', [(-580, -202, 180), (-660, -202, 180), (-746, -116, 90),
+    club.zone('Outer West 1', [(-695, -266, 180), (-810, -151, 90), (-810, 0, 90)], (-732, -106), 'LEFT')
+    club.zone('Inner West 1', [(-620, -202, 180), (-660, -202, 180), (-746, -116, 90),
                                (-746, 0, 90)], (-732, -40), 'LEFT')
     club.zone('Outer West 2', [(-810, 0, 90), (-810, 116, 90), (-660, 266, 0)], (-732, 106),
               'LEFT')
@@ -156,15 +164,15 @@ def curves(club):
 
 def junction(club):
     """Both lines into the branch, the inner one across the outer."""
-    club.point('Junction Outer', (-520, -266, 180), (-585, -266, 180), (-586, -293, 225))
-    club.point('Junction Inner', (-520, -202, 180), (-580, -202, 180), (-580, -227, 225))
+    club.point('Junction Outer', (-560, -266, 180), (-625, -266, 180), (-626, -293, 225))
+    club.point('Junction Inner', (-560, -202, 180), (-620, -202, 180), (-620, -227, 225))
     club.view.add(Crossing(Item('Junction Crossing'),
-                           [(-585, -266, 180), (-640, -287, 225), (-580, -227, 225),
-                            (-655, -266, 180)]))
-    club.zone('Branch from Outer', [(-586, -293, 225), (-638, -345, 225), (-698, -370, 180)])
-    club.zone('Branch from Inner', [(-640, -287, 225), (-698, -345, 225)])
-    club.point('Branch Junction', (-758, -370, 0), (-698, -370, 0), (-698, -345, 45))
-    club.zone('Branch Climb', [(-758, -370, 180), (-810, -370, 180), (-890, -290, 90),
+                           [(-625, -266, 180), (-680, -287, 225), (-620, -227, 225),
+                            (-695, -266, 180)]))
+    club.zone('Branch from Outer', [(-626, -293, 225), (-678, -345, 225), (-738, -370, 180)])
+    club.zone('Branch from Inner', [(-680, -287, 225), (-738, -345, 225)])
+    club.point('Branch Junction', (-798, -370, 0), (-738, -370, 0), (-738, -345, 45))
+    club.zone('Branch Climb', [(-798, -370, 180), (-810, -370, 180), (-890, -290, 90),
                                (-890, 60, 90)], (-800, -380))
     club.branch_line = club.zone('Branch Line', [(-890, 60, 90), (-890, 330, 90)], (-890, 342),
                                  'TOP')

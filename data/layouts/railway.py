@@ -363,15 +363,19 @@ def join_ends(view, dead_ends):
 
 
 def find_detectors(views):
-    """What has no input of its own shares that of the nearest zone."""
+    """What has no input of its own shares that of the nearest zone, a point that of the zone at its
+    common end: trains that take another way than to that zone are never seen there."""
     waiting = [shown.item for view in views for shown in view.objects
                if shown.ends and not shown.item.input]
     while waiting:
-        found = {item: partner.shown.item.input for item in waiting
-                 for partner in reversed(item.joins.values()) if partner.shown.item.input}
+        found = {}
+        for item in waiting:
+            ends = sorted(item.joins, key='common'.__ne__)
+            inputs = [item.joins[end].shown.item.input for end in ends]
+            found[item] = next(filter(None, inputs), None)
         for item, entry in found.items():
             item.input = entry
-        waiting = [item for item in waiting if item not in found]
+        waiting = [item for item in waiting if not item.input]
 
 
 # --- Locomotives, readers, and all together ---

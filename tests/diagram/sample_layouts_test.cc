@@ -47,7 +47,7 @@ const BlockLink* drawn_partner(const auto& pictures, const std::string& name) {
 
 /// Nothing but that scripts sleep.
 std::string status_of(const std::string& name) {
-  return name == "sample.zblt" ? "4 scripts sleep; “Start Scripts” in the Scripts panel wakes them."
+  return name == "sample.zblt" ? "6 scripts sleep; “Start Scripts” in the Scripts panel wakes them."
                                : "";
 }
 
@@ -97,7 +97,7 @@ TEST_F(SampleLayouts, let_a_train_go_round_as_the_points_lie) {
     const char* layout;
     const char* block;
     unsigned distance;
-  } cases[] = {{"sample.zblt", "Station 1", 8}, {"club.zblt", "Central 3 East", 18}};
+  } cases[] = {{"sample.zblt", "Station 1", 10}, {"club.zblt", "Central 3 East", 19}};
   for (const auto& [name, start, distance] : cases) {
     ASSERT_TRUE(Layout::open(Glib::build_filename(SAMPLE_LAYOUTS, name))) << get_status();
     auto* block = dynamic_cast<Block*>(layout().get_blocks().find_child(start));

@@ -18,8 +18,12 @@ class DemonstrationTest(unittest.TestCase):
         os.environ['XDG_CONFIG_HOME'] = self.folder
         self.output = open(os.path.join(self.folder, 'log'), 'w', encoding='utf-8')
         self.addCleanup(self.output.close)
-        self.program = Program(program, *options, shutil.copy(layout, self.folder),
-                               output=self.output)
+        # With the pictures of its signals beside it.
+        source = os.path.dirname(layout)
+        for name in ('layouts', 'signals'):
+            shutil.copytree(os.path.join(source, '..', name), os.path.join(self.folder, name))
+        copy = os.path.join(self.folder, 'layouts', os.path.basename(layout))
+        self.program = Program(program, *options, copy, output=self.output)
         self.addCleanup(self.program.__exit__)
         self.log = two_trains.Log(self.output.name)
 

@@ -203,6 +203,19 @@ class Item:
             return False
         wait_for(look, f'a row "{name}" in {self}', limit)
 
+    def unfold_row(self, name, limit=TIME_LIMIT):
+        """In a tree: shows what is below a row that is folded."""
+        def look():
+            for row, texts in self._rows():
+                if name in texts:
+                    first = Item(self.accessible.queryTable().getAccessibleAt(row, 0))
+                    [cell] = [cell for cell in first.walk() if cell.name == name]
+                    action = cell.accessible.queryAction()
+                    names = [action.getName(i) for i in range(action.nActions)]
+                    return action.doAction(names.index('expand or contract'))
+            return False
+        wait_for(look, f'a row "{name}" to unfold in {self}', limit)
+
     def extents(self):
         """x, y, width and height on the screen."""
         box = self.accessible.queryComponent().getExtents(pyatspi.DESKTOP_COORDS)

@@ -9,6 +9,7 @@
 #include "locomotives/lok.h"
 #include "runtime/timer.h"
 #include "scripts/script.h"
+#include "simulator/soak_laps.h"
 #include "simulator/track_model.h"
 #include "simulator/track_reader.h"
 #include "simulator/track_station.h"
@@ -74,8 +75,8 @@ TEST_F(SampleScripts, drive_a_shuttle_on_the_branch) {
   EXPECT_EQ(sleeping_scripts(), 0u);
   EXPECT_EQ(get_status(), "") << "nobody is told of sleepers any more";
   clock.advance(120s);
-  const std::string south = "Branch Crossing, Branch South, ";
-  const std::string north = "Branch Crossing, Branch North, ";
+  const std::string south = "North Approach, Branch Crossing, South Approach, Branch South, ";
+  const std::string north = "South Approach, Branch Crossing, North Approach, Branch North, ";
   EXPECT_EQ(way.substr(0, 2 * (south + north).size()), south + north + south + north) << way;
   EXPECT_EQ(accidents, 0u);
 }
@@ -102,6 +103,21 @@ TEST_F(SampleScripts, slow_a_train_in_the_curve_and_stop_it_in_the_station) {
   EXPECT_EQ(express->get_speed(), 100u);
   EXPECT_EQ(express->get_speed_overlay(), 100u) << "as before, once it has left";
   EXPECT_TRUE(layout().script_overlays.empty());
+}
+
+using SampleLaps = test::LayoutTest;
+
+// What a run of laps finds has to be found when it is there.
+TEST_F(SampleLaps, end_in_a_collision_when_the_railcar_does_not_wait_for_the_line) {
+  const simulator::LapsOptions hour{.folder = folder.path(), .hours = 0.5, .seed = 2};
+  const auto text = test::bytes_of(Glib::build_filename(SAMPLE_LAYOUTS, "sample.zblt"));
+  folder.write("sample.zblt", text);
+  const auto good = run_laps(hour);
+  EXPECT_EQ("", good.trouble);
+  EXPECT_EQ(good.laps.size(), 3u);
+  folder.write("sample.zblt", text.substr(0, text.find("  - !script\n    name: Shuttle Waits")));
+  const auto bad = run_laps(hour);
+  EXPECT_NE(bad.trouble.find(" has run into "), std::string::npos) << bad.trouble;
 }
 
 }  // namespace
