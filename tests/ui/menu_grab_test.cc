@@ -102,6 +102,26 @@ TEST_F(MenuGrabTest, the_menu_of_a_text_field_lets_go_with_the_next_event) {
   EXPECT_EQ(gtk_grab_get_current(), nullptr);
 }
 
+// Assistive technology can open it without the menu that it hangs on.
+TEST_F(MenuGrabTest, a_submenu_closes_when_the_menu_above_it_is_not_shown) {
+  Gtk::Menu submenu;
+  submenu.append(*Gtk::manage(new Gtk::MenuItem("Two")));
+  submenu.show_all();
+  auto& item = menu.items().front();
+  item.set_submenu(submenu);
+  menu.select_item(item);
+  gtk_menu_popup(submenu.gobj(), GTK_WIDGET(menu.gobj()), GTK_WIDGET(item.gobj()), nullptr, nullptr,
+                 0, GDK_CURRENT_TIME);
+  ASSERT_TRUE(submenu.get_mapped());
+  auto* event = gdk_event_new(GDK_ENTER_NOTIFY);
+  event->any.window = GDK_WINDOW(g_object_ref(entry.get_window()->gobj()));
+  EditHistory::dispatch(event);
+  gdk_event_free(event);
+  EXPECT_FALSE(submenu.get_mapped());
+  EXPECT_EQ(gtk_grab_get_current(), nullptr);
+  item.remove_submenu();
+}
+
 void visit(GtkWidget* widget, const std::function<void(GtkWidget*)>& act) {
   act(widget);
   if (!GTK_IS_CONTAINER(widget)) return;
