@@ -160,7 +160,7 @@ def scripts(folder, program):
     time.sleep(1)
     subprocess.run(['xdotool', 'search', '--onlyvisible', '--name', 'Script Editor', 'windowmove',
                     '200', '120'], check=True)
-    keys('Down', 'Down', 'Down', 'Down', 'Right', 'Return')
+    keys('Down', 'Down', 'Down', 'Down', 'Down', 'Right', 'Return')
     x, y, width, height = window.extents()
     frame = (3, 22)  # of the window manager: sides, and title
     take(folder, 'script-editor',

@@ -100,7 +100,8 @@ def make_scripts(view):
     return [
         script('Slow Curves', [occupied('While', 'East Curve'), occupied('Or', 'West Curve')],
                [['set-speed', 'This', 40, '%']]),
-        script('Station Stop', [occupied('When', 'Station 1')],
+        # A speed of 0 that ends under a brake would stay: only while none can come from ahead.
+        script('Station Stop', [occupied('When', 'East Curve', False), occupied('And', 'Station 1')],
                [['wait', 2], ['save'], ['set-speed', 'This', 0, '%'], ['wait', 6],
                 ['set-function', 'This', 'Horn', True], ['wait', 1], ['restore']]),
         turn('Shuttle Leaves North', 'Branch North', 'Forwards'),

@@ -109,7 +109,7 @@ using SampleLaps = test::LayoutTest;
 
 // What a run of laps finds has to be found when it is there.
 TEST_F(SampleLaps, end_in_a_collision_when_the_railcar_does_not_wait_for_the_line) {
-  const simulator::LapsOptions hour{.folder = folder.path(), .hours = 0.5, .seed = 2};
+  const simulator::LapsOptions hour{.folder = folder.path(), .hours = 0.2, .seed = 2, .order = 3};
   const auto text = test::bytes_of(Glib::build_filename(SAMPLE_LAYOUTS, "sample.zblt"));
   folder.write("sample.zblt", text);
   const auto good = run_laps(hour);
