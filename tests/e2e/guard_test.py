@@ -131,10 +131,23 @@ class Guard(unittest.TestCase):
         os.kill(former[0], signal.SIGKILL)
         wait_for(lambda: self.guards(program) not in ([], former), 'another guard')
         guard = self.guards(program)[0]
+        self.drive(program, editor)
+        editor.choose('File', 'Trains Go On When I Quit')
         editor.choose('File', 'Quit')
         self.assertEqual(0, program.wait_for_end())
         wait_for(lambda: not os.path.exists(f'/proc/{guard}'), 'the end of the guard')
         self.assertTrue(self.hand.power_is_on())
+        self.assertNotIn('set(1000,speed[0])', self.station.commands())
+
+    def test_stops_the_trains_before_quit_and_new(self):
+        for choice in ('Quit', 'New'):
+            program, editor = self.start_with_station()
+            self.drive(program, editor)
+            editor.choose('File', choice)
+            wait_for(lambda: 'set(1000,speed[0])' in self.station.commands(), 'the stop')
+            self.assertTrue(self.hand.power_is_on())
+            if choice == 'Quit':
+                self.assertEqual(0, program.wait_for_end())
 
     def test_switches_the_power_off_when_the_program_hangs_while_a_train_drives(self):
         program, editor = self.start_with_station()
