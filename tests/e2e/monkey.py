@@ -230,7 +230,8 @@ class Monkey:
     def menu_opens(self):
         self.let_go()
         window = self.chance.choice(self.main_windows())
-        self.xdotool(['search', '--name', window.name, 'windowactivate'])
+        # It may have been dragged away so far that its menus are not on the screen.
+        self.xdotool(['search', '--name', window.name, 'windowactivate', 'windowmove', '%@', '40', '40'])
         time.sleep(0.5)
         menu = window.find('menu', 'View')
         x, y, width, height = menu.extents()
