@@ -114,6 +114,7 @@ void Layout::write_files(const std::string& text, const std::string& former) {
     const auto whole = portable_text();
     known_complete = digest_of(whole);
     complete.write(std::move(digests), whole);
+    known_complete_ = known_complete;
   }
   write_safely(file_, text);
   known_digest_ = digest;

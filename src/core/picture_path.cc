@@ -29,6 +29,7 @@ bool exists(const std::string& file) {
 std::string relative_path(const std::filesystem::path& file, const std::filesystem::path& folder) {
   std::error_code failure;
   const auto from = std::filesystem::weakly_canonical(folder, failure);
+  if (failure) return file.lexically_normal().string();
   const auto to = std::filesystem::weakly_canonical(file.parent_path(), failure) / file.filename();
   if (failure) return file.lexically_normal().string();
   return to.lexically_relative(from).string();

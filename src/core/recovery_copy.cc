@@ -372,7 +372,7 @@ void RecoveryCopy::tell_of_damaged(const std::vector<std::string>& files) {
 void RecoveryCopy::compare_found(std::string_view text) {
   if (found_.empty()) return;
   for (const auto& entry : found_) {
-    if (entry.about.text == text) {
+    if (entry.about.text == text && entry.about.layout == Layout::get().get_path()) {
       g_unlink(entry.file.c_str());
     } else if (!entry.about.quit || entry.about.time > time_of_file(entry.about.layout)) {
       tell_of(entry);

@@ -142,7 +142,7 @@ void RecoveryFolder::prune() const {
   for (auto& [layout, entries] : by_layout) {
     if (std::ssize(entries) <= kept_count) continue;
     std::stable_partition(entries.begin() + 1, entries.end(), [](const Entry& entry) {
-      return entry.about.kind == KeptText::Kind::unsaved;
+      return entry.about.kind != KeptText::Kind::replaced;
     });
     for (auto old = entries.begin() + kept_count; old != entries.end(); ++old) {
       g_unlink(old->file.c_str());

@@ -43,8 +43,8 @@ class RecoveryFolder {
 
   /// The newest first; damaged ones are passed over.
   [[nodiscard]] std::vector<Entry> entries() const;
-  /// Of each layout, removes all but twenty entries. Unsaved work goes last, and the newest entry
-  /// stays in any case.
+  /// Of each layout, removes all but twenty entries. What a file held before goes first, and the
+  /// newest entry stays in any case.
   void prune() const;
   /// Gives the file a name by which it is not looked at again.
   std::string set_damaged(const std::string& file) const;

@@ -119,8 +119,8 @@ bool GuardProcess::tell(const guard::Message& message) {
 }
 
 void GuardProcess::take_leave() {
+  if (!tell(guard::Leave{})) kill();
   ended_.disconnect();
-  tell(guard::Leave{});
 }
 
 void GuardProcess::kill() const {

@@ -138,13 +138,16 @@ void Decoder::set_function(unsigned fn, bool on) {
 void Decoder::command(std::uint32_t item) {
   state_.mask |= item;
   commanded_ |= item;
+  if (item == DecoderUpdate::speed_bit) has_speed_here_ = true;
   complete({});
 }
 
 void Decoder::mark_out_of_date(std::uint32_t items) {
   const auto moves = DecoderUpdate::speed_bit | DecoderUpdate::direction_bit;
   const auto commanded = commands_enabled_ ? commanded_ : commanded_ & ~moves;
-  if (!retired_) state_.mask |= commanded & items;
+  if (retired_) return;
+  state_.mask |= commanded & items;
+  if ((state_.mask & DecoderUpdate::speed_bit) != 0) has_speed_here_ = true;
 }
 
 // --- Reconciling ---
@@ -176,8 +179,13 @@ sigc::signal<void, const Decoder&>& Decoder::signal_out_of_reach() {
   return *signal;
 }
 
+void Decoder::leave_address() {
+  signal_out_of_reach().emit(*this);
+  has_speed_here_ = false;
+}
+
 void Decoder::retire() {
-  if (!retired_) signal_out_of_reach().emit(*this);
+  if (!retired_) leave_address();
   retired_ = true;
   ++round_;
   state_.mask = 0;
@@ -193,7 +201,7 @@ Device& Decoder::driving_device() const {
 
 void Decoder::set_device(Device* device) {
   if (device == device_) return;
-  signal_out_of_reach().emit(*this);
+  leave_address();
   signal_changing_.emit();
   device_ = device;
   follow_device();
@@ -222,7 +230,7 @@ void Decoder::set_type(DecoderType type) {
 
 void Decoder::set_address(Address address) {
   if (address == address_) return;
-  signal_out_of_reach().emit(*this);
+  leave_address();
   signal_changing_.emit();
   address_ = address;
   signal_changed_.emit();
@@ -237,7 +245,7 @@ void Decoder::set_speed_ratio(double ratio) {
 
 void Decoder::set_commands_enabled(bool enabled) {
   if (enabled == commands_enabled_) return;
-  signal_out_of_reach().emit(*this);
+  leave_address();
   signal_changing_.emit();
   commands_enabled_ = enabled;
   signal_changed_.emit();

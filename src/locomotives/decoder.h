@@ -51,6 +51,9 @@ class Decoder : public DrivenDecoder {
   /// Its locomotive has gone: sends nothing more and follows no device.
   void retire();
   [[nodiscard]] bool is_retired() const override { return retired_; }
+  /// Whether a speed was commanded since the decoder has been addressed as it is now. What it was
+  /// told under another address is no matter of this one.
+  [[nodiscard]] bool has_speed_here() const { return has_speed_here_; }
 
   /// Null stands for the layout's default device.
   [[nodiscard]] Device* get_device() const { return device_; }
@@ -88,6 +91,7 @@ class Decoder : public DrivenDecoder {
 
  private:
   void command(std::uint32_t item);
+  void leave_address();
   void save_speed(YAML::Emitter& out) const;
   void save_disabled_speed(YAML::Emitter& out) const;
 
@@ -96,6 +100,7 @@ class Decoder : public DrivenDecoder {
   bool commands_enabled_ = true;
   bool reverse_ = false;
   bool retired_ = false;
+  bool has_speed_here_ = false;
   std::uint32_t commanded_ = 0;  // the items that were ever marked out of date
   unsigned round_ = 0;           // of sending
   sigc::signal<void> signal_changed_;

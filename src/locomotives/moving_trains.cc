@@ -23,7 +23,8 @@ bool drives(const Device* device, const Decoder& decoder) {
 }
 
 bool is_commanded_to_move(const Decoder& decoder) {
-  return decoder.get_speed() != 0 && decoder.get_speed() != DecoderUpdate::emergency_stop;
+  return decoder.has_speed_here() && decoder.get_speed() != 0 &&
+         decoder.get_speed() != DecoderUpdate::emergency_stop;
 }
 
 /// The locomotive first, so that its throttle shows it; then what a script goes on commanding.

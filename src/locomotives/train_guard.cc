@@ -16,6 +16,9 @@ namespace {
 
 /// Short, since a program may hang just after a train has set out.
 constexpr std::chrono::milliseconds beat_interval(250);
+/// A guard that ends sooner cannot have worked.
+constexpr std::chrono::seconds shortest_life(2);
+constexpr std::chrono::seconds pause_between_starts(10);
 
 bool any_train_drives() {
   bool drives = false;
@@ -96,10 +99,28 @@ void TrainGuard::tell(const guard::Message& message) {
 
 void TrainGuard::on_ended(int status) {
   has_ended_ = true;
-  if (status != GuardProcess::has_stopped) return;
-  set_status(Glib::ustring::compose(
-      _("The guard has switched the track power off: Zemblar had done nothing for %1 seconds."),
-      guard::longest_silence.count()));
+  ended_ = Clock::now();
+  if (status == GuardProcess::has_stopped) {
+    stopped_.tell(Glib::ustring::compose(
+        _("The guard has switched the track power off: Zemblar had done nothing for %1 seconds."),
+        guard::longest_silence.count()));
+  } else if (ended_ - began_ < shortest_life) {
+    tell_missing(_("it ends at once"));
+  }
+}
+
+void TrainGuard::tell_missing(const Glib::ustring& why) {
+  missing_.tell(Glib::ustring::compose(
+      _("There is no guard: trains drive on if Zemblar ends by itself. %1 cannot be started: %2"),
+      readable(program_), why));
+}
+
+// The station's own word about its power comes some time after the guard's end.
+void TrainGuard::follow_power() {
+  if (process_ && Clock::now() - began_ > shortest_life) missing_.take_back();
+  if (!stopped_.is_told() || Clock::now() - ended_ < shortest_life) return;
+  const auto is_on = [](const auto& one) { return one.first->track_power(); };
+  if (std::ranges::any_of(told_, is_on)) stopped_.take_back();
 }
 
 void TrainGuard::end_process() {
@@ -112,19 +133,19 @@ void TrainGuard::begin_to_beat() {
   heart_ = Timeout::every(beat_interval, [this] {
     if (has_ended_) end_process();
     follow();
+    follow_power();
     return true;
   });
 }
 
 bool TrainGuard::start() try {
+  if (missing_.is_told() && Clock::now() - began_ < pause_between_starts) return false;
+  began_ = Clock::now();
   process_ = std::make_unique<GuardProcess>(program_);
   process_->signal_ended().connect(sigc::mem_fun(*this, &TrainGuard::on_ended));
-  missing_.take_back();
   return true;
 } catch (const std::system_error& error) {
-  missing_.tell(Glib::ustring::compose(
-      _("There is no guard: trains drive on if Zemblar ends by itself. %1 cannot be started: %2"),
-      program_, readable(error.code().message())));
+  tell_missing(readable(error.code().message()));
   return false;
 }
 

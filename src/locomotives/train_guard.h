@@ -36,6 +36,8 @@ class TrainGuard : public sigc::trackable {
   void follow();
   void begin_to_beat();
   bool start();
+  void tell_missing(const Glib::ustring& why);
+  void follow_power();
   void end_process();
   void on_ended(int status);
   void update(const Stations& stations);
@@ -48,7 +50,10 @@ class TrainGuard : public sigc::trackable {
   Stations told_;
   std::map<const Device*, ScopedConnection> watched_;  // devices that may be gone meanwhile
   Timeout heart_;
+  Clock::time_point began_{};
+  Clock::time_point ended_{};
   StatusNote missing_;
+  StatusNote stopped_;  // until the track power is on again
 };
 
 }  // namespace zemblar

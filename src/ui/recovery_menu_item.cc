@@ -6,6 +6,7 @@
 
 #include "core/i18n.h"
 #include "core/recovery_copy.h"
+#include "ui/trains_standing.h"
 
 namespace zemblar {
 namespace {
@@ -27,7 +28,9 @@ Glib::ustring label_of(const KeptText& kept) {
 /// The entries are made anew when one has been opened: not while it is being served.
 void open_later(const std::string& file) {
   Glib::signal_idle().connect_once([file] {
-    if (auto* copies = RecoveryCopy::get()) copies->open(file);
+    trains_standing().begin([file] {
+      if (auto* copies = RecoveryCopy::get()) copies->open(file);
+    });
   });
 }
 

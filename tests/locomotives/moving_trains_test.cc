@@ -35,9 +35,18 @@ TEST_F(MovingTrainsTest, stop_where_they_were_addressed_before_they_are_out_of_r
          lok.add_decoder();
          lok.remove_decoder(0);
        }},
-      {"another address", [](Lok& lok) { lok.get_decoders()[0]->set_address(Address(77)); }},
+      {"another address, and another",
+       [](Lok& lok) {
+         lok.get_decoders()[0]->set_address(Address(77));
+         lok.get_decoders()[0]->set_address(Address(78));
+       }},
       {"another device", [&](Lok& lok) { lok.get_decoders()[0]->set_device(other); }},
-      {"disabled", [](Lok& lok) { lok.get_decoders()[0]->set_commands_enabled(false); }},
+      {"disabled, and enabled again",
+       [](Lok& lok) {
+         lok.get_decoders()[0]->set_commands_enabled(false);
+         lok.set_speed(lok.get_speed());
+         lok.get_decoders()[0]->set_commands_enabled(true);
+       }},
   };
   for (const auto& [what, act] : actions) {
     for (const unsigned speed : {60u, 0u}) {
