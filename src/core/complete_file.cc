@@ -64,14 +64,13 @@ bool CompleteFile::was_written_with(const std::string& digest) const {
   return !digests_.empty() && digests_.front() == digest;
 }
 
-void CompleteFile::set_damaged_aside() {
-  auto aside = path_ + ".damaged";
-  while (Glib::file_test(aside, Glib::FILE_TEST_EXISTS)) aside += ".damaged";
+void CompleteFile::set_aside() const {
   const auto name = Glib::filename_display_name(path_);
-  if (g_rename(path_.c_str(), aside.c_str()) != 0) {
+  const auto aside = mark_damaged(path_);
+  if (aside.empty()) {
     throw Gio::Error(Gio::Error::FAILED,
-                     Glib::ustring::compose(_("Couldn't save %1: it is damaged, and cannot be kept "
-                                              "under another name."),
+                     Glib::ustring::compose(_("Couldn't save %1: what is there is damaged, and its "
+                                              "folder takes no other name for it. Choose Save As."),
                                             name));
   }
   set_status(Glib::ustring::compose(_("%1 was damaged, and is kept as %2."), name,
@@ -79,7 +78,7 @@ void CompleteFile::set_damaged_aside() {
 }
 
 void CompleteFile::write(std::vector<std::string> digests, std::string_view text) {
-  if (exists() && !read()) set_damaged_aside();
+  if (exists() && !read()) set_aside();
   digests_ = std::move(digests);
   text_ = text;
   std::ostringstream out;

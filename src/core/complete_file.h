@@ -42,7 +42,7 @@ class CompleteFile {
   void remove();
 
  private:
-  void set_damaged_aside();
+  void set_aside() const;
 
   std::string layout_;
   std::string path_;

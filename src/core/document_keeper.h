@@ -24,7 +24,6 @@ class DocumentKeeper {
   virtual void saved() = 0;
   /// The layout file at this path cannot be opened, nor can a complete file that belongs to it.
   virtual void could_not_open(const std::string& path) = 0;
-
   /// The layout file at this path has been opened, so a complete file beside it is of another time.
   virtual void opened_whole(const std::string& path) = 0;
 

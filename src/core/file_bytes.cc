@@ -1,7 +1,9 @@
 #include "core/file_bytes.h"
 
 #include <fcntl.h>
+#include <glib/gstdio.h>
 #include <glibmm/checksum.h>
+#include <glibmm/fileutils.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -40,6 +42,12 @@ std::optional<FileBytes> read_regular_file(const std::string& path, std::size_t 
   }
   ::close(fd);
   return file;
+}
+
+std::string mark_damaged(const std::string& path) {
+  auto aside = path + ".damaged";
+  while (Glib::file_test(aside, Glib::FILE_TEST_EXISTS)) aside += ".damaged";
+  return g_rename(path.c_str(), aside.c_str()) == 0 ? aside : std::string();
 }
 
 std::string digest_of(const std::string& bytes) {

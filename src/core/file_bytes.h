@@ -21,6 +21,10 @@ struct FileBytes {
 [[nodiscard]] std::optional<FileBytes> read_regular_file(
     const std::string& path, std::size_t limit = std::numeric_limits<std::size_t>::max());
 
+/// Gives a damaged file a name of its own that ends in `.damaged`, and returns it. Empty when the
+/// folder does not allow that.
+[[nodiscard]] std::string mark_damaged(const std::string& path);
+
 /// SHA-256, in hexadecimal digits.
 [[nodiscard]] std::string digest_of(const std::string& bytes);
 

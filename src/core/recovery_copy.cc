@@ -304,7 +304,7 @@ void RecoveryCopy::opened_whole(const std::string& path) {
   refresh();
 }
 
-/// These are work of an earlier run, or of an earlier time in this one.
+/// Takes files with work of an earlier run, or of an earlier time in this one.
 void RecoveryCopy::adopt(const std::vector<std::string>& files) {
   for (const auto& file : files) {
     if (auto about = RecoveryFolder::read(file)) {

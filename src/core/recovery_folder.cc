@@ -20,7 +20,6 @@ namespace {
 
 constexpr std::string_view current_extension = ".current";
 constexpr std::string_view aside_extension = ".kept";
-constexpr std::string_view damaged_extension = ".damaged";
 // What the toolkit calls its temporary files.
 constexpr std::string_view left_behind = ".goutputstream-";
 constexpr std::ptrdiff_t kept_count = 20;
@@ -151,9 +150,8 @@ void RecoveryFolder::prune() const {
 }
 
 std::string RecoveryFolder::set_damaged(const std::string& file) const {
-  auto damaged = file + std::string(damaged_extension);
-  while (Glib::file_test(damaged, Glib::FILE_TEST_EXISTS)) damaged += damaged_extension;
-  return g_rename(file.c_str(), damaged.c_str()) == 0 ? damaged : file;
+  const auto damaged = mark_damaged(file);
+  return damaged.empty() ? file : damaged;
 }
 
 std::vector<std::string> RecoveryFolder::set_damaged_aside() const {

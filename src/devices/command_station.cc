@@ -24,9 +24,15 @@ void CommandStation::on_deleting() {
   Device::on_deleting();
 }
 
+sigc::signal<void, Device&>& CommandStation::signal_leaving_default() {
+  static auto* signal = new sigc::signal<void, Device&>;
+  return *signal;
+}
+
 void CommandStation::set_use_as_default(bool on) {
   if (on == use_as_default_) return;
   before_change();
+  if (!on) signal_leaving_default().emit(*this);
   use_as_default_ = on;
   on ? join_default() : leave_default();
   notify_property(*this, default_property_);

@@ -26,6 +26,8 @@ class CommandStation : public Device {
   [[nodiscard]] bool get_use_as_default() const { return use_as_default_; }
   /// Takes effect at once.
   void set_use_as_default(bool on);
+  /// A station is about to leave default use, though it stays in service.
+  static sigc::signal<void, Device&>& signal_leaving_default();
   void restore(const EntryChange& change) override;
 
   /// "DCC/Power" fully; "DCC" and all else of it partly.

@@ -99,7 +99,8 @@ struct StationStatus {
 
 /// The track power that a broadcast tells of: 0x61 0x00 is off, 0x61 0x01 on. Nothing for another.
 [[nodiscard]] std::optional<bool> read_power(const Bytes& broadcast);
-/// The frame in which a station tells everybody that its track power is off.
+/// The frame in which a station tells everybody that its track power is off, as it answers the
+/// order to switch it off. An answer to the asker alone may belong to an earlier request.
 inline const Bytes power_is_off = {0xff, 0xfd, 0x61, 0x00, 0x61};
 
 }  // namespace zemblar::liusb

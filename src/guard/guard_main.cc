@@ -17,8 +17,9 @@ namespace {
 
 constexpr int usage_error = 2;
 
-/// What ends the whole session or the program's terminal must not end the guard before the program.
+/// The end of the session or of the program's terminal must not end the guard before the program.
 void outlive_program() {
+  ::setsid();
   for (const int number : {SIGHUP, SIGINT, SIGTERM, SIGPIPE}) std::signal(number, SIG_IGN);
 }
 

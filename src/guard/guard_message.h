@@ -9,7 +9,7 @@
 
 namespace zemblar {
 
-/// What the program tells its guard, a datagram each.
+/// The messages from the program to its guard, a datagram each.
 namespace guard {
 
 /// How long the program may give no sign of life while a train drives.

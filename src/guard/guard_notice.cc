@@ -59,7 +59,7 @@ void notify(const Glib::ustring& summary, const Glib::ustring& body) try {
   bus->call_sync("/org/freedesktop/Notifications", "org.freedesktop.Notifications", "Notify",
                  notification(summary, body), "org.freedesktop.Notifications", answer_time);
 } catch (const Glib::Error&) {
-  // Nobody shows notifications; the log has it.
+  // No program shows notifications; the log has the text.
 }
 
 }  // namespace

@@ -1,29 +1,25 @@
 #include "guard/guard_process.h"
 
 #include <fcntl.h>
-#include <glibmm/main.h>
-#include <spawn.h>
+#include <glibmm/error.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <array>
 #include <csignal>
 #include <filesystem>
-#include <system_error>
 #include <utility>
 
 namespace zemblar {
 namespace {
 
 constexpr int channel_in_guard = 3;
-constexpr std::array crashes = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT};
+constexpr std::array crashes = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP};
 
 // For the handler, which may read nothing else.
 volatile std::sig_atomic_t crash_channel = -1;
 std::array<struct sigaction, crashes.size()> former;
 
-/// Closes the channel and leaves the rest to who handled the signal before: the system as a rule.
+/// Closes the channel and leaves the rest to the former handler, as a rule the system's.
 extern "C" void on_crash(int number) {
   ::shutdown(crash_channel, SHUT_RDWR);
   for (std::size_t i = 0; i < crashes.size(); ++i) ::sigaction(crashes[i], &former[i], nullptr);
@@ -50,45 +46,20 @@ void close_channel_at_crash(int channel) {
   for (std::size_t i = 0; i < crashes.size(); ++i) ::sigaction(crashes[i], &action, &former[i]);
 }
 
-void throw_if(int error) {
-  if (error != 0) throw std::system_error(error, std::generic_category());
-}
-
-struct FileActions {
-  FileActions() { throw_if(::posix_spawn_file_actions_init(&actions)); }
-  ~FileActions() { ::posix_spawn_file_actions_destroy(&actions); }
-  FileActions(const FileActions&) = delete;
-  FileActions& operator=(const FileActions&) = delete;
-  posix_spawn_file_actions_t actions{};
-};
-
-struct Attributes {
-  Attributes() { throw_if(::posix_spawnattr_init(&attributes)); }
-  ~Attributes() { ::posix_spawnattr_destroy(&attributes); }
-  Attributes(const Attributes&) = delete;
-  Attributes& operator=(const Attributes&) = delete;
-  posix_spawnattr_t attributes{};
-};
-
-// In a session of its own, with nothing of the program's but the channel: what the program holds
-// must be free when it has ended.
-pid_t spawn(const std::string& program, int channel) {
-  FileActions files;
-  auto* actions = &files.actions;
-  for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    throw_if(::posix_spawn_file_actions_addopen(actions, standard, "/dev/null", O_RDWR, 0));
-  }
-  throw_if(::posix_spawn_file_actions_adddup2(actions, channel, channel_in_guard));
-  throw_if(::posix_spawn_file_actions_addclosefrom_np(actions, channel_in_guard + 1));
-  throw_if(::posix_spawn_file_actions_addchdir_np(actions, "/"));
-  Attributes session;
-  throw_if(::posix_spawnattr_setflags(&session.attributes, POSIX_SPAWN_SETSID));
-  auto name = program;
-  auto argument = std::to_string(channel_in_guard);
-  const std::array<char*, 3> arguments = {name.data(), argument.data(), nullptr};
-  pid_t process = 0;
-  throw_if(::posix_spawn(&process, program.c_str(), actions, &session.attributes, arguments.data(),
-                         environ));
+// With nothing of the program's but the channel: what the program holds must be free when it has
+// ended.
+GSubprocess* spawn(const std::string& program, int channel) {
+  const auto silent = static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_SILENCE |
+                                                    G_SUBPROCESS_FLAGS_STDERR_SILENCE);
+  auto* launcher = g_subprocess_launcher_new(silent);
+  g_subprocess_launcher_set_cwd(launcher, "/");
+  g_subprocess_launcher_take_fd(launcher, ::fcntl(channel, F_DUPFD_CLOEXEC, 0), channel_in_guard);
+  const auto argument = std::to_string(channel_in_guard);
+  GError* error = nullptr;
+  auto* process =
+      g_subprocess_launcher_spawn(launcher, &error, program.c_str(), argument.c_str(), nullptr);
+  g_object_unref(launcher);
+  if (!process) Glib::Error::throw_exception(error);
   return process;
 }
 
@@ -98,14 +69,14 @@ GuardProcess::GuardProcess(const std::string& program)
     : GuardProcess(GuardChannel::make_pair(), program) {}
 
 GuardProcess::GuardProcess(std::pair<GuardChannel, GuardChannel> ends, const std::string& program)
-    : channel_(std::move(ends.first)) {
-  process_ = spawn(program, ends.second.descriptor());
+    : channel_(std::move(ends.first)), process_(spawn(program, ends.second.descriptor())) {
   close_channel_at_crash(channel_.descriptor());
-  ended_ = Glib::signal_child_watch().connect(
-      [this](GPid /*process*/, int status) { on_ended(status); }, process_);
+  g_subprocess_wait_async(process_, waiting_->gobj(), &GuardProcess::on_ended, this);
 }
 
 GuardProcess::~GuardProcess() {
+  waiting_->cancel();
+  g_object_unref(process_);
   if (crash_channel == channel_.descriptor()) crash_channel = -1;
 }
 
@@ -120,15 +91,22 @@ bool GuardProcess::tell(const guard::Message& message) {
 
 void GuardProcess::take_leave() {
   if (!tell(guard::Leave{})) kill();
-  ended_.disconnect();
+  waiting_->cancel();
 }
 
 void GuardProcess::kill() const {
-  if (ended_.connected()) ::kill(process_, SIGKILL);
+  g_subprocess_force_exit(process_);
 }
 
-void GuardProcess::on_ended(int status) {
-  signal_ended_.emit(WIFEXITED(status) ? WEXITSTATUS(status) : -1);
+// The object may be gone when nobody waits any more.
+void GuardProcess::on_ended(GObject* /*source*/, GAsyncResult* result, gpointer guard) {
+  auto* process = G_SUBPROCESS(g_async_result_get_source_object(result));
+  if (g_subprocess_wait_finish(process, result, nullptr)) {
+    const int status =
+        g_subprocess_get_if_exited(process) ? g_subprocess_get_exit_status(process) : -1;
+    static_cast<GuardProcess*>(guard)->signal_ended_.emit(status);
+  }
+  g_object_unref(process);
 }
 
 }  // namespace zemblar

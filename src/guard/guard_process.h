@@ -1,14 +1,14 @@
 #pragma once
 
+#include <gio/gio.h>
+#include <giomm/cancellable.h>
 #include <sigc++/signal.h>
-#include <sys/types.h>
 
-#include <optional>
 #include <string>
+#include <utility>
 
 #include "guard/guard_channel.h"
 #include "guard/guard_message.h"
-#include "runtime/scoped_connection.h"
 
 namespace zemblar {
 
@@ -21,7 +21,8 @@ class GuardProcess {
   /// The guard's exit status when it has switched the track power off.
   static constexpr int has_stopped = 3;
 
-  /// Starts the guard from that file. Throws std::system_error.
+  /// Starts the guard from that file. Throws Glib::Error, and std::system_error without
+  /// descriptors.
   explicit GuardProcess(const std::string& program);
   /// The guard takes it for a crash unless `take_leave` came before.
   ~GuardProcess();
@@ -44,11 +45,11 @@ class GuardProcess {
 
  private:
   explicit GuardProcess(std::pair<GuardChannel, GuardChannel> ends, const std::string& program);
-  void on_ended(int status);
+  static void on_ended(GObject* source, GAsyncResult* result, gpointer guard);
 
   GuardChannel channel_;
-  pid_t process_;
-  ScopedConnection ended_;
+  GSubprocess* process_;  // one reference is this object's
+  Glib::RefPtr<Gio::Cancellable> waiting_ = Gio::Cancellable::create();
   sigc::signal<void, int> signal_ended_;
 };
 

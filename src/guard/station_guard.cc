@@ -3,7 +3,9 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <thread>
 #include <utility>
 
@@ -21,11 +23,12 @@ bool StationGuard::hears_in_time() const {
   const auto end = steady_clock::now() + longest_silence;
   for (;;) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - steady_clock::now());
-    if (driving_ && left.count() <= 0) return false;
+    const auto rest = static_cast<int>(std::max<std::int64_t>(left.count(), 0));
     pollfd watched{channel_.descriptor(), POLLIN, 0};
-    const auto ready = ::poll(&watched, 1, driving_ ? static_cast<int>(left.count()) : -1);
+    const auto ready = ::poll(&watched, 1, driving_ ? rest : -1);
     if (ready > 0) return true;
-    if (ready < 0 && errno != EINTR) return true;  // the channel tells what is wrong
+    if (ready == 0) return false;
+    if (errno != EINTR) return true;  // the channel tells what is wrong
   }
 }
 

@@ -41,7 +41,7 @@ class StationGuard {
   bool left_ = false;
 };
 
-/// What has come of the order to one station.
+/// The result of the order to one station.
 struct Outcome {
   std::string name{};
   bool stopped = false;

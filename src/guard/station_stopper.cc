@@ -10,7 +10,6 @@
 #include <array>
 #include <cerrno>
 #include <memory>
-#include <optional>
 #include <string>
 #include <thread>
 
@@ -94,10 +93,10 @@ bool stop_over_network(const StopOrder& order, Clock::time_point end) {
   return stopped;
 }
 
-// What the program had not sent yet would come before the order.
+// The program's last bytes go out before the order: half a frame would swallow it.
 bool stop_over_line(const StopOrder& order, Clock::time_point end) {
   ::fcntl(order.line, F_SETFL, ::fcntl(order.line, F_GETFL) | O_NONBLOCK);
-  ::tcflush(order.line, TCIOFLUSH);
+  ::tcflush(order.line, TCIFLUSH);
   return talk(order.line, order, end);
 }
 

@@ -4,8 +4,8 @@
 
 namespace zemblar {
 
-/// What switches the track power of one command station off from outside the program: where to
-/// send which bytes, and what the answer holds when the power is off.
+/// The order that switches the track power of one command station off from outside the program:
+/// its way, its bytes, and the bytes in the answer that confirm it.
 struct StopOrder {
   std::string host{};  ///< numeric address of a station on the network; empty for a serial line
   unsigned port = 0;

@@ -23,10 +23,12 @@ LastStop::LastStop(const Decoder& decoder, Device& device)
 }
 
 void LastStop::send(const Decoder& decoder) {
-  if (!may_move(decoder) || Layout::get().is_emptying()) return;
-  auto& device = decoder.driving_device();
-  if (!device.active()) return;
-  const auto stop = Glib::RefPtr<LastStop>(new LastStop(decoder, device));
+  if (!Layout::get().is_emptying()) send_to(decoder.driving_device(), decoder);
+}
+
+void LastStop::send_to(Device& station, const Decoder& decoder) {
+  if (!may_move(decoder) || !station.active()) return;
+  const auto stop = Glib::RefPtr<LastStop>(new LastStop(decoder, station));
   stop->request();
 }
 

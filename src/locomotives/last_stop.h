@@ -16,6 +16,8 @@ class LastStop : public DrivenDecoder {
  public:
   /// Does nothing for a decoder that is to stand, or whose device is out of service.
   static void send(const Decoder& decoder);
+  /// The same by a station that drives the decoder besides others.
+  static void send_to(Device& station, const Decoder& decoder);
 
   void complete(const DecoderUpdate& delivered) override;
 

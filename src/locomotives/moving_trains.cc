@@ -1,9 +1,8 @@
 #include "locomotives/moving_trains.h"
 
-#include <algorithm>
-
 #include "core/layout.h"
 #include "devices/default_device.h"
+#include "locomotives/last_stop.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_registry.h"
 
@@ -12,14 +11,25 @@ namespace {
 
 constexpr std::chrono::milliseconds look_interval(10);
 
+using Visit = std::function<void(Lok& lok, Decoder& decoder)>;
+
+void for_each_decoder(const Visit& visit) {
+  for_each_lok(Layout::get().get_loks(), [&](Lok& lok) {
+    for (const auto& decoder : lok.get_decoders()) visit(lok, *decoder.operator->());
+  });
+}
+
+bool is_in_default_use(const Device& device) {
+  return Layout::get().get_default_device().devices().contains(const_cast<Device*>(&device));
+}
+
 /// Whether that device, or any if it is null, is in service and drives the decoder. The default
 /// device drives by all its stations.
 bool drives(const Device* device, const Decoder& decoder) {
   const auto& driving = decoder.driving_device();
   const auto& defaults = Layout::get().get_default_device();
   if (&driving != &defaults) return driving.active() && (!device || device == &driving);
-  return std::ranges::any_of(defaults.devices(),
-                             [&](const Device* one) { return !device || device == one; });
+  return device ? is_in_default_use(*device) : !defaults.devices().empty();
 }
 
 bool is_commanded_to_move(const Decoder& decoder) {
@@ -29,14 +39,10 @@ bool is_commanded_to_move(const Decoder& decoder) {
 
 /// The locomotive first, so that its throttle shows it; then what a script goes on commanding.
 void stop_trains(const Device* device) {
-  for_each_lok(Layout::get().get_loks(), [&](Lok& lok) {
-    for (const auto& decoder : lok.get_decoders()) {
-      if (!is_commanded_to_move(*decoder.operator->()) || !drives(device, *decoder.operator->())) {
-        continue;
-      }
-      if (lok.get_speed() != 0) lok.set_speed(0);
-      if (is_commanded_to_move(*decoder.operator->())) decoder->set_speed(0);
-    }
+  for_each_decoder([&](Lok& lok, Decoder& decoder) {
+    if (!is_commanded_to_move(decoder) || !drives(device, decoder)) return;
+    if (lok.get_speed() != 0) lok.set_speed(0);
+    if (is_commanded_to_move(decoder)) decoder.set_speed(0);
   });
 }
 
@@ -46,19 +52,33 @@ bool may_move(const Decoder& decoder) {
   return is_commanded_to_move(decoder) || (decoder.state().mask & DecoderUpdate::speed_bit) != 0;
 }
 
-bool any_train_moves(const Device* device) {
-  bool moves = false;
-  for_each_lok(Layout::get().get_loks(), [&](const Lok& lok) {
-    for (const auto& decoder : lok.get_decoders()) {
-      moves = moves || (may_move(*decoder.operator->()) && drives(device, *decoder.operator->()));
-    }
-  });
-  return moves;
+bool any_train_may_move() {
+  bool any = false;
+  for_each_decoder([&](const Lok&, const Decoder& decoder) { any = any || may_move(decoder); });
+  return any;
 }
 
-void StandStill::begin(std::function<void()> then, const Device* device) {
-  if (under_way()) return;
-  if (!any_train_moves(device)) return then();
+bool any_train_moves(const Device* device) {
+  bool any = false;
+  for_each_decoder([&](const Lok&, const Decoder& decoder) {
+    any = any || (may_move(decoder) && drives(device, decoder));
+  });
+  return any;
+}
+
+void stop_before_leaving_default(Device& station) {
+  if (Layout::get().is_emptying() || !is_in_default_use(station)) return;
+  for_each_decoder([&](const Lok&, const Decoder& decoder) {
+    if (!decoder.get_device()) LastStop::send_to(station, decoder);
+  });
+}
+
+bool StandStill::begin(std::function<void()> then, const Device* device) {
+  if (under_way()) return false;
+  if (!any_train_moves(device)) {
+    then();
+    return true;
+  }
   stop_trains(device);
   const auto end = Clock::now() + patience;
   look_ = Timeout::every(look_interval, [device, end, then = std::move(then)] {
@@ -70,6 +90,7 @@ void StandStill::begin(std::function<void()> then, const Device* device) {
     go_on();
     return false;
   });
+  return true;
 }
 
 }  // namespace zemblar

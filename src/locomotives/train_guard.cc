@@ -7,8 +7,6 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "devices/device.h"
-#include "locomotives/lok.h"
-#include "locomotives/lok_registry.h"
 #include "locomotives/moving_trains.h"
 
 namespace zemblar {
@@ -19,15 +17,8 @@ constexpr std::chrono::milliseconds beat_interval(250);
 /// A guard that ends sooner cannot have worked.
 constexpr std::chrono::seconds shortest_life(2);
 constexpr std::chrono::seconds pause_between_starts(10);
-
-bool any_train_drives() {
-  bool drives = false;
-  for_each_lok(Layout::get().get_loks(), [&](const Lok& lok) {
-    for (const auto& decoder : lok.get_decoders())
-      drives = drives || may_move(*decoder.operator->());
-  });
-  return drives;
-}
+/// In characters, for a message to the guard must not be too long.
+constexpr std::size_t longest_name = 100;
 
 std::string key_of(const Device* device) {
   return std::to_string(reinterpret_cast<std::uintptr_t>(device));
@@ -45,6 +36,7 @@ TrainGuard::TrainGuard(std::string program) : program_(std::move(program)) {
 
 void TrainGuard::take_leave() {
   heart_.cancel();
+  has_ended_ = true;  // for whatever happens until the program's end
   if (process_) process_->take_leave();
   process_.reset();
 }
@@ -64,7 +56,9 @@ TrainGuard::Stations TrainGuard::find_stations() {
     const auto* device = dynamic_cast<const Device*>(object);
     if (!device || device->is_deleting()) continue;
     if (const auto order = device->stop_order()) {
-      stations[device] = {.key = key_of(device), .name = device->get_name().raw(), .order = *order};
+      stations[device] = {.key = key_of(device),
+                          .name = device->get_name().substr(0, longest_name).raw(),
+                          .order = *order};
     }
   }
   return stations;
@@ -87,7 +81,7 @@ void TrainGuard::update(const Stations& stations) {
     const auto former = told.find(device);
     if (former == told.end() || !is_same(former->second, station)) tell(station);
   }
-  tell(guard::Alive{any_train_drives()});
+  tell(guard::Alive{any_train_may_move()});
 }
 
 // A guard that does not listen must not wake up later and take the program for dead.
@@ -144,6 +138,9 @@ bool TrainGuard::start() try {
   process_ = std::make_unique<GuardProcess>(program_);
   process_->signal_ended().connect(sigc::mem_fun(*this, &TrainGuard::on_ended));
   return true;
+} catch (const Glib::Error& error) {
+  tell_missing(error.what());
+  return false;
 } catch (const std::system_error& error) {
   tell_missing(readable(error.code().message()));
   return false;

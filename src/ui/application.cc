@@ -9,6 +9,7 @@
 #include "core/i18n.h"
 #include "core/recovery_copy.h"
 #include "core/status.h"
+#include "devices/command_station.h"
 #include "devices/hw_list.h"
 #include "locomotives/decoder.h"
 #include "locomotives/last_stop.h"
@@ -90,6 +91,7 @@ Application::Application(StartOptions options) {
     keep_work_at_forced_end();
   }
   Decoder::signal_out_of_reach().connect(sigc::ptr_fun(&LastStop::send));
+  CommandStation::signal_leaving_default().connect(sigc::ptr_fun(&stop_before_leaving_default));
   HWList::get();
   tray_ = std::make_unique<Tray>(Layout::get());
   tray_->watch_for_a_place();

@@ -59,7 +59,7 @@ void append_tool_button(Gtk::Toolbar& toolbar, const Gtk::StockID& id, const Gli
 }  // namespace
 
 void new_layout() {
-  trains_standing().begin([] {
+  when_trains_stand([] {
     GlobalOptions::get().set_layout({});
     Layout::get().new_document(true);
   });

@@ -142,7 +142,7 @@ void install_layout_dialogs() {
 }
 
 void open_as_chosen(const std::string& path) {
-  trains_standing().begin([path] {
+  when_trains_stand([path] {
     if (Layout::open(path)) GlobalOptions::get().set_layout(path);
   });
 }

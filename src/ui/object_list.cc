@@ -324,10 +324,10 @@ void ObjectList::delete_selected() {
   if (!object || !object->get_deletable()) return;
   const auto* device = dynamic_cast<Device*>(object);
   if (!device) return delete_now(*object);
-  // Nobody else reaches what it drives. The slot goes with the list.
+  // No other device reaches what it drives. The slot goes with the list.
   const auto going = std::make_shared<ObjectRef<Object>>(object);
   const sigc::slot<void, Object&> go_on = sigc::mem_fun(*this, &ObjectList::delete_now);
-  trains_standing().begin(
+  when_trains_stand(
       [go_on, going] {
         if (*going) go_on(**going);
       },

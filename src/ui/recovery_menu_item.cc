@@ -28,7 +28,7 @@ Glib::ustring label_of(const KeptText& kept) {
 /// The entries are made anew when one has been opened: not while it is being served.
 void open_later(const std::string& file) {
   Glib::signal_idle().connect_once([file] {
-    trains_standing().begin([file] {
+    when_trains_stand([file] {
       if (auto* copies = RecoveryCopy::get()) copies->open(file);
     });
   });

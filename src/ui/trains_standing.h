@@ -1,11 +1,13 @@
 #pragma once
 
-#include "locomotives/moving_trains.h"
+#include <functional>
 
 namespace zemblar {
 
-/// What a person does next to the document has to wait here until the trains stand. One action at a
-/// time: another is dropped while one waits.
-StandStill& trains_standing();
+class Device;
+
+/// Calls `action` when the trains stand that a device drives, or all: they are stopped first, which
+/// the status line tells. One action waits at a time; another one is refused with a word there.
+void when_trains_stand(std::function<void()> action, const Device* device = nullptr);
 
 }  // namespace zemblar

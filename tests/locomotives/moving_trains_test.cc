@@ -62,6 +62,19 @@ TEST_F(MovingTrainsTest, stop_where_they_were_addressed_before_they_are_out_of_r
   }
 }
 
+TEST_F(MovingTrainsTest, stop_when_their_station_leaves_default_use) {
+  add_lok(60);
+  add_lok(0);
+  auto* own = add_lok(40);
+  auto* other = FakeStation::in_service(false);
+  own->get_decoders()[0]->set_device(other);
+  station->sent();
+  stop_before_leaving_default(*other);
+  EXPECT_EQ(station->sent(), FakeStation::Log{}) << "it never was in default use";
+  stop_before_leaving_default(*station);
+  EXPECT_EQ(station->sent(), FakeStation::Log{"3 speed 0"});
+}
+
 TEST_F(MovingTrainsTest, are_waited_for_until_they_stand_or_the_station_is_mute_for_too_long) {
   int done = 0;
   StandStill standing;
