@@ -18,7 +18,7 @@ class LapRuns {
 
   void run(unsigned seeds, std::uint64_t first_seed, double hours);
   [[nodiscard]] bool good() const { return good_ == runs_; }
-  /// What became of all of them, and a line about each of the first that failed.
+  /// Writes the counts, and a line about each of the first evenings that failed.
   void print(std::ostream& out) const;
 
  private:

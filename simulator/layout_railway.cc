@@ -70,7 +70,7 @@ Train* LayoutRailway::find_train(std::string_view name) const {
   return found == track.trains().end() ? nullptr : found->get();
 }
 
-// Those that the layout has, before its bus is looked at.
+// The bus gets the readers that the layout has before it is looked at.
 void LayoutRailway::add_readers() {
   for (const auto* holder : Layout::get().get_devices()) {
     for (const auto* device : *holder) {

@@ -30,7 +30,7 @@ struct LapsResult {
   double longest_stand = 0;  ///< seconds, of a train that was started
 };
 
-/// What is tried: a layout, and what is started in it.
+/// One evening: a layout, and the order in which its trains are started.
 [[nodiscard]] std::vector<std::string> evening_names();
 /// How many orders of starting there are.
 [[nodiscard]] unsigned count_orders(const std::string& evening);

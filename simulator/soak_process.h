@@ -19,7 +19,7 @@ struct Outcome {
 
 /// At the beginning of a line of standard error that is a result of the part.
 inline constexpr std::string_view result_mark = "result ";
-/// What stands behind the mark in the lines that a part has said; other lines are passed on.
+/// The text behind the mark in the lines of a part; other lines are passed on.
 [[nodiscard]] std::vector<std::istringstream> results_of(const Outcome& outcome);
 
 /// Whether it ended in one of the assertions of block control that impossible reports reach.

@@ -106,21 +106,20 @@ void Layout::write_files(const std::string& text, const std::string& former) {
   CompleteFile complete(get_path());
   const bool has_stray = complete.digest() != known_complete_;
   const auto digest = digest_of(text);
-  std::string known_complete;
   if (first_unsaved_) {
     std::vector<std::string> digests{digest};
     if (!former.empty()) digests.push_back(former);
     require_writable(file_);
     const auto whole = portable_text();
-    known_complete = digest_of(whole);
     complete.write(std::move(digests), whole);
-    known_complete_ = known_complete;
+    known_complete_ = digest_of(whole);
   }
   write_safely(file_, text);
   known_digest_ = digest;
-  known_complete_ = known_complete;
-  // One that was not opened here has been kept, if there is anybody to keep it.
-  if (!first_unsaved_ && (!has_stray || DocumentKeeper::get())) complete.remove();
+  if (first_unsaved_) return;
+  known_complete_.clear();
+  // A complete file that was not opened here has been kept by the keeper, if there is one.
+  if (!has_stray || DocumentKeeper::get()) complete.remove();
 }
 
 /// `standing` is a lasting trouble that the status line showed before; it returns after a while.

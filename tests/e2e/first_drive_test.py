@@ -80,7 +80,9 @@ class FirstDrive(DemonstrationTest):
 
     def start_the_scripts(self):
         self.editor.find('tree table', 'Objects').select_row('Scripts')
-        self.editor.find('push button', 'Start Scripts').press()
+        start = self.editor.find('push button', 'Start Scripts')
+        start.press()
+        wait_for(lambda: not start.sensitive, 'scripts that are all awake')
 
     def go_on(self):
         before = self.arrivals()
