@@ -30,7 +30,7 @@ struct LapsResult {
   double longest_stand = 0;  ///< seconds, of a train that was started
 };
 
-/// One evening: a layout, and the order in which its trains are started.
+/// The names of the evenings; each is a layout and the trains that are started in it.
 [[nodiscard]] std::vector<std::string> evening_names();
 /// How many orders of starting there are.
 [[nodiscard]] unsigned count_orders(const std::string& evening);
