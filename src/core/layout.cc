@@ -12,6 +12,7 @@
 #include "core/status.h"
 #include "devices/default_device.h"
 #include "devices/hw_list.h"
+#include "devices/track_power.h"
 
 namespace zemblar {
 namespace {
@@ -19,20 +20,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto pulse_period = 500ms;
-constexpr int full_support = 2;
 
 Layout* current = nullptr;
-
-void for_each_device(const Object& parent, const std::function<void(Device&)>& visit) {
-  for (auto* child : parent) {
-    if (auto* device = dynamic_cast<Device*>(child)) visit(*device);
-    for_each_device(*child, visit);
-  }
-}
-
-bool switches_power(const Device& device) {
-  return device.supports("DCC/Power") == full_support;
-}
 
 }  // namespace
 
@@ -151,7 +140,7 @@ void Layout::recompute_track_power() {
   bool all = true;
   if (auto* devices = toplevels_[static_cast<std::size_t>(Section::devices)]) {
     for_each_device(*devices, [&](Device& device) {
-      if (!switches_power(device) || device.is_deleting()) return;
+      if (!switches_power(device)) return;
       any = true;
       all = all && device.track_power();
     });

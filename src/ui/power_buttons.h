@@ -23,9 +23,8 @@ class PowerButtons : public sigc::trackable {
 
  private:
   void attach(Layout& layout, LayoutFollower::Connections& connections);
-  void watch_devices(const Object& parent);
   void watch(Device& device);
-  void refresh(const Object* leaving);
+  void refresh();
 
   Gtk::ToolButton on_;
   Gtk::ToolButton off_;

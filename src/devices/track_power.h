@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+namespace zemblar {
+
+class Device;
+class Object;
+
+/// The track power of all command stations in service, taken together.
+enum class PowerState {
+  no_station,  ///< none is in service
+  on,
+  off,
+  differs,  ///< some are on, others are off
+};
+
+/// Visits every device below `parent`, at any depth, in the order of the document. What is about to
+/// end is left out.
+void for_each_device(const Object& parent, const std::function<void(Device&)>& visit);
+
+/// Whether the device has track power to switch.
+[[nodiscard]] bool switches_power(const Device& device);
+/// The devices in service below `parent` that switch track power.
+[[nodiscard]] std::vector<Device*> power_stations(const Object& parent);
+[[nodiscard]] PowerState power_state(const std::vector<Device*>& stations);
+
+}  // namespace zemblar
