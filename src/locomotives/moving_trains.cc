@@ -1,5 +1,7 @@
 #include "locomotives/moving_trains.h"
 
+#include <algorithm>
+
 #include "core/layout.h"
 #include "devices/default_device.h"
 #include "locomotives/last_stop.h"
@@ -52,6 +54,11 @@ bool may_move(const Decoder& decoder) {
   return is_commanded_to_move(decoder) || (decoder.state().mask & DecoderUpdate::speed_bit) != 0;
 }
 
+bool may_move(const Lok& lok) {
+  return std::ranges::any_of(lok.get_decoders(),
+                             [](const auto& decoder) { return may_move(*decoder.operator->()); });
+}
+
 bool any_train_may_move() {
   bool any = false;
   for_each_decoder([&](const Lok&, const Decoder& decoder) { any = any || may_move(decoder); });
@@ -64,6 +71,15 @@ bool any_train_moves(const Device* device) {
     any = any || (may_move(decoder) && drives(device, decoder));
   });
   return any;
+}
+
+// What stands here may have been set out by a hand-held throttle of the station.
+void emergency_stop_all() {
+  for (const bool moving : {true, false}) {
+    for_each_lok(Layout::get().get_loks(), [moving](Lok& lok) {
+      if (may_move(lok) == moving) lok.set_emergency_stop(true);
+    });
+  }
 }
 
 void stop_before_leaving_default(Device& station) {

@@ -8,15 +8,21 @@ namespace zemblar {
 
 class Decoder;
 class Device;
+class Lok;
 
 /// Whether the decoder is to move, or was not told yet that it is not.
 [[nodiscard]] bool may_move(const Decoder& decoder);
+/// The same for any decoder of the locomotive.
+[[nodiscard]] bool may_move(const Lok& lok);
 
 /// Whether any locomotive of the current layout may move, though its link may be lost.
 [[nodiscard]] bool any_train_may_move();
 /// Whether any locomotive of the current layout may move that this device drives, or any device if
 /// it is null. What no device in service drives does not count.
 [[nodiscard]] bool any_train_moves(const Device* device = nullptr);
+
+/// An emergency stop of every locomotive of the current layout, those first that may move.
+void emergency_stop_all();
 
 /// Sends a last stop by a station that leaves default use to all that it has driven by that.
 void stop_before_leaving_default(Device& station);
