@@ -3,22 +3,29 @@
 #include <yaml-cpp/yaml.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "core/i18n.h"
+#include "core/layout.h"
 #include "core/property.h"
 #include "diagram/view.h"
 #include "diagram/view_class.h"
 #include "diagram/view_menu.h"
 #include "diagram/view_track.h"
 #include "locomotives/lok.h"
+#include "track/train_condition.h"
 
 namespace zemblar {
 namespace {
 
-constexpr auto font = "Sans 16";
+constexpr auto name_font = "Sans 16";
+constexpr auto note_font = "Sans Bold 10";
 constexpr int highest_step = 126;
 constexpr double empty_grey = 0.5;
+using Rgb = std::array<double, 3>;
+constexpr Rgb note_on_light{0.72, 0.25, 0};
+constexpr Rgb note_on_dark{1, 0.7, 0.2};
 
 const ViewClass::Registration registration(view_class<ViewLabel>("!view-label"));
 
@@ -88,6 +95,7 @@ void ViewLabel::attach(Zone& zone) {
   follow_end(zone);
   lok_changed_ = zone.signal_lok_changed().connect([this] { follow_lok(); });
   renamed_ = zone.property_name().signal_changed().connect([this] { changed(); });
+  pulse_ = Layout::get().signal_pulse().connect([this] { follow(); });
   follow_lok();
 }
 
@@ -97,15 +105,19 @@ void ViewLabel::follow_lok() {
     const auto follow = [this] { this->follow(); };
     lok_signals_.emplace_back(lok->signal_actual_speed_changed().connect(follow));
     lok_signals_.emplace_back(lok->signal_top_speed_changed().connect(follow));
+    lok_signals_.emplace_back(lok->signal_brake_changed().connect(follow));
+    lok_signals_.emplace_back(lok->signal_place_changed().connect(follow));
     lok_signals_.emplace_back(lok->property_name().signal_changed().connect(follow));
   }
   follow();
 }
 
 void ViewLabel::follow() {
-  auto now = live_text();
-  if (now.raw() == text_.raw()) return;
-  text_ = std::move(now);
+  auto text = live_text();
+  auto note = zone_note(*zone_);
+  if (text.raw() == text_.raw() && note.raw() == note_.raw()) return;
+  text_ = std::move(text);
+  note_ = std::move(note);
   changed();
 }
 
@@ -121,30 +133,53 @@ Glib::ustring ViewLabel::live_text() const {
 
 // --- Drawing ---
 
-Glib::RefPtr<Pango::Layout> ViewLabel::lay_out(const Context& context,
-                                               const Glib::ustring& text) const {
-  auto layout = Pango::Layout::create(context);
-  layout->set_font_description(Pango::FontDescription(font));
-  layout->set_text(text);
-  return layout;
+ViewLabel::TextBlock ViewLabel::lay_out(const Context& context, const Glib::ustring& text,
+                                        const char* font) {
+  TextBlock block;
+  block.layout = Pango::Layout::create(context);
+  block.layout->set_font_description(Pango::FontDescription(font));
+  block.layout->set_text(text);
+  const auto extents = block.layout->get_pixel_logical_extents();
+  block.size = {static_cast<double>(extents.get_width()),
+                static_cast<double>(extents.get_height())};
+  return block;
 }
 
-Vector ViewLabel::origin(const Pango::Rectangle& extents) const {
-  return pos_ + anchor_offset(align_, extents.get_width(), extents.get_height());
+ViewLabel::TextBlock ViewLabel::name_block(const Context& context,
+                                           const Glib::ustring& text) const {
+  auto block = lay_out(context, text, name_font);
+  block.corner = pos_ + anchor_offset(align_, block.size.x, block.size.y);
+  return block;
 }
 
-void ViewLabel::draw_text(const Context& context, const Glib::ustring& text) const {
-  const auto layout = lay_out(context, text);
-  const auto place = origin(layout->get_pixel_logical_extents());
-  context->move_to(place.x, place.y);
-  layout->show_in_cairo_context(context);
+// Away from the place, where the track is.
+ViewLabel::TextBlock ViewLabel::note_block(const Context& context, const TextBlock& name) const {
+  auto block = lay_out(context, note_, note_font);
+  const auto spare = name.size.x - block.size.x;
+  const auto middle = name.corner + name.size * 0.5;
+  const bool is_above = middle.y < pos_.y;
+  block.corner = {name.corner.x + (middle.x < pos_.x   ? spare
+                                   : middle.x > pos_.x ? 0
+                                                       : spare / 2),
+                  is_above ? name.corner.y - block.size.y : name.corner.y + name.size.y};
+  return block;
+}
+
+void ViewLabel::draw_words(const Context& context, const TextBlock& block) {
+  context->move_to(block.corner.x, block.corner.y);
+  block.layout->show_in_cairo_context(context);
 }
 
 void ViewLabel::draw_live(const Context& context) {
   if (text_.empty()) return;
   const double ink = get_view() ? get_view()->get_ink() : 0;
   context->set_source_rgb(ink, ink, ink);
-  draw_text(context, text_);
+  const auto name = name_block(context, text_);
+  draw_words(context, name);
+  if (note_.empty()) return;
+  const auto& colour = ink > 0 ? note_on_dark : note_on_light;
+  context->set_source_rgb(colour[0], colour[1], colour[2]);
+  draw_words(context, note_block(context, name));
 }
 
 void ViewLabel::draw_plain(const Context& context, bool selected) {
@@ -153,15 +188,20 @@ void ViewLabel::draw_plain(const Context& context, bool selected) {
   } else {
     context->set_source_rgb(empty_grey, empty_grey, empty_grey);
   }
-  if (zone_) draw_text(context, zone_->get_name());
+  if (zone_) draw_words(context, name_block(context, zone_->get_name()));
 }
 
 PixelBox ViewLabel::runtime_box(const Context& context) {
   if (text_.empty()) return {};
-  const auto extents = lay_out(context, text_)->get_pixel_logical_extents();
-  auto corner = origin(extents);
-  Vector size{static_cast<double>(extents.get_width()), static_cast<double>(extents.get_height())};
-  auto far = corner + size;
+  const auto name = name_block(context, text_);
+  auto corner = name.corner;
+  auto far = name.corner + name.size;
+  if (!note_.empty()) {
+    const auto note = note_block(context, name);
+    corner = {std::min(corner.x, note.corner.x), std::min(corner.y, note.corner.y)};
+    far = {std::max(far.x, note.corner.x + note.size.x),
+           std::max(far.y, note.corner.y + note.size.y)};
+  }
   // Letters may reach a little beyond the space that they are given, at any zoom.
   constexpr double overhang = 4;
   context->user_to_device(corner.x, corner.y);
@@ -174,11 +214,10 @@ PixelBox ViewLabel::runtime_box(const Context& context) {
 
 void ViewLabel::draw_body_tags(const Context& context, bool /*selected*/, SelectionTable& table) {
   if (!zone_) return;
-  const auto extents = lay_out(context, zone_->get_name())->get_pixel_logical_extents();
-  const auto place = origin(extents);
+  const auto name = name_block(context, zone_->get_name());
   add_tag(context, table, std::make_shared<ViewTag>(this));
   context->begin_new_path();
-  context->rectangle(place.x, place.y, extents.get_width(), extents.get_height());
+  context->rectangle(name.corner.x, name.corner.y, name.size.x, name.size.y);
   context->fill();
 }
 

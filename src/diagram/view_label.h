@@ -14,6 +14,9 @@ class Lok;
 /// The name of the locomotive in a zone, and its speed if the track reports that. Without a
 /// locomotive nothing is shown; an editor shows the zone's name in its place.
 ///
+/// What is out of the ordinary, as that the locomotive is held and why, stands in a line of its own
+/// on the far side of the name, which stays where it is.
+///
 /// In a layout file: `zone`, `pos` and `align`, the side of the text that lies at the place, in
 /// capitals.
 class ViewLabel : public ViewObj {
@@ -32,6 +35,8 @@ class ViewLabel : public ViewObj {
   void set_align(Anchor align);
   /// What the operating display shows now.
   [[nodiscard]] const Glib::ustring& get_text() const { return text_; }
+  /// The line beside it; empty while there is nothing to say.
+  [[nodiscard]] const Glib::ustring& get_note() const { return note_; }
 
   Glib::PropertyProxy<int> property_align() { return {this, "align"}; }
 
@@ -50,15 +55,24 @@ class ViewLabel : public ViewObj {
   [[nodiscard]] Glib::ustring live_text() const;
   [[nodiscard]] int get_align_number() const { return static_cast<int>(align_); }
   void set_align_number(int align);
-  [[nodiscard]] Glib::RefPtr<Pango::Layout> lay_out(const Context& context,
-                                                    const Glib::ustring& text) const;
-  [[nodiscard]] Vector origin(const Pango::Rectangle& extents) const;
-  void draw_text(const Context& context, const Glib::ustring& text) const;
+  /// A text with its place, in the diagram's units.
+  struct TextBlock {
+    Glib::RefPtr<Pango::Layout> layout{};
+    Vector corner{};
+    Vector size{};
+  };
+  [[nodiscard]] static TextBlock lay_out(const Context& context, const Glib::ustring& text,
+                                         const char* font);
+  [[nodiscard]] TextBlock name_block(const Context& context, const Glib::ustring& text) const;
+  [[nodiscard]] TextBlock note_block(const Context& context, const TextBlock& name) const;
+  static void draw_words(const Context& context, const TextBlock& block);
 
   Zone* zone_ = nullptr;
   Vector pos_;
   Anchor align_ = Anchor::Bottom;
   Glib::ustring text_;
+  Glib::ustring note_;
+  ScopedConnection pulse_;
   ScopedConnection lok_changed_;
   ScopedConnection renamed_;
   std::vector<ScopedConnection> lok_signals_;
