@@ -9,7 +9,7 @@ namespace {
 
 const char* const names[] = {
     "orvane-red-dot", "orvane-green-dot", "orvane-crossing", "orvane-label", "orvane-points",
-    "orvane-scissor", "orvane-signal",    "orvane-zone",     "zemblar",
+    "orvane-scissor", "orvane-signal",    "orvane-zone",     "zemblar",      "zemblar-no-power",
 };
 
 // Menus, tool bars, drags, dialogs.

@@ -7,6 +7,7 @@
 
 #include "core/toplevel.h"
 #include "devices/device.h"
+#include "devices/track_power.h"
 #include "ui/stock.h"
 
 namespace zemblar {
@@ -37,7 +38,8 @@ const std::map<std::string, Gtk::StockID>& icons_by_class() {
 
 Gtk::StockID object_icon(const Object& object) {
   if (const auto* device = dynamic_cast<const Device*>(&object)) {
-    return device->active() ? stock::connect : stock::disconnect;
+    if (!device->active()) return stock::disconnect;
+    return switches_power(*device) && !device->track_power() ? stock::no_power : stock::connect;
   }
   if (dynamic_cast<const Toplevel*>(&object)) return Gtk::Stock::DIRECTORY;
   std::string name = G_OBJECT_TYPE_NAME(object.gobj());

@@ -115,10 +115,11 @@ void ObjectRows::set_row(Object& object, const Gtk::TreeIter& row) {
   (*row)[columns().object] = &object;
   (*row)[columns().icon] = object_icon(object).get_string();
   (*row)[columns().name] = object.get_name();
-  auto& active = rows_.insert_or_assign(&object, Row{row, {}}).first->second.active;
+  auto& service = rows_.insert_or_assign(&object, Row{row}).first->second.service;
   if (auto* device = dynamic_cast<Device*>(&object)) {
-    active =
-        device->property_active().signal_changed().connect([this, &object] { refresh(object); });
+    const auto follow = [this, &object] { refresh(object); };
+    service[0] = device->property_active().signal_changed().connect(follow);
+    service[1] = device->property_track_power().signal_changed().connect(follow);
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <gtkmm/treestore.h>
 
+#include <array>
 #include <deque>
 #include <functional>
 #include <unordered_map>
@@ -78,7 +79,7 @@ class ObjectRows : public Gtk::TreeStore {
  private:
   struct Row {
     Gtk::TreeIter iter;
-    ScopedConnection active;  // of a device
+    std::array<ScopedConnection, 2> service{};  // of a device: active, and its power
   };
   /// Where a row is dropped.
   struct Place {

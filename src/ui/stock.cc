@@ -20,6 +20,7 @@ const Gtk::StockID track_power_off("track-power-off");
 const Gtk::StockID track_power_on("track-power-on");
 const Gtk::StockID disconnect("disconnect");
 const Gtk::StockID connect("connect");
+const Gtk::StockID no_power("no-power");
 const Gtk::StockID locomotive("locomotive");
 const Gtk::StockID add_crossing("add-crossing");
 const Gtk::StockID add_label("add-label");
@@ -47,6 +48,7 @@ const Item items[] = {
     {track_power_on, N_("Track Power On"), "orvane-green-dot"},
     {disconnect, nullptr, "orvane-red-dot"},
     {connect, nullptr, "orvane-green-dot"},
+    {no_power, nullptr, "zemblar-no-power"},
     {locomotive, nullptr, "zemblar"},
     {add_crossing, N_("Crossing"), "orvane-crossing"},
     {add_label, N_("Label"), "orvane-label"},

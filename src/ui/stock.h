@@ -15,6 +15,7 @@ extern const Gtk::StockID track_power_off;
 extern const Gtk::StockID track_power_on;
 extern const Gtk::StockID disconnect;  ///< icon only
 extern const Gtk::StockID connect;     ///< icon only
+extern const Gtk::StockID no_power;    ///< icon only: in service, and the track power is off
 extern const Gtk::StockID locomotive;  ///< icon only
 extern const Gtk::StockID add_crossing;
 extern const Gtk::StockID add_label;
