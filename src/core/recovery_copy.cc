@@ -171,6 +171,7 @@ void RecoveryCopy::end_pass() {
 
 void RecoveryCopy::keep(std::string_view text, bool quit) {
   const auto hash = std::hash<std::string_view>()(text);
+  set_unsaved(saved_ != hash);
   if (saved_ == hash) return forget_current();
   const auto layout = Layout::get().get_path();
   const auto file = folder_.current_file(layout);
@@ -183,6 +184,10 @@ void RecoveryCopy::keep(std::string_view text, bool quit) {
   writer_.write(file, about.bytes_with(text));
 }
 
+void RecoveryCopy::set_unsaved(bool unsaved) {
+  if (std::exchange(unsaved_, unsaved) != unsaved) signal_unsaved_changed_.emit();
+}
+
 void RecoveryCopy::forget_current() {
   if (!current_file_.empty()) writer_.remove(current_file_);
   current_file_.clear();
@@ -191,6 +196,7 @@ void RecoveryCopy::forget_current() {
 
 /// The file holds what the document is now.
 void RecoveryCopy::expect_saved_text() {
+  set_unsaved(false);
   saved_.reset();
   saved_is_next_ = true;
   edits_at_save_ = ChangeCount::get(Change::edit);

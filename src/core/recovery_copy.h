@@ -62,6 +62,11 @@ class RecoveryCopy : private DocumentKeeper {
   /// Replaces the document by that one; its file stays what it was. The status line tells of a
   /// failure, and nothing else happens then.
   void open(const std::string& file);
+  /// Whether the document differs from what its file holds, as the last copy has found: some
+  /// seconds after the change. A document without a file differs from an empty one.
+  [[nodiscard]] bool has_unsaved_work() const { return unsaved_; }
+  /// That has changed.
+  sigc::signal<void>& signal_unsaved_changed() { return signal_unsaved_changed_; }
   /// What is offered has changed.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
@@ -84,6 +89,7 @@ class RecoveryCopy : private DocumentKeeper {
   bool write_slice();
   void end_pass();
   void keep(std::string_view text, bool quit);
+  void set_unsaved(bool unsaved);
   void forget_current();
   void expect_saved_text();
   [[nodiscard]] bool untouched() const;
@@ -115,6 +121,7 @@ class RecoveryCopy : private DocumentKeeper {
   std::optional<Hash> saved_;   // of the text of what the file holds
   bool saved_is_next_ = false;  // the next pass finds that out
   ChangeCount::Count edits_at_save_ = 0;
+  bool unsaved_ = false;         // the last text differed from that
   std::optional<Hash> written_;  // of the text in the current copy
   std::string current_file_;     // of that copy; empty for none
   std::string current_layout_;   // that it belongs to
@@ -127,6 +134,7 @@ class RecoveryCopy : private DocumentKeeper {
   Clock::time_point last_pass_;
 
   sigc::signal<void> signal_changed_;
+  sigc::signal<void> signal_unsaved_changed_;
   StatusNote trouble_;
   BackgroundWriter writer_;
   Timeout look_;

@@ -14,6 +14,7 @@ struct Line {
   Glib::ustring text{};
   StatusNote* shown = nullptr;       // the note that the text is of
   std::vector<StatusNote*> notes{};  // those with a trouble, the oldest first
+  std::deque<ToldStatus> history{};  // the newest first
 };
 
 Line& line() {
@@ -21,7 +22,18 @@ Line& line() {
   return *the_line;
 }
 
+void enter_into_history(const Glib::ustring& text) {
+  auto& history = line().history;
+  if (text.empty() || (!history.empty() && history.front().text.raw() == text.raw())) return;
+  history.push_front({std::chrono::system_clock::now(), text});
+  if (history.size() > status_history_length) history.pop_back();
+}
+
 }  // namespace
+
+const std::deque<ToldStatus>& status_history() {
+  return line().history;
+}
 
 sigc::signal<void>& signal_status_changed() {
   static sigc::signal<void> signal;
@@ -52,6 +64,7 @@ void StatusNote::put(const Glib::ustring& text, StatusNote* owner) {
   auto* replaced = std::exchange(line().shown, owner);
   if (replaced && replaced != owner) replaced->due_ = true;
   line().text = readable(text.raw());
+  enter_into_history(line().text);
   signal_status_changed().emit();
 }
 

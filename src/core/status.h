@@ -3,6 +3,9 @@
 #include <glibmm/ustring.h>
 #include <sigc++/signal.h>
 
+#include <chrono>
+#include <deque>
+
 namespace zemblar {
 
 /// The one status line that every window shows: what happened, to which object or file, and what
@@ -11,6 +14,17 @@ void set_status(const Glib::ustring& message);
 /// Empties the line. A note that waits for it, or that another text has replaced, is shown then.
 void clear_status();
 [[nodiscard]] Glib::ustring get_status();
+
+/// A text that was in the status line, and when it got there.
+struct ToldStatus {
+  std::chrono::system_clock::time_point time;
+  Glib::ustring text;
+};
+
+/// The last texts of the line, the newest first. A text that comes again while it is the newest one
+/// counts once.
+[[nodiscard]] const std::deque<ToldStatus>& status_history();
+constexpr std::size_t status_history_length = 50;
 
 /// The text with one sentence more; it may lack its full stop.
 [[nodiscard]] Glib::ustring with_sentence(const Glib::ustring& text, const Glib::ustring& sentence);

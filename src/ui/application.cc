@@ -22,6 +22,7 @@
 #include "ui/layout_window.h"
 #include "ui/splash_screen.h"
 #include "ui/stock.h"
+#include "ui/stop_all.h"
 #include "ui/track_editor.h"
 #include "ui/track_view.h"
 
@@ -76,6 +77,7 @@ Application::Application(StartOptions options) {
   Glib::add_exception_handler(sigc::ptr_fun(tell_of_exception));
   stock::register_items();
   EditHistory::install();
+  StopAll::install();
   // Drawn while the splash is looked at: nothing before the first windows needs them.
   Glib::signal_idle().connect_once(sigc::ptr_fun(add_builtin_icons));
   install_layout_dialogs();

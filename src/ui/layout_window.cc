@@ -3,7 +3,9 @@
 #include <glibmm/main.h>
 #include <gtkmm/separatormenuitem.h>
 
+#include "core/i18n.h"
 #include "ui/file_menu.h"
+#include "ui/status_history.h"
 #include "ui/view_pages.h"
 
 namespace zemblar {
@@ -26,8 +28,22 @@ LayoutWindow::LayoutWindow(const Glib::ustring& title) {
   append_file_buttons(toolbar_);
   rows_.pack_start(menu_bar_, Gtk::PACK_SHRINK);
   rows_.pack_start(toolbar_, Gtk::PACK_SHRINK);
-  rows_.pack_end(statusbar_, Gtk::PACK_SHRINK);
+  add_status_line();
   add(rows_);
+}
+
+void LayoutWindow::add_status_line() {
+  status_frame_.set_visible_window(false);
+  status_frame_.add_events(Gdk::BUTTON_PRESS_MASK);
+  status_frame_.signal_button_press_event().connect([](const GdkEventButton* event) {
+    const bool is_click = event->type == GDK_BUTTON_PRESS && event->button == 1;
+    if (is_click) StatusHistory::open();
+    return is_click;
+  });
+  status_frame_.add(statusbar_);
+  status_line_.pack_start(status_frame_, Gtk::PACK_EXPAND_WIDGET);
+  status_line_.pack_end(marks_, Gtk::PACK_SHRINK);
+  rows_.pack_end(status_line_, Gtk::PACK_SHRINK);
 }
 
 bool LayoutWindow::present_all() {
@@ -43,6 +59,10 @@ bool LayoutWindow::present_all() {
 void LayoutWindow::set_content(Gtk::Widget& content, ViewPages& pages) {
   view_menu_->append(*Gtk::manage(new Gtk::SeparatorMenuItem));
   pages.append_zoom_items(*view_menu_, get_accel_group());
+  view_menu_->append(*Gtk::manage(new Gtk::SeparatorMenuItem));
+  auto* messages = Gtk::manage(new Gtk::MenuItem(_("_Messages"), true));
+  messages->signal_activate().connect(sigc::ptr_fun(StatusHistory::open));
+  view_menu_->append(*messages);
   rows_.pack_start(content, Gtk::PACK_EXPAND_WIDGET);
   keep_focus_out(GTK_WIDGET(toolbar_.gobj()), nullptr);
   pages.take_free_focus();

@@ -1,19 +1,22 @@
 #pragma once
 
 #include <gtkmm/box.h>
+#include <gtkmm/eventbox.h>
 #include <gtkmm/menu.h>
 #include <gtkmm/menubar.h>
 #include <gtkmm/toolbar.h>
 #include <gtkmm/window.h>
 
+#include "ui/status_marks.h"
 #include "ui/statusbar.h"
 
 namespace zemblar {
 
 class ViewPages;
 
-/// What the main windows have in common: menu bar, tool bar with the file buttons, content and
-/// status line, from top to bottom. Closing it, by whatever way, deletes it; made with `new`.
+/// What the main windows have in common: menu bar, tool bar with the file buttons, content, and the
+/// status line with its marks, from top to bottom. A click on the line shows earlier messages.
+/// Closing it, by whatever way, deletes it; made with `new`.
 class LayoutWindow : public Gtk::Window {
  public:
   /// Brings all of them before other windows. False when there is none.
@@ -31,10 +34,14 @@ class LayoutWindow : public Gtk::Window {
 
  private:
   void on_hide() override;
+  void add_status_line();
 
   Gtk::VBox rows_;
   Gtk::Menu* view_menu_;  // in the menu bar
+  Gtk::HBox status_line_;
+  Gtk::EventBox status_frame_;  // takes the clicks
   Statusbar statusbar_;
+  StatusMarks marks_;
 };
 
 }  // namespace zemblar

@@ -56,6 +56,12 @@ void PropertiesPanel::build_filter(Gtk::Box& box) {
   box.pack_start(nothing_found_, false, false);
 }
 
+void PropertiesPanel::reveal(Object& object) {
+  set_current_page(page_num(all_));
+  filter_.set_text("");
+  list_.select(object);
+}
+
 void PropertiesPanel::find() {
   const auto text = filter_.get_text();
   list_.set_filter(text);

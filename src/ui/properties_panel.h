@@ -24,6 +24,8 @@ class PropertiesPanel : public Gtk::Notebook {
   void show_object(Object* object, ViewObj* drawn = nullptr) {
     selected_.show_object(object, drawn);
   }
+  /// Turns to the page "All" and selects the object there.
+  void reveal(Object& object);
 
  private:
   void build_filter(Gtk::Box& box);

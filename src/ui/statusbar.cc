@@ -1,21 +1,30 @@
 #include "ui/statusbar.h"
 
+#include <glibmm/datetime.h>
+
+#include "core/i18n.h"
 #include "core/status.h"
 
 namespace zemblar {
 
 Statusbar::Statusbar() {
   set_has_resize_grip(false);
-  push(get_status(), 0);
+  show_text();
   signal_status_changed().connect(sigc::mem_fun(*this, &Statusbar::refresh));
 }
 
-// The tooltip shows what a narrow window cuts off.
 void Statusbar::refresh() {
-  const auto text = get_status();
   pop(0);
+  show_text();
+}
+
+void Statusbar::show_text() {
+  const auto text = get_status();
   push(text, 0);
-  set_tooltip_text(text);
+  if (text.empty()) return set_tooltip_text(_("Nothing to tell. A click shows earlier messages."));
+  const auto time = std::chrono::system_clock::to_time_t(status_history().front().time);
+  set_tooltip_text(Glib::ustring::compose(_("%1\n(%2. A click shows earlier messages.)"), text,
+                                          Glib::DateTime::create_now_local(time).format("%X")));
 }
 
 }  // namespace zemblar

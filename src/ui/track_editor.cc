@@ -40,6 +40,20 @@ void TrackEditor::open() {
   (new TrackEditor)->show();
 }
 
+void TrackEditor::show_object(zemblar::Object& object) {
+  TrackEditor* editor = nullptr;
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    auto* one = dynamic_cast<TrackEditor*>(window);
+    if (one && one->get_visible()) editor = one;
+  }
+  if (!editor) {
+    editor = new TrackEditor;
+    editor->show();
+  }
+  editor->panel_.reveal(object);
+  editor->present();
+}
+
 TrackEditor::TrackEditor()
     : LayoutWindow(_("Zemblar 0.1 — Track Editor")),
       history_(*this),

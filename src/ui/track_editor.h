@@ -22,6 +22,9 @@ class TrackEditor : public LayoutWindow {
  public:
   /// Opens one more window, which owns itself.
   static void open();
+  /// Selects the object in the tree of all objects, in an editor that is open or in a new one, and
+  /// brings that to the front.
+  static void show_object(zemblar::Object& object);
 
  private:
   TrackEditor();

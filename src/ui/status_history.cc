@@ -1,0 +1,103 @@
+#include "ui/status_history.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <glibmm/datetime.h>
+#include <glibmm/main.h>
+#include <gtkmm/cellrenderertext.h>
+#include <gtkmm/label.h>
+#include <gtkmm/scrolledwindow.h>
+
+#include "core/i18n.h"
+#include "core/status.h"
+
+namespace zemblar {
+namespace {
+
+constexpr int default_width = 720;
+constexpr int default_height = 360;
+constexpr int margin = 6;
+
+StatusHistory* the_window = nullptr;
+
+struct Columns : Gtk::TreeModelColumnRecord {
+  Columns() {
+    add(time);
+    add(text);
+  }
+  Gtk::TreeModelColumn<Glib::ustring> time;
+  Gtk::TreeModelColumn<Glib::ustring> text;
+};
+
+const Columns& columns() {
+  static const Columns the_columns;
+  return the_columns;
+}
+
+Glib::ustring display_time(std::chrono::system_clock::time_point time) {
+  return Glib::DateTime::create_now_local(std::chrono::system_clock::to_time_t(time)).format("%X");
+}
+
+void append_column(Gtk::TreeView& list, const Glib::ustring& title,
+                   const Gtk::TreeModelColumn<Glib::ustring>& text, int wrap_width) {
+  auto* cell = Gtk::manage(new Gtk::CellRendererText);
+  cell->property_yalign() = 0;
+  if (wrap_width > 0) {
+    cell->property_wrap_width() = wrap_width;
+    cell->property_wrap_mode() = Pango::WRAP_WORD_CHAR;
+  }
+  auto* column = Gtk::manage(new Gtk::TreeViewColumn(title, *cell));
+  column->add_attribute(cell->property_text(), text);
+  list.append_column(*column);
+}
+
+}  // namespace
+
+void StatusHistory::open() {
+  if (!the_window) the_window = new StatusHistory;
+  the_window->present();
+}
+
+StatusHistory::StatusHistory() : rows_(Gtk::ListStore::create(columns())), list_(rows_) {
+  set_title(_("Messages"));
+  set_border_width(margin);
+  set_default_size(default_width, default_height);
+  constexpr int time_width = 100;
+  append_column(list_, _("Time"), columns().time, 0);
+  append_column(list_, _("Message"), columns().text, default_width - time_width - 4 * margin);
+  list_.get_accessible()->set_name(_("Messages"));
+  list_.set_rules_hint();
+  auto* scrolled = Gtk::manage(new Gtk::ScrolledWindow);
+  scrolled->set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_AUTOMATIC);
+  scrolled->set_shadow_type(Gtk::SHADOW_IN);
+  scrolled->add(list_);
+  add(*scrolled);
+  scrolled->show_all();
+  signal_status_changed().connect(sigc::mem_fun(*this, &StatusHistory::refresh));
+  refresh();
+}
+
+void StatusHistory::refresh() {
+  rows_->clear();
+  for (const auto& told : status_history()) {
+    const auto row = *rows_->append();
+    row[columns().time] = display_time(told.time);
+    row[columns().text] = told.text;
+  }
+}
+
+bool StatusHistory::on_key_press_event(GdkEventKey* event) {
+  const auto modifiers = event->state & gtk_accelerator_get_default_mod_mask();
+  const bool closes = (event->keyval == GDK_KEY_Escape && modifiers == 0) ||
+                      (event->keyval == GDK_KEY_w && modifiers == GDK_CONTROL_MASK);
+  if (!closes) return Gtk::Window::on_key_press_event(event);
+  hide();
+  return true;
+}
+
+void StatusHistory::on_hide() {
+  Gtk::Window::on_hide();
+  if (the_window == this) the_window = nullptr;
+  Glib::signal_idle().connect_once([this] { delete this; });
+}
+
+}  // namespace zemblar

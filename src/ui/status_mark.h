@@ -1,0 +1,34 @@
+#pragma once
+
+#include <gtkmm/button.h>
+#include <gtkmm/label.h>
+
+#include "ui/status_shape.h"
+
+namespace zemblar {
+
+/// One sign in the status bar: a shape and a word or two, with a sentence as its tooltip. A click
+/// leads to what it is about. It can be reached by Tab, and a click does not take the focus.
+class StatusMark : public Gtk::Button {
+ public:
+  struct Look {
+    StatusShape::Kind shape = StatusShape::Kind::none;
+    Glib::ustring text{};      ///< beside the shape; empty for the shape alone
+    Glib::ustring name{};      ///< for a screen reader
+    Glib::ustring sentence{};  ///< the tooltip
+
+    bool operator==(const Look& other) const;
+  };
+
+  StatusMark();
+
+  void show_look(const Look& look);
+  [[nodiscard]] const Look& look() const { return look_; }
+
+ private:
+  Look look_;
+  StatusShape shape_;
+  Gtk::Label text_;
+};
+
+}  // namespace zemblar

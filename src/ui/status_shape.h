@@ -1,0 +1,41 @@
+#pragma once
+
+#include <gtkmm/widget.h>
+
+namespace zemblar {
+
+/// A small picture of a state, told by its shape as well as by its colour. Draws on its parent's
+/// window.
+class StatusShape : public Gtk::Widget {
+ public:
+  enum class Kind {
+    none,     ///< nothing, and takes no room
+    well,     ///< a green disc
+    off,      ///< a red square
+    waiting,  ///< an amber triangle with its point up
+    lost,     ///< a red cross
+    looking,  ///< a grey ring
+    held,     ///< two amber bars
+    unsaved,  ///< an amber disc
+    stop,     ///< a red octagon
+  };
+
+  explicit StatusShape(Kind kind = Kind::none);
+
+  static constexpr int size = 12;
+
+  [[nodiscard]] Kind get_kind() const { return kind_; }
+  void set_kind(Kind kind);
+
+  /// In a square of the given side, with its corner at the origin.
+  static void paint(const Cairo::RefPtr<Cairo::Context>& cr, Kind kind, double side);
+
+ protected:
+  void on_size_request(Gtk::Requisition* requisition) override;
+  bool on_expose_event(GdkEventExpose* event) override;
+
+ private:
+  Kind kind_;
+};
+
+}  // namespace zemblar
