@@ -2,7 +2,6 @@
 
 #include <gdk/gdkkeysyms.h>
 #include <glibmm/main.h>
-#include <gtkmm/label.h>
 #include <gtkmm/stock.h>
 #include <gtkmm/window.h>
 
@@ -10,6 +9,7 @@
 
 #include "core/i18n.h"
 #include "locomotives/lok.h"
+#include "track/train_condition.h"
 #include "ui/following.h"
 
 namespace zemblar {
@@ -17,6 +17,10 @@ namespace {
 
 constexpr int gap = 4;
 constexpr double max_speed = 126;
+// Room for the longest sentence, so that the window keeps its size while a train drives.
+constexpr int sentence_width = 290;
+constexpr int sentence_lines = 3;
+constexpr int line_height = 18;
 
 /// A throttle's window. Its keys go before those of the focused control, so that Space stops the
 /// train wherever the focus is.
@@ -27,13 +31,23 @@ class ThrottleWindow : public Gtk::Window {
     set_icon_name("zemblar");
     set_resizable(false);
     add(controller);
+    place_beside_last();
     show_all();
+    last_ = this;
+  }
+  ~ThrottleWindow() override {
+    if (last_ == this) last_ = nullptr;
   }
 
   LokController controller;
 
  protected:
   bool on_key_press_event(GdkEventKey* event) override {
+    const auto modifiers = event->state & gtk_accelerator_get_default_mod_mask();
+    if (event->keyval == GDK_KEY_w && modifiers == GDK_CONTROL_MASK) {
+      hide();
+      return true;
+    }
     constexpr guint shortcut = GDK_CONTROL_MASK | GDK_MOD1_MASK | GDK_SUPER_MASK;
     const bool plain = !(event->state & shortcut);
     return (plain && controller.press_key(event->keyval)) || Gtk::Window::on_key_press_event(event);
@@ -43,6 +57,20 @@ class ThrottleWindow : public Gtk::Window {
     Gtk::Window::on_hide();
     Glib::signal_idle().connect_once([this] { delete this; });
   }
+
+ private:
+  // Two throttles one upon the other look like one. Beyond the edge of the screen the window
+  // manager finds a place.
+  void place_beside_last() {
+    if (!last_ || !last_->get_window() || !last_->get_visible()) return;
+    Gdk::Rectangle frame;
+    last_->get_window()->get_frame_extents(frame);
+    const int left = frame.get_x() + frame.get_width();
+    if (left + frame.get_width() > get_screen()->get_width()) return;
+    move(left, frame.get_y());
+  }
+
+  static inline ThrottleWindow* last_ = nullptr;  // that was opened
 };
 
 int digit_of(unsigned keyval) {
@@ -65,7 +93,10 @@ LokController::LokController()
       speed_(0, 0, max_speed, 1, 10, 0),
       scale_(speed_),
       direction_image_(Gtk::Stock::GO_FORWARD, Gtk::ICON_SIZE_LARGE_TOOLBAR),
-      stop_image_(Gtk::Stock::STOP, Gtk::ICON_SIZE_LARGE_TOOLBAR) {
+      stop_image_(Gtk::Stock::STOP, Gtk::ICON_SIZE_LARGE_TOOLBAR),
+      pulse_([this](Layout& layout, auto& connections) {
+        connections.emplace_back(layout.signal_pulse().connect([this] { tell_condition(); }));
+      }) {
   set_border_width(gap);
   scale_.set_inverted();
   scale_.set_draw_value(false);
@@ -100,6 +131,8 @@ void LokController::add_rows() {
 
   pack_start(*selection, false, false);
   pack_start(*drive, true, true);
+  pack_start(speed_label_, false, false);
+  pack_start(sentence_, false, false);
   pack_start(functions_, false, false);
 }
 
@@ -109,6 +142,11 @@ void LokController::describe_controls() {
   direction_.get_accessible()->set_name(_("Direction"));
   stop_.get_accessible()->set_name(_("Emergency Stop"));
   stop_.set_tooltip_text(_("Emergency stop of this locomotive (Space)"));
+  sentence_.set_line_wrap();
+  sentence_.set_justify(Gtk::JUSTIFY_CENTER);
+  sentence_.set_size_request(sentence_width, sentence_lines * line_height);
+  sentence_.set_alignment(0.5, 0);
+  chooser_.emphasize();
 }
 
 void LokController::on_lok_changed() {
@@ -124,7 +162,8 @@ void LokController::on_lok_changed() {
   dial_.set_red_visible(lok_ != nullptr);
   if (!lok_) dial_.set_black_visible(false);
   if (lok_) connect(*lok_);
-  follow_standing();
+  show_wanted_speed();
+  tell_condition();
 }
 
 void LokController::connect(Lok& lok) {
@@ -135,9 +174,9 @@ void LokController::connect(Lok& lok) {
   actual_speed_changed_ = lok.signal_actual_speed_changed().connect(
       sigc::mem_fun(*this, &LokController::follow_actual_speed));
   emergency_stop_changed_ = lok.signal_emergency_stop_changed().connect(
-      sigc::mem_fun(*this, &LokController::follow_standing));
+      sigc::mem_fun(*this, &LokController::tell_condition));
   brake_changed_ =
-      lok.signal_brake_changed().connect(sigc::mem_fun(*this, &LokController::follow_standing));
+      lok.signal_brake_changed().connect(sigc::mem_fun(*this, &LokController::tell_condition));
   follow_speed();
   follow_direction();
   follow_actual_speed();
@@ -147,6 +186,8 @@ void LokController::on_scale_moved() {
   const auto speed = static_cast<unsigned>(std::lround(speed_.get_value()));
   dial_.set_red(speed);
   if (lok_ && !following_) lok_->set_speed(speed);
+  show_wanted_speed();
+  tell_condition();
 }
 
 void LokController::on_direction_clicked() {
@@ -163,6 +204,7 @@ void LokController::on_stop_clicked() {
 void LokController::follow_speed() {
   const Following scope(following_);
   speed_.set_value(lok_->get_speed());
+  show_wanted_speed();
 }
 
 void LokController::follow_direction() {
@@ -179,14 +221,17 @@ void LokController::follow_actual_speed() {
   dial_.set_black_visible(speed >= 0);
 }
 
-void LokController::follow_standing() {
-  Glib::ustring why;
-  if (lok_ && lok_->get_emergency_stop()) {
-    why = _("Emergency stop: move the scale to drive on");
-  } else if (lok_ && lok_->get_brake()) {
-    why = _("Held by block control: it drives on by itself when the way ahead is free");
-  }
-  dial_.set_tooltip_text(why);
+void LokController::show_wanted_speed() {
+  speed_label_.set_text(lok_ ? Glib::ustring::compose(_("Wanted speed: %1"), lok_->get_speed())
+                             : "");
+}
+
+void LokController::tell_condition() {
+  const auto text = lok_ ? train_sentence(*lok_) : _("Choose a locomotive above.");
+  if (text.raw() == sentence_.get_text().raw()) return;
+  sentence_.set_text(text);
+  sentence_.set_tooltip_text(text);
+  dial_.set_tooltip_text(text);
 }
 
 bool LokController::press_key(unsigned keyval) {

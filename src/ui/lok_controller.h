@@ -4,11 +4,13 @@
 #include <gtkmm/box.h>
 #include <gtkmm/button.h>
 #include <gtkmm/image.h>
+#include <gtkmm/label.h>
 #include <gtkmm/scale.h>
 
 #include "runtime/scoped_connection.h"
 #include "ui/dial.h"
 #include "ui/func_table.h"
+#include "ui/layout_follower.h"
 #include "ui/object_button.h"
 
 namespace zemblar {
@@ -20,6 +22,9 @@ class Lok;
 /// It writes only to the locomotive and its functions, and follows them, so that a change made
 /// elsewhere shows at once. What it shows because it follows is never sent: an emergency stop lets
 /// the scale fall to 0 without being lifted, and choosing a locomotive sends it nothing.
+///
+/// Under the dial stand the wanted speed as a number and a sentence about what the train does and
+/// why, which is looked at with each pulse of the layout as well.
 class LokController : public Gtk::VBox {
  public:
   LokController();
@@ -39,6 +44,9 @@ class LokController : public Gtk::VBox {
   [[nodiscard]] Gtk::Button& direction_button() { return direction_; }
   [[nodiscard]] Gtk::Button& stop_button() { return stop_; }
   [[nodiscard]] FuncTable& functions() { return functions_; }
+  /// Of the wanted speed, and the sentence about the train.
+  [[nodiscard]] const Gtk::Label& speed_label() const { return speed_label_; }
+  [[nodiscard]] const Gtk::Label& sentence() const { return sentence_; }
 
  private:
   void add_rows();
@@ -51,8 +59,8 @@ class LokController : public Gtk::VBox {
   void follow_speed();
   void follow_direction();
   void follow_actual_speed();
-  /// Says why a train stands that should drive.
-  void follow_standing();
+  void show_wanted_speed();
+  void tell_condition();
 
   bool following_ = false;
   ObjectButton chooser_;
@@ -63,7 +71,10 @@ class LokController : public Gtk::VBox {
   Gtk::Button direction_;
   Gtk::Image stop_image_;
   Gtk::Button stop_;
+  Gtk::Label speed_label_;
+  Gtk::Label sentence_;
   FuncTable functions_;
+  LayoutFollower pulse_;
   Lok* lok_ = nullptr;
   ScopedConnection speed_changed_;
   ScopedConnection direction_changed_;

@@ -41,6 +41,13 @@ void ObjectButton::set_object(Object* object) {
   notify_property(*this, "object");
 }
 
+void ObjectButton::emphasize() {
+  auto bold = Pango::Attribute::create_attr_weight(Pango::WEIGHT_BOLD);
+  Pango::AttrList attributes;
+  attributes.insert(bold);
+  name_.set_attributes(attributes);
+}
+
 std::unique_ptr<Gtk::Menu> ObjectButton::make_menu() {
   return std::make_unique<ObjectMenuBase>(
       choices_, [this](Object* object) { set_object(object); }, true);

@@ -27,6 +27,8 @@ class ObjectButton : public Gtk::Button {
   void set_object(Object* object);
   Glib::PropertyProxy<Object*> property_object() { return {this, "object"}; }
 
+  /// Shows the name in bold letters.
+  void emphasize();
   /// A new menu of what can be chosen now.
   [[nodiscard]] std::unique_ptr<Gtk::Menu> make_menu();
 

@@ -147,25 +147,6 @@ TEST_F(ThrottleTest, shows_the_actual_speed_only_while_it_is_known) {
   EXPECT_FALSE(throttle.dial().get_black_visible());
 }
 
-TEST_F(ThrottleTest, the_dial_says_why_a_train_stands) {
-  auto* lok = add_lok("Express");
-  LokController throttle;
-  throttle.chooser().set_object(lok);
-  const auto why = [&throttle](const char* start) {
-    return throttle.dial().get_tooltip_text().raw().rfind(start, 0) == 0;
-  };
-  lok->set_speed(60);
-  EXPECT_EQ(throttle.dial().get_tooltip_text(), "");
-  EXPECT_EQ(throttle.dial().get_accessible()->get_description(), "Wanted speed: 60 of 126");
-  lok->set_brake(true);
-  EXPECT_TRUE(why("Held by block control"));
-  lok->set_emergency_stop(true);
-  EXPECT_TRUE(why("Emergency stop"));
-  lok->set_brake(false);
-  lok->set_speed(1);
-  EXPECT_EQ(throttle.dial().get_tooltip_text(), "");
-}
-
 TEST_F(ThrottleTest, keys_stop_the_train_and_press_the_functions_of_their_numbers) {
   auto* lok = add_lok("Express");
   auto* horn = add_function(lok, 3);
