@@ -2,9 +2,11 @@
 """Takes the pictures in docs/images. scripts/pictures calls it.
 
     pictures.py FOLDER windows|club|drawing|scripts PROGRAM [ARGUMENT...]
+    pictures.py FOLDER glance-well|glance-power|glance-held|glance-lost|glance-unsaved PROGRAM ...
 
 The first set is of the small layout, the second of the large one, for which it takes a large screen,
-the third of an empty one that is drawn in, the fourth of the scripts of the small one.
+the third of an empty one that is drawn in, the fourth of the scripts of the small one. The others are
+all windows in one state of the railway.
 """
 
 import os
@@ -16,6 +18,7 @@ sys.path.insert(0, os.path.join(os.path.dirname(__file__), '..', 'tests', 'e2e')
 from zemblar_ui import Program, screenshot, wait_for  # noqa: E402
 
 TRACK_VIEW = 'Zemblar 0.1 — Track View'
+EDITOR = 'Zemblar 0.1 — Track Editor'
 SPLASH = 5.5  # seconds until it has gone
 STOPPED = 14  # seconds until block control has stopped the train
 RUNNING = 5  # seconds until trains that have left are between two stations
@@ -167,10 +170,69 @@ def scripts(folder, program):
          (x - frame[0], y - frame[1], width + 2 * frame[0], height + frame[0] + frame[1]))
 
 
+def glance_well(program):
+    drive(program, program.window('Throttle'), 'Express 103', 84)
+    time.sleep(3)
+
+
+def glance_power(program):
+    glance_well(program)
+    program.window(TRACK_VIEW).find('push button', 'Track Power Off').press()
+    time.sleep(2)
+
+
+def glance_held(program):
+    drive(program, program.window('Throttle'), 'Express 103', 84)
+    time.sleep(STOPPED)
+
+
+def glance_lost(program):
+    glance_well(program)
+    program.type('close')
+    time.sleep(2)
+
+
+def glance_unsaved(program):
+    """With a program that keeps what is unsaved."""
+    editor = program.window(EDITOR)
+    show(editor, 'Express 103')
+    editor.labelled('Name:').type_text('Night Express')
+    time.sleep(8)
+
+
+def glance(state):
+    """The track view, and below it the editor and a throttle."""
+    def take_all(folder, program):
+        for title in (EDITOR, TRACK_VIEW):
+            program.window(title)
+        time.sleep(SPLASH)
+        show(program.window(EDITOR), 'Devices')
+        globals()['glance_' + state](program)
+        names = []
+        for title, short in ((TRACK_VIEW, 'view'), (EDITOR, 'editor'), ('Throttle', 'throttle')):
+            if title not in [window.name for window in program.windows()]:
+                continue
+            subprocess.run(['xdotool', 'search', '--class', 'trayer', 'windowunmap', '%@'],
+                           check=False)
+            activate(title)
+            time.sleep(1)
+            take(folder, short, program.window(title).extents())
+            names.append(os.path.join(folder, short + '.png'))
+        subprocess.run(['convert', names[0], '(', *names[1:], '+append', ')', '-background', 'gray80',
+                        '-append', '-colors', '96', os.path.join(folder, f'glance-{state}.png')],
+                       check=True)
+        for name in names:
+            os.remove(name)
+    return take_all
+
+
 def main(folder, which, *command):
     with Program(*command) as program:
-        {'windows': windows, 'club': club, 'drawing': drawing,
-         'scripts': scripts}[which](folder, program)
+        if which.startswith('glance-'):
+            glance(which.removeprefix('glance-'))(folder, program)
+        else:
+            {'windows': windows, 'club': club, 'drawing': drawing,
+             'scripts': scripts}[which](folder, program)
 
 
 main(*sys.argv[1:])
