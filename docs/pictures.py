@@ -193,11 +193,19 @@ def glance_lost(program):
 
 
 def glance_unsaved(program):
-    """With a program that keeps what is unsaved."""
+    """The demonstration does not keep what is unsaved, the program itself does."""
     editor = program.window(EDITOR)
     show(editor, 'Express 103')
     editor.labelled('Name:').type_text('Night Express')
     time.sleep(8)
+
+
+def remember(layout):
+    """Makes the program itself start with it."""
+    folder = os.path.join(os.environ['XDG_CONFIG_HOME'], 'zemblar')
+    os.makedirs(folder, exist_ok=True)
+    with open(os.path.join(folder, 'options.ini'), 'w', encoding='utf-8') as options:
+        options.write(f'[zemblar]\nlayout=file://{layout}\n')
 
 
 def glance(state):
@@ -206,8 +214,10 @@ def glance(state):
         for title in (EDITOR, TRACK_VIEW):
             program.window(title)
         time.sleep(SPLASH)
-        show(program.window(EDITOR), 'Devices')
+        show(program.window(EDITOR), 'Tessara Bus 1')
         globals()['glance_' + state](program)
+        if state != 'unsaved':
+            show(program.window(EDITOR), 'ESU ECoS 1')
         names = []
         for title, short in ((TRACK_VIEW, 'view'), (EDITOR, 'editor'), ('Throttle', 'throttle')):
             if title not in [window.name for window in program.windows()]:
@@ -227,6 +237,9 @@ def glance(state):
 
 
 def main(folder, which, *command):
+    if which == 'glance-unsaved':
+        remember(command[1])
+        command = command[0], '-v', '-e'
     with Program(*command) as program:
         if which.startswith('glance-'):
             glance(which.removeprefix('glance-'))(folder, program)

@@ -11,6 +11,8 @@
 namespace zemblar {
 namespace {
 
+constexpr guint margin = 3;
+
 /// A key that is meant for the drawing must not start an empty layout. All tools have entries in
 /// the menus as well.
 void keep_focus_out(GtkWidget* widget, gpointer unused) {
@@ -41,7 +43,7 @@ void LayoutWindow::add_status_line() {
     return is_click;
   });
   status_frame_.add(statusbar_);
-  status_line_.pack_start(status_frame_, Gtk::PACK_EXPAND_WIDGET);
+  status_line_.pack_start(status_frame_, Gtk::PACK_EXPAND_WIDGET, margin);
   status_line_.pack_end(marks_, Gtk::PACK_SHRINK);
   rows_.pack_end(status_line_, Gtk::PACK_SHRINK);
 }

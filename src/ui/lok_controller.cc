@@ -143,9 +143,9 @@ void LokController::describe_controls() {
   stop_.get_accessible()->set_name(_("Emergency Stop"));
   stop_.set_tooltip_text(_("Emergency stop of this locomotive (Space)"));
   sentence_.set_line_wrap();
-  sentence_.set_justify(Gtk::JUSTIFY_CENTER);
   sentence_.set_size_request(sentence_width, sentence_lines * line_height);
-  sentence_.set_alignment(0.5, 0);
+  sentence_.set_alignment(0, 0);
+  speed_label_.set_alignment(0, 0.5);
   chooser_.emphasize();
 }
 
