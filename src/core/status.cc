@@ -35,6 +35,10 @@ const std::deque<ToldStatus>& status_history() {
   return line().history;
 }
 
+bool status_lasts() {
+  return line().shown != nullptr;
+}
+
 sigc::signal<void>& signal_status_changed() {
   static sigc::signal<void> signal;
   return signal;

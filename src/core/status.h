@@ -26,6 +26,9 @@ struct ToldStatus {
 [[nodiscard]] const std::deque<ToldStatus>& status_history();
 constexpr std::size_t status_history_length = 50;
 
+/// Whether the line tells of a trouble that lasts. Any other text gets old.
+[[nodiscard]] bool status_lasts();
+
 /// The text with one sentence more; it may lack its full stop.
 [[nodiscard]] Glib::ustring with_sentence(const Glib::ustring& text, const Glib::ustring& sentence);
 

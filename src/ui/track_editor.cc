@@ -10,10 +10,12 @@
 #include <cassert>
 
 #include "core/i18n.h"
+#include "devices/device.h"
 #include "ui/diagram_kinds.h"
 #include "ui/editor_view.h"
 #include "ui/file_menu.h"
 #include "ui/object_ref.h"
+#include "ui/trains_standing.h"
 
 namespace zemblar {
 namespace {
@@ -32,6 +34,17 @@ Glib::ustring without_marks(const Glib::ustring& name) {
 Gtk::Toolbar& with_separator(Gtk::Toolbar& toolbar) {
   toolbar.append(*Gtk::manage(new Gtk::SeparatorToolItem));
   return toolbar;
+}
+
+/// The device that is there and would not be after the step was undone, or redone; null for none.
+const Device* device_ended_by(const EditStep& step, bool is_undo) {
+  const auto& objects = EditJournal::get().numbers().objects;
+  for (const auto& part : step.parts()) {
+    const auto& after = is_undo ? part.before : part.after;
+    if (part.kind != EditStep::Part::Kind::object || after.exists) continue;
+    if (const auto* device = dynamic_cast<const Device*>(objects.find(part.number))) return device;
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -102,8 +115,19 @@ void TrackEditor::refresh_edit_menu() {
   refresh(*redo_, history_.steps().next_redo(), _("_Redo"), _("_Redo %1"));
 }
 
-// What was selected stays so, though it may be another one in the memory now.
+// No other device reaches what a station drives that ends with the step. The slot goes with the
+// window.
 void TrackEditor::step(void (EditHistory::*way)()) {
+  const bool is_undo = way == &EditHistory::undo;
+  const auto* next = is_undo ? history_.steps().next_undo() : history_.steps().next_redo();
+  const auto* station = next ? device_ended_by(*next, is_undo) : nullptr;
+  if (!station) return step_now(way);
+  const sigc::slot<void> go_on = sigc::bind(sigc::mem_fun(*this, &TrackEditor::step_now), way);
+  when_trains_stand([go_on] { go_on(); }, station);
+}
+
+// What was selected stays so, though it may be another one in the memory now.
+void TrackEditor::step_now(void (EditHistory::*way)()) {
   auto* canvas = current_canvas();
   if (canvas) canvas->finish();
   auto& drawings = EditJournal::get().numbers().drawings;

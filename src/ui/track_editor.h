@@ -34,6 +34,7 @@ class TrackEditor : public LayoutWindow {
   [[nodiscard]] EditorView* current_canvas() const;
   void append_edit_menu();
   void step(void (EditHistory::*way)());
+  void step_now(void (EditHistory::*way)());
   void refresh_edit_menu();
   void use_tool(DiagramKind kind, bool existing);
   static void place_new(EditorView& canvas, DiagramKind kind);

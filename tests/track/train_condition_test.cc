@@ -78,11 +78,9 @@ TEST_F(TrainConditionTest, tells_what_keeps_the_hardware_from_obeying) {
   lok->set_emergency_stop(true);
   EXPECT_EQ(told(lok), "Track power is off. Emergency stop: move the scale to drive on");
   two.answer_nobody();
-  EXPECT_EQ(told(lok),
-            "LI-USB does not answer. Emergency stop: move the scale to drive on");
+  EXPECT_EQ(told(lok), "LI-USB does not answer. Emergency stop: move the scale to drive on");
   one.answer_nobody();
-  EXPECT_EQ(told(lok),
-            "The station does not answer. Emergency stop: move the scale to drive on");
+  EXPECT_EQ(told(lok), "The station does not answer. Emergency stop: move the scale to drive on");
   lok->get_decoders()[0]->set_commands_enabled(false);
   EXPECT_EQ(reach_sentence(*lok), "Its commands are switched off in the track editor");
 }

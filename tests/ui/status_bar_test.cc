@@ -192,6 +192,17 @@ TEST_F(StatusBarTest, the_last_fifty_messages_can_be_read_again) {
   Statusbar bar;
   set_status("A long one, with the advice at its end.");
   EXPECT_EQ(bar.get_tooltip_text().raw().rfind("A long one, with the advice at its end.", 0), 0u);
+  const auto is_grey = [&bar] {
+    return !gtk_widget_get_sensitive(gtk_statusbar_get_message_area(bar.gobj()));
+  };
+  EXPECT_FALSE(is_grey());
+  clock.advance(61s);
+  EXPECT_TRUE(is_grey());
+  StatusNote trouble;
+  trouble.tell("The station is lost.");
+  clock.advance(61s);
+  EXPECT_FALSE(is_grey());
+  trouble.take_back();
   StatusHistory::open();
   Gtk::Window* window = nullptr;
   for (auto* one : Gtk::Window::list_toplevels()) {
