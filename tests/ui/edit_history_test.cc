@@ -9,10 +9,15 @@
 #include <memory>
 
 #include "core/toplevel.h"
+#include "locomotives/lok.h"
+#include "locomotives/moving_trains.h"
 #include "tests/support/layout_fixture.h"
+#include "tests/support/power_station.h"
+#include "tests/ui/keys.h"
 #include "tests/ui/widget_search.h"
 #include "track/zone.h"
 #include "ui/edit_history.h"
+#include "ui/track_editor.h"
 
 namespace zemblar::test {
 namespace {
@@ -136,6 +141,36 @@ TEST_F(EditHistoryTest, what_is_done_without_an_event_is_a_step_as_well) {
   EXPECT_EQ(zones(), 3u);
   EXPECT_EQ(steps(), 2u);
   window.remove();
+}
+
+// No other device reaches the trains of a station.
+TEST_F(EditHistoryTest, an_undo_that_ends_a_station_waits_until_its_trains_stand) {
+  VirtualClock clock;
+  TrackEditor::open();
+  Gtk::Window* editor = nullptr;
+  for (auto* one : Gtk::Window::list_toplevels()) {
+    if (dynamic_cast<TrackEditor*>(one)) editor = one;
+  }
+  ASSERT_TRUE(editor);
+  Gtk::Window dialog;
+  Gtk::Button add;
+  dialog.set_transient_for(*editor);
+  dialog.add(add);
+  PowerStation* station = nullptr;
+  add.signal_clicked().connect([&] { station = layout().get_devices().add(new PowerStation); });
+  add.clicked();
+  handle_events();
+  station->set_active(true);
+  auto* lok = layout().get_loks().add(new Lok);
+  lok->set_speed(60);
+  ASSERT_TRUE(any_train_moves(station));
+  press_key(*editor, GDK_KEY_z, GDK_CONTROL_MASK);
+  EXPECT_EQ(lok->get_speed(), 0u);
+  EXPECT_EQ(layout().get_devices().child_count(), 1u);
+  clock.advance(std::chrono::seconds(2));
+  EXPECT_EQ(layout().get_devices().child_count(), 0u);
+  editor->hide();
+  handle_events();
 }
 
 }  // namespace

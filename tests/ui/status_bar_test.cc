@@ -8,10 +8,10 @@
 
 #include "core/recovery_copy.h"
 #include "core/status.h"
-#include "devices/command_station.h"
 #include "locomotives/lok.h"
 #include "runtime/timer.h"
 #include "tests/support/layout_fixture.h"
+#include "tests/support/power_station.h"
 #include "tests/ui/keys.h"
 #include "track/zone.h"
 #include "ui/lok_controller.h"
@@ -25,23 +25,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using Kind = StatusShape::Kind;
-
-/// Switches its power as it is told.
-class PowerStation : public CommandStation {
- public:
-  PowerStation() : Glib::ObjectBase("PowerStation"), CommandStation("Booster %1", "by-default") {
-    set_link(LinkPhase::looking_for_hardware);
-  }
-  void lose() { set_link(LinkPhase::lost, "The cable was pulled."); }
-
- protected:
-  bool start() override {
-    join_default();
-    return true;
-  }
-  DecoderUpdate deliver(DrivenDecoder& decoder, std::uint32_t) override { return decoder.state(); }
-  void switch_power(bool on) override { on ? track_power_is_on() : track_power_is_off(); }
-};
 
 class StatusBarTest : public LayoutTest {
  protected:
