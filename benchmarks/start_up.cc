@@ -118,7 +118,7 @@ struct Scene {
   EmptyHome home;
 };
 
-const Figure first_window("start: first window less the splash's wait, to a bare window", "ms", 3.0,
+const Figure first_window("start: first window less the splash's wait, to a bare window", "ms", 2.2,
                           [](Effort) {
                             auto scene = std::make_shared<Scene>();
                             return [scene] {
