@@ -114,6 +114,11 @@ double until_shown(Screen& screen, const std::string& program, const std::string
 }
 
 struct Scene {
+  Scene() {
+    if (Glib::getenv("DBUS_SESSION_BUS_ADDRESS").empty()) {
+      throw std::runtime_error("the start of the program is measured in a session with a bus");
+    }
+  }
   Screen screen;
   EmptyHome home;
 };
