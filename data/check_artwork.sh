@@ -28,6 +28,8 @@ expect_size() {
     complain "$name: is $(size_of_png "$picture"), not $size"
   fi
   case $name in
+    *-splash.svg) grep -q "preprocess=\"to-pixdata\">$name</file>" "$folder/zemblar.gresource.xml" ||
+      complain "$name: is not drawn when the program is built, and the start waits for it" ;;
     signals/*) grep -q "'$name'" "$folder/meson.build" || complain "$name: is not installed" ;;
     *) grep -q "<file>$name</file>" "$folder/zemblar.gresource.xml" ||
       complain "$name: is not compiled in" ;;

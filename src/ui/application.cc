@@ -1,6 +1,7 @@
 #include "ui/application.h"
 
 #include <glibmm/exceptionhandler.h>
+#include <gtkmm/label.h>
 #include <gtkmm/main.h>
 #include <gtkmm/settings.h>
 #include <gtkmm/window.h>
@@ -52,6 +53,19 @@ void start_document() {
   if (!path.empty()) Layout::open(path);
 }
 
+// Measuring a text loads the fonts.
+void load_fonts() {
+  Gtk::Label("Zemblar").size_request();
+}
+
+/// Loads the pictures and fonts that every window needs, the splash excepted. A window that comes
+/// earlier loads them itself.
+void prepare_windows() {
+  add_builtin_icons();
+  Gtk::Window::set_default_icon_name("zemblar");
+  load_fonts();
+}
+
 /// Opens the window of a start without options.
 auto* usual_window() {
   return GlobalOptions::get().get_layout().empty() ? TrackEditor::open : TrackView::open;
@@ -78,13 +92,11 @@ Application::Application(StartOptions options) {
   stock::register_items();
   EditHistory::install();
   StopAll::install();
-  // Drawn while the splash is looked at: nothing before the first windows needs them.
-  Glib::signal_idle().connect_once(sigc::ptr_fun(add_builtin_icons));
   install_layout_dialogs();
   GlobalOptions::get();
   Gtk::Settings::get_default()->property_gtk_toolbar_style() = Gtk::TOOLBAR_BOTH;
-  Gtk::Window::set_default_icon_name("zemblar");
-  new SplashScreen;  // ends itself
+  new SplashScreen;                                                  // ends itself
+  Glib::signal_idle().connect_once(sigc::ptr_fun(prepare_windows));  // while it is looked at
   if (options.guarded) guard_ = std::make_unique<TrainGuard>();
   start_document();
   if (options.keep_unsaved) {

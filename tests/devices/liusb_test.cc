@@ -460,17 +460,6 @@ TEST_F(LIUSBTest, asks_an_interface_again_that_does_not_answer_as_it_should) {
   }
 }
 
-TEST_F(LIUSBTest, tells_a_person_who_may_not_use_the_port) {
-  auto* device = layout().get_devices().add(new LIUSB);
-  cable.refusal = EACCES;
-  plug_in();
-  EXPECT_FALSE(device->active());
-  EXPECT_THAT(get_status(), HasSubstr("may not use the port ttyUSB0"));
-  cable.refusal = 0;
-  clock.advance(1s);
-  EXPECT_TRUE(device->active());
-}
-
 TEST_F(LIUSBTest, sends_the_start_mode_to_a_station_that_waits_for_it) {
   hardware.station.cold_start = hardware.station.automatic_start = true;
   hardware.station.power = false;
@@ -513,24 +502,25 @@ TEST_F(LIUSBTest, tells_how_its_link_is_at_each_step_of_its_life) {
     cable.unplug();
     port->remove();
   };
-  test::walk(clock, *device,
-             {{"made", [] {}, 10ms, LinkPhase::looking_for_hardware, 10ms, unplugged, ""},
-              {"plugged in, not allowed", [&] { cable.refusal = EACCES, plug_in(); }, 0ms,
-               LinkPhase::connecting, 100ms, "may not use the port", "may not use the port"},
-              {"allowed, no answer", [&] { cable.refusal = 0, hardware.faults.mute = true; },
-               1700ms, LinkPhase::connecting, 1800ms, silent, silent},
-              {"pulled out", pull, 10ms, LinkPhase::looking_for_hardware, 10ms, unplugged, ""},
-              {"an answer", [&] { hardware.faults.mute = false, plug_in(); }, 0ms,
-               LinkPhase::in_service, 96ms, "", ""},
-              {"a point without an answer",
-               [&] { hardware.faults.mute = true, device->run_set_point(1, 1, true); }, 749ms,
-               LinkPhase::in_service, 845ms, "", ""},
-              {"for 750 ms", [] {}, 101ms, LinkPhase::waiting_for_answer, 100ms, silent, silent},
-              {"the station is asked", [&] { hardware.faults.mute = false; }, 1s,
-               LinkPhase::in_service, 98ms, "", "answers again"},
-              {"pulled out in service", [&] { clear_status(), pull(); }, 10ms, LinkPhase::lost,
-               10ms, unplugged, unplugged},
-              {"in service again", [&] { plug_in(); }, 0ms, LinkPhase::in_service, 96ms, "", ""}});
+  test::walk(
+      clock, *device,
+      {{"made", [] {}, 10ms, LinkPhase::looking_for_hardware, 10ms, unplugged, ""},
+       {"plugged in, not allowed", [&] { cable.refusal = EACCES, plug_in(); }, 0ms,
+        LinkPhase::connecting, 100ms, "may not use the port", "may not use the port ttyUSB0"},
+       {"allowed, no answer", [&] { cable.refusal = 0, hardware.faults.mute = true; }, 1700ms,
+        LinkPhase::connecting, 1800ms, silent, silent},
+       {"pulled out", pull, 10ms, LinkPhase::looking_for_hardware, 10ms, unplugged, ""},
+       {"an answer", [&] { hardware.faults.mute = false, plug_in(); }, 0ms, LinkPhase::in_service,
+        96ms, "", ""},
+       {"a point without an answer",
+        [&] { hardware.faults.mute = true, device->run_set_point(1, 1, true); }, 749ms,
+        LinkPhase::in_service, 845ms, "", ""},
+       {"for 750 ms", [] {}, 101ms, LinkPhase::waiting_for_answer, 100ms, silent, silent},
+       {"the station is asked", [&] { hardware.faults.mute = false; }, 1s, LinkPhase::in_service,
+        98ms, "", "answers again"},
+       {"pulled out in service", [&] { clear_status(), pull(); }, 10ms, LinkPhase::lost, 10ms,
+        unplugged, unplugged},
+       {"in service again", [&] { plug_in(); }, 0ms, LinkPhase::in_service, 96ms, "", ""}});
 }
 
 // --- In the document ---

@@ -9,6 +9,7 @@ import sys
 import unittest
 
 from station import Station
+from two_trains import choose_locomotive
 from zemblar_ui import Program, wait_for
 
 EDITOR = 'Zemblar 0.1 — Track Editor'
@@ -41,26 +42,16 @@ class Drive(unittest.TestCase):
         wait_for(lambda: 'get(1,status)' in self.station.commands(), 'the connection')
         self.station.wait_for('request(1,view)', 'request(10,view)', 'get(1,status)')
 
-    def make_locomotive(self, name='Locomotive 1', address=3, functions=1):
+    def make_locomotive(self):
         self.panel_of('Locomotives').find('push button', 'New Locomotive').press()
-        panel = self.panel_of(name)
-        panel.labelled('Address:').set_value(address)
-        for _ in range(functions):
-            panel.find('push button', 'New Function').press()
+        panel = self.panel_of('Locomotive 1')
+        panel.labelled('Address:').set_value(3)
+        panel.find('push button', 'New Function').press()
 
-    def open_throttle(self, name='Locomotive 1'):
-        former = len([w for w in self.program.windows() if w.name == 'Throttle'])
+    def open_throttle(self):
         self.editor.choose('View', 'Throttle')
-
-        def unused():
-            throttles = [w for w in self.program.windows() if w.name == 'Throttle']
-            buttons = [(t, t.find_all('push button', '(None)')) for t in throttles]
-            unset = [(t, b[0]) for t, b in buttons if b]
-            return len(throttles) > former and unset
-        throttle, button = wait_for(unused, 'a throttle')[0]
-        button.press()
-        self.program.application().find('menu item', name).press()
-        wait_for(lambda: throttle.find('slider', 'Speed').sensitive, 'the chosen locomotive')
+        throttle = self.program.window('Throttle')
+        choose_locomotive(self.program, throttle, 'Locomotive 1')
         return throttle
 
     def test_a_new_locomotive_is_driven_and_found_again(self):
@@ -97,38 +88,6 @@ class Drive(unittest.TestCase):
         wait_for(lambda: 'release(1000,control)' in station.commands(), 'the latest wish')
         self.assertIn('set(1000,speed[0])', station.commands())
         self.assertNotIn('set(1000,speed[90])', station.commands())
-
-    def test_others_are_stopped_while_the_station_refuses_a_function(self):
-        station = self.station
-        self.make_station()
-        self.make_locomotive()
-        self.make_locomotive('Locomotive 2', 4)
-        refused, stopped = (self.open_throttle(f'Locomotive {n}') for n in (1, 2))
-        for throttle in (refused, stopped):
-            throttle.find('slider', 'Speed').set_value(50)
-        wait_for(lambda: 'set(1001,speed[50])' in station.commands(), 'both trains')
-        station.type('fail 25 all set(1000,func')
-        refused.find('toggle button', 'Function 1').press()
-        wait_for(lambda: 'set(1000,func[0,1])' in station.commands(), 'the refused function')
-        stopped.find('push button', 'Emergency Stop').press()
-        wait_for(lambda: 'set(1001,stop)' in station.commands(), 'the emergency stop', limit=2.5)
-        self.program.wait_for_status('refused function 0 of Locomotive 1: 25 (no control)')
-        station.type('well')
-        wait_for(lambda: self.program.status() == '', 'the function on its next try')
-
-    def test_a_command_that_is_not_answered_is_told_of_and_cut_off(self):
-        station = self.station
-        self.make_station()
-        self.make_locomotive(functions=0)
-        scale = self.open_throttle().find('slider', 'Speed')
-        station.type('silent set(1000,speed[50')
-        scale.set_value(50)
-        self.program.wait_for_status('does not answer')
-        scale.set_value(0)
-        self.assertNotIn('set(1000,speed[0])', station.commands(), 'that one is still waited for')
-        self.panel_of('ESU ECoS 1').find('push button', 'Reconnect').press()
-        wait_for(lambda: 'set(1000,speed[0])' in station.commands(), 'the stop', limit=2.5)
-        wait_for(lambda: 'does not answer' not in self.program.status(), 'the end of the message')
 
     def test_track_power_is_switched_from_the_tool_bar(self):
         self.make_station()

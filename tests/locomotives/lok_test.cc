@@ -35,153 +35,70 @@ class LokTest : public LayoutTest {
 };
 
 TEST_F(LokTest, gives_its_decoders_the_speed_that_its_state_asks_for) {
-  auto* overlay = static_cast<ScriptOverlay*>(nullptr);
+  ScriptOverlay level;
+  const auto script = [&](unsigned speed) {
+    level.speeds[lok] = speed;
+    lok->apply_speed_overlay();
+  };
+  const auto no_script = [&] {
+    level.speeds.clear();
+    lok->apply_speed_overlay();
+  };
+  const auto apply = [&] { lok->apply_speed_overlay(); };
+  const auto speed = [&](unsigned step) { return [=, this] { lok->set_speed(step); }; };
+  const auto brake = [&](bool on) { return [=, this] { lok->set_brake(on); }; };
+  const auto emergency = [&](bool on) { return [=, this] { lok->set_emergency_stop(on); }; };
+  const auto both = [](const auto& first, const auto& second) {
+    return [=] { first(), second(); };
+  };
+  const std::string all = "speed speed-overlay emergency-stop ";
   const struct {
     const char* what;
     std::function<void()> act;
-    Log sent;
-    Log told;
-    unsigned speed;
-    unsigned in_force;
-    bool emergency;
+    const char* sent;
+    std::string told;
+    const char* state;  // speed, speed in force, "e" in an emergency
   } steps[] = {
-      {"a speed",
-       [&] { lok->set_speed(50); },
-       {"3 speed 50"},
-       {"speed", "speed-overlay", "emergency-stop"},
-       50,
-       50,
-       false},
-      {"the same speed", [&] { lok->set_speed(50); }, {}, {}, 50, 50, false},
-      {"brake", [&] { lok->set_brake(true); }, {"3 speed 0"}, {"brake"}, 50, 50, false},
-      {"the brake again", [&] { lok->set_brake(true); }, {}, {}, 50, 50, false},
-      {"a speed under the brake",
-       [&] { lok->set_speed(80); },
-       {},
-       {"speed", "speed-overlay", "emergency-stop"},
-       80,
-       50,
-       false},
-      {"an overlay under the brake", [&] { lok->apply_speed_overlay(); }, {}, {}, 80, 50, false},
-      {"release: the speed of before",
-       [&] { lok->set_brake(false); },
-       {"3 speed 50"},
-       {"brake"},
-       80,
-       50,
-       false},
-      {"catching up",
-       [&] { lok->apply_speed_overlay(); },
-       {"3 speed 80"},
-       {"speed-overlay"},
-       80,
-       80,
-       false},
-      {"a script",
-       [&] {
-         overlay->speeds[lok] = 20;
-         lok->apply_speed_overlay();
-       },
-       {"3 speed 20"},
-       {"speed-overlay"},
-       80,
-       20,
-       false},
-      {"a speed under a script",
-       [&] { lok->set_speed(90); },
-       {"3 speed 20"},
-       {"speed", "speed-overlay", "emergency-stop"},
-       90,
-       20,
-       false},
-      {"emergency",
-       [&] { lok->set_emergency_stop(true); },
-       {"3 stop"},
-       {"speed", "speed-overlay", "emergency-stop"},
-       0,
-       0,
-       true},
-      {"emergency again", [&] { lok->set_emergency_stop(true); }, {}, {}, 0, 0, true},
-      {"a script in emergency",
-       [&] { lok->apply_speed_overlay(); },
-       {"3 stop"},
-       {"speed-overlay"},
-       0,
-       0,
-       true},
-      {"brake in emergency", [&] { lok->set_brake(true); }, {"3 speed 0"}, {"brake"}, 0, 0, true},
-      {"release in emergency", [&] { lok->set_brake(false); }, {"3 stop"}, {"brake"}, 0, 0, true},
-      {"end of emergency: the script's speed",
-       [&] { lok->set_emergency_stop(false); },
-       {"3 speed 20"},
-       {"speed-overlay", "emergency-stop"},
-       0,
-       20,
-       false},
-      {"end of the script",
-       [&] {
-         overlay->speeds.clear();
-         lok->apply_speed_overlay();
-       },
-       {"3 speed 0"},
-       {"speed-overlay"},
-       0,
-       0,
-       false},
-      {"emergency under the brake",
-       [&] {
-         lok->set_brake(true);
-         lok->set_emergency_stop(true);
-       },
-       {"3 speed 0", "3 stop"},
-       {"brake", "speed", "speed-overlay", "emergency-stop"},
-       0,
-       0,
-       true},
-      {"its end under the brake",
-       [&] { lok->set_emergency_stop(false); },
-       {},
-       {"emergency-stop"},
-       0,
-       0,
-       false},
-      {"a speed out of emergency under the brake",
-       [&] {
-         lok->set_emergency_stop(true);
-         lok->set_speed(30);
-       },
-       {"3 stop"},
-       {"speed", "speed-overlay", "emergency-stop", "speed", "speed-overlay", "emergency-stop"},
-       30,
-       0,
-       false},
-      {"release: the stop of before",
-       [&] { lok->set_brake(false); },
-       {"3 stop"},
-       {"brake"},
-       30,
-       0,
-       false},
-      {"zero lifts an emergency as well",
-       [&] {
-         lok->set_emergency_stop(true);
-         lok->set_speed(0);
-       },
-       {"3 stop", "3 speed 0"},
-       {"speed", "speed-overlay", "emergency-stop", "speed", "speed-overlay", "emergency-stop"},
-       0,
-       0,
-       false},
+      {"a speed", speed(50), "3 speed 50;", all, "50 50"},
+      {"the same speed", speed(50), "", "", "50 50"},
+      {"brake", brake(true), "3 speed 0;", "brake ", "50 50"},
+      {"the brake again", brake(true), "", "", "50 50"},
+      {"a speed under the brake", speed(80), "", all, "80 50"},
+      {"an overlay under the brake", apply, "", "", "80 50"},
+      {"release: the speed of before", brake(false), "3 speed 50;", "brake ", "80 50"},
+      {"catching up", apply, "3 speed 80;", "speed-overlay ", "80 80"},
+      {"a script", [&] { script(20); }, "3 speed 20;", "speed-overlay ", "80 20"},
+      {"a speed under a script", speed(90), "3 speed 20;", all, "90 20"},
+      {"emergency", emergency(true), "3 stop;", all, "0 0e"},
+      {"emergency again", emergency(true), "", "", "0 0e"},
+      {"a script in emergency", apply, "3 stop;", "speed-overlay ", "0 0e"},
+      {"brake in emergency", brake(true), "3 speed 0;", "brake ", "0 0e"},
+      {"release in emergency", brake(false), "3 stop;", "brake ", "0 0e"},
+      {"end of emergency: the script's speed", emergency(false), "3 speed 20;",
+       "speed-overlay emergency-stop ", "0 20"},
+      {"end of the script", no_script, "3 speed 0;", "speed-overlay ", "0 0"},
+      {"emergency under the brake", both(brake(true), emergency(true)), "3 speed 0;3 stop;",
+       "brake " + all, "0 0e"},
+      {"its end under the brake", emergency(false), "", "emergency-stop ", "0 0"},
+      {"a speed out of emergency under the brake", both(emergency(true), speed(30)), "3 stop;",
+       all + all, "30 0"},
+      {"release: the stop of before", brake(false), "3 stop;", "brake ", "30 0"},
+      {"zero lifts an emergency as well", both(emergency(true), speed(0)), "3 stop;3 speed 0;",
+       all + all, "0 0"},
   };
-  ScriptOverlay level;
-  overlay = &level;
+  const auto joined = [](const Log& lines, char end) {
+    std::string text;
+    for (const auto& line : lines) text += line + end;
+    return text;
+  };
   for (const auto& step : steps) {
     step.act();
-    EXPECT_EQ(station->sent(), step.sent) << step.what;
-    EXPECT_EQ(std::exchange(told, {}), step.told) << step.what;
-    EXPECT_EQ(lok->get_speed(), step.speed) << step.what;
-    EXPECT_EQ(lok->get_speed_overlay(), step.in_force) << step.what;
-    EXPECT_EQ(lok->get_emergency_stop(), step.emergency) << step.what;
+    EXPECT_EQ(joined(station->sent(), ';'), step.sent) << step.what;
+    EXPECT_EQ(joined(std::exchange(told, {}), ' '), step.told) << step.what;
+    EXPECT_EQ(std::to_string(lok->get_speed()) + " " + std::to_string(lok->get_speed_overlay()) +
+                  (lok->get_emergency_stop() ? "e" : ""),
+              step.state)
+        << step.what;
   }
 }
 

@@ -157,15 +157,6 @@ TEST_F(EcosHubTest, hangs_up_on_a_line_without_an_end_and_releases_its_control) 
   EXPECT_FALSE(hub.model().locomotive(3)->holder);
 }
 
-TEST_F(EcosHubTest, sends_events_to_the_viewer_and_not_to_the_other) {
-  Link other;
-  const auto second = hub.join(other);
-  EXPECT_EQ("0", ask("request(1,view)"));
-  hub.receive(second, "set(1,go)\n");
-  EXPECT_EQ("<EVENT 1>\r\n1 status[GO]\r\n<END 0 (OK)>\r\n", link.take());
-  EXPECT_EQ("<REPLY set(1,go)>\r\n<END 0 (OK)>\r\n", other.take());
-}
-
 TEST_F(EcosHubTest, logs_every_line_when_it_passes) {
   hub.faults().late = 10ms;
   say("get(1,sta\x02tus)\nget(1,status)\n");
