@@ -219,7 +219,7 @@ def glance(state):
         if state != 'unsaved':
             show(program.window(EDITOR), 'ESU ECoS 1')
         names = []
-        for title, short in ((TRACK_VIEW, 'view'), (EDITOR, 'editor'), ('Throttle', 'throttle')):
+        for title, short in ((TRACK_VIEW, 'part-1'), (EDITOR, 'part-2'), ('Throttle', 'part-3')):
             if title not in [window.name for window in program.windows()]:
                 continue
             subprocess.run(['xdotool', 'search', '--class', 'trayer', 'windowunmap', '%@'],
