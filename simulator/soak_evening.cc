@@ -447,9 +447,9 @@ class EveningRun {
 
   bool has_arrived(const Decoder& decoder) {
     const auto number = decoder.get_address().get_addr();
-    if (!decoder.has_speed_here() || !decoder.get_commands_enabled() || is_shared(number)) {
-      return true;
-    }
+    const bool is_driven = decoder.has_speed_here() && decoder.get_commands_enabled() &&
+                           decoder.driving_device().active();
+    if (!is_driven || is_shared(number)) return true;
     const auto known = scene_.station.locomotive(number);
     const auto speed =
         decoder.get_speed() == DecoderUpdate::emergency_stop ? 0 : decoder.get_speed();
