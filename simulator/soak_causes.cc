@@ -33,6 +33,7 @@ class Inquest {
     if (driven_.misplaced >= began_ || !driven_.faces_forwards()) return Cause::wrong_way_round;
     if (!other_.lok || block_->get_lok() != other_.lok) return Cause::unknown_there;
     if (length_ < stopping_way()) return Cause::short_block;
+    if (was_silent()) return Cause::false_report;
     return Cause::unexplained;
   }
 
@@ -69,6 +70,12 @@ class Inquest {
     const auto since = std::min(began_, other_.came_into(block_));
     return std::ranges::any_of(
         concerned, [&](const Block* block) { return witness_.false_report(block) >= since; });
+  }
+
+  /// A detector on the way was not heard.
+  bool was_silent() const {
+    const auto silent = [&](const Block* block) { return witness_.silent(block) >= began_; };
+    return silent(block_) || std::ranges::any_of(section_, silent);
   }
 
   bool freed_by_hand() const {

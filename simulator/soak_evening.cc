@@ -9,7 +9,6 @@
 #include <optional>
 #include <stdexcept>
 
-#include "core/i18n.h"
 #include "core/status.h"
 #include "locomotives/function.h"
 #include "locomotives/last_stop.h"
@@ -208,7 +207,7 @@ class EveningRun {
   void follow(Block& block) {
     witness_.follow(block);
     const auto* input = block.get_input();
-    if (bus_fault_ || !input || !input->active()) witness_.note_false_report(block);
+    if (bus_fault_ || !input || !input->active()) witness_.note_silence(block);
   }
 
   bool station_carries() const {

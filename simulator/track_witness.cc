@@ -60,7 +60,7 @@ TrackWitness::TrackWitness(TrackModel& model, std::chrono::milliseconds longest_
   events_ = model.signal_event().connect([this](const TrackEvent& event) { note(event); });
   block_ending_ = Block::signal_ending().connect([this](Block* block) {
     followed_.erase(block);
-    for (auto* times : {&thrown_, &changed_hands_, &freed_, &false_reports_}) times->erase(block);
+    for (auto* times : {&thrown_, &changed_hands_, &freed_, &silences_}) times->erase(block);
   });
 }
 
@@ -139,9 +139,12 @@ Driven::Time TrackWitness::freed(const Block* block) const {
   return time_of(freed_, block);
 }
 
+Driven::Time TrackWitness::silent(const Block* block) const {
+  return time_of(silences_, block);
+}
+
 Driven::Time TrackWitness::false_report(const Block* block) const {
-  const auto fault = model.sensors().last_fault(model.detector_of(block));
-  return std::max(fault.value_or(Driven::never), time_of(false_reports_, block));
+  return model.sensors().last_fault(model.detector_of(block)).value_or(Driven::never);
 }
 
 void TrackWitness::note(const TrackEvent& event) {

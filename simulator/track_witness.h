@@ -63,8 +63,8 @@ class TrackWitness {
   void note_placed(Driven& driven);
   /// Somebody has taken the block from its holder by hand.
   void note_freed(const Block& block) { freed_[&block] = Clock::now(); }
-  /// The block's detector may have said something else than what was there.
-  void note_false_report(const Block& block) { false_reports_[&block] = Clock::now(); }
+  /// The block's detector is not heard now.
+  void note_silence(const Block& block) { silences_[&block] = Clock::now(); }
   /// Looks who has moved since the last call.
   void look();
 
@@ -77,6 +77,8 @@ class TrackWitness {
   [[nodiscard]] Driven::Time changed_hands(const Block* block) const;
   /// When the block was last freed by hand.
   [[nodiscard]] Driven::Time freed(const Block* block) const;
+  /// When the detector of the block was last not heard.
+  [[nodiscard]] Driven::Time silent(const Block* block) const;
   /// When the detector of the block was last wrong, if ever.
   [[nodiscard]] Driven::Time false_report(const Block* block) const;
   /// From the rails to block control, at most.
@@ -97,7 +99,7 @@ class TrackWitness {
   std::map<const Block*, Driven::Time> thrown_;
   std::map<const Block*, Driven::Time> changed_hands_;
   std::map<const Block*, Driven::Time> freed_;
-  std::map<const Block*, Driven::Time> false_reports_;
+  std::map<const Block*, Driven::Time> silences_;
   std::map<const Block*, std::vector<ScopedConnection>> followed_;
   std::vector<Driven> trains_;
   ScopedConnection events_;
