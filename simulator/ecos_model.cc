@@ -83,9 +83,10 @@ std::vector<EcosMessage> EcosModel::add_locomotive(unsigned address, std::string
 }
 
 const EcosLocomotive* EcosModel::locomotive(unsigned address) const {
-  const auto found = std::ranges::find_if(
-      locomotives_, [&](const auto& entry) { return entry.second.address == address; });
-  return found == locomotives_.end() ? nullptr : &found->second;
+  const auto found =
+      std::find_if(locomotives_.rbegin(), locomotives_.rend(),
+                   [&](const auto& entry) { return entry.second.address == address; });
+  return found == locomotives_.rend() ? nullptr : &found->second;
 }
 
 std::vector<EcosMessage> EcosModel::press(bool power, bool emergency) {

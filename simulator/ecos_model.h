@@ -72,7 +72,7 @@ class EcosModel {
   [[nodiscard]] const std::map<unsigned, EcosLocomotive>& locomotives() const {
     return locomotives_;
   }
-  /// The first locomotive of that address, or null.
+  /// The locomotive of that address, the youngest of several, or null.
   [[nodiscard]] const EcosLocomotive* locomotive(unsigned address) const;
   /// The last position, 'g' or 'r', of each output by protocol and number, as in "DCC17".
   [[nodiscard]] const std::map<std::string, char>& switches() const { return switches_; }

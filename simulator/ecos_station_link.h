@@ -11,6 +11,11 @@ class EcosStationLink : public StationLink {
  public:
   explicit EcosStationLink(unsigned locomotives);
 
+  /// A socket that leads to the station, for another device of the program.
+  [[nodiscard]] Glib::RefPtr<Socket> socket() { return station_.socket(); }
+  /// Forgets what it has logged.
+  void clear_log() { station_.hub.log().clear(); }
+
   [[nodiscard]] const char* name() const override { return "ECoS"; }
   [[nodiscard]] ECoS& device() override { return *device_; }
   [[nodiscard]] std::chrono::milliseconds allowed() const override;

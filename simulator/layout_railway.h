@@ -25,6 +25,8 @@ class LayoutRailway {
   /// the track of the open layout. Returns the trains that have found their place: none in a layout
   /// without these locomotives and blocks. For another layout it may be called again.
   std::vector<const Train*> build();
+  /// The wires are laid anew, for blocks and inputs that have come or changed.
+  void wire_blocks();
   /// The train of that name, or null.
   [[nodiscard]] Train* find_train(std::string_view name) const;
 
@@ -33,7 +35,6 @@ class LayoutRailway {
 
  private:
   void add_readers();
-  void wire_blocks();
   const Train* put(const char* lok, const char* block, TrainOptions options);
 
   std::set<std::uint8_t> readers_;  // by address

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "core/layout.h"
+#include "simulator/bus_faults.h"
 #include "simulator/soak_scene.h"
 
 namespace zemblar::simulator {
@@ -11,105 +12,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using std::chrono::milliseconds;
-
-// --- What may fail ---
-
-struct Fault {
-  const char* name;
-  void (*begin)(BusInService& bus, Chance& chance);
-  void (*end)(BusInService& bus);
-};
-
-ReaderHardware& some_reader(BusInService& bus, Chance& chance) {
-  return bus.hardware_of(static_cast<unsigned>(chance.below(bus.readers())));
-}
-
-void pull_out(BusInService& bus, Chance& /*chance*/) {
-  bus.bus.unplug();
-}
-void plug_in(BusInService& bus) {
-  if (!bus.bus.plugged_in()) bus.bus.plug_into(*bus.hardware);
-}
-void end_faults(BusInService& bus) {
-  bus.bus.master.end_faults();
-}
-void end_reader_faults(BusInService& bus) {
-  for (unsigned i = 0; i < bus.readers(); ++i) bus.hardware_of(i).faults = {};
-}
-
-constexpr unsigned most_errors = 10;
-
-const std::array faults{
-    Fault{"the master is silent",
-          [](BusInService& bus, Chance&) { bus.bus.master.faults.silent = true; }, end_faults},
-    Fault{"an answer does not end",
-          [](BusInService& bus, Chance&) { bus.bus.master.faults.endless = true; }, end_faults},
-    Fault{"the master refuses frames",
-          [](BusInService& bus, Chance& chance) {
-            bus.bus.master.faults.errors = 1 + static_cast<unsigned>(chance.below(most_errors));
-          },
-          end_faults},
-    Fault{"the master is never ready",
-          [](BusInService& bus, Chance&) { bus.bus.master.faults.never_ready = true; }, end_faults},
-    Fault{"devices are never done",
-          [](BusInService& bus, Chance&) { bus.bus.master.faults.never_done = true; }, end_faults},
-    Fault{"answers miss a byte",
-          [](BusInService& bus, Chance& chance) {
-            bus.bus.master.faults.lost_byte = chance.below(12);
-          },
-          end_faults},
-    Fault{
-        "cut off in an answer",
-        [](BusInService& bus, Chance& chance) { bus.bus.master.faults.cut_at = chance.below(12); },
-        [](BusInService& bus) {
-          bus.bus.master.end_faults();
-          bus.bus.unplug();
-          plug_in(bus);
-        }},
-    Fault{"unplugged", pull_out, plug_in},
-    Fault{"without power",
-          [](BusInService& bus, Chance&) {
-            bus.bus.unplug();
-            bus.bus.master.restart();
-          },
-          plug_in},
-    Fault{"another master in its place",
-          [](BusInService& bus, Chance& chance) {
-            pull_out(bus, chance);
-            bus.bus.master.options.serial_nr += "?";
-            plug_in(bus);
-          },
-          [](BusInService& bus) {
-            bus.bus.unplug();
-            bus.bus.master.options.serial_nr.pop_back();
-            plug_in(bus);
-          }},
-    Fault{"a reader restarts",
-          [](BusInService& bus, Chance& chance) { some_reader(bus, chance).restart(); },
-          [](BusInService&) {}},
-    Fault{"a reader is off the bus",
-          [](BusInService& bus, Chance& chance) {
-            bus.bus.disconnect(
-                BusInService::address_of(static_cast<unsigned>(chance.below(bus.readers()))));
-          },
-          [](BusInService& bus) {
-            for (unsigned i = 0; i < bus.readers(); ++i) {
-              bus.bus.reconnect(BusInService::address_of(i));
-            }
-          }},
-    Fault{"poll answers miss their end",
-          [](BusInService& bus, Chance& chance) {
-            some_reader(bus, chance).faults.missing_end = 1 + chance.below(4);
-          },
-          end_reader_faults},
-    Fault{"poll answers are garbage",
-          [](BusInService& bus, Chance& chance) {
-            auto& garbage = some_reader(bus, chance).faults.garbage;
-            garbage.resize(1 + chance.below(40));
-            for (auto& byte : garbage) byte = static_cast<char>(chance.below(256));
-          },
-          end_reader_faults},
-};
 
 // --- How long it may take ---
 
@@ -157,7 +59,7 @@ class BusFaultRun {
     result_.longest_allowed = options_.allowed.value_or(allowed(bus_.readers()));
     pass(settling);
     while (scene_.clock.now() < end && result_.trouble.empty()) {
-      suffer(faults[scene_.chance.below(faults.size())]);
+      suffer(bus_faults()[scene_.chance.below(bus_faults().size())]);
     }
     return result_;
   }
@@ -210,14 +112,14 @@ class BusFaultRun {
 
   // --- Faults ---
 
-  void suffer(const Fault& fault) {
+  void suffer(const BusFault& fault) {
     pass(scene_.chance.between(0ms, 3s));
     const bool scan = scene_.chance.happens(0.2);
     if (scan) bus_.set_scanning(true);
-    fault.begin(bus_, scene_.chance);
+    fault.begin({bus_.bus, *bus_.hardware, scene_.chance});
     pass(scene_.chance.happens(0.5) ? scene_.chance.between(0ms, 300ms)
                                     : scene_.chance.between(0ms, 8s));
-    fault.end(bus_);
+    fault.end({bus_.bus, *bus_.hardware, scene_.chance});
     wait_for_service(fault);
     if (scan && bus_.scanning()) bus_.set_scanning(false);
     remove_other_masters();
@@ -225,7 +127,7 @@ class BusFaultRun {
     compare(fault);
   }
 
-  void wait_for_service(const Fault& fault) {
+  void wait_for_service(const BusFault& fault) {
     const auto ended = scene_.clock.now();
     auto& count = result_.faults[fault.name];
     ++count.times;
@@ -280,7 +182,7 @@ class BusFaultRun {
     }
   }
 
-  void compare(const Fault& fault) {
+  void compare(const BusFault& fault) {
     for (const auto& [place, rails] : rails_) {
       const auto [reader, index] = place;
       if (scene_.clock.now() - rails.since < steady) continue;
@@ -290,7 +192,7 @@ class BusFaultRun {
     }
   }
 
-  void fail(const Fault& fault, const std::string& what) {
+  void fail(const BusFault& fault, const std::string& what) {
     if (!result_.trouble.empty()) return;
     result_.trouble = what + " after \"" + fault.name + "\", seed " +
                       std::to_string(options_.seed) + ", " +

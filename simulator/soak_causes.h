@@ -1,9 +1,10 @@
 #pragma once
 
 #include <array>
+#include <map>
 #include <string_view>
 
-#include "simulator/soak_scene.h"
+#include "simulator/track_witness.h"
 
 namespace zemblar::simulator {
 
@@ -20,6 +21,8 @@ enum class Cause {
   one_free_block,
   point_thrown,
   short_block,
+  unheard,
+  freed_by_hand,
   track_ends,
   nothing_ahead,
   waits,
@@ -32,7 +35,7 @@ enum class Cause {
   unexplained,
 };
 
-inline constexpr std::array<std::string_view, 20> cause_titles = {
+inline constexpr std::array<std::string_view, 22> cause_titles = {
     "The place of a locomotive is not known",
     "A locomotive stands the wrong way round",
     "Vehicles that draw no current",
@@ -43,6 +46,8 @@ inline constexpr std::array<std::string_view, 20> cause_titles = {
     "Two trains into one free block",
     "A point set in front of a train",
     "A block shorter than the braking distance",
+    "A train that does not hear that it has to stop",
+    "Freed by hand",
     "The end of the track, or a point set against the train",
     "Braked before the end of the track",
     "Waiting for another train",
@@ -59,11 +64,14 @@ inline constexpr std::array<std::string_view, 20> cause_titles = {
   return cause_titles[static_cast<std::size_t>(cause)];
 }
 
+/// How often each cause led to a collision or a stall.
+using Causes = std::map<Cause, unsigned>;
+
 /// The cause of what has just happened, from where the trains really are, what block control
 /// believes, and what has happened on the way. `unexplained` says that none applies, and so that
 /// block control has broken its word.
-[[nodiscard]] Cause cause_of_collision(SoakScene& scene, const TrackEvent& event);
+[[nodiscard]] Cause cause_of_collision(TrackWitness& witness, const TrackEvent& event);
 /// For a train that wants to move and has not for minutes.
-[[nodiscard]] Cause cause_of_stall(SoakScene& scene, const Driven& stalled);
+[[nodiscard]] Cause cause_of_stall(TrackWitness& witness, const Driven& stalled);
 
 }  // namespace zemblar::simulator

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 
+#include "simulator/soak_scene.h"
 #include "track/crossing.h"
 #include "track/point.h"
 
@@ -142,7 +143,7 @@ class FreeRun {
   void judge(const TrackEvent& event) {
     if (event.kind == TrackEvent::Kind::ran_off) ++causes_[Cause::track_ends];
     if (event.kind != TrackEvent::Kind::collision) return;
-    const auto cause = cause_of_collision(scene_, event);
+    const auto cause = cause_of_collision(scene_.witness, event);
     count(cause, event.train->options().name + " into " + event.block->get_name() + " with " +
                      event.other->options().name);
     ended_.push_back(event.train);
@@ -154,7 +155,7 @@ class FreeRun {
     for (auto& driven : scene_.trains()) {
       if (!driven.train->on_track() || scene_.held_up(driven) < patience) continue;
       if (std::ranges::find(ended_, driven.train) != ended_.end()) continue;
-      count(cause_of_stall(scene_, driven),
+      count(cause_of_stall(scene_.witness, driven),
             driven.train->options().name + " stands in " +
                 driven.train->leading_link()->get_block()->get_name());
       ended_.push_back(driven.train);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <map>
+#include <cstdint>
 
 #include "simulator/soak_causes.h"
 
@@ -13,9 +13,6 @@ struct FreeOptions {
   std::uint64_t seed = 1;
   bool faults = false;
 };
-
-/// How often each cause led to a collision or a stall.
-using Causes = std::map<Cause, unsigned>;
 
 /// Runs until the time is over. After a collision, or when a train has stood for minutes although
 /// it should move, it is assigned to its cause, and the trains are taken away and set up again.

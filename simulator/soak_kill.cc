@@ -27,6 +27,7 @@
 #include "locomotives/lok_group.h"
 #include "runtime/timer.h"
 #include "simulator/soak_process.h"
+#include "simulator/temporary_home.h"
 #include "track/zone.h"
 
 namespace zemblar::simulator {
@@ -55,28 +56,20 @@ Progress& make_progress() {
   return *new (memory) Progress{};
 }
 
-/// A folder for the layouts and for what the program keeps of its user.
+/// Where the layouts are, and what the program keeps of its user.
 class Home {
  public:
-  Home() : path_(Glib::build_filename(Glib::get_tmp_dir(), "zemblar-kill-XXXXXX")) {
-    if (!::mkdtemp(path_.data())) throw std::runtime_error("no temporary folder");
-    fs::create_directory(layouts());
-    Glib::setenv("XDG_CONFIG_HOME", path_ + "/config");
-    Glib::setenv("XDG_DATA_HOME", path_ + "/data");
-  }
-  ~Home() { fs::remove_all(path_); }
-  Home(const Home&) = delete;
-  Home& operator=(const Home&) = delete;
+  Home() { fs::create_directory(layouts()); }
 
-  [[nodiscard]] std::string layouts() const { return path_ + "/layouts"; }
-  [[nodiscard]] std::string recovery() const { return path_ + "/config/zemblar/recovery"; }
-  [[nodiscard]] std::string data() const { return path_ + "/data/zemblar"; }
+  [[nodiscard]] std::string layouts() const { return home_.path() + "/layouts"; }
+  [[nodiscard]] std::string recovery() const { return home_.path() + "/config/zemblar/recovery"; }
+  [[nodiscard]] std::string data() const { return home_.path() + "/data/zemblar"; }
   [[nodiscard]] std::string file(unsigned index) const {
     return layouts() + '/' + file_names.at(index);
   }
 
  private:
-  std::string path_;
+  TemporaryHome home_;
 };
 
 // --- States of the document ---

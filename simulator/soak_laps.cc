@@ -2,17 +2,10 @@
 
 #include <algorithm>
 #include <numeric>
-#include <stdexcept>
 #include <vector>
 
-#include "core/layout.h"
-#include "core/status.h"
-#include "devices/hw_list.h"
-#include "locomotives/lok.h"
 #include "scripts/script.h"
-#include "simulator/ecos_station_link.h"
-#include "simulator/layout_railway.h"
-#include "simulator/memory_hardware.h"
+#include "simulator/sample_railway.h"
 #include "track/block.h"
 
 namespace zemblar::simulator {
@@ -22,7 +15,6 @@ using namespace std::chrono_literals;
 using Seconds = std::chrono::duration<double>;
 using Hours = std::chrono::duration<double, std::ratio<3600>>;
 
-constexpr auto until_in_service = 5s;
 constexpr auto longest_pause = 40s;  // between two starts
 constexpr auto look_interval = 500ms;
 constexpr Seconds longest_stand = 3min;
@@ -60,13 +52,6 @@ Starts in_order(Starts starts, unsigned order) {
   return ordered;
 }
 
-Layout& open_layout(const std::string& path) {
-  auto& layout = Layout::get(new Layout);
-  layout.new_document(false);
-  if (!Layout::open(path)) throw std::runtime_error(get_status().raw());
-  return Layout::get();
-}
-
 /// A train that has been started, and what became of it.
 struct Started {
   Train* train;
@@ -82,97 +67,50 @@ class LapsRun {
       : options_(options),
         evening_(evenings().at(options.evening)),
         chance_(options.seed),
-        layout_(open_layout(options.folder + "/" + evening_.file)) {
-    railway_.track.signal_event().connect([this](const TrackEvent& event) { judge(event); });
-    station_.on_executed([this](const Executed& executed) { obey(executed); });
-    take_into_service();
-  }
-
-  ~LapsRun() {
-    for (const auto& train : railway_.track.trains()) railway_.track.lift(*train);
-    station_.end(true);
-    layout_.new_document(false);
-    clock_.advance(until_in_service);
-    layout_.destroy();
-    clock_.advance(0s);
+        scene_(options.folder + "/" + evening_.file, options.seed) {
+    scene_.railway.track.signal_event().connect([this](const TrackEvent& event) { judge(event); });
   }
   LapsRun(const LapsRun&) = delete;
   LapsRun& operator=(const LapsRun&) = delete;
 
   LapsResult run() {
     const auto end =
-        clock_.now() + std::chrono::duration_cast<Clock::duration>(Hours(options_.hours));
+        scene_.clock.now() + std::chrono::duration_cast<Clock::duration>(Hours(options_.hours));
     for (const auto& start : in_order(evening_.starts, options_.order)) {
       begin(start);
       pass(chance_.between(0s, longest_pause));
     }
-    while (clock_.now() < end && result_.trouble.empty()) pass(look_interval);
+    while (scene_.clock.now() < end && result_.trouble.empty()) pass(look_interval);
     count_laps();
     return result_;
   }
 
  private:
-  void take_into_service() {
-    railway_.build();
-    auto hardware = std::make_unique<MemoryHardware>();
-    railway_.bus.plug_into(*hardware);
-    list_ = std::make_unique<HWList>(std::move(hardware));
-    list_->look();
-    clock_.advance(until_in_service);
-    layout_.set_track_power(true);
-    clock_.advance(until_in_service);
-    for (const auto& start : evening_.starts) {
-      if (!lok(start.train).front) {
-        throw std::runtime_error(std::string(start.train) + " has not been seen");
-      }
-    }
-  }
-
-  static Lok& lok(const std::string& name) {
-    auto* lok = dynamic_cast<Lok*>(Layout::get().get_loks().find_child(name));
-    if (!lok) throw std::runtime_error("there is no " + name);
-    return *lok;
-  }
-
-  // --- The station, as far as trains hear it ---
-
-  void obey(const Executed& executed) {
-    auto& track = railway_.track;
-    if (executed.kind == Executed::Kind::power) track.set_power(executed.value != 0);
-    if (executed.kind != Executed::Kind::item) return;
-    if (executed.item == DecoderUpdate::speed_bit &&
-        executed.value == DecoderUpdate::emergency_stop) {
-      return track.emergency_stop(executed.address);
-    }
-    if (const auto told = station_.locomotive(executed.address)) {
-      track.command(executed.address, told->speed, told->direction == Direction::Forwards);
-    }
-  }
-
   // --- The evening ---
 
   void begin(const Start& start) {
-    auto* train = railway_.find_train(start.train);
+    auto* train = scene_.railway.find_train(start.train);
     started_.push_back({.train = train, .home = train->leading_link()->get_block()});
     if (start.by_scripts) return start_scripts();
     const auto range = fastest - slowest + 1;
-    lok(start.train).set_speed(slowest + static_cast<unsigned>(chance_.below(range)));
+    SampleRailway::lok(start.train)
+        .set_speed(slowest + static_cast<unsigned>(chance_.below(range)));
   }
 
   void pass(std::chrono::milliseconds time) {
     for (; time > 0ms && result_.trouble.empty(); time -= look_interval) {
-      clock_.advance(look_interval);
+      scene_.clock.advance(look_interval);
       for (auto& one : started_) look(one);
     }
   }
 
   void look(Started& one) {
-    const double travelled = railway_.track.travelled(*one.train);
+    const double travelled = scene_.railway.track.travelled(*one.train);
     if (travelled - one.travelled > standstill) {
-      one.moved = clock_.now();
+      one.moved = scene_.clock.now();
       one.travelled = travelled;
     }
-    const Seconds stood = clock_.now() - one.moved;
+    const Seconds stood = scene_.clock.now() - one.moved;
     result_.longest_stand = std::max(result_.longest_stand, stood.count());
     if (stood <= longest_stand) return;
     const auto* where = one.train->leading_link()->get_block();
@@ -216,12 +154,8 @@ class LapsRun {
   LapsOptions options_;
   const Evening& evening_;
   Chance chance_;
-  VirtualClock clock_;
+  SampleRailway scene_;
   Clock::time_point start_ = Clock::now();
-  Layout& layout_;
-  EcosStationLink station_{0};
-  LayoutRailway railway_{options_.seed};
-  std::unique_ptr<HWList> list_;
   std::vector<Started> started_;
   LapsResult result_;
 };

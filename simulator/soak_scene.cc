@@ -8,8 +8,8 @@
 namespace zemblar::simulator {
 namespace {
 
-constexpr std::size_t remembered_blocks = 12;
-constexpr double standstill = 1;  // mm
+using namespace std::chrono_literals;
+
 /// From the release of the brake to the train's first movement, at most.
 constexpr std::chrono::seconds start{1};
 constexpr std::chrono::seconds farewell{5};
@@ -20,52 +20,12 @@ Layout& empty_layout() {
   return layout;
 }
 
-Driven::Time time_of(const std::map<const Block*, Driven::Time>& times, const Block* block) {
-  const auto found = times.find(block);
-  return found == times.end() ? Driven::never : found->second;
-}
-
 }  // namespace
-
-Driven::Time Driven::came_into(const Block* block) const {
-  const auto found = std::ranges::find(entered, block, [](const auto& one) { return one.first; });
-  return found == entered.end() ? placed : found->second;
-}
-
-void Driven::enter(const Block* block, Time time) {
-  entered.emplace_front(block, time);
-  if (entered.size() > remembered_blocks) entered.pop_back();
-}
-
-bool Driven::place_is_right() const {
-  if (!lok->front) return false;
-  const auto holds = [this](const BlockLink* end) { return end->get_block()->get_lok() == lok; };
-  return train->is_in(lok->back->get_block()) && holds(lok->front) && holds(lok->back);
-}
-
-// The head may be believed as far ahead as its own detectors reach.
-bool Driven::faces_forwards() const {
-  const bool forwards = train->forwards();
-  const auto drawing = train->drawing_blocks();
-  const auto draws_at = [&drawing](const Device* input) {
-    return std::ranges::any_of(drawing, [input](auto* one) { return one->get_input() == input; });
-  };
-  for (const auto& piece : train->pieces()) {
-    if (lok->front == (forwards ? piece.front : piece.rear)) return true;
-  }
-  auto* link = train->leading_link();
-  for (std::size_t i = 0; i < remembered_blocks; ++i) {
-    auto* in = link ? link->get_partner() : nullptr;
-    if (!in || !draws_at(in->get_block()->get_input())) return false;
-    link = in->get_opposite();
-    if (link == lok->front) return true;
-  }
-  return false;
-}
 
 SoakScene::SoakScene(std::uint64_t seed, unsigned readers)
     : chance(seed),
       model(seed + 1),
+      witness(model, 0ms, station_delay),
       reader_(empty_layout().get_devices().add(new TrackReader)),
       station_(TrackStation::in_service(model)) {
   station_->delay = station_delay;
@@ -73,12 +33,16 @@ SoakScene::SoakScene(std::uint64_t seed, unsigned readers)
     bus_ = std::make_unique<BusInService>(clock, readers);
     bus_->bus.serve(model);
   }
-  model.signal_event().connect([this](const TrackEvent& event) { note(event); });
+  model.signal_event().connect([this](const TrackEvent& event) {
+    const bool entered =
+        event.kind == TrackEvent::Kind::entered || event.kind == TrackEvent::Kind::collision;
+    if (entered) ++blocks_entered;
+  });
 }
 
 // What waits on fibers gets the time to notice.
 SoakScene::~SoakScene() {
-  for (const auto& driven : trains_) model.lift(*driven.train);
+  for (const auto& driven : trains()) model.lift(*driven.train);
   if (bus_) bus_->bus.unplug();
   clock.advance(bus_ ? farewell : std::chrono::seconds(0));
   Layout::get().destroy();
@@ -91,8 +55,7 @@ void SoakScene::enter_block(Block& block, const std::string& name, double length
   Layout::get().get_blocks().add(&block);
   give_input(block, shares_with);
   model.set_length(&block, length);
-  block.signal_route().connect([this, &block] { thrown_[&block] = clock.now(); });
-  block.signal_lok_changed().connect([this, &block] { changed_hands_[&block] = clock.now(); });
+  witness.follow(block);
   blocks_.push_back(&block);
 }
 
@@ -108,14 +71,6 @@ void SoakScene::give_input(Block& block, const Block* shares_with) {
   bus_->assign(block, index % bus_->readers(), index / bus_->readers());
 }
 
-Driven::Time SoakScene::thrown(const Block* block) const {
-  return time_of(thrown_, block);
-}
-
-Driven::Time SoakScene::changed_hands(const Block* block) const {
-  return time_of(changed_hands_, block);
-}
-
 // --- Trains ---
 
 Lok* SoakScene::new_lok(const TrainOptions& options) {
@@ -123,33 +78,12 @@ Lok* SoakScene::new_lok(const TrainOptions& options) {
   lok->set_name(options.name);
   lok->get_decoders().front()->set_address(
       Address(options.address.number, options.address.is_long));
-  lok->signal_direction_overlay_changed().connect([this, lok] {
-    if (auto* driven = find(lok)) driven->reversed = clock.now();
-  });
-  lok->signal_brake_changed().connect([this, lok] {
-    auto* driven = find(lok);
-    if (!driven) return;
-    (lok->get_brake() ? driven->braked : driven->released) = clock.now();
-    if (!lok->get_brake()) return;
-    driven->front_at_brake = lok->front;
-  });
   return lok;
 }
 
 Driven& SoakScene::add_train(TrainOptions options) {
   auto* lok = new_lok(options);
-  trains_.push_back({&model.add_train(std::move(options)), lok});
-  return trains_.back();
-}
-
-Driven* SoakScene::find(const Train* train) {
-  const auto found = std::ranges::find(trains_, train, &Driven::train);
-  return found == trains_.end() ? nullptr : &*found;
-}
-
-Driven* SoakScene::find(const Lok* lok) {
-  const auto found = std::ranges::find(trains_, lok, &Driven::lok);
-  return found == trains_.end() ? nullptr : &*found;
+  return witness.add(model.add_train(std::move(options)), lok);
 }
 
 bool SoakScene::place(Driven& driven, BlockLink& towards) {
@@ -158,44 +92,21 @@ bool SoakScene::place(Driven& driven, BlockLink& towards) {
   model.command(driven.train->options().address.number, lok.get_speed_overlay(),
                 lok.get_direction_overlay() == Direction::Forwards);
   if (!model.place(*driven.train, towards)) return false;
-  driven.entered.clear();
-  driven.placed = driven.moved = clock.now();
-  driven.enter(towards.get_block(), driven.placed);
-  driven.turned = driven.reversed = driven.braked = driven.misplaced = Driven::never;
+  witness.note_placed(driven);
   return true;
 }
 
 void SoakScene::clear_away(Driven& driven) {
   model.lift(*driven.train);
   driven.lok->destroy();
-  driven.lok = new_lok(driven.train->options());
-}
-
-void SoakScene::note(const TrackEvent& event) {
-  auto* driven = find(event.train);
-  if (!driven) return;
-  if (event.kind == TrackEvent::Kind::turned) {
-    driven->turned = clock.now();
-    driven->enter(event.block, clock.now());
-  }
-  // In a block that it has only just come to it cannot be known yet.
-  if (!driven->lok->front || !driven->faces_forwards()) driven->misplaced = clock.now();
-  if (event.kind != TrackEvent::Kind::entered && event.kind != TrackEvent::Kind::collision) return;
-  ++blocks_entered;
-  driven->enter(event.block, clock.now());
+  witness.assign(driven, new_lok(driven.train->options()));
 }
 
 // --- Time ---
 
 void SoakScene::pass(std::chrono::milliseconds time) {
   clock.advance(time);
-  for (auto& driven : trains_) {
-    const double travelled = model.travelled(*driven.train);
-    const bool waits = driven.train->on_track() && driven.lok->get_speed() > 0;
-    if (waits && travelled - driven.travelled < standstill) continue;
-    driven.moved = clock.now();
-    driven.travelled = travelled;
-  }
+  witness.look();
 }
 
 Clock::duration SoakScene::held_up(const Driven& driven) const {
@@ -214,12 +125,12 @@ std::string text(const BlockLink* link) {
 
 }  // namespace
 
-std::string SoakScene::describe() const {
+std::string SoakScene::describe() {
   std::ostringstream out;
   const auto ago = [this](Driven::Time time) {
     return time == Driven::never ? -1 : std::chrono::duration<double>(clock.now() - time).count();
   };
-  for (const auto& driven : trains_) {
+  for (const auto& driven : witness.trains()) {
     const auto* train = driven.train;
     const auto* lok = driven.lok;
     out << "  " << train->options().name << " on";

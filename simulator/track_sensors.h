@@ -35,6 +35,16 @@ class Chance {
   [[nodiscard]] std::size_t below(std::size_t count) {
     return static_cast<std::size_t>(fraction() * static_cast<double>(count));
   }
+  /// One of those, each as often as its `weight` says.
+  template <typename T>
+  [[nodiscard]] const T& weighted(const std::vector<T>& all) {
+    std::size_t sum = 0;
+    for (const auto& one : all) sum += one.weight;
+    auto choice = below(sum);
+    auto chosen = all.begin();
+    for (; choice >= chosen->weight; ++chosen) choice -= chosen->weight;
+    return *chosen;
+  }
 
  private:
   std::mt19937_64 engine_;

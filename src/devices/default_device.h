@@ -42,6 +42,12 @@ class DefaultDevice : public Device {
   /// for a station that has never been a member. Asked once.
   [[nodiscard]] std::uint32_t take_missed(const Device& device, const DrivenDecoder& decoder);
 
+  /// The station was told other values of these items than the decoder wants. It gets the wanted
+  /// ones when it joins again.
+  void note_not_told(Device& device, const DrivenDecoder& decoder, std::uint32_t items) {
+    missed_by(&device).items[&decoder] |= items;
+  }
+
   /// 2 when every station supports the feature, 1 when some do, 0 when none does or there is none.
   [[nodiscard]] int supports(std::string_view feature) const override;
 

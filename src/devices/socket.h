@@ -8,6 +8,7 @@
 #include <giomm/socketconnectable.h>
 #include <giomm/socketconnection.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,6 +42,8 @@ class Socket : public Glib::Object {
   };
 
   static Glib::RefPtr<Socket> create();
+  /// `create` hands out what `maker` makes from now on: sockets to a simulated far end.
+  static void make_by(std::function<Glib::RefPtr<Socket>()> maker);
 
   [[nodiscard]] virtual bool is_connected() const { return static_cast<bool>(connection_); }
   /// The far end's address as resolved; none without a connection, or when it is not on a network.

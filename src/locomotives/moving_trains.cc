@@ -84,8 +84,11 @@ void emergency_stop_all() {
 
 void stop_before_leaving_default(Device& station) {
   if (Layout::get().is_emptying() || !is_in_default_use(station)) return;
+  auto& defaults = Layout::get().get_default_device();
   for_each_decoder([&](const Lok&, const Decoder& decoder) {
-    if (!decoder.get_device()) LastStop::send_to(station, decoder);
+    if (decoder.get_device()) return;
+    if (may_move(decoder)) defaults.note_not_told(station, decoder, DecoderUpdate::speed_bit);
+    LastStop::send_to(station, decoder);
   });
 }
 

@@ -56,7 +56,7 @@ bool EditorView::on_key_press_event(GdkEventKey* event) {
   if (mode_ == Mode::placing) {
     const bool places = event->keyval == GDK_KEY_Return || event->keyval == GDK_KEY_KP_Enter;
     if (!places && event->keyval != GDK_KEY_Escape) return true;
-    end_placing(places, event->time);
+    end_placing(places);
     return true;
   }
   if (!plain || mode_ != Mode::idle) return DiagramCanvas::on_key_press_event(event);

@@ -36,7 +36,7 @@ void EditorView::on_object_removed(ViewObj* object) {
   }
   if (object == placed_) {
     placed_ = nullptr;
-    end_placing(false, GDK_CURRENT_TIME);
+    end_placing(false);
   }
   if (object == selected_) select(nullptr);
 }
@@ -136,7 +136,7 @@ bool EditorView::on_button_release_event(GdkEventButton* event) {
   if (event->button == 1) {
     drop(*event);
   } else if (event->button == 3 && mode_ == Mode::placing) {
-    end_placing(false, event->time);
+    end_placing(false);
   } else if (event->button == 3 && mode_ == Mode::idle) {
     const auto tag = std::exchange(tag_, {});
     if (tag) tag->object->show_menu(*tag, event->time);
@@ -147,7 +147,7 @@ bool EditorView::on_button_release_event(GdkEventButton* event) {
 }
 
 void EditorView::drop(const GdkEventButton& event) {
-  if (mode_ == Mode::placing) return end_placing(true, event.time);
+  if (mode_ == Mode::placing) return end_placing(true);
   const auto tag = std::exchange(tag_, {});
   const bool dragged = mode_ == Mode::dragging;
   const auto* node = dynamic_cast<const ViewLinkNode::Tag*>(tag.get());
@@ -171,7 +171,7 @@ void EditorView::join(const ViewLinkNode::Tag& dragged, const Vector& pointer) {
 // --- Placing what is new ---
 
 void EditorView::place(ViewObj* object, const std::function<void()>& cancelled) {
-  if (mode_ == Mode::placing) end_placing(false, GDK_CURRENT_TIME);
+  if (mode_ == Mode::placing) end_placing(false);
   get_view().add_object(object);
   placed_ = object;
   placing_.emplace();
@@ -192,11 +192,11 @@ void EditorView::grab_pointer() {
       GDK_CURRENT_TIME);
 }
 
-void EditorView::end_placing(bool placed, guint32 time) {
+void EditorView::end_placing(bool placed) {
   auto* object = std::exchange(placed_, nullptr);
   const auto cancelled = std::exchange(cancelled_, {});
   mode_ = Mode::idle;
-  get_window()->pointer_ungrab(time);
+  get_window()->pointer_ungrab(GDK_CURRENT_TIME);
   set_floating({});
   if (placed) {
     signal_placed_.emit();
@@ -208,7 +208,7 @@ void EditorView::end_placing(bool placed, guint32 time) {
 }
 
 void EditorView::finish() {
-  if (mode_ == Mode::placing) return end_placing(false, GDK_CURRENT_TIME);
+  if (mode_ == Mode::placing) return end_placing(false);
   tag_.reset();
   if (mode_ == Mode::pressed || mode_ == Mode::dragging) mode_ = Mode::idle;
   set_floating({});

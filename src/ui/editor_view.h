@@ -51,7 +51,7 @@ class EditorView : public DiagramCanvas {
   void drop(const GdkEventButton& event);
   void join(const ViewLinkNode::Tag& dragged, const Vector& pointer);
   void grab_pointer();
-  void end_placing(bool placed, guint32 time);
+  void end_placing(bool placed);
   [[nodiscard]] SelectionTable parts_of(ViewObj& object);
   [[nodiscard]] Tag current_part();
   void draw_current_part(const Context& context);

@@ -73,6 +73,10 @@ TEST_F(MovingTrainsTest, stop_when_their_station_leaves_default_use) {
   EXPECT_EQ(station->sent(), FakeStation::Log{}) << "it never was in default use";
   stop_before_leaving_default(*station);
   EXPECT_EQ(station->sent(), FakeStation::Log{"3 speed 0"});
+  layout().get_default_device().remove_device(station);
+  layout().get_default_device().add_device(station);
+  Device::signal_in_service().emit(*station);
+  EXPECT_EQ(station->sent(), FakeStation::Log{"3 speed 60"}) << "as its throttle still says";
 }
 
 TEST_F(MovingTrainsTest, are_waited_for_until_they_stand_or_the_station_is_mute_for_too_long) {

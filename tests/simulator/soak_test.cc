@@ -11,6 +11,7 @@
 #include "simulator/soak_causes.h"
 #include "simulator/soak_following.h"
 #include "simulator/soak_links.h"
+#include "simulator/soak_scene.h"
 
 namespace zemblar::simulator {
 namespace {
@@ -69,7 +70,8 @@ class SoakInquest : public testing::Test {
  protected:
   SoakInquest() {
     scene.model.signal_event().connect([this](const TrackEvent& event) {
-      if (event.kind == TrackEvent::Kind::collision) cause = cause_of_collision(scene, event);
+      if (event.kind == TrackEvent::Kind::collision)
+        cause = cause_of_collision(scene.witness, event);
     });
     zones = {&scene.add_block<Zone>("A", 2000), &scene.add_block<Zone>("B", 2000),
              &scene.add_block<Zone>("C", 2000), &scene.add_block<Zone>("D", 2000),
@@ -97,7 +99,7 @@ TEST_F(SoakInquest, does_not_explain_a_collision_that_block_control_has_to_preve
   driven_lok(3)->set_speed(126);
   pass(240);
   EXPECT_TRUE(driven_lok(3)->get_brake());
-  EXPECT_EQ(cause_of_stall(scene, *scene.find(driven_lok(3))), Cause::waits);
+  EXPECT_EQ(cause_of_stall(scene.witness, *scene.find(driven_lok(3))), Cause::waits);
   scene.model.command(3, 126, true);  // as if the brake had never risen
   pass(20);
   EXPECT_EQ(cause, Cause::unexplained);

@@ -5,12 +5,16 @@
 #include "core/toplevel.h"
 #include "diagram/view_zone.h"
 #include "tests/support/layout_fixture.h"
+#include "tests/ui/other_program.h"
 #include "tests/ui/widget_search.h"
 #include "ui/diagram_kinds.h"
 #include "ui/editor_view.h"
 
 namespace zemblar::test {
 namespace {
+
+/// Before any grab: an event may be served late.
+constexpr guint32 long_ago = 1;
 
 class EditorTest : public LayoutTest {
  protected:
@@ -32,6 +36,7 @@ class EditorTest : public LayoutTest {
     sent.x = point.x;
     sent.y = point.y;
     sent.state = state;
+    sent.time = long_ago;
     if constexpr (std::is_same_v<Event, GdkEventButton>) sent.button = button;
     canvas.event(event);
     gdk_event_free(event);
@@ -113,12 +118,15 @@ TEST_F(EditorTest, placing_goes_on_under_the_wheel_and_ends_when_the_pointer_is_
                  [&] { ++cancelled; });
   };
   place();
+  handle_events();
+  EXPECT_FALSE(OtherProgram().has_pointer());
   press({10, 10}, 2);
   release({10, 10}, 2);
   move({20, 30}, 0);
   press({20, 30});
   release({20, 30});
   EXPECT_EQ(placed, 1);
+  EXPECT_TRUE(OtherProgram().has_pointer());
   EXPECT_EQ(end(view.get_objects().back().operator->(), "left").pos, (Vector{-20, 30}));
   place();
   auto* broken = gdk_event_new(GDK_GRAB_BROKEN);

@@ -10,6 +10,7 @@
 
 #include "scripts/script.h"
 #include "tests/support/layout_fixture.h"
+#include "tests/ui/other_program.h"
 #include "tests/ui/widget_search.h"
 #include "ui/edit_history.h"
 #include "ui/layout_dialogs.h"
@@ -19,26 +20,6 @@
 
 namespace zemblar::test {
 namespace {
-
-/// A window manager while a window is being moved, say.
-class OtherProgram {
- public:
-  OtherProgram() {
-    static auto* connection = gdk_display_open(nullptr);
-    display_ = connection;
-    auto* root = gdk_screen_get_root_window(gdk_display_get_default_screen(display_));
-    const auto taken =
-        gdk_pointer_grab(root, FALSE, GDK_BUTTON_PRESS_MASK, nullptr, nullptr, GDK_CURRENT_TIME);
-    EXPECT_EQ(taken, GDK_GRAB_SUCCESS);
-  }
-  ~OtherProgram() {
-    gdk_display_pointer_ungrab(display_, GDK_CURRENT_TIME);
-    gdk_display_sync(display_);
-  }
-
- private:
-  GdkDisplay* display_;
-};
 
 class MenuGrabTest : public LayoutTest {
  protected:
@@ -58,6 +39,7 @@ class MenuGrabTest : public LayoutTest {
 TEST_F(MenuGrabTest, a_menu_that_cannot_be_shown_takes_no_input) {
   {
     const OtherProgram other;
+    ASSERT_TRUE(other.has_pointer());
     popup_below(menu, entry);
     EXPECT_FALSE(menu.get_visible());
     EXPECT_EQ(gtk_grab_get_current(), nullptr);
