@@ -30,11 +30,20 @@ SampleRailway::Document::Document(const std::string& path) {
 SampleRailway::SampleRailway(const std::string& path, std::uint64_t seed)
     : hardware(look_at_memory()), document_(path), railway(seed) {
   station.on_executed([this](const Executed& executed) { obey(executed); });
-  take_into_service();
+  try {
+    take_into_service();
+  } catch (...) {
+    end();
+    throw;
+  }
 }
 
-// What waits on fibers gets the time to notice.
 SampleRailway::~SampleRailway() {
+  end();
+}
+
+// What waits on fibers gets the time to notice, while the station and the bus are still there.
+void SampleRailway::end() {
   for (const auto& train : railway.track.trains()) railway.track.lift(*train);
   station.end(false);
   Layout::get().new_document(false);

@@ -14,8 +14,8 @@ namespace zemblar::simulator {
 /// One of the sample layouts as it is shipped, opened and in service: over the program's own
 /// drivers, a simulated ECoS, and the bus and the trains of a `LayoutRailway`. In virtual time.
 ///
-/// The program's list of hardware looks at this railway from then on, so that a process can have
-/// one. Throws std::runtime_error when the layout cannot be opened or a train is not seen.
+/// The program's list of hardware looks at this railway from then on: one at a time. Throws
+/// std::runtime_error when the layout cannot be opened or a train is not seen.
 class SampleRailway {
  public:
   SampleRailway(const std::string& path, std::uint64_t seed);
@@ -39,6 +39,7 @@ class SampleRailway {
 
   void obey(const Executed& executed);
   void take_into_service();
+  void end();
 
   Document document_;
 

@@ -33,28 +33,40 @@ const HWList::Kind* best_for(const HWDevice& record) {
   return best;
 }
 
+HWList* the_list = nullptr;  // made on first use
+
 }  // namespace
 
 HWList::Kind::Registration::Registration(const Kind& kind) {
   kinds().push_back(kind);
 }
 
+// What the former source had is gone with it.
 void HWList::look_at(std::unique_ptr<HWSource> source) {
-  chosen_source() = std::move(source);
+  if (!the_list) {
+    chosen_source() = std::move(source);
+    return;
+  }
+  the_list->follow(std::move(source));
+  the_list->look();
 }
 
 // The first look takes some milliseconds, which the first window need not wait for. The list is
 // never destroyed: ports close with the process.
 HWList& HWList::get() {
-  static auto* list = [] {
-    auto* made = new HWList(chosen_source() ? std::move(chosen_source()) : make_udev_source());
-    Glib::signal_idle().connect_once(sigc::mem_fun(*made, &HWList::look));
-    return made;
-  }();
-  return *list;
+  if (!the_list) {
+    the_list = new HWList(chosen_source() ? std::move(chosen_source()) : make_udev_source());
+    Glib::signal_idle().connect_once(sigc::mem_fun(*the_list, &HWList::look));
+  }
+  return *the_list;
 }
 
-HWList::HWList(std::unique_ptr<HWSource> source) : source_(std::move(source)) {
+HWList::HWList(std::unique_ptr<HWSource> source) {
+  follow(std::move(source));
+}
+
+void HWList::follow(std::unique_ptr<HWSource> source) {
+  source_ = std::move(source);
   source_->signal_changed().connect(sigc::mem_fun(*this, &HWList::look));
 }
 

@@ -55,7 +55,8 @@ class HWList {
 
   /// The one list; its first use starts discovery, on the main loop.
   static HWList& get();
-  /// The one list is to look there and not at the system's hardware. Before its first use.
+  /// The one list is to look there and not at the system's hardware, or at what it was given
+  /// before.
   static void look_at(std::unique_ptr<HWSource> source);
   /// Knows nothing before the first `look`.
   explicit HWList(std::unique_ptr<HWSource> source);
@@ -70,6 +71,7 @@ class HWList {
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
  private:
+  void follow(std::unique_ptr<HWSource> source);
   void add(const HWDevice& record);
   bool drop_all_but(const std::vector<HWDevice>& present);
   void look_soon();
