@@ -1,6 +1,7 @@
 #include "locomotives/moving_trains.h"
 
 #include <algorithm>
+#include <set>
 
 #include "core/layout.h"
 #include "devices/default_device.h"
@@ -73,11 +74,17 @@ bool any_train_moves(const Device* device) {
   return any;
 }
 
-// What stands here may have been set out by a hand-held throttle of the station.
+// What stands here, in an emergency stop as well, may have been set out by a hand-held throttle of
+// the station.
 void emergency_stop_all() {
+  std::set<const Lok*> told;
   for (const bool moving : {true, false}) {
-    for_each_lok(Layout::get().get_loks(), [moving](Lok& lok) {
-      if (may_move(lok) == moving) lok.set_emergency_stop(true);
+    for_each_lok(Layout::get().get_loks(), [&](Lok& lok) {
+      if ((moving && !may_move(lok)) || !told.insert(&lok).second) return;
+      if (!lok.get_emergency_stop()) return lok.set_emergency_stop(true);
+      for (const auto& decoder : lok.get_decoders()) {
+        decoder->set_speed(DecoderUpdate::emergency_stop);
+      }
     });
   }
 }

@@ -67,6 +67,8 @@ class Script : public Object {
 
   /// Arms every condition.
   void start();
+  /// Disarms every condition, cancels all runs, and forgets what matches: a start begins afresh.
+  void stop();
   /// Whether `start` would arm one.
   [[nodiscard]] bool sleeps() const;
   /// Runs of this script that have not ended.
@@ -157,6 +159,8 @@ class Script : public Object {
 
 /// Arms every condition of every script in the current layout.
 void start_scripts();
+/// Stops every script in the current layout.
+void stop_scripts();
 /// How many scripts of the current layout have a condition that sleeps.
 [[nodiscard]] unsigned sleeping_scripts();
 /// Whether a script sleeps may have changed.

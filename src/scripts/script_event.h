@@ -55,6 +55,8 @@ class ScriptEvent : public ScriptLine {
   [[nodiscard]] virtual bool is_awake() const { return false; }
   /// Watches what it names: the same as choosing its present subject again in its menu.
   virtual void arm() {}
+  /// Watches nothing until it is armed again.
+  virtual void disarm() {}
   /// A sentence for a person; empty when it is armed.
   [[nodiscard]] virtual Glib::ustring asleep_because() const { return {}; }
 

@@ -132,6 +132,14 @@ void ScriptEventOccupied::arm() {
   return any ? choose_any() : choose_this();
 }
 
+void ScriptEventOccupied::disarm() {
+  awake_ = false;
+  if (!occupied_changed_.connected()) return;
+  occupied_changed_.disconnect();
+  lok_changed_.disconnect();
+  signal_line_changed().emit(1);
+}
+
 Glib::ustring ScriptEventOccupied::asleep_because() const {
   if (is_armed()) return {};
   return sleeps() ? _("This condition sleeps: choose its block, or “Start Scripts”, and it watches "

@@ -30,6 +30,7 @@ class ScriptEventOccupied : public ScriptEvent {
   [[nodiscard]] bool sleeps() const override;
   [[nodiscard]] bool is_awake() const override { return awake_; }
   void arm() override;
+  void disarm() override;
   [[nodiscard]] Glib::ustring asleep_because() const override;
 
   // These arm the line, and have the script look at all of its conditions.

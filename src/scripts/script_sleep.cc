@@ -33,8 +33,13 @@ void tell_sleepers() {
   if (note().is_told() && sleeping_scripts() == 0) note().take_back();
 });
 
-Script* script_at(unsigned place) {
-  return dynamic_cast<Script*>(Layout::get().get_scripts().child_at(place));
+// A run may end scripts.
+void for_each_script(void (Script::*act)()) {
+  auto& scripts = Layout::get().get_scripts();
+  const auto count = scripts.child_count();
+  for (unsigned i = 0; i < count; ++i) {
+    if (auto* script = dynamic_cast<Script*>(scripts.child_at(i))) (script->*act)();
+  }
 }
 
 }  // namespace
@@ -44,6 +49,17 @@ void Script::start() {
   for (unsigned i = 0; alive && i < conditions.size(); ++i) conditions[i]->arm();
 }
 
+void Script::stop() {
+  instances.clear();
+  watches_.clear();
+  to_start_.clear();
+  departed_.clear();
+  expected_ = instances.end();
+  const Survival alive(*this);
+  for (unsigned i = 0; alive && i < conditions.size(); ++i) conditions[i]->disarm();
+  if (alive) commands_changed_.emit();
+}
+
 bool Script::sleeps() const {
   for (const auto& line : conditions) {
     if (line->sleeps()) return true;
@@ -51,12 +67,12 @@ bool Script::sleeps() const {
   return false;
 }
 
-// A run may end scripts.
 void start_scripts() {
-  const auto count = Layout::get().get_scripts().child_count();
-  for (unsigned i = 0; i < count; ++i) {
-    if (auto* script = script_at(i)) script->start();
-  }
+  for_each_script(&Script::start);
+}
+
+void stop_scripts() {
+  for_each_script(&Script::stop);
 }
 
 unsigned sleeping_scripts() {

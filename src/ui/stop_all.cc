@@ -3,11 +3,21 @@
 #include <gdk/gdkkeysyms.h>
 #include <gtk/gtk.h>
 
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
+#include <vector>
+
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/status.h"
+#include "devices/device.h"
 #include "devices/track_power.h"
+#include "locomotives/lok.h"
+#include "locomotives/lok_registry.h"
 #include "locomotives/moving_trains.h"
+#include "scripts/script.h"
+#include "track/train_condition.h"
 
 namespace zemblar {
 namespace {
@@ -18,21 +28,70 @@ using namespace std::chrono_literals;
 /// must not make the next press a repetition.
 constexpr auto longest_pause_of_repetition = 800ms;
 
-bool is_stop_key(const GdkEventKey& event) {
-  constexpr guint shortcut = GDK_CONTROL_MASK | GDK_SHIFT_MASK;
-  return (event.state & gtk_accelerator_get_default_mod_mask()) == shortcut &&
-         (event.keyval == GDK_KEY_space || event.keyval == GDK_KEY_KP_Space);
+constexpr auto nothing_to_stop =
+    N_("No command station is in service: nothing on the track could be stopped.");
+
+/// Where both Shift keys together, or one with Control, change the layout, Shift is not among the
+/// modifiers: so its own key is watched as well. It does not repeat, and its release can be lost.
+constexpr auto longest_shift = 5s;
+Clock::time_point shift_pressed;
+bool shift_is_down = false;
+
+/// Whether the key has one of these meanings, in any layout that is set up and with any modifier.
+bool has_meaning(const GdkEventKey& event, std::initializer_list<guint> meanings) {
+  guint* keyvals = nullptr;
+  int count = 0;
+  bool found = std::ranges::find(meanings, event.keyval) != meanings.end();
+  if (gdk_keymap_get_entries_for_keycode(nullptr, event.hardware_keycode, nullptr, &keyvals,
+                                         &count)) {
+    for (int i = 0; i < count; ++i) {
+      found = found || std::ranges::find(meanings, keyvals[i]) != meanings.end();
+    }
+    g_free(keyvals);
+  }
+  return found;
 }
 
-bool is_space(const GdkEventKey& event) {
-  return event.keyval == GDK_KEY_space || event.keyval == GDK_KEY_KP_Space;
+void watch_shift(const GdkEventKey& event) {
+  if (!has_meaning(event, {GDK_KEY_Shift_L, GDK_KEY_Shift_R})) return;
+  shift_is_down = event.type == GDK_KEY_PRESS;
+  shift_pressed = Clock::now();
+}
+
+bool is_shifted(const GdkEventKey& event) {
+  return (event.state & GDK_SHIFT_MASK) != 0 ||
+         (shift_is_down && Clock::now() - shift_pressed < longest_shift);
 }
 
 int on_key_event(GtkWidget* /*grab*/, GdkEventKey* event, void* /*unused*/) {
+  watch_shift(*event);
   const bool pressed = event->type == GDK_KEY_PRESS;
-  if (pressed ? !is_stop_key(*event) : !is_space(*event)) return FALSE;
+  const bool with_control = (event->state & GDK_CONTROL_MASK) != 0;
+  if (pressed && !(with_control && is_shifted(*event))) return FALSE;
+  if (!has_meaning(*event, {GDK_KEY_space, GDK_KEY_KP_Space})) return FALSE;
   StopAll::get().on_key(pressed);
   return pressed;
+}
+
+/// The trains that may move and that no station could be told of, each with the reason.
+Glib::ustring unreached(const std::vector<Lok*>& moving) {
+  Glib::ustring list;
+  for (const auto* lok : moving) {
+    const auto why = reach_sentence(*lok);
+    if (why.empty()) continue;
+    if (!list.empty()) list += ", ";
+    list += Glib::ustring::compose("%1 (%2)", lok->get_name(), why);
+  }
+  return list;
+}
+
+/// With the track power off nothing moves, whoever hears of it.
+std::vector<Lok*> moving_trains() {
+  std::vector<Lok*> moving;
+  for_each_lok(Layout::get().get_loks(), [&moving](Lok& lok) {
+    if (may_move(lok)) moving.push_back(&lok);
+  });
+  return moving;
 }
 
 }  // namespace
@@ -58,21 +117,37 @@ void StopAll::press() {
   const bool again = is_armed_ && now - pressed_ <= second_press;
   is_armed_ = true;
   pressed_ = now;
-  const bool reaches_any = !power_stations(Layout::get().get_devices()).empty();
-  if (again) {
-    Layout::get().set_track_power(false);
-  } else {
-    emergency_stop_all();
+  again ? switch_power_off() : stop_trains();
+}
+
+void StopAll::switch_power_off() {
+  const auto& devices = Layout::get().get_devices();
+  Layout::get().set_track_power(false);
+  if (power_stations(devices).empty()) return set_status(_(nothing_to_stop));
+  const auto lost = lost_power_stations(devices);
+  if (lost.empty()) {
+    return set_status(_("The track power is being switched off at every station."));
   }
-  if (!reaches_any) {
-    set_status(_("No command station is in service: nothing on the track could be stopped."));
-  } else if (again) {
-    set_status(_("The track power is being switched off at every station."));
-  } else {
-    set_status(
-        _("Emergency stop of all locomotives. Once more within 2 seconds switches the track power "
-          "off."));
+  set_status(Glib::ustring::compose(_("The track power is being switched off, but %1 is lost: "
+                                      "press the stop key of the station."),
+                                    lost.front()->get_name()));
+}
+
+void StopAll::stop_trains() {
+  const auto moving = moving_trains();
+  stop_scripts();
+  emergency_stop_all();
+  if (power_stations(Layout::get().get_devices()).empty()) return set_status(_(nothing_to_stop));
+  const auto missed = unreached(moving);
+  if (!missed.empty()) {
+    return set_status(Glib::ustring::compose(
+        _("Emergency stop, but these are not reached: %1. Once more within 2 seconds switches the "
+          "track power off."),
+        missed));
   }
+  set_status(
+      _("Emergency stop of all locomotives, and scripts sleep. Once more within 2 seconds switches "
+        "the track power off."));
 }
 
 }  // namespace zemblar
