@@ -72,6 +72,10 @@ class Device : public Object, public Busy {
 
   /// 0 no, 1 partly, 2 yes. Features are "DCC", "DCC/Power", "DCC/...", "Occupancy", "RailCom".
   [[nodiscard]] virtual int supports(std::string_view feature) const;
+  /// Whether it has an address of the decoder's kind and number.
+  [[nodiscard]] virtual bool has_address_for(const DrivenDecoder& /*decoder*/) const {
+    return true;
+  }
   /// Whether it can address that decoder. One that it cannot is not updated and not answered, as
   /// if the device were out of service; the driver tells the person why.
   [[nodiscard]] virtual bool reaches(const DrivenDecoder& /*decoder*/) { return true; }

@@ -274,9 +274,13 @@ std::optional<StopOrder> LIUSB::stop_order() const {
                    .confirmation = {told.begin(), told.end()}};
 }
 
+bool LIUSB::has_address_for(const DrivenDecoder& decoder) const {
+  return liusb::can_drive(decoder.get_address());
+}
+
 bool LIUSB::reaches(const DrivenDecoder& decoder) {
+  if (has_address_for(decoder)) return true;
   const auto address = decoder.get_address();
-  if (liusb::can_drive(address)) return true;
   const auto message = Glib::ustring::compose(
       _("%1 cannot drive a locomotive with the %2 address %3: it has short addresses from 1 to 99 "
         "and long ones from 100 to 9999. Give the decoder another address or another device."),

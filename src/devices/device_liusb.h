@@ -41,6 +41,7 @@ class LIUSB : public CommandStation {
   /// Takes the port and begins to talk; false when it has one or is being destroyed.
   bool attach(SerialPort* port);
 
+  [[nodiscard]] bool has_address_for(const DrivenDecoder& decoder) const override;
   [[nodiscard]] bool reaches(const DrivenDecoder& decoder) override;
   [[nodiscard]] std::optional<StopOrder> stop_order() const override;
 

@@ -19,18 +19,33 @@ bool switches_power(const Device& device) {
   return device.supports("DCC/Power") == full_support;
 }
 
-std::vector<Device*> power_stations(const Object& parent) {
-  std::vector<Device*> stations;
-  for_each_device(parent, [&stations](Device& device) {
-    if (device.active() && switches_power(device)) {
-      stations.push_back(&device);
-    }
+namespace {
+
+template <typename Check>
+std::vector<Device*> power_devices(const Object& parent, const Check& check) {
+  std::vector<Device*> found;
+  for_each_device(parent, [&](Device& device) {
+    if (check(device) && switches_power(device)) found.push_back(&device);
   });
-  return stations;
+  return found;
 }
 
-PowerState power_state(const std::vector<Device*>& stations) {
+}  // namespace
+
+std::vector<Device*> power_stations(const Object& parent) {
+  return power_devices(parent, [](const Device& device) { return device.active(); });
+}
+
+std::vector<Device*> lost_power_stations(const Object& parent) {
+  return power_devices(parent, [](const Device& device) {
+    return !device.active() && device.link_state().phase == LinkPhase::lost;
+  });
+}
+
+PowerState power_state(const Object& parent) {
+  const auto stations = power_stations(parent);
   if (stations.empty()) return PowerState::no_station;
+  if (!lost_power_stations(parent).empty()) return PowerState::differs;
   const auto is_on = [](const Device* device) { return device->track_power(); };
   if (std::ranges::all_of(stations, is_on)) return PowerState::on;
   return std::ranges::any_of(stations, is_on) ? PowerState::differs : PowerState::off;

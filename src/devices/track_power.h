@@ -13,7 +13,7 @@ enum class PowerState {
   no_station,  ///< none is in service
   on,
   off,
-  differs,  ///< some are on, others are off
+  differs,  ///< some are on, others are off, or one is lost and may be either
 };
 
 /// Visits every device below `parent`, at any depth, in the order of the document. What is about to
@@ -24,6 +24,8 @@ void for_each_device(const Object& parent, const std::function<void(Device&)>& v
 [[nodiscard]] bool switches_power(const Device& device);
 /// The devices in service below `parent` that switch track power.
 [[nodiscard]] std::vector<Device*> power_stations(const Object& parent);
-[[nodiscard]] PowerState power_state(const std::vector<Device*>& stations);
+/// Those that do so when they are in service, and have been lost.
+[[nodiscard]] std::vector<Device*> lost_power_stations(const Object& parent);
+[[nodiscard]] PowerState power_state(const Object& parent);
 
 }  // namespace zemblar

@@ -6,6 +6,7 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/status.h"
+#include "devices/command_station.h"
 #include "devices/default_device.h"
 #include "devices/track_power.h"
 #include "locomotives/lok.h"
@@ -19,6 +20,17 @@ namespace {
 
 using Stations = std::vector<Device*>;
 
+/// Stations that serve all decoders without a device of their own, but are away.
+Stations lost_default_stations() {
+  Stations lost;
+  for_each_device(Layout::get().get_devices(), [&lost](Device& device) {
+    const auto* station = dynamic_cast<CommandStation*>(&device);
+    const bool is_lost = device.link_state().phase == LinkPhase::lost;
+    if (station && is_lost && station->get_use_as_default()) lost.push_back(&device);
+  });
+  return lost;
+}
+
 /// The devices that the locomotive's commands go to, whatever they do at present.
 Stations stations_of(const Lok& lok) {
   std::set<Device*> found;
@@ -27,9 +39,11 @@ Stations stations_of(const Lok& lok) {
     if (!decoder->get_commands_enabled()) continue;
     if (auto* own = decoder->get_device()) {
       found.insert(own);
-    } else {
-      found.insert(defaults.devices().begin(), defaults.devices().end());
+      continue;
     }
+    found.insert(defaults.devices().begin(), defaults.devices().end());
+    const auto lost = lost_default_stations();
+    found.insert(lost.begin(), lost.end());
   }
   return {found.begin(), found.end()};
 }
@@ -39,15 +53,41 @@ bool takes_commands(const Lok& lok) {
                              [](const auto& decoder) { return decoder->get_commands_enabled(); });
 }
 
-/// The sentence for those of the stations of which something is true: `all` when it is true of all
-/// of them, else `one` with the name of the first.
+/// Whether the station has an address for all decoders of the locomotive that it drives.
+bool can_address(const Device& station, const Lok& lok) {
+  return std::ranges::all_of(lok.get_decoders(), [&station](const auto& decoder) {
+    const auto* own = decoder->get_device();
+    return (own && own != &station) || station.has_address_for(*decoder.operator->());
+  });
+}
+
+/// The sentence for those of the stations of which something is true: the only one, all of several,
+/// or the first of some.
+struct Wording {
+  const char* only;
+  const char* all;
+  const char* one;  // with a place for its name
+};
 template <typename Check>
-Glib::ustring tell_of(const Stations& stations, const char* all, const char* one,
-                      const Check& check) {
+Glib::ustring tell_of(const Stations& stations, const Wording& wording, const Check& check) {
   const auto first = std::ranges::find_if(stations, check);
   if (first == stations.end()) return {};
-  if (std::ranges::all_of(stations, check)) return all;
-  return Glib::ustring::compose(one, (*first)->get_name());
+  if (stations.size() == 1) return wording.only;
+  if (std::ranges::all_of(stations, check)) return wording.all;
+  return Glib::ustring::compose(wording.one, (*first)->get_name());
+}
+
+/// The block ahead if it keeps the locomotive from driving on; null when the way ends there.
+struct Ahead {
+  const Block* block = nullptr;
+  bool is_free = false;  // of others, and not occupied: only a hand holds the brake then
+};
+Ahead ahead_of(const Lok& lok) {
+  const auto* next = lok.front ? lok.front->get_partner() : nullptr;
+  if (!next) return {};
+  const auto* block = next->get_block();
+  const auto* holder = block->get_lok();
+  return {block, (!holder || holder == &lok) && !block->occupied()};
 }
 
 /// The speed at which the decoders would be told to drive if nothing held the locomotive.
@@ -58,6 +98,7 @@ unsigned wanted_speed(const Lok& lok) {
 /// The release of the brake brings back the speed of the moment before it, which may be another one
 /// than what is wanted by then.
 Glib::ustring release_sentence(const Lok& lok) {
+  if (ahead_of(lok).is_free) return _("Release it in the track editor.");
   const auto speed = lok.get_speed_overlay();
   const auto wanted = wanted_speed(lok);
   if (speed == wanted) {
@@ -65,21 +106,30 @@ Glib::ustring release_sentence(const Lok& lok) {
   }
   if (speed == 0) return _("Then move the scale to drive on.");
   return Glib::ustring::compose(
-      _("Drives on by itself at %1, not at %2: the emergency stop keeps it here."), speed, wanted);
+      _("Drives on by itself at %1, not at %2. Press Emergency Stop to keep it here."), speed,
+      wanted);
+}
+
+Glib::ustring held_sentence(const Lok& lok) {
+  if (lok.get_emergency_stop()) return with_sentence(_("Emergency stop"), hold_sentence(lok));
+  const auto next = release_sentence(lok);
+  return next.empty() ? hold_sentence(lok) : with_sentence(hold_sentence(lok), next);
 }
 
 Glib::ustring drive_sentence(const Lok& lok) {
+  if (lok.get_brake()) return held_sentence(lok);
   if (lok.get_emergency_stop()) return _("Emergency stop: move the scale to drive on");
-  if (lok.get_brake()) {
-    const auto next = release_sentence(lok);
-    return next.empty() ? hold_sentence(lok) : with_sentence(hold_sentence(lok), next);
-  }
   const auto speed = lok.get_speed_overlay();
-  if (speed != lok.get_speed()) {
-    return speed == 0 ? _("A script has stopped it")
-                      : Glib::ustring::compose(_("A script drives it at %1"), speed);
+  const auto told = [speed](const char* stands, const char* drives) {
+    return speed == 0 ? Glib::ustring(stands) : Glib::ustring::compose(drives, speed);
+  };
+  if (speed == lok.get_speed()) return told(_("Stands"), _("Drives at %1"));
+  if (speed == wanted_speed(lok)) {
+    return told(_("A script has stopped it"), _("A script drives it at %1"));
   }
-  return speed == 0 ? _("Stands") : Glib::ustring::compose(_("Drives at %1"), speed);
+  // It was held when something else was wanted.
+  return told(_("Stands: move the scale to drive on"),
+              _("Drives at %1: move the scale for another speed"));
 }
 
 bool has_detectors(const Object& parent) {
@@ -94,33 +144,42 @@ bool has_detectors(const Object& parent) {
 Glib::ustring hold_sentence(const Lok& lok) {
   if (!lok.get_brake()) return {};
   if (!lok.front) return _("Held: its place on the track is not known");
-  const auto* next = lok.front->get_partner();
-  if (!next) return _("Held: the track ends ahead, or a point is set against it");
-  const auto* block = next->get_block();
-  const auto* holder = block->get_lok();
-  if (holder && holder != &lok) {
-    return Glib::ustring::compose(_("Held: %1 is taken by %2"), block->get_name(),
-                                  holder->get_name());
+  const auto ahead = ahead_of(lok);
+  if (!ahead.block) return _("Held: the track ends ahead, or a point is set against it");
+  if (ahead.is_free) return _("Held: its brake is on");
+  const auto* holder = ahead.block->get_lok();
+  if (!holder || holder == &lok) {
+    return Glib::ustring::compose(_("Held: %1 is occupied"), ahead.block->get_name());
   }
-  return block->occupied()
-             ? Glib::ustring::compose(_("Held: %1 is occupied"), block->get_name())
-             : Glib::ustring::compose(_("Held before %1 until its detector tells something new"),
-                                      block->get_name());
+  return Glib::ustring::compose(_("Held: %1 is taken by %2"), ahead.block->get_name(),
+                                holder->get_name());
 }
 
 Glib::ustring reach_sentence(const Lok& lok) {
   if (!takes_commands(lok)) return _("Its commands are switched off in the track editor");
   auto stations = stations_of(lok);
-  const auto is_out = [](const Device* device) { return !device->active(); };
-  if (std::ranges::all_of(stations, is_out)) return _("No command station is in service for it");
-  std::erase_if(stations, is_out);
-  const auto mute = tell_of(stations, _("The station does not answer"), _("%1 does not answer"),
-                            [](const Device* station) {
-                              return station->link_state().phase == LinkPhase::waiting_for_answer;
-                            });
+  const auto has_phase = [](LinkPhase phase) {
+    return [phase](const Device* station) { return station->link_state().phase == phase; };
+  };
+  const auto lost =
+      tell_of(stations, {_("The station is lost"), _("All stations are lost"), _("%1 is lost")},
+              has_phase(LinkPhase::lost));
+  if (!lost.empty()) return lost;
+  std::erase_if(stations, [](const Device* device) { return !device->active(); });
+  if (stations.empty()) return _("No command station is in service for it");
+  const auto deaf = tell_of(stations,
+                            {_("The station has no such address"),
+                             _("No station has such an address"), _("%1 has no such address")},
+                            [&lok](const Device* station) { return !can_address(*station, lok); });
+  if (!deaf.empty()) return deaf;
+  const auto mute =
+      tell_of(stations,
+              {_("The station does not answer"), _("No station answers"), _("%1 does not answer")},
+              has_phase(LinkPhase::waiting_for_answer));
   if (!mute.empty()) return mute;
   std::erase_if(stations, [](const Device* station) { return !switches_power(*station); });
-  return tell_of(stations, _("Track power is off"), _("Track power is off at %1"),
+  return tell_of(stations,
+                 {_("Track power is off"), _("Track power is off"), _("Track power is off at %1")},
                  [](const Device* station) { return !station->track_power(); });
 }
 
@@ -136,7 +195,7 @@ Glib::ustring zone_note(const Zone& zone) {
   if (!lok) return {};
   if (!lok->front) return _("Its place is not known");
   if (lok->get_brake() && lok->front->get_block() == &zone) return hold_sentence(*lok);
-  return zone.has_input() && !zone.occupied() ? _("Held for it, but empty") : "";
+  return zone.has_input() && !zone.occupied() ? _("Reserved for it, and reads free") : "";
 }
 
 std::vector<Lok*> held_trains(const Object& parent) {

@@ -19,8 +19,9 @@ class Zone;
 /// so that the way ends or leads to an occupied block. The sentence tells what lies ahead now.
 [[nodiscard]] Glib::ustring hold_sentence(const Lok& lok);
 
-/// What keeps the hardware from carrying out what the locomotive is told: no address, no station in
-/// service, a station that does not answer, track power that is off. Empty if nothing does.
+/// What keeps the hardware from carrying out what the locomotive is told: commands that are
+/// switched off, no station in service, a station that is lost, cannot address it or does not
+/// answer, track power that is off. Empty if nothing does.
 [[nodiscard]] Glib::ustring reach_sentence(const Lok& lok);
 
 /// All of that, and what the locomotive does: a sentence or two, never empty.

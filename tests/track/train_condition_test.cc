@@ -25,6 +25,10 @@ class TrainConditionTest : public SmallRailway {
     [[nodiscard]] int supports(std::string_view feature) const override {
       return feature.starts_with("DCC") ? 2 : 0;
     }
+    [[nodiscard]] bool has_address_for(const DrivenDecoder& decoder) const override {
+      return decoder.get_address().get_addr() != 99;
+    }
+    void lose() { set_link(LinkPhase::lost); }
     void answer_nobody(bool mute = true) {
       set_link(mute ? LinkPhase::waiting_for_answer : LinkPhase::in_service);
     }
@@ -50,8 +54,8 @@ TEST_F(TrainConditionTest, tells_why_a_train_is_held_and_at_what_speed_it_really
   // What is wished under the brake does not count at its release.
   lok->set_speed(0);
   EXPECT_EQ(told(lok),
-            "Held: C is taken by Local. Drives on by itself at 100, not at 0: the emergency stop "
-            "keeps it here.");
+            "Held: C is taken by Local. Drives on by itself at 100, not at 0. Press Emergency Stop "
+            "to keep it here.");
   station.sent();
   at(zones[2]).occupy(false);
   EXPECT_EQ(station.sent(), FakeStation::Log{"3 speed 100"});
@@ -61,7 +65,7 @@ TEST_F(TrainConditionTest, tells_why_a_train_is_held_and_at_what_speed_it_really
   lok->set_emergency_stop(true);
   EXPECT_EQ(told(lok), "Emergency stop: move the scale to drive on");
   lok->set_brake(true);
-  EXPECT_EQ(hold_sentence(*lok), "Held: the track ends ahead, or a point is set against it");
+  EXPECT_EQ(told(lok), "Emergency stop. Held: the track ends ahead, or a point is set against it");
 }
 
 TEST_F(TrainConditionTest, tells_what_keeps_the_hardware_from_obeying) {
@@ -72,7 +76,7 @@ TEST_F(TrainConditionTest, tells_what_keeps_the_hardware_from_obeying) {
   EXPECT_EQ(told(lok), "Drives at 60");
   one.track_power_is_off();
   EXPECT_EQ(told(lok), "Track power is off at ECoS");
-  EXPECT_EQ(power_state(power_stations(layout().get_devices())), PowerState::differs);
+  EXPECT_EQ(power_state(layout().get_devices()), PowerState::differs);
   two.track_power_is_off();
   EXPECT_EQ(told(lok), "Track power is off");
   lok->set_emergency_stop(true);
@@ -80,9 +84,31 @@ TEST_F(TrainConditionTest, tells_what_keeps_the_hardware_from_obeying) {
   two.answer_nobody();
   EXPECT_EQ(told(lok), "LI-USB does not answer. Emergency stop: move the scale to drive on");
   one.answer_nobody();
-  EXPECT_EQ(told(lok), "The station does not answer. Emergency stop: move the scale to drive on");
+  EXPECT_EQ(told(lok), "No station answers. Emergency stop: move the scale to drive on");
+  one.lose();
+  EXPECT_EQ(reach_sentence(*lok), "ECoS is lost");
   lok->get_decoders()[0]->set_commands_enabled(false);
   EXPECT_EQ(reach_sentence(*lok), "Its commands are switched off in the track editor");
+}
+
+TEST_F(TrainConditionTest, tells_what_a_hand_has_set_and_what_is_left_of_it) {
+  Station station("ECoS");
+  const auto zones = row({"A", "B"});
+  auto* lok = new_lok_in(zones[0]);
+  lok->set_speed(60);
+  lok->set_brake(true);
+  EXPECT_EQ(told(lok), "Held: its brake is on. Release it in the track editor.");
+  lok->set_emergency_stop(true);
+  lok->set_speed(80);
+  lok->set_brake(false);
+  EXPECT_EQ(told(lok), "Stands: move the scale to drive on");
+  lok->set_speed(70);
+  lok->set_brake(true);
+  lok->set_speed(30);
+  lok->set_brake(false);
+  EXPECT_EQ(told(lok), "Drives at 70: move the scale for another speed");
+  lok->get_decoders()[0]->set_address(Address(99));
+  EXPECT_EQ(told(lok), "The station has no such address");
 }
 
 TEST_F(TrainConditionTest, tells_of_scripts_lost_places_and_blocks_that_are_held_for_nobody) {
@@ -102,7 +128,7 @@ TEST_F(TrainConditionTest, tells_of_scripts_lost_places_and_blocks_that_are_held
   }
   EXPECT_TRUE(unplaced_trains(layout().get_loks()).empty());
   zones[1]->set_lok(lok);
-  EXPECT_EQ(zone_note(*zones[1]), "Held for it, but empty");
+  EXPECT_EQ(zone_note(*zones[1]), "Reserved for it, and reads free");
   at(zones[0]).occupy(false);
   EXPECT_EQ(place(lok), "nowhere");
   EXPECT_EQ(zone_note(*zones[1]), "Its place is not known");
@@ -121,6 +147,9 @@ TEST_F(TrainConditionTest, an_emergency_stop_of_all_reaches_those_first_that_dri
   emergency_stop_all();
   EXPECT_EQ(station.sent(), (FakeStation::Log{"4 stop", "3 stop"}));
   EXPECT_TRUE(standing->get_emergency_stop() && driving->get_emergency_stop());
+  // A hand-held throttle may have set one out meanwhile.
+  emergency_stop_all();
+  EXPECT_EQ(station.sent(), (FakeStation::Log{"3 stop", "4 stop"}));
 }
 
 }  // namespace
