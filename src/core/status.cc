@@ -15,6 +15,7 @@ struct Line {
   StatusNote* shown = nullptr;       // the note that the text is of
   std::vector<StatusNote*> notes{};  // those with a trouble, the oldest first
   std::deque<ToldStatus> history{};  // the newest first
+  unsigned long told = 0;            // entries there ever were in it
 };
 
 Line& line() {
@@ -24,8 +25,13 @@ Line& line() {
 
 void enter_into_history(const Glib::ustring& text) {
   auto& history = line().history;
-  if (text.empty() || (!history.empty() && history.front().text.raw() == text.raw())) return;
-  history.push_front({std::chrono::system_clock::now(), text});
+  if (text.empty()) return;
+  const auto now = std::chrono::system_clock::now();
+  if (!history.empty() && history.front().text.raw() == text.raw()) {
+    history.front().time = now;
+    return;
+  }
+  history.push_front({++line().told, now, text});
   if (history.size() > status_history_length) history.pop_back();
 }
 

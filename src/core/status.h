@@ -17,12 +17,13 @@ void clear_status();
 
 /// A text that was in the status line, and when it got there.
 struct ToldStatus {
+  unsigned long number;  ///< from 1, in the order in which they came
   std::chrono::system_clock::time_point time;
   Glib::ustring text;
 };
 
 /// The last texts of the line, the newest first. A text that comes again while it is the newest one
-/// counts once.
+/// stays one entry, with the new time.
 [[nodiscard]] const std::deque<ToldStatus>& status_history();
 constexpr std::size_t status_history_length = 50;
 

@@ -9,6 +9,7 @@
 
 #include "core/i18n.h"
 #include "core/status.h"
+#include "ui/close_key.h"
 
 namespace zemblar {
 namespace {
@@ -59,6 +60,7 @@ void StatusHistory::open() {
 
 StatusHistory::StatusHistory() : rows_(Gtk::ListStore::create(columns())), list_(rows_) {
   set_title(_("Messages"));
+  close_by_key(*this);
   set_border_width(margin);
   set_default_size(default_width, default_height);
   constexpr int time_width = 100;
@@ -76,20 +78,24 @@ StatusHistory::StatusHistory() : rows_(Gtk::ListStore::create(columns())), list_
   refresh();
 }
 
+// Rows that were there stay, with the place that somebody reads at.
 void StatusHistory::refresh() {
-  rows_->clear();
-  for (const auto& told : status_history()) {
-    const auto row = *rows_->append();
-    row[columns().time] = display_time(told.time);
-    row[columns().text] = told.text;
+  const auto& history = status_history();
+  auto rows = rows_->children();
+  for (auto told = history.rbegin(); told != history.rend(); ++told) {
+    const bool is_known = told->number <= newest_;
+    const bool is_front = told->number == newest_;
+    if (is_known && !is_front) continue;
+    const auto row = is_front && !rows.empty() ? *rows.begin() : *rows_->prepend();
+    row[columns().time] = display_time(told->time);
+    row[columns().text] = told->text;
   }
+  if (!history.empty()) newest_ = history.front().number;
+  while (rows.size() > status_history_length) rows_->erase(--rows.end());
 }
 
 bool StatusHistory::on_key_press_event(GdkEventKey* event) {
-  const auto modifiers = event->state & gtk_accelerator_get_default_mod_mask();
-  const bool closes = (event->keyval == GDK_KEY_Escape && modifiers == 0) ||
-                      (event->keyval == GDK_KEY_w && modifiers == GDK_CONTROL_MASK);
-  if (!closes) return Gtk::Window::on_key_press_event(event);
+  if (event->keyval != GDK_KEY_Escape) return Gtk::Window::on_key_press_event(event);
   hide();
   return true;
 }

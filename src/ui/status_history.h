@@ -20,6 +20,7 @@ class StatusHistory : public Gtk::Window {
   void refresh();
 
   Glib::RefPtr<Gtk::ListStore> rows_;
+  unsigned long newest_ = 0;  // the number of the entry in the first row
   Gtk::TreeView list_;
 };
 

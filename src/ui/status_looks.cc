@@ -18,7 +18,7 @@ namespace {
 using Kind = StatusShape::Kind;
 using Look = StatusMark::Look;
 
-StatusShape::Kind shape_of(LinkPhase phase) {
+Kind shape_of(LinkPhase phase) {
   switch (phase) {
     case LinkPhase::in_service:
       return Kind::well;
@@ -32,20 +32,30 @@ StatusShape::Kind shape_of(LinkPhase phase) {
 }
 
 Glib::ustring clock_time(Clock::time_point moment) {
-  const auto ago = std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - moment);
-  return Glib::DateTime::create_now_local()
-      .add_seconds(-static_cast<double>(ago.count()))
-      .format("%X");
+  const auto ago = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - moment);
+  return Glib::DateTime::create_now_local().add(-ago.count()).format("%X");
 }
 
 /// A line for each station, with its power.
-Glib::ustring list_of(const std::vector<Device*>& stations) {
+Glib::ustring list_of_stations() {
+  const auto& devices = Layout::get().get_devices();
   Glib::ustring lines;
-  for (const auto* station : stations) {
+  for (const auto* station : power_stations(devices)) {
     lines += Glib::ustring::compose(station->track_power() ? _("\n%1: on") : _("\n%1: off"),
                                     station->get_name());
   }
+  for (const auto* station : lost_power_stations(devices)) {
+    lines += Glib::ustring::compose(_("\n%1: not known, it is lost"), station->get_name());
+  }
   return lines;
+}
+
+/// The beginning and the end of a long name.
+Glib::ustring shortened(const Glib::ustring& name) {
+  constexpr std::size_t longest = 28;
+  constexpr std::size_t part = longest / 2 - 1;
+  if (name.length() <= longest) return name;
+  return name.substr(0, part) + "…" + name.substr(name.length() - part);
 }
 
 /// A line for each locomotive, with what there is to say of it.
@@ -61,16 +71,17 @@ Glib::ustring list_of(const std::vector<Lok*>& loks, const Sentence& sentence) {
 
 }  // namespace
 
-Look power_look(const std::vector<Device*>& stations) {
-  switch (power_state(stations)) {
+Look power_look() {
+  switch (power_state(Layout::get().get_devices())) {
     case PowerState::on:
-      return {Kind::well, _("Power on"), _("Track power: on"), _("The track power is on.")};
+      return {Kind::well, _("Power on"), _("Track power: on"),
+              _("The track power is on.") + list_of_stations()};
     case PowerState::off:
       return {Kind::off, _("Power off"), _("Track power: off"),
-              _("The track power is off: no train can drive.")};
+              _("The track power is off.") + list_of_stations()};
     case PowerState::differs:
       return {Kind::waiting, _("Power differs"), _("Track power: differs between stations"),
-              _("The track power is on at some stations and off at others:") + list_of(stations)};
+              _("The track power is not the same at all stations:") + list_of_stations()};
     case PowerState::no_station:
       break;
   }
@@ -108,13 +119,14 @@ Look file_look() {
   const auto where =
       path.empty() ? _("This layout has no file yet.") : Glib::filename_display_name(path);
   const auto* copies = RecoveryCopy::get();
-  if (!copies) return {Kind::none, name, Glib::ustring::compose(_("Layout: %1"), name), where};
+  const auto text = shortened(name);
+  if (!copies) return {Kind::none, text, Glib::ustring::compose(_("Layout: %1"), name), where};
   if (!copies->has_unsaved_work()) {
     const Glib::ustring state = path.empty() ? _("Nothing is to be saved.") : _("All is saved.");
-    return {Kind::none, name, Glib::ustring::compose(_("Layout: %1, saved"), name),
+    return {Kind::none, text, Glib::ustring::compose(_("Layout: %1, saved"), name),
             with_sentence(where, state)};
   }
-  return {Kind::unsaved, Glib::ustring::compose(_("%1, unsaved"), name),
+  return {Kind::unsaved, Glib::ustring::compose(_("%1, unsaved"), text),
           Glib::ustring::compose(_("Layout: %1, unsaved"), name),
           with_sentence(where, _("There is work that is not in the file: choose Save in the menu "
                                  "File."))};

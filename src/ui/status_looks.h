@@ -12,7 +12,7 @@ class Lok;
 // What the marks of the status bar say about the current layout: each a shape, a word or two, and a
 // sentence.
 
-[[nodiscard]] StatusMark::Look power_look(const std::vector<Device*>& stations);
+[[nodiscard]] StatusMark::Look power_look();
 [[nodiscard]] StatusMark::Look device_look(const Device& device);
 [[nodiscard]] StatusMark::Look held_look(const std::vector<Lok*>& held);
 [[nodiscard]] StatusMark::Look unplaced_look(const std::vector<Lok*>& unplaced);

@@ -26,12 +26,21 @@ namespace {
 constexpr int gap = 2;
 constexpr int full_support = 2;
 
+/// With more of them, those that stand under another one are seen only while they are not well.
+constexpr std::size_t most_devices = 12;
+
+bool is_well_below_another(const Device* device) {
+  return device->get_parent() != &Layout::get().get_devices() &&
+         device->link_state().phase == LinkPhase::in_service;
+}
+
 /// The inputs of a reader have no link of their own.
 std::vector<Device*> linked_devices() {
   std::vector<Device*> devices;
   for_each_device(Layout::get().get_devices(), [&devices](Device& device) {
     if (device.supports("Occupancy") != full_support) devices.push_back(&device);
   });
+  if (devices.size() > most_devices) std::erase_if(devices, is_well_below_another);
   return devices;
 }
 
@@ -122,7 +131,7 @@ void StatusMarks::refresh_later() {
 void StatusMarks::refresh() {
   const auto& layout = Layout::get();
   if (layout.is_emptying()) return;
-  power_.show_look(power_look(stations()));
+  power_.show_look(power_look());
   refresh_devices();
   const auto held = held_trains(layout.get_loks());
   if (!held.empty()) held_.show_look(held_look(held));

@@ -3,7 +3,6 @@
 #include <gdk/gdkkeysyms.h>
 #include <gtest/gtest.h>
 #include <gtkmm/dialog.h>
-#include <gtkmm/menu.h>
 #include <gtkmm/treeview.h>
 
 #include "core/recovery_copy.h"
@@ -119,17 +118,23 @@ TEST_F(StatusBarTest, one_key_stops_all_trains_and_switches_the_power_off_when_i
   auto* lok = layout().get_loks().add(new Lok);
   Gtk::Window window;
   Gtk::Dialog dialog("Question", window, true);
-  Gtk::Menu menu;
   window.show();
   dialog.show();
   handle_events();
   // As the display delivers it: to the window that it is about, through all grabs.
+  GdkKeymapKey* places = nullptr;
+  int count = 0;
+  ASSERT_TRUE(gdk_keymap_get_entries_for_keyval(nullptr, GDK_KEY_space, &places, &count));
+  const auto code = static_cast<guint16>(places[0].keycode);
+  g_free(places);
+  unsigned modifiers = GDK_CONTROL_MASK | GDK_SHIFT_MASK;
   const auto key = [&](Gtk::Window& target, GdkEventType type) {
     GdkEvent event{};
     event.key.type = type;
     event.key.window = target.get_window()->gobj();
-    event.key.keyval = GDK_KEY_space;
-    event.key.state = GDK_CONTROL_MASK | GDK_SHIFT_MASK;
+    event.key.keyval = GDK_KEY_nobreakspace;  // as some layouts have it with Shift
+    event.key.hardware_keycode = code;
+    event.key.state = modifiers;
     gtk_main_do_event(&event);
   };
   const auto press = [&](Gtk::Window& target) {
@@ -148,6 +153,18 @@ TEST_F(StatusBarTest, one_key_stops_all_trains_and_switches_the_power_off_when_i
   press(window);
   EXPECT_FALSE(station->track_power());
   EXPECT_NE(get_status().raw().find("power"), std::string::npos);
+
+  // Other modifiers do not keep it back; without Control it is another key.
+  clock.advance(5s);
+  for (const auto& [state, stops] :
+       {std::pair(GDK_CONTROL_MASK | GDK_SHIFT_MASK | GDK_MOD1_MASK | GDK_LOCK_MASK, true),
+        std::pair(GDK_SHIFT_MASK | GDK_LOCK_MASK, false)}) {
+    lok->set_speed(60);
+    modifiers = static_cast<unsigned>(state);
+    press(window);
+    EXPECT_EQ(lok->get_emergency_stop(), stops);
+  }
+  modifiers = GDK_CONTROL_MASK | GDK_SHIFT_MASK;
 
   // A key that is held down is pressed once.
   station->track_power_is_on();
