@@ -10,6 +10,7 @@
 #include <cassert>
 
 #include "core/i18n.h"
+#include "core/status.h"
 #include "devices/device.h"
 #include "ui/diagram_kinds.h"
 #include "ui/editor_view.h"
@@ -36,15 +37,18 @@ Gtk::Toolbar& with_separator(Gtk::Toolbar& toolbar) {
   return toolbar;
 }
 
-/// The device that is there and would not be after the step was undone, or redone; null for none.
-const Device* device_ended_by(const EditStep& step, bool is_undo) {
+/// The devices that are there and would not be after the step was undone, or redone.
+std::vector<const Device*> devices_ended_by(const EditStep& step, bool is_undo) {
+  std::vector<const Device*> ended;
   const auto& objects = EditJournal::get().numbers().objects;
   for (const auto& part : step.parts()) {
     const auto& after = is_undo ? part.before : part.after;
     if (part.kind != EditStep::Part::Kind::object || after.exists) continue;
-    if (const auto* device = dynamic_cast<const Device*>(objects.find(part.number))) return device;
+    if (const auto* device = dynamic_cast<const Device*>(objects.find(part.number))) {
+      ended.push_back(device);
+    }
   }
-  return nullptr;
+  return ended;
 }
 
 }  // namespace
@@ -115,15 +119,30 @@ void TrackEditor::refresh_edit_menu() {
   refresh(*redo_, history_.steps().next_redo(), _("_Redo"), _("_Redo %1"));
 }
 
+const EditStep* TrackEditor::next_step(void (EditHistory::*way)()) {
+  return way == &EditHistory::undo ? history_.steps().next_undo() : history_.steps().next_redo();
+}
+
 // No other device reaches what a station drives that ends with the step. The slot goes with the
 // window.
 void TrackEditor::step(void (EditHistory::*way)()) {
-  const bool is_undo = way == &EditHistory::undo;
-  const auto* next = is_undo ? history_.steps().next_undo() : history_.steps().next_redo();
-  const auto* station = next ? device_ended_by(*next, is_undo) : nullptr;
-  if (!station) return step_now(way);
-  const sigc::slot<void> go_on = sigc::bind(sigc::mem_fun(*this, &TrackEditor::step_now), way);
-  when_trains_stand([go_on] { go_on(); }, station);
+  // What is being typed or dragged is a step of its own.
+  if (auto* canvas = current_canvas()) canvas->finish();
+  if (Layout::dialogs().finish_edits) Layout::dialogs().finish_edits();
+  EditJournal::get().flush();
+  const auto* next = next_step(way);
+  if (!next) return step_now(way);
+  const auto stations = devices_ended_by(*next, way == &EditHistory::undo);
+  if (stations.empty()) return step_now(way);
+  const sigc::slot<void> go_on =
+      sigc::bind(sigc::mem_fun(*this, &TrackEditor::step_if_next), way, next);
+  when_trains_stand([go_on] { go_on(); }, stations.size() == 1 ? stations.front() : nullptr);
+}
+
+void TrackEditor::step_if_next(void (EditHistory::*way)(), const EditStep* wanted) {
+  EditJournal::get().flush();
+  if (next_step(way) == wanted) return step_now(way);
+  set_status(_("Something else has been changed meanwhile: choose that again."));
 }
 
 // What was selected stays so, though it may be another one in the memory now.

@@ -34,6 +34,8 @@ class TrackEditor : public LayoutWindow {
   [[nodiscard]] EditorView* current_canvas() const;
   void append_edit_menu();
   void step(void (EditHistory::*way)());
+  [[nodiscard]] const EditStep* next_step(void (EditHistory::*way)());
+  void step_if_next(void (EditHistory::*way)(), const EditStep* wanted);
   void step_now(void (EditHistory::*way)());
   void refresh_edit_menu();
   void use_tool(DiagramKind kind, bool existing);
