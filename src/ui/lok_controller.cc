@@ -10,6 +10,7 @@
 #include "core/i18n.h"
 #include "locomotives/lok.h"
 #include "track/train_condition.h"
+#include "ui/close_key.h"
 #include "ui/following.h"
 
 namespace zemblar {
@@ -17,10 +18,7 @@ namespace {
 
 constexpr int gap = 4;
 constexpr double max_speed = 126;
-// Room for the longest sentence, so that the window keeps its size while a train drives.
 constexpr int sentence_width = 290;
-constexpr int sentence_lines = 3;
-constexpr int line_height = 18;
 
 /// A throttle's window. Its keys go before those of the focused control, so that Space stops the
 /// train wherever the focus is.
@@ -31,6 +29,7 @@ class ThrottleWindow : public Gtk::Window {
     set_icon_name("zemblar");
     set_resizable(false);
     add(controller);
+    close_by_key(*this);
     place_beside_last();
     show_all();
     last_ = this;
@@ -43,11 +42,6 @@ class ThrottleWindow : public Gtk::Window {
 
  protected:
   bool on_key_press_event(GdkEventKey* event) override {
-    const auto modifiers = event->state & gtk_accelerator_get_default_mod_mask();
-    if (event->keyval == GDK_KEY_w && modifiers == GDK_CONTROL_MASK) {
-      hide();
-      return true;
-    }
     constexpr guint shortcut = GDK_CONTROL_MASK | GDK_MOD1_MASK | GDK_SUPER_MASK;
     const bool plain = !(event->state & shortcut);
     return (plain && controller.press_key(event->keyval)) || Gtk::Window::on_key_press_event(event);
@@ -143,7 +137,7 @@ void LokController::describe_controls() {
   stop_.get_accessible()->set_name(_("Emergency Stop"));
   stop_.set_tooltip_text(_("Emergency stop of this locomotive (Space)"));
   sentence_.set_line_wrap();
-  sentence_.set_size_request(sentence_width, sentence_lines * line_height);
+  keep_room_for_sentence();
   sentence_.set_alignment(0, 0);
   speed_label_.set_alignment(0, 0.5);
   chooser_.emphasize();
@@ -173,8 +167,10 @@ void LokController::connect(Lok& lok) {
       sigc::mem_fun(*this, &LokController::follow_direction));
   actual_speed_changed_ = lok.signal_actual_speed_changed().connect(
       sigc::mem_fun(*this, &LokController::follow_actual_speed));
-  emergency_stop_changed_ = lok.signal_emergency_stop_changed().connect(
-      sigc::mem_fun(*this, &LokController::tell_condition));
+  emergency_stop_changed_ = lok.signal_emergency_stop_changed().connect([this] {
+    if (lok_->get_emergency_stop()) end_drag();
+    tell_condition();
+  });
   brake_changed_ =
       lok.signal_brake_changed().connect(sigc::mem_fun(*this, &LokController::tell_condition));
   follow_speed();
@@ -226,10 +222,27 @@ void LokController::show_wanted_speed() {
                              : "");
 }
 
+// The pointer that holds the scale would set the train out again with its next move.
+void LokController::end_drag() {
+  if (!scale_.has_grab()) return;
+  const bool had_focus = scale_.has_focus();
+  scale_.set_sensitive(false);
+  scale_.set_sensitive(true);
+  if (had_focus) scale_.grab_focus();
+}
+
+// The window keeps its size while a train drives, and never cuts off the advice.
+void LokController::keep_room_for_sentence() {
+  sentence_.set_size_request(sentence_width, -1);
+  sentence_height_ = std::max(sentence_height_, sentence_.size_request().height);
+  sentence_.set_size_request(sentence_width, sentence_height_);
+}
+
 void LokController::tell_condition() {
   const auto text = lok_ ? train_sentence(*lok_) : _("Choose a locomotive above.");
   if (text.raw() == sentence_.get_text().raw()) return;
   sentence_.set_text(text);
+  keep_room_for_sentence();
   sentence_.set_tooltip_text(text);
   dial_.set_tooltip_text(text);
 }

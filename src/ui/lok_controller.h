@@ -61,6 +61,8 @@ class LokController : public Gtk::VBox {
   void follow_actual_speed();
   void show_wanted_speed();
   void tell_condition();
+  void keep_room_for_sentence();
+  void end_drag();
 
   bool following_ = false;
   ObjectButton chooser_;
@@ -73,6 +75,7 @@ class LokController : public Gtk::VBox {
   Gtk::Button stop_;
   Gtk::Label speed_label_;
   Gtk::Label sentence_;
+  int sentence_height_ = 3 * 18;  // pixels; three lines at first
   FuncTable functions_;
   LayoutFollower pulse_;
   Lok* lok_ = nullptr;
