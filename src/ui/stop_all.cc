@@ -73,9 +73,11 @@ int on_key_event(GtkWidget* /*grab*/, GdkEventKey* event, void* /*unused*/) {
   return pressed;
 }
 
-/// The trains that may move and that no station could be told of, each with the reason.
+/// Those of the trains that no station could be told of, each with the reason. Without track power
+/// none of them moves.
 Glib::ustring unreached(const std::vector<Lok*>& moving) {
   Glib::ustring list;
+  if (power_state(Layout::get().get_devices()) == PowerState::off) return list;
   for (const auto* lok : moving) {
     const auto why = reach_sentence(*lok);
     if (why.empty()) continue;
@@ -85,7 +87,6 @@ Glib::ustring unreached(const std::vector<Lok*>& moving) {
   return list;
 }
 
-/// With the track power off nothing moves, whoever hears of it.
 std::vector<Lok*> moving_trains() {
   std::vector<Lok*> moving;
   for_each_lok(Layout::get().get_loks(), [&moving](Lok& lok) {

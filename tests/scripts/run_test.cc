@@ -50,6 +50,24 @@ TEST_F(Runs, while_scripts_overlap_and_come_apart_in_any_order) {
   EXPECT_FALSE(horn->get_state());
 }
 
+TEST_F(Runs, end_when_all_is_stopped_and_begin_afresh_when_scripts_start) {
+  lok->set_speed(100);
+  auto* made = script_on("A", true);
+  set_speed(*made, "x", 50);
+  fill("A");
+  EXPECT_EQ(lok->get_speed_overlay(), 63u);
+  stop_scripts();
+  clock.advance(0s);
+  EXPECT_EQ(lok->get_speed_overlay(), 100u);
+  EXPECT_EQ(made->num_runs(), 0u);
+  EXPECT_EQ(sleeping_scripts(), 1u);
+  fill("A", false);
+  fill("A");
+  EXPECT_EQ(lok->get_speed_overlay(), 100u);
+  start_scripts();
+  EXPECT_EQ(lok->get_speed_overlay(), 63u);
+}
+
 TEST_F(Runs, commands_in_order_with_waits_and_brackets) {
   auto* made = script_on("A");
   std::vector<unsigned> seen;

@@ -147,6 +147,38 @@ TEST_F(ThrottleTest, shows_the_actual_speed_only_while_it_is_known) {
   EXPECT_FALSE(throttle.dial().get_black_visible());
 }
 
+TEST_F(ThrottleTest, a_pointer_that_holds_the_scale_lets_go_of_a_train_that_is_stopped) {
+  auto* lok = add_lok("Express");
+  auto& throttle = LokController::open(lok);
+  handle_events();
+  auto* scale = GTK_WIDGET(throttle.scale().gobj());
+  int start = 0, end = 0;
+  gtk_range_get_slider_range(GTK_RANGE(scale), &start, &end);
+  const auto send = [&](GdkEventType type, double y) {
+    GdkEvent event{};
+    event.type = type;
+    event.any.window = scale->window;
+    if (type == GDK_BUTTON_PRESS) {
+      event.button.button = 1;
+      event.button.x = scale->allocation.width / 2;
+      event.button.y = y;
+    } else {
+      event.motion.x = scale->allocation.width / 2;
+      event.motion.y = y;
+    }
+    gtk_widget_event(scale, &event);
+  };
+  const double middle = (start + end) / 2.0;
+  send(GDK_BUTTON_PRESS, middle);
+  send(GDK_MOTION_NOTIFY, middle - 30);
+  EXPECT_GT(lok->get_speed(), 0u);
+  lok->set_emergency_stop(true);
+  send(GDK_MOTION_NOTIFY, middle - 40);
+  EXPECT_TRUE(lok->get_emergency_stop());
+  throttle.get_toplevel()->hide();
+  handle_events();
+}
+
 TEST_F(ThrottleTest, keys_stop_the_train_and_press_the_functions_of_their_numbers) {
   auto* lok = add_lok("Express");
   auto* horn = add_function(lok, 3);
