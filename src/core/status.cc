@@ -5,17 +5,24 @@
 #include <vector>
 
 #include "core/i18n.h"
+#include "runtime/timer.h"
 
 namespace zemblar {
 namespace {
+
+constexpr std::chrono::milliseconds readable_time(200);
 
 /// Never destroyed, as notes may live in static objects.
 struct Line {
   Glib::ustring text{};
   StatusNote* shown = nullptr;       // the note that the text is of
   std::vector<StatusNote*> notes{};  // those with a trouble, the oldest first
-  std::deque<ToldStatus> history{};  // the newest first
-  unsigned long told = 0;            // entries there ever were in it
+  struct Past {
+    std::deque<ToldStatus> history{};  // the newest first
+    unsigned long told = 0;            // entries there ever were in it
+    Clock::time_point entered{};       // when the newest one came
+    bool is_trouble = false;           // the newest one
+  } past{};
 };
 
 Line& line() {
@@ -23,22 +30,28 @@ Line& line() {
   return *the_line;
 }
 
-void enter_into_history(const Glib::ustring& text) {
-  auto& history = line().history;
+/// A text that nobody could read before another one came has no entry of its own, unless it tells
+/// of a trouble: the parts of one action often replace each other.
+void enter_into_history(const Glib::ustring& text, bool of_trouble) {
   if (text.empty()) return;
+  auto& [history, told, entered, is_trouble] = line().past;
   const auto now = std::chrono::system_clock::now();
-  if (!history.empty() && history.front().text.raw() == text.raw()) {
-    history.front().time = now;
-    return;
+  const bool is_known = !history.empty() && history.front().text.raw() == text.raw();
+  const bool was_unseen = !history.empty() && !is_trouble && Clock::now() - entered < readable_time;
+  if (is_known || was_unseen) {
+    history.front() = {told, now, text};
+  } else {
+    history.push_front({++told, now, text});
   }
-  history.push_front({++line().told, now, text});
+  if (!is_known) entered = Clock::now();
+  is_trouble = of_trouble;
   if (history.size() > status_history_length) history.pop_back();
 }
 
 }  // namespace
 
 const std::deque<ToldStatus>& status_history() {
-  return line().history;
+  return line().past.history;
 }
 
 bool status_lasts() {
@@ -74,7 +87,7 @@ void StatusNote::put(const Glib::ustring& text, StatusNote* owner) {
   auto* replaced = std::exchange(line().shown, owner);
   if (replaced && replaced != owner) replaced->due_ = true;
   line().text = readable(text.raw());
-  enter_into_history(line().text);
+  enter_into_history(line().text, owner != nullptr);
   signal_status_changed().emit();
 }
 

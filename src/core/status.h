@@ -23,7 +23,7 @@ struct ToldStatus {
 };
 
 /// The last texts of the line, the newest first. A text that comes again while it is the newest one
-/// stays one entry, with the new time.
+/// stays one entry, with the new time; one that another text replaces at once has none.
 [[nodiscard]] const std::deque<ToldStatus>& status_history();
 constexpr std::size_t status_history_length = 50;
 

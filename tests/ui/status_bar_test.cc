@@ -183,7 +183,11 @@ TEST_F(StatusBarTest, one_key_stops_all_trains_and_switches_the_power_off_when_i
 }
 
 TEST_F(StatusBarTest, the_last_fifty_messages_can_be_read_again) {
-  for (int i = 1; i <= 60; ++i) set_status("Message " + std::to_string(i));
+  for (int i = 1; i <= 60; ++i) {
+    set_status("Replaced at once");
+    set_status("Message " + std::to_string(i));
+    clock.advance(1s);
+  }
   set_status("Message 60");
   clear_status();
   ASSERT_EQ(status_history().size(), 50u);
@@ -200,6 +204,9 @@ TEST_F(StatusBarTest, the_last_fifty_messages_can_be_read_again) {
   EXPECT_TRUE(is_grey());
   StatusNote trouble;
   trouble.tell("The station is lost.");
+  set_status("Saved.");
+  EXPECT_EQ(status_history()[1].text, "The station is lost.");
+  clear_status();
   clock.advance(61s);
   EXPECT_FALSE(is_grey());
   trouble.take_back();
