@@ -161,17 +161,19 @@ Glib::ustring reach_sentence(const Lok& lok) {
   const auto has_phase = [](LinkPhase phase) {
     return [phase](const Device* station) { return station->link_state().phase == phase; };
   };
+  // Another station may have the address: then this one has nothing to do with the locomotive.
+  const auto former_count = stations.size();
+  std::erase_if(stations, [&lok](const Device* station) { return !can_address(*station, lok); });
+  if (stations.empty() && former_count > 0) {
+    return former_count == 1 ? _("The station has no such address")
+                             : _("No station has such an address");
+  }
   const auto lost =
       tell_of(stations, {_("The station is lost"), _("All stations are lost"), _("%1 is lost")},
               has_phase(LinkPhase::lost));
   if (!lost.empty()) return lost;
   std::erase_if(stations, [](const Device* device) { return !device->active(); });
   if (stations.empty()) return _("No command station is in service for it");
-  const auto deaf = tell_of(stations,
-                            {_("The station has no such address"),
-                             _("No station has such an address"), _("%1 has no such address")},
-                            [&lok](const Device* station) { return !can_address(*station, lok); });
-  if (!deaf.empty()) return deaf;
   const auto mute =
       tell_of(stations,
               {_("The station does not answer"), _("No station answers"), _("%1 does not answer")},

@@ -109,6 +109,8 @@ TEST_F(TrainConditionTest, tells_what_a_hand_has_set_and_what_is_left_of_it) {
   EXPECT_EQ(told(lok), "Drives at 70: move the scale for another speed");
   lok->get_decoders()[0]->set_address(Address(99));
   EXPECT_EQ(told(lok), "The station has no such address");
+  FakeStation::in_service();  // has all addresses, and no power to switch
+  EXPECT_EQ(told(lok), "Drives at 70: move the scale for another speed");
 }
 
 TEST_F(TrainConditionTest, tells_of_scripts_lost_places_and_blocks_that_are_held_for_nobody) {
