@@ -96,6 +96,11 @@ void ViewLabel::attach(Zone& zone) {
   lok_changed_ = zone.signal_lok_changed().connect([this] { follow_lok(); });
   renamed_ = zone.property_name().signal_changed().connect([this] { changed(); });
   pulse_ = Layout::get().signal_pulse().connect([this] { follow(); });
+  // Who places or drags it may hold it for a moment longer than the zone lasts.
+  zone_ended_ = zone.signal_deleted().connect([this] {
+    pulse_.disconnect();
+    lok_signals_.clear();
+  });
   follow_lok();
 }
 

@@ -73,6 +73,7 @@ class ViewLabel : public ViewObj {
   Glib::ustring text_;
   Glib::ustring note_;
   ScopedConnection pulse_;
+  ScopedConnection zone_ended_;
   ScopedConnection lok_changed_;
   ScopedConnection renamed_;
   std::vector<ScopedConnection> lok_signals_;

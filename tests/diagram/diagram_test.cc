@@ -551,6 +551,11 @@ TEST_F(DiagramTest, a_label_says_who_is_there_and_how_fast) {
   EXPECT_THAT(label->get_text(), HasSubstr("Local"));
   lok->destroy();
   EXPECT_EQ(label->get_text(), "");
+  // Whoever places it holds it longer than the zone lasts.
+  const Glib::RefPtr<ViewObj> held(label);
+  label->reference();
+  stretch->destroy();
+  layout().signal_pulse().emit();
 }
 
 TEST_F(DiagramTest, tags_are_numbers_painted_over_each_other) {
