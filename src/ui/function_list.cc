@@ -53,7 +53,7 @@ void FunctionList::build() {
   auto* name = dynamic_cast<Gtk::CellRendererText*>(list_.get_column_cell_renderer(1));
   name->property_editable() = true;
   name->signal_edited().connect(sigc::mem_fun(*this, &FunctionList::on_name_edited));
-  list_.set_search_column(columns_.name);
+  list_.set_enable_search(false);  // see ObjectList
 
   auto* frame = Gtk::manage(new Gtk::ScrolledWindow);
   frame->set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_NEVER);

@@ -68,6 +68,7 @@ StatusHistory::StatusHistory() : rows_(Gtk::ListStore::create(columns())), list_
   append_column(list_, _("Message"), columns().text, default_width - time_width - 4 * margin);
   list_.get_accessible()->set_name(_("Messages"));
   list_.set_rules_hint();
+  list_.set_enable_search(false);  // see ObjectList
   auto* scrolled = Gtk::manage(new Gtk::ScrolledWindow);
   scrolled->set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_AUTOMATIC);
   scrolled->set_shadow_type(Gtk::SHADOW_IN);
