@@ -22,6 +22,7 @@
 #include "ui/layout_dialogs.h"
 #include "ui/layout_window.h"
 #include "ui/splash_screen.h"
+#include "ui/status_mark.h"
 #include "ui/stock.h"
 #include "ui/stop_all.h"
 #include "ui/track_editor.h"
@@ -64,6 +65,7 @@ void prepare_windows() {
   add_builtin_icons();
   Gtk::Window::set_default_icon_name("zemblar");
   load_fonts();
+  StatusMark::prepare_style();
 }
 
 /// Opens the window of a start without options.

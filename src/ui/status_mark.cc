@@ -9,9 +9,11 @@ namespace {
 constexpr int gap = 4;
 constexpr auto style_name = "zemblar-status-mark";
 
-/// As low as the line of text beside them.
-void make_flat(Gtk::Widget& widget) {
-  static const bool known = [] {
+}  // namespace
+
+// As low as the line of text beside them.
+void StatusMark::prepare_style() {
+  [[maybe_unused]] static const bool known = [] {
     Gtk::RC::parse_string(
         "style \"zemblar-flat\" { xthickness = 1 ythickness = 0\n"
         "GtkButton::inner-border = { 1, 1, 0, 0 }\n"
@@ -19,10 +21,7 @@ void make_flat(Gtk::Widget& widget) {
         "widget \"*.zemblar-status-mark\" style \"zemblar-flat\"");
     return true;
   }();
-  if (known) widget.set_name(style_name);
 }
-
-}  // namespace
 
 bool StatusMark::Look::operator==(const Look& other) const {
   return shape == other.shape && text.raw() == other.text.raw() && name.raw() == other.name.raw() &&
@@ -30,7 +29,8 @@ bool StatusMark::Look::operator==(const Look& other) const {
 }
 
 StatusMark::StatusMark() {
-  make_flat(*this);
+  prepare_style();
+  set_name(style_name);
   set_relief(Gtk::RELIEF_NONE);
   set_focus_on_click(false);
   auto* row = Gtk::manage(new Gtk::HBox(false, gap));

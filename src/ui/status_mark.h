@@ -22,6 +22,9 @@ class StatusMark : public Gtk::Button {
 
   StatusMark();
 
+  /// Makes the marks' style known, which takes a while: before the first window needs it.
+  static void prepare_style();
+
   void show_look(const Look& look);
   [[nodiscard]] const Look& look() const { return look_; }
 
