@@ -96,7 +96,7 @@ void ViewLabel::attach(Zone& zone) {
   lok_changed_ = zone.signal_lok_changed().connect([this] { follow_lok(); });
   renamed_ = zone.property_name().signal_changed().connect([this] { changed(); });
   pulse_ = Layout::get().signal_pulse().connect([this] { follow(); });
-  // Who places or drags it may hold it for a moment longer than the zone lasts.
+  // An editor that places the label may hold it for a moment longer than the zone lasts.
   zone_ended_ = zone.signal_deleted().connect([this] {
     pulse_.disconnect();
     lok_signals_.clear();
@@ -110,8 +110,6 @@ void ViewLabel::follow_lok() {
     const auto follow = [this] { this->follow(); };
     lok_signals_.emplace_back(lok->signal_actual_speed_changed().connect(follow));
     lok_signals_.emplace_back(lok->signal_top_speed_changed().connect(follow));
-    lok_signals_.emplace_back(lok->signal_brake_changed().connect(follow));
-    lok_signals_.emplace_back(lok->signal_place_changed().connect(follow));
     lok_signals_.emplace_back(lok->property_name().signal_changed().connect(follow));
   }
   follow();

@@ -14,8 +14,9 @@ class Lok;
 /// The name of the locomotive in a zone, and its speed if the track reports that. Without a
 /// locomotive nothing is shown; an editor shows the zone's name in its place.
 ///
-/// What is out of the ordinary, as that the locomotive is held and why, stands in a line of its own
-/// on the far side of the name, which stays where it is.
+/// A note about the locomotive, such as why it is held, stands in a line of its own on the far side
+/// of the name, which stays where it is. The label looks for a note with each pulse of the layout:
+/// the brake's notification comes before the stop is sent, and must not wait for a sentence.
 ///
 /// In a layout file: `zone`, `pos` and `align`, the side of the text that lies at the place, in
 /// capitals.

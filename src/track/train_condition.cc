@@ -34,15 +34,17 @@ Stations lost_default_stations() {
 /// The devices that the locomotive's commands go to, whatever they do at present.
 Stations stations_of(const Lok& lok) {
   std::set<Device*> found;
-  const auto& defaults = Layout::get().get_default_device();
+  bool by_default = false;
   for (const auto& decoder : lok.get_decoders()) {
     if (!decoder->get_commands_enabled()) continue;
-    if (auto* own = decoder->get_device()) {
-      found.insert(own);
-      continue;
-    }
-    found.insert(defaults.devices().begin(), defaults.devices().end());
+    auto* own = decoder->get_device();
+    if (own) found.insert(own);
+    by_default = by_default || !own;
+  }
+  if (by_default) {
+    const auto& members = Layout::get().get_default_device().devices();
     const auto lost = lost_default_stations();
+    found.insert(members.begin(), members.end());
     found.insert(lost.begin(), lost.end());
   }
   return {found.begin(), found.end()};
@@ -127,7 +129,7 @@ Glib::ustring drive_sentence(const Lok& lok) {
   if (speed == wanted_speed(lok)) {
     return told(_("A script has stopped it"), _("A script drives it at %1"));
   }
-  // It was held when something else was wanted.
+  // The brake has brought back the speed of the moment before it.
   return told(_("Stands: move the scale to drive on"),
               _("Drives at %1: move the scale for another speed"));
 }

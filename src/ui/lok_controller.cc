@@ -146,8 +146,8 @@ void LokController::describe_controls() {
 void LokController::on_lok_changed() {
   lok_ = dynamic_cast<Lok*>(chooser_.get_object());
   functions_.set_lok(lok_);
-  for (auto* connection : {&speed_changed_, &direction_changed_, &actual_speed_changed_,
-                           &emergency_stop_changed_, &brake_changed_}) {
+  for (auto* connection :
+       {&speed_changed_, &direction_changed_, &actual_speed_changed_, &emergency_stop_changed_}) {
     connection->disconnect();
   }
   for (auto* control : std::initializer_list<Gtk::Widget*>{&dial_, &scale_, &direction_, &stop_}) {
@@ -171,8 +171,6 @@ void LokController::connect(Lok& lok) {
     if (lok_->get_emergency_stop()) end_drag();
     tell_condition();
   });
-  brake_changed_ =
-      lok.signal_brake_changed().connect(sigc::mem_fun(*this, &LokController::tell_condition));
   follow_speed();
   follow_direction();
   follow_actual_speed();
@@ -200,7 +198,6 @@ void LokController::on_stop_clicked() {
 void LokController::follow_speed() {
   const Following scope(following_);
   speed_.set_value(lok_->get_speed());
-  show_wanted_speed();
 }
 
 void LokController::follow_direction() {

@@ -24,7 +24,8 @@ class Lok;
 /// the scale fall to 0 without being lifted, and choosing a locomotive sends it nothing.
 ///
 /// Under the dial stand the wanted speed as a number and a sentence about what the train does and
-/// why, which is looked at with each pulse of the layout as well.
+/// why. The throttle looks for a new sentence with each pulse of the layout, and not when the brake
+/// changes: that notification comes before the stop is sent.
 class LokController : public Gtk::VBox {
  public:
   LokController();
@@ -83,7 +84,6 @@ class LokController : public Gtk::VBox {
   ScopedConnection direction_changed_;
   ScopedConnection actual_speed_changed_;
   ScopedConnection emergency_stop_changed_;
-  ScopedConnection brake_changed_;
 };
 
 }  // namespace zemblar

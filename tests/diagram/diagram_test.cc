@@ -549,6 +549,15 @@ TEST_F(DiagramTest, a_label_says_who_is_there_and_how_fast) {
   EXPECT_EQ(label->get_text(), "Express\nActual Speed: 157 km/h");
   lok->set_name("Local");
   EXPECT_THAT(label->get_text(), HasSubstr("Local"));
+  const auto context =
+      Cairo::Context::create(Cairo::ImageSurface::create(Cairo::FORMAT_ARGB32, 100, 100));
+  const auto box = label->runtime_box(context);
+  lok->set_brake(true);
+  layout().signal_pulse().emit();
+  EXPECT_EQ(label->get_note(), "Held: the track ends ahead, or a point is set against it");
+  EXPECT_THAT(label->get_text(), HasSubstr("Local"));
+  const auto noted = label->runtime_box(context);
+  EXPECT_GT(noted.right - noted.left, box.right - box.left) << "drawn again with its note";
   lok->destroy();
   EXPECT_EQ(label->get_text(), "");
   // Whoever places it holds it longer than the zone lasts.
