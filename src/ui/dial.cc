@@ -8,6 +8,7 @@
 
 #include "core/i18n.h"
 #include "core/property.h"
+#include "ui/centred_context.h"
 #include "ui/picture.h"
 
 namespace zemblar {
@@ -77,12 +78,7 @@ void Dial::on_size_request(Gtk::Requisition* requisition) {
 }
 
 bool Dial::on_expose_event(GdkEventExpose* event) {
-  const auto cr = get_window()->create_cairo_context();
-  cr->rectangle(event->area.x, event->area.y, event->area.width, event->area.height);
-  cr->clip();
-  const auto room = get_allocation();
-  cr->translate(room.get_x() + (room.get_width() - size) / 2,
-                room.get_y() + (room.get_height() - size) / 2);
+  const auto cr = centred_context(*this, *event, size);
   paint(cr, face_);
   // The red needle's picture is drawn 20 pixels higher than the black one's.
   if (red_visible_) draw_needle(cr, needle_red_, red_, 100);

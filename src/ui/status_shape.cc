@@ -1,9 +1,12 @@
 #include "ui/status_shape.h"
 
-#include <cairomm/context.h>
 #include <gdkmm/window.h>
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
+
+#include "ui/centred_context.h"
 
 namespace zemblar {
 namespace {
@@ -18,17 +21,23 @@ constexpr Colour red{0.8, 0.05, 0.05};
 constexpr Colour amber{0.9, 0.55, 0};
 constexpr Colour grey{0.45, 0.45, 0.45};
 
-void set_colour(const Context& cr, const Colour& colour) {
-  cr->set_source_rgb(colour.red, colour.green, colour.blue);
+void disc(const Context& cr) {
+  cr->arc(0.5, 0.5, 0.46, 0, 2 * M_PI);
 }
 
-void disc(const Context& cr, double radius) {
-  cr->begin_new_path();
-  cr->arc(0.5, 0.5, radius, 0, 2 * M_PI);
+void small_disc(const Context& cr) {
+  cr->arc(0.5, 0.5, 0.3, 0, 2 * M_PI);
+}
+
+void ring(const Context& cr) {
+  cr->arc(0.5, 0.5, 0.36, 0, 2 * M_PI);
+}
+
+void square(const Context& cr) {
+  cr->rectangle(0.08, 0.08, 0.84, 0.84);
 }
 
 void cross(const Context& cr) {
-  cr->begin_new_path();
   cr->move_to(0.15, 0.15);
   cr->line_to(0.85, 0.85);
   cr->move_to(0.85, 0.15);
@@ -36,7 +45,6 @@ void cross(const Context& cr) {
 }
 
 void triangle(const Context& cr) {
-  cr->begin_new_path();
   cr->move_to(0.5, 0.04);
   cr->line_to(1, 0.94);
   cr->line_to(0, 0.94);
@@ -44,19 +52,34 @@ void triangle(const Context& cr) {
 }
 
 void bars(const Context& cr) {
-  cr->begin_new_path();
   cr->rectangle(0.14, 0.08, 0.26, 0.84);
   cr->rectangle(0.6, 0.08, 0.26, 0.84);
 }
 
 void octagon(const Context& cr) {
-  cr->begin_new_path();
   for (int corner = 0; corner < 8; ++corner) {
     const double angle = (corner + 0.5) * M_PI / 4;
     cr->line_to(0.5 + 0.52 * std::cos(angle), 0.5 + 0.52 * std::sin(angle));
   }
   cr->close_path();
 }
+
+struct Figure {
+  StatusShape::Kind kind;
+  const Colour& colour;
+  void (*outline)(const Context& cr);  // in a square of 1 by 1
+  void (Cairo::Context::*draw)();
+};
+const Figure figures[] = {
+    {StatusShape::Kind::well, green, &disc, &Cairo::Context::fill},
+    {StatusShape::Kind::off, red, &square, &Cairo::Context::fill},
+    {StatusShape::Kind::waiting, amber, &triangle, &Cairo::Context::fill},
+    {StatusShape::Kind::lost, red, &cross, &Cairo::Context::stroke},
+    {StatusShape::Kind::looking, grey, &ring, &Cairo::Context::stroke},
+    {StatusShape::Kind::held, amber, &bars, &Cairo::Context::fill},
+    {StatusShape::Kind::unsaved, amber, &small_disc, &Cairo::Context::fill},
+    {StatusShape::Kind::stop, red, &octagon, &Cairo::Context::fill},
+};
 
 }  // namespace
 
@@ -76,64 +99,16 @@ void StatusShape::on_size_request(Gtk::Requisition* requisition) {
 }
 
 bool StatusShape::on_expose_event(GdkEventExpose* event) {
-  const auto cr = get_window()->create_cairo_context();
-  cr->rectangle(event->area.x, event->area.y, event->area.width, event->area.height);
-  cr->clip();
-  const auto room = get_allocation();
-  cr->translate(room.get_x() + (room.get_width() - size) / 2,
-                room.get_y() + (room.get_height() - size) / 2);
-  paint(cr, kind_, size);
-  return true;
-}
-
-void StatusShape::paint(const Context& cr, Kind kind, double side) {
-  cr->scale(side, side);
+  const auto* figure = std::ranges::find(figures, kind_, &Figure::kind);
+  if (figure == std::end(figures)) return true;
+  const auto cr = centred_context(*this, *event, size);
+  cr->scale(size, size);
   cr->set_line_width(0.24);
   cr->set_line_cap(Cairo::LINE_CAP_ROUND);
-  switch (kind) {
-    case Kind::none:
-      break;
-    case Kind::well:
-      set_colour(cr, green);
-      disc(cr, 0.46);
-      cr->fill();
-      break;
-    case Kind::off:
-      set_colour(cr, red);
-      cr->rectangle(0.08, 0.08, 0.84, 0.84);
-      cr->fill();
-      break;
-    case Kind::waiting:
-      set_colour(cr, amber);
-      triangle(cr);
-      cr->fill();
-      break;
-    case Kind::lost:
-      set_colour(cr, red);
-      cross(cr);
-      cr->stroke();
-      break;
-    case Kind::looking:
-      set_colour(cr, grey);
-      disc(cr, 0.36);
-      cr->stroke();
-      break;
-    case Kind::held:
-      set_colour(cr, amber);
-      bars(cr);
-      cr->fill();
-      break;
-    case Kind::unsaved:
-      set_colour(cr, amber);
-      disc(cr, 0.3);
-      cr->fill();
-      break;
-    case Kind::stop:
-      set_colour(cr, red);
-      octagon(cr);
-      cr->fill();
-      break;
-  }
+  cr->set_source_rgb(figure->colour.red, figure->colour.green, figure->colour.blue);
+  figure->outline(cr);
+  ((*cr.operator->()).*figure->draw)();
+  return true;
 }
 
 }  // namespace zemblar

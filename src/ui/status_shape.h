@@ -27,9 +27,6 @@ class StatusShape : public Gtk::Widget {
   [[nodiscard]] Kind get_kind() const { return kind_; }
   void set_kind(Kind kind);
 
-  /// In a square of the given side, with its corner at the origin.
-  static void paint(const Cairo::RefPtr<Cairo::Context>& cr, Kind kind, double side);
-
  protected:
   void on_size_request(Gtk::Requisition* requisition) override;
   bool on_expose_event(GdkEventExpose* event) override;
