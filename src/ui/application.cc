@@ -25,6 +25,7 @@
 #include "ui/status_mark.h"
 #include "ui/stock.h"
 #include "ui/stop_all.h"
+#include "ui/stray_press.h"
 #include "ui/track_editor.h"
 #include "ui/track_view.h"
 
@@ -94,6 +95,7 @@ Application::Application(StartOptions options) {
   stock::register_items();
   EditHistory::install();
   StopAll::install();
+  drop_stray_presses();
   install_layout_dialogs();
   GlobalOptions::get();
   Gtk::Settings::get_default()->property_gtk_toolbar_style() = Gtk::TOOLBAR_BOTH;
