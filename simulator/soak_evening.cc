@@ -134,6 +134,7 @@ class EveningRun {
                                        {"edits", 30, &Run::edit},
                                        {"starts the scripts", 3, &Run::start},
                                        {"helps by hand", 2, &Run::help},
+                                       {"stops everything", 1, &Run::stop},
                                        {"switches the power", 2, &Run::switch_power},
                                        {"saves", 1, &Run::save},
                                        {"opens", 1, &Run::open},
@@ -267,6 +268,11 @@ class EveningRun {
   void edit() { ++result_.deeds["edits: " + std::string(editor_.act())]; }
 
   void start() { start_scripts(); }
+
+  void stop() {
+    stop_scripts();
+    emergency_stop_all();
+  }
 
   void help() {
     auto& driven = some_train();
@@ -428,7 +434,7 @@ class EveningRun {
     return work;
   }
 
-  /// What of the wishes has not arrived; empty when nothing is missing.
+  /// A wish that has not arrived, in words; empty when none is missing.
   std::string missing() {
     std::string what;
     for_each_lok(Layout::get().get_loks(), [&](Lok& lok) {

@@ -28,7 +28,7 @@ PLAIN_KEYS = ['Tab', 'Tab', 'shift+Tab', 'space', 'Return', 'Escape', 'Escape', 
               'Down', 'Home', 'End', 'Page_Down', 'Delete', 'BackSpace', 'F2', 'F10', 'shift+F10',
               'shift+F10', 'Menu', 'alt+Up', 'alt+Down', 'plus', 'minus', 'a', 'j', '1', '7', 'e']
 COMMAND_KEYS = ['ctrl+n', 'ctrl+0', 'ctrl+0', 'ctrl+plus', 'ctrl+minus', 'ctrl+z', 'ctrl+z',
-                'ctrl+shift+z', 'ctrl+y', 'ctrl+a', 'ctrl+c', 'ctrl+v', 'ctrl+Page_Down', 'ctrl+w',
+                'ctrl+shift+z', 'ctrl+y', 'ctrl+a', 'ctrl+c', 'ctrl+v', 'ctrl+Page_Down', 'ctrl+w', 'ctrl+shift+space',
                 'alt+f', 'alt+v', 'alt+e', 'alt+b', 'alt+n', 'alt+a', 'alt+d']
 DIALOG_KEYS = ['ctrl+o', 'ctrl+s', 'ctrl+shift+s']  # what follows might be typed into a file's name
 CHOOSER_KEYS = ['Escape', 'Escape', 'Tab', 'shift+Tab', 'Up', 'Down', 'shift+F10', 'a', 'b']
