@@ -42,7 +42,7 @@ SampleRailway::~SampleRailway() {
   end();
 }
 
-// What waits on fibers gets the time to notice, while the station and the bus are still there.
+// Fibers that wait get the time to notice, while the station and the bus are still there.
 void SampleRailway::end() {
   for (const auto& train : railway.track.trains()) railway.track.lift(*train);
   station.end(false);

@@ -65,7 +65,7 @@ class RecoveryCopy : private DocumentKeeper {
   /// Whether the document differs from what its file holds, as the last copy has found: some
   /// seconds after the change. A document without a file differs from an empty one.
   [[nodiscard]] bool has_unsaved_work() const { return unsaved_; }
-  /// That has changed.
+  /// `has_unsaved_work` has changed.
   sigc::signal<void>& signal_unsaved_changed() { return signal_unsaved_changed_; }
   /// What is offered has changed.
   sigc::signal<void>& signal_changed() { return signal_changed_; }

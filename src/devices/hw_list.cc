@@ -41,7 +41,7 @@ HWList::Kind::Registration::Registration(const Kind& kind) {
   kinds().push_back(kind);
 }
 
-// What the former source had is gone with it.
+// The former source's hardware goes with it.
 void HWList::look_at(std::unique_ptr<HWSource> source) {
   if (!the_list) {
     chosen_source() = std::move(source);

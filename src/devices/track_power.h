@@ -16,15 +16,15 @@ enum class PowerState {
   differs,  ///< some are on, others are off, or one is lost and may be either
 };
 
-/// Visits every device below `parent`, at any depth, in the order of the document. What is about to
-/// end is left out.
+/// Visits every device below `parent`, at any depth, in the order of the document, but for those
+/// that are about to end.
 void for_each_device(const Object& parent, const std::function<void(Device&)>& visit);
 
 /// Whether the device has track power to switch.
 [[nodiscard]] bool switches_power(const Device& device);
 /// The devices in service below `parent` that switch track power.
 [[nodiscard]] std::vector<Device*> power_stations(const Object& parent);
-/// Those that do so when they are in service, and have been lost.
+/// The devices below `parent` that switch track power and are lost: their track may be live.
 [[nodiscard]] std::vector<Device*> lost_power_stations(const Object& parent);
 [[nodiscard]] PowerState power_state(const Object& parent);
 

@@ -74,8 +74,8 @@ bool any_train_moves(const Device* device) {
   return any;
 }
 
-// What stands here, in an emergency stop as well, may have been set out by a hand-held throttle of
-// the station.
+// A hand-held throttle of the station may drive a locomotive that stands here, also one in an
+// emergency stop.
 void emergency_stop_all() {
   std::set<const Lok*> told;
   for (const bool moving : {true, false}) {

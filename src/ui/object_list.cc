@@ -41,8 +41,8 @@ ObjectList::ObjectList() {
   rows_->signal_filled().connect(sigc::mem_fun(*this, &ObjectList::on_filled));
   set_headers_visible(false);
   set_model(rows_);
-  // What the toolkit opens for typed letters stays for good, and takes all input, when the menu of
-  // its text field could not be shown.
+  // The toolkit's search window for typed letters takes all input. It stays for good when the menu
+  // of its text field could not be shown.
   set_enable_search(false);
   selection_changed_ =
       get_selection()->signal_changed().connect(sigc::mem_fun(*this, &ObjectList::announce));

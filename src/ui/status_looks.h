@@ -9,8 +9,8 @@ namespace zemblar {
 class Device;
 class Lok;
 
-// What the marks of the status bar say about the current layout: each a shape, a word or two, and a
-// sentence.
+// The looks of the marks in the status bar, for the current layout: each has a shape, a word or
+// two, and a sentence.
 
 [[nodiscard]] StatusMark::Look power_look();
 [[nodiscard]] StatusMark::Look device_look(const Device& device);

@@ -7,8 +7,8 @@
 
 namespace zemblar {
 
-/// One sign in the status bar: a shape and a word or two, with a sentence as its tooltip. A click
-/// leads to what it is about. It can be reached by Tab, and a click does not take the focus.
+/// A sign in the status bar: a shape and a word or two, with a sentence as its tooltip. A click
+/// leads to the mark's object. Tab reaches the mark, and a click does not take the focus.
 class StatusMark : public Gtk::Button {
  public:
   struct Look {

@@ -31,11 +31,8 @@ constexpr auto longest_pause_of_repetition = 800ms;
 constexpr auto nothing_to_stop =
     N_("No command station is in service: nothing on the track could be stopped.");
 
-/// Where both Shift keys together, or one with Control, change the layout, Shift is not among the
-/// modifiers: so its own key is watched as well. It does not repeat, and its release can be lost.
+/// A Shift key does not repeat, and its release can be lost.
 constexpr auto longest_shift = 5s;
-Clock::time_point shift_pressed;
-bool shift_is_down = false;
 
 /// Whether the key has one of these meanings, in any layout that is set up and with any modifier.
 bool has_meaning(const GdkEventKey& event, std::initializer_list<guint> meanings) {
@@ -52,29 +49,8 @@ bool has_meaning(const GdkEventKey& event, std::initializer_list<guint> meanings
   return found;
 }
 
-void watch_shift(const GdkEventKey& event) {
-  if (!has_meaning(event, {GDK_KEY_Shift_L, GDK_KEY_Shift_R})) return;
-  shift_is_down = event.type == GDK_KEY_PRESS;
-  shift_pressed = Clock::now();
-}
-
-bool is_shifted(const GdkEventKey& event) {
-  return (event.state & GDK_SHIFT_MASK) != 0 ||
-         (shift_is_down && Clock::now() - shift_pressed < longest_shift);
-}
-
-int on_key_event(GtkWidget* /*grab*/, GdkEventKey* event, void* /*unused*/) {
-  watch_shift(*event);
-  const bool pressed = event->type == GDK_KEY_PRESS;
-  const bool with_control = (event->state & GDK_CONTROL_MASK) != 0;
-  if (pressed && !(with_control && is_shifted(*event))) return FALSE;
-  if (!has_meaning(*event, {GDK_KEY_space, GDK_KEY_KP_Space})) return FALSE;
-  StopAll::get().on_key(pressed);
-  return pressed;
-}
-
-/// Those of the trains that no station could be told of, each with the reason. Without track power
-/// none of them moves.
+/// The names of the trains that no station could be told of, each with the reason. Without track
+/// power none of them moves.
 Glib::ustring unreached(const std::vector<Lok*>& moving) {
   Glib::ustring list;
   if (power_state(Layout::get().get_devices()) == PowerState::off) return list;
@@ -95,33 +71,7 @@ std::vector<Lok*> moving_trains() {
   return moving;
 }
 
-}  // namespace
-
-StopAll& StopAll::get() {
-  static StopAll the_one;
-  return the_one;
-}
-
-void StopAll::install() {
-  gtk_key_snooper_install(&on_key_event, nullptr);
-}
-
-void StopAll::on_key(bool pressed) {
-  const bool was_down = std::exchange(key_is_down_, pressed);
-  if (!pressed) return;
-  const auto since = Clock::now() - std::exchange(key_seen_, Clock::now());
-  if (!was_down || since > longest_pause_of_repetition) press();
-}
-
-void StopAll::press() {
-  const auto now = Clock::now();
-  const bool again = is_armed_ && now - pressed_ <= second_press;
-  is_armed_ = true;
-  pressed_ = now;
-  again ? switch_power_off() : stop_trains();
-}
-
-void StopAll::switch_power_off() {
+void switch_power_off() {
   const auto& devices = Layout::get().get_devices();
   Layout::get().set_track_power(false);
   if (power_stations(devices).empty()) return set_status(_(nothing_to_stop));
@@ -134,7 +84,7 @@ void StopAll::switch_power_off() {
                                     lost.front()->get_name()));
 }
 
-void StopAll::stop_trains() {
+void stop_trains() {
   const auto moving = moving_trains();
   stop_scripts();
   emergency_stop_all();
@@ -149,6 +99,56 @@ void StopAll::stop_trains() {
   set_status(
       _("Emergency stop of all locomotives, and scripts sleep. Once more within 2 seconds switches "
         "the track power off."));
+}
+
+}  // namespace
+
+StopAll& StopAll::get() {
+  static StopAll the_one;
+  return the_one;
+}
+
+void StopAll::install() {
+  gtk_key_snooper_install([](GtkWidget* /*grab*/, GdkEventKey* event,
+                             void* /*unused*/) -> int { return get().on_key(*event); },
+                          nullptr);
+}
+
+/// Returns whether no widget may see the event.
+bool StopAll::on_key(const GdkEventKey& event) {
+  watch_shift(event);
+  const bool pressed = event.type == GDK_KEY_PRESS;
+  const bool with_control = (event.state & GDK_CONTROL_MASK) != 0;
+  if (pressed && !(with_control && is_shifted(event))) return false;
+  if (!has_meaning(event, {GDK_KEY_space, GDK_KEY_KP_Space})) return false;
+  on_space(pressed);
+  return pressed;
+}
+
+// Some systems change the layout by Control and Shift. Shift is not among the modifiers then.
+void StopAll::watch_shift(const GdkEventKey& event) {
+  if (!has_meaning(event, {GDK_KEY_Shift_L, GDK_KEY_Shift_R})) return;
+  shift_is_down_.reset();
+  if (event.type == GDK_KEY_PRESS) shift_is_down_ = Clock::now();
+}
+
+bool StopAll::is_shifted(const GdkEventKey& event) const {
+  return (event.state & GDK_SHIFT_MASK) != 0 ||
+         (shift_is_down_ && Clock::now() - *shift_is_down_ < longest_shift);
+}
+
+void StopAll::on_space(bool pressed) {
+  const bool was_down = std::exchange(space_is_down_, pressed);
+  if (!pressed) return;
+  const auto since = Clock::now() - std::exchange(space_seen_, Clock::now());
+  if (!was_down || since > longest_pause_of_repetition) press();
+}
+
+void StopAll::press() {
+  const auto now = Clock::now();
+  const auto former = std::exchange(pressed_, now);
+  const bool again = former && now - *former <= second_press;
+  again ? switch_power_off() : stop_trains();
 }
 
 }  // namespace zemblar

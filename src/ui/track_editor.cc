@@ -126,7 +126,7 @@ const EditStep* TrackEditor::next_step(void (EditHistory::*way)()) {
 // No other device reaches what a station drives that ends with the step. The slot goes with the
 // window.
 void TrackEditor::step(void (EditHistory::*way)()) {
-  // What is being typed or dragged is a step of its own.
+  // An edit that is not finished is a step of its own.
   if (auto* canvas = current_canvas()) canvas->finish();
   if (Layout::dialogs().finish_edits) Layout::dialogs().finish_edits();
   EditJournal::get().flush();
