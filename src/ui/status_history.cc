@@ -79,15 +79,15 @@ StatusHistory::StatusHistory() : rows_(Gtk::ListStore::create(columns())), list_
   refresh();
 }
 
-// Rows that were there stay, with the place that somebody reads at.
+// Rows stay, so that the list does not move under a reader. The newest one may have another time.
 void StatusHistory::refresh() {
   const auto& history = status_history();
   auto rows = rows_->children();
+  if (newest_ == 0) rows_->clear();
+  if (history.empty()) (*rows_->append())[columns().text] = _("Nothing has been told yet.");
   for (auto told = history.rbegin(); told != history.rend(); ++told) {
-    const bool is_known = told->number <= newest_;
-    const bool is_front = told->number == newest_;
-    if (is_known && !is_front) continue;
-    const auto row = is_front && !rows.empty() ? *rows.begin() : *rows_->prepend();
+    if (told->number < newest_) continue;
+    const auto row = told->number == newest_ ? *rows.begin() : *rows_->prepend();
     row[columns().time] = display_time(told->time);
     row[columns().text] = told->text;
   }
