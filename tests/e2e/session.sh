@@ -8,12 +8,33 @@
 # The exit status is that of the command. ZEMBLAR_SCREEN sets the size, as in 1280x800x24.
 set -eu
 
+# A desktop begins its window manager again when that ends, and so does this one.
+keep_windows_managed() {
+  while true; do
+    openbox --sm-disable >>"$HOME/openbox.log" 2>&1 || true
+    sleep 0.2
+    xprop -root >/dev/null 2>&1 || return 0
+    echo 'the window manager has ended and is begun again' >&2
+  done
+}
+
+wait_for_window_manager() {
+  for _ in $(seq 150); do
+    xprop -root _NET_SUPPORTED | grep -q _NET_ACTIVE_WINDOW && return
+    sleep 0.1
+  done
+  echo "no window manager:" >&2
+  cat "$HOME/openbox.log" >&2
+  exit 1
+}
+
 if [ "${ZEMBLAR_SESSION_STEP:-}" = inside ]; then
   unset ZEMBLAR_SESSION_STEP
   export GTK_MODULES=gail:atk-bridge NO_AT_BRIDGE=0 GTK2_RC_FILES="$HOME/gtkrc"
-  openbox --sm-disable >"$HOME/openbox.log" 2>&1 &
+  keep_windows_managed &
   /usr/libexec/at-spi-bus-launcher --launch-immediately >"$HOME/at-spi.log" 2>&1 &
   trayer --edge top --align right --widthtype request --height 28 >"$HOME/trayer.log" 2>&1 &
+  wait_for_window_manager
   status=0
   "$@" || status=$?
   # The X server ends with this script, and with it everything that needs a display.
