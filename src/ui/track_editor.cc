@@ -79,7 +79,7 @@ TrackEditor::TrackEditor()
   set_default_size(default_width, default_height);
   append_edit_menu();
   append_new_view_button();
-  sides_.pack1(pages_, true, true);
+  sides_.pack1(pages_, true, false);
   sides_.pack2(panel_, false, false);
   sides_.set_position(default_width - panel_width);
   set_content(sides_, pages_);

@@ -396,9 +396,12 @@ TEST(MainWindows, have_the_focus_on_the_drawing_and_never_on_a_tool) {
       const auto* focus = window->get_focus();
       EXPECT_FALSE(focus && focus->get_ancestor(GTK_TYPE_TOOLBAR));
     }
+    if (auto* sides = find_widget<Gtk::HPaned>(*window, "")) sides->set_position(0);
+    handle_events();
     layout.new_document(true);
     handle_events();
-    EXPECT_NE(window->get_focus(), nullptr) << "New has taken what had it";
+    ASSERT_TRUE(on_drawing()) << "New has taken what had it";
+    EXPECT_TRUE(window->get_focus()->get_mapped());
     window->hide();
     handle_events();
   }
