@@ -29,6 +29,12 @@ constexpr int row_height = 24;  // as the largest icon needs
 }  // namespace
 
 ObjectList::ObjectList() {
+  // Connected before whatever assistive technology connects, which begins with the next line.
+  signal_row_expanded().connect(
+      [this](const auto& /*row*/, const auto& /*path*/) {
+        if (unfolding_all_) g_signal_stop_emission_by_name(gobj(), "row-expanded");
+      },
+      false);
   get_accessible()->set_name(_("Objects"));
   build_column();
   build_menu();
@@ -38,7 +44,6 @@ ObjectList::ObjectList() {
   enable_model_drag_dest(dragged, Gdk::ACTION_MOVE);
   rows_->may_drop = [](Object& object, Object& parent) { return object.can_move_to(parent); };
   rows_->drop = sigc::mem_fun(*this, &ObjectList::drop);
-  rows_->signal_filled().connect(sigc::mem_fun(*this, &ObjectList::on_filled));
   set_headers_visible(false);
   set_model(rows_);
   // The toolkit's search window for typed letters takes all input. It stays for good when the menu
@@ -122,12 +127,14 @@ void ObjectList::refill(bool keep_selected) {
   refilling_ = true;
   unset_model();
   rows_->fill(*layout, filter_, keep_selected ? shown : nullptr);
+  freeze_notify();
   set_model(rows_);
   if (rows_->is_filtered()) {
-    expand_all();
+    unfold_all();
   } else {
     unfold_small_ones();
   }
+  thaw_notify();
   if (shown) select(*shown);
   refilling_ = false;
   announce();
@@ -140,17 +147,20 @@ void ObjectList::refill_later() {
   });
 }
 
+// Assistive technology is told of the new rows as a whole, when they are all there. Told of each
+// that is unfolded, it would look at every row above it each time.
+void ObjectList::unfold_all() {
+  unfolding_all_ = true;
+  expand_all();
+  unfolding_all_ = false;
+}
+
 void ObjectList::unfold_small_ones() {
   expand_row(Gtk::TreePath("0"), false);
   for (const auto* toplevel : Layout::get()) {
     const auto row = rows_->row_of(*toplevel);
     if (row && toplevel->child_count() <= few) expand_row(rows_->get_path(row), false);
   }
-}
-
-void ObjectList::on_filled(Object* container) {
-  if (!rows_->is_filtered()) return;
-  if (const auto row = rows_->row_of(*container)) expand_row(rows_->get_path(row), true);
 }
 
 // Whoever adds one object wants to see it, but not what it consists of; whoever adds hundreds does

@@ -43,10 +43,10 @@ class ObjectList : public Gtk::TreeView {
   void refill(bool keep_selected = false);
   void refill_later();
   void unfold_to(Gtk::TreePath path);
+  void unfold_all();
   void unfold_small_ones();
   void on_added(Object& object);
   void on_moved(Object& object);
-  void on_filled(Object* container);
 
   bool on_key_press_event(GdkEventKey* event) override;
   bool on_button_press_event(GdkEventButton* event) override;
@@ -74,6 +74,7 @@ class ObjectList : public Gtk::TreeView {
   Gtk::MenuItem* down_item_ = nullptr;
   Gtk::MenuItem* move_item_ = nullptr;
   Glib::ustring filter_;
+  bool unfolding_all_ = false;
   bool refilling_ = false;  // what is selected is not to be told
   Object* announced_ = nullptr;
   const Layout* announced_layout_ = nullptr;  // only compared

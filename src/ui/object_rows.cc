@@ -92,7 +92,7 @@ int ObjectRows::rank_of(const Object& object) const {
 
 void ObjectRows::insert(Object& object) {
   set_row(object, insert_row(object));
-  if (object.child_count() <= few) {
+  if (is_filtered() || object.child_count() <= few) {
     fill_children(object, [] { return false; });
     return;
   }
@@ -129,7 +129,6 @@ bool ObjectRows::fill_slice() {
     auto* container = unfilled_.front();
     if (!fill_children(*container, [end] { return RealClock::now() > end; })) return true;
     unfilled_.pop_front();
-    signal_filled_.emit(container);
   }
   return false;
 }

@@ -16,9 +16,9 @@ namespace zemblar {
 /// The rows of an ObjectList: all objects below a root, or those that a filter lets through with
 /// what they stand in.
 ///
-/// The children of a container that holds many come a few thousandths of a second at a time, when
-/// the main loop is idle. Rows stand in the order of the document; a row's object is null while it
-/// is being taken out.
+/// Without a filter the children of a container that holds many come a few thousandths of a second
+/// at a time, when the main loop is idle. Rows stand in the order of the document; a row's object
+/// is null while it is being taken out.
 class ObjectRows : public Gtk::TreeStore {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -32,7 +32,7 @@ class ObjectRows : public Gtk::TreeStore {
     Gtk::TreeModelColumn<Glib::ustring> name;
     Gtk::TreeModelColumn<Object*> object;
   };
-  /// With more children than that, a container is filled bit by bit.
+  /// With more children than that, a container is filled bit by bit when there is no filter.
   static constexpr unsigned few = 12;
 
   static Glib::RefPtr<ObjectRows> create();
@@ -60,9 +60,6 @@ class ObjectRows : public Gtk::TreeStore {
   bool refresh(const Object& object);
   void remove(const Object& object);
   void move(Object& object);
-
-  /// All children of a container that holds many have their rows now.
-  sigc::signal<void, Object*>& signal_filled() { return signal_filled_; }
 
   /// Asked while a row is dragged: `parent` may get the object before `next`, null for the end.
   std::function<bool(Object& object, Object& parent)> may_drop;
@@ -110,7 +107,6 @@ class ObjectRows : public Gtk::TreeStore {
   std::unordered_set<const Object*> hits_;
   std::unordered_map<const Object*, Row> rows_;
   std::deque<Object*> unfilled_;
-  sigc::signal<void, Object*> signal_filled_;
   ScopedConnection filling_;
 };
 
