@@ -12,6 +12,7 @@ constexpr double half_tick = 6.0;
 constexpr double tick_width = 2.0;
 constexpr double half_arrow = 7.0;
 constexpr double arrow_rim = 3.0;
+constexpr double sleeper_width = 10.0;  // as the track is wide
 
 /// The four points of the curve that leads to a step.
 struct Curve {
@@ -40,17 +41,25 @@ void TrackPaths::add_path(TrackPath path) {
   if (path.size() >= 2) paths_.push_back(std::move(path));
 }
 
-void TrackPaths::stroke_paths(const Cairo::RefPtr<Cairo::Context>& context, bool halo) {
+void TrackPaths::stroke_paths(const Cairo::RefPtr<Cairo::Context>& context, Bed bed) {
   context->set_line_join(Cairo::LINE_JOIN_ROUND);
   context->begin_new_path();
-  if (halo) {
-    context->save();
-    context->set_source_rgb(1, 1, 1);
-    stroke_all(context, halo_width);
-    context->restore();
-  }
+  if (bed != Bed::none) stroke_bed(context, bed);
   stroke_all(context, rail_width);
   paths_.clear();
+}
+
+void TrackPaths::stroke_bed(const Cairo::RefPtr<Cairo::Context>& context, Bed bed) const {
+  context->save();
+  context->set_source_rgb(1, 1, 1);
+  stroke_all(context, halo_width);
+  if (bed == Bed::sleepers) {
+    context->set_source_rgb(0, 0, 0);
+    std::vector<double> lengths{2.0, 6.0};  // of a sleeper along the track, and between two
+    context->set_dash(lengths, 0);
+    stroke_all(context, sleeper_width);
+  }
+  context->restore();
 }
 
 void TrackPaths::stroke_glow(const Cairo::RefPtr<Cairo::Context>& context) {

@@ -25,14 +25,19 @@ class TrackPaths {
   static constexpr double halo_width = 8.0;
   static constexpr double glow_width = 13.0;
 
+  /// What lies below the rails. Sleepers are short black lines across a white halo that reach out
+  /// of it: a mark for those who do not tell the colours of rails.
+  enum class Bed { none, halo, sleepers };
+
   /// A path of fewer than two nodes is none.
   void add_path(TrackPath path);
-  /// In the context's colour, over a white halo if asked for. Forgets the paths.
-  void stroke_paths(const Cairo::RefPtr<Cairo::Context>& context, bool halo);
+  /// In the context's colour. Forgets the paths.
+  void stroke_paths(const Cairo::RefPtr<Cairo::Context>& context, Bed bed);
   /// In the context's colour, wider than any halo. Forgets the paths.
   void stroke_glow(const Cairo::RefPtr<Cairo::Context>& context);
 
  private:
+  void stroke_bed(const Cairo::RefPtr<Cairo::Context>& context, Bed bed) const;
   void stroke_all(const Cairo::RefPtr<Cairo::Context>& context, double width) const;
 
   std::vector<TrackPath> paths_;

@@ -86,7 +86,7 @@ void ViewCrossing::follow() {
 
 void ViewCrossing::draw_live(const Context& context) {
   shown_.set_colour(context);
-  stroke(context, tracks(), true);
+  stroke(context, tracks(), shown_.bed());
 }
 
 }  // namespace zemblar

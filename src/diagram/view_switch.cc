@@ -37,9 +37,9 @@ void ViewSwitch::draw_live(const Context& context) {
     (current ? set : others).push_back(path_of(way.segment));
   }
   context->set_source_rgb(grey, grey, grey);
-  stroke(context, std::move(others), true);
+  stroke(context, std::move(others), TrackPaths::Bed::halo);
   context->set_source_rgb(0, 0, 0);
-  stroke(context, std::move(set), false);
+  stroke(context, std::move(set), TrackPaths::Bed::none);
   for (const auto* end : ends()) draw_tick(context, end->pos, end->get_path_direction());
 }
 

@@ -38,6 +38,10 @@ void Occupancy::set_colour(const Cairo::RefPtr<Cairo::Context>& context) const {
   context->set_source_rgb(!known && occupied ? 1 : 0, known || occupied ? 1 : 0, 0);
 }
 
+TrackPaths::Bed Occupancy::bed() const {
+  return occupied && !lok ? TrackPaths::Bed::sleepers : TrackPaths::Bed::halo;
+}
+
 // --- Nodes and segments ---
 
 void ViewTrack::on_leaving() {
@@ -121,10 +125,10 @@ TrackPath ViewTrack::path_of(const ViewSegment& segment) {
 
 // --- Drawing ---
 
-void ViewTrack::stroke(const Context& context, std::vector<TrackPath> tracks, bool halo) {
+void ViewTrack::stroke(const Context& context, std::vector<TrackPath> tracks, TrackPaths::Bed bed) {
   TrackPaths paths;
   for (auto& track : tracks) paths.add_path(std::move(track));
-  paths.stroke_paths(context, halo);
+  paths.stroke_paths(context, bed);
 }
 
 void ViewTrack::draw_glow(const Context& context) {
@@ -135,7 +139,7 @@ void ViewTrack::draw_glow(const Context& context) {
 
 void ViewTrack::draw_plain(const Context& context, bool selected) {
   context->set_source_rgb(0, 0, 0);
-  stroke(context, tracks(), selected);
+  stroke(context, tracks(), selected ? TrackPaths::Bed::halo : TrackPaths::Bed::none);
   const auto inner = inner_nodes();
   if (selected) {
     for (const auto* node : ends()) node->draw_handles(context);

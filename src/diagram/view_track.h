@@ -53,7 +53,7 @@ class ViewTrack : public ViewObj {
   void draw_link_tags(const Context& context, bool selected, SelectionTable& table) override;
 
   /// All at once, in the context's colour.
-  static void stroke(const Context& context, std::vector<TrackPath> tracks, bool halo);
+  static void stroke(const Context& context, std::vector<TrackPath> tracks, TrackPaths::Bed bed);
   /// The pixels of one segment.
   static void paint_segment(const Context& context, const ViewSegment& segment);
   /// A node with its owner, its kind and the link that it stands for.
@@ -78,13 +78,14 @@ class ViewTrack : public ViewObj {
   [[nodiscard]] bool uses_handle(const ViewNode* node, bool right);
 };
 
-/// What a display shows of a block: green for a locomotive, yellow for what is not known, black for
-/// nothing.
+/// What a display shows of a block: green for a locomotive, yellow with sleepers for what is not
+/// known, black for nothing.
 struct Occupancy {
   Occupancy() = default;
   explicit Occupancy(const Block& block) : lok(block.get_lok()), occupied(block.occupied()) {}
 
   void set_colour(const Cairo::RefPtr<Cairo::Context>& context) const;
+  [[nodiscard]] TrackPaths::Bed bed() const;
   bool operator==(const Occupancy&) const = default;
 
   Lok* lok = nullptr;

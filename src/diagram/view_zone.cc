@@ -200,7 +200,7 @@ ViewZone::Live ViewZone::live() const {
 
 void ViewZone::draw_live(const Context& context) {
   shown_.occupancy.set_colour(context);
-  stroke(context, tracks(), true);
+  stroke(context, tracks(), shown_.occupancy.bed());
   if (shown_.heading != 0) draw_arrow(context);
 }
 

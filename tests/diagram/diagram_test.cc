@@ -446,7 +446,11 @@ TEST_F(DiagramTest, a_zone_shows_who_is_in_it_and_where_that_is_heading) {
   EXPECT_EQ(Picture(*view).at(-70, 3), white) << "the halo";
   EXPECT_EQ(Picture(*view).at(-70, 6), paper);
   at(zones[0]).occupy();
-  EXPECT_EQ(Picture(*view).at(-70, 0), yellow);
+  const Picture unknown(*view);
+  EXPECT_EQ(unknown.at(-70, 0), yellow);
+  int sleepers = 0;
+  for (int x = -70; x < -54; ++x) sleepers += unknown.at(x, 4) == black;
+  EXPECT_EQ(sleepers, 4) << "one of two pixels each eight";
   int redrawn = 0;
   const ScopedConnection listening(
       view->signal_changed().connect([&] { redrawn += view->changed_object() == a; }));
