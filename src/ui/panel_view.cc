@@ -29,7 +29,7 @@ void end_later(Gtk::Widget& panel) {
 }  // namespace
 
 PanelView::PanelView(const Glib::ustring& hint) : hint_(hint), frame_(0.0, 0.0, 1.0, 0.0) {
-  set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_AUTOMATIC);
+  set_policy(Gtk::POLICY_NEVER, Gtk::POLICY_AUTOMATIC);
   set_shadow_type(Gtk::SHADOW_NONE);
   text_.set_line_wrap();
   text_.set_padding(text_padding, text_padding);

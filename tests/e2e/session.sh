@@ -5,7 +5,8 @@
 #
 #   session.sh COMMAND [ARGUMENT...]
 #
-# The exit status is that of the command. ZEMBLAR_SCREEN sets the size, as in 1280x800x24.
+# The exit status is that of the command. ZEMBLAR_SCREEN sets the size, as in 1280x800x24, and
+# ZEMBLAR_LOOK more of the toolkit's settings, as in 'gtk-font-name = "DejaVu Sans 16"'.
 set -eu
 
 # A desktop begins its window manager again when that ends, and so does this one.
@@ -44,12 +45,13 @@ fi
 home=$(mktemp -d)
 trap 'rm -rf "$home"' EXIT
 mkdir -m 700 "$home/run" "$home/config" "$home/data" "$home/cache"
-cat >"$home/gtkrc" <<'RC'
+cat >"$home/gtkrc" <<RC
 gtk-theme-name = "Adwaita"
 gtk-icon-theme-name = "Adwaita"
 gtk-font-name = "DejaVu Sans 9"
 gtk-enable-animations = 0
 gtk-cursor-blink = 0
+${ZEMBLAR_LOOK:-}
 RC
 # The window manager's own menus are nobody's to choose from.
 mkdir "$home/config/openbox"
