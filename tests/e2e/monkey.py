@@ -10,6 +10,7 @@ The same seed makes the same choices, among what is on the screen by then. Works
 import collections
 import os
 import random
+import re
 import shutil
 import signal
 import subprocess
@@ -67,7 +68,7 @@ class Monkey:
         os.environ['XDG_CONFIG_HOME'] = os.path.join(self.folder, 'config')
         options = {'UBSAN_OPTIONS': 'halt_on_error=1:print_stacktrace=1'}
         self.program = Program(self.demonstration, self.chance.choice(self.layouts), env=options,
-                               output=self.output)
+                               output=self.output, errors=self.output)
         self.counts['starts'] += 1
         wait_for(self.windows, 'the first window', ANSWER_LIMIT)
 
@@ -336,7 +337,10 @@ def main():
         monkey.run(seconds)
     except BaseException:
         print('the last that was done:', *monkey.done, sep='\n  ')
-        print(f'log, picture and core, if any, are in {folder}')
+        log = open(monkey.output.name, encoding='utf-8', errors='replace').readlines()
+        talk = re.compile(r'\d\d:\d\d:|$|.*vertical gradient')  # with the station, and of the theme
+        print('its last words:', *[line for line in log if not talk.match(line)][-80:],
+              f'log and picture are in {folder}')
         screenshot(os.path.join(folder, 'end.png'))
         monkey.program.process.kill()
         raise

@@ -241,9 +241,10 @@ def type_keys(text):
 class Program:
     """The program, from its start to its end."""
 
-    def __init__(self, path, *arguments, env=None, output=None):
-        """What it prints goes to the file `output`, if given."""
+    def __init__(self, path, *arguments, env=None, output=None, errors=None):
+        """What it prints goes to the file `output`, if given, and what it complains of to `errors`."""
         self.process = subprocess.Popen([path, *arguments], stdin=subprocess.PIPE, stdout=output,
+                                        stderr=errors,
                                         env={**os.environ, **(env or {})}, text=True)
 
     def __enter__(self):
