@@ -4,12 +4,12 @@
 
 namespace zemblar {
 
-/// The window of the widget that a menu hangs on; null for none, and when that window has gone.
+/// The window of the widget that a menu hangs on; null for none, and when that widget has gone.
 [[nodiscard]] GtkWidget* owner_of_menu(GtkMenu* menu);
 
-/// Closes all menus that hang on widgets in a window. They have no owner from then on.
+/// Closes all menus that hang on widgets in a window.
 ///
-/// The menus of a file chooser's lists stay when it goes, with the addresses of what they hung on.
+/// The menus of a file chooser's lists stay when these go, with the addresses of what they hung on.
 void end_menus_of(GtkWidget* window);
 
 }  // namespace zemblar

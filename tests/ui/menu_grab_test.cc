@@ -14,6 +14,7 @@
 #include "tests/ui/widget_search.h"
 #include "ui/edit_history.h"
 #include "ui/layout_dialogs.h"
+#include "ui/menu_owner.h"
 #include "ui/object_picker.h"
 #include "ui/popup.h"
 #include "ui/script_menu.h"
@@ -158,6 +159,20 @@ TEST_F(MenuGrabTest, the_menus_of_a_file_chooser_close_with_it_and_belong_to_nob
   }
   handle_events();
   Layout::dialogs() = {};
+}
+
+// As one of a list that a file chooser takes away while it is open. It can never be ended.
+TEST_F(MenuGrabTest, a_menu_belongs_to_nobody_when_what_it_hangs_on_has_gone) {
+  Gtk::Window window;
+  auto* const top = GTK_WIDGET(window.gobj());
+  auto* const list = gtk_tree_view_new();
+  gtk_container_add(GTK_CONTAINER(top), list);
+  static auto* const menu = GTK_MENU(g_object_ref_sink(gtk_menu_new()));
+  gtk_menu_attach_to_widget(menu, list, nullptr);
+  EXPECT_EQ(owner_of_menu(menu), top);
+  gtk_widget_destroy(list);
+  EXPECT_EQ(owner_of_menu(menu), nullptr);
+  end_menus_of(top);
 }
 
 }  // namespace
