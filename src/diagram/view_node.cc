@@ -18,6 +18,7 @@ namespace {
 
 constexpr double radius = 4.0;
 constexpr double outline = 1.5;
+static_assert(ViewNode::reach == radius + outline / 2);
 constexpr double grey = 0.75;
 constexpr double half_square = 4.0;
 constexpr double rounding = 1e-9;
@@ -212,7 +213,7 @@ std::shared_ptr<const ViewTag> ViewNode::make_tag(Part part) {
 void ViewNode::draw_tag(const Cairo::RefPtr<Cairo::Context>& context, SelectionTable& table) {
   add_tag(context, table, make_tag(body));
   context->begin_new_path();
-  context->arc(pos.x, pos.y, radius + outline / 2, 0, 2 * M_PI);
+  context->arc(pos.x, pos.y, reach, 0, 2 * M_PI);
   context->fill();
 }
 

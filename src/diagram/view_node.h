@@ -35,6 +35,8 @@ class ViewNode : public sigc::trackable {
   };
 
   static constexpr double shortest_handle = 4.0;
+  /// From the node's place to the rim of its disc.
+  static constexpr double reach = 4.75;
 
   ViewNode() = default;
   ViewNode(const ViewNode&) = delete;

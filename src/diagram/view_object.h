@@ -44,8 +44,9 @@ class ViewObj : public Glib::Object {
 
   /// The body, above it the links, above them the handles.
   void draw_tags(const Context& context, bool selected, SelectionTable& table);
-  /// Only what a node that is being dragged could be joined to.
-  virtual void draw_link_target_tags(const Context& /*context*/, SelectionTable& /*table*/) {}
+  /// Only the ends that the end that is being dragged could be joined to.
+  virtual void draw_link_target_tags(const Context& /*context*/, SelectionTable& /*table*/,
+                                     const ViewLinkNode& /*dragged*/) {}
   /// Only what can be clicked on the operating display.
   virtual void draw_runtime_tags(const Context& /*context*/, SelectionTable& /*table*/) {}
 

@@ -168,10 +168,11 @@ void ViewTrack::draw_handle_tags(const Context& context, bool selected, Selectio
   }
 }
 
-void ViewTrack::draw_link_target_tags(const Context& context, SelectionTable& table) {
+// Ends whose blocks are partners already are joined in the picture alone.
+void ViewTrack::draw_link_target_tags(const Context& context, SelectionTable& table,
+                                      const ViewLinkNode& dragged) {
   for (auto* node : ends()) {
-    const auto* link = node->get_block_link();
-    if (!node->get_link() && !(link && link->is_connected())) node->draw_tag(context, table);
+    if (!node->get_link() && dragged.can_connect(*node)) node->draw_tag(context, table);
   }
 }
 

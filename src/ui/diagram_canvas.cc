@@ -145,6 +145,7 @@ void DiagramCanvas::draw_floating(const GdkEventExpose& event) {
   context->clip();
   context->set_matrix(matrix_);
   for (auto* object : floating_) draw_object(context, *object);
+  draw_over(context);
 }
 
 // --- Painting ---
@@ -241,8 +242,7 @@ void DiagramCanvas::update_tags() {
 void DiagramCanvas::paint_tags() {
   tags_.begin(shown_width(), shown_height(), matrix_);
   for (const auto& object : view_.get_objects()) {
-    auto& shown = *object.operator->();
-    if (!floats(shown)) draw_tags(tags_.context(), shown, tags_.table());
+    draw_tags(tags_.context(), *object.operator->(), tags_.table());
   }
   whole_table_ = tags_.table().size();
 }
@@ -258,7 +258,7 @@ void DiagramCanvas::paint_tags_in(const PixelBox& part) {
   context->set_matrix(matrix_);
   for (const auto& object : view_.get_objects()) {
     auto& shown = *object.operator->();
-    if (!floats(shown) && part.meets(boxes_[&shown])) draw_tags(context, shown, tags_.table());
+    if (part.meets(boxes_[&shown])) draw_tags(context, shown, tags_.table());
   }
   context->restore();
   constexpr std::size_t slack = 4096;

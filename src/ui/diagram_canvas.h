@@ -62,6 +62,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
 
   virtual void draw_object(const Context& context, ViewObj& object) = 0;
   virtual void draw_tags(const Context& context, ViewObj& object, SelectionTable& table) = 0;
+  /// On the window, over objects that are being moved.
+  virtual void draw_over(const Context& /*context*/) {}
   [[nodiscard]] virtual PixelBox box_of(const Context& context, ViewObj& object) = 0;
 
   bool on_expose_event(GdkEventExpose* event) override;

@@ -62,13 +62,12 @@ void EditorView::draw_object(const Context& context, ViewObj& object) {
   if (selected) draw_current_part(context);
 }
 
-// Only what a dragged node could be joined to is to be met.
+// Only what a dragged end could be joined to is to be met. A neighbour that floats with the drag is
+// met as well: its ends that are free stay where they are.
 void EditorView::draw_tags(const Context& context, ViewObj& object, SelectionTable& table) {
-  if (mode_ == Mode::dragging) {
-    object.draw_link_target_tags(context, table);
-  } else {
-    object.draw_tags(context, &object == selected_, table);
-  }
+  if (mode_ != Mode::dragging) return object.draw_tags(context, &object == selected_, table);
+  const auto* end = dragged_end();
+  if (end && end->get_object() != &object) object.draw_link_target_tags(context, table, *end);
 }
 
 // Handles may reach anywhere.
@@ -112,6 +111,7 @@ bool EditorView::on_motion_notify_event(GdkEventMotion* event) {
       return true;
     case Mode::dragging:
       if (tag_) tag_->object->drag_move(*tag_, to_view(pointer));
+      aim(pointer, (event->state & GDK_CONTROL_MASK) != 0);
       return true;
     case Mode::placing:
       if (placed_) placed_->drag_right(to_view(pointer));
@@ -130,6 +130,7 @@ void EditorView::start_drag(const Vector& pointer) {
   object.drag_start(*tag_, to_view(place_of(last_x_, last_y_)));
   object.drag_move(*tag_, to_view(pointer));
   set_floating(std::move(moving));
+  aim(pointer, false);
 }
 
 bool EditorView::on_button_release_event(GdkEventButton* event) {
@@ -148,24 +149,11 @@ bool EditorView::on_button_release_event(GdkEventButton* event) {
 
 void EditorView::drop(const GdkEventButton& event) {
   if (mode_ == Mode::placing) return end_placing(true);
-  const auto tag = std::exchange(tag_, {});
   const bool dragged = mode_ == Mode::dragging;
-  const auto* node = dynamic_cast<const ViewLinkNode::Tag*>(tag.get());
-  if (dragged && node && (event.state & GDK_CONTROL_MASK) != 0) {
-    join(*node, place_of(event.x, event.y));
-  }
+  if (dragged && (event.state & GDK_CONTROL_MASK) != 0) join_at(place_of(event.x, event.y));
+  tag_.reset();
   if (mode_ == Mode::pressed || mode_ == Mode::dragging) mode_ = Mode::idle;
   if (dragged) set_floating({});
-}
-
-void EditorView::join(const ViewLinkNode::Tag& dragged, const Vector& pointer) {
-  update();
-  const auto met = hit(pointer.x, pointer.y);
-  const auto* target = dynamic_cast<const ViewLinkNode::Tag*>(met.get());
-  if (!target || target->object == dragged.object) return;
-  auto& node = dynamic_cast<ViewLinkNode&>(*dragged.node);
-  EditJournal::get().describe(_("Join “%1”"));
-  node.connect(dynamic_cast<ViewLinkNode&>(*target->node));
 }
 
 // --- Placing what is new ---

@@ -10,10 +10,11 @@ namespace zemblar {
 /// selected.
 ///
 /// A click selects, a drag moves what is under the pointer: an object, a node, a handle. With Ctrl
-/// held a node that is dropped on another object's joins the two; while it is dragged only free
-/// ends can be met. The right button opens the menu of what is under it. An object that has just
-/// been made follows the pointer until a click places it, or the right button or Escape takes it
-/// away. Delete removes what is selected from the view.
+/// held an end that is dropped on one of another object joins the two; while it is dragged, only
+/// ends that it can be joined to are met, and the one under the pointer is marked. The status line
+/// says why a drop joins nothing. The right button opens the menu of what is under it. An object
+/// that has just been made follows the pointer until a click places it, or the right button or
+/// Escape takes it away. Delete removes what is selected from the view.
 class EditorView : public DiagramCanvas {
  public:
   explicit EditorView(View& view);
@@ -34,6 +35,7 @@ class EditorView : public DiagramCanvas {
  protected:
   void draw_object(const Context& context, ViewObj& object) override;
   void draw_tags(const Context& context, ViewObj& object, SelectionTable& table) override;
+  void draw_over(const Context& context) override;
   [[nodiscard]] PixelBox box_of(const Context& context, ViewObj& object) override;
   bool on_button_press_event(GdkEventButton* event) override;
   bool on_button_release_event(GdkEventButton* event) override;
@@ -49,7 +51,13 @@ class EditorView : public DiagramCanvas {
   void press(const GdkEventButton& event);
   void start_drag(const Vector& pointer);
   void drop(const GdkEventButton& event);
-  void join(const ViewLinkNode::Tag& dragged, const Vector& pointer);
+  void aim(const Vector& pointer, bool joins);
+  [[nodiscard]] ViewLinkNode* dragged_end() const;
+  [[nodiscard]] ViewLinkNode* target_at(const Vector& pointer);
+  [[nodiscard]] ViewLinkNode* end_near(const Vector& pointer) const;
+  void join_at(const Vector& pointer);
+  void join(ViewLinkNode& end, ViewLinkNode& target);
+  void refuse(const Glib::ustring& reason);
   void grab_pointer();
   void end_placing(bool placed);
   [[nodiscard]] SelectionTable parts_of(ViewObj& object);
@@ -65,6 +73,9 @@ class EditorView : public DiagramCanvas {
 
   ViewObj* selected_ = nullptr;
   Tag tag_;                    // what is pressed or dragged
+  Vector pointer_;             // while something is dragged
+  bool joins_ = false;         // if it were dropped now
+  Glib::ustring refusal_;      // as it was told
   ViewObj* placed_ = nullptr;  // what follows the pointer
   std::function<void()> cancelled_;
   std::optional<EditJournal::Hold> placing_;  // making and placing are one step

@@ -14,6 +14,7 @@
 #include "diagram/view_signal.h"
 #include "diagram/view_zone.h"
 #include "tests/support/small_railway.h"
+#include "tests/ui/pixels.h"
 #include "tests/ui/widget_search.h"
 #include "ui/runtime_view.h"
 #include "ui/view_pages.h"
@@ -25,20 +26,11 @@ constexpr unsigned black = 0;
 /// Black track is darker and grey track is lighter, also where pixels are blended.
 constexpr unsigned dark = 0x60;
 
-/// Row by row.
 std::vector<unsigned> pixels_of(const Glib::RefPtr<Gdk::Pixmap>& pixmap) {
   int width = 0;
   int height = 0;
   pixmap->get_size(width, height);
-  auto* image = gdk_drawable_get_image(GDK_DRAWABLE(pixmap->gobj()), 0, 0, width, height);
-  std::vector<unsigned> pixels;
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      pixels.push_back(static_cast<unsigned>(gdk_image_get_pixel(image, x, y)) & 0xFFFFFF);
-    }
-  }
-  g_object_unref(image);
-  return pixels;
+  return test::pixels_of(pixmap, 0, 0, width, height);
 }
 
 /// A zone, a point with a label and a signal over it, and one object of each other kind.

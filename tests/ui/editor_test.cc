@@ -1,11 +1,14 @@
 // Drawing in the track editor, by events on its canvas.
 
+#include <gmock/gmock.h>
 #include <gtkmm/window.h>
 
 #include "core/toplevel.h"
 #include "diagram/view_zone.h"
+#include "edit/edit_list.h"
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/other_program.h"
+#include "tests/ui/pixels.h"
 #include "tests/ui/widget_search.h"
 #include "ui/diagram_kinds.h"
 #include "ui/editor_view.h"
@@ -58,10 +61,29 @@ class EditorTest : public LayoutTest {
     release(to, 1, state | GDK_BUTTON1_MASK);
   }
   ViewZone* zone_at(const Vector& place) {
-    auto* object = new ViewZone(*layout().get_blocks().add(new Zone), place);
+    return show<ViewZone>(*layout().get_blocks().add(new Zone), place);
+  }
+  template <typename T>
+  T* show(zemblar::Object& shown, const Vector& place) {
+    auto* object = new T(dynamic_cast<Zone&>(shown), place);
     view.add_object(object);
     canvas.update();
     return object;
+  }
+  bool key(guint value, unsigned state = 0, GdkEventType type = GDK_KEY_PRESS) {
+    auto* event = gdk_event_new(type);
+    event->key.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
+    event->key.keyval = value;
+    event->key.state = state;
+    const bool used = canvas.event(event);
+    gdk_event_free(event);
+    return used;
+  }
+  /// What the window shows in a square round a place of the view.
+  std::vector<unsigned> pixels_round(const Vector& place, int half) {
+    const auto at = canvas.to_canvas(place);
+    return pixels_of(canvas.get_window(), static_cast<int>(at.x) - half,
+                     static_cast<int>(at.y) - half, 2 * half, 2 * half);
   }
   static ViewLinkNode& end(ViewObj* object, const char* name) {
     return *object->get_link_node(name);
@@ -98,15 +120,80 @@ TEST_F(EditorTest, drags_what_is_under_the_pointer_and_joins_with_ctrl) {
   EXPECT_EQ(end(b, "left").get_link()->get_object(), a);
   EXPECT_TRUE(end(b, "left").get_block_link()->is_connected());
   // A second picture of an end is the same end.
-  auto* again = new ViewZone(dynamic_cast<Zone&>(*b->get_object()), {50, 90});
-  view.add_object(again);
-  canvas.update();
+  auto* again = show<ViewZone>(*b->get_object(), {50, 90});
   drag({90, 90}, {90, 0}, GDK_CONTROL_MASK);
   EXPECT_EQ(end(again, "right").get_link(), nullptr);
 
   press({300, 300});
   release({300, 300});
   EXPECT_EQ(canvas.get_selected(), nullptr);
+}
+
+TEST_F(EditorTest, closes_a_ring_and_joins_new_pictures_of_blocks_that_are_partners) {
+  auto* a = zone_at({-100, 0});
+  auto* b = zone_at({50, 100});
+  drag({-60, 0}, {10, 100}, GDK_CONTROL_MASK);
+  drag({90, 100}, {-140, 0}, GDK_CONTROL_MASK);
+  ASSERT_EQ(end(b, "right").get_link(), &end(a, "left")) << "its neighbour floats with the drag";
+  EXPECT_EQ(end(b, "right").get_block_link()->get_partner(), end(a, "left").get_block_link());
+
+  auto* a2 = show<ViewZone>(*a->get_object(), {-100, -90});
+  auto* b2 = show<ViewZone>(*b->get_object(), {80, -60});
+  auto& right = end(a2, "right");
+  EditList steps;
+  EditJournal::get().begin([&](auto step) { steps.record(std::move(step)); });
+  drag({-60, -90}, {40, -60}, GDK_CONTROL_MASK);
+  EditJournal::get().end();
+  EXPECT_EQ(right.get_link(), &end(b2, "left"));
+  EXPECT_EQ(right.get_block_link()->get_partner(), end(b, "left").get_block_link());
+  ASSERT_EQ(steps.next_undo()->get_name(), "Join “Zone 1”");
+  const EditJournal::Pause pause;
+  steps.undo();
+  EXPECT_EQ(end(view.get_objects().at(2).operator->(), "right").get_link(), nullptr);
+  EXPECT_TRUE(end(a, "right").get_block_link()->is_connected()) << "joined in the first picture";
+}
+
+TEST_F(EditorTest, marks_what_a_drop_would_join_and_says_why_it_joins_nothing) {
+  zone_at({-100, 0});
+  zone_at({50, 0});
+  auto* c = zone_at({50, 80});
+  drag({-60, 0}, {10, 0}, GDK_CONTROL_MASK);
+  show<ViewZone>(*c->get_object(), {50, -80});
+  // What the window shows round the free end of the second zone, with the pointer on it.
+  const auto seen = [&](unsigned state) {
+    move({90, 1}, state | GDK_BUTTON1_MASK);
+    canvas.update();
+    handle_events();
+    return pixels_round({90, 0}, 16);
+  };
+  press({90, 80});
+  move({70, 60});
+  const auto plain = seen(0);
+  const auto marked = seen(GDK_CONTROL_MASK);
+  EXPECT_FALSE(marked == plain);
+  EXPECT_TRUE(seen(0) == plain) << "Ctrl is let go";
+  key(GDK_KEY_Control_L);
+  handle_events();
+  EXPECT_TRUE(pixels_round({90, 0}, 16) == marked) << "held again, and the pointer rests";
+  move({90, 80});
+  release({90, 80});
+
+  const struct {
+    Vector from, to;
+    const char* reason;
+  } drops[] = {
+      {{90, 80}, {150, 120}, "no end of another piece"},
+      {{150, 120}, {10, 80}, "both ends belong to “Zone 3”"},
+      {{10, 80}, {10, 0}, "the end of “Zone 1” is joined to “Zone 2” already"},
+      {{10, 0}, {90, -80}, "both are pictures of the same end of “Zone 3”"},
+      {{10, 0}, {10, -80}, "the end of “Zone 2” is joined to “Zone 1” already"},
+      {{-65, -40}, {-65, -30}, "drag an end"},
+  };
+  for (const auto& [from, to, reason] : drops) {
+    clear_status();
+    drag(from, to, GDK_CONTROL_MASK);
+    EXPECT_THAT(get_status().raw(), testing::HasSubstr(reason)) << to.x << " " << to.y;
+  }
 }
 
 TEST_F(EditorTest, placing_goes_on_under_the_wheel_and_ends_when_the_pointer_is_taken_away) {
@@ -186,15 +273,6 @@ TEST_F(EditorTest, brings_a_drawing_back_that_was_moved_out_of_sight) {
 TEST_F(EditorTest, does_by_keys_what_the_pointer_does) {
   auto* a = zone_at({-100, 0});
   auto* b = zone_at({50, 40});
-  const auto key = [&](guint value, unsigned state = 0, GdkEventType type = GDK_KEY_PRESS) {
-    auto* event = gdk_event_new(type);
-    event->key.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
-    event->key.keyval = value;
-    event->key.state = state;
-    const bool used = canvas.event(event);
-    gdk_event_free(event);
-    return used;
-  };
   EXPECT_FALSE(key(GDK_KEY_Left)) << "nothing is selected";
   EXPECT_TRUE(key(GDK_KEY_Tab));
   EXPECT_EQ(canvas.get_selected(), a);
