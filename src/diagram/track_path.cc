@@ -121,6 +121,18 @@ TrackPlace middle_of(const TrackPath& path) {
   return {node.pos, node.dir == Vector{} ? chord : node.dir};
 }
 
+// By de Casteljau's construction with the parameter 0.5.
+HalvedCurve halved(const PathStep& from, const PathStep& to) {
+  const auto curve = curve_to(from, to);
+  const auto before = (curve.start + curve.first * 2 + curve.second) / 4;
+  const auto after = (curve.first + curve.second * 2 + curve.end) / 4;
+  const auto half = (after - before) / 2;
+  // A curve with a cusp in the middle has no direction there.
+  const auto along = half == Vector{} ? curve.end - curve.start : half;
+  return {
+      {before + half, normalize(along)}, from.node->right / 2, half.length(), to.node->left / 2};
+}
+
 PixelBox PixelBox::united(const PixelBox& other) const {
   if (empty()) return other;
   if (other.empty()) return *this;

@@ -56,6 +56,16 @@ struct TrackPlace {
 /// Half-way along a path by its steps: on the middle step, or at the middle node.
 [[nodiscard]] TrackPlace middle_of(const TrackPath& path);
 
+/// Where a node divides a curve into two that together have its shape, and the lengths of the
+/// handles for that. None is shorter than a handle may be, which only shows on a very small curve.
+struct HalvedCurve {
+  TrackPlace middle;
+  double start_handle;
+  double middle_handle;  ///< to both sides
+  double end_handle;
+};
+[[nodiscard]] HalvedCurve halved(const PathStep& from, const PathStep& to);
+
 /// A rectangle, mostly in device pixels.
 struct PixelBox {
   double left = 0;

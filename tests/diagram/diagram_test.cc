@@ -384,6 +384,36 @@ TEST_F(DiagramTest, nodes_take_their_direction_from_neighbours_and_partners) {
   EXPECT_DOUBLE_EQ(node.left, third);
 }
 
+/// A place of a curved segment, by its parameter from 0 to 1.
+Vector place_on(const ViewSegment& segment, double t) {
+  const double s = 1 - t;
+  return segment.start->pos * (s * s * s) + segment.start->right_point() * (3 * s * s * t) +
+         segment.end->left_point() * (3 * s * t * t) + segment.end->pos * (t * t * t);
+}
+
+TEST_F(DiagramTest, a_node_that_is_added_leaves_a_bend_its_shape) {
+  struct Bend {
+    const char* shape;
+    Vector left_handle, right_handle;  // of ends at (-40, 0) and (40, 90)
+  };
+  for (const auto& [shape, left_handle, right_handle] :
+       {Bend{"S", {60, 0}, {-60, 0}}, Bend{"S with long handles", {150, 10}, {-170, 20}},
+        Bend{"C", {30, -80}, {90, 30}}, Bend{"loop", {200, 40}, {160, 60}}}) {
+    auto* a = show<ViewZone>(*zone(shape, false), {0, 0});
+    end(*a, "right").drag(ViewNode::body, {40, 90});
+    a->make_curved(a->segments()[0]);
+    end(*a, "left").drag(ViewNode::right_handle, Vector{-40, 0} + left_handle);
+    end(*a, "right").drag(ViewNode::left_handle, Vector{40, 90} + right_handle);
+    std::vector<Vector> before;
+    for (int i = 0; i <= 40; ++i) before.push_back(place_on(a->segments()[0], i / 40.0));
+    a->add_node(0);
+    for (int i = 0; i <= 40; ++i) {
+      const auto now = place_on(a->segments()[i <= 20 ? 0 : 1], i <= 20 ? i / 20.0 : i / 20.0 - 1);
+      EXPECT_LT((now - before[static_cast<std::size_t>(i)]).length(), 1e-9) << shape << i;
+    }
+  }
+}
+
 // --- The picture ---
 
 /// A picture of the railway as it is now, with the origin in the middle.
