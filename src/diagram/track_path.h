@@ -53,6 +53,8 @@ struct TrackPlace {
   Vector pos;
   Vector dir;
 };
+/// The middle of one step, with the direction of the track there.
+[[nodiscard]] TrackPlace middle_of_step(const PathStep& from, const PathStep& to);
 /// Half-way along a path by its steps: on the middle step, or at the middle node.
 [[nodiscard]] TrackPlace middle_of(const TrackPath& path);
 

@@ -32,7 +32,7 @@ void divide(const ViewSegment& segment, ViewNode& node) {
   const PathStep from{segment.start};
   const PathStep to{segment.end, *segment.straight};
   const auto halves = halved(from, to);
-  const auto middle = to.straight ? middle_of({from, to}) : halves.middle;
+  const auto middle = middle_of_step(from, to);
   node.pos = middle.pos;
   node.dir = middle.dir;
   if (to.straight) return;

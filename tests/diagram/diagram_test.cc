@@ -506,6 +506,26 @@ TEST_F(DiagramTest, a_zone_shows_who_is_in_it_and_where_that_is_heading) {
   lok->detected(&zones[0]->right, &zones[0]->left, false);
 }
 
+TEST(TravelArrow, points_along_a_bend_between_nodes) {
+  std::array<ViewNode, 4> nodes;
+  nodes[0].pos = {-90, 0};
+  nodes[1].pos = {-40, 0};
+  nodes[2].pos = {40, 0};
+  nodes[3].pos = {90, 0};
+  // From (-40, 0) over (0, -40) and (0, 40) to (40, 0).
+  nodes[1].dir = normalize({40, -40});
+  nodes[1].right = std::hypot(40, 40);
+  nodes[2].dir = nodes[1].dir;
+  nodes[2].left = nodes[1].right;
+  const auto check = [](const TrackPath& path, const Vector& direction) {
+    const auto middle = middle_of(path);
+    EXPECT_LT(middle.pos.length(), 1e-9);
+    EXPECT_LT((middle.dir - normalize(direction)).length(), 1e-9);
+  };
+  check({{&nodes[0]}, {&nodes[1], true}, {&nodes[2]}, {&nodes[3], true}}, {80, 80});
+  check({{&nodes[1]}, {&nodes[2]}}, {0, 80});  // alone: from handle to handle
+}
+
 TEST_F(DiagramTest, a_point_shows_its_way_on_top_and_is_set_by_a_click) {
   auto* point = layout().get_points().add(new Point);
   auto* points = show<ViewPoint>(*point, {0, 0});
