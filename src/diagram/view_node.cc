@@ -67,12 +67,12 @@ void ViewNode::set_right_node(ViewNode* node) {
 }
 
 Vector ViewNode::direction_of_neighbours() const {
-  if (!has_neighbour()) return {};
+  if (!has_neighbour() && lead_) return normalize(pos - lead_->pos);
   return normalize((right_node_ ? right_node_->pos : pos) - (left_node_ ? left_node_->pos : pos));
 }
 
 void ViewNode::refresh() {
-  if (has_neighbour()) turn(direction_of_neighbours());
+  if (is_led()) turn(direction_of_neighbours());
 }
 
 void ViewNode::turn(const Vector& direction) {
@@ -127,6 +127,7 @@ void ViewNode::drag(Part part, const Vector& position) {
     pos = within_diagram(position);
     moved();
     refresh();
+    if (object_) object_->node_moved(*this);
   } else if (part == left_handle) {
     drag_handle(left, -delta);
   } else {

@@ -14,6 +14,7 @@ namespace zemblar {
 
 class View;
 class ViewLinkNode;
+class ViewNode;
 
 /// A diagram object: shows one object of the layout in one view, and outlives neither.
 ///
@@ -64,6 +65,8 @@ class ViewObj : public Glib::Object {
   /// Null for a name that no end of its track has.
   [[nodiscard]] virtual ViewLinkNode* get_link_node(const std::string& /*name*/) { return nullptr; }
 
+  /// Somebody has moved one of its nodes.
+  virtual void node_moved(const ViewNode& /*node*/) {}
   /// It is about to leave its view, though somebody may still hold it.
   virtual void on_leaving() {}
 

@@ -80,6 +80,9 @@ void ViewTrack::make_straight(const ViewSegment& segment) {
   if (!uses_handle(segment.start, true)) segment.start->has_right = false;
   if (!uses_handle(segment.end, false)) segment.end->has_left = false;
   join_neighbours();
+  for (auto* end : ends()) {
+    if (end->get_lead()) end->refresh();
+  }
   changed();
 }
 

@@ -384,6 +384,36 @@ TEST_F(DiagramTest, nodes_take_their_direction_from_neighbours_and_partners) {
   EXPECT_DOUBLE_EQ(node.left, third);
 }
 
+TEST_F(DiagramTest, every_straight_leg_of_a_point_sets_the_direction_of_its_end) {
+  auto* point = layout().get_points().add(new Point);
+  auto* points = show<ViewPoint>(*point, {0, 0});
+  auto& common = end(*points, "common");
+  auto& leg = end(*points, "state:Curved");
+  const auto along_leg = [&] { return normalize(leg.pos - common.pos); };
+  EXPECT_EQ(leg.dir, along_leg()) << "a new one";
+  leg.drag(ViewNode::body, {30, 70});
+  EXPECT_EQ(leg.dir, along_leg());
+  common.drag(ViewNode::body, {-60, -40});
+  EXPECT_EQ(leg.dir, along_leg());
+  // It leads a bend that is joined to it, and another straight piece does not lead it.
+  auto* bend = show<ViewZone>(*zone("Bend", false), {100, 0});
+  bend->make_curved(bend->segments()[0]);
+  end(*bend, "left").connect(leg);
+  EXPECT_EQ(end(*bend, "left").dir, along_leg());
+  leg.drag(ViewNode::body, {0, 90});
+  EXPECT_EQ(end(*bend, "left").dir, along_leg());
+  leg.get_block_link()->disconnect();
+  end(*show<ViewZone>(*zone("Straight", false), {0, 200}), "left").connect(leg);
+  leg.drag(ViewNode::body, {-30, 90});
+  EXPECT_EQ(leg.dir, along_leg());
+  points->make_curved(points->segments()[0]);
+  points->make_straight(points->segments()[0]);
+  EXPECT_EQ(leg.dir, along_leg()) << "it is the second one again";
+  const auto [first, second] = save_twice();
+  EXPECT_EQ(second, first);
+  EXPECT_EQ(end(shown<ViewPoint>(0), "state:Curved").dir, normalize({30, 130}));
+}
+
 /// A place of a curved segment, by its parameter from 0 to 1.
 Vector place_on(const ViewSegment& segment, double t) {
   const double s = 1 - t;
