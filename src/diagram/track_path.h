@@ -77,6 +77,8 @@ struct PixelBox {
 
   bool operator==(const PixelBox&) const = default;
   [[nodiscard]] bool empty() const { return right <= left || bottom <= top; }
+  [[nodiscard]] Vector extent() const { return {right - left, bottom - top}; }
+  [[nodiscard]] Vector middle() const { return {(left + right) * 0.5, (top + bottom) * 0.5}; }
   [[nodiscard]] bool meets(const PixelBox& other) const {
     return left < other.right && other.left < right && top < other.bottom && other.top < bottom;
   }

@@ -310,6 +310,20 @@ PixelBox DiagramCanvas::drawn_box() {
   return all.value_or(PixelBox{});
 }
 
+// In pixels. A canvas with a large picture is seen in part, as it is scrolled.
+PixelBox DiagramCanvas::visible_box() const {
+  const auto window = const_cast<DiagramCanvas*>(this)->get_window();
+  GdkRectangle seen{};
+  if (window) {
+    auto* region = gdk_drawable_get_visible_region(GDK_DRAWABLE(window->gobj()));
+    gdk_region_get_clipbox(region, &seen);
+    gdk_region_destroy(region);
+  }
+  if (seen.width == 0 || seen.height == 0) return {0, 0, size().x, size().y};
+  return {static_cast<double>(seen.x), static_cast<double>(seen.y),
+          static_cast<double>(seen.x + seen.width), static_cast<double>(seen.y + seen.height)};
+}
+
 // A canvas that has not been laid out is one pixel large.
 bool DiagramCanvas::has_size() const {
   return get_realized() && get_width() > 1 && get_height() > 1;
@@ -319,29 +333,31 @@ bool DiagramCanvas::has_size() const {
 void DiagramCanvas::show_whole() {
   fit_waits_ = !has_size();
   if (fit_waits_) return;
+  const auto seen = visible_box();
   for (int round = 0; round < 2; ++round) {
     const auto box = drawn_box();
-    const Vector extent{box.right - box.left, box.bottom - box.top};
+    const auto extent = box.extent();
     pan_ = {0, 0};
     if (box.empty()) {
       zoom_ = 1;
     } else {
-      const auto middle = to_view(Vector{box.left, box.top} + extent * 0.5);
-      const double share = std::min(size().x / extent.x, size().y / extent.y) * part_of_canvas;
+      const auto middle = to_view(box.middle());
+      const double share =
+          std::min(seen.extent().x / extent.x, seen.extent().y / extent.y) * part_of_canvas;
       zoom_ = std::clamp(zoom_ * share, least_zoom, 1.0);
       place_view();
-      pan_ = size() * 0.5 - to_canvas(middle);
+      pan_ = seen.middle() - to_canvas(middle);
     }
     invalidate();
   }
 }
 
 void DiagramCanvas::zoom_in() {
-  zoom_about(size() * 0.5, zoom_step, zoom_step - 1);
+  zoom_about(visible_box().middle(), zoom_step, zoom_step - 1);
 }
 
 void DiagramCanvas::zoom_out() {
-  zoom_about(size() * 0.5, 1 / zoom_step, 1 / zoom_step - 1);
+  zoom_about(visible_box().middle(), 1 / zoom_step, 1 / zoom_step - 1);
 }
 
 // --- Input ---

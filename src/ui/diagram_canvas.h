@@ -37,10 +37,10 @@ class DiagramCanvas : public Gtk::DrawingArea {
     return tags_.hit(x, y);
   }
 
-  /// The drawing and the picture as a whole, in the middle; no larger than they are. A canvas
-  /// without a size does it when it has got one.
+  /// The drawing and the picture as a whole, in the middle of what can be seen of the canvas; no
+  /// larger than they are. A canvas without a size does it when it has got one.
   void show_whole();
-  /// By one step of the wheel, about the middle.
+  /// By one step of the wheel, about the middle of what can be seen.
   void zoom_in();
   void zoom_out();
 
@@ -93,6 +93,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
   [[nodiscard]] bool has_size() const;
   void place_view();
   [[nodiscard]] PixelBox drawn_box();
+  [[nodiscard]] PixelBox visible_box() const;
 
   void repaint(int width, int height);
   void repaint_parts();

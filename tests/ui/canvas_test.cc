@@ -2,6 +2,8 @@
 
 #include <gdkmm/pixbuf.h>
 #include <gmock/gmock.h>
+#include <gtkmm/adjustment.h>
+#include <gtkmm/scrolledwindow.h>
 #include <gtkmm/window.h>
 
 #include <functional>
@@ -268,6 +270,32 @@ TEST_F(CanvasTest, a_picture_lies_in_the_middle_and_goes_with_the_rest) {
       EXPECT_EQ(colour_at(on_canvas({126, y})), 0xffffffu);
     }
     EXPECT_EQ(colour_at(on_canvas({90, 86})), 0xffffffu);
+  }
+}
+
+TEST_F(CanvasTest, a_plan_that_is_larger_than_its_window_is_shown_whole) {
+  const auto plan = folder.file("plan.png");
+  Gdk::Pixbuf::create(Gdk::COLORSPACE_RGB, false, 8, 1600, 900)->save(plan, "png");
+  view.set_image(plan);
+  window.remove();
+  auto* shown = Gtk::manage(new RuntimeView(view));
+  auto* page = Gtk::manage(scrolled(shown));
+  window.add(*page);
+  window.show_all();
+  window.resize(400, 300);
+  handle_events();
+  auto& frame = dynamic_cast<Gtk::ScrolledWindow&>(*page);
+  frame.get_hadjustment()->set_value(700);
+  frame.get_vadjustment()->set_value(200);
+  handle_events();
+  shown->show_whole();
+  handle_events();
+  for (const auto& corner : {Vector{0, 0}, Vector{1600, 900}}) {
+    int x = 0;
+    int y = 0;
+    const auto place = shown->to_canvas(corner);
+    shown->translate_coordinates(*page, static_cast<int>(place.x), static_cast<int>(place.y), x, y);
+    EXPECT_TRUE(x > 0 && y > 0 && x < page->get_width() && y < page->get_height()) << x << " " << y;
   }
 }
 
