@@ -17,6 +17,8 @@ constexpr double most_zoom = 16;
 constexpr double part_of_canvas = 0.96;  // a margin stays
 /// The window system has no larger ones.
 constexpr int largest_pixmap = 32767;
+/// A rail is drawn within its box by as much; in pixels at zoom 1.
+constexpr double slack = 12;
 /// Beyond this many places the whole is drawn at once.
 constexpr std::size_t most_parts = 64;
 
@@ -74,6 +76,7 @@ void DiagramCanvas::on_object_changed(ViewObj& object) {
   context->set_matrix(matrix_);
   auto& box = boxes_[&object];
   const auto former = std::exchange(box, box_of(context, object));
+  if (!(former == box)) look_soon();
   const auto part = former.united(box).cut({0, 0, size().x, size().y}).whole();
   if (part.empty()) return;
   if (stale_.empty() || !(stale_.back() == part)) stale_.push_back(part);
@@ -113,7 +116,14 @@ bool DiagramCanvas::on_expose_event(GdkEventExpose* event) {
   get_window()->draw_drawable(get_style()->get_black_gc(), pixmap(), area.x, area.y, area.x, area.y,
                               area.width, area.height);
   if (!floating_.empty()) draw_floating(*event);
+  const auto former = std::exchange(seen_, visible_box());
+  if (!(seen_ == former)) look_soon();
   return true;
+}
+
+void DiagramCanvas::on_map() {
+  Gtk::DrawingArea::on_map();
+  look_soon();
 }
 
 void DiagramCanvas::on_size_allocate(Gtk::Allocation& allocation) {
@@ -169,6 +179,7 @@ void DiagramCanvas::repaint(int width, int height) {
   stale_tags_.clear();
   update_tags_soon();
   dirty_ = false;
+  look_soon();
 }
 
 void DiagramCanvas::paint_background(const Context& context) {
@@ -322,6 +333,22 @@ PixelBox DiagramCanvas::visible_box() const {
   if (seen.width == 0 || seen.height == 0) return {0, 0, size().x, size().y};
   return {static_cast<double>(seen.x), static_cast<double>(seen.y),
           static_cast<double>(seen.x + seen.width), static_cast<double>(seen.y + seen.height)};
+}
+
+void DiagramCanvas::look_soon() {
+  if (look_soon_.connected()) return;
+  look_soon_ = Glib::signal_idle().connect([this] { return look(), false; }, Glib::PRIORITY_LOW);
+}
+
+// Not during a drag, at the end of which everything is drawn anew.
+void DiagramCanvas::look() {
+  if (!floating_.empty() || !get_mapped()) return;
+  const auto box = drawn_box();
+  const auto seen = visible_box();
+  const auto cut = box.cut(seen);
+  const auto beyond = (box.extent() - cut.extent());
+  all_seen_ = box.empty() || (!cut.empty() && beyond.x <= slack && beyond.y <= slack);
+  signal_looked_.emit();
 }
 
 // A canvas that has not been laid out is one pixel large.

@@ -44,6 +44,11 @@ class DiagramCanvas : public Gtk::DrawingArea {
   void zoom_in();
   void zoom_out();
 
+  /// Whether the drawing and the picture were in sight as a whole when that was last looked at.
+  [[nodiscard]] bool is_all_seen() const { return all_seen_; }
+  /// It has been looked at: some time after the picture, or what can be seen of it, has changed.
+  sigc::signal<void>& signal_looked() { return signal_looked_; }
+
   /// Everything has to be drawn anew.
   void invalidate();
   /// How often the canvas has been drawn, as a whole and in part.
@@ -68,6 +73,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
 
   bool on_expose_event(GdkEventExpose* event) override;
   void on_size_allocate(Gtk::Allocation& allocation) override;
+  void on_map() override;
   void on_unrealize() override;
   void on_size_request(Gtk::Requisition* requisition) override;
   bool on_button_press_event(GdkEventButton* event) override;
@@ -81,6 +87,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
   double last_x_ = 0;
   double last_y_ = 0;
 
+  /// The drawing may reach further, or less far.
+  void look_soon();
   /// Objects that are being moved: left out of the kept picture, and drawn over it on the window.
   void set_floating(std::vector<ViewObj*> objects);
 
@@ -94,6 +102,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
   void place_view();
   [[nodiscard]] PixelBox drawn_box();
   [[nodiscard]] PixelBox visible_box() const;
+  void look();
 
   void repaint(int width, int height);
   void repaint_parts();
@@ -128,11 +137,15 @@ class DiagramCanvas : public Gtk::DrawingArea {
   std::vector<ViewObj*> floating_;
   ScopedConnection floating_removed_;
   Repaints repaints_;
+  PixelBox seen_;  // at the last expose
+  bool all_seen_ = true;
+  sigc::signal<void> signal_looked_;
   ScopedConnection view_changed_;
   ScopedConnection object_added_;
   ScopedConnection colour_changed_;
   ScopedConnection image_changed_;
   ScopedConnection tags_soon_;
+  ScopedConnection look_soon_;
 };
 
 }  // namespace zemblar

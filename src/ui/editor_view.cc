@@ -24,6 +24,7 @@ EditorView::EditorView(View& view)
   add_events(Gdk::KEY_PRESS_MASK | Gdk::KEY_RELEASE_MASK);
   signal_popup_menu().connect(sigc::mem_fun(*this, &EditorView::show_part_menu));
   g_signal_connect(gobj(), "grab-broken-event", G_CALLBACK(&EditorView::on_grab_broken), this);
+  object_changed_ = view.signal_changed().connect([this] { look_soon(); });
   object_removed_ =
       view.signal_object_removed().connect(sigc::mem_fun(*this, &EditorView::on_object_removed));
 }

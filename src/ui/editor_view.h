@@ -83,6 +83,7 @@ class EditorView : public DiagramCanvas {
   std::optional<EditJournal::Hold> nudging_;  // while an arrow key is held
   sigc::signal<void> signal_selected_changed_;
   sigc::signal<void> signal_placed_;
+  ScopedConnection object_changed_;
   ScopedConnection object_removed_;
   ScopedConnection grab_soon_;
 };

@@ -299,6 +299,42 @@ TEST_F(CanvasTest, a_plan_that_is_larger_than_its_window_is_shown_whole) {
   }
 }
 
+TEST_F(CanvasTest, a_hint_shows_while_something_is_out_of_sight_and_fits_it) {
+  auto* second = layout().get_views().add(new View);
+  window.remove();
+  ViewPages pages([](View& v) { return scrolled(Gtk::manage(new RuntimeView(v))); },
+                  ViewPages::Hidden::skip);
+  window.add(pages);
+  window.show_all();
+  handle_events();
+  auto& hint = get_widget<Gtk::Button>(pages, "Not All Is in Sight: Fit (Ctrl+0)");
+  EXPECT_FALSE(hint.get_mapped());
+  auto* far = show<ViewZone>(*zone("Far"), {0, 0});
+  handle_events();
+  EXPECT_FALSE(hint.get_mapped());
+  put(*far, "right", {400, 20});
+  handle_events();
+  ASSERT_TRUE(hint.get_mapped());
+  EXPECT_EQ(pages.current_canvas()->get_zoom(), 1) << "nothing is zoomed unasked";
+  hint.clicked();
+  handle_events();
+  EXPECT_FALSE(hint.get_mapped());
+  pages.current_canvas()->zoom_in();
+  pages.current_canvas()->zoom_in();
+  handle_events();
+  EXPECT_TRUE(hint.get_mapped());
+  get_widget<Gtk::Notebook>(pages).set_current_page(1);
+  handle_events();
+  EXPECT_EQ(&pages.current_canvas()->get_view(), second);
+  EXPECT_FALSE(hint.get_mapped()) << "the other page is empty";
+  get_widget<Gtk::Notebook>(pages).set_current_page(0);
+  handle_events();
+  EXPECT_TRUE(hint.get_mapped());
+  view.destroy();
+  handle_events();
+  EXPECT_FALSE(hint.get_mapped());
+}
+
 TEST_F(CanvasTest, a_double_click_acts_once) {
   const auto head = on_canvas({-30, -20}) + Vector{0, 8};
   button(GDK_BUTTON_PRESS, head);
