@@ -56,6 +56,10 @@ class ViewObj : public Glib::Object {
   /// A part of it is dragged: from a place, then to others. What is no part drags the whole.
   virtual void drag_start(const ViewTag& tag, const Vector& position);
   virtual void drag_move(const ViewTag& tag, const Vector& position);
+  /// The place that is put on a grid when the whole is moved.
+  [[nodiscard]] virtual Vector anchor() { return get_place(); }
+  /// Puts all its places on a grid, and lays level or upright what nearly is.
+  virtual void align(double step);
   /// It has just been made, and follows the pointer.
   virtual void drag_right(const Vector& position);
   /// Those that have to be drawn with it while it is dragged: what its ends are joined to.

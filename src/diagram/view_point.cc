@@ -10,7 +10,7 @@ namespace {
 
 // From the place of a new one.
 constexpr double half_length = 25.0;
-constexpr double leg_distance = 16.0;
+constexpr double leg_distance = 20.0;
 
 const ViewClass::Registration registration(view_class<ViewPoint>("!view-point"));
 

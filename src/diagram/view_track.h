@@ -29,6 +29,8 @@ class ViewTrack : public ViewObj {
                              const ViewLinkNode& dragged) override;
   void drag_move(const ViewTag& tag, const Vector& position) override;
   [[nodiscard]] std::vector<ViewObj*> dependants() override;
+  [[nodiscard]] Vector anchor() override { return ends().front()->pos; }
+  void align(double step) override;
 
   /// Its ends are free; the blocks stay joined.
   void on_leaving() override;
@@ -76,6 +78,7 @@ class ViewTrack : public ViewObj {
   void reshape_between(const ViewNode* start, const ViewNode* end,
                        void (ViewTrack::*reshape)(const ViewSegment&));
   void part_blocks_at(const ViewNode* node);
+  static void level_direction(ViewNode& node);
   [[nodiscard]] bool uses_handle(const ViewNode* node, bool right);
 };
 

@@ -12,8 +12,7 @@
 namespace zemblar {
 namespace {
 
-constexpr double coarse = 8;  // diagram units
-constexpr double fine = 1;
+constexpr double fine = 1;  // diagram units
 constexpr double ring = 8;  // pixels
 
 struct Arrow {
@@ -52,7 +51,7 @@ bool EditorView::on_key_press_event(GdkEventKey* event) {
   const bool plain = (modifiers & ~GDK_SHIFT_MASK) == 0;
   const auto* arrow = plain ? arrow_of(event->keyval) : nullptr;
   if (arrow && (selected_ || placed_)) {
-    nudge(arrow->way * (shift ? fine : coarse));
+    nudge(arrow->way, shift);
     return true;
   }
   if (mode_ == Mode::placing) {
@@ -150,15 +149,15 @@ void EditorView::next_part(bool back) {
   invalidate();
 }
 
-// As long as the key is held it is one step.
-void EditorView::nudge(const Vector& delta) {
+// To the next line of the grid, or by one unit. As long as the key is held it is one step.
+void EditorView::nudge(const Vector& way, bool finely) {
   if (!nudging_) nudging_.emplace();
   if (!selected_) return;
   const auto part = current_part();
   if (!part) return;
-  const auto from = place_of(*part).value_or(Vector{});
+  const auto from = place_of(*part).value_or(selected_->anchor());
   selected_->drag_start(*part, from);
-  selected_->drag_move(*part, from + delta);
+  selected_->drag_move(*part, finely ? from + way * fine : next_line(from, way));
 }
 
 }  // namespace zemblar

@@ -107,29 +107,31 @@ bool EditorView::on_motion_notify_event(GdkEventMotion* event) {
       if (held && tag_ &&
           drag_check_threshold(static_cast<int>(last_x_), static_cast<int>(last_y_),
                                static_cast<int>(event->x), static_cast<int>(event->y))) {
-        start_drag(pointer);
+        start_drag(pointer, event->state);
       }
       return true;
     case Mode::dragging:
-      if (tag_) tag_->object->drag_move(*tag_, to_view(pointer));
+      drag_to(pointer, event->state);
       aim(pointer, (event->state & GDK_CONTROL_MASK) != 0);
       return true;
     case Mode::placing:
-      if (placed_) placed_->drag_right(to_view(pointer));
+      place_at(pointer, event->state);
       return true;
     default:
       return DiagramCanvas::on_motion_notify_event(event);
   }
 }
 
-void EditorView::start_drag(const Vector& pointer) {
+void EditorView::start_drag(const Vector& pointer, unsigned state) {
   mode_ = Mode::dragging;
   auto& object = *tag_->object;
   auto moving = object.dependants();
   if (moving.size() > most_dependants) moving.resize(most_dependants);
   moving.push_back(&object);
-  object.drag_start(*tag_, to_view(place_of(last_x_, last_y_)));
-  object.drag_move(*tag_, to_view(pointer));
+  const auto from = to_view(place_of(last_x_, last_y_));
+  grip_ = from - object.anchor();
+  object.drag_start(*tag_, from);
+  drag_to(pointer, state);
   set_floating(std::move(moving));
   aim(pointer, false);
 }

@@ -15,6 +15,8 @@ namespace zemblar {
 /// says why a drop joins nothing. The right button opens the menu of what is under it. An object
 /// that has just been made follows the pointer until a click places it, or the right button or
 /// Escape takes it away. Delete removes what is selected from the view.
+///
+/// What is dragged or placed keeps to the grid of the options, unless Alt is held.
 class EditorView : public DiagramCanvas {
  public:
   explicit EditorView(View& view);
@@ -29,6 +31,9 @@ class EditorView : public DiagramCanvas {
   /// Ends what is being dragged, where it is, and takes away what is being placed.
   void finish();
   void select(ViewObj* object);
+  /// Puts what is selected, or its chosen end or node, on the grid, and levels what nearly is
+  /// level.
+  void align();
   /// An object has been placed.
   sigc::signal<void>& signal_placed() { return signal_placed_; }
 
@@ -49,8 +54,11 @@ class EditorView : public DiagramCanvas {
   using Tag = std::shared_ptr<const ViewTag>;
 
   void press(const GdkEventButton& event);
-  void start_drag(const Vector& pointer);
+  void start_drag(const Vector& pointer, unsigned state);
   void drop(const GdkEventButton& event);
+  void drag_to(const Vector& pointer, unsigned state);
+  void place_at(const Vector& pointer, unsigned state);
+  [[nodiscard]] static Vector next_line(const Vector& from, const Vector& way);
   void aim(const Vector& pointer, bool joins);
   [[nodiscard]] ViewLinkNode* dragged_end() const;
   [[nodiscard]] ViewLinkNode* target_at(const Vector& pointer);
@@ -66,13 +74,14 @@ class EditorView : public DiagramCanvas {
   bool select_next(bool back);
   bool show_part_menu();
   void next_part(bool back);
-  void nudge(const Vector& delta);
+  void nudge(const Vector& way, bool finely);
   void join_nearest();
   static gboolean on_grab_broken(GtkWidget* widget, GdkEventGrabBroken* event, EditorView* view);
   void on_object_removed(ViewObj* object);
 
   ViewObj* selected_ = nullptr;
   Tag tag_;                    // what is pressed or dragged
+  Vector grip_;                // from the anchor of what is dragged to where it was taken
   Vector pointer_;             // while something is dragged
   bool joins_ = false;         // if it were dropped now
   Glib::ustring refusal_;      // as it was told

@@ -560,17 +560,17 @@ TEST_F(DiagramTest, a_point_shows_its_way_on_top_and_is_set_by_a_click) {
   auto* point = layout().get_points().add(new Point);
   auto* points = show<ViewPoint>(*point, {0, 0});
   const auto states = point->states();
-  // Ways: along y = 0, and down to (25, 16); ticks at their ends.
+  // Ways: along y = 0, and down to (25, 20); ticks at their ends.
   EXPECT_EQ(Picture(*view).at(15, 0), black);
-  EXPECT_EQ(Picture(*view).at(15, 12), grey);
+  EXPECT_EQ(Picture(*view).at(15, 16), grey);
   EXPECT_EQ(Picture(*view).at(-25, 5), black) << "a tick";
   // Only the way that is not set has a halo, below the other one.
   EXPECT_EQ(Picture(*view).at(15, -3), paper);
-  EXPECT_EQ(Picture(*view).at(15, 16), white);
+  EXPECT_EQ(Picture(*view).at(15, 19), white);
   points->click(ViewSwitch::StateTag(points, states[1]));
   EXPECT_EQ(point->get_state(), states[1]);
   EXPECT_EQ(Picture(*view).at(15, 0), grey);
-  EXPECT_EQ(Picture(*view).at(15, 12), black);
+  EXPECT_EQ(Picture(*view).at(15, 16), black);
   // States come and go, with their nodes.
   auto& third = point->add_state();
   EXPECT_EQ(points->segments().size(), 3u);
@@ -665,7 +665,7 @@ TEST_F(DiagramTest, tags_are_numbers_painted_over_each_other) {
   };
   EXPECT_EQ(tags.table().size(), 2u) << "nothing else can be clicked";
   EXPECT_EQ(state_at(15, 0), point->states()[0]);
-  EXPECT_EQ(state_at(15, 12), point->states()[1]);
+  EXPECT_EQ(state_at(15, 16), point->states()[1]);
   EXPECT_EQ(state_at(-24, 0), point->states()[0]) << "the way that is set is on top";
   EXPECT_EQ(state_at(0, -50), nullptr);
   EXPECT_EQ(tags.hit(-1, 100), nullptr);

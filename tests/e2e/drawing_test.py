@@ -20,7 +20,7 @@ class Drawing(DrawingTest):
         empty = self.saved()
         self.place('Zone', -150, 0)
         self.place('Point', 50, -60)
-        self.join((-110, 0), (17, -65))
+        self.join((-110, 0), (20, -70))
         self.assertIn('Undo Join “Zone 1”', self.next_steps())
         # Back by one step and on again: what was joined lets go and holds again.
         joined = self.saved()

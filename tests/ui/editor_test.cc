@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtkmm/window.h>
 
+#include "core/global_options.h"
 #include "core/toplevel.h"
 #include "diagram/view_zone.h"
 #include "edit/edit_list.h"
@@ -242,7 +243,7 @@ TEST_F(EditorTest, places_what_is_new_or_takes_it_away_again) {
   press({20, 30});
   release({20, 30});
   EXPECT_EQ(placed, 1);
-  EXPECT_EQ(end(first, "top-left").pos, (Vector{-10, 18}));
+  EXPECT_EQ(end(first, "top-left").pos, (Vector{-10, 20}));
   EXPECT_EQ(canvas.get_selected(), first);
 
   place();
@@ -270,6 +271,73 @@ TEST_F(EditorTest, brings_a_drawing_back_that_was_moved_out_of_sight) {
   EXPECT_EQ(canvas.get_zoom(), 1);
 }
 
+TEST_F(EditorTest, keeps_what_is_dragged_or_placed_on_the_grid_unless_alt_is_held) {
+  auto* a = zone_at({-100, 0});
+  drag({-100, 0}, {-83, 26});
+  EXPECT_EQ(end(a, "left").pos, (Vector{-120, 30})) << "the whole";
+  EXPECT_EQ(end(a, "right").pos, (Vector{-40, 30}));
+  drag({-40, 30}, {-26, 57});
+  EXPECT_EQ(end(a, "right").pos, (Vector{-30, 60})) << "an end";
+  a->make_curved(a->segments()[0]);
+  canvas.update();
+  drag(end(a, "right").left_point(), {-72, 88});
+  EXPECT_LT((end(a, "right").left_point() - Vector{-70, 90}).length(), 0.01) << "a handle";
+  EXPECT_EQ(end(a, "right").left, 50);
+  drag(end(a, "right").left_point(), {-72, 112});
+  EXPECT_EQ(end(a, "right").left, 64.03);
+  drag({-30, 60}, {-16.125, 47.0625}, GDK_MOD1_MASK);
+  EXPECT_EQ(end(a, "right").pos, (Vector{-16.13, 47.06})) << "with Alt";
+
+  auto& options = GlobalOptions::get();
+  for (const auto& [step, place] : {std::pair{20u, Vector{20, -20}}, std::pair{0u, Vector{13, -16}},
+                                    std::pair{10u, Vector{10, -20}}}) {
+    options.set_grid(step);
+    auto& point = make_object(DiagramKind::point);
+    canvas.place(draw_object(DiagramKind::point, point), {});
+    const auto common = Vector{13, -16} + Vector{100.0 / 3, 20.0 / 3};
+    move(common, 0);
+    press(common);
+    release(common);
+    EXPECT_EQ(end(canvas.get_selected(), "common").pos, place) << step;
+    point.destroy();
+  }
+}
+
+TEST_F(EditorTest, aligns_what_is_selected_and_takes_it_back) {
+  auto* a = zone_at({-100, 0});
+  auto* b = zone_at({50, 0});
+  end(b, "left").connect(end(a, "right"));
+  end(a, "left").drag(ViewNode::body, {-138, 14.4});
+  end(a, "right").drag(ViewNode::body, {-53.5, 15.6});
+  b->make_curved(b->segments()[0]);
+  end(b, "right").drag(ViewNode::left_handle, end(b, "right").pos - Vector{40, 3});
+  b->make_straight(b->segments()[0]);
+  b->make_curved(b->segments()[0]);
+  const auto before = layout().serialize();
+  canvas.align();
+  EXPECT_THAT(get_status().raw(), testing::HasSubstr("Nothing is selected"));
+  EditList steps;
+  const auto align = [&](ViewObj* object) {
+    EditJournal::get().begin([&](auto step) { steps.record(std::move(step)); });
+    canvas.select(object);
+    canvas.align();
+    EditJournal::get().end();
+  };
+  align(a);
+  EXPECT_EQ(end(a, "left").pos, (Vector{-140, 10}));
+  EXPECT_EQ(end(a, "right").pos, (Vector{-50, 10})) << "level from its left end";
+  EXPECT_EQ(end(b, "left").pos, (Vector{-50, 10})) << "what is joined goes along";
+  EXPECT_EQ(end(b, "left").dir, (Vector{1, 0}));
+  align(b);
+  EXPECT_EQ(end(b, "right").pos, (Vector{90, 0}));
+  EXPECT_EQ(end(b, "right").dir, (Vector{1, 0})) << "nearly level before";
+  EXPECT_EQ(steps.next_undo()->get_name(), "Align “Zone 2”");
+  const EditJournal::Pause pause;
+  while (steps.undo()) {
+  }
+  EXPECT_EQ(layout().serialize(), before);
+}
+
 TEST_F(EditorTest, does_by_keys_what_the_pointer_does) {
   auto* a = zone_at({-100, 0});
   auto* b = zone_at({50, 40});
@@ -278,13 +346,13 @@ TEST_F(EditorTest, does_by_keys_what_the_pointer_does) {
   EXPECT_EQ(canvas.get_selected(), a);
   key(GDK_KEY_Down);
   key(GDK_KEY_Right, GDK_SHIFT_MASK);
-  EXPECT_EQ(end(a, "left").pos, (Vector{-139, 8}));
-  EXPECT_EQ(end(a, "right").pos, (Vector{-59, 8}));
+  EXPECT_EQ(end(a, "left").pos, (Vector{-139, 10}));
+  EXPECT_EQ(end(a, "right").pos, (Vector{-59, 10}));
   // Stretch, left end, right end; and round.
   for (int i = 0; i < 2; ++i) key(GDK_KEY_space, GDK_SHIFT_MASK);
   key(GDK_KEY_Up);
   EXPECT_EQ(end(a, "left").pos, (Vector{-139, 0}));
-  EXPECT_EQ(end(a, "right").pos, (Vector{-59, 8}));
+  EXPECT_EQ(end(a, "right").pos, (Vector{-59, 10}));
   key(GDK_KEY_space);
   key(GDK_KEY_j);
   ASSERT_NE(end(a, "right").get_link(), nullptr);
@@ -303,7 +371,7 @@ TEST_F(EditorTest, does_by_keys_what_the_pointer_does) {
   const auto from = end(placed, "left").pos;
   key(GDK_KEY_Left);
   key(GDK_KEY_Return);
-  EXPECT_EQ(end(placed, "left").pos, (Vector{from.x - 8, from.y}));
+  EXPECT_EQ(end(placed, "left").pos, (Vector{from.x - 10, from.y}));
   key(GDK_KEY_Delete);
   EXPECT_EQ(view.get_objects().size(), 2u);
 }
