@@ -133,7 +133,7 @@ void EditorView::start_drag(const Vector& pointer, unsigned state) {
   object.drag_start(*tag_, from);
   drag_to(pointer, state);
   set_floating(std::move(moving));
-  aim(pointer, false);
+  aim(pointer, (state & GDK_CONTROL_MASK) != 0);
 }
 
 bool EditorView::on_button_release_event(GdkEventButton* event) {
