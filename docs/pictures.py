@@ -139,7 +139,7 @@ def drawing(folder, program):
     pointer('keydown', 'ctrl')
     pointer('mousemove', x - 110, y)
     pointer('mousedown', 1)
-    for place in ((-90, -10), (0, -50), (17, -65)):
+    for place in ((-90, -10), (0, -50), (20, -70)):
         pointer('mousemove', x + place[0], y + place[1])
     pointer('mouseup', 1)
     pointer('keyup', 'ctrl')

@@ -8,8 +8,8 @@
 namespace zemblar {
 
 /// What the program remembers from one run to the next, apart from layouts: the absolute path of
-/// the layout file that was opened or saved last, empty when there is none; and whether trains go
-/// on when the program is quit.
+/// the layout file that was opened or saved last, empty when there is none; whether trains go on
+/// when the program is quit; and the grid of drawings.
 ///
 /// Kept in `zemblar/options.ini` in the user's configuration directory, as a URI, so that a path
 /// that is no UTF-8 survives. A setting is stored at once; where that fails the status line says
@@ -25,6 +25,12 @@ class GlobalOptions : public Glib::Object {
   [[nodiscard]] bool get_trains_go_on() const { return trains_go_on_; }
   void set_trains_go_on(bool go_on);
   Glib::PropertyProxy<bool> property_trains_go_on() { return {this, "trains-go-on"}; }
+  /// From one line of the grid to the next, in diagram units; 0 for no grid.
+  static constexpr unsigned usual_grid = 10;
+  static constexpr unsigned widest_grid = 1000;
+  [[nodiscard]] unsigned get_grid() const { return grid_; }
+  void set_grid(unsigned step);
+  Glib::PropertyProxy<unsigned> property_grid() { return {this, "grid"}; }
 
  private:
   GlobalOptions();
@@ -33,6 +39,7 @@ class GlobalOptions : public Glib::Object {
 
   std::string layout_;
   bool trains_go_on_ = false;
+  unsigned grid_ = usual_grid;
 };
 
 }  // namespace zemblar

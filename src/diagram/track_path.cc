@@ -23,18 +23,6 @@ Curve curve_to(const PathStep& from, const PathStep& to) {
   return {from.node->pos, from.node->right_point(), to.node->left_point(), to.node->pos};
 }
 
-TrackPlace middle_of_step(const PathStep& from, const PathStep& to) {
-  const auto& a = from.node->pos;
-  const auto& d = to.node->pos;
-  if (to.straight) return {(a + d) * 0.5, normalize(d - a)};
-  const auto curve = curve_to(from, to);
-  const auto pos = a * 0.125 + curve.first * 0.375 + curve.second * 0.375 + d * 0.125;
-  // Along the line between its handles, unless these have passed one another.
-  const auto inner = curve.second - curve.first;
-  const auto tangent = inner + d - a;
-  return {pos, normalize(inner.dot(tangent) > 0 ? inner : tangent)};
-}
-
 }  // namespace
 
 void TrackPaths::add_path(TrackPath path) {
@@ -121,10 +109,37 @@ void draw_travel_arrow(const Cairo::RefPtr<Cairo::Context>& context, const Vecto
   context->fill();
 }
 
+// By de Casteljau's construction with the parameter 0.5.
+HalvedCurve halved(const PathStep& from, const PathStep& to) {
+  const auto curve = curve_to(from, to);
+  const auto before = (curve.start + curve.first * 2 + curve.second) / 4;
+  const auto after = (curve.first + curve.second * 2 + curve.end) / 4;
+  const auto half = (after - before) / 2;
+  // A curve with a cusp in the middle has no direction there.
+  const auto along = half == Vector{} ? curve.end - curve.start : half;
+  return {
+      {before + half, normalize(along)}, from.node->right / 2, half.length(), to.node->left / 2};
+}
+
+TrackPlace middle_of_step(const PathStep& from, const PathStep& to) {
+  if (!to.straight) return halved(from, to).middle;
+  const auto& a = from.node->pos;
+  const auto& b = to.node->pos;
+  return {(a + b) * 0.5, normalize(b - a)};
+}
+
+// The direction of a curve that is a whole track is that of the line between its handles, unless
+// these have passed one another.
 TrackPlace middle_of(const TrackPath& path) {
   const auto steps = path.size() - 1;
   const auto half = steps / 2;
-  if (steps % 2 != 0) return middle_of_step(path[half], path[half + 1]);
+  if (steps % 2 != 0) {
+    const auto middle = middle_of_step(path[half], path[half + 1]);
+    if (steps > 1 || path.back().straight) return middle;
+    const auto curve = curve_to(path.front(), path.back());
+    const auto inner = curve.second - curve.first;
+    return {middle.pos, inner.dot(middle.dir) > 0 ? normalize(inner) : middle.dir};
+  }
   const auto& node = *path[half].node;
   const auto chord = normalize(path[half + 1].node->pos - path[half - 1].node->pos);
   return {node.pos, node.dir == Vector{} ? chord : node.dir};

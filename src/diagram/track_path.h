@@ -58,8 +58,20 @@ struct TrackPlace {
   Vector pos;
   Vector dir;
 };
+/// The middle of one step, with the direction of the track there.
+[[nodiscard]] TrackPlace middle_of_step(const PathStep& from, const PathStep& to);
 /// Half-way along a path by its steps: on the middle step, or at the middle node.
 [[nodiscard]] TrackPlace middle_of(const TrackPath& path);
+
+/// Where a node divides a curve into two that together have its shape, and the lengths of the
+/// handles for that. None is shorter than a handle may be, which only shows on a very small curve.
+struct HalvedCurve {
+  TrackPlace middle;
+  double start_handle;
+  double middle_handle;  ///< to both sides
+  double end_handle;
+};
+[[nodiscard]] HalvedCurve halved(const PathStep& from, const PathStep& to);
 
 /// A rectangle, mostly in device pixels.
 struct PixelBox {
@@ -70,6 +82,8 @@ struct PixelBox {
 
   bool operator==(const PixelBox&) const = default;
   [[nodiscard]] bool empty() const { return right <= left || bottom <= top; }
+  [[nodiscard]] Vector extent() const { return {right - left, bottom - top}; }
+  [[nodiscard]] Vector middle() const { return {(left + right) * 0.5, (top + bottom) * 0.5}; }
   [[nodiscard]] bool meets(const PixelBox& other) const {
     return left < other.right && other.left < right && top < other.bottom && other.top < bottom;
   }

@@ -18,6 +18,14 @@ Vector within_diagram(const Vector& place) {
           std::clamp(place.y, -diagram_limit, diagram_limit)};
 }
 
+Vector on_grid(const Vector& place, double step) {
+  constexpr double parts = 100;
+  const auto nearest = [step](double value) {
+    return step > 0 ? std::round(value / step) * step : std::round(value * parts) / parts;
+  };
+  return {nearest(place.x), nearest(place.y)};
+}
+
 // A direction that was turned round may have a negative zero, which nobody wants to read.
 YAML::Emitter& operator<<(YAML::Emitter& out, const Vector& vector) {
   return out << YAML::Flow << YAML::BeginSeq << shortest_text(vector.x + 0.0)

@@ -39,6 +39,10 @@ struct Vector {
 /// The largest distance from the origin, along each axis.
 inline constexpr double diagram_limit = 500'000;
 
+/// The nearest place on a grid with that step; without a step, the nearest one that is written with
+/// two decimals.
+[[nodiscard]] Vector on_grid(const Vector& place, double step);
+
 /// A flow sequence of two numbers. Reading another count throws YAML::RepresentationException
 /// "Vector requires precisely 2 values"; only finite numbers are read.
 YAML::Emitter& operator<<(YAML::Emitter& out, const Vector& vector);

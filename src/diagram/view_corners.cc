@@ -7,7 +7,7 @@ namespace {
 
 // From the place of a new one to its corners.
 constexpr double half_width = 30.0;
-constexpr double half_height = 12.0;
+constexpr double half_height = 10.0;
 
 }  // namespace
 

@@ -42,7 +42,7 @@ class ViewLabel : public ViewObj {
   Glib::PropertyProxy<int> property_align() { return {this, "align"}; }
 
  protected:
-  void move_by(const Vector& delta) override { pos_ += delta; }
+  void move_by(const Vector& delta) override { pos_ = on_grid(pos_ + delta, 0); }
   [[nodiscard]] Vector get_place() override { return pos_; }
   void draw_plain(const Context& context, bool selected) override;
   void draw_live(const Context& context) override;

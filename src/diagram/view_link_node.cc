@@ -50,6 +50,8 @@ bool ViewLinkNode::can_connect(const ViewLinkNode& other) const {
 void ViewLinkNode::connect(ViewLinkNode& other) {
   if (!can_connect(other)) return;
   join(other);
+  refresh();
+  if (get_object()) get_object()->node_moved(*this);
   // The lock of a node with a neighbour is not its own.
   if (!has_neighbour() && !other.has_neighbour()) locked_ = other.locked_;
 }
@@ -63,7 +65,6 @@ void ViewLinkNode::join(ViewLinkNode& other) {
   other.link_ = this;
   pos = other.pos;
   moved();
-  refresh();
   other.redraw();
 }
 
@@ -91,9 +92,9 @@ bool ViewLinkNode::is_joined() const {
 // --- Direction ---
 
 void ViewLinkNode::refresh() {
-  if (has_neighbour()) {
+  if (is_led()) {
     turn(direction_of_neighbours());
-    if (link_ && !link_->has_neighbour()) link_->take_direction_of_link();
+    if (link_ && !link_->is_led()) link_->take_direction_of_link();
   } else if (link_) {
     take_direction_of_link();
   }
@@ -138,6 +139,7 @@ void ViewLinkNode::drag(Part part, const Vector& position) {
     link_->before_change();
     link_->pos = pos;
     link_->moved();
+    if (link_->get_object()) link_->get_object()->node_moved(*link_);
   }
   link_->refresh();
   refresh();
@@ -182,7 +184,8 @@ void ViewLinkNode::load(const YAML::Node& node) {
       *this));
 }
 
-// Each node has the lock that the file gives it, in whichever order the file joins them.
+// Each node has the lock that the file gives it, in whichever order the file joins them. A node
+// with a lead keeps the direction of the file.
 bool ViewLinkNode::connect_to(int object_index, const std::string& link_name) {
   const auto* view = get_object() ? get_object()->get_view() : nullptr;
   if (!view || object_index < 0) return false;
@@ -190,6 +193,7 @@ bool ViewLinkNode::connect_to(int object_index, const std::string& link_name) {
   auto* other = object ? object->get_link_node(link_name) : nullptr;
   if (!other || !can_connect(*other)) return false;
   join(*other);
+  if (!get_lead()) refresh();
   return true;
 }
 

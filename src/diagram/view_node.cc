@@ -18,6 +18,7 @@ namespace {
 
 constexpr double radius = 4.0;
 constexpr double outline = 1.5;
+static_assert(ViewNode::reach == radius + outline / 2);
 constexpr double grey = 0.75;
 constexpr double half_square = 4.0;
 constexpr double rounding = 1e-9;
@@ -66,12 +67,12 @@ void ViewNode::set_right_node(ViewNode* node) {
 }
 
 Vector ViewNode::direction_of_neighbours() const {
-  if (!has_neighbour()) return {};
+  if (!has_neighbour() && lead_) return normalize(pos - lead_->pos);
   return normalize((right_node_ ? right_node_->pos : pos) - (left_node_ ? left_node_->pos : pos));
 }
 
 void ViewNode::refresh() {
-  if (has_neighbour()) turn(direction_of_neighbours());
+  if (is_led()) turn(direction_of_neighbours());
 }
 
 void ViewNode::turn(const Vector& direction) {
@@ -126,6 +127,7 @@ void ViewNode::drag(Part part, const Vector& position) {
     pos = within_diagram(position);
     moved();
     refresh();
+    if (object_) object_->node_moved(*this);
   } else if (part == left_handle) {
     drag_handle(left, -delta);
   } else {
@@ -212,7 +214,7 @@ std::shared_ptr<const ViewTag> ViewNode::make_tag(Part part) {
 void ViewNode::draw_tag(const Cairo::RefPtr<Cairo::Context>& context, SelectionTable& table) {
   add_tag(context, table, make_tag(body));
   context->begin_new_path();
-  context->arc(pos.x, pos.y, radius + outline / 2, 0, 2 * M_PI);
+  context->arc(pos.x, pos.y, reach, 0, 2 * M_PI);
   context->fill();
 }
 

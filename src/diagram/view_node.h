@@ -35,6 +35,8 @@ class ViewNode : public sigc::trackable {
   };
 
   static constexpr double shortest_handle = 4.0;
+  /// From the node's place to the rim of its disc.
+  static constexpr double reach = 4.75;
 
   ViewNode() = default;
   ViewNode(const ViewNode&) = delete;
@@ -70,6 +72,12 @@ class ViewNode : public sigc::trackable {
   void set_left_node(ViewNode* node);
   void set_right_node(ViewNode* node);
   [[nodiscard]] bool has_neighbour() const { return left_node_ || right_node_; }
+  /// The start of a straight segment that ends here, where the start has another neighbour on that
+  /// side; null for none. It gives the direction, as a neighbour would, when `refresh` is called.
+  void set_lead(const ViewNode* start) { lead_ = start; }
+  [[nodiscard]] const ViewNode* get_lead() const { return lead_; }
+  /// Whether the node's own segments give its direction.
+  [[nodiscard]] bool is_led() const { return has_neighbour() || lead_; }
 
   [[nodiscard]] Vector left_point() const { return pos - dir * left; }
   [[nodiscard]] Vector right_point() const { return pos + dir * right; }
@@ -101,7 +109,7 @@ class ViewNode : public sigc::trackable {
   [[nodiscard]] virtual bool is_joined() const { return false; }
   /// Writes what a class adds to the mapping.
   virtual void save_more(YAML::Emitter& /*out*/) const {}
-  /// The direction that neighbours give; zero without any.
+  /// The direction that neighbours or the lead give; zero without any.
   [[nodiscard]] Vector direction_of_neighbours() const;
   /// The menu item that locks its angle.
   [[nodiscard]] Gtk::MenuItem* make_lock_item();
@@ -114,6 +122,7 @@ class ViewNode : public sigc::trackable {
 
   ViewNode* left_node_ = nullptr;
   ViewNode* right_node_ = nullptr;
+  const ViewNode* lead_ = nullptr;
   ViewObj* object_ = nullptr;
 };
 

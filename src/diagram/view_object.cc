@@ -63,6 +63,12 @@ void ViewObj::drag_right(const Vector& position) {
   changed();
 }
 
+void ViewObj::align(double step) {
+  before_change();
+  move_by(on_grid(anchor(), step) - anchor());
+  changed();
+}
+
 void ViewObj::move_to_top() {
   if (view_) view_->move_to_top(this);
 }

@@ -14,6 +14,7 @@ namespace zemblar {
 
 class View;
 class ViewLinkNode;
+class ViewNode;
 
 /// A diagram object: shows one object of the layout in one view, and outlives neither.
 ///
@@ -44,8 +45,9 @@ class ViewObj : public Glib::Object {
 
   /// The body, above it the links, above them the handles.
   void draw_tags(const Context& context, bool selected, SelectionTable& table);
-  /// Only what a node that is being dragged could be joined to.
-  virtual void draw_link_target_tags(const Context& /*context*/, SelectionTable& /*table*/) {}
+  /// Only the ends that the end that is being dragged could be joined to.
+  virtual void draw_link_target_tags(const Context& /*context*/, SelectionTable& /*table*/,
+                                     const ViewLinkNode& /*dragged*/) {}
   /// Only what can be clicked on the operating display.
   virtual void draw_runtime_tags(const Context& /*context*/, SelectionTable& /*table*/) {}
 
@@ -54,6 +56,10 @@ class ViewObj : public Glib::Object {
   /// A part of it is dragged: from a place, then to others. What is no part drags the whole.
   virtual void drag_start(const ViewTag& tag, const Vector& position);
   virtual void drag_move(const ViewTag& tag, const Vector& position);
+  /// The place that is put on a grid when the whole is moved.
+  [[nodiscard]] virtual Vector anchor() { return get_place(); }
+  /// Puts all its places on a grid, and lays level or upright what nearly is.
+  virtual void align(double step);
   /// It has just been made, and follows the pointer.
   virtual void drag_right(const Vector& position);
   /// Those that have to be drawn with it while it is dragged: what its ends are joined to.
@@ -63,6 +69,8 @@ class ViewObj : public Glib::Object {
   /// Null for a name that no end of its track has.
   [[nodiscard]] virtual ViewLinkNode* get_link_node(const std::string& /*name*/) { return nullptr; }
 
+  /// Somebody has moved one of its nodes.
+  virtual void node_moved(const ViewNode& /*node*/) {}
   /// It is about to leave its view, though somebody may still hold it.
   virtual void on_leaving() {}
 

@@ -10,7 +10,7 @@ namespace {
 
 // From the place of a new one.
 constexpr double half_length = 25.0;
-constexpr double leg_distance = 16.0;
+constexpr double leg_distance = 20.0;
 
 const ViewClass::Registration registration(view_class<ViewPoint>("!view-point"));
 
@@ -43,6 +43,7 @@ ViewPoint::ViewPoint(const YAML::Node& node) : ViewPoint() {
     });
   }
   find_straight_segments();
+  set_leads();
   Layout::get().signal_post_resolve().connect(sigc::track_obj(
       [this] {
         std::erase_if(legs_, [](const auto& leg) { return !leg->state; });
@@ -88,6 +89,29 @@ std::vector<ViewSwitch::Way> ViewPoint::ways() {
   return ways;
 }
 
+// --- Directions ---
+
+void ViewPoint::join_neighbours() {
+  ViewSwitch::join_neighbours();
+  set_leads();
+}
+
+// The first straight way in order has the room.
+void ViewPoint::set_leads() {
+  bool room = true;
+  for (const auto& leg : legs_) {
+    leg->node.set_lead(leg->straight && !room ? &common_ : nullptr);
+    if (leg->straight) room = false;
+  }
+}
+
+void ViewPoint::node_moved(const ViewNode& node) {
+  if (&node != &common_) return;
+  for (const auto& leg : legs_) {
+    if (leg->node.get_lead()) leg->node.refresh();
+  }
+}
+
 // --- States come and go ---
 
 void ViewPoint::attach(Point& point) {
@@ -128,6 +152,7 @@ void ViewPoint::add_state(PointState& state) {
   leg.node.dir = {1, 0};
   set_state(leg, state);
   join_neighbours();
+  leg.node.refresh();
 }
 
 void ViewPoint::remove_state(const zemblar::Object* state) {

@@ -11,7 +11,8 @@ namespace zemblar {
 /// states as they come and go.
 ///
 /// In a layout file: `point`, `common`, and `states`, a mapping from the states' numbers to nodes
-/// in the point's order. A way is straight unless both ends have handles for it.
+/// in the point's order. A way is straight unless both ends have handles for it. The common end has
+/// room for one neighbour; it leads the ends of all further straight ways.
 class ViewPoint : public ViewSwitch {
  public:
   /// A new one round a place.
@@ -20,8 +21,10 @@ class ViewPoint : public ViewSwitch {
 
   void save(YAML::Emitter& out) const override;
   [[nodiscard]] ViewLinkNode* get_link_node(const std::string& name) override;
+  void node_moved(const ViewNode& node) override;
 
  protected:
+  void join_neighbours() override;
   [[nodiscard]] std::vector<ViewLinkNode*> ends() override;
   [[nodiscard]] std::vector<Way> ways() override;
 
@@ -41,6 +44,7 @@ class ViewPoint : public ViewSwitch {
   void remove_state(const zemblar::Object* state);
   void follow_states();
   void sort_legs();
+  void set_leads();
 
   Point* point_ = nullptr;
   ViewLinkNode common_;

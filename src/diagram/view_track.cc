@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <map>
 
 #include "core/i18n.h"
 #include "diagram/diagram_watcher.h"
@@ -84,6 +86,9 @@ void ViewTrack::make_straight(const ViewSegment& segment) {
   if (!uses_handle(segment.start, true)) segment.start->has_right = false;
   if (!uses_handle(segment.end, false)) segment.end->has_left = false;
   join_neighbours();
+  for (auto* end : ends()) {
+    if (end->get_lead()) end->refresh();
+  }
   changed();
 }
 
@@ -172,10 +177,11 @@ void ViewTrack::draw_handle_tags(const Context& context, bool selected, Selectio
   }
 }
 
-void ViewTrack::draw_link_target_tags(const Context& context, SelectionTable& table) {
+// Ends whose blocks are partners already are joined in the picture alone.
+void ViewTrack::draw_link_target_tags(const Context& context, SelectionTable& table,
+                                      const ViewLinkNode& dragged) {
   for (auto* node : ends()) {
-    const auto* link = node->get_block_link();
-    if (!node->get_link() && !(link && link->is_connected())) node->draw_tag(context, table);
+    if (!node->get_link() && dragged.can_connect(*node)) node->draw_tag(context, table);
   }
 }
 
@@ -197,8 +203,46 @@ void ViewTrack::drag_move(const ViewTag& tag, const Vector& position) {
 // Ends that are joined take their partners along.
 void ViewTrack::move_by(const Vector& delta) {
   before_change();
-  for (auto* node : inner_nodes()) node->pos = within_diagram(node->pos + delta);
-  for (auto* node : ends()) node->drag(ViewNode::body, node->pos + delta);
+  const auto moved = [&](const ViewNode& node) { return on_grid(node.pos + delta, 0); };
+  for (auto* node : inner_nodes()) node->pos = within_diagram(moved(*node));
+  for (auto* node : ends()) node->drag(ViewNode::body, moved(*node));
+}
+
+// --- Alignment ---
+
+// A straight segment that crosses less than a step is level, or upright, from its start.
+void ViewTrack::align(double step) {
+  before_change();
+  auto nodes = inner_nodes();
+  for (auto* end : ends()) nodes.push_back(end);
+  std::map<ViewNode*, Vector> places;
+  for (auto* node : nodes) places[node] = on_grid(node->pos, step);
+  for (const auto& segment : segments()) {
+    if (!*segment.straight) continue;
+    const auto across = segment.end->pos - segment.start->pos;
+    const bool level = std::abs(across.x) > std::abs(across.y);
+    if (level && std::abs(across.y) < step) places[segment.end].y = places[segment.start].y;
+    if (!level && std::abs(across.x) < step) places[segment.end].x = places[segment.start].x;
+  }
+  for (auto* node : nodes) node->drag(ViewNode::body, places[node]);
+  for (auto* node : nodes) level_direction(*node);
+  changed();
+}
+
+// By less than some ten degrees. What leads the node leads it on.
+void ViewTrack::level_direction(ViewNode& node) {
+  constexpr double least_cosine = 0.985;
+  if (node.is_led() || node.is_locked()) return;
+  const auto& dir = node.dir;
+  const Vector level{std::copysign(1.0, dir.x), 0};
+  const Vector upright{0, std::copysign(1.0, dir.y)};
+  const auto axis = std::abs(dir.x) > std::abs(dir.y) ? level : upright;
+  if (dir.dot(axis) < least_cosine) return;
+  if (node.has_right) {
+    node.drag(ViewNode::right_handle, node.pos + axis * node.right);
+  } else if (node.has_left) {
+    node.drag(ViewNode::left_handle, node.pos - axis * node.left);
+  }
 }
 
 Vector ViewTrack::get_place() {

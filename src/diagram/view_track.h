@@ -25,13 +25,18 @@ struct ViewSegment {
 class ViewTrack : public ViewObj {
  public:
   [[nodiscard]] PixelBox runtime_box(const Context& context) override;
-  void draw_link_target_tags(const Context& context, SelectionTable& table) override;
+  void draw_link_target_tags(const Context& context, SelectionTable& table,
+                             const ViewLinkNode& dragged) override;
   void drag_move(const ViewTag& tag, const Vector& position) override;
   [[nodiscard]] std::vector<ViewObj*> dependants() override;
+  [[nodiscard]] Vector anchor() override { return ends().front()->pos; }
+  void align(double step) override;
 
   /// Its ends are free; the blocks stay joined.
   void on_leaving() override;
   void draw_glow(const Context& context) override;
+  /// The ends of its track, where it can be joined.
+  [[nodiscard]] virtual std::vector<ViewLinkNode*> ends() = 0;
   /// In an order that stays while no nodes come or go.
   [[nodiscard]] virtual std::vector<ViewSegment> segments() = 0;
   /// "Straight Line": the two nodes become neighbours, where they have room for it.
@@ -40,8 +45,6 @@ class ViewTrack : public ViewObj {
   void make_curved(const ViewSegment& segment);
 
  protected:
-  /// The ends of its track, where it can be joined.
-  [[nodiscard]] virtual std::vector<ViewLinkNode*> ends() = 0;
   [[nodiscard]] virtual std::vector<ViewNode*> inner_nodes() { return {}; }
   /// How its track runs; each from the left, or from the common end.
   [[nodiscard]] virtual std::vector<TrackPath> tracks() = 0;
@@ -75,6 +78,7 @@ class ViewTrack : public ViewObj {
   void reshape_between(const ViewNode* start, const ViewNode* end,
                        void (ViewTrack::*reshape)(const ViewSegment&));
   void part_blocks_at(const ViewNode* node);
+  static void level_direction(ViewNode& node);
   [[nodiscard]] bool uses_handle(const ViewNode* node, bool right);
 };
 

@@ -27,6 +27,21 @@ const BlockLink* heading_in(const Lok& lok, const Block& block) {
   return nullptr;
 }
 
+/// Puts the node in the middle of the segment, and leaves the segment its shape.
+void divide(const ViewSegment& segment, ViewNode& node) {
+  const PathStep from{segment.start};
+  const PathStep to{segment.end, *segment.straight};
+  const auto halves = halved(from, to);
+  const auto middle = middle_of_step(from, to);
+  node.pos = middle.pos;
+  node.dir = middle.dir;
+  if (to.straight) return;
+  node.set_left_handle(halves.middle_handle);
+  node.set_right_handle(halves.middle_handle);
+  segment.start->set_right_handle(halves.start_handle);
+  segment.end->set_left_handle(halves.end_handle);
+}
+
 }  // namespace
 
 ViewZone::ViewZone() {
@@ -95,19 +110,10 @@ void ViewZone::add_node(unsigned segment) {
   before_change();
   const auto divided = segments()[segment];
   const bool straight = *divided.straight;
-  const auto middle = middle_of({{divided.start}, {divided.end, straight}});
   if (divided.start->get_right_node() == divided.end) divided.start->set_right_node(nullptr);
   auto node = std::make_unique<ViewNode>();
   node->set_object(this);
-  node->pos = middle.pos;
-  node->dir = middle.dir;
-  if (!straight) {
-    const double third = (divided.end->pos - divided.start->pos).length() / 6;
-    node->set_left_handle(third);
-    node->set_right_handle(third);
-    divided.start->set_right_handle(divided.start->right / 2);
-    divided.end->set_left_handle(divided.end->left / 2);
-  }
+  divide(divided, *node);
   inner_.insert(inner_.begin() + segment, std::move(node));
   straight_.insert(straight_.begin() + segment, straight);
   join_neighbours();

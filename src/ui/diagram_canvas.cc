@@ -17,6 +17,8 @@ constexpr double most_zoom = 16;
 constexpr double part_of_canvas = 0.96;  // a margin stays
 /// The window system has no larger ones.
 constexpr int largest_pixmap = 32767;
+/// A rail is drawn within its box by as much; in pixels at zoom 1.
+constexpr double slack = 12;
 /// Beyond this many places the whole is drawn at once.
 constexpr std::size_t most_parts = 64;
 
@@ -74,6 +76,7 @@ void DiagramCanvas::on_object_changed(ViewObj& object) {
   context->set_matrix(matrix_);
   auto& box = boxes_[&object];
   const auto former = std::exchange(box, box_of(context, object));
+  if (!(former == box)) look_soon();
   const auto part = former.united(box).cut({0, 0, size().x, size().y}).whole();
   if (part.empty()) return;
   if (stale_.empty() || !(stale_.back() == part)) stale_.push_back(part);
@@ -113,7 +116,14 @@ bool DiagramCanvas::on_expose_event(GdkEventExpose* event) {
   get_window()->draw_drawable(get_style()->get_black_gc(), pixmap(), area.x, area.y, area.x, area.y,
                               area.width, area.height);
   if (!floating_.empty()) draw_floating(*event);
+  const auto former = std::exchange(seen_, visible_box());
+  if (!(seen_ == former)) look_soon();
   return true;
+}
+
+void DiagramCanvas::on_map() {
+  Gtk::DrawingArea::on_map();
+  look_soon();
 }
 
 void DiagramCanvas::on_size_allocate(Gtk::Allocation& allocation) {
@@ -145,6 +155,7 @@ void DiagramCanvas::draw_floating(const GdkEventExpose& event) {
   context->clip();
   context->set_matrix(matrix_);
   for (auto* object : floating_) draw_object(context, *object);
+  draw_over(context);
 }
 
 // --- Painting ---
@@ -168,6 +179,7 @@ void DiagramCanvas::repaint(int width, int height) {
   stale_tags_.clear();
   update_tags_soon();
   dirty_ = false;
+  look_soon();
 }
 
 void DiagramCanvas::paint_background(const Context& context) {
@@ -241,8 +253,7 @@ void DiagramCanvas::update_tags() {
 void DiagramCanvas::paint_tags() {
   tags_.begin(shown_width(), shown_height(), matrix_);
   for (const auto& object : view_.get_objects()) {
-    auto& shown = *object.operator->();
-    if (!floats(shown)) draw_tags(tags_.context(), shown, tags_.table());
+    draw_tags(tags_.context(), *object.operator->(), tags_.table());
   }
   whole_table_ = tags_.table().size();
 }
@@ -258,7 +269,7 @@ void DiagramCanvas::paint_tags_in(const PixelBox& part) {
   context->set_matrix(matrix_);
   for (const auto& object : view_.get_objects()) {
     auto& shown = *object.operator->();
-    if (!floats(shown) && part.meets(boxes_[&shown])) draw_tags(context, shown, tags_.table());
+    if (part.meets(boxes_[&shown])) draw_tags(context, shown, tags_.table());
   }
   context->restore();
   constexpr std::size_t slack = 4096;
@@ -310,6 +321,36 @@ PixelBox DiagramCanvas::drawn_box() {
   return all.value_or(PixelBox{});
 }
 
+// In pixels. A canvas with a large picture is seen in part, as it is scrolled.
+PixelBox DiagramCanvas::visible_box() const {
+  const auto window = const_cast<DiagramCanvas*>(this)->get_window();
+  GdkRectangle seen{};
+  if (window) {
+    auto* region = gdk_drawable_get_visible_region(GDK_DRAWABLE(window->gobj()));
+    gdk_region_get_clipbox(region, &seen);
+    gdk_region_destroy(region);
+  }
+  if (seen.width == 0 || seen.height == 0) return {0, 0, size().x, size().y};
+  return {static_cast<double>(seen.x), static_cast<double>(seen.y),
+          static_cast<double>(seen.x + seen.width), static_cast<double>(seen.y + seen.height)};
+}
+
+void DiagramCanvas::look_soon() {
+  if (look_soon_.connected()) return;
+  look_soon_ = Glib::signal_idle().connect([this] { return look(), false; }, Glib::PRIORITY_LOW);
+}
+
+// Not during a drag, at the end of which everything is drawn anew.
+void DiagramCanvas::look() {
+  if (!floating_.empty() || !get_mapped()) return;
+  const auto box = drawn_box();
+  const auto seen = visible_box();
+  const auto cut = box.cut(seen);
+  const auto beyond = (box.extent() - cut.extent());
+  all_seen_ = box.empty() || (!cut.empty() && beyond.x <= slack && beyond.y <= slack);
+  signal_looked_.emit();
+}
+
 // A canvas that has not been laid out is one pixel large.
 bool DiagramCanvas::has_size() const {
   return get_realized() && get_width() > 1 && get_height() > 1;
@@ -319,29 +360,31 @@ bool DiagramCanvas::has_size() const {
 void DiagramCanvas::show_whole() {
   fit_waits_ = !has_size();
   if (fit_waits_) return;
+  const auto seen = visible_box();
   for (int round = 0; round < 2; ++round) {
     const auto box = drawn_box();
-    const Vector extent{box.right - box.left, box.bottom - box.top};
+    const auto extent = box.extent();
     pan_ = {0, 0};
     if (box.empty()) {
       zoom_ = 1;
     } else {
-      const auto middle = to_view(Vector{box.left, box.top} + extent * 0.5);
-      const double share = std::min(size().x / extent.x, size().y / extent.y) * part_of_canvas;
+      const auto middle = to_view(box.middle());
+      const double share =
+          std::min(seen.extent().x / extent.x, seen.extent().y / extent.y) * part_of_canvas;
       zoom_ = std::clamp(zoom_ * share, least_zoom, 1.0);
       place_view();
-      pan_ = size() * 0.5 - to_canvas(middle);
+      pan_ = seen.middle() - to_canvas(middle);
     }
     invalidate();
   }
 }
 
 void DiagramCanvas::zoom_in() {
-  zoom_about(size() * 0.5, zoom_step, zoom_step - 1);
+  zoom_about(visible_box().middle(), zoom_step, zoom_step - 1);
 }
 
 void DiagramCanvas::zoom_out() {
-  zoom_about(size() * 0.5, 1 / zoom_step, 1 / zoom_step - 1);
+  zoom_about(visible_box().middle(), 1 / zoom_step, 1 / zoom_step - 1);
 }
 
 // --- Input ---

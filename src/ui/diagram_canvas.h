@@ -37,12 +37,17 @@ class DiagramCanvas : public Gtk::DrawingArea {
     return tags_.hit(x, y);
   }
 
-  /// The drawing and the picture as a whole, in the middle; no larger than they are. A canvas
-  /// without a size does it when it has got one.
+  /// The drawing and the picture as a whole, in the middle of what can be seen of the canvas; no
+  /// larger than they are. A canvas without a size does it when it has got one.
   void show_whole();
-  /// By one step of the wheel, about the middle.
+  /// By one step of the wheel, about the middle of what can be seen.
   void zoom_in();
   void zoom_out();
+
+  /// Whether the drawing and the picture were in sight as a whole when that was last looked at.
+  [[nodiscard]] bool is_all_seen() const { return all_seen_; }
+  /// It has been looked at: some time after the picture, or what can be seen of it, has changed.
+  sigc::signal<void>& signal_looked() { return signal_looked_; }
 
   /// Everything has to be drawn anew.
   void invalidate();
@@ -62,10 +67,13 @@ class DiagramCanvas : public Gtk::DrawingArea {
 
   virtual void draw_object(const Context& context, ViewObj& object) = 0;
   virtual void draw_tags(const Context& context, ViewObj& object, SelectionTable& table) = 0;
+  /// On the window, over objects that are being moved.
+  virtual void draw_over(const Context& /*context*/) {}
   [[nodiscard]] virtual PixelBox box_of(const Context& context, ViewObj& object) = 0;
 
   bool on_expose_event(GdkEventExpose* event) override;
   void on_size_allocate(Gtk::Allocation& allocation) override;
+  void on_map() override;
   void on_unrealize() override;
   void on_size_request(Gtk::Requisition* requisition) override;
   bool on_button_press_event(GdkEventButton* event) override;
@@ -79,6 +87,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
   double last_x_ = 0;
   double last_y_ = 0;
 
+  /// The drawing may reach further, or less far.
+  void look_soon();
   /// Objects that are being moved: left out of the kept picture, and drawn over it on the window.
   void set_floating(std::vector<ViewObj*> objects);
 
@@ -91,6 +101,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
   [[nodiscard]] bool has_size() const;
   void place_view();
   [[nodiscard]] PixelBox drawn_box();
+  [[nodiscard]] PixelBox visible_box() const;
+  void look();
 
   void repaint(int width, int height);
   void repaint_parts();
@@ -125,11 +137,15 @@ class DiagramCanvas : public Gtk::DrawingArea {
   std::vector<ViewObj*> floating_;
   ScopedConnection floating_removed_;
   Repaints repaints_;
+  PixelBox seen_;  // at the last expose
+  bool all_seen_ = true;
+  sigc::signal<void> signal_looked_;
   ScopedConnection view_changed_;
   ScopedConnection object_added_;
   ScopedConnection colour_changed_;
   ScopedConnection image_changed_;
   ScopedConnection tags_soon_;
+  ScopedConnection look_soon_;
 };
 
 }  // namespace zemblar

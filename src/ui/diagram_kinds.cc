@@ -74,7 +74,9 @@ ObjectChoices choices_for(DiagramKind kind) {
   const auto& shown = kind_of(kind);
   return {.heading = _(shown.heading),
           .none = {},
-          .how_to_make = _("There is none yet. The tool itself makes a new one."),
+          .how_to_make = kind == DiagramKind::label
+                             ? _("There is no zone yet. Draw one first, with the tool Zone.")
+                             : _("There is none yet. The tool itself makes a new one."),
           .container = [&shown]() -> Object& { return Layout::get().get_toplevel(shown.section); },
           .offers = [&shown](const Object& object) { return shown.shows(object); }};
 }

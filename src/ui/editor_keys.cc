@@ -7,16 +7,12 @@
 #include <cmath>
 #include <optional>
 
-#include "core/i18n.h"
-#include "diagram/view_link_node.h"
-#include "edit/edit_journal.h"
 #include "ui/editor_view.h"
 
 namespace zemblar {
 namespace {
 
-constexpr double coarse = 8;  // diagram units
-constexpr double fine = 1;
+constexpr double fine = 1;  // diagram units
 constexpr double ring = 8;  // pixels
 
 struct Arrow {
@@ -34,6 +30,10 @@ const Arrow* arrow_of(guint key) {
   return found == arrows.end() ? nullptr : found;
 }
 
+bool is_control(guint key) {
+  return key == GDK_KEY_Control_L || key == GDK_KEY_Control_R;
+}
+
 /// Of a node or a handle; nothing for a part without a place of its own.
 std::optional<Vector> place_of(const ViewTag& tag) {
   const auto* part = dynamic_cast<const ViewNode::Tag*>(&tag);
@@ -45,12 +45,13 @@ std::optional<Vector> place_of(const ViewTag& tag) {
 }  // namespace
 
 bool EditorView::on_key_press_event(GdkEventKey* event) {
+  if (is_control(event->keyval)) aim(pointer_, true);
   const bool shift = (event->state & GDK_SHIFT_MASK) != 0;
   const auto modifiers = event->state & gtk_accelerator_get_default_mod_mask();
   const bool plain = (modifiers & ~GDK_SHIFT_MASK) == 0;
   const auto* arrow = plain ? arrow_of(event->keyval) : nullptr;
   if (arrow && (selected_ || placed_)) {
-    nudge(arrow->way * (shift ? fine : coarse));
+    nudge(arrow->way, shift);
     return true;
   }
   if (mode_ == Mode::placing) {
@@ -79,6 +80,7 @@ bool EditorView::on_key_press_event(GdkEventKey* event) {
 }
 
 bool EditorView::on_key_release_event(GdkEventKey* event) {
+  if (is_control(event->keyval)) aim(pointer_, false);
   if (arrow_of(event->keyval)) nudging_.reset();
   return DiagramCanvas::on_key_release_event(event);
 }
@@ -147,37 +149,15 @@ void EditorView::next_part(bool back) {
   invalidate();
 }
 
-// As long as the key is held it is one step.
-void EditorView::nudge(const Vector& delta) {
+// To the next line of the grid, or by one unit. As long as the key is held it is one step.
+void EditorView::nudge(const Vector& way, bool finely) {
   if (!nudging_) nudging_.emplace();
   if (!selected_) return;
   const auto part = current_part();
   if (!part) return;
-  const auto from = place_of(*part).value_or(Vector{});
+  const auto from = place_of(*part).value_or(selected_->anchor());
   selected_->drag_start(*part, from);
-  selected_->drag_move(*part, from + delta);
-}
-
-// The end that is chosen, with the free end of another object that is nearest to it.
-void EditorView::join_nearest() {
-  const auto part = current_part();
-  const auto* end = dynamic_cast<const ViewLinkNode::Tag*>(part.get());
-  if (!end) return;
-  auto& node = dynamic_cast<ViewLinkNode&>(*end->node);
-  ViewLinkNode* nearest = nullptr;
-  for (const auto& object : get_view().get_objects()) {
-    if (object.operator->() == selected_) continue;
-    for (const auto& tag : parts_of(*object.operator->())) {
-      const auto* other = dynamic_cast<const ViewLinkNode::Tag*>(tag.get());
-      auto* met = other ? dynamic_cast<ViewLinkNode*>(other->node) : nullptr;
-      if (!met || !node.can_connect(*met)) continue;
-      const auto distance = [&](const ViewNode& to) { return (to.pos - node.pos).length(); };
-      if (!nearest || distance(*met) < distance(*nearest)) nearest = met;
-    }
-  }
-  if (!nearest) return;
-  EditJournal::get().describe(_("Join “%1”"));
-  node.connect(*nearest);
+  selected_->drag_move(*part, finely ? from + way * fine : next_line(from, way));
 }
 
 }  // namespace zemblar

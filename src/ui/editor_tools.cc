@@ -15,6 +15,7 @@ struct Tool {
   const Gtk::StockID& icon;
   const char* add_new;
   const char* add_existing;
+  bool takes_existing = false;  ///< by a plain click
 };
 
 const Tool tools[] = {
@@ -27,7 +28,7 @@ const Tool tools[] = {
      N_("Add Existing Scissor Point")},
     {DiagramKind::signal, stock::add_signal, N_("Add New Signal"), N_("Add Existing Signal")},
     {DiagramKind::label, stock::add_label, N_("Add Label for New Zone"),
-     N_("Add Label for Existing Zone")},
+     N_("Add Label for Existing Zone"), true},
 };
 
 /// The arrow beside a tool has no text of its own.
@@ -46,8 +47,9 @@ EditorTools::EditorTools(Gtk::Toolbar& toolbar) {
   for (const auto& tool : tools) {
     auto* button = Gtk::manage(new Gtk::MenuToolButton(tool.icon));
     button->set_menu(*make_menu(tool.kind, _(tool.add_new), _(tool.add_existing)));
-    button->set_tooltip_text(_(tool.add_new));
-    button->signal_clicked().connect(sigc::bind(signal_chosen_.make_slot(), tool.kind, false));
+    button->set_tooltip_text(tool.takes_existing ? _(tool.add_existing) : _(tool.add_new));
+    button->signal_clicked().connect(
+        sigc::bind(signal_chosen_.make_slot(), tool.kind, tool.takes_existing));
     // Where the tool bar is too narrow for it.
     button->set_proxy_menu_item(tool.add_new,
                                 *make_item(tool.kind, _(tool.add_new), _(tool.add_existing)));

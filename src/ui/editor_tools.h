@@ -11,8 +11,9 @@ namespace zemblar {
 enum class DiagramKind { point, zone, crossing, scissor, signal, label };
 
 /// The tools that add objects to a view: one button for each kind, with a menu for the choice
-/// between a new object of the layout and one that exists. The button itself adds a new one. The
-/// same choices stand in a menu, for keys.
+/// between a new object of the layout and one that exists. The button itself adds a new one, but
+/// the label of a zone that exists: a new zone would have no track. The same choices stand in a
+/// menu, for keys.
 class EditorTools {
  public:
   explicit EditorTools(Gtk::Toolbar& toolbar);

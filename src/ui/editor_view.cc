@@ -24,6 +24,7 @@ EditorView::EditorView(View& view)
   add_events(Gdk::KEY_PRESS_MASK | Gdk::KEY_RELEASE_MASK);
   signal_popup_menu().connect(sigc::mem_fun(*this, &EditorView::show_part_menu));
   g_signal_connect(gobj(), "grab-broken-event", G_CALLBACK(&EditorView::on_grab_broken), this);
+  object_changed_ = view.signal_changed().connect([this] { look_soon(); });
   object_removed_ =
       view.signal_object_removed().connect(sigc::mem_fun(*this, &EditorView::on_object_removed));
 }
@@ -62,13 +63,12 @@ void EditorView::draw_object(const Context& context, ViewObj& object) {
   if (selected) draw_current_part(context);
 }
 
-// Only what a dragged node could be joined to is to be met.
+// Only what a dragged end could be joined to is to be met. A neighbour that floats with the drag is
+// met as well: its ends that are free stay where they are.
 void EditorView::draw_tags(const Context& context, ViewObj& object, SelectionTable& table) {
-  if (mode_ == Mode::dragging) {
-    object.draw_link_target_tags(context, table);
-  } else {
-    object.draw_tags(context, &object == selected_, table);
-  }
+  if (mode_ != Mode::dragging) return object.draw_tags(context, &object == selected_, table);
+  const auto* end = dragged_end();
+  if (end && end->get_object() != &object) object.draw_link_target_tags(context, table, *end);
 }
 
 // Handles may reach anywhere.
@@ -107,29 +107,33 @@ bool EditorView::on_motion_notify_event(GdkEventMotion* event) {
       if (held && tag_ &&
           drag_check_threshold(static_cast<int>(last_x_), static_cast<int>(last_y_),
                                static_cast<int>(event->x), static_cast<int>(event->y))) {
-        start_drag(pointer);
+        start_drag(pointer, event->state);
       }
       return true;
     case Mode::dragging:
-      if (tag_) tag_->object->drag_move(*tag_, to_view(pointer));
+      drag_to(pointer, event->state);
+      aim(pointer, (event->state & GDK_CONTROL_MASK) != 0);
       return true;
     case Mode::placing:
-      if (placed_) placed_->drag_right(to_view(pointer));
+      place_at(pointer, event->state);
       return true;
     default:
       return DiagramCanvas::on_motion_notify_event(event);
   }
 }
 
-void EditorView::start_drag(const Vector& pointer) {
+void EditorView::start_drag(const Vector& pointer, unsigned state) {
   mode_ = Mode::dragging;
   auto& object = *tag_->object;
   auto moving = object.dependants();
   if (moving.size() > most_dependants) moving.resize(most_dependants);
   moving.push_back(&object);
-  object.drag_start(*tag_, to_view(place_of(last_x_, last_y_)));
-  object.drag_move(*tag_, to_view(pointer));
+  const auto from = to_view(place_of(last_x_, last_y_));
+  grip_ = from - object.anchor();
+  object.drag_start(*tag_, from);
+  drag_to(pointer, state);
   set_floating(std::move(moving));
+  aim(pointer, (state & GDK_CONTROL_MASK) != 0);
 }
 
 bool EditorView::on_button_release_event(GdkEventButton* event) {
@@ -148,24 +152,11 @@ bool EditorView::on_button_release_event(GdkEventButton* event) {
 
 void EditorView::drop(const GdkEventButton& event) {
   if (mode_ == Mode::placing) return end_placing(true);
-  const auto tag = std::exchange(tag_, {});
   const bool dragged = mode_ == Mode::dragging;
-  const auto* node = dynamic_cast<const ViewLinkNode::Tag*>(tag.get());
-  if (dragged && node && (event.state & GDK_CONTROL_MASK) != 0) {
-    join(*node, place_of(event.x, event.y));
-  }
+  if (dragged && (event.state & GDK_CONTROL_MASK) != 0) join_at(place_of(event.x, event.y));
+  tag_.reset();
   if (mode_ == Mode::pressed || mode_ == Mode::dragging) mode_ = Mode::idle;
   if (dragged) set_floating({});
-}
-
-void EditorView::join(const ViewLinkNode::Tag& dragged, const Vector& pointer) {
-  update();
-  const auto met = hit(pointer.x, pointer.y);
-  const auto* target = dynamic_cast<const ViewLinkNode::Tag*>(met.get());
-  if (!target || target->object == dragged.object) return;
-  auto& node = dynamic_cast<ViewLinkNode&>(*dragged.node);
-  EditJournal::get().describe(_("Join “%1”"));
-  node.connect(dynamic_cast<ViewLinkNode&>(*target->node));
 }
 
 // --- Placing what is new ---

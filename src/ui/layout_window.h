@@ -29,6 +29,9 @@ class LayoutWindow : public Gtk::Window {
   /// buttons that are in the tool bar by then no more do.
   void set_content(Gtk::Widget& content, ViewPages& pages);
 
+  /// Under "View".
+  [[nodiscard]] Gtk::Menu& view_menu() { return *view_menu_; }
+
   Gtk::MenuBar menu_bar_;
   Gtk::Toolbar toolbar_;
 

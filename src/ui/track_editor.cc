@@ -15,6 +15,7 @@
 #include "ui/diagram_kinds.h"
 #include "ui/editor_view.h"
 #include "ui/file_menu.h"
+#include "ui/grid_menu.h"
 #include "ui/object_ref.h"
 #include "ui/trains_standing.h"
 
@@ -83,6 +84,7 @@ TrackEditor::TrackEditor()
   sides_.pack2(panel_, false, false);
   sides_.set_position(default_width - panel_width);
   set_content(sides_, pages_);
+  append_grid_menu(view_menu());
   pages_.signal_current_changed().connect(sigc::mem_fun(*this, &TrackEditor::refresh_panel));
   tools_.signal_chosen().connect(sigc::mem_fun(*this, &TrackEditor::use_tool));
   show_all_children();
@@ -102,6 +104,12 @@ void TrackEditor::append_edit_menu() {
   redo_->add_accelerator("activate", keys, GDK_KEY_z, Gdk::CONTROL_MASK | Gdk::SHIFT_MASK,
                          Gtk::ACCEL_VISIBLE);
   redo_->add_accelerator("activate", keys, GDK_KEY_y, Gdk::CONTROL_MASK, Gtk::AccelFlags(0));
+  auto* align = Gtk::manage(new Gtk::MenuItem(_("_Align to Grid"), true));
+  align->signal_activate().connect([this] {
+    if (auto* canvas = current_canvas()) canvas->align();
+  });
+  align->add_accelerator("activate", keys, GDK_KEY_g, Gdk::CONTROL_MASK, Gtk::ACCEL_VISIBLE);
+  menu->append(*align);
   menu->append(*Gtk::manage(new Gtk::SeparatorMenuItem));
   tools_.append_items(*menu);
   history_.signal_changed().connect(sigc::mem_fun(*this, &TrackEditor::refresh_edit_menu));

@@ -41,11 +41,14 @@ ViewPages::ViewPages(MakeCanvas make_canvas, Hidden hidden)
   notebook_.set_border_width(0);
   notebook_.set_scrollable(true);
   notebook_.popup_enable();
-  pack_start(notebook_, Gtk::PACK_EXPAND_WIDGET);
+  stack_.attach(notebook_, 0, 1, 0, 1);
+  stack_.attach(fit_hint_, 0, 1, 0, 1);
+  pack_start(stack_, Gtk::PACK_EXPAND_WIDGET);
   hint_.pack_start(hint_text_, Gtk::PACK_SHRINK);
   pack_start(hint_, Gtk::PACK_EXPAND_PADDING);
   hint_text_.show();
   // Which of the two is seen depends on the views, whoever calls show_all.
+  stack_.set_no_show_all();
   notebook_.set_no_show_all();
   hint_.set_no_show_all();
   page_switched_ =
@@ -59,6 +62,7 @@ ViewPages::ViewPages(MakeCanvas make_canvas, Hidden hidden)
 // The toolkit takes the pages away one by one; nobody wants to hear of it.
 ViewPages::~ViewPages() {
   page_switched_.disconnect();
+  fit_hint_.follow(nullptr);
 }
 
 void ViewPages::attach(Layout& layout, LayoutFollower::Connections& connections) {
@@ -110,6 +114,7 @@ void ViewPages::remove_page(const View& view) {
   // The connections go with the page, one of which may have led here: it stays until the end.
   const auto ended = std::move(*page);
   pages_.erase(page);
+  fit_hint_.follow(nullptr);
   notebook_.remove_page(*canvas);
   refresh_hint();
   announce();
@@ -126,6 +131,7 @@ void ViewPages::show_page(Page& page) {
 void ViewPages::refresh_hint() {
   const bool any =
       std::ranges::any_of(pages_, [](auto& page) { return page->canvas->get_visible(); });
+  stack_.set_visible(any);
   notebook_.set_visible(any);
   hint_.set_visible(!any);
   hint_text_.set_text(pages_.empty() ? _("This layout has no view yet.")
@@ -179,6 +185,7 @@ void ViewPages::append_zoom_items(Gtk::Menu& menu, const Glib::RefPtr<Gtk::Accel
 }
 
 void ViewPages::announce() {
+  fit_hint_.follow(current_canvas());
   signal_current_changed_.emit();
 }
 

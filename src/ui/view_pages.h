@@ -5,12 +5,14 @@
 #include <gtkmm/label.h>
 #include <gtkmm/menu.h>
 #include <gtkmm/notebook.h>
+#include <gtkmm/table.h>
 
 #include <functional>
 #include <memory>
 #include <vector>
 
 #include "diagram/view.h"
+#include "ui/fit_hint.h"
 #include "ui/layout_follower.h"
 
 namespace zemblar {
@@ -66,7 +68,9 @@ class ViewPages : public Gtk::VBox {
 
   MakeCanvas make_canvas_;
   Hidden hidden_;
+  Gtk::Table stack_{1, 1};  // the notebook, and over it the hint
   Gtk::Notebook notebook_;
+  FitHint fit_hint_;
   Gtk::VBox hint_;
   Gtk::Label hint_text_;
   std::vector<std::unique_ptr<Page>> pages_;

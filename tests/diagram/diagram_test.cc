@@ -384,6 +384,66 @@ TEST_F(DiagramTest, nodes_take_their_direction_from_neighbours_and_partners) {
   EXPECT_DOUBLE_EQ(node.left, third);
 }
 
+TEST_F(DiagramTest, every_straight_leg_of_a_point_sets_the_direction_of_its_end) {
+  auto* point = layout().get_points().add(new Point);
+  auto* points = show<ViewPoint>(*point, {0, 0});
+  auto& common = end(*points, "common");
+  auto& leg = end(*points, "state:Curved");
+  const auto along_leg = [&] { return normalize(leg.pos - common.pos); };
+  EXPECT_EQ(leg.dir, along_leg()) << "a new one";
+  leg.drag(ViewNode::body, {30, 70});
+  EXPECT_EQ(leg.dir, along_leg());
+  common.drag(ViewNode::body, {-60, -40});
+  EXPECT_EQ(leg.dir, along_leg());
+  // It leads a bend that is joined to it, and another straight piece does not lead it.
+  auto* bend = show<ViewZone>(*zone("Bend", false), {100, 0});
+  bend->make_curved(bend->segments()[0]);
+  end(*bend, "left").connect(leg);
+  EXPECT_EQ(end(*bend, "left").dir, along_leg());
+  leg.drag(ViewNode::body, {0, 90});
+  EXPECT_EQ(end(*bend, "left").dir, along_leg());
+  leg.get_block_link()->disconnect();
+  end(*show<ViewZone>(*zone("Straight", false), {0, 200}), "left").connect(leg);
+  leg.drag(ViewNode::body, {-30, 90});
+  EXPECT_EQ(leg.dir, along_leg());
+  points->make_curved(points->segments()[0]);
+  points->make_straight(points->segments()[0]);
+  EXPECT_EQ(leg.dir, along_leg()) << "it is the second one again";
+  const auto [first, second] = save_twice();
+  EXPECT_EQ(second, first);
+  EXPECT_EQ(end(shown<ViewPoint>(0), "state:Curved").dir, normalize({30, 130}));
+}
+
+/// A place of a curved segment, by its parameter from 0 to 1.
+Vector place_on(const ViewSegment& segment, double t) {
+  const double s = 1 - t;
+  return segment.start->pos * (s * s * s) + segment.start->right_point() * (3 * s * s * t) +
+         segment.end->left_point() * (3 * s * t * t) + segment.end->pos * (t * t * t);
+}
+
+TEST_F(DiagramTest, a_node_that_is_added_leaves_a_bend_its_shape) {
+  struct Bend {
+    const char* shape;
+    Vector left_handle, right_handle;  // of ends at (-40, 0) and (40, 90)
+  };
+  for (const auto& [shape, left_handle, right_handle] :
+       {Bend{"S", {60, 0}, {-60, 0}}, Bend{"S with long handles", {150, 10}, {-170, 20}},
+        Bend{"C", {30, -80}, {90, 30}}, Bend{"loop", {200, 40}, {160, 60}}}) {
+    auto* a = show<ViewZone>(*zone(shape, false), {0, 0});
+    end(*a, "right").drag(ViewNode::body, {40, 90});
+    a->make_curved(a->segments()[0]);
+    end(*a, "left").drag(ViewNode::right_handle, Vector{-40, 0} + left_handle);
+    end(*a, "right").drag(ViewNode::left_handle, Vector{40, 90} + right_handle);
+    std::vector<Vector> before;
+    for (int i = 0; i <= 40; ++i) before.push_back(place_on(a->segments()[0], i / 40.0));
+    a->add_node(0);
+    for (int i = 0; i <= 40; ++i) {
+      const auto now = place_on(a->segments()[i <= 20 ? 0 : 1], i <= 20 ? i / 20.0 : i / 20.0 - 1);
+      EXPECT_LT((now - before[static_cast<std::size_t>(i)]).length(), 1e-9) << shape << i;
+    }
+  }
+}
+
 // --- The picture ---
 
 /// A picture of the railway as it is now, with the origin in the middle.
@@ -480,21 +540,41 @@ TEST_F(DiagramTest, a_zone_shows_who_is_in_it_and_where_that_is_heading) {
   lok->detected(&zones[0]->right, &zones[0]->left, false);
 }
 
+TEST(TravelArrow, points_along_a_bend_between_nodes) {
+  std::array<ViewNode, 4> nodes;
+  nodes[0].pos = {-90, 0};
+  nodes[1].pos = {-40, 0};
+  nodes[2].pos = {40, 0};
+  nodes[3].pos = {90, 0};
+  // From (-40, 0) over (0, -40) and (0, 40) to (40, 0).
+  nodes[1].dir = normalize({40, -40});
+  nodes[1].right = std::hypot(40, 40);
+  nodes[2].dir = nodes[1].dir;
+  nodes[2].left = nodes[1].right;
+  const auto check = [](const TrackPath& path, const Vector& direction) {
+    const auto middle = middle_of(path);
+    EXPECT_LT(middle.pos.length(), 1e-9);
+    EXPECT_LT((middle.dir - normalize(direction)).length(), 1e-9);
+  };
+  check({{&nodes[0]}, {&nodes[1], true}, {&nodes[2]}, {&nodes[3], true}}, {80, 80});
+  check({{&nodes[1]}, {&nodes[2]}}, {0, 80});  // alone: from handle to handle
+}
+
 TEST_F(DiagramTest, a_point_shows_its_way_on_top_and_is_set_by_a_click) {
   auto* point = layout().get_points().add(new Point);
   auto* points = show<ViewPoint>(*point, {0, 0});
   const auto states = point->states();
-  // Ways: along y = 0, and down to (25, 16); ticks at their ends.
+  // Ways: along y = 0, and down to (25, 20); ticks at their ends.
   EXPECT_EQ(Picture(*view).at(15, 0), black);
-  EXPECT_EQ(Picture(*view).at(15, 12), grey);
+  EXPECT_EQ(Picture(*view).at(15, 16), grey);
   EXPECT_EQ(Picture(*view).at(-25, 5), black) << "a tick";
   // Only the way that is not set has a halo, below the other one.
   EXPECT_EQ(Picture(*view).at(15, -3), paper);
-  EXPECT_EQ(Picture(*view).at(15, 16), white);
+  EXPECT_EQ(Picture(*view).at(15, 19), white);
   points->click(ViewSwitch::StateTag(points, states[1]));
   EXPECT_EQ(point->get_state(), states[1]);
   EXPECT_EQ(Picture(*view).at(15, 0), grey);
-  EXPECT_EQ(Picture(*view).at(15, 12), black);
+  EXPECT_EQ(Picture(*view).at(15, 16), black);
   // States come and go, with their nodes.
   auto& third = point->add_state();
   EXPECT_EQ(points->segments().size(), 3u);
@@ -589,7 +669,7 @@ TEST_F(DiagramTest, tags_are_numbers_painted_over_each_other) {
   };
   EXPECT_EQ(tags.table().size(), 2u) << "nothing else can be clicked";
   EXPECT_EQ(state_at(15, 0), point->states()[0]);
-  EXPECT_EQ(state_at(15, 12), point->states()[1]);
+  EXPECT_EQ(state_at(15, 16), point->states()[1]);
   EXPECT_EQ(state_at(-24, 0), point->states()[0]) << "the way that is set is on top";
   EXPECT_EQ(state_at(0, -50), nullptr);
   EXPECT_EQ(tags.hit(-1, 100), nullptr);

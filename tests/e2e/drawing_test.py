@@ -20,7 +20,7 @@ class Drawing(DrawingTest):
         empty = self.saved()
         self.place('Zone', -150, 0)
         self.place('Point', 50, -60)
-        self.join((-110, 0), (17, -65))
+        self.join((-110, 0), (20, -70))
         self.assertIn('Undo Join “Zone 1”', self.next_steps())
         # Back by one step and on again: what was joined lets go and holds again.
         joined = self.saved()
@@ -48,6 +48,20 @@ class Drawing(DrawingTest):
         self.assertEqual(self.saved(), empty)
         self.redo(steps)
         self.assertEqual(self.saved(), drawn)
+
+    def test_a_ring_of_two_is_closed_and_a_drop_that_joins_nothing_says_why(self):
+        self.start_drawing(ZEMBLAR)
+        for place in ((-100, 0), (60, 100), (150, -100)):
+            self.place('Zone', *place)
+        self.join((-60, 0), (20, 100))
+        self.join((100, 100), (-140, 0))
+        ring = ['[1, left]', '[1, right]', '[0, left]', '[0, right]']
+        for link in ring:
+            self.assertIn('link: ' + link, self.saved())
+        self.join((110, -100), (0, -150))
+        self.program.wait_for_status('no end of another piece is there')
+        self.join((0, -150), (20, 100))
+        self.program.wait_for_status('is joined to “Zone 2” already')
 
     def test_a_tool_looks_as_before_when_it_has_been_used(self):
         self.start_drawing(ZEMBLAR)

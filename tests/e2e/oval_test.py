@@ -36,12 +36,12 @@ class Oval(DrawingTest):
         self.place('Point', 20, 100)
         for x, y in ((-90, 100), (170, 0), (-30, -100), (-200, 0), (150, 160)):
             self.place('Zone', x, y)
-        self.join((-50, 100), (-13, 95))
-        self.join((130, 0), (37, 95))
+        self.join((-50, 100), (-10, 90))
+        self.join((130, 0), (40, 90))
         self.join((210, 0), (10, -100))
         self.join((-160, 0), (-70, -100))
         self.join((-240, 0), (-130, 100))
-        self.join((110, 160), (37, 111))
+        self.join((110, 160), (40, 110))
         for x, y in ((23, -2), (-100, 0)):
             pointer('mousemove', *self.at(x, y))
             pointer('click', 3)

@@ -2,6 +2,8 @@
 
 #include <gdkmm/pixbuf.h>
 #include <gmock/gmock.h>
+#include <gtkmm/adjustment.h>
+#include <gtkmm/scrolledwindow.h>
 #include <gtkmm/window.h>
 
 #include <functional>
@@ -14,6 +16,7 @@
 #include "diagram/view_signal.h"
 #include "diagram/view_zone.h"
 #include "tests/support/small_railway.h"
+#include "tests/ui/pixels.h"
 #include "tests/ui/widget_search.h"
 #include "ui/runtime_view.h"
 #include "ui/view_pages.h"
@@ -25,20 +28,11 @@ constexpr unsigned black = 0;
 /// Black track is darker and grey track is lighter, also where pixels are blended.
 constexpr unsigned dark = 0x60;
 
-/// Row by row.
 std::vector<unsigned> pixels_of(const Glib::RefPtr<Gdk::Pixmap>& pixmap) {
   int width = 0;
   int height = 0;
   pixmap->get_size(width, height);
-  auto* image = gdk_drawable_get_image(GDK_DRAWABLE(pixmap->gobj()), 0, 0, width, height);
-  std::vector<unsigned> pixels;
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x) {
-      pixels.push_back(static_cast<unsigned>(gdk_image_get_pixel(image, x, y)) & 0xFFFFFF);
-    }
-  }
-  g_object_unref(image);
-  return pixels;
+  return test::pixels_of(pixmap, 0, 0, width, height);
 }
 
 /// A zone, a point with a label and a signal over it, and one object of each other kind.
@@ -277,6 +271,68 @@ TEST_F(CanvasTest, a_picture_lies_in_the_middle_and_goes_with_the_rest) {
     }
     EXPECT_EQ(colour_at(on_canvas({90, 86})), 0xffffffu);
   }
+}
+
+TEST_F(CanvasTest, a_plan_that_is_larger_than_its_window_is_shown_whole) {
+  const auto plan = folder.file("plan.png");
+  Gdk::Pixbuf::create(Gdk::COLORSPACE_RGB, false, 8, 1600, 900)->save(plan, "png");
+  view.set_image(plan);
+  window.remove();
+  auto* shown = Gtk::manage(new RuntimeView(view));
+  auto* page = Gtk::manage(scrolled(shown));
+  window.add(*page);
+  window.show_all();
+  window.resize(400, 300);
+  handle_events();
+  auto& frame = dynamic_cast<Gtk::ScrolledWindow&>(*page);
+  frame.get_hadjustment()->set_value(700);
+  frame.get_vadjustment()->set_value(200);
+  handle_events();
+  shown->show_whole();
+  handle_events();
+  for (const auto& corner : {Vector{0, 0}, Vector{1600, 900}}) {
+    int x = 0;
+    int y = 0;
+    const auto place = shown->to_canvas(corner);
+    shown->translate_coordinates(*page, static_cast<int>(place.x), static_cast<int>(place.y), x, y);
+    EXPECT_TRUE(x > 0 && y > 0 && x < page->get_width() && y < page->get_height()) << x << " " << y;
+  }
+}
+
+TEST_F(CanvasTest, a_hint_shows_while_something_is_out_of_sight_and_fits_it) {
+  auto* second = layout().get_views().add(new View);
+  window.remove();
+  ViewPages pages([](View& v) { return scrolled(Gtk::manage(new RuntimeView(v))); },
+                  ViewPages::Hidden::skip);
+  window.add(pages);
+  window.show_all();
+  handle_events();
+  auto& hint = get_widget<Gtk::Button>(pages, "Not All Is in Sight: Fit (Ctrl+0)");
+  EXPECT_FALSE(hint.get_mapped());
+  auto* far = show<ViewZone>(*zone("Far"), {0, 0});
+  handle_events();
+  EXPECT_FALSE(hint.get_mapped());
+  put(*far, "right", {400, 20});
+  handle_events();
+  ASSERT_TRUE(hint.get_mapped());
+  EXPECT_EQ(pages.current_canvas()->get_zoom(), 1) << "nothing is zoomed unasked";
+  hint.clicked();
+  handle_events();
+  EXPECT_FALSE(hint.get_mapped());
+  pages.current_canvas()->zoom_in();
+  pages.current_canvas()->zoom_in();
+  handle_events();
+  EXPECT_TRUE(hint.get_mapped());
+  get_widget<Gtk::Notebook>(pages).set_current_page(1);
+  handle_events();
+  EXPECT_EQ(&pages.current_canvas()->get_view(), second);
+  EXPECT_FALSE(hint.get_mapped()) << "the other page is empty";
+  get_widget<Gtk::Notebook>(pages).set_current_page(0);
+  handle_events();
+  EXPECT_TRUE(hint.get_mapped());
+  view.destroy();
+  handle_events();
+  EXPECT_FALSE(hint.get_mapped());
 }
 
 TEST_F(CanvasTest, a_double_click_acts_once) {

@@ -1,11 +1,15 @@
 // Drawing in the track editor, by events on its canvas.
 
+#include <gmock/gmock.h>
 #include <gtkmm/window.h>
 
+#include "core/global_options.h"
 #include "core/toplevel.h"
 #include "diagram/view_zone.h"
+#include "edit/edit_list.h"
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/other_program.h"
+#include "tests/ui/pixels.h"
 #include "tests/ui/widget_search.h"
 #include "ui/diagram_kinds.h"
 #include "ui/editor_view.h"
@@ -58,10 +62,29 @@ class EditorTest : public LayoutTest {
     release(to, 1, state | GDK_BUTTON1_MASK);
   }
   ViewZone* zone_at(const Vector& place) {
-    auto* object = new ViewZone(*layout().get_blocks().add(new Zone), place);
+    return show<ViewZone>(*layout().get_blocks().add(new Zone), place);
+  }
+  template <typename T>
+  T* show(zemblar::Object& shown, const Vector& place) {
+    auto* object = new T(dynamic_cast<Zone&>(shown), place);
     view.add_object(object);
     canvas.update();
     return object;
+  }
+  bool key(guint value, unsigned state = 0, GdkEventType type = GDK_KEY_PRESS) {
+    auto* event = gdk_event_new(type);
+    event->key.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
+    event->key.keyval = value;
+    event->key.state = state;
+    const bool used = canvas.event(event);
+    gdk_event_free(event);
+    return used;
+  }
+  /// What the window shows in a square round a place of the view.
+  std::vector<unsigned> pixels_round(const Vector& place, int half) {
+    const auto at = canvas.to_canvas(place);
+    return pixels_of(canvas.get_window(), static_cast<int>(at.x) - half,
+                     static_cast<int>(at.y) - half, 2 * half, 2 * half);
   }
   static ViewLinkNode& end(ViewObj* object, const char* name) {
     return *object->get_link_node(name);
@@ -98,15 +121,80 @@ TEST_F(EditorTest, drags_what_is_under_the_pointer_and_joins_with_ctrl) {
   EXPECT_EQ(end(b, "left").get_link()->get_object(), a);
   EXPECT_TRUE(end(b, "left").get_block_link()->is_connected());
   // A second picture of an end is the same end.
-  auto* again = new ViewZone(dynamic_cast<Zone&>(*b->get_object()), {50, 90});
-  view.add_object(again);
-  canvas.update();
+  auto* again = show<ViewZone>(*b->get_object(), {50, 90});
   drag({90, 90}, {90, 0}, GDK_CONTROL_MASK);
   EXPECT_EQ(end(again, "right").get_link(), nullptr);
 
   press({300, 300});
   release({300, 300});
   EXPECT_EQ(canvas.get_selected(), nullptr);
+}
+
+TEST_F(EditorTest, closes_a_ring_and_joins_new_pictures_of_blocks_that_are_partners) {
+  auto* a = zone_at({-100, 0});
+  auto* b = zone_at({50, 100});
+  drag({-60, 0}, {10, 100}, GDK_CONTROL_MASK);
+  drag({90, 100}, {-140, 0}, GDK_CONTROL_MASK);
+  ASSERT_EQ(end(b, "right").get_link(), &end(a, "left")) << "its neighbour floats with the drag";
+  EXPECT_EQ(end(b, "right").get_block_link()->get_partner(), end(a, "left").get_block_link());
+
+  auto* a2 = show<ViewZone>(*a->get_object(), {-100, -90});
+  auto* b2 = show<ViewZone>(*b->get_object(), {80, -60});
+  auto& right = end(a2, "right");
+  EditList steps;
+  EditJournal::get().begin([&](auto step) { steps.record(std::move(step)); });
+  drag({-60, -90}, {40, -60}, GDK_CONTROL_MASK);
+  EditJournal::get().end();
+  EXPECT_EQ(right.get_link(), &end(b2, "left"));
+  EXPECT_EQ(right.get_block_link()->get_partner(), end(b, "left").get_block_link());
+  ASSERT_EQ(steps.next_undo()->get_name(), "Join “Zone 1”");
+  const EditJournal::Pause pause;
+  steps.undo();
+  EXPECT_EQ(end(view.get_objects().at(2).operator->(), "right").get_link(), nullptr);
+  EXPECT_TRUE(end(a, "right").get_block_link()->is_connected()) << "joined in the first picture";
+}
+
+TEST_F(EditorTest, marks_what_a_drop_would_join_and_says_why_it_joins_nothing) {
+  zone_at({-100, 0});
+  zone_at({50, 0});
+  auto* c = zone_at({50, 80});
+  drag({-60, 0}, {10, 0}, GDK_CONTROL_MASK);
+  show<ViewZone>(*c->get_object(), {50, -80});
+  // What the window shows round the free end of the second zone, with the pointer on it.
+  const auto seen = [&](unsigned state) {
+    move({90, 1}, state | GDK_BUTTON1_MASK);
+    canvas.update();
+    handle_events();
+    return pixels_round({90, 0}, 16);
+  };
+  press({90, 80});
+  move({70, 60});
+  const auto plain = seen(0);
+  const auto marked = seen(GDK_CONTROL_MASK);
+  EXPECT_FALSE(marked == plain);
+  EXPECT_TRUE(seen(0) == plain) << "Ctrl is let go";
+  key(GDK_KEY_Control_L);
+  handle_events();
+  EXPECT_TRUE(pixels_round({90, 0}, 16) == marked) << "held again, and the pointer rests";
+  move({90, 80});
+  release({90, 80});
+
+  const struct {
+    Vector from, to;
+    const char* reason;
+  } drops[] = {
+      {{90, 80}, {150, 120}, "no end of another piece"},
+      {{150, 120}, {10, 80}, "both ends belong to “Zone 3”"},
+      {{10, 80}, {10, 0}, "the end of “Zone 1” is joined to “Zone 2” already"},
+      {{10, 0}, {90, -80}, "both are pictures of the same end of “Zone 3”"},
+      {{10, 0}, {10, -80}, "the end of “Zone 2” is joined to “Zone 1” already"},
+      {{-65, -40}, {-65, -30}, "drag an end"},
+  };
+  for (const auto& [from, to, reason] : drops) {
+    clear_status();
+    drag(from, to, GDK_CONTROL_MASK);
+    EXPECT_THAT(get_status().raw(), testing::HasSubstr(reason)) << to.x << " " << to.y;
+  }
 }
 
 TEST_F(EditorTest, placing_goes_on_under_the_wheel_and_ends_when_the_pointer_is_taken_away) {
@@ -155,7 +243,7 @@ TEST_F(EditorTest, places_what_is_new_or_takes_it_away_again) {
   press({20, 30});
   release({20, 30});
   EXPECT_EQ(placed, 1);
-  EXPECT_EQ(end(first, "top-left").pos, (Vector{-10, 18}));
+  EXPECT_EQ(end(first, "top-left").pos, (Vector{-10, 20}));
   EXPECT_EQ(canvas.get_selected(), first);
 
   place();
@@ -183,30 +271,88 @@ TEST_F(EditorTest, brings_a_drawing_back_that_was_moved_out_of_sight) {
   EXPECT_EQ(canvas.get_zoom(), 1);
 }
 
+TEST_F(EditorTest, keeps_what_is_dragged_or_placed_on_the_grid_unless_alt_is_held) {
+  auto* a = zone_at({-100, 0});
+  drag({-100, 0}, {-83, 26});
+  EXPECT_EQ(end(a, "left").pos, (Vector{-120, 30})) << "the whole";
+  EXPECT_EQ(end(a, "right").pos, (Vector{-40, 30}));
+  drag({-40, 30}, {-26, 57});
+  EXPECT_EQ(end(a, "right").pos, (Vector{-30, 60})) << "an end";
+  a->make_curved(a->segments()[0]);
+  canvas.update();
+  drag(end(a, "right").left_point(), {-72, 88});
+  EXPECT_LT((end(a, "right").left_point() - Vector{-70, 90}).length(), 0.01) << "a handle";
+  EXPECT_EQ(end(a, "right").left, 50);
+  drag(end(a, "right").left_point(), {-72, 112});
+  EXPECT_EQ(end(a, "right").left, 64.03);
+  drag({-30, 60}, {-16.125, 47.0625}, GDK_MOD1_MASK);
+  EXPECT_EQ(end(a, "right").pos, (Vector{-16.13, 47.06})) << "with Alt";
+
+  auto& options = GlobalOptions::get();
+  for (const auto& [step, place] : {std::pair{20u, Vector{20, -20}}, std::pair{0u, Vector{13, -16}},
+                                    std::pair{10u, Vector{10, -20}}}) {
+    options.set_grid(step);
+    auto& point = make_object(DiagramKind::point);
+    canvas.place(draw_object(DiagramKind::point, point), {});
+    const auto common = Vector{13, -16} + Vector{100.0 / 3, 20.0 / 3};
+    move(common, 0);
+    press(common);
+    release(common);
+    EXPECT_EQ(end(canvas.get_selected(), "common").pos, place) << step;
+    point.destroy();
+  }
+}
+
+TEST_F(EditorTest, aligns_what_is_selected_and_takes_it_back) {
+  auto* a = zone_at({-100, 0});
+  auto* b = zone_at({50, 0});
+  end(b, "left").connect(end(a, "right"));
+  end(a, "left").drag(ViewNode::body, {-138, 14.4});
+  end(a, "right").drag(ViewNode::body, {-53.5, 15.6});
+  b->make_curved(b->segments()[0]);
+  end(b, "right").drag(ViewNode::left_handle, end(b, "right").pos - Vector{40, 3});
+  b->make_straight(b->segments()[0]);
+  b->make_curved(b->segments()[0]);
+  const auto before = layout().serialize();
+  canvas.align();
+  EXPECT_THAT(get_status().raw(), testing::HasSubstr("Nothing is selected"));
+  EditList steps;
+  const auto align = [&](ViewObj* object) {
+    EditJournal::get().begin([&](auto step) { steps.record(std::move(step)); });
+    canvas.select(object);
+    canvas.align();
+    EditJournal::get().end();
+  };
+  align(a);
+  EXPECT_EQ(end(a, "left").pos, (Vector{-140, 10}));
+  EXPECT_EQ(end(a, "right").pos, (Vector{-50, 10})) << "level from its left end";
+  EXPECT_EQ(end(b, "left").pos, (Vector{-50, 10})) << "what is joined goes along";
+  EXPECT_EQ(end(b, "left").dir, (Vector{1, 0}));
+  align(b);
+  EXPECT_EQ(end(b, "right").pos, (Vector{90, 0}));
+  EXPECT_EQ(end(b, "right").dir, (Vector{1, 0})) << "nearly level before";
+  EXPECT_EQ(steps.next_undo()->get_name(), "Align “Zone 2”");
+  const EditJournal::Pause pause;
+  while (steps.undo()) {
+  }
+  EXPECT_EQ(layout().serialize(), before);
+}
+
 TEST_F(EditorTest, does_by_keys_what_the_pointer_does) {
   auto* a = zone_at({-100, 0});
   auto* b = zone_at({50, 40});
-  const auto key = [&](guint value, unsigned state = 0, GdkEventType type = GDK_KEY_PRESS) {
-    auto* event = gdk_event_new(type);
-    event->key.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
-    event->key.keyval = value;
-    event->key.state = state;
-    const bool used = canvas.event(event);
-    gdk_event_free(event);
-    return used;
-  };
   EXPECT_FALSE(key(GDK_KEY_Left)) << "nothing is selected";
   EXPECT_TRUE(key(GDK_KEY_Tab));
   EXPECT_EQ(canvas.get_selected(), a);
   key(GDK_KEY_Down);
   key(GDK_KEY_Right, GDK_SHIFT_MASK);
-  EXPECT_EQ(end(a, "left").pos, (Vector{-139, 8}));
-  EXPECT_EQ(end(a, "right").pos, (Vector{-59, 8}));
+  EXPECT_EQ(end(a, "left").pos, (Vector{-139, 10}));
+  EXPECT_EQ(end(a, "right").pos, (Vector{-59, 10}));
   // Stretch, left end, right end; and round.
   for (int i = 0; i < 2; ++i) key(GDK_KEY_space, GDK_SHIFT_MASK);
   key(GDK_KEY_Up);
   EXPECT_EQ(end(a, "left").pos, (Vector{-139, 0}));
-  EXPECT_EQ(end(a, "right").pos, (Vector{-59, 8}));
+  EXPECT_EQ(end(a, "right").pos, (Vector{-59, 10}));
   key(GDK_KEY_space);
   key(GDK_KEY_j);
   ASSERT_NE(end(a, "right").get_link(), nullptr);
@@ -225,7 +371,7 @@ TEST_F(EditorTest, does_by_keys_what_the_pointer_does) {
   const auto from = end(placed, "left").pos;
   key(GDK_KEY_Left);
   key(GDK_KEY_Return);
-  EXPECT_EQ(end(placed, "left").pos, (Vector{from.x - 8, from.y}));
+  EXPECT_EQ(end(placed, "left").pos, (Vector{from.x - 10, from.y}));
   key(GDK_KEY_Delete);
   EXPECT_EQ(view.get_objects().size(), 2u);
 }

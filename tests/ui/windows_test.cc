@@ -24,6 +24,7 @@
 #include "ui/panel_view.h"
 #include "ui/power_buttons.h"
 #include "ui/runtime_view.h"
+#include "ui/stock.h"
 #include "ui/track_editor.h"
 #include "ui/track_view.h"
 #include "ui/view_pages.h"
@@ -405,6 +406,32 @@ TEST(MainWindows, have_the_focus_on_the_drawing_and_never_on_a_tool) {
     window->hide();
     handle_events();
   }
+}
+
+TEST(TrackEditor, makes_what_a_tool_shows_and_for_a_label_no_zone_of_its_own) {
+  auto& layout = fresh_layout();
+  TrackEditor::open();
+  handle_events();
+  TrackEditor* editor = nullptr;
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    if (auto* one = dynamic_cast<TrackEditor*>(window)) editor = one;
+  }
+  ASSERT_TRUE(editor);
+  auto& blocks = layout.get_blocks();
+  const auto click = [editor](const Gtk::StockID& tool) {
+    for (auto* child : test::get_widget<Gtk::Toolbar>(*editor).get_children()) {
+      auto* button = dynamic_cast<Gtk::ToolButton*>(child);
+      if (!button || button->get_stock_id() != tool.get_string()) continue;
+      g_signal_emit_by_name(button->gobj(), "clicked");
+    }
+    handle_events();
+  };
+  click(stock::add_label);
+  EXPECT_TRUE(blocks.empty());
+  click(stock::add_zone);
+  EXPECT_EQ(blocks.child_count(), 1u);
+  editor->hide();
+  handle_events();
 }
 
 TEST(PowerButtons, are_sensitive_while_a_device_in_service_can_switch_track_power) {
