@@ -7,6 +7,8 @@
 #include <gtkmm/separatormenuitem.h>
 #include <gtkmm/stock.h>
 
+#include <utility>
+
 #include "core/i18n.h"
 #include "core/property.h"
 #include "core/status.h"
@@ -376,7 +378,20 @@ void ObjectList::move_selected(bool down) {
   put(*object, *parent, static_cast<unsigned>(other->get_position()));
 }
 
+bool ObjectList::on_drag_drop(const Glib::RefPtr<Gdk::DragContext>& context, int x, int y,
+                              guint time) {
+  Gtk::TreePath path;
+  Gtk::TreeViewDropPosition where{};
+  get_drag_dest_row(path, where);
+  const bool on_row =
+      where == Gtk::TREE_VIEW_DROP_INTO_OR_BEFORE || where == Gtk::TREE_VIEW_DROP_INTO_OR_AFTER;
+  dropped_on_ = !path.empty() && on_row ? rows_->object_at(path) : nullptr;
+  return Gtk::TreeView::on_drag_drop(context, x, y, time);
+}
+
+// The toolkit takes a drop on a container for one before its first child.
 void ObjectList::drop(Object& object, Object& parent, const Object* next) {
+  if (std::exchange(dropped_on_, nullptr) == &parent) next = nullptr;
   if (next == &object) return;
   auto place = next ? static_cast<unsigned>(next->get_position()) : parent.child_count();
   const bool from_before =

@@ -50,6 +50,8 @@ class ObjectList : public Gtk::TreeView {
 
   bool on_key_press_event(GdkEventKey* event) override;
   bool on_button_press_event(GdkEventButton* event) override;
+  bool on_drag_drop(const Glib::RefPtr<Gdk::DragContext>& context, int x, int y,
+                    guint time) override;
   void pop_up(unsigned button, guint32 time);
   void announce();
   void start_rename();
@@ -73,6 +75,7 @@ class ObjectList : public Gtk::TreeView {
   Gtk::MenuItem* up_item_ = nullptr;
   Gtk::MenuItem* down_item_ = nullptr;
   Gtk::MenuItem* move_item_ = nullptr;
+  const Object* dropped_on_ = nullptr;  // only compared; null between two rows
   Glib::ustring filter_;
   bool refilling_ = false;  // what is selected is not to be told
   Object* announced_ = nullptr;
