@@ -8,6 +8,7 @@
 #include "core/i18n.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
+#include "ui/renaming.h"
 
 namespace zemblar {
 namespace {
@@ -117,7 +118,7 @@ void FunctionList::on_name_edited(const Glib::ustring& path, const Glib::ustring
   const auto row = model_->get_iter(path);
   if (!row) return;
   Function* function = (*row)[columns_.function];
-  function->set_name(text);
+  rename_by_hand(*function, text);
 }
 
 Gtk::TreeModel::iterator FunctionList::find(const zemblar::Object* function) {

@@ -17,6 +17,7 @@
 #include "ui/file_menu.h"
 #include "ui/object_ref.h"
 #include "ui/popup.h"
+#include "ui/renaming.h"
 #include "ui/trains_standing.h"
 
 namespace zemblar {
@@ -303,11 +304,7 @@ void ObjectList::rename(const Glib::ustring& path, const Glib::ustring& text) {
   name_cell_.property_editable() = false;
   const auto row = rows_->get_iter(path);
   Object* object = row ? (*row)[ObjectRows::columns().object] : static_cast<Object*>(nullptr);
-  if (!object || text.raw() == object->get_name().raw()) return;
-  object->set_name(text);
-  if (object->get_name().raw() == text.raw() || text.empty()) return;
-  set_status(
-      Glib::ustring::compose(_("“%1” is taken: “%2” keeps its name."), text, object->get_name()));
+  if (object) rename_by_hand(*object, text);
 }
 
 // The one below, else the one above, else what it stands in; of those that are seen.

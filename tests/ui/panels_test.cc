@@ -222,6 +222,9 @@ TEST_F(PanelTest, functions_are_listed_numbered_and_deleted) {
   EXPECT_EQ(list.list().get_model()->children().size(), 2U);
   list.new_button().clicked();
   EXPECT_EQ(number(2), 1U);
+  const std::vector<Gtk::CellRenderer*> cells = list.list().get_column(1)->get_cell_renderers();
+  g_signal_emit_by_name(cells.front()->gobj(), "edited", "0", "Function 3");
+  EXPECT_EQ(get_status(), "“Function 3” is taken: “Function 1” keeps its name.");
 }
 
 TEST_F(PanelTest, a_name_of_a_function_is_offered_as_long_as_another_function_has_it) {

@@ -241,6 +241,11 @@ TEST(ObjectList, renames_by_every_letter_and_says_of_an_input_why_it_does_not) {
   // What is typed collates like the name that it has.
   g_signal_emit_by_name(cells.back()->gobj(), "edited", path.to_string().c_str(), "Lok ²");
   EXPECT_EQ(lok->get_name().raw(), "Lok ²");
+  layout.get_loks().add(new Lok)->set_name("Taken");
+  g_signal_emit_by_name(cells.back()->gobj(), "edited", path.to_string().c_str(), "Taken");
+  EXPECT_EQ(get_status(), "“Taken” is taken: “Lok ²” keeps its name.");
+  g_signal_emit_by_name(cells.back()->gobj(), "edited", path.to_string().c_str(), "Free");
+  EXPECT_EQ(get_status(), "") << "what it told of is over";
 
   const auto node = YAML::Load("{serial-nr: x, inputs: [{}]}");
   auto* reader = layout.get_devices().add(new DeviceTessaraRailComReader(node));
