@@ -41,6 +41,11 @@ void ObjectButton::set_object(Object* object) {
   notify_property(*this, "object");
 }
 
+void ObjectButton::set_choices(ObjectChoices choices) {
+  choices_ = std::move(choices);
+  show_name();
+}
+
 void ObjectButton::emphasize() {
   auto bold = Pango::Attribute::create_attr_weight(Pango::WEIGHT_BOLD);
   Pango::AttrList attributes;

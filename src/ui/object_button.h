@@ -27,6 +27,8 @@ class ObjectButton : public Gtk::Button {
   void set_object(Object* object);
   Glib::PropertyProxy<Object*> property_object() { return {this, "object"}; }
 
+  /// From now on other objects are offered; the chosen one stays.
+  void set_choices(ObjectChoices choices);
   /// Shows the name in bold letters.
   void emphasize();
   /// A new menu of what can be chosen now.

@@ -10,13 +10,10 @@ using Type = PointOutput::Type;
 
 constexpr int type_count = 4;
 
-/// Those that can do what the output's type asks for at the time.
-ObjectChoices devices_for(const Glib::RefPtr<PointOutput>& output) {
-  auto choices = driver_choices("");
-  choices.offers = [output](const zemblar::Object& object) {
-    const auto* device = dynamic_cast<const Device*>(&object);
-    return device && device->supports(required_feature(output->get_type())) > 0;
-  };
+/// Those that can do what the type asks for.
+ObjectChoices devices_for(Type type) {
+  auto choices = driver_choices(required_feature(type));
+  if (type == Type::Servo) choices.how_to_make = _("No device of this program moves servos yet");
   return choices;
 }
 
@@ -47,7 +44,10 @@ Glib::ustring output_text(const PointOutput& output) {
 
 PointOutputProperties::PointOutputProperties(const Glib::RefPtr<PointOutput>& output,
                                              const Glib::ustring& heading, const Labels& labels)
-    : Form(labels), output_(output), device_(devices_for(output)), long_(_("Lo_ng"), true) {
+    : Form(labels),
+      output_(output),
+      device_(devices_for(output->get_type())),
+      long_(_("Lo_ng"), true) {
   set_border_width(0);
   for (int i = 0; i < type_count; ++i) type_.append(display_name(static_cast<Type>(i)));
   set_up(number_, Type::Basic);
@@ -104,6 +104,7 @@ void PointOutputProperties::follow() {
   const Following scope(following_);
   const auto type = output_->get_type();
   type_.set_active(static_cast<int>(type));
+  device_.set_choices(devices_for(type));
   device_.set_object(output_->get_device());
   follow_address();
   show_value(type == Type::Function ? function_ : number_, output_->get_output());

@@ -167,6 +167,9 @@ TEST_F(TrackPanelTest, an_output_shows_the_rows_of_its_type_and_offers_devices_f
   EXPECT_EQ(output->get_address(), Address(Address::Kind::accessory, 512));
   type.set_active_text("Servo");
   EXPECT_EQ(output->get_type(), Type::Servo);
+  EXPECT_EQ(texts(*device.make_menu()),
+            (Log{"(Default)", "", "Devices", "No device of this program moves servos yet"}))
+      << "a station is there";
   EXPECT_FALSE(address.get_parent()->get_parent()->get_visible());
 }
 
