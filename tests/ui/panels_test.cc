@@ -286,6 +286,31 @@ TEST_F(PanelTest, a_function_follows_the_decoders_of_its_locomotive) {
   EXPECT_EQ(function->get_decoder(), 0U);
   lok->add_decoder();
   EXPECT_EQ(function->get_decoder(), 0U);
+  auto& shown = dynamic_cast<FunctionProperties&>(*panel).decoder();
+  decoder_of(*lok).set_address(Address(47));
+  EXPECT_EQ(shown.get_active_text(), "Decoder 1 (address 47)");
+}
+
+TEST_F(PanelTest, a_picture_is_looked_for_where_the_layout_is) {
+  const auto path = folder.file("layout.zblt");
+  folder.write("layout.zblt", layout().serialize());
+  ASSERT_TRUE(Layout::open(path));
+  Gtk::Window window;
+  ImageButton button("Picture");
+  window.add(button);
+  window.show_all();
+  button.choose_button().clicked();
+  const std::vector<Gtk::Window*> windows = Gtk::Window::list_toplevels();
+  const auto chooser = std::ranges::find_if(
+      windows, [](auto* one) { return dynamic_cast<Gtk::FileChooser*>(one) != nullptr; });
+  ASSERT_NE(chooser, windows.end());
+  auto& dialog = dynamic_cast<Gtk::FileChooser&>(**chooser);
+  const auto wanted = Glib::path_get_dirname(path);
+  for (int turn = 0; turn < 200 && dialog.get_current_folder() != wanted; ++turn) {
+    Gtk::Main::iteration(false);
+    g_usleep(5000);
+  }
+  EXPECT_EQ(dialog.get_current_folder(), wanted);
 }
 
 TEST_F(PanelTest, a_panel_may_outlive_its_object) {
