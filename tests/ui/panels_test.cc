@@ -1,5 +1,6 @@
 #include <gtkmm/checkbutton.h>
 #include <gtkmm/comboboxtext.h>
+#include <gtkmm/filechooser.h>
 #include <gtkmm/progressbar.h>
 
 #include <memory>
@@ -26,6 +27,7 @@
 #include "ui/function_list.h"
 #include "ui/function_properties.h"
 #include "ui/host_entry.h"
+#include "ui/image_button.h"
 #include "ui/layout_dialogs.h"
 #include "ui/lok_attribute_list.h"
 
