@@ -38,7 +38,7 @@ void DecoderForm::add_rows(const Glib::ustring& heading) {
   add_row(_("_Speed:"), ratio_, _("× wanted speed"));
   add_field(reverse_);
   long_.set_tooltip_text(_("A long address below 128 differs from the short one of that number"));
-  device_.set_tooltip_text(
+  device_.explain(
       _("What drives this decoder. (Default) is all command stations that "
         "are marked for default use"));
   ratio_.set_tooltip_text(_("Makes locomotives that are coupled together run equally fast"));

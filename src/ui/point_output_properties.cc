@@ -67,7 +67,7 @@ void PointOutputProperties::add_rows(const Glib::ustring& heading) {
   type_.set_tooltip_text(
       _("A basic accessory has two coils or positions, an extended one shows one of 64 aspects, a "
         "locomotive function is on or off. Servos are not commanded yet"));
-  device_.set_tooltip_text(
+  device_.explain(
       _("What sends the command. (Default) is all command stations that are marked for default "
         "use"));
   long_.set_tooltip_text(_("A long address below 128 differs from the short one of that number"));

@@ -1,3 +1,4 @@
+#include <gtkmm/checkmenuitem.h>
 #include <gtkmm/entry.h>
 #include <gtkmm/menuitem.h>
 #include <gtkmm/treeview.h>
@@ -465,6 +466,7 @@ TEST_F(ThrottleTest, the_red_needle_turns_about_the_middle_of_the_dial) {
   }
 }
 
+/// A "!" behind what cannot be chosen, a "*" behind what has a mark.
 std::string menu_text(Gtk::Menu& menu) {
   std::string text;
   for (auto* child : menu.get_children()) {
@@ -472,6 +474,8 @@ std::string menu_text(Gtk::Menu& menu) {
     if (!item || item->get_label().empty()) continue;
     text += (text.empty() ? "" : ", ") + item->get_label().raw();
     if (!item->get_sensitive()) text += "!";
+    const auto* marked = dynamic_cast<Gtk::CheckMenuItem*>(child);
+    if (marked && marked->get_active()) text += "*";
     if (auto* submenu = item->get_submenu()) text += " [" + menu_text(*submenu) + "]";
   }
   return text;
@@ -479,7 +483,8 @@ std::string menu_text(Gtk::Menu& menu) {
 
 TEST_F(ThrottleTest, the_selector_offers_all_locomotives_with_groups_as_submenus) {
   ObjectButton button(lok_choices());
-  EXPECT_EQ(menu_text(*button.make_menu()).rfind("(None), Locomotives!, No locomotive yet", 0), 0U);
+  EXPECT_EQ(menu_text(*button.make_menu()).rfind("(None)*, Locomotives!, No locomotive yet", 0),
+            0U);
   auto* express = add_lok("Express");
   auto* depot = layout().get_loks().add(new LokGroup);
   depot->set_name("Depot");
@@ -487,8 +492,15 @@ TEST_F(ThrottleTest, the_selector_offers_all_locomotives_with_groups_as_submenus
   auto* steam = depot->add(new LokGroup);
   steam->set_name("Steam");
   steam->add(new Lok)->set_name("Old_One");
+  EXPECT_EQ(button.get_tooltip_text(), "");
+  button.explain("Who drives");
+  button.set_object(steam->child_at(0));
+  EXPECT_EQ(menu_text(*button.make_menu()),
+            "(None), Locomotives!, Express, Depot* [Steam* [Old_One*]]");
+  EXPECT_EQ(button.get_tooltip_text(), "Depot › Steam › Old_One\nWho drives");
+  button.set_object(nullptr);
   const auto menu = button.make_menu();
-  EXPECT_EQ(menu_text(*menu), "(None), Locomotives!, Express, Depot [Steam [Old_One]]");
+  EXPECT_EQ(menu_text(*menu), "(None)*, Locomotives!, Express, Depot [Steam [Old_One]]");
 
   auto* item = dynamic_cast<Gtk::MenuItem*>(std::vector<Gtk::Widget*>(menu->get_children()).at(3));
   item->activate();
