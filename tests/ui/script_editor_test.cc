@@ -245,6 +245,24 @@ TEST_F(Editor, writes_a_script_by_keys_alone) {
   EXPECT_EQ(window.rows()[2], "Set Local Speed to 40%");
 }
 
+TEST_F(Editor, keeps_the_entry_in_sight_that_adds_the_next_line) {
+  for (int i = 0; i < 30; ++i) add_wait(1);
+  Window window(script);
+  window.press({GDK_End, GDK_Return});
+  for (int added = 0; added < 4; ++added) {
+    choose("Wait");
+    const auto last = window.rows().size() - 1;
+    EXPECT_EQ(window.rows().at(last), "Add Command…");
+    Gdk::Rectangle row;
+    Gdk::Rectangle visible;
+    window.list().get_background_area(Gtk::TreePath(std::to_string(last)),
+                                      *window.list().get_column(0), row);
+    window.list().get_visible_rect(visible);
+    EXPECT_LE(row.get_y() + row.get_height(), visible.get_height());
+    window.press({GDK_Down, GDK_Return});
+  }
+}
+
 TEST_F(Editor, takes_a_click_on_a_word_for_that_word) {
   add_occupied();
   add_occupied().set_or_flag(true);
