@@ -1,6 +1,7 @@
 #include "ui/point_output_properties.h"
 
 #include "core/i18n.h"
+#include "track/address_users.h"
 #include "ui/following.h"
 
 namespace zemblar {
@@ -62,6 +63,12 @@ void PointOutputProperties::add_rows(const Glib::ustring& heading) {
   add_row(_("T_ype:"), type_);
   add_row(_("_Device:"), device_);
   add_row(_("Addr_ess:"), address_, long_);
+  note_ = std::make_unique<AddressNote>(
+      *this,
+      AddressNote::Source{
+          .address = [this] { return output_->get_address(); },
+          .others = [this] { return others_at(*output_.operator->()); },
+          .take_next_free = [this] { address_.set_address(next_free(*output_.operator->())); }});
   add_row(_("O_utput:"), number_, _("(1 to 4)"));
   add_row(_("_Function:"), function_, _("(0 to 28)"));
   type_.set_tooltip_text(
@@ -110,6 +117,7 @@ void PointOutputProperties::follow() {
   show_value(type == Type::Function ? function_ : number_, output_->get_output());
   show_row(number_, type == Type::Basic);
   show_row(function_, type == Type::Function);
+  note_->refresh();
 }
 
 void PointOutputProperties::follow_address() {

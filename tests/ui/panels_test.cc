@@ -21,6 +21,7 @@
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/widget_search.h"
 #include "ui/addr_spin.h"
+#include "ui/address_note.h"
 #include "ui/decoder_form.h"
 #include "ui/device_toplevel_properties.h"
 #include "ui/form.h"
@@ -150,6 +151,40 @@ TEST_F(PanelTest, the_long_mark_and_the_address_of_a_decoder_go_together) {
   decoder_of(*lok).set_address(Address(3, true));
   EXPECT_TRUE(is_long.get_active());
   EXPECT_EQ(spin.get_value(), 3);
+}
+
+TEST_F(PanelTest, an_address_says_which_other_locomotive_has_it_and_offers_the_next_free_one) {
+  auto* station = layout().get_devices().add(new ECoS);
+  auto* other = layout().get_devices().add(new ECoS);
+  const auto panel = panel_of(*lok);
+  auto& form = get_widget<DecoderForm>(*panel);
+  auto& note = get_widget<AddressNote>(form);
+  const auto told = [&note] {
+    layout().signal_pulse().emit();
+    return note.get_parent()->get_visible() ? get_widget<Gtk::Label>(note).get_text().raw() : "";
+  };
+  EXPECT_EQ(decoder_of(*lok).get_address(), Address(3));
+  EXPECT_EQ(told(), "");
+  lok->add_decoder();
+  EXPECT_EQ(told(), "") << "two decoders of one locomotive";
+  auto* second = layout().get_loks().add(new Lok);
+  auto* group = layout().get_loks().add(new LokGroup);
+  second->set_name("Second");
+  EXPECT_EQ(told(), "Address 3 is also Second's");
+  auto* third = group->add(new Lok);
+  EXPECT_EQ(told(), "Address 3 is also Second's, and that of 1 more");
+  decoder_of(*third).set_address(Address(4));
+  decoder_of(*second).set_device(station);
+  EXPECT_EQ(told(), "Address 3 is also Second's");
+  decoder_of(*lok).set_device(other);
+  EXPECT_EQ(told(), "") << "of another station";
+  decoder_of(*lok).set_device(static_cast<Device*>(nullptr));
+  get_widget<Gtk::Button>(note).clicked();
+  EXPECT_EQ(decoder_of(*lok).get_address(), Address(5));
+  EXPECT_EQ(told(), "");
+  decoder_of(*lok).set_address(Address(Address::max_long));
+  get_widget<Gtk::Button>(note).clicked();
+  EXPECT_EQ(decoder_of(*lok).get_address(), Address(1));
 }
 
 TEST_F(PanelTest, a_decoder_chooses_its_station_and_falls_back_when_that_goes) {
