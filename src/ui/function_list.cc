@@ -60,11 +60,12 @@ void FunctionList::build() {
   frame->set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_NEVER);
   frame->set_shadow_type(Gtk::SHADOW_IN);
   frame->add(list_);
-  pack_start(*frame);
+  // Above the list, which grows under the pointer that makes one function after the other.
   auto* buttons = Gtk::manage(new Gtk::HBox(false, gap));
   buttons->pack_start(new_, false, false);
   buttons->pack_start(delete_, false, false);
   pack_start(*buttons, false, false);
+  pack_start(*frame);
 }
 
 void FunctionList::insert(zemblar::Object* child) {

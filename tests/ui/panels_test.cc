@@ -247,7 +247,14 @@ TEST_F(PanelTest, attributes_stay_sorted_above_the_row_for_a_new_one) {
 TEST_F(PanelTest, functions_are_listed_numbered_and_deleted) {
   const auto panel = panel_of(*lok);
   auto& list = get_widget<FunctionList>(*panel);
+  Gtk::Window window;
+  window.add(*panel);
+  window.show_all();
+  handle_events();
+  const auto place = list.new_button().get_allocation().get_y();
   for (int i = 0; i < 3; ++i) list.new_button().clicked();
+  handle_events();
+  EXPECT_EQ(list.new_button().get_allocation().get_y(), place) << "not away from the pointer";
   ASSERT_EQ(lok->child_count(), 3U);
   const auto number = [this](unsigned n) {
     return dynamic_cast<Function*>(lok->child_at(n))->get_function();
