@@ -15,6 +15,7 @@
 #include "core/toplevel.h"
 #include "devices/device.h"
 #include "ui/file_menu.h"
+#include "ui/made_object.h"
 #include "ui/object_ref.h"
 #include "ui/popup.h"
 #include "ui/renaming.h"
@@ -49,6 +50,7 @@ ObjectList::ObjectList() {
   set_enable_search(false);
   selection_changed_ =
       get_selection()->signal_changed().connect(sigc::mem_fun(*this, &ObjectList::announce));
+  made_ = signal_object_made().connect(sigc::mem_fun(*this, &ObjectList::on_made));
   follower_ = std::make_unique<LayoutFollower>(
       [this](Layout& layout, auto& connections) { attach(layout, connections); });
 }
@@ -170,6 +172,14 @@ void ObjectList::on_added(Object& object) {
   }
   // New has renamed the layout without a word.
   if (dynamic_cast<Toplevel*>(&object)) rows_->refresh(*object.get_parent());
+}
+
+// Where the button is that made it: the panel of what is selected. Whoever makes a thing sets it up
+// next, and the button goes with the panel, so the row gets the keys.
+void ObjectList::on_made(Object& object) {
+  if (object.get_parent() != selected() || !rows_->row_of(object)) return;
+  select(object);
+  grab_focus();
 }
 
 // What it stands in, not the row itself.

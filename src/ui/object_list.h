@@ -45,6 +45,7 @@ class ObjectList : public Gtk::TreeView {
   void unfold_to(Gtk::TreePath path);
   void unfold_small_ones();
   void on_added(Object& object);
+  void on_made(Object& object);
   void on_moved(Object& object);
   void on_filled(Object* container);
 
@@ -83,6 +84,7 @@ class ObjectList : public Gtk::TreeView {
   sigc::signal<void, Object*> signal_selected_;
   ScopedConnection selection_changed_;
   ScopedConnection refill_later_;
+  ScopedConnection made_;
   std::unique_ptr<LayoutFollower> follower_;
 };
 

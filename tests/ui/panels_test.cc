@@ -31,6 +31,7 @@
 #include "ui/image_button.h"
 #include "ui/layout_dialogs.h"
 #include "ui/lok_attribute_list.h"
+#include "ui/object_list.h"
 
 namespace zemblar::test {
 namespace {
@@ -575,12 +576,21 @@ TEST_F(PanelTest, a_simulated_reader_is_set_up_position_by_position) {
 }
 
 TEST_F(PanelTest, new_locomotives_and_groups_are_made_where_they_belong) {
+  ObjectList list;
+  ObjectList other;
+  list.select(layout().get_loks());
+  other.select(layout());
   const auto all = panel_of(layout().get_loks());
   get_widget<Gtk::Button>(*all, "New Locomotive _Group").clicked();
   auto& group = dynamic_cast<LokGroup&>(*layout().get_loks().child_at(1));
+  EXPECT_EQ(list.selected(), &group) << "to be set up next";
+  EXPECT_EQ(other.selected(), &layout()) << "where nobody has made it";
   const auto panel = panel_of(group);
   get_widget<Gtk::Button>(*panel, "New _Locomotive").clicked();
   EXPECT_NE(dynamic_cast<Lok*>(group.child_at(0)), nullptr);
+  EXPECT_EQ(list.selected(), group.child_at(0));
+  layout().get_loks().add(new Lok);
+  EXPECT_EQ(list.selected(), group.child_at(0)) << "nobody has pressed a button for that";
 }
 
 }  // namespace
