@@ -90,8 +90,13 @@ void ECoS::end_reading(bool had_room) {
     return give_up(Glib::ustring::compose(text, get_name()));
   }
   const auto why = Glib::ustring::compose(
-      _("%1 sent a message longer than %2 bytes, as a station with many locomotives does: its "
-        "connection is opened anew. Remove locomotives that you do not need from the station."),
+      dngettext(
+          GETTEXT_PACKAGE,
+          "%1 sent a message longer than %2 byte, as a station with many locomotives does: its "
+          "connection is opened anew. Remove locomotives that you do not need from the station.",
+          "%1 sent a message longer than %2 bytes, as a station with many locomotives does: its "
+          "connection is opened anew. Remove locomotives that you do not need from the station.",
+          ECoSFraming::capacity),
       get_name(), ECoSFraming::capacity);
   give_up(why);
   // To be read when the connection is there again.

@@ -20,8 +20,11 @@ constexpr int answer_time = 2000;  // ms; of who shows notifications
 
 Glib::ustring cause(End end) {
   return end == End::silent
-             ? Glib::ustring::compose(_("Zemblar gave no sign of life for %1 seconds."),
-                                      longest_silence.count())
+             ? Glib::ustring::compose(
+                   dngettext(GETTEXT_PACKAGE, "Zemblar gave no sign of life for %1 second.",
+                             "Zemblar gave no sign of life for %1 seconds.",
+                             static_cast<unsigned long>(longest_silence.count())),
+                   longest_silence.count())
              : Glib::ustring(_("Zemblar has ended without taking leave."));
 }
 

@@ -96,7 +96,11 @@ void TrainGuard::on_ended(int status) {
   ended_ = Clock::now();
   if (status == GuardProcess::has_stopped) {
     stopped_.tell(Glib::ustring::compose(
-        _("The guard has switched the track power off: Zemblar had done nothing for %1 seconds."),
+        dngettext(
+            GETTEXT_PACKAGE,
+            "The guard has switched the track power off: Zemblar had done nothing for %1 second.",
+            "The guard has switched the track power off: Zemblar had done nothing for %1 seconds.",
+            static_cast<unsigned long>(guard::longest_silence.count())),
         guard::longest_silence.count()));
   } else if (ended_ - began_ < shortest_life) {
     tell_missing(_("it ends at once"));

@@ -37,9 +37,8 @@ ObjectChoices detector_choices() {
 
 BlockRows::BlockRows(Block& block)
     : block_(&block), detector_(detector_choices()), lok_(lok_choices()) {
-  detector_.set_tooltip_text(
-      _("What tells whether the block is occupied. Neighbours may share one"));
-  lok_.set_tooltip_text(
+  detector_.explain(_("What tells whether the block is occupied. Neighbours may share one"));
+  lok_.explain(
       _("The locomotive that holds this block. Choose (None) to free a block that is stuck, "
         "because its locomotive was taken off the track"));
   follow();

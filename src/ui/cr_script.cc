@@ -146,7 +146,20 @@ CRScript::Layout CRScript::lay_out(Gtk::Widget& widget, const Look& look) const 
   return layout;
 }
 
+// An editor that had to come to the left takes the sentence along, whose beginning goes out of
+// sight.
+int CRScript::shift(const Layout& layout) const {
+  if (!is_editing()) return 0;
+  return std::max(0, unshifted_extents(layout, editing_->arg).first - editing_->left);
+}
+
 std::pair<int, int> CRScript::extents(const Layout& layout, unsigned arg) const {
+  auto place = unshifted_extents(layout, arg);
+  place.first -= shift(layout);
+  return place;
+}
+
+std::pair<int, int> CRScript::unshifted_extents(const Layout& layout, unsigned arg) const {
   const auto sentence = this->sentence();
   const auto& arguments = sentence.arguments();
   const auto found = std::ranges::find(arguments, arg, &Sentence::Argument::number);
@@ -206,12 +219,8 @@ void CRScript::render_vfunc(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widg
   }
   gtk_paint_layout(widget.get_style()->gobj(), GDK_WINDOW(window->gobj()),
                    static_cast<GtkStateType>(look.state), TRUE, expose_area.gobj(), widget.gobj(),
-                   "cellrenderertext", cell_area.get_x() + margin, y, layout->gobj());
-  // An editor that had to come to the left stands on words.
-  if (!is_editing() || editing_->left >= extents(layout, editing_->arg).first) return;
-  draw_behind(window, widget, expose_area,
-              {cell_area.get_x() + editing_->left, background_area.get_y(), editing_->width(),
-               background_area.get_height()});
+                   "cellrenderertext", cell_area.get_x() + margin - shift(layout), y,
+                   layout->gobj());
 }
 
 // An editor stands on the colour of an unselected row.

@@ -95,6 +95,8 @@ class CRScript : public Gtk::CellRenderer {
   [[nodiscard]] Sentence sentence() const;
   [[nodiscard]] Layout lay_out(Gtk::Widget& widget, const Look& look) const;
   [[nodiscard]] std::pair<int, int> extents(const Layout& layout, unsigned arg) const;
+  [[nodiscard]] std::pair<int, int> unshifted_extents(const Layout& layout, unsigned arg) const;
+  [[nodiscard]] int shift(const Layout& layout) const;
   void draw_behind(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widget& widget,
                    const Gdk::Rectangle& expose_area, const Gdk::Rectangle& area) const;
   void draw_chosen(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widget& widget,

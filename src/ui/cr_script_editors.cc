@@ -18,8 +18,7 @@ namespace {
 
 constexpr int gap = 6;
 
-/// So far left that an editor is seen as a whole, where there is room: it covers the words before
-/// it.
+/// So far left that an editor is seen as a whole, where there is room.
 int seen_from(Gtk::Widget& tree, int left, Gtk::Widget& editor) {
   const auto* list = dynamic_cast<Gtk::TreeView*>(&tree);
   if (!list) return left;

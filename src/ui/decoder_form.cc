@@ -1,6 +1,7 @@
 #include "ui/decoder_form.h"
 
 #include "core/i18n.h"
+#include "track/address_users.h"
 #include "ui/following.h"
 
 namespace zemblar {
@@ -33,12 +34,18 @@ void DecoderForm::add_rows(const Glib::ustring& heading) {
   add_heading(heading);
   add_row(_("T_ype:"), type_);
   add_row(_("_Address:"), address_, long_);
+  note_ = std::make_unique<AddressNote>(
+      *this,
+      AddressNote::Source{
+          .address = [this] { return decoder_->get_address(); },
+          .others = [this] { return others_at(*decoder_.operator->()); },
+          .take_next_free = [this] { address_.set_address(next_free(*decoder_.operator->())); }});
   add_row(_("_Device:"), device_);
   add_field(enabled_);
   add_row(_("_Speed:"), ratio_, _("× wanted speed"));
   add_field(reverse_);
   long_.set_tooltip_text(_("A long address below 128 differs from the short one of that number"));
-  device_.set_tooltip_text(
+  device_.explain(
       _("What drives this decoder. (Default) is all command stations that "
         "are marked for default use"));
   ratio_.set_tooltip_text(_("Makes locomotives that are coupled together run equally fast"));
@@ -80,6 +87,7 @@ void DecoderForm::follow() {
   show_active(long_, decoder_->get_address().is_long());
   device_.set_object(decoder_->get_device());
   show_active(enabled_, decoder_->get_commands_enabled());
+  note_->refresh();
   show_value(ratio_, decoder_->get_speed_ratio());
   show_active(reverse_, decoder_->get_reverse());
   ratio_.set_sensitive(decoder_->get_commands_enabled());

@@ -4,8 +4,11 @@
 #include <gtkmm/comboboxtext.h>
 #include <gtkmm/spinbutton.h>
 
+#include <memory>
+
 #include "locomotives/decoder.h"
 #include "ui/addr_spin.h"
+#include "ui/address_note.h"
 #include "ui/form.h"
 #include "ui/object_button.h"
 
@@ -30,6 +33,7 @@ class DecoderForm : public Form {
   Gtk::ComboBoxText type_;
   AddrSpin address_{Address::Kind::mobile};
   Gtk::CheckButton long_;
+  std::unique_ptr<AddressNote> note_;
   ObjectButton device_;
   Gtk::CheckButton enabled_;
   Gtk::SpinButton ratio_;

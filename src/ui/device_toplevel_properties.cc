@@ -8,6 +8,7 @@
 #include "core/i18n.h"
 #include "core/toplevel.h"
 #include "devices/device_ecos.h"
+#include "ui/made_object.h"
 #include "ui/popup.h"
 
 namespace zemblar {
@@ -40,7 +41,7 @@ void DTProps::add_button() {
 }
 
 void DTProps::add_ecos() {
-  if (toplevel_) toplevel_->add(new ECoS);
+  if (toplevel_) signal_object_made().emit(*toplevel_->add(new ECoS));
 }
 
 }  // namespace zemblar

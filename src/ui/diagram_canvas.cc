@@ -1,8 +1,8 @@
 #include "ui/diagram_canvas.h"
 
-#include <atkmm/object.h>
 #include <gdkmm/general.h>
 #include <glibmm/main.h>
+#include <gtkmm/adjustment.h>
 
 #include <algorithm>
 #include <cmath>
@@ -15,6 +15,7 @@ constexpr double least_zoom = 0.02;
 /// Beyond some forty, letters are larger than the font library can make them, and it stays broken.
 constexpr double most_zoom = 16;
 constexpr double part_of_canvas = 0.96;  // a margin stays
+constexpr double sight_margin = 16;      // pixels
 /// The window system has no larger ones.
 constexpr int largest_pixmap = 32767;
 /// A rail is drawn within its box by as much; in pixels at zoom 1.
@@ -25,7 +26,6 @@ constexpr std::size_t most_parts = 64;
 }  // namespace
 
 DiagramCanvas::DiagramCanvas(View& view, const Glib::ustring& hint) : view_(view), hint_(hint) {
-  get_accessible()->set_name(view.get_name());
   set_can_focus();
   // The canvas keeps a pixmap of its own.
   set_double_buffered(false);
@@ -302,6 +302,28 @@ Vector DiagramCanvas::to_view(const Vector& place) const {
   auto point = place;
   inverse.transform_point(point.x, point.y);
   return point;
+}
+
+PixelBox DiagramCanvas::box_on_canvas(ViewObj& object) {
+  update();
+  const auto context = image_->measure();
+  context->set_matrix(matrix_);
+  return box_of(context, object);
+}
+
+void DiagramCanvas::bring_into_sight(const PixelBox& box) {
+  const auto seen = visible_box();
+  const auto way = [](double from, double to, double seen_from, double seen_to) {
+    const double before = seen_from + sight_margin - from;
+    const double beyond = to + sight_margin - seen_to;
+    if (before > 0) return before;
+    return beyond > 0 ? std::max(-beyond, before) : 0;
+  };
+  const Vector delta{way(box.left, box.right, seen.left, seen.right),
+                     way(box.top, box.bottom, seen.top, seen.bottom)};
+  if (delta.length() == 0) return;
+  pan_ += delta;
+  invalidate();
 }
 
 // In pixels, of the railway without what is there to edit it; empty when there is nothing.

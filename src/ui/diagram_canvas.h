@@ -40,6 +40,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
   /// The drawing and the picture as a whole, in the middle of what can be seen of the canvas; no
   /// larger than they are. A canvas without a size does it when it has got one.
   void show_whole();
+  /// What the object covers, in pixels of the canvas.
+  [[nodiscard]] PixelBox box_on_canvas(ViewObj& object);
   /// By one step of the wheel, about the middle of what can be seen.
   void zoom_in();
   void zoom_out();
@@ -89,6 +91,10 @@ class DiagramCanvas : public Gtk::DrawingArea {
 
   /// The drawing may reach further, or less far.
   void look_soon();
+  /// Pans until the box lies where the window shows the canvas; its left upper corner if it is too
+  /// large.
+  void bring_into_sight(const PixelBox& box);
+
   /// Objects that are being moved: left out of the kept picture, and drawn over it on the window.
   void set_floating(std::vector<ViewObj*> objects);
 

@@ -69,7 +69,7 @@ void DeviceDummyRailComReaderProperties::add_rows() {
                    _("What is occupied moves on by one input each second, "
                      "and from the last to the first"));
   railcom_.add_to(*this, _("_RailCom:"), _("Where the locomotive of this address is reported"));
-  device_.set_tooltip_text(_("Where the locomotive is looked up by its address"));
+  device_.explain(_("Where the locomotive is looked up by its address"));
   long_.set_tooltip_text(_("A long address below 128 differs from the short one of that number"));
 }
 

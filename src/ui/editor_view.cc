@@ -1,5 +1,6 @@
 #include "ui/editor_view.h"
 
+#include <atkmm/object.h>
 #include <gdk/gdkkeysyms.h>
 #include <glibmm/main.h>
 
@@ -21,6 +22,7 @@ Vector place_of(double x, double y) {
 
 EditorView::EditorView(View& view)
     : DiagramCanvas(view, _("This view is empty.\nChoose a tool above, and click here.")) {
+  get_accessible()->set_name(view.get_name());
   add_events(Gdk::KEY_PRESS_MASK | Gdk::KEY_RELEASE_MASK);
   signal_popup_menu().connect(sigc::mem_fun(*this, &EditorView::show_part_menu));
   g_signal_connect(gobj(), "grab-broken-event", G_CALLBACK(&EditorView::on_grab_broken), this);

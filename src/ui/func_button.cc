@@ -19,11 +19,17 @@ Glib::RefPtr<Gdk::Pixbuf> picture_of(const Function& function) {
   return picture ? picture : load_picture(second, picture_size);
 }
 
+/// The key of the throttle that presses the button.
+Glib::ustring key_of(unsigned number) {
+  const auto digit = number % 10;
+  if (number < 10) return Glib::ustring::compose("%1", digit);
+  return Glib::ustring::compose(number < 20 ? _("Shift+%1") : _("Ctrl+%1"), digit);
+}
+
 Glib::ustring tooltip_of(const Function& function) {
   const auto number = function.get_function();
-  return number > 9
-             ? Glib::ustring::compose(_("%1 (function %2)"), function.get_name(), number)
-             : Glib::ustring::compose(_("%1 (function %2, key %2)"), function.get_name(), number);
+  return Glib::ustring::compose(_("%1 (function %2, key %3)"), function.get_name(), number,
+                                key_of(number));
 }
 
 }  // namespace

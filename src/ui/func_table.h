@@ -19,6 +19,9 @@ class Object;
 /// The functions of one locomotive as a block of buttons whose rows are always full: an odd one
 /// takes a row of its own, an odd pair shares one, the others stand four to a row. Hidden functions
 /// are left out.
+///
+/// The buttons take no focus, so the table is one stop of Tab: arrow keys move a mark over the
+/// buttons, and Return presses the marked one.
 class FuncTable : public Gtk::Table {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -34,11 +37,23 @@ class FuncTable : public Gtk::Table {
   /// Presses the button of a function number; false if there is none.
   bool press(unsigned number);
 
+ protected:
+  bool on_expose_event(GdkEventExpose* event) override;
+  bool on_key_press_event(GdkEventKey* event) override;
+  bool on_focus_in_event(GdkEventFocus* event) override;
+  bool on_focus_out_event(GdkEventFocus* event) override;
+
  private:
   struct Entry {
     Function* function;
     std::unique_ptr<FuncButton> button;
     ScopedConnection hidden_changed;
+  };
+  /// Of a button, counted along the rows.
+  struct Place {
+    unsigned row;
+    unsigned column;
+    unsigned width;
   };
 
   void insert(Object* child);
@@ -47,10 +62,15 @@ class FuncTable : public Gtk::Table {
   void remove(Object* child);
   void lay_out();
   Entry make_entry(Function& function);
-  [[nodiscard]] bool is_ours(const Object& child) const;
+  [[nodiscard]] std::size_t marked() const;
+  [[nodiscard]] std::size_t neighbour(guint key) const;
+  void mark(std::size_t index);
+  void describe_mark();
 
   Lok* lok_ = nullptr;
   std::deque<Entry> entries_;
+  std::vector<Place> places_;         // of the buttons that are shown
+  const Function* marked_ = nullptr;  // only compared: it may have ended
   ScopedConnection child_added_;
   ScopedConnection child_removed_;
   ScopedConnection child_moved_;

@@ -8,6 +8,7 @@
 #include "core/i18n.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
+#include "ui/renaming.h"
 
 namespace zemblar {
 namespace {
@@ -59,11 +60,12 @@ void FunctionList::build() {
   frame->set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_NEVER);
   frame->set_shadow_type(Gtk::SHADOW_IN);
   frame->add(list_);
-  pack_start(*frame);
+  // Above the list, which grows under the pointer that makes one function after the other.
   auto* buttons = Gtk::manage(new Gtk::HBox(false, gap));
   buttons->pack_start(new_, false, false);
   buttons->pack_start(delete_, false, false);
   pack_start(*buttons, false, false);
+  pack_start(*frame);
 }
 
 void FunctionList::insert(zemblar::Object* child) {
@@ -117,7 +119,7 @@ void FunctionList::on_name_edited(const Glib::ustring& path, const Glib::ustring
   const auto row = model_->get_iter(path);
   if (!row) return;
   Function* function = (*row)[columns_.function];
-  function->set_name(text);
+  rename_by_hand(*function, text);
 }
 
 Gtk::TreeModel::iterator FunctionList::find(const zemblar::Object* function) {

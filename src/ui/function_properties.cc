@@ -128,6 +128,15 @@ void FunctionProperties::follow_type() {
 }
 
 void FunctionProperties::follow_decoders() {
+  decoders_changed_.clear();
+  if (!function_) return;
+  for (const auto& decoder : function_->get_lok()->get_decoders()) {
+    decoders_changed_.emplace_back(decoder->signal_changed().connect([this] { show_decoders(); }));
+  }
+  show_decoders();
+}
+
+void FunctionProperties::show_decoders() {
   if (!function_) return;
   const Following scope(following_);
   const auto& lok = *function_->get_lok();

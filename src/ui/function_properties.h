@@ -20,6 +20,7 @@ class FunctionProperties : public Form {
   FunctionProperties(Function& function, const Labels& labels);
 
   [[nodiscard]] Gtk::ComboBoxText& type() { return type_; }
+  [[nodiscard]] Gtk::ComboBoxText& decoder() { return decoder_; }
 
  private:
   void add_rows();
@@ -27,6 +28,7 @@ class FunctionProperties : public Form {
   void follow();
   void follow_type();
   void follow_decoders();
+  void show_decoders();
 
   ObjectRef<Function> function_;
   bool following_ = false;
@@ -39,6 +41,7 @@ class FunctionProperties : public Form {
   ImageButton off_image_;
   ImageButton on_image_;
   std::vector<ScopedConnection> connections_;
+  std::vector<ScopedConnection> decoders_changed_;
 };
 
 }  // namespace zemblar

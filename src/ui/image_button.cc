@@ -5,6 +5,7 @@
 #include <gtkmm/stock.h>
 
 #include "core/i18n.h"
+#include "core/layout.h"
 #include "ui/file_chooser.h"
 #include "ui/picture.h"
 
@@ -87,7 +88,11 @@ void ImageButton::on_choose() {
   dialog_->set_preview_widget(preview_);
   dialog_->signal_update_preview().connect(sigc::mem_fun(*this, &ImageButton::preview));
   dialog_->signal_response().connect(sigc::mem_fun(*this, &ImageButton::on_response));
-  if (!path_.empty()) dialog_->set_filename(path_);
+  if (!path_.empty()) {
+    dialog_->set_filename(path_);
+  } else if (const auto file = Layout::get().get_file()) {
+    dialog_->set_current_folder(file->get_parent()->get_path());
+  }
   dialog_->show();
 }
 

@@ -12,6 +12,7 @@
 #include "track/train_condition.h"
 #include "ui/close_key.h"
 #include "ui/following.h"
+#include "ui/key_place.h"
 
 namespace zemblar {
 namespace {
@@ -42,9 +43,7 @@ class ThrottleWindow : public Gtk::Window {
 
  protected:
   bool on_key_press_event(GdkEventKey* event) override {
-    constexpr guint shortcut = GDK_CONTROL_MASK | GDK_MOD1_MASK | GDK_SUPER_MASK;
-    const bool plain = !(event->state & shortcut);
-    return (plain && controller.press_key(event->keyval)) || Gtk::Window::on_key_press_event(event);
+    return controller.press_key(*event) || Gtk::Window::on_key_press_event(event);
   }
 
   void on_hide() override {
@@ -67,10 +66,15 @@ class ThrottleWindow : public Gtk::Window {
   static inline ThrottleWindow* last_ = nullptr;  // that was opened
 };
 
-int digit_of(unsigned keyval) {
-  if (keyval >= GDK_0 && keyval <= GDK_9) return static_cast<int>(keyval - GDK_0);
-  if (keyval >= GDK_KP_0 && keyval <= GDK_KP_9) return static_cast<int>(keyval - GDK_KP_0);
-  return -1;
+/// The function that a key stands for, whose modifiers count in tens.
+std::optional<unsigned> function_of(const GdkEventKey& event) {
+  const auto digit = digit_of(event);
+  if (!digit) return {};
+  const bool on_keypad = event.keyval >= GDK_KEY_KP_0 && event.keyval <= GDK_KEY_KP_9;
+  const bool shift = (event.state & GDK_SHIFT_MASK) != 0 && !on_keypad;
+  const bool control = (event.state & GDK_CONTROL_MASK) != 0;
+  if (shift && control) return {};
+  return *digit + (shift ? 10 : 0) + (control ? 20 : 0);
 }
 
 }  // namespace
@@ -92,8 +96,6 @@ LokController::LokController()
         connections.emplace_back(layout.signal_pulse().connect([this] { tell_condition(); }));
       }) {
   set_border_width(gap);
-  scale_.set_inverted();
-  scale_.set_draw_value(false);
   direction_.add(direction_image_);
   stop_.add(stop_image_);
   add_rows();
@@ -155,7 +157,10 @@ void LokController::on_lok_changed() {
   }
   dial_.set_red_visible(lok_ != nullptr);
   if (!lok_) dial_.set_black_visible(false);
-  if (lok_) connect(*lok_);
+  if (lok_) {
+    connect(*lok_);
+    scale_.grab_focus();
+  }
   show_wanted_speed();
   tell_condition();
 }
@@ -244,14 +249,15 @@ void LokController::tell_condition() {
   dial_.set_tooltip_text(text);
 }
 
-bool LokController::press_key(unsigned keyval) {
-  if (!lok_) return false;
-  if (keyval == GDK_space || keyval == GDK_KP_Space) {
+bool LokController::press_key(const GdkEventKey& event) {
+  if (!lok_ || (event.state & (GDK_MOD1_MASK | GDK_SUPER_MASK)) != 0) return false;
+  const bool control = (event.state & GDK_CONTROL_MASK) != 0;
+  if (!control && (event.keyval == GDK_KEY_space || event.keyval == GDK_KEY_KP_Space)) {
     on_stop_clicked();
     return true;
   }
-  const int digit = digit_of(keyval);
-  return digit >= 0 && functions_.press(static_cast<unsigned>(digit));
+  const auto function = function_of(event);
+  return function && functions_.press(*function);
 }
 
 }  // namespace zemblar

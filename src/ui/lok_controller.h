@@ -5,13 +5,13 @@
 #include <gtkmm/button.h>
 #include <gtkmm/image.h>
 #include <gtkmm/label.h>
-#include <gtkmm/scale.h>
 
 #include "runtime/scoped_connection.h"
 #include "ui/dial.h"
 #include "ui/func_table.h"
 #include "ui/layout_follower.h"
 #include "ui/object_button.h"
+#include "ui/speed_scale.h"
 
 namespace zemblar {
 
@@ -34,9 +34,9 @@ class LokController : public Gtk::VBox {
   /// null.
   static LokController& open(Lok* lok = nullptr);
 
-  /// The digits press the function buttons of those numbers, Space is the emergency stop. Returns
-  /// whether the key had a meaning.
-  bool press_key(unsigned keyval);
+  /// The digits press the function buttons of those numbers, with Shift from 10 and with Ctrl from
+  /// 20 on; Space is the emergency stop. Returns whether the key had a meaning.
+  bool press_key(const GdkEventKey& event);
 
   [[nodiscard]] Lok* get_lok() const { return lok_; }
   [[nodiscard]] ObjectButton& chooser() { return chooser_; }
@@ -69,7 +69,7 @@ class LokController : public Gtk::VBox {
   ObjectButton chooser_;
   Dial dial_;
   Gtk::Adjustment speed_;
-  Gtk::VScale scale_;
+  SpeedScale scale_;
   Gtk::Image direction_image_;
   Gtk::Button direction_;
   Gtk::Image stop_image_;

@@ -3,12 +3,13 @@
 #include <gtkmm/entrycompletion.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "core/i18n.h"
-#include "core/status.h"
 #include "core/string_pool.h"
 #include "ui/following.h"
 #include "ui/form.h"
+#include "ui/renaming.h"
 
 namespace zemblar {
 namespace {
@@ -91,13 +92,10 @@ void NameEntry::finish() {
   const auto wanted = get_text();
   if (wanted.raw() != object_->get_name().raw() && !before_.empty()) {
     object_->set_name(before_);
-    if (!wanted.empty()) {
-      complaint_ = Glib::ustring::compose(_("The name “%1” is taken."), wanted);
-      set_status(complaint_);
-    }
-  } else if (!complaint_.empty()) {
-    if (get_status() == complaint_) clear_status();
-    complaint_.clear();
+    refused_ = !wanted.empty();
+    if (refused_) refuse_name(Glib::ustring::compose(_("The name “%1” is taken."), wanted));
+  } else if (std::exchange(refused_, false) || before_.raw() != wanted.raw()) {
+    accept_name();
   }
   before_ = object_->get_name();
   follow();

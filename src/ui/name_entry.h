@@ -34,8 +34,8 @@ class NameEntry : public Gtk::Entry {
   void follow_pool();
 
   bool following_ = false;
-  Glib::ustring before_;     // the name when typing began; empty when nobody types
-  Glib::ustring complaint_;  // in the status line, while the name is no good
+  Glib::ustring before_;  // the name when typing began; empty when nobody types
+  bool refused_ = false;  // the name that was typed last
   ObjectRef<zemblar::Object> object_;
   ScopedConnection renamed_;
   const StringPool* pool_ = nullptr;  // whose strings are offered, if any

@@ -11,6 +11,20 @@
 #include "core/property.h"
 
 namespace zemblar {
+namespace {
+
+/// Below a container; empty for what stands in it directly.
+Glib::ustring path_of(const zemblar::Object& object, const zemblar::Object& container) {
+  const auto* parent = object.get_parent();
+  if (!parent || parent == &container) return {};
+  auto path = object.get_name();
+  for (; parent && parent != &container; parent = parent->get_parent()) {
+    path = Glib::ustring::compose(_("%1 › %2"), parent->get_name(), path);
+  }
+  return path;
+}
+
+}  // namespace
 
 ObjectButton::ObjectButton(ObjectChoices choices)
     : Glib::ObjectBase("ObjectButton"), choices_(std::move(choices)) {
@@ -41,6 +55,11 @@ void ObjectButton::set_object(Object* object) {
   notify_property(*this, "object");
 }
 
+void ObjectButton::set_choices(ObjectChoices choices) {
+  choices_ = std::move(choices);
+  show_name();
+}
+
 void ObjectButton::emphasize() {
   auto bold = Pango::Attribute::create_attr_weight(Pango::WEIGHT_BOLD);
   Pango::AttrList attributes;
@@ -50,12 +69,18 @@ void ObjectButton::emphasize() {
 
 std::unique_ptr<Gtk::Menu> ObjectButton::make_menu() {
   return std::make_unique<ObjectMenuBase>(
-      choices_, [this](Object* object) { set_object(object); }, true);
+      choices(), [this](Object* object) { set_object(object); }, true);
+}
+
+ObjectChoices ObjectButton::choices() const {
+  auto offered = choices_;
+  offered.chosen = object_;
+  return offered;
 }
 
 void ObjectButton::on_clicked() {
   picker_.ask(
-      dynamic_cast<Gtk::Window*>(get_toplevel()), this, choices_,
+      dynamic_cast<Gtk::Window*>(get_toplevel()), this, choices(),
       [this](Object* object) { set_object(object); }, true);
 }
 
@@ -63,6 +88,19 @@ void ObjectButton::show_name() {
   const auto text = object_ ? object_->get_name() : choices_.none;
   name_.set_text(text);
   get_accessible()->set_name(text);
+  show_place();
+}
+
+void ObjectButton::explain(const Glib::ustring& text) {
+  explanation_ = text;
+  show_place();
+}
+
+// Inputs of several readers have the same names.
+void ObjectButton::show_place() {
+  Glib::ustring text = object_ ? path_of(*object_, choices_.container()) : "";
+  if (!text.empty() && !explanation_.empty()) text += "\n";
+  set_tooltip_text(text + explanation_);
 }
 
 }  // namespace zemblar

@@ -27,6 +27,10 @@ class ObjectButton : public Gtk::Button {
   void set_object(Object* object);
   Glib::PropertyProxy<Object*> property_object() { return {this, "object"}; }
 
+  /// From now on other objects are offered; the chosen one stays.
+  void set_choices(ObjectChoices choices);
+  /// Says in the tooltip what is chosen here, above which stands where the chosen object is.
+  void explain(const Glib::ustring& text);
   /// Shows the name in bold letters.
   void emphasize();
   /// A new menu of what can be chosen now.
@@ -37,8 +41,11 @@ class ObjectButton : public Gtk::Button {
 
  private:
   void show_name();
+  void show_place();
+  [[nodiscard]] ObjectChoices choices() const;
 
   ObjectChoices choices_;
+  Glib::ustring explanation_;
   Object* object_ = nullptr;
   Gtk::Label name_;
   ObjectPicker picker_;

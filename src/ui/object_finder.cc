@@ -100,7 +100,8 @@ void ObjectFinder::build() {
   rows->show_all();
 }
 
-// The first one whose name begins with the text, or else the first that has it, is selected.
+// The first one whose name begins with the text, or else the first that has it, is selected; before
+// anything is typed, what was chosen before.
 void ObjectFinder::fill() {
   const auto text = text_.get_text().casefold().raw();
   list_.unset_model();
@@ -114,7 +115,10 @@ void ObjectFinder::fill() {
     return row[columns().object] &&
            row[columns().name].operator Glib::ustring().casefold().raw().starts_with(text);
   });
-  list_.set_cursor(rows_->get_path(begins ? begins : rows.begin()));
+  const auto shown = std::find_if(rows.begin(), rows.end(), [&](const auto& row) {
+    return text.empty() && choices_.chosen && row[columns().object] == choices_.chosen;
+  });
+  list_.set_cursor(rows_->get_path(shown ? shown : begins ? begins : rows.begin()));
 }
 
 void ObjectFinder::fill_from(Object& container, const std::string& text) {

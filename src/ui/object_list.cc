@@ -7,14 +7,18 @@
 #include <gtkmm/separatormenuitem.h>
 #include <gtkmm/stock.h>
 
+#include <utility>
+
 #include "core/i18n.h"
 #include "core/property.h"
 #include "core/status.h"
 #include "core/toplevel.h"
 #include "devices/device.h"
 #include "ui/file_menu.h"
+#include "ui/made_object.h"
 #include "ui/object_ref.h"
 #include "ui/popup.h"
+#include "ui/renaming.h"
 #include "ui/trains_standing.h"
 
 namespace zemblar {
@@ -51,6 +55,7 @@ ObjectList::ObjectList() {
   set_enable_search(false);
   selection_changed_ =
       get_selection()->signal_changed().connect(sigc::mem_fun(*this, &ObjectList::announce));
+  made_ = signal_object_made().connect(sigc::mem_fun(*this, &ObjectList::on_made));
   follower_ = std::make_unique<LayoutFollower>(
       [this](Layout& layout, auto& connections) { attach(layout, connections); });
 }
@@ -177,6 +182,14 @@ void ObjectList::on_added(Object& object) {
   }
   // New has renamed the layout without a word.
   if (dynamic_cast<Toplevel*>(&object)) rows_->refresh(*object.get_parent());
+}
+
+// Where the button is that made it: the panel of what is selected. Whoever makes a thing sets it up
+// next, and the button goes with the panel, so the row gets the keys.
+void ObjectList::on_made(Object& object) {
+  if (object.get_parent() != selected() || !rows_->row_of(object)) return;
+  select(object);
+  grab_focus();
 }
 
 // What it stands in, not the row itself.
@@ -311,11 +324,7 @@ void ObjectList::rename(const Glib::ustring& path, const Glib::ustring& text) {
   name_cell_.property_editable() = false;
   const auto row = rows_->get_iter(path);
   Object* object = row ? (*row)[ObjectRows::columns().object] : static_cast<Object*>(nullptr);
-  if (!object || text.raw() == object->get_name().raw()) return;
-  object->set_name(text);
-  if (object->get_name().raw() == text.raw() || text.empty()) return;
-  set_status(
-      Glib::ustring::compose(_("“%1” is taken: “%2” keeps its name."), text, object->get_name()));
+  if (object) rename_by_hand(*object, text);
 }
 
 // The one below, else the one above, else what it stands in; of those that are seen.
@@ -386,7 +395,20 @@ void ObjectList::move_selected(bool down) {
   put(*object, *parent, static_cast<unsigned>(other->get_position()));
 }
 
+bool ObjectList::on_drag_drop(const Glib::RefPtr<Gdk::DragContext>& context, int x, int y,
+                              guint time) {
+  Gtk::TreePath path;
+  Gtk::TreeViewDropPosition where{};
+  get_drag_dest_row(path, where);
+  const bool on_row =
+      where == Gtk::TREE_VIEW_DROP_INTO_OR_BEFORE || where == Gtk::TREE_VIEW_DROP_INTO_OR_AFTER;
+  dropped_on_ = !path.empty() && on_row ? rows_->object_at(path) : nullptr;
+  return Gtk::TreeView::on_drag_drop(context, x, y, time);
+}
+
+// The toolkit takes a drop on a container for one before its first child.
 void ObjectList::drop(Object& object, Object& parent, const Object* next) {
+  if (std::exchange(dropped_on_, nullptr) == &parent) next = nullptr;
   if (next == &object) return;
   auto place = next ? static_cast<unsigned>(next->get_position()) : parent.child_count();
   const bool from_before =

@@ -46,10 +46,13 @@ class ObjectList : public Gtk::TreeView {
   void unfold_all();
   void unfold_small_ones();
   void on_added(Object& object);
+  void on_made(Object& object);
   void on_moved(Object& object);
 
   bool on_key_press_event(GdkEventKey* event) override;
   bool on_button_press_event(GdkEventButton* event) override;
+  bool on_drag_drop(const Glib::RefPtr<Gdk::DragContext>& context, int x, int y,
+                    guint time) override;
   void pop_up(unsigned button, guint32 time);
   void announce();
   void start_rename();
@@ -73,6 +76,7 @@ class ObjectList : public Gtk::TreeView {
   Gtk::MenuItem* up_item_ = nullptr;
   Gtk::MenuItem* down_item_ = nullptr;
   Gtk::MenuItem* move_item_ = nullptr;
+  const Object* dropped_on_ = nullptr;  // only compared; null between two rows
   Glib::ustring filter_;
   bool unfolding_all_ = false;
   bool refilling_ = false;  // what is selected is not to be told
@@ -81,6 +85,7 @@ class ObjectList : public Gtk::TreeView {
   sigc::signal<void, Object*> signal_selected_;
   ScopedConnection selection_changed_;
   ScopedConnection refill_later_;
+  ScopedConnection made_;
   std::unique_ptr<LayoutFollower> follower_;
 };
 

@@ -1,8 +1,10 @@
 #include "ui/object_menu.h"
 
+#include <gtkmm/checkmenuitem.h>
 #include <gtkmm/menuitem.h>
 #include <gtkmm/separatormenuitem.h>
 
+#include <memory>
 #include <utility>
 
 #include "core/i18n.h"
@@ -14,22 +16,33 @@
 namespace zemblar {
 namespace {
 
-class ObjectItem : public Gtk::MenuItem {
- public:
-  ObjectItem(zemblar::Object& object, const ObjectMenuBase::Chosen& chosen)
-      : Gtk::MenuItem(object.get_name()), object_(&object) {
-    deleted_ = object.signal_deleted().connect([this] { set_sensitive(false); });
-    signal_activate().connect([this, chosen] {
-      // The choice may end in the destruction of the menu.
-      const auto call = chosen;
-      if (object_) call(object_.get());
-    });
-  }
+/// Managed.
+Gtk::MenuItem* make_item(const Glib::ustring& name, bool marked) {
+  if (!marked) return Gtk::manage(new Gtk::MenuItem(name));
+  auto* item = Gtk::manage(new Gtk::CheckMenuItem(name));
+  item->set_draw_as_radio();
+  item->set_active();
+  return item;
+}
 
- private:
-  ObjectRef<zemblar::Object> object_;
-  ScopedConnection deleted_;
-};
+/// An item for an object that may end before it is chosen. Managed.
+Gtk::MenuItem* make_object_item(zemblar::Object& object, bool marked,
+                                const ObjectMenuBase::Chosen& chosen) {
+  auto* item = make_item(object.get_name(), marked);
+  const auto what = std::make_shared<ObjectRef<zemblar::Object>>(&object);
+  object.signal_deleted().connect(sigc::track_obj([item] { item->set_sensitive(false); }, *item));
+  item->signal_activate().connect([what, chosen] {
+    // The choice may end in the destruction of the menu.
+    const auto call = chosen;
+    if (*what) call(what->get());
+  });
+  return item;
+}
+
+bool stands_in(const zemblar::Object* object, const zemblar::Object& container) {
+  while (object && object != &container) object = object->get_parent();
+  return object != nullptr;
+}
 
 }  // namespace
 
@@ -63,7 +76,7 @@ ObjectChoices driver_choices(const char* feature) {
 ObjectMenuBase::ObjectMenuBase(const ObjectChoices& choices, Chosen chosen, bool with_none)
     : chosen_(std::move(chosen)) {
   if (with_none) {
-    auto* none = Gtk::manage(new Gtk::MenuItem(choices.none));
+    auto* none = make_item(choices.none, !choices.chosen);
     none->signal_activate().connect([chosen = chosen_] { chosen(nullptr); });
     append(*none);
     append(*Gtk::manage(new Gtk::SeparatorMenuItem));
@@ -78,13 +91,14 @@ bool ObjectMenuBase::append_objects(Gtk::Menu& menu, Object& container,
   bool any = false;
   for (auto* object : container) {
     if (choices.offers(*object)) {
-      menu.append(*Gtk::manage(new ObjectItem(*object, chosen_)));
+      menu.append(*make_object_item(*object, object == choices.chosen, chosen_));
       any = true;
     }
     if (object->empty()) continue;
     auto submenu = std::make_unique<Gtk::Menu>();
     if (!append_objects(*submenu, *object, choices)) continue;
-    auto* item = Gtk::manage(new Gtk::MenuItem(object->get_name()));
+    const bool leads_to_chosen = object != choices.chosen && stands_in(choices.chosen, *object);
+    auto* item = make_item(object->get_name(), leads_to_chosen);
     item->set_submenu(*Gtk::manage(submenu.release()));
     menu.append(*item);
     any = true;

@@ -18,6 +18,7 @@ struct ObjectChoices {
   /// Asked anew for each menu, since the layout may have been replaced.
   std::function<Object&()> container;
   std::function<bool(const Object&)> offers;
+  const Object* chosen = nullptr;  ///< is marked, and only compared
 };
 
 /// All locomotives of the current layout, at any depth of groups.
@@ -30,7 +31,8 @@ struct ObjectChoices {
 /// A menu of objects to choose from. Objects that hold objects to choose become submenus.
 ///
 /// Built once, from what there is when it is built; an object that ends while the menu is open
-/// turns its item insensitive. `chosen` gets null for the entry that chooses nothing.
+/// turns its item insensitive. What is chosen now has a mark, and so have the menus that lead
+/// there. `chosen` gets null for the entry that chooses nothing.
 class ObjectMenuBase : public Gtk::Menu {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant

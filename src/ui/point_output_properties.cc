@@ -1,6 +1,7 @@
 #include "ui/point_output_properties.h"
 
 #include "core/i18n.h"
+#include "track/address_users.h"
 #include "ui/following.h"
 
 namespace zemblar {
@@ -10,13 +11,10 @@ using Type = PointOutput::Type;
 
 constexpr int type_count = 4;
 
-/// Those that can do what the output's type asks for at the time.
-ObjectChoices devices_for(const Glib::RefPtr<PointOutput>& output) {
-  auto choices = driver_choices("");
-  choices.offers = [output](const zemblar::Object& object) {
-    const auto* device = dynamic_cast<const Device*>(&object);
-    return device && device->supports(required_feature(output->get_type())) > 0;
-  };
+/// Those that can do what the type asks for.
+ObjectChoices devices_for(Type type) {
+  auto choices = driver_choices(required_feature(type));
+  if (type == Type::Servo) choices.how_to_make = _("No device of this program moves servos yet");
   return choices;
 }
 
@@ -47,7 +45,10 @@ Glib::ustring output_text(const PointOutput& output) {
 
 PointOutputProperties::PointOutputProperties(const Glib::RefPtr<PointOutput>& output,
                                              const Glib::ustring& heading, const Labels& labels)
-    : Form(labels), output_(output), device_(devices_for(output)), long_(_("Lo_ng"), true) {
+    : Form(labels),
+      output_(output),
+      device_(devices_for(output->get_type())),
+      long_(_("Lo_ng"), true) {
   set_border_width(0);
   for (int i = 0; i < type_count; ++i) type_.append(display_name(static_cast<Type>(i)));
   set_up(number_, Type::Basic);
@@ -62,12 +63,18 @@ void PointOutputProperties::add_rows(const Glib::ustring& heading) {
   add_row(_("T_ype:"), type_);
   add_row(_("_Device:"), device_);
   add_row(_("Addr_ess:"), address_, long_);
+  note_ = std::make_unique<AddressNote>(
+      *this,
+      AddressNote::Source{
+          .address = [this] { return output_->get_address(); },
+          .others = [this] { return others_at(*output_.operator->()); },
+          .take_next_free = [this] { address_.set_address(next_free(*output_.operator->())); }});
   add_row(_("O_utput:"), number_, _("(1 to 4)"));
   add_row(_("_Function:"), function_, _("(0 to 28)"));
   type_.set_tooltip_text(
       _("A basic accessory has two coils or positions, an extended one shows one of 64 aspects, a "
         "locomotive function is on or off. Servos are not commanded yet"));
-  device_.set_tooltip_text(
+  device_.explain(
       _("What sends the command. (Default) is all command stations that are marked for default "
         "use"));
   long_.set_tooltip_text(_("A long address below 128 differs from the short one of that number"));
@@ -104,11 +111,13 @@ void PointOutputProperties::follow() {
   const Following scope(following_);
   const auto type = output_->get_type();
   type_.set_active(static_cast<int>(type));
+  device_.set_choices(devices_for(type));
   device_.set_object(output_->get_device());
   follow_address();
   show_value(type == Type::Function ? function_ : number_, output_->get_output());
   show_row(number_, type == Type::Basic);
   show_row(function_, type == Type::Function);
+  note_->refresh();
 }
 
 void PointOutputProperties::follow_address() {

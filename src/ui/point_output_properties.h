@@ -4,8 +4,11 @@
 #include <gtkmm/comboboxtext.h>
 #include <gtkmm/spinbutton.h>
 
+#include <memory>
+
 #include "track/point_output.h"
 #include "ui/addr_spin.h"
+#include "ui/address_note.h"
 #include "ui/form.h"
 #include "ui/object_button.h"
 
@@ -32,6 +35,7 @@ class PointOutputProperties : public Form {
   ObjectButton device_;
   AddrSpin address_{Address::Kind::accessory};
   Gtk::CheckButton long_;
+  std::unique_ptr<AddressNote> note_;
   Gtk::SpinButton number_;
   Gtk::SpinButton function_;
 };

@@ -17,7 +17,7 @@ DeviceTessaraRailComReaderProperties::DeviceTessaraRailComReaderProperties(
     : Form(labels), reader_(&reader), name_(reader), device_(driver_choices("DCC")) {
   add_row(_("_Name:"), name_);
   add_row(_("_DCC Device:"), device_);
-  device_.set_tooltip_text(
+  device_.explain(
       _("Where locomotives are looked up by their addresses. Not saved with the layout"));
   follow();
   device_.property_object().signal_changed().connect(

@@ -323,6 +323,7 @@ void ScriptEditor::on_line_added(ScriptLine& line) {
   const auto row = rows_.find(line);
   if (!row) return;
   list_.set_cursor(rows_.store()->get_path(row));
+  show_next_entry(row);
   if (!dynamic_cast<ScriptEvent*>(&line)) return;
   const auto args = ScriptRows::at(*row).editable_args();
   cell_.choose(static_cast<unsigned>(std::ranges::find(args, 1U) - args.begin()));
@@ -330,6 +331,12 @@ void ScriptEditor::on_line_added(ScriptLine& line) {
     edit_chosen();
     return false;
   });
+}
+
+// The one that adds another line of the kind stands below the lines.
+void ScriptEditor::show_next_entry(Gtk::TreeIter row) {
+  while (row && ScriptRows::at(*row).line) ++row;
+  if (row) list_.scroll_to_row(rows_.store()->get_path(row));
 }
 
 void ScriptEditor::remove_selected() {

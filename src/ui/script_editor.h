@@ -51,6 +51,7 @@ class ScriptEditor : public Gtk::Window {
   void choose_next(int step);
   void edit_chosen();
   void on_line_added(ScriptLine& line);
+  void show_next_entry(Gtk::TreeIter row);
   void remove_selected();
   void move_selected(int step);
   [[nodiscard]] bool can_move(int step);

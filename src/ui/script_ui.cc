@@ -6,6 +6,7 @@
 #include <gtkmm/radiobutton.h>
 #include <gtkmm/separatormenuitem.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "core/i18n.h"
@@ -61,10 +62,12 @@ class SpeedEditor : public sigc::trackable {
  public:
   SpeedEditor(Gtk::HBox& box, const SpeedArg& speed);
 
-  [[nodiscard]] const SpeedArg& value() const { return value_; }
+  /// What was typed, within what the unit allows.
+  [[nodiscard]] SpeedArg value() const;
 
  private:
   void set_unit(bool km_h);
+  [[nodiscard]] unsigned most() const { return value_.km_h ? most_km_h : most_percent; }
 
   SpeedArg value_;
   SpinButton& spin_ = *Gtk::manage(new SpinButton);
@@ -82,8 +85,17 @@ SpeedEditor::SpeedEditor(Gtk::HBox& box, const SpeedArg& speed) : value_(speed) 
   spin_.get_accessible()->set_name(_("Speed"));
   spin_.signal_value_changed().connect(sigc::track_obj(
       [this] { value_.speed = static_cast<unsigned>(spin_.get_value_as_int()); }, *this));
-  spin_.set_range(0, speed.km_h ? most_km_h : most_percent);
+  spin_.set_range(0, most());
   spin_.set_value(speed.speed);
+  // The unit may be chosen after the number was typed: who goes there with the pointer leaves the
+  // number first, which must not clamp it.
+  spin_.signal_focus_out_event().connect(
+      sigc::track_obj([this](GdkEventFocus*) { return spin_.set_range(0, most_km_h), false; },
+                      *this),
+      false);
+  spin_.signal_focus_in_event().connect(
+      sigc::track_obj([this](GdkEventFocus*) { return spin_.set_range(0, most()), false; }, *this),
+      false);
   km_h_.signal_toggled().connect(sigc::track_obj([this] { set_unit(km_h_.get_active()); }, *this));
   for (Gtk::Widget* widget :
        {static_cast<Gtk::Widget*>(&spin_), static_cast<Gtk::Widget*>(&percent_),
@@ -94,9 +106,16 @@ SpeedEditor::SpeedEditor(Gtk::HBox& box, const SpeedArg& speed) : value_(speed) 
 
 // What was typed counts before the range does: a larger number becomes the largest one.
 void SpeedEditor::set_unit(bool km_h) {
+  spin_.set_range(0, most_km_h);
   spin_.update();
   value_.km_h = km_h;
-  spin_.set_range(0, km_h ? most_km_h : most_percent);
+  spin_.set_range(0, most());
+}
+
+SpeedArg SpeedEditor::value() const {
+  auto value = value_;
+  value.speed = std::min(value.speed, most());
+  return value;
 }
 
 void* make_speed_editor(Gtk::HBox& box, const SpeedArg& speed) {

@@ -100,13 +100,16 @@ Look device_look(const Device& device) {
 }
 
 Look held_look(const std::vector<Lok*>& held) {
-  const auto text = Glib::ustring::compose(_("%1 held"), held.size());
+  const auto text = Glib::ustring::compose(
+      dngettext(GETTEXT_PACKAGE, "%1 held", "%1 held", held.size()), held.size());
   return {Kind::held, text, Glib::ustring::compose(_("Trains: %1"), text),
           list_of(held, hold_sentence)};
 }
 
 Look unplaced_look(const std::vector<Lok*>& unplaced) {
-  const auto text = Glib::ustring::compose(_("%1 without a place"), unplaced.size());
+  const auto text = Glib::ustring::compose(
+      dngettext(GETTEXT_PACKAGE, "%1 without a place", "%1 without a place", unplaced.size()),
+      unplaced.size());
   return {Kind::waiting, text, Glib::ustring::compose(_("Trains: %1"), text),
           list_of(unplaced, [](const Lok&) {
             return Glib::ustring(_("no detector has told where it is, so nothing brakes it"));

@@ -3,8 +3,6 @@
 #include <gdk/gdkkeysyms.h>
 #include <gtk/gtk.h>
 
-#include <algorithm>
-#include <initializer_list>
 #include <utility>
 #include <vector>
 
@@ -18,6 +16,7 @@
 #include "locomotives/moving_trains.h"
 #include "scripts/script.h"
 #include "track/train_condition.h"
+#include "ui/key_place.h"
 
 namespace zemblar {
 namespace {
@@ -33,21 +32,6 @@ constexpr auto nothing_to_stop =
 
 /// A Shift key does not repeat, and its release can be lost.
 constexpr auto longest_shift = 5s;
-
-/// Whether the key has one of these meanings, in any layout that is set up and with any modifier.
-bool has_meaning(const GdkEventKey& event, std::initializer_list<guint> meanings) {
-  guint* keyvals = nullptr;
-  int count = 0;
-  bool found = std::ranges::find(meanings, event.keyval) != meanings.end();
-  if (gdk_keymap_get_entries_for_keycode(nullptr, event.hardware_keycode, nullptr, &keyvals,
-                                         &count)) {
-    for (int i = 0; i < count; ++i) {
-      found = found || std::ranges::find(meanings, keyvals[i]) != meanings.end();
-    }
-    g_free(keyvals);
-  }
-  return found;
-}
 
 /// The names of the trains that no station could be told of, each with the reason. Without track
 /// power none of them moves.

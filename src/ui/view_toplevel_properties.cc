@@ -4,6 +4,7 @@
 #include "core/toplevel.h"
 #include "diagram/view.h"
 #include "ui/form.h"
+#include "ui/made_object.h"
 
 namespace zemblar {
 namespace {
@@ -13,7 +14,7 @@ class ViewToplevelProperties : public Form {
  public:
   ViewToplevelProperties(ViewToplevel& views, const Labels& labels) : Form(labels) {
     auto* button = Gtk::manage(new Gtk::Button(_("New _View"), true));
-    button->signal_clicked().connect([&views] { views.add(new View); });
+    button->signal_clicked().connect([&views] { signal_object_made().emit(*views.add(new View)); });
     add_wide(*button);
   }
 };

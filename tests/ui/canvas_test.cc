@@ -16,6 +16,7 @@
 #include "diagram/view_signal.h"
 #include "diagram/view_zone.h"
 #include "tests/support/small_railway.h"
+#include "tests/ui/keys.h"
 #include "tests/ui/pixels.h"
 #include "tests/ui/widget_search.h"
 #include "ui/runtime_view.h"
@@ -346,6 +347,66 @@ TEST_F(CanvasTest, a_double_click_acts_once) {
   EXPECT_EQ(signal->get_state(), signal->states()[1]);
   press(head);
   EXPECT_EQ(signal->get_state(), signal->states()[2]) << "a click of its own";
+}
+
+TEST_F(CanvasTest, tab_goes_through_points_and_signals_and_leaves_behind_the_last) {
+  Gtk::Button before("before");
+  Gtk::Button after("after");
+  window.remove();
+  Gtk::VBox rows;
+  for (Gtk::Widget* row : std::initializer_list<Gtk::Widget*>{&before, &canvas, &after}) {
+    rows.pack_start(*row, row == &canvas, true);
+  }
+  window.add(rows);
+  window.show_all();
+  handle_events();
+  give_focus(window);
+  before.grab_focus();
+  auto* far = show<ViewSignal>(*layout().get_points().add(new Signal), {2000, 900});
+  std::vector<ViewObj*> order{aspect, scissors, points, far};
+  const auto window_size = Vector{400, 300};
+  for (const unsigned back : {0U, unsigned{GDK_SHIFT_MASK}}) {
+    for (auto* drawn : order) {
+      press_key(window, GDK_KEY_Tab, back);
+      ASSERT_EQ(canvas.get_marked(), drawn);
+      const auto box = canvas.box_on_canvas(*drawn);
+      EXPECT_TRUE(box.left > 0 && box.top > 0 && box.right < window_size.x &&
+                  box.bottom < window_size.y);
+      auto& clicked = dynamic_cast<PointBase&>(*drawn->get_object());
+      const auto states = clicked.states();
+      for (std::size_t i = 1; i <= states.size(); ++i) {
+        press_key(window, i % 2 != 0 ? GDK_KEY_Return : GDK_KEY_space);
+        EXPECT_EQ(clicked.get_state(), states[i % states.size()]);
+      }
+    }
+    press_key(window, GDK_KEY_Tab, back);
+    EXPECT_EQ(canvas.get_marked(), nullptr);
+    EXPECT_EQ(window.get_focus(), back != 0 ? &before : &after);
+    std::ranges::reverse(order);
+  }
+  press_key(window, GDK_KEY_Tab);
+  const auto box = canvas.box_on_canvas(*aspect).whole();
+  const Vector corner{box.left - 5, box.top - 5};
+  const auto on_screen = [&](const Vector& place) {
+    const auto pixel = Gdk::Pixbuf::create(
+        Glib::RefPtr<Gdk::Drawable>(canvas.get_window()), canvas.get_window()->get_colormap(),
+        static_cast<int>(place.x), static_cast<int>(place.y), 0, 0, 1, 1);
+    const auto* bytes = pixel->get_pixels();
+    return static_cast<unsigned>(bytes[0] << 16 | bytes[1] << 8 | bytes[2]);
+  };
+  handle_events();
+  EXPECT_NE(on_screen(corner), colour_at(corner)) << "a ring shows it";
+  press_key(window, GDK_KEY_Escape);
+  EXPECT_EQ(on_screen(corner), colour_at(corner));
+  const auto* state = signal->get_state();
+  press_key(window, GDK_KEY_Return);
+  EXPECT_EQ(signal->get_state(), state) << "nothing is marked";
+  press_key(window, GDK_KEY_Tab);
+  aspect->remove();
+  press_key(window, GDK_KEY_Return);
+  EXPECT_EQ(canvas.get_marked(), nullptr);
+  window.remove();
+  rows.remove(canvas);
 }
 
 TEST_F(CanvasTest, what_is_painted_in_parts_is_as_if_it_were_painted_whole) {

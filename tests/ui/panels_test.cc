@@ -1,5 +1,6 @@
 #include <gtkmm/checkbutton.h>
 #include <gtkmm/comboboxtext.h>
+#include <gtkmm/filechooser.h>
 #include <gtkmm/progressbar.h>
 
 #include <memory>
@@ -20,14 +21,17 @@
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/widget_search.h"
 #include "ui/addr_spin.h"
+#include "ui/address_note.h"
 #include "ui/decoder_form.h"
 #include "ui/device_toplevel_properties.h"
 #include "ui/form.h"
 #include "ui/function_list.h"
 #include "ui/function_properties.h"
 #include "ui/host_entry.h"
+#include "ui/image_button.h"
 #include "ui/layout_dialogs.h"
 #include "ui/lok_attribute_list.h"
+#include "ui/object_list.h"
 
 namespace zemblar::test {
 namespace {
@@ -150,6 +154,40 @@ TEST_F(PanelTest, the_long_mark_and_the_address_of_a_decoder_go_together) {
   EXPECT_EQ(spin.get_value(), 3);
 }
 
+TEST_F(PanelTest, an_address_says_which_other_locomotive_has_it_and_offers_the_next_free_one) {
+  auto* station = layout().get_devices().add(new ECoS);
+  auto* other = layout().get_devices().add(new ECoS);
+  const auto panel = panel_of(*lok);
+  auto& form = get_widget<DecoderForm>(*panel);
+  auto& note = get_widget<AddressNote>(form);
+  const auto told = [&note] {
+    layout().signal_pulse().emit();
+    return note.get_parent()->get_visible() ? get_widget<Gtk::Label>(note).get_text().raw() : "";
+  };
+  EXPECT_EQ(decoder_of(*lok).get_address(), Address(3));
+  EXPECT_EQ(told(), "");
+  lok->add_decoder();
+  EXPECT_EQ(told(), "") << "two decoders of one locomotive";
+  auto* second = layout().get_loks().add(new Lok);
+  auto* group = layout().get_loks().add(new LokGroup);
+  second->set_name("Second");
+  EXPECT_EQ(told(), "Address 3 is also Second's");
+  auto* third = group->add(new Lok);
+  EXPECT_EQ(told(), "Address 3 is also Second's, and that of 1 more");
+  decoder_of(*third).set_address(Address(4));
+  decoder_of(*second).set_device(station);
+  EXPECT_EQ(told(), "Address 3 is also Second's");
+  decoder_of(*lok).set_device(other);
+  EXPECT_EQ(told(), "") << "of another station";
+  decoder_of(*lok).set_device(static_cast<Device*>(nullptr));
+  get_widget<Gtk::Button>(note).clicked();
+  EXPECT_EQ(decoder_of(*lok).get_address(), Address(5));
+  EXPECT_EQ(told(), "");
+  decoder_of(*lok).set_address(Address(Address::max_long));
+  get_widget<Gtk::Button>(note).clicked();
+  EXPECT_EQ(decoder_of(*lok).get_address(), Address(1));
+}
+
 TEST_F(PanelTest, a_decoder_chooses_its_station_and_falls_back_when_that_goes) {
   auto* station = layout().get_devices().add(new ECoS);
   const auto panel = panel_of(*lok);
@@ -210,7 +248,14 @@ TEST_F(PanelTest, attributes_stay_sorted_above_the_row_for_a_new_one) {
 TEST_F(PanelTest, functions_are_listed_numbered_and_deleted) {
   const auto panel = panel_of(*lok);
   auto& list = get_widget<FunctionList>(*panel);
+  Gtk::Window window;
+  window.add(*panel);
+  window.show_all();
+  handle_events();
+  const auto place = list.new_button().get_allocation().get_y();
   for (int i = 0; i < 3; ++i) list.new_button().clicked();
+  handle_events();
+  EXPECT_EQ(list.new_button().get_allocation().get_y(), place) << "not away from the pointer";
   ASSERT_EQ(lok->child_count(), 3U);
   const auto number = [this](unsigned n) {
     return dynamic_cast<Function*>(lok->child_at(n))->get_function();
@@ -222,6 +267,9 @@ TEST_F(PanelTest, functions_are_listed_numbered_and_deleted) {
   EXPECT_EQ(list.list().get_model()->children().size(), 2U);
   list.new_button().clicked();
   EXPECT_EQ(number(2), 1U);
+  const std::vector<Gtk::CellRenderer*> cells = list.list().get_column(1)->get_cell_renderers();
+  g_signal_emit_by_name(cells.front()->gobj(), "edited", "0", "Function 3");
+  EXPECT_EQ(get_status(), "“Function 3” is taken: “Function 1” keeps its name.");
 }
 
 TEST_F(PanelTest, a_name_of_a_function_is_offered_as_long_as_another_function_has_it) {
@@ -283,6 +331,31 @@ TEST_F(PanelTest, a_function_follows_the_decoders_of_its_locomotive) {
   EXPECT_EQ(function->get_decoder(), 0U);
   lok->add_decoder();
   EXPECT_EQ(function->get_decoder(), 0U);
+  auto& shown = dynamic_cast<FunctionProperties&>(*panel).decoder();
+  decoder_of(*lok).set_address(Address(47));
+  EXPECT_EQ(shown.get_active_text(), "Decoder 1 (address 47)");
+}
+
+TEST_F(PanelTest, a_picture_is_looked_for_where_the_layout_is) {
+  const auto path = folder.file("layout.zblt");
+  folder.write("layout.zblt", layout().serialize());
+  ASSERT_TRUE(Layout::open(path));
+  Gtk::Window window;
+  ImageButton button("Picture");
+  window.add(button);
+  window.show_all();
+  button.choose_button().clicked();
+  const std::vector<Gtk::Window*> windows = Gtk::Window::list_toplevels();
+  const auto chooser = std::ranges::find_if(
+      windows, [](auto* one) { return dynamic_cast<Gtk::FileChooser*>(one) != nullptr; });
+  ASSERT_NE(chooser, windows.end());
+  auto& dialog = dynamic_cast<Gtk::FileChooser&>(**chooser);
+  const auto wanted = Glib::path_get_dirname(path);
+  for (int turn = 0; turn < 200 && dialog.get_current_folder() != wanted; ++turn) {
+    Gtk::Main::iteration(false);
+    g_usleep(5000);
+  }
+  EXPECT_EQ(dialog.get_current_folder(), wanted);
 }
 
 TEST_F(PanelTest, a_panel_may_outlive_its_object) {
@@ -503,12 +576,21 @@ TEST_F(PanelTest, a_simulated_reader_is_set_up_position_by_position) {
 }
 
 TEST_F(PanelTest, new_locomotives_and_groups_are_made_where_they_belong) {
+  ObjectList list;
+  ObjectList other;
+  list.select(layout().get_loks());
+  other.select(layout());
   const auto all = panel_of(layout().get_loks());
   get_widget<Gtk::Button>(*all, "New Locomotive _Group").clicked();
   auto& group = dynamic_cast<LokGroup&>(*layout().get_loks().child_at(1));
+  EXPECT_EQ(list.selected(), &group) << "to be set up next";
+  EXPECT_EQ(other.selected(), &layout()) << "where nobody has made it";
   const auto panel = panel_of(group);
   get_widget<Gtk::Button>(*panel, "New _Locomotive").clicked();
   EXPECT_NE(dynamic_cast<Lok*>(group.child_at(0)), nullptr);
+  EXPECT_EQ(list.selected(), group.child_at(0));
+  layout().get_loks().add(new Lok);
+  EXPECT_EQ(list.selected(), group.child_at(0)) << "nobody has pressed a button for that";
 }
 
 }  // namespace

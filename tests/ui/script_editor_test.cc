@@ -245,6 +245,24 @@ TEST_F(Editor, writes_a_script_by_keys_alone) {
   EXPECT_EQ(window.rows()[2], "Set Local Speed to 40%");
 }
 
+TEST_F(Editor, keeps_the_entry_in_sight_that_adds_the_next_line) {
+  for (int i = 0; i < 30; ++i) add_wait(1);
+  Window window(script);
+  window.press({GDK_End, GDK_Return});
+  for (int added = 0; added < 4; ++added) {
+    choose("Wait");
+    const auto last = window.rows().size() - 1;
+    EXPECT_EQ(window.rows().at(last), "Add Command…");
+    Gdk::Rectangle row;
+    Gdk::Rectangle visible;
+    window.list().get_background_area(Gtk::TreePath(std::to_string(last)),
+                                      *window.list().get_column(0), row);
+    window.list().get_visible_rect(visible);
+    EXPECT_LE(row.get_y() + row.get_height(), visible.get_height());
+    window.press({GDK_Down, GDK_Return});
+  }
+}
+
 TEST_F(Editor, takes_a_click_on_a_word_for_that_word) {
   add_occupied();
   add_occupied().set_or_flag(true);
@@ -339,6 +357,36 @@ TEST_F(Editor, clamps_a_speed_to_what_its_unit_allows) {
   EXPECT_EQ(edit("%", nullptr), (SpeedArg{.speed = 100, .km_h = false}));
   EXPECT_EQ(edit(nullptr, "101"), (SpeedArg{.speed = 100, .km_h = false}));
   EXPECT_EQ(edit("km/h", "20000"), (SpeedArg{.speed = 10000, .km_h = true}));
+  line->set_speed({.speed = 40, .km_h = false});
+  // The number first and then, with the pointer or by Tab, the unit.
+  for (const char* unit : {"km/h", "%"}) {
+    window.click(1, 2);
+    get_widget<Gtk::SpinButton>(window.list()).set_text("160");
+    auto& button = get_widget<Gtk::RadioButton>(window.list(), unit);
+    button.grab_focus();
+    handle_events();
+    button.clicked();
+    window.press({GDK_Return});
+    const bool km_h = std::string(unit) == "km/h";
+    EXPECT_EQ(line->get_speed(), (SpeedArg{.speed = km_h ? 160u : 100u, .km_h = km_h}));
+  }
+}
+
+TEST_F(Editor, an_editor_without_room_pushes_the_sentence_aside_and_covers_no_word) {
+  auto* lok = layout().get_loks().add(new Lok);
+  lok->set_name(std::string(60, 'W'));
+  auto* line = new ScriptCommandSetSpeed(script);
+  line->set_lok(lok);
+  script.add_command(line);
+  Window window(script);
+  window.select(1);
+  window.press({GDK_Right, GDK_Return});
+  auto& editor = get_widget<Gtk::SpinButton>(window.list());
+  int x = 0;
+  int y = 0;
+  editor.translate_coordinates(window.list(), 0, 0, x, y);
+  EXPECT_NEAR(window.place_of(1, 2).get_x(), x, 12) << "right behind the word before it";
+  EXPECT_LT(window.place_of(1, 1).get_x(), 0) << "the beginning is out of sight";
 }
 
 TEST_F(Editor, keys_for_an_editor_are_not_taken_for_the_rows) {

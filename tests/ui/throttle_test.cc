@@ -1,4 +1,4 @@
-#include <gdk/gdkkeysyms.h>
+#include <gtkmm/checkmenuitem.h>
 #include <gtkmm/entry.h>
 #include <gtkmm/menuitem.h>
 #include <gtkmm/treeview.h>
@@ -9,7 +9,7 @@
 #include "locomotives/script_overlay.h"
 #include "runtime/timer.h"
 #include "tests/support/layout_fixture.h"
-#include "tests/ui/widget_search.h"
+#include "tests/ui/keys.h"
 #include "ui/func_button.h"
 #include "ui/lok_controller.h"
 #include "ui/object_finder.h"
@@ -31,6 +31,12 @@ class ThrottleTest : public LayoutTest {
     auto* function = new Function(lok);
     function->set_function(number);
     return lok->add(function);
+  }
+  static Gtk::Window& open_window(Lok* lok) {
+    auto& window = dynamic_cast<Gtk::Window&>(*LokController::open(lok).get_toplevel());
+    handle_events();
+    give_focus(window);
+    return window;
   }
   static unsigned asked(const Lok* lok) { return lok->get_decoders().front()->state().mask; }
   static unsigned sent_speed(const Lok* lok) { return lok->get_decoders().front()->get_speed(); }
@@ -117,8 +123,6 @@ TEST_F(ThrottleTest, is_dead_without_a_locomotive_and_when_its_own_has_ended) {
     }
     EXPECT_FALSE(throttle.dial().get_red_visible());
     EXPECT_FALSE(throttle.dial().get_black_visible());
-    EXPECT_FALSE(throttle.press_key(GDK_space));
-    EXPECT_FALSE(throttle.press_key(GDK_0));
   };
   expect_dead();
   auto* lok = add_lok("Express");
@@ -147,52 +151,163 @@ TEST_F(ThrottleTest, shows_the_actual_speed_only_while_it_is_known) {
   EXPECT_FALSE(throttle.dial().get_black_visible());
 }
 
-TEST_F(ThrottleTest, a_pointer_that_holds_the_scale_lets_go_of_a_train_that_is_stopped) {
-  auto* lok = add_lok("Express");
-  auto& throttle = LokController::open(lok);
-  handle_events();
-  auto* scale = GTK_WIDGET(throttle.scale().gobj());
-  int start = 0, end = 0;
-  gtk_range_get_slider_range(GTK_RANGE(scale), &start, &end);
-  const auto send = [&](GdkEventType type, double y) {
+/// A pointer on the scale of a throttle.
+class ScalePointer {
+ public:
+  explicit ScalePointer(LokController& throttle) : scale_(GTK_WIDGET(throttle.scale().gobj())) {}
+
+  void send(GdkEventType type, double y, unsigned button = 1) {
     GdkEvent event{};
     event.type = type;
-    event.any.window = scale->window;
-    if (type == GDK_BUTTON_PRESS) {
-      event.button.button = 1;
-      event.button.x = scale->allocation.width / 2;
-      event.button.y = y;
-    } else {
-      event.motion.x = scale->allocation.width / 2;
+    event.any.window = scale_->window;
+    if (type == GDK_MOTION_NOTIFY) {
+      event.motion.x = scale_->allocation.width / 2;
       event.motion.y = y;
+    } else {
+      event.button.button = button;
+      event.button.x = scale_->allocation.width / 2;
+      event.button.y = y;
     }
-    gtk_widget_event(scale, &event);
-  };
-  const double middle = (start + end) / 2.0;
-  send(GDK_BUTTON_PRESS, middle);
-  send(GDK_MOTION_NOTIFY, middle - 30);
+    gtk_widget_event(scale_, &event);
+  }
+  void click(double y, unsigned button = 1) {
+    send(GDK_BUTTON_PRESS, y, button);
+    send(GDK_BUTTON_RELEASE, y, button);
+  }
+  [[nodiscard]] double middle() const {
+    int start = 0, end = 0;
+    gtk_range_get_slider_range(GTK_RANGE(scale_), &start, &end);
+    return (start + end) / 2.0;
+  }
+  [[nodiscard]] double bottom() const { return scale_->allocation.height; }
+
+ private:
+  GtkWidget* scale_;
+};
+
+TEST_F(ThrottleTest, a_pointer_that_holds_the_scale_lets_go_of_a_train_that_is_stopped) {
+  auto* lok = add_lok("Express");
+  auto& window = open_window(lok);
+  ScalePointer pointer(get_widget<LokController>(window));
+  const double middle = pointer.middle();
+  pointer.send(GDK_BUTTON_PRESS, middle);
+  pointer.send(GDK_MOTION_NOTIFY, middle - 30);
   EXPECT_GT(lok->get_speed(), 0u);
   lok->set_emergency_stop(true);
-  send(GDK_MOTION_NOTIFY, middle - 40);
+  pointer.send(GDK_MOTION_NOTIFY, middle - 40);
   EXPECT_TRUE(lok->get_emergency_stop());
-  throttle.get_toplevel()->hide();
+  window.hide();
   handle_events();
+}
+
+TEST_F(ThrottleTest, a_press_beside_the_slider_moves_by_a_page_and_speeds_are_whole_numbers) {
+  auto* lok = add_lok("Express");
+  auto& window = open_window(lok);
+  auto& throttle = get_widget<LokController>(window);
+  ScalePointer pointer(throttle);
+  auto* settings = gtk_settings_get_default();
+  for (const bool theme_jumps : {true, false}) {
+    SCOPED_TRACE(theme_jumps);
+    g_object_set(settings, "gtk-primary-button-warps-slider", gboolean{theme_jumps}, nullptr);
+    throttle.scale().set_value(60);
+    const std::pair<double, unsigned> clicks[] = {{10, 70}, {pointer.bottom() - 10, 60}};
+    for (const auto& [y, speed] : clicks) {
+      pointer.click(y);
+      EXPECT_EQ(lok->get_speed(), speed);
+    }
+    pointer.click(10, 2);
+    EXPECT_EQ(throttle.scale().get_value(), 60);
+    const double from = pointer.middle();
+    pointer.send(GDK_BUTTON_PRESS, from);
+    for (int way = 1; way < 20; ++way) {
+      pointer.send(GDK_MOTION_NOTIFY, from - way);
+      EXPECT_EQ(throttle.scale().get_value(), lok->get_speed());
+    }
+    EXPECT_GT(lok->get_speed(), 60U);
+    pointer.send(GDK_BUTTON_RELEASE, from);
+  }
+  window.hide();
 }
 
 TEST_F(ThrottleTest, keys_stop_the_train_and_press_the_functions_of_their_numbers) {
   auto* lok = add_lok("Express");
-  auto* horn = add_function(lok, 3);
-  auto* high = add_function(lok, 12);
-  LokController throttle;
-  throttle.chooser().set_object(lok);
-  EXPECT_TRUE(throttle.press_key(GDK_3));
-  EXPECT_TRUE(horn->get_state());
-  EXPECT_TRUE(throttle.press_key(GDK_KP_3));
-  EXPECT_FALSE(horn->get_state());
-  EXPECT_FALSE(throttle.press_key(GDK_1));
-  EXPECT_FALSE(high->get_state());
-  EXPECT_TRUE(throttle.press_key(GDK_space));
+  for (const unsigned number : {1U, 3U, 13U, 20U, 28U}) add_function(lok, number);
+  auto& window = open_window(lok);
+  const auto pressed = [&] {
+    std::string numbers;
+    for (auto* child : *lok) {
+      auto& function = dynamic_cast<Function&>(*child);
+      if (function.get_state()) numbers += std::to_string(function.get_function()) + " ";
+      function.set_state(false);
+    }
+    return numbers;
+  };
+  struct Case {
+    guint key;
+    unsigned modifiers;
+    const char* function;
+  };
+  for (const auto& [key, modifiers, function] :
+       {Case{GDK_KEY_3, 0, "3 "}, Case{GDK_KEY_KP_3, 0, "3 "}, Case{GDK_KEY_numbersign, 0, "13 "},
+        Case{GDK_KEY_0, GDK_CONTROL_MASK, "20 "}, Case{GDK_KEY_8, GDK_CONTROL_MASK, "28 "},
+        Case{GDK_KEY_9, GDK_CONTROL_MASK, ""}, Case{GDK_KEY_2, 0, ""},
+        Case{GDK_KEY_1, GDK_MOD1_MASK, ""}, Case{GDK_KEY_a, 0, ""}}) {
+    press_key(window, key, modifiers);
+    EXPECT_EQ(pressed(), function) << gdk_keyval_name(key) << " with " << modifiers;
+  }
+  press_key(window, GDK_KEY_space);
   EXPECT_TRUE(lok->get_emergency_stop());
+  window.hide();
+}
+
+TEST_F(ThrottleTest, arrows_drive_in_the_scale_and_choose_among_the_functions) {
+  auto* lok = add_lok("Express");
+  auto& window = open_window(lok);
+  auto& throttle = get_widget<LokController>(window);
+  EXPECT_TRUE(throttle.scale().is_focus()) << "a chosen locomotive is to be driven";
+  struct Step {
+    guint key;
+    unsigned speed;
+  };
+  for (const auto& [key, speed] :
+       {Step{GDK_KEY_Up, 1}, Step{GDK_KEY_Right, 2}, Step{GDK_KEY_Page_Up, 12},
+        Step{GDK_KEY_Down, 11}, Step{GDK_KEY_Left, 10}, Step{GDK_KEY_Page_Down, 0},
+        Step{GDK_KEY_End, 126}, Step{GDK_KEY_Home, 0}}) {
+    press_key(window, key);
+    EXPECT_EQ(lok->get_speed(), speed) << gdk_keyval_name(key);
+  }
+
+  // One wide button, two half ones, a row of four.
+  std::vector<Function*> functions;
+  for (unsigned number = 0; number < 7; ++number) functions.push_back(add_function(lok, number));
+  throttle.functions().grab_focus();
+  struct Move {
+    guint key;
+    std::size_t marked;
+  };
+  for (const auto& [key, marked] :
+       {Move{GDK_KEY_Right, 1}, Move{GDK_KEY_Right, 2}, Move{GDK_KEY_Down, 5},
+        Move{GDK_KEY_Right, 6}, Move{GDK_KEY_Right, 6}, Move{GDK_KEY_Up, 2}, Move{GDK_KEY_Left, 1},
+        Move{GDK_KEY_Down, 3}, Move{GDK_KEY_Home, 0}, Move{GDK_KEY_End, 6}}) {
+    press_key(window, key);
+    press_key(window, GDK_KEY_Return);
+    for (std::size_t i = 0; i < functions.size(); ++i) {
+      EXPECT_EQ(functions[i]->get_state(), i == marked) << gdk_keyval_name(key) << ", " << i;
+    }
+    press_key(window, GDK_KEY_KP_Enter);
+    EXPECT_FALSE(functions[marked]->get_state());
+  }
+  EXPECT_EQ(throttle.functions().get_accessible()->get_description(), "Function 7");
+  press_key(window, GDK_KEY_Tab);
+  EXPECT_FALSE(throttle.functions().is_focus()) << "they are one stop of Tab";
+  functions.back()->destroy();
+  press_key(window, GDK_KEY_Tab, GDK_SHIFT_MASK);
+  EXPECT_TRUE(throttle.functions().is_focus());
+  press_key(window, GDK_KEY_Return);
+  EXPECT_TRUE(functions.front()->get_state()) << "the one that was marked has ended";
+  while (!lok->empty()) (*lok->begin())->destroy();
+  press_key(window, GDK_KEY_Down);
+  window.hide();
 }
 
 TEST_F(ThrottleTest, a_window_that_is_closed_ends_with_its_throttle) {
@@ -351,6 +466,7 @@ TEST_F(ThrottleTest, the_red_needle_turns_about_the_middle_of_the_dial) {
   }
 }
 
+/// A "!" behind what cannot be chosen, a "*" behind what has a mark.
 std::string menu_text(Gtk::Menu& menu) {
   std::string text;
   for (auto* child : menu.get_children()) {
@@ -358,6 +474,8 @@ std::string menu_text(Gtk::Menu& menu) {
     if (!item || item->get_label().empty()) continue;
     text += (text.empty() ? "" : ", ") + item->get_label().raw();
     if (!item->get_sensitive()) text += "!";
+    const auto* marked = dynamic_cast<Gtk::CheckMenuItem*>(child);
+    if (marked && marked->get_active()) text += "*";
     if (auto* submenu = item->get_submenu()) text += " [" + menu_text(*submenu) + "]";
   }
   return text;
@@ -365,7 +483,8 @@ std::string menu_text(Gtk::Menu& menu) {
 
 TEST_F(ThrottleTest, the_selector_offers_all_locomotives_with_groups_as_submenus) {
   ObjectButton button(lok_choices());
-  EXPECT_EQ(menu_text(*button.make_menu()).rfind("(None), Locomotives!, No locomotive yet", 0), 0U);
+  EXPECT_EQ(menu_text(*button.make_menu()).rfind("(None)*, Locomotives!, No locomotive yet", 0),
+            0U);
   auto* express = add_lok("Express");
   auto* depot = layout().get_loks().add(new LokGroup);
   depot->set_name("Depot");
@@ -373,8 +492,15 @@ TEST_F(ThrottleTest, the_selector_offers_all_locomotives_with_groups_as_submenus
   auto* steam = depot->add(new LokGroup);
   steam->set_name("Steam");
   steam->add(new Lok)->set_name("Old_One");
+  EXPECT_EQ(button.get_tooltip_text(), "");
+  button.explain("Who drives");
+  button.set_object(steam->child_at(0));
+  EXPECT_EQ(menu_text(*button.make_menu()),
+            "(None), Locomotives!, Express, Depot* [Steam* [Old_One*]]");
+  EXPECT_EQ(button.get_tooltip_text(), "Depot › Steam › Old_One\nWho drives");
+  button.set_object(nullptr);
   const auto menu = button.make_menu();
-  EXPECT_EQ(menu_text(*menu), "(None), Locomotives!, Express, Depot [Steam [Old_One]]");
+  EXPECT_EQ(menu_text(*menu), "(None)*, Locomotives!, Express, Depot [Steam [Old_One]]");
 
   auto* item = dynamic_cast<Gtk::MenuItem*>(std::vector<Gtk::Widget*>(menu->get_children()).at(3));
   item->activate();

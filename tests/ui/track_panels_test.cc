@@ -167,7 +167,36 @@ TEST_F(TrackPanelTest, an_output_shows_the_rows_of_its_type_and_offers_devices_f
   EXPECT_EQ(output->get_address(), Address(Address::Kind::accessory, 512));
   type.set_active_text("Servo");
   EXPECT_EQ(output->get_type(), Type::Servo);
+  EXPECT_EQ(texts(*device.make_menu()),
+            (Log{"(Default)", "", "Devices", "No device of this program moves servos yet"}))
+      << "a station is there";
   EXPECT_FALSE(address.get_parent()->get_parent()->get_visible());
+}
+
+TEST_F(TrackPanelTest, an_address_says_which_other_point_has_it_and_offers_the_next_free_one) {
+  const auto output = point->get_outputs()[0];
+  PointOutputProperties form(output, "", {});
+  auto& note = get_widget<AddressNote>(form);
+  const auto told = [&note] {
+    layout().signal_pulse().emit();
+    return note.get_parent()->get_visible() ? get_widget<Gtk::Label>(note).get_text().raw() : "";
+  };
+  auto* second = layout().get_points().add(new Signal);
+  second->set_name("Home Signal");
+  EXPECT_EQ(told(), "Address 1 is also Home Signal's");
+  output->set_output(2);
+  EXPECT_EQ(told(), "") << "another pair of coils";
+  auto* crossover = layout().get_points().add(new Scissor);
+  crossover->set_name("Crossover");
+  EXPECT_EQ(told(), "Address 1 is also Crossover's");
+  second->get_output(1).set_address(Address(Address::Kind::accessory, 2));
+  second->get_output(1).set_output(2);
+  get_widget<Gtk::Button>(note).clicked();
+  EXPECT_EQ(output->get_address(), Address(Address::Kind::accessory, 3));
+  EXPECT_EQ(told(), "");
+  second->get_output(1).set_type(Type::Servo);
+  output->set_type(Type::Servo);
+  EXPECT_EQ(told(), "");
 }
 
 TEST_F(TrackPanelTest, a_block_offers_detectors_and_its_holder_can_be_set_free) {

@@ -209,6 +209,22 @@ TEST(ObjectList, moves_what_is_selected_by_keys_and_by_dragging) {
             "New Layout(Views(View 1 )Locomotives(Locomotive Group 1(Locomotive 1(Function 2 "
             "Function 1 )))Points & Signals Blocks(Zone 1 )Devices Scripts )");
   EXPECT_FALSE(drag(*group, "0:1:0:0")) << "into itself";
+  auto* late = layout.get_loks().add(new Lok);
+  auto* last = layout.get_loks().add(new Lok);
+  /// Where the pointer lets go: on the row of the group, or above the first row in it.
+  const auto let_go = [&](const char* row, Gtk::TreeViewDropPosition where) {
+    list.set_drag_dest_row(Gtk::TreePath(row), where);
+    auto* context = gdk_drag_context_new();
+    gboolean handled = FALSE;
+    g_signal_emit_by_name(list.gobj(), "drag-drop", context, 0, 0, 0, &handled);
+    g_object_unref(context);
+  };
+  let_go("0:1:0", Gtk::TREE_VIEW_DROP_INTO_OR_BEFORE);
+  EXPECT_TRUE(drag(*late, "0:1:0:0"));
+  EXPECT_EQ(late->get_position(), 1) << "on a container: last";
+  let_go("0:1:0:0", Gtk::TREE_VIEW_DROP_BEFORE);
+  EXPECT_TRUE(drag(*last, "0:1:0:0"));
+  EXPECT_EQ(last->get_position(), 0) << "between two rows: there";
   group->destroy();
 }
 
@@ -226,6 +242,11 @@ TEST(ObjectList, renames_by_every_letter_and_says_of_an_input_why_it_does_not) {
   // What is typed collates like the name that it has.
   g_signal_emit_by_name(cells.back()->gobj(), "edited", path.to_string().c_str(), "Lok ²");
   EXPECT_EQ(lok->get_name().raw(), "Lok ²");
+  layout.get_loks().add(new Lok)->set_name("Taken");
+  g_signal_emit_by_name(cells.back()->gobj(), "edited", path.to_string().c_str(), "Taken");
+  EXPECT_EQ(get_status(), "“Taken” is taken: “Lok ²” keeps its name.");
+  g_signal_emit_by_name(cells.back()->gobj(), "edited", path.to_string().c_str(), "Free");
+  EXPECT_EQ(get_status(), "") << "what it told of is over";
 
   const auto node = YAML::Load("{serial-nr: x, inputs: [{}]}");
   auto* reader = layout.get_devices().add(new DeviceTessaraRailComReader(node));
