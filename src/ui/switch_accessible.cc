@@ -201,7 +201,8 @@ const std::vector<ViewObj*>& SwitchAccessibles::switches() {
 }
 
 AtkObject* SwitchAccessibles::child_of(ViewObj* drawn) {
-  if (std::ranges::find(switches(), drawn) == switches_.end()) return nullptr;
+  const auto& all = switches();
+  if (std::ranges::find(all, drawn) == all.end()) return nullptr;
   auto& child = children_[drawn];
   if (child.accessible) return child.accessible;
   child.accessible = ATK_OBJECT(g_object_new(switch_type(), nullptr));

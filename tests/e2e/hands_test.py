@@ -13,7 +13,7 @@ import unittest
 
 from picture import TITLE, pointer
 from two_trains import choose_locomotive
-from zemblar_ui import Program, press_keys, wait_for
+from zemblar_ui import Program, press_keys, type_keys, wait_for
 
 ZEMBLAR, LAYOUT = sys.argv[1:3]
 LOCOMOTIVE = 'Express 103'
@@ -80,6 +80,20 @@ class Hands(unittest.TestCase):
             self.assertTrue(top < y and y + high < top + height, f'{name} is out of sight')
         press_keys('Tab')
         wait_for(lambda: not canvas.has('focused'), 'the focus elsewhere')
+
+    def test_a_point_that_is_deleted_and_brought_back_is_told_of(self):
+        canvas = self.window.find('drawing area', VIEW)
+        name = canvas.children()[0].name.split(':')[0]
+        self.window.choose('View', 'Track Editor')
+        editor = self.program.window('Zemblar 0.1 — Track Editor')
+        editor.show_page('All')
+        self.activate(editor)
+        press_keys('alt+i')
+        type_keys(name)
+        press_keys('Return', 'Delete')
+        wait_for(lambda: len(canvas.children()) == 38, 'the point to be gone')
+        press_keys('ctrl+z')
+        wait_for(lambda: len(canvas.children()) == 39, 'the point to be back')
 
     def test_functions_are_pressed(self):
         self.window.choose('View', 'Throttle')
