@@ -193,7 +193,7 @@ bool ViewLinkNode::connect_to(int object_index, const std::string& link_name) {
   auto* other = object ? object->get_link_node(link_name) : nullptr;
   if (!other || !can_connect(*other)) return false;
   join(*other);
-  if (!get_lead()) refresh();
+  if (!get_lead() || dir == Vector{}) refresh();
   return true;
 }
 

@@ -98,11 +98,11 @@ void ViewNode::before_change() const {
 
 void ViewNode::set_locked(bool on) {
   before_change();
-  locked_ = on && !has_neighbour();
+  locked_ = on && !is_led();
 }
 
 Gtk::MenuItem* ViewNode::get_menu_item() {
-  return has_neighbour() ? nullptr : make_lock_item();
+  return is_led() ? nullptr : make_lock_item();
 }
 
 Gtk::MenuItem* ViewNode::make_lock_item() {

@@ -49,6 +49,9 @@ ViewPoint::ViewPoint(const YAML::Node& node) : ViewPoint() {
         std::erase_if(legs_, [](const auto& leg) { return !leg->state; });
         if (point_) follow_states();
         join_neighbours();
+        for (const auto& leg : legs_) {
+          if (leg->node.get_lead() && leg->node.dir == Vector{}) leg->node.refresh();
+        }
         return true;
       },
       *this));
@@ -121,6 +124,7 @@ void ViewPoint::attach(Point& point) {
   state_added_ = point.signal_child_added().connect([this](zemblar::Object* child) {
     if (auto* state = dynamic_cast<PointState*>(child)) add_state(*state);
     sort_legs();
+    join_neighbours();
     changed();
   });
   leg_removed_ =

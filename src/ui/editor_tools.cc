@@ -49,7 +49,7 @@ EditorTools::EditorTools(Gtk::Toolbar& toolbar) {
     button->set_menu(*make_menu(tool.kind, _(tool.add_new), _(tool.add_existing)));
     button->set_tooltip_text(tool.takes_existing ? _(tool.add_existing) : _(tool.add_new));
     button->signal_clicked().connect(
-        sigc::bind(signal_chosen_.make_slot(), tool.kind, tool.takes_existing));
+        sigc::bind(sigc::mem_fun(*this, &EditorTools::choose), tool.kind, tool.takes_existing));
     // Where the tool bar is too narrow for it.
     button->set_proxy_menu_item(tool.add_new,
                                 *make_item(tool.kind, _(tool.add_new), _(tool.add_existing)));
@@ -79,14 +79,21 @@ Gtk::Menu* EditorTools::make_menu(DiagramKind kind, const Glib::ustring& add_new
   auto* menu = Gtk::manage(new Gtk::Menu);
   for (const bool existing : {false, true}) {
     auto* item = Gtk::manage(new Gtk::MenuItem(existing ? add_existing : add_new));
-    item->signal_activate().connect(sigc::bind(signal_chosen_.make_slot(), kind, existing));
+    item->signal_activate().connect(
+        sigc::bind(sigc::mem_fun(*this, &EditorTools::choose), kind, existing));
     menu->append(*item);
   }
   menu->show_all();
   return menu;
 }
 
+// Assistive technology reaches the items of a menu whose own item is insensitive.
+void EditorTools::choose(DiagramKind kind, bool existing) {
+  if (sensitive_) signal_chosen_.emit(kind, existing);
+}
+
 void EditorTools::set_sensitive(bool sensitive) {
+  sensitive_ = sensitive;
   for (auto* button : buttons_) button->set_sensitive(sensitive);
   for (auto* item : items_) item->set_sensitive(sensitive);
 }

@@ -30,6 +30,9 @@ class EditorTools {
   Gtk::Menu* make_menu(DiagramKind kind, const Glib::ustring& add_new,
                        const Glib::ustring& add_existing);
 
+  void choose(DiagramKind kind, bool existing);
+
+  bool sensitive_ = true;
   std::vector<Gtk::MenuToolButton*> buttons_;
   std::vector<Gtk::MenuItem*> items_;
   sigc::signal<void, DiagramKind, bool> signal_chosen_;

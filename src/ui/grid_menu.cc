@@ -3,13 +3,18 @@
 #include <gtkmm/menu.h>
 #include <gtkmm/radiomenuitem.h>
 
+#include <set>
+
 #include "core/global_options.h"
 #include "core/i18n.h"
 
 namespace zemblar {
 namespace {
 
-constexpr unsigned steps[] = {0, 5, 10, 20};
+/// Somebody may have written another step into the options.
+std::set<unsigned> steps() {
+  return {0, 5, 10, 20, GlobalOptions::get().get_grid()};
+}
 
 }  // namespace
 
@@ -17,7 +22,7 @@ void append_grid_menu(Gtk::MenuShell& menu) {
   auto& options = GlobalOptions::get();
   auto* choices = Gtk::manage(new Gtk::Menu);
   Gtk::RadioMenuItem::Group group;
-  for (const auto step : steps) {
+  for (const auto step : steps()) {
     const auto name =
         step == 0 ? Glib::ustring(_("_Off")) : Glib::ustring::compose(_("Every %1 Units"), step);
     auto* choice = Gtk::manage(new Gtk::RadioMenuItem(group, name, true));

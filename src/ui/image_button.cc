@@ -90,7 +90,7 @@ void ImageButton::on_choose() {
   dialog_->signal_response().connect(sigc::mem_fun(*this, &ImageButton::on_response));
   if (!path_.empty()) {
     dialog_->set_filename(path_);
-  } else if (const auto file = Layout::get().get_file()) {
+  } else if (const auto file = Layout::get().get_file(); file && file->is_native()) {
     dialog_->set_current_folder(file->get_parent()->get_path());
   }
   dialog_->show();

@@ -3,6 +3,7 @@
 #include <gdk/gdkkeysyms.h>
 
 #include <algorithm>
+#include <array>
 #include <vector>
 
 namespace zemblar {
@@ -31,6 +32,22 @@ bool is_digit(guint keyval) {
   return keyval >= GDK_KEY_0 && keyval <= GDK_KEY_9;
 }
 
+/// With Num Lock, Shift turns the digits of the keypad into what they are without it.
+std::optional<unsigned> keypad_digit_of(const GdkEventKey& event) {
+  static constexpr std::array shifted{GDK_KEY_KP_Insert,    GDK_KEY_KP_End,  GDK_KEY_KP_Down,
+                                      GDK_KEY_KP_Page_Down, GDK_KEY_KP_Left, GDK_KEY_KP_Begin,
+                                      GDK_KEY_KP_Right,     GDK_KEY_KP_Home, GDK_KEY_KP_Up,
+                                      GDK_KEY_KP_Page_Up};
+  if (event.keyval >= GDK_KEY_KP_0 && event.keyval <= GDK_KEY_KP_9) {
+    return event.keyval - GDK_KEY_KP_0;
+  }
+  constexpr guint shift_and_num_lock = GDK_SHIFT_MASK | GDK_MOD2_MASK;
+  if ((event.state & shift_and_num_lock) != shift_and_num_lock) return {};
+  const auto* const found = std::ranges::find(shifted, static_cast<int>(event.keyval));
+  if (found == shifted.end()) return {};
+  return static_cast<unsigned>(found - shifted.begin());
+}
+
 }  // namespace
 
 bool has_meaning(const GdkEventKey& event, std::initializer_list<guint> meanings) {
@@ -43,9 +60,7 @@ bool has_meaning(const GdkEventKey& event, std::initializer_list<guint> meanings
 }
 
 std::optional<unsigned> digit_of(const GdkEventKey& event) {
-  if (event.keyval >= GDK_KEY_KP_0 && event.keyval <= GDK_KEY_KP_9) {
-    return event.keyval - GDK_KEY_KP_0;
-  }
+  if (const auto digit = keypad_digit_of(event)) return digit;
   std::optional<unsigned> other;
   for (const auto& entry : meanings_of(event.hardware_keycode)) {
     if (!is_digit(entry.keyval) || entry.level > 1) continue;

@@ -173,7 +173,7 @@ void LokController::connect(Lok& lok) {
   actual_speed_changed_ = lok.signal_actual_speed_changed().connect(
       sigc::mem_fun(*this, &LokController::follow_actual_speed));
   emergency_stop_changed_ = lok.signal_emergency_stop_changed().connect([this] {
-    if (lok_->get_emergency_stop()) end_drag();
+    if (lok_->get_emergency_stop()) scale_.let_go();
     tell_condition();
   });
   follow_speed();
@@ -224,15 +224,6 @@ void LokController::show_wanted_speed() {
                              : "");
 }
 
-// The pointer that holds the scale would set the train out again with its next move.
-void LokController::end_drag() {
-  if (!scale_.has_grab()) return;
-  const bool had_focus = scale_.has_focus();
-  scale_.set_sensitive(false);
-  scale_.set_sensitive(true);
-  if (had_focus) scale_.grab_focus();
-}
-
 // The window keeps its size while a train drives, and never cuts off the advice.
 void LokController::keep_room_for_sentence() {
   sentence_.set_size_request(sentence_width, -1);
@@ -251,13 +242,14 @@ void LokController::tell_condition() {
 
 bool LokController::press_key(const GdkEventKey& event) {
   if (!lok_ || (event.state & (GDK_MOD1_MASK | GDK_SUPER_MASK)) != 0) return false;
-  const bool control = (event.state & GDK_CONTROL_MASK) != 0;
-  if (!control && (event.keyval == GDK_KEY_space || event.keyval == GDK_KEY_KP_Space)) {
+  if (has_meaning(event, {GDK_KEY_space, GDK_KEY_KP_Space})) {
     on_stop_clicked();
     return true;
   }
+  // A digit without a function is not to mean something else to the scale.
   const auto function = function_of(event);
-  return function && functions_.press(*function);
+  if (function) functions_.press(*function);
+  return function.has_value();
 }
 
 }  // namespace zemblar

@@ -63,7 +63,6 @@ class LokController : public Gtk::VBox {
   void show_wanted_speed();
   void tell_condition();
   void keep_room_for_sentence();
-  void end_drag();
 
   bool following_ = false;
   ObjectButton chooser_;

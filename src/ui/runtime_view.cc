@@ -88,10 +88,11 @@ bool RuntimeView::on_focus(Gtk::DirectionType direction) {
     return DiagramCanvas::on_focus(direction);
   }
   const bool enters = !is_focus();
-  if (enters) marked_ = nullptr;
-  const bool marks = mark_next(direction == Gtk::DIR_TAB_BACKWARD);
-  if (enters) grab_focus();
-  return marks || enters;
+  if (enters) {
+    marked_ = nullptr;
+    grab_focus();
+  }
+  return mark_next(direction == Gtk::DIR_TAB_BACKWARD) || enters;
 }
 
 // False at the end, where the focus goes on to the next widget.

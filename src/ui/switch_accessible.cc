@@ -169,10 +169,10 @@ GType canvas_type() {
 }  // namespace
 
 SwitchAccessibles::~SwitchAccessibles() {
-  for (auto& [drawn, child] : children_) drop(child);
-  if (!accessible_) return;
-  set_children(accessible_, nullptr);
-  g_object_unref(accessible_);
+  if (accessible_) set_children(accessible_, nullptr);
+  auto ended = std::move(children_);
+  for (auto& [drawn, child] : ended) drop(child);
+  if (accessible_) g_object_unref(accessible_);
 }
 
 void SwitchAccessibles::drop(Child& child) {
@@ -230,7 +230,7 @@ void SwitchAccessibles::on_changed(ViewObj* drawn) {
 
 void SwitchAccessibles::on_added(ViewObj* drawn) {
   switches_known_ = false;
-  if (!accessible_) return;
+  if (children_.empty()) return;
   if (auto* child = child_of(drawn)) {
     g_signal_emit_by_name(accessible_, "children-changed::add", place_of_switch(child), child);
   }

@@ -18,9 +18,10 @@ inline void give_focus(Gtk::Window& window) {
 }
 
 /// A key as the window gets it: to the widget with the focus, then outwards.
-inline void press_key(Gtk::Window& window, guint key, unsigned modifiers = 0) {
+inline void press_key(Gtk::Window& window, guint key, unsigned modifiers = 0,
+                      GdkEventType type = GDK_KEY_PRESS) {
   GdkEvent event{};
-  event.key.type = GDK_KEY_PRESS;
+  event.key.type = type;
   event.key.window = window.get_window()->gobj();
   event.key.keyval = key;
   GdkKeymapKey* keys = nullptr;

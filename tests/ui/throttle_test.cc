@@ -185,7 +185,7 @@ class ScalePointer {
   GtkWidget* scale_;
 };
 
-TEST_F(ThrottleTest, a_pointer_that_holds_the_scale_lets_go_of_a_train_that_is_stopped) {
+TEST_F(ThrottleTest, a_pointer_or_a_key_that_is_held_lets_go_of_a_train_that_is_stopped) {
   auto* lok = add_lok("Express");
   auto& window = open_window(lok);
   ScalePointer pointer(get_widget<LokController>(window));
@@ -196,6 +196,14 @@ TEST_F(ThrottleTest, a_pointer_that_holds_the_scale_lets_go_of_a_train_that_is_s
   lok->set_emergency_stop(true);
   pointer.send(GDK_MOTION_NOTIFY, middle - 40);
   EXPECT_TRUE(lok->get_emergency_stop());
+  press_key(window, GDK_KEY_Up);
+  EXPECT_EQ(lok->get_speed(), 1U);
+  lok->set_emergency_stop(true);
+  press_key(window, GDK_KEY_Up);
+  EXPECT_TRUE(lok->get_emergency_stop()) << "it repeats while it is held";
+  press_key(window, GDK_KEY_Up, 0, GDK_KEY_RELEASE);
+  press_key(window, GDK_KEY_Up);
+  EXPECT_EQ(lok->get_speed(), 1U);
   window.hide();
   handle_events();
 }
@@ -217,6 +225,14 @@ TEST_F(ThrottleTest, a_press_beside_the_slider_moves_by_a_page_and_speeds_are_wh
     }
     pointer.click(10, 2);
     EXPECT_EQ(throttle.scale().get_value(), 60);
+    // The second press of a double click, and another button meanwhile.
+    pointer.send(GDK_BUTTON_PRESS, pointer.middle() - 30);
+    pointer.send(GDK_2BUTTON_PRESS, pointer.middle());
+    pointer.send(GDK_BUTTON_PRESS, 10, 3);
+    pointer.send(GDK_BUTTON_RELEASE, pointer.middle());
+    EXPECT_EQ(throttle.scale().get_value(), 70);
+    EXPECT_FALSE(throttle.scale().has_grab()) << "it would go on to the end";
+    throttle.scale().set_value(60);
     const double from = pointer.middle();
     pointer.send(GDK_BUTTON_PRESS, from);
     for (int way = 1; way < 20; ++way) {
@@ -249,14 +265,20 @@ TEST_F(ThrottleTest, keys_stop_the_train_and_press_the_functions_of_their_number
   };
   for (const auto& [key, modifiers, function] :
        {Case{GDK_KEY_3, 0, "3 "}, Case{GDK_KEY_KP_3, 0, "3 "}, Case{GDK_KEY_numbersign, 0, "13 "},
+        Case{GDK_KEY_KP_Page_Down, GDK_SHIFT_MASK | GDK_MOD2_MASK, "13 "},
+        Case{GDK_KEY_KP_End, GDK_SHIFT_MASK | GDK_MOD2_MASK, ""},
         Case{GDK_KEY_0, GDK_CONTROL_MASK, "20 "}, Case{GDK_KEY_8, GDK_CONTROL_MASK, "28 "},
         Case{GDK_KEY_9, GDK_CONTROL_MASK, ""}, Case{GDK_KEY_2, 0, ""},
         Case{GDK_KEY_1, GDK_MOD1_MASK, ""}, Case{GDK_KEY_a, 0, ""}}) {
     press_key(window, key, modifiers);
     EXPECT_EQ(pressed(), function) << gdk_keyval_name(key) << " with " << modifiers;
+    EXPECT_EQ(lok->get_speed(), 0U);
   }
-  press_key(window, GDK_KEY_space);
-  EXPECT_TRUE(lok->get_emergency_stop());
+  for (const unsigned modifiers : {0U, unsigned{GDK_CONTROL_MASK}, unsigned{GDK_SHIFT_MASK}}) {
+    lok->set_speed(10);
+    press_key(window, GDK_KEY_space, modifiers);
+    EXPECT_TRUE(lok->get_emergency_stop()) << modifiers;
+  }
   window.hide();
 }
 
@@ -268,12 +290,15 @@ TEST_F(ThrottleTest, arrows_drive_in_the_scale_and_choose_among_the_functions) {
   struct Step {
     guint key;
     unsigned speed;
+    unsigned modifiers = 0;
   };
-  for (const auto& [key, speed] :
+  for (const auto& [key, speed, modifiers] :
        {Step{GDK_KEY_Up, 1}, Step{GDK_KEY_Right, 2}, Step{GDK_KEY_Page_Up, 12},
         Step{GDK_KEY_Down, 11}, Step{GDK_KEY_Left, 10}, Step{GDK_KEY_Page_Down, 0},
-        Step{GDK_KEY_End, 126}, Step{GDK_KEY_Home, 0}}) {
-    press_key(window, key);
+        Step{GDK_KEY_Right, 10, GDK_CONTROL_MASK}, Step{GDK_KEY_Left, 0, GDK_CONTROL_MASK},
+        Step{GDK_KEY_Up, 1}, Step{GDK_KEY_End, 1}, Step{GDK_KEY_KP_End, 1},
+        Step{GDK_KEY_Home, 0}}) {
+    press_key(window, key, modifiers);
     EXPECT_EQ(lok->get_speed(), speed) << gdk_keyval_name(key);
   }
 
