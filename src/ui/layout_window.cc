@@ -12,6 +12,7 @@ namespace zemblar {
 namespace {
 
 constexpr guint margin = 3;
+constexpr unsigned retry_interval = 100;  // milliseconds
 
 /// A key that is meant for the drawing must not start an empty layout. All tools have entries in
 /// the menus as well.
@@ -70,10 +71,21 @@ void LayoutWindow::set_content(Gtk::Widget& content, ViewPages& pages) {
   pages.take_free_focus();
 }
 
-// Deleted in the next turn: the menu entry that closes the window is still being served.
 void LayoutWindow::on_hide() {
   Gtk::Window::on_hide();
-  Glib::signal_idle().connect_once([this] { delete this; });
+  end_soon();
+}
+
+// The menu entry that closes the window is still being served, and so may be a button of its own
+// whose dialog is open: assistive technology closes windows behind dialogs.
+void LayoutWindow::end_soon() {
+  Glib::signal_idle().connect_once([this] {
+    if (g_main_depth() == 1) {
+      delete this;
+    } else {
+      Glib::signal_timeout().connect_once([this] { end_soon(); }, retry_interval);
+    }
+  });
 }
 
 }  // namespace zemblar

@@ -37,6 +37,7 @@ class LayoutWindow : public Gtk::Window {
 
  private:
   void on_hide() override;
+  void end_soon();
   void add_status_line();
 
   Gtk::VBox rows_;

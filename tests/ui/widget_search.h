@@ -39,6 +39,16 @@ T& get_widget(Gtk::Widget& root, const std::string& name = {}) {
   return *found;
 }
 
+/// The window of a class that is shown; null for none.
+template <typename T>
+T* shown_window() {
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    auto* one = dynamic_cast<T*>(window);
+    if (one && one->get_visible()) return one;
+  }
+  return nullptr;
+}
+
 /// Whether a label in there has this text.
 inline bool shows(Gtk::Widget& widget, const std::string& text) {
   if (auto* label = dynamic_cast<Gtk::Label*>(&widget)) return label->get_text().raw() == text;

@@ -402,10 +402,7 @@ TEST(MainWindows, have_the_focus_on_the_drawing_and_never_on_a_tool) {
     auto& layout = fresh_layout();
     open();
     handle_events();
-    Gtk::Window* window = nullptr;
-    for (auto* shown : Gtk::Window::list_toplevels()) {
-      if (dynamic_cast<LayoutWindow*>(shown)) window = shown;
-    }
+    Gtk::Window* window = test::shown_window<LayoutWindow>();
     const auto on_drawing = [&] {
       return dynamic_cast<DiagramCanvas*>(window->get_focus()) != nullptr;
     };
@@ -429,15 +426,36 @@ TEST(MainWindows, have_the_focus_on_the_drawing_and_never_on_a_tool) {
   }
 }
 
+TEST(MainWindows, live_on_behind_a_dialog_of_their_own) {
+  fresh_layout();
+  TrackView::open();
+  handle_events();
+  auto* window = test::shown_window<TrackView>();
+  bool ended = false;
+  window->add_destroy_notify_callback(&ended, [](void* flag) -> void* {
+    *static_cast<bool*>(flag) = true;
+    return nullptr;
+  });
+  bool ended_in_dialog = false;
+  Glib::signal_idle().connect_once([&] {
+    window->hide();
+    handle_events();
+    ended_in_dialog = ended;
+  });
+  handle_events();
+  EXPECT_FALSE(ended_in_dialog);
+  for (int waits = 0; waits < 20 && !ended; ++waits) {
+    Glib::usleep(20'000);
+    handle_events();
+  }
+  EXPECT_TRUE(ended);
+}
+
 TEST(TrackEditor, makes_what_a_tool_shows_where_there_is_a_view_and_no_zone_for_a_label) {
   auto& layout = fresh_layout();
   TrackEditor::open();
   handle_events();
-  TrackEditor* editor = nullptr;
-  for (auto* window : Gtk::Window::list_toplevels()) {
-    if (auto* one = dynamic_cast<TrackEditor*>(window)) editor = one;
-  }
-  ASSERT_TRUE(editor);
+  auto* editor = test::shown_window<TrackEditor>();
   auto& blocks = layout.get_blocks();
   const auto click = [editor](const Gtk::StockID& tool) {
     for (auto* child : test::get_widget<Gtk::Toolbar>(*editor).get_children()) {
