@@ -13,6 +13,7 @@
 
 #include "core/i18n.h"
 #include "core/object.h"
+#include "core/toplevel.h"
 #include "ui/object_icon.h"
 
 namespace zemblar {
@@ -50,7 +51,7 @@ ObjectFinder::ObjectFinder(ObjectChoices choices, ObjectMenuBase::Chosen chosen,
   follower_ = std::make_unique<LayoutFollower>([this, first](Layout& layout, auto& ends) mutable {
     if (!std::exchange(first, false)) return hide();
     const auto on = [&](sigc::signal<void, Object*>& signal) {
-      ends.emplace_back(signal.connect([this](Object* /*object*/) { refill(); }));
+      ends.emplace_back(signal.connect([this](Object* object) { on_changed(*object); }));
     };
     on(layout.signal_object_added());
     ends.emplace_back(
@@ -129,6 +130,12 @@ void ObjectFinder::fill_from(Object& container, const std::string& text) {
     }
     if (!object->empty()) fill_from(*object, text);
   }
+}
+
+// A new document has nothing to choose from that was offered, and is not whole yet.
+void ObjectFinder::on_changed(const Object& object) {
+  if (dynamic_cast<const Toplevel*>(&object)) over_ = true;
+  over_ ? hide() : refill();
 }
 
 // Something else has changed in the layout: the choice is not to jump.

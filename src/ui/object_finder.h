@@ -14,9 +14,9 @@ namespace zemblar {
 
 /// A small window in which one of many objects is found by typing a part of its name.
 ///
-/// Return and a double click choose, Escape and another layout close it. The objects are those of
-/// the moment; one that ends leaves the list. `chosen` gets null for the row that chooses nothing,
-/// and is called once at most, after the window has been hidden.
+/// Return and a double click choose, Escape, New and another layout close it. The objects are those
+/// of the moment; one that ends leaves the list. `chosen` gets null for the row that chooses
+/// nothing, and is called once at most, after the window has been hidden.
 class ObjectFinder : public Gtk::Window {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -29,6 +29,7 @@ class ObjectFinder : public Gtk::Window {
  private:
   void build();
   void fill();
+  void on_changed(const Object& object);
   void refill();
   void fill_from(Object& container, const std::string& text);
   void drop(const Object& ending);
@@ -39,6 +40,7 @@ class ObjectFinder : public Gtk::Window {
   ObjectChoices choices_;
   ObjectMenuBase::Chosen chosen_;
   bool with_none_;
+  bool over_ = false;  // the document that it was for has gone
   Gtk::Entry text_;
   Gtk::TreeView list_;
   Glib::RefPtr<Gtk::ListStore> rows_;

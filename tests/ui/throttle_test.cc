@@ -579,6 +579,9 @@ TEST_F(ThrottleTest, one_of_many_locomotives_is_found_by_typing) {
   press(GDK_KEY_Escape);
   EXPECT_FALSE(finder.get_visible());
   EXPECT_EQ(chosen.size(), 2u);
+  finder.show();
+  layout().new_document(true);
+  EXPECT_FALSE(finder.get_visible());
 }
 
 }  // namespace
