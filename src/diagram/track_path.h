@@ -25,7 +25,7 @@ class TrackPaths {
   static constexpr double halo_width = 8.0;
   static constexpr double glow_width = 13.0;
 
-  /// What lies below the rails. Sleepers are short black lines across a white halo that reach out
+  /// The ground below the rails. Sleepers are short black lines across a white halo that reach out
   /// of it: a mark for those who do not tell the colours of rails.
   enum class Bed { none, halo, sleepers };
 

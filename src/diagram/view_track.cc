@@ -210,7 +210,8 @@ void ViewTrack::move_by(const Vector& delta) {
 
 // --- Alignment ---
 
-// A straight segment that crosses less than a step is level, or upright, from its start.
+// A straight segment that crosses less than a step is level, or upright, from its start. Nodes that
+// would fall together stay where they are.
 void ViewTrack::align(double step) {
   before_change();
   auto nodes = inner_nodes();
@@ -224,12 +225,16 @@ void ViewTrack::align(double step) {
     if (level && std::abs(across.y) < step) places[segment.end].y = places[segment.start].y;
     if (!level && std::abs(across.x) < step) places[segment.end].x = places[segment.start].x;
   }
-  for (auto* node : nodes) node->drag(ViewNode::body, places[node]);
+  for (auto* node : nodes) {
+    const auto shared =
+        std::ranges::count(places, places[node], [](auto& one) { return one.second; });
+    if (shared == 1) node->drag(ViewNode::body, places[node]);
+  }
   for (auto* node : nodes) level_direction(*node);
   changed();
 }
 
-// By less than some ten degrees. What leads the node leads it on.
+// By less than some ten degrees. A node that is led keeps the direction of its lead.
 void ViewTrack::level_direction(ViewNode& node) {
   constexpr double least_cosine = 0.985;
   if (node.is_led() || node.is_locked()) return;

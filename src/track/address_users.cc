@@ -18,7 +18,7 @@ bool share_device(const Device* one, const Device* other) {
   return !one || !other || one == other;
 }
 
-/// What one has in common with the others that could be mistaken for it, but for the address.
+/// Whether a command for one reaches the other as well, if their addresses are the same.
 bool are_alike(const Decoder& one, const Decoder& other) {
   return share_device(one.get_device(), other.get_device());
 }

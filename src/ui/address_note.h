@@ -14,8 +14,8 @@ namespace zemblar {
 
 class Form;
 
-/// Says under the field of an address who else has it, with a button that takes the next free one.
-/// The row is not there while nobody else does.
+/// A row under the field of an address: the other objects that have it, and a button that takes the
+/// next free one. The row is hidden while the address is nobody else's.
 class AddressNote : public Gtk::VBox {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -25,7 +25,7 @@ class AddressNote : public Gtk::VBox {
     std::function<void()> take_next_free;
   };
 
-  /// Adds itself to the form, which it stands in.
+  /// The note adds itself to the form, which outlives it.
   AddressNote(Form& form, Source source);
 
   /// The address has changed. Changes of others are seen with the next pulse of the layout.

@@ -48,7 +48,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
 
   /// Whether the drawing and the picture were in sight as a whole when that was last looked at.
   [[nodiscard]] bool is_all_seen() const { return all_seen_; }
-  /// It has been looked at: some time after the picture, or what can be seen of it, has changed.
+  /// Emitted when is_all_seen is known anew, some time after the picture or its visible part has
+  /// changed.
   sigc::signal<void>& signal_looked() { return signal_looked_; }
 
   /// Everything has to be drawn anew.

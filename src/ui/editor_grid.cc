@@ -45,7 +45,7 @@ void EditorView::drag_to(const Vector& pointer, unsigned state) {
   if (part->part == ViewNode::right_handle) node.set_right_handle(on_grid({node.right, 0}, 0).x);
 }
 
-// It follows by its middle.
+// A new object follows the pointer by its middle, and stands on the grid by its anchor.
 void EditorView::place_at(const Vector& pointer, unsigned state) {
   if (!placed_) return;
   const auto place = to_view(pointer);

@@ -89,11 +89,10 @@ Gtk::Menu* EditorTools::make_menu(DiagramKind kind, const Glib::ustring& add_new
 
 // Assistive technology reaches the items of a menu whose own item is insensitive.
 void EditorTools::choose(DiagramKind kind, bool existing) {
-  if (sensitive_) signal_chosen_.emit(kind, existing);
+  if (buttons_.front()->get_sensitive()) signal_chosen_.emit(kind, existing);
 }
 
 void EditorTools::set_sensitive(bool sensitive) {
-  sensitive_ = sensitive;
   for (auto* button : buttons_) button->set_sensitive(sensitive);
   for (auto* item : items_) item->set_sensitive(sensitive);
 }

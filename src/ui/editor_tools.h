@@ -32,7 +32,6 @@ class EditorTools {
 
   void choose(DiagramKind kind, bool existing);
 
-  bool sensitive_ = true;
   std::vector<Gtk::MenuToolButton*> buttons_;
   std::vector<Gtk::MenuItem*> items_;
   sigc::signal<void, DiagramKind, bool> signal_chosen_;

@@ -29,7 +29,7 @@ class ObjectButton : public Gtk::Button {
 
   /// From now on other objects are offered; the chosen one stays.
   void set_choices(ObjectChoices choices);
-  /// Says in the tooltip what is chosen here, above which stands where the chosen object is.
+  /// The tooltip gets this text, below the path of the chosen object where names repeat.
   void explain(const Glib::ustring& text);
   /// Shows the name in bold letters.
   void emphasize();

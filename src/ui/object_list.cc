@@ -184,8 +184,8 @@ void ObjectList::on_added(Object& object) {
   if (dynamic_cast<Toplevel*>(&object)) rows_->refresh(*object.get_parent());
 }
 
-// Where the button is that made it: the panel of what is selected. Whoever makes a thing sets it up
-// next, and the button goes with the panel, so the row gets the keys.
+// The button that made the object stands in the panel of its container, and goes with that panel.
+// So the row of the new object gets the keys.
 void ObjectList::on_made(Object& object) {
   if (object.get_parent() != selected() || !rows_->row_of(object)) return;
   select(object);

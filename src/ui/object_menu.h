@@ -18,7 +18,7 @@ struct ObjectChoices {
   /// Asked anew for each menu, since the layout may have been replaced.
   std::function<Object&()> container;
   std::function<bool(const Object&)> offers;
-  const Object* chosen = nullptr;  ///< is marked, and only compared
+  const Object* chosen = nullptr;  ///< gets a mark; alive while a menu is built
 };
 
 /// All locomotives of the current layout, at any depth of groups.

@@ -32,8 +32,9 @@ RuntimeView::RuntimeView(View& view)
                             "The track editor is in the menu View.")) {
   get_accessible()->set_name(view.get_name());
   changed_ = view.signal_changed().connect([this] {
-    accessibles_.on_changed(get_view().changed_object());
-    if (marked_) queue_draw();
+    auto* drawn = get_view().changed_object();
+    accessibles_.on_changed(drawn);
+    if (marked_ && (!drawn || drawn == marked_)) queue_draw();
   });
   added_ = view.signal_object_added().connect(
       [this](ViewObj* object) { accessibles_.on_added(object); });

@@ -87,8 +87,8 @@ SpeedEditor::SpeedEditor(Gtk::HBox& box, const SpeedArg& speed) : value_(speed) 
       [this] { value_.speed = static_cast<unsigned>(spin_.get_value_as_int()); }, *this));
   spin_.set_range(0, most());
   spin_.set_value(speed.speed);
-  // The unit may be chosen after the number was typed: who goes there with the pointer leaves the
-  // number first, which must not clamp it.
+  // The unit may be chosen after the number was typed: the field loses the focus to the unit's
+  // button first, which must not clamp the number.
   spin_.signal_focus_out_event().connect(
       sigc::track_obj([this](GdkEventFocus*) { return spin_.set_range(0, most_km_h), false; },
                       *this),

@@ -85,7 +85,7 @@ bool SpeedScale::is_beside_slider(double y) const {
 // A train must not leap to the speed of the place that was hit. Where the theme has the primary
 // button jump there, another button pages.
 bool SpeedScale::on_button_press_event(GdkEventButton* event) {
-  // What the button that pages is held for ends with its release, whatever is pressed besides.
+  // Paging ends with the release of its button, whatever is pressed besides.
   const bool is_new = event->type == GDK_BUTTON_PRESS && event->button != 2;
   if (!is_new || (pages_ && event->button != 1)) return true;
   auto passed = *event;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "core/i18n.h"
+#include "track/point_base.h"
 #include "ui/runtime_view.h"
 #include "ui/view_switches.h"
 
@@ -222,8 +223,9 @@ void SwitchAccessibles::refresh_name(ViewObj& drawn) {
   atk_object_set_name(child->second.accessible, describe_switch(drawn).c_str());
 }
 
-// An object that has changed may have been moved.
+// A switch that has changed may have been moved. Track changes whenever a train comes or goes.
 void SwitchAccessibles::on_changed(ViewObj* drawn) {
+  if (drawn && !dynamic_cast<PointBase*>(drawn->get_object())) return;
   switches_known_ = false;
   if (drawn) refresh_name(*drawn);
 }
@@ -242,7 +244,9 @@ void SwitchAccessibles::on_removed(ViewObj* drawn) {
   if (child == children_.end()) return;
   auto ended = std::move(child->second);
   children_.erase(child);
-  g_signal_emit_by_name(accessible_, "children-changed::remove", 0, ended.accessible);
+  const auto place = std::ranges::find(switches_, drawn) - switches_.begin();
+  g_signal_emit_by_name(accessible_, "children-changed::remove", static_cast<guint>(place),
+                        ended.accessible);
   drop(ended);
 }
 

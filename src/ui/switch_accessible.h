@@ -12,10 +12,11 @@ namespace zemblar {
 class RuntimeView;
 class ViewObj;
 
-/// What assistive technology is told of an operating display: each switch as a child of the canvas,
-/// named after its state, with the action "click". Belongs to the canvas.
+/// The accessible children of an operating display: one for each switch, named after its state,
+/// with the action "click". Belongs to the canvas.
 ///
-/// Nothing is made before somebody asks, and nothing at all where the toolkit has no accessibility.
+/// Children are made as they are asked for. Nothing at all is made where the toolkit has no
+/// accessibility.
 class SwitchAccessibles {
  public:
   explicit SwitchAccessibles(RuntimeView& canvas) : canvas_(canvas) {}

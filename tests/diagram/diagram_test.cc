@@ -395,7 +395,7 @@ TEST_F(DiagramTest, every_straight_leg_of_a_point_sets_the_direction_of_its_end)
   EXPECT_EQ(leg.dir, along_leg());
   common.drag(ViewNode::body, {-60, -40});
   EXPECT_EQ(leg.dir, along_leg());
-  // It leads a bend that is joined to it, and another straight piece does not lead it.
+  // The leg leads a bend that is joined to it, and no straight piece leads the leg.
   auto* bend = show<ViewZone>(*zone("Bend", false), {100, 0});
   bend->make_curved(bend->segments()[0]);
   end(*bend, "left").connect(leg);

@@ -300,14 +300,21 @@ TEST_F(CanvasTest, a_plan_that_is_larger_than_its_window_is_shown_whole) {
   }
 }
 
+/// All views of the layout in a window, instead of what it had.
+struct ShownPages : ViewPages {
+  explicit ShownPages(Gtk::Window& window)
+      : ViewPages([](View& shown) { return scrolled(Gtk::manage(new RuntimeView(shown))); },
+                  Hidden::skip) {
+    window.remove();
+    window.add(*this);
+    window.show_all();
+    handle_events();
+  }
+};
+
 TEST_F(CanvasTest, a_hint_shows_while_something_is_out_of_sight_and_fits_it) {
   auto* second = layout().get_views().add(new View);
-  window.remove();
-  ViewPages pages([](View& v) { return scrolled(Gtk::manage(new RuntimeView(v))); },
-                  ViewPages::Hidden::skip);
-  window.add(pages);
-  window.show_all();
-  handle_events();
+  ShownPages pages(window);
   auto& hint = get_widget<Gtk::Button>(pages, "Not All Is in Sight: Fit (Ctrl+0)");
   EXPECT_FALSE(hint.get_mapped());
   auto* far = show<ViewZone>(*zone("Far"), {0, 0});
@@ -471,12 +478,7 @@ TEST_F(CanvasTest, views_and_layouts_end_while_they_are_looked_at) {
   const auto path = folder.file("layout.zblt");
   layout().get_devices().destroy_children();
   folder.write("layout.zblt", layout().serialize());
-  window.remove();
-  ViewPages pages([](View& v) { return scrolled(Gtk::manage(new RuntimeView(v))); },
-                  ViewPages::Hidden::skip);
-  window.add(pages);
-  window.show_all();
-  handle_events();
+  ShownPages pages(window);
   // Something waits to be drawn each time.
   const std::vector<std::function<void()>> ends = {
       [&] { view.destroy(); },

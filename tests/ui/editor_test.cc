@@ -336,6 +336,11 @@ TEST_F(EditorTest, aligns_what_is_selected_and_takes_it_back) {
   while (steps.undo()) {
   }
   EXPECT_EQ(layout().serialize(), before);
+  auto* stump = zone_at({200, 200});
+  end(stump, "left").drag(ViewNode::body, {201, 201});
+  end(stump, "right").drag(ViewNode::body, {203, 201});
+  align(stump);
+  EXPECT_EQ(end(stump, "left").pos, (Vector{201, 201})) << "both would lie at one place";
 }
 
 TEST_F(EditorTest, does_by_keys_what_the_pointer_does) {
