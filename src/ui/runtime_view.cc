@@ -3,6 +3,7 @@
 #include <atkmm/object.h>
 #include <gdk/gdkkeysyms.h>
 #include <gdkmm/general.h>
+#include <gtk/gtkmain.h>
 
 #include <algorithm>
 #include <utility>
@@ -23,6 +24,15 @@ bool is_second_press() {
   const bool repeated = next->type == GDK_2BUTTON_PRESS || next->type == GDK_3BUTTON_PRESS;
   gdk_event_free(next);
   return repeated;
+}
+
+/// The toolkit moves the focus by itself too, into a window that opens and a page that comes up.
+bool is_tab_pressed() {
+  GdkEvent* event = gtk_get_current_event();
+  if (!event) return false;
+  const guint key = event->type == GDK_KEY_PRESS ? event->key.keyval : 0;
+  gdk_event_free(event);
+  return key == GDK_KEY_Tab || key == GDK_KEY_ISO_Left_Tab || key == GDK_KEY_KP_Tab;
 }
 
 }  // namespace
@@ -83,7 +93,8 @@ void RuntimeView::mark(ViewObj* drawn) {
   queue_draw();
 }
 
-// Another widget that had the focus hands it over to the first switch, or the last.
+// Another widget that had the focus hands it over to the first switch, or the last, when a person
+// presses Tab: a view that comes up by itself lies as it is, and Space throws nothing in it.
 bool RuntimeView::on_focus(Gtk::DirectionType direction) {
   if (direction != Gtk::DIR_TAB_FORWARD && direction != Gtk::DIR_TAB_BACKWARD) {
     return DiagramCanvas::on_focus(direction);
@@ -92,6 +103,7 @@ bool RuntimeView::on_focus(Gtk::DirectionType direction) {
   if (enters) {
     marked_ = nullptr;
     grab_focus();
+    if (!is_tab_pressed()) return true;
   }
   return mark_next(direction == Gtk::DIR_TAB_BACKWARD) || enters;
 }

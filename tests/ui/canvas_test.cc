@@ -357,6 +357,7 @@ TEST_F(CanvasTest, a_double_click_acts_once) {
 }
 
 TEST_F(CanvasTest, tab_goes_through_points_and_signals_and_leaves_behind_the_last) {
+  EXPECT_EQ(canvas.get_marked(), nullptr) << "a window that has just opened";
   Gtk::Button before("before");
   Gtk::Button after("after");
   window.remove();

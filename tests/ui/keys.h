@@ -14,7 +14,7 @@ inline void give_focus(Gtk::Window& window) {
   event.focus_change.type = GDK_FOCUS_CHANGE;
   event.focus_change.window = window.get_window()->gobj();
   event.focus_change.in = TRUE;
-  window.event(&event);
+  gtk_main_do_event(&event);
 }
 
 /// A key as the window gets it: to the widget with the focus, then outwards.
@@ -34,7 +34,7 @@ inline void press_key(Gtk::Window& window, guint key, unsigned modifiers = 0,
   event.key.state = modifiers;
   if (keys[0].level != 0) event.key.state |= GDK_SHIFT_MASK;
   g_free(keys);
-  window.event(&event);
+  gtk_main_do_event(&event);
   handle_events();
 }
 
