@@ -11,6 +11,7 @@
 #include "core/property.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
+#include "ui/column_scroll.h"
 #include "ui/func_button.h"
 
 namespace zemblar {
@@ -162,7 +163,9 @@ std::size_t FuncTable::marked() const {
 }
 
 void FuncTable::mark(std::size_t index) {
-  marked_ = buttons().at(index)->get_function();
+  auto& button = *buttons().at(index);
+  marked_ = button.get_function();
+  show_in_viewport(*this, button.get_allocation());
   describe_mark();
   queue_draw();
 }

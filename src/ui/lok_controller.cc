@@ -92,6 +92,7 @@ LokController::LokController()
       scale_(speed_),
       direction_image_(Gtk::Stock::GO_FORWARD, Gtk::ICON_SIZE_LARGE_TOOLBAR),
       stop_image_(Gtk::Stock::STOP, Gtk::ICON_SIZE_LARGE_TOOLBAR),
+      function_scroll_(functions_),
       pulse_([this](Layout& layout, auto& connections) {
         connections.emplace_back(layout.signal_pulse().connect([this] { tell_condition(); }));
       }) {
@@ -129,7 +130,7 @@ void LokController::add_rows() {
   pack_start(*drive, true, true);
   pack_start(speed_label_, false, false);
   pack_start(sentence_, false, false);
-  pack_start(functions_, false, false);
+  pack_start(function_scroll_, false, false);
 }
 
 void LokController::describe_controls() {

@@ -7,6 +7,7 @@
 #include <gtkmm/label.h>
 
 #include "runtime/scoped_connection.h"
+#include "ui/column_scroll.h"
 #include "ui/dial.h"
 #include "ui/func_table.h"
 #include "ui/layout_follower.h"
@@ -77,6 +78,7 @@ class LokController : public Gtk::VBox {
   Gtk::Label sentence_;
   int sentence_height_ = 3 * 18;  // pixels; three lines at first
   FuncTable functions_;
+  ColumnScroll function_scroll_;
   LayoutFollower pulse_;
   Lok* lok_ = nullptr;
   ScopedConnection speed_changed_;

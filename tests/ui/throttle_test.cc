@@ -335,6 +335,28 @@ TEST_F(ThrottleTest, arrows_drive_in_the_scale_and_choose_among_the_functions) {
   window.hide();
 }
 
+TEST_F(ThrottleTest, functions_that_are_higher_than_the_screen_scroll_and_the_marked_one_is_seen) {
+  auto* lok = add_lok("Express");
+  auto& window = open_window(lok);
+  const int screen = window.get_screen()->get_height();
+  for (unsigned number = 0; number < 200; ++number) add_function(lok, number % 29);
+  handle_events();
+  EXPECT_LT(window.get_height(), screen);
+  auto& functions = get_widget<LokController>(window).functions();
+  functions.grab_focus();
+  for (const auto key : {GDK_KEY_End, GDK_KEY_Home}) {
+    press_key(window, key);
+    const auto shown = functions.buttons();
+    auto& marked = key == GDK_KEY_End ? *shown.back() : *shown.front();
+    int top = 0;
+    int left = 0;
+    marked.translate_coordinates(window, 0, 0, left, top);
+    EXPECT_GE(top, 0) << gdk_keyval_name(key);
+    EXPECT_LE(top + marked.get_height(), window.get_height()) << gdk_keyval_name(key);
+  }
+  window.hide();
+}
+
 TEST_F(ThrottleTest, a_window_that_is_closed_ends_with_its_throttle) {
   auto* lok = add_lok("Express");
   auto& throttle = LokController::open(lok);
