@@ -13,6 +13,7 @@
 #include "ui/close_key.h"
 #include "ui/following.h"
 #include "ui/key_place.h"
+#include "ui/type_size.h"
 
 namespace zemblar {
 namespace {
@@ -227,9 +228,10 @@ void LokController::show_wanted_speed() {
 
 // The window keeps its size while a train drives, and never cuts off the advice.
 void LokController::keep_room_for_sentence() {
-  sentence_.set_size_request(sentence_width, -1);
+  const int width = for_type(sentence_, sentence_width);
+  sentence_.set_size_request(width, -1);
   sentence_height_ = std::max(sentence_height_, sentence_.size_request().height);
-  sentence_.set_size_request(sentence_width, sentence_height_);
+  sentence_.set_size_request(width, sentence_height_);
 }
 
 void LokController::tell_condition() {

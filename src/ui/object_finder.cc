@@ -15,6 +15,7 @@
 #include "core/object.h"
 #include "core/toplevel.h"
 #include "ui/object_icon.h"
+#include "ui/type_size.h"
 
 namespace zemblar {
 namespace {
@@ -65,7 +66,7 @@ ObjectFinder::~ObjectFinder() = default;
 
 void ObjectFinder::build() {
   set_title(choices_.heading);
-  set_default_size(width, height);
+  set_size_for_type(*this, width, height);
   set_border_width(border);
   set_type_hint(Gdk::WINDOW_TYPE_HINT_DIALOG);
   set_skip_taskbar_hint();

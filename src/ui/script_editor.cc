@@ -15,6 +15,7 @@
 #include "core/i18n.h"
 #include "scripts/script.h"
 #include "ui/edit_history.h"
+#include "ui/type_size.h"
 
 namespace zemblar {
 namespace {
@@ -48,7 +49,7 @@ ScriptEditor::ScriptEditor(Script& script)
       close_(Gtk::Stock::CLOSE) {
   set_title(_("Script Editor"));
   set_border_width(margin);
-  set_default_size(width, height);
+  set_size_for_type(*this, width, height);
   add_columns();
   build();
   connect();
@@ -92,7 +93,10 @@ void ScriptEditor::build() {
   // Two lines, so that the list keeps its height.
   hint_.set_line_wrap();
   hint_.set_text("\n");
-  hint_.set_size_request(width - 2 * margin, hint_.size_request().height);
+  int window_width = 0;
+  int window_height = 0;
+  get_default_size(window_width, window_height);
+  hint_.set_size_request(window_width - 2 * margin, hint_.size_request().height);
   hint_.set_alignment(0, 0);
   auto* all = Gtk::manage(new Gtk::VBox(false, gap));
   all->pack_start(name_, false, false);

@@ -10,6 +10,7 @@
 #include "core/i18n.h"
 #include "core/status.h"
 #include "ui/close_key.h"
+#include "ui/type_size.h"
 
 namespace zemblar {
 namespace {
@@ -62,10 +63,11 @@ StatusHistory::StatusHistory() : rows_(Gtk::ListStore::create(columns())), list_
   set_title(_("Messages"));
   close_by_key(*this);
   set_border_width(margin);
-  set_default_size(default_width, default_height);
+  set_size_for_type(*this, default_width, default_height);
   constexpr int time_width = 100;
   append_column(list_, _("Time"), columns().time, 0);
-  append_column(list_, _("Message"), columns().text, default_width - time_width - 4 * margin);
+  append_column(list_, _("Message"), columns().text,
+                for_type(list_, default_width - time_width - 4 * margin));
   list_.get_accessible()->set_name(_("Messages"));
   list_.set_rules_hint();
   list_.set_enable_search(false);  // see ObjectList
