@@ -11,6 +11,7 @@ import sys
 import tempfile
 import unittest
 
+from layout_text import FUNCTIONS, with_all_functions
 from picture import TITLE, pointer
 from two_trains import choose_locomotive
 from zemblar_ui import Program, press_keys, type_keys, wait_for
@@ -18,17 +19,6 @@ from zemblar_ui import Program, press_keys, type_keys, wait_for
 ZEMBLAR, LAYOUT = sys.argv[1:3]
 LOCOMOTIVE = 'Express 103'
 VIEW = 'Main Line'
-FUNCTIONS = 29
-
-
-def with_all_functions(text):
-    """The layout's text, in which one locomotive has all functions that there are."""
-    begin = text.index('functions:', text.index(f'name: {LOCOMOTIVE}')) + len('functions:')
-    entries = ''.join(
-        f'\n      - name: Function {number}\n        id: {9000 + number}\n        type: Toggle\n'
-        f'        decoder: 0\n        function: {number}\n        on_image: ~\n'
-        '        off_image: ~' for number in range(FUNCTIONS))
-    return text[:begin] + entries + text[text.index('\n  - !lok', begin):]
 
 
 def key_of(number):
@@ -46,7 +36,7 @@ class Hands(unittest.TestCase):
         with open(copy, encoding='utf-8') as file:
             text = file.read()
         with open(copy, 'w', encoding='utf-8') as file:
-            file.write(with_all_functions(text))
+            file.write(with_all_functions(text, LOCOMOTIVE))
         self.program = Program(ZEMBLAR, '-v')
         self.addCleanup(self.program.__exit__)
         self.window = self.program.window(TITLE)
