@@ -13,7 +13,7 @@
 #include "diagram/view_point.h"
 #include "diagram/view_scissor.h"
 #include "diagram/view_zone.h"
-#include "ui/runtime_view.h"
+#include "ui/canvas/runtime_view.h"
 
 namespace zemblar::bench {
 

@@ -17,7 +17,7 @@
 
 #include "benchmarks/ratio.h"
 #include "core/layout.h"
-#include "devices/device_ecos.h"
+#include "devices/ecos/device_ecos.h"
 #include "locomotives/lok.h"
 
 namespace zemblar::bench {

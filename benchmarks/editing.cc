@@ -5,7 +5,7 @@
 #include "benchmarks/ratio.h"
 #include "edit/edit_journal.h"
 #include "edit/edit_list.h"
-#include "ui/editor_view.h"
+#include "ui/canvas/editor_view.h"
 
 namespace zemblar::bench {
 namespace {

@@ -10,8 +10,8 @@
 #include <cstdlib>
 
 #include "benchmarks/layout_scene.h"
-#include "ui/object_list.h"
-#include "ui/stock.h"
+#include "ui/toolkit/stock.h"
+#include "ui/windows/object_list.h"
 
 namespace {
 

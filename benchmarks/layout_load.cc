@@ -13,7 +13,7 @@
 #include "core/document_text.h"
 #include "core/layout.h"
 #include "core/status.h"
-#include "simulator/process_memory.h"
+#include "simulator/soak/process_memory.h"
 
 namespace zemblar::bench {
 namespace {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "benchmarks/ratio.h"
-#include "devices/railcom_decoder.h"
+#include "devices/railcom/railcom_decoder.h"
 
 namespace zemblar::bench {
 namespace {

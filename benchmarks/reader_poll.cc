@@ -15,13 +15,13 @@
 #include "core/layout.h"
 #include "core/toplevel.h"
 #include "devices/default_device.h"
-#include "devices/device_tessara_bus.h"
-#include "devices/device_tessara_railcom_reader.h"
-#include "devices/railcom_poll.h"
-#include "devices/serial_port_tessara.h"
+#include "devices/tessara/device_tessara_bus.h"
+#include "devices/tessara/device_tessara_railcom_reader.h"
+#include "devices/tessara/railcom_poll.h"
+#include "devices/tessara/serial_port_tessara.h"
 #include "locomotives/lok.h"
 #include "runtime/fiber.h"
-#include "simulator/serial_cable.h"
+#include "simulator/bus/serial_cable.h"
 
 namespace zemblar::bench {
 namespace {

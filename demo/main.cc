@@ -10,12 +10,12 @@
 #include "core/global_options.h"
 #include "core/layout.h"
 #include "demo/railway.h"
-#include "devices/device_ecos.h"
-#include "devices/hw_list.h"
+#include "devices/ecos/device_ecos.h"
+#include "devices/port/hw_list.h"
 #include "runtime/scoped_connection.h"
-#include "simulator/console_input.h"
-#include "ui/application.h"
-#include "ui/lok_controller.h"
+#include "simulator/stations/console_input.h"
+#include "ui/throttle/lok_controller.h"
+#include "ui/windows/application.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iostream>
 
-#include "simulator/liusb_console.h"
+#include "simulator/stations/liusb_console.h"
 #include "track/block.h"
 
 namespace zemblar::demo {

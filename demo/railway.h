@@ -2,11 +2,11 @@
 
 #include <cstdint>
 
-#include "simulator/ecos_station.h"
-#include "simulator/layout_railway.h"
-#include "simulator/liusb_interface.h"
-#include "simulator/memory_hardware.h"
-#include "simulator/station_console.h"
+#include "simulator/bus/memory_hardware.h"
+#include "simulator/railway/layout_railway.h"
+#include "simulator/stations/ecos_station.h"
+#include "simulator/stations/liusb_interface.h"
+#include "simulator/stations/station_console.h"
 
 namespace zemblar::demo {
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "devices/bitstream_reader.h"
+#include "devices/tessara/bitstream_reader.h"
 #include "fuzz/require.h"
 
 namespace zemblar {

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "devices/ecos_msg.h"
+#include "devices/ecos/ecos_msg.h"
 #include "fuzz/require.h"
 
 namespace zemblar {

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "devices/liusb_codec.h"
+#include "devices/liusb/liusb_codec.h"
 
 namespace zemblar::liusb {
 namespace {

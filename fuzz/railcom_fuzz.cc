@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "devices/railcom_decoder.h"
+#include "devices/railcom/railcom_decoder.h"
 #include "fuzz/require.h"
 
 namespace zemblar {

@@ -14,10 +14,10 @@
 
 #include "core/layout.h"
 #include "core/toplevel.h"
-#include "devices/bitstream_reader.h"
 #include "devices/default_device.h"
-#include "devices/device_tessara_railcom_reader.h"
-#include "devices/railcom_poll.h"
+#include "devices/tessara/bitstream_reader.h"
+#include "devices/tessara/device_tessara_railcom_reader.h"
+#include "devices/tessara/railcom_poll.h"
 #include "fuzz/require.h"
 #include "locomotives/lok.h"
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "devices/tessara_codec.h"
+#include "devices/tessara/tessara_codec.h"
 #include "fuzz/require.h"
 
 namespace zemblar::tessara {

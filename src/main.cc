@@ -9,7 +9,7 @@
 
 #include "core/i18n.h"
 #include "core/instance.h"
-#include "ui/application.h"
+#include "ui/windows/application.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include "core/property.h"
 #include "core/status.h"
 #include "devices/default_device.h"
-#include "devices/hw_list.h"
+#include "devices/port/hw_list.h"
 #include "devices/track_power.h"
 
 namespace zemblar {

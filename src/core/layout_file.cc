@@ -13,7 +13,7 @@
 #include "core/private_form.h"
 #include "core/status.h"
 #include "core/yaml_io.h"
-#include "devices/hw_list.h"
+#include "devices/port/hw_list.h"
 
 namespace zemblar {
 std::string Layout::get_path() const {

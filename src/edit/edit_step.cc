@@ -10,7 +10,7 @@
 #include "core/private_form.h"
 #include "core/status.h"
 #include "devices/device.h"
-#include "devices/hw_list.h"
+#include "devices/port/hw_list.h"
 #include "diagram/view.h"
 #include "diagram/view_class.h"
 #include "edit/edit_journal.h"

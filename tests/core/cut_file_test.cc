@@ -4,7 +4,7 @@
 
 #include "core/document_text.h"
 #include "core/file_bytes.h"
-#include "devices/device_ecos.h"
+#include "devices/ecos/device_ecos.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_group.h"

@@ -14,7 +14,7 @@
 #include "core/file_bytes.h"
 #include "core/recovery_copy.h"
 #include "core/recovery_slot.h"
-#include "devices/device_ecos.h"
+#include "devices/ecos/device_ecos.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_group.h"

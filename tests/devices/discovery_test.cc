@@ -9,11 +9,11 @@
 #include <map>
 
 #include "core/layout.h"
-#include "devices/device_liusb.h"
-#include "devices/device_tessara_bus.h"
-#include "devices/hw_list.h"
+#include "devices/liusb/device_liusb.h"
+#include "devices/port/hw_list.h"
+#include "devices/tessara/device_tessara_bus.h"
 #include "runtime/timer.h"
-#include "simulator/tessara_master.h"
+#include "simulator/bus/tessara_master.h"
 
 namespace zemblar::test {
 namespace {

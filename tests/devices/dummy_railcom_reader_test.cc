@@ -1,4 +1,4 @@
-#include "devices/dummy_railcom_reader.h"
+#include "devices/railcom/dummy_railcom_reader.h"
 
 #include <gmock/gmock.h>
 

@@ -1,10 +1,10 @@
-#include "devices/ecos_msg.h"
+#include "devices/ecos/ecos_msg.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
-#include "devices/ecos_commands.h"
+#include "devices/ecos/ecos_commands.h"
 
 namespace zemblar {
 namespace {

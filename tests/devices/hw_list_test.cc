@@ -1,6 +1,6 @@
 // Hardware that comes and goes.
 
-#include "devices/hw_list.h"
+#include "devices/port/hw_list.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "devices/liusb_codec.h"
+#include "devices/liusb/liusb_codec.h"
 
 #include <gtest/gtest.h>
 

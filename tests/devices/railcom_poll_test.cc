@@ -1,12 +1,12 @@
-#include "devices/railcom_poll.h"
+#include "devices/tessara/railcom_poll.h"
 
 #include <gmock/gmock.h>
 
 #include <utility>
 #include <vector>
 
-#include "devices/bitstream_reader.h"
-#include "simulator/hex.h"
+#include "devices/tessara/bitstream_reader.h"
+#include "simulator/stations/hex.h"
 #include "tests/simulator/tessara_host.h"
 
 namespace zemblar {

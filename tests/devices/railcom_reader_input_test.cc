@@ -4,9 +4,9 @@
 #include <utility>
 
 #include "devices/default_device.h"
-#include "devices/device_tessara_railcom_reader.h"
+#include "devices/tessara/device_tessara_railcom_reader.h"
 #include "locomotives/lok.h"
-#include "simulator/railcom_encoder.h"
+#include "simulator/trains/railcom_encoder.h"
 #include "support/layout_fixture.h"
 
 namespace zemblar {

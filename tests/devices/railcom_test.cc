@@ -7,8 +7,8 @@
 #include <memory>
 #include <sstream>
 
-#include "devices/bitstream_reader.h"
-#include "devices/railcom_decoder.h"
+#include "devices/railcom/railcom_decoder.h"
+#include "devices/tessara/bitstream_reader.h"
 
 namespace zemblar {
 namespace {

@@ -1,4 +1,4 @@
-#include "devices/serial_port.h"
+#include "devices/port/serial_port.h"
 
 #include <fcntl.h>
 #include <gio/gio.h>
@@ -17,12 +17,12 @@
 #include <functional>
 #include <vector>
 
-#include "devices/port_hold.h"
+#include "devices/port/port_hold.h"
 #include "runtime/fiber.h"
 #include "runtime/scoped_connection.h"
 #include "runtime/timer.h"
-#include "simulator/pseudo_terminal.h"
-#include "simulator/serial_cable.h"
+#include "simulator/bus/serial_cable.h"
+#include "simulator/stations/pseudo_terminal.h"
 
 namespace zemblar {
 namespace {

@@ -1,4 +1,4 @@
-#include "devices/socket.h"
+#include "devices/port/socket.h"
 
 #include <giomm/error.h>
 #include <giomm/memoryinputstream.h>
@@ -16,11 +16,11 @@
 #include <thread>
 
 #include "core/status.h"
-#include "devices/device_ecos.h"
+#include "devices/ecos/device_ecos.h"
 #include "runtime/fiber.h"
 #include "runtime/scoped_connection.h"
 #include "runtime/timer.h"
-#include "simulator/ecos_station.h"
+#include "simulator/stations/ecos_station.h"
 #include "support/layout_fixture.h"
 #include "support/test_decoder.h"
 

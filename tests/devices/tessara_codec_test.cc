@@ -1,4 +1,4 @@
-#include "devices/tessara_codec.h"
+#include "devices/tessara/tessara_codec.h"
 
 #include <gmock/gmock.h>
 

@@ -4,13 +4,13 @@
 #include <yaml-cpp/yaml.h>
 
 #include "core/toplevel.h"
-#include "devices/device_tessara_bus.h"
-#include "devices/hw_list.h"
-#include "devices/serial_port_tessara.h"
-#include "devices/tessara_class.h"
+#include "devices/port/hw_list.h"
+#include "devices/tessara/device_tessara_bus.h"
+#include "devices/tessara/serial_port_tessara.h"
+#include "devices/tessara/tessara_class.h"
 #include "runtime/fiber.h"
-#include "simulator/memory_hardware.h"
-#include "simulator/tessara_master.h"
+#include "simulator/bus/memory_hardware.h"
+#include "simulator/bus/tessara_master.h"
 #include "support/layout_fixture.h"
 #include "support/link_steps.h"
 

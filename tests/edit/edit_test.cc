@@ -4,7 +4,7 @@
 
 #include <functional>
 
-#include "devices/device_ecos.h"
+#include "devices/ecos/device_ecos.h"
 #include "diagram/view.h"
 #include "diagram/view_label.h"
 #include "diagram/view_zone.h"

@@ -7,9 +7,9 @@
 
 #include "core/document_class.h"
 #include "core/document_text.h"
-#include "devices/device_ecos.h"
-#include "devices/device_tessara_bus.h"
-#include "devices/device_tessara_railcom_reader.h"
+#include "devices/ecos/device_ecos.h"
+#include "devices/tessara/device_tessara_bus.h"
+#include "devices/tessara/device_tessara_railcom_reader.h"
 #include "diagram/view_crossing.h"
 #include "diagram/view_label.h"
 #include "diagram/view_point.h"

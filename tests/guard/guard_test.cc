@@ -4,11 +4,11 @@
 #include <atomic>
 #include <thread>
 
-#include "devices/device_liusb.h"
+#include "devices/liusb/device_liusb.h"
 #include "guard/station_guard.h"
 #include "guard/station_stopper.h"
-#include "simulator/liusb_interface.h"
-#include "simulator/pseudo_terminal.h"
+#include "simulator/stations/liusb_interface.h"
+#include "simulator/stations/pseudo_terminal.h"
 #include "tests/support/layout_fixture.h"
 
 namespace zemblar::guard {

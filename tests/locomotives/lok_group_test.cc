@@ -6,7 +6,7 @@
 
 #include "core/string_pool.h"
 #include "core/yaml_io.h"
-#include "devices/device_ecos.h"
+#include "devices/ecos/device_ecos.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_holder.h"

@@ -5,12 +5,12 @@
 #include <functional>
 
 #include "core/layout.h"
-#include "devices/device_ecos.h"
+#include "devices/ecos/device_ecos.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_group.h"
 #include "runtime/timer.h"
-#include "simulator/ecos_station.h"
+#include "simulator/stations/ecos_station.h"
 #include "tests/support/layout_fixture.h"
 
 namespace zemblar::test {

@@ -1,4 +1,4 @@
-#include "simulator/ecos_hub.h"
+#include "simulator/stations/ecos_hub.h"
 
 #include <gtest/gtest.h>
 

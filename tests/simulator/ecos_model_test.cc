@@ -1,4 +1,4 @@
-#include "simulator/ecos_model.h"
+#include "simulator/stations/ecos_model.h"
 
 #include <gtest/gtest.h>
 

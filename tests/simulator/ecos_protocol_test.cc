@@ -1,10 +1,10 @@
-#include "simulator/ecos_protocol.h"
+#include "simulator/stations/ecos_protocol.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
-#include "simulator/line_splitter.h"
+#include "simulator/stations/line_splitter.h"
 
 namespace zemblar::simulator {
 namespace {

@@ -1,4 +1,4 @@
-#include "simulator/ecos_station.h"
+#include "simulator/stations/ecos_station.h"
 
 #include <arpa/inet.h>
 #include <glibmm/main.h>
@@ -9,7 +9,7 @@
 
 #include <chrono>
 
-#include "simulator/station_console.h"
+#include "simulator/stations/station_console.h"
 
 namespace zemblar::simulator {
 namespace {

@@ -1,11 +1,11 @@
-#include "simulator/railcom_encoder.h"
+#include "simulator/trains/railcom_encoder.h"
 
 #include <gtest/gtest.h>
 
 #include <bit>
 #include <set>
 
-#include "devices/railcom_decoder.h"
+#include "devices/railcom/railcom_decoder.h"
 
 namespace zemblar::simulator {
 namespace {

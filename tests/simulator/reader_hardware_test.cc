@@ -1,4 +1,4 @@
-#include "simulator/reader_hardware.h"
+#include "simulator/bus/reader_hardware.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 #include <array>
 #include <random>
 
-#include "simulator/hex.h"
-#include "simulator/railcom_encoder.h"
+#include "simulator/stations/hex.h"
+#include "simulator/trains/railcom_encoder.h"
 #include "tests/simulator/tessara_host.h"
 
 namespace zemblar::simulator {

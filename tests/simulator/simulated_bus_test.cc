@@ -1,6 +1,6 @@
-#include "simulator/simulated_bus.h"
+#include "simulator/bus/simulated_bus.h"
 
-#include "simulator/track_model.h"
+#include "simulator/trains/track_model.h"
 #include "tests/support/layout_fixture.h"
 #include "track/zone.h"
 

@@ -5,13 +5,13 @@
 
 #include "core/layout.h"
 #include "devices/default_device.h"
-#include "simulator/bus_latency.h"
-#include "simulator/fault_matrix.h"
-#include "simulator/soak_bus.h"
-#include "simulator/soak_causes.h"
-#include "simulator/soak_following.h"
-#include "simulator/soak_links.h"
-#include "simulator/soak_scene.h"
+#include "simulator/soak/bus_latency.h"
+#include "simulator/soak/fault_matrix.h"
+#include "simulator/soak/soak_bus.h"
+#include "simulator/soak/soak_causes.h"
+#include "simulator/soak/soak_following.h"
+#include "simulator/soak/soak_links.h"
+#include "simulator/soak/soak_scene.h"
 
 namespace zemblar::simulator {
 namespace {

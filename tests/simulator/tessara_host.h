@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "runtime/timer.h"
-#include "simulator/serial_cable.h"
+#include "simulator/bus/serial_cable.h"
 
 namespace zemblar::simulator::test {
 

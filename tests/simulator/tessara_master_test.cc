@@ -1,10 +1,10 @@
-#include "simulator/tessara_master.h"
+#include "simulator/bus/tessara_master.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 
-#include "simulator/hex.h"
+#include "simulator/stations/hex.h"
 #include "tests/simulator/tessara_host.h"
 
 namespace zemblar::simulator {

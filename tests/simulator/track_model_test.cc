@@ -1,9 +1,9 @@
-#include "simulator/track_model.h"
+#include "simulator/trains/track_model.h"
 
 #include <gtest/gtest.h>
 
-#include "simulator/track_reader.h"
-#include "simulator/track_station.h"
+#include "simulator/trains/track_reader.h"
+#include "simulator/trains/track_station.h"
 #include "tests/support/small_railway.h"
 #include "track/crossing.h"
 #include "track/point.h"

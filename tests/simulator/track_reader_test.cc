@@ -1,9 +1,9 @@
-#include "simulator/track_reader.h"
+#include "simulator/trains/track_reader.h"
 
 #include <gtest/gtest.h>
 
 #include "locomotives/lok.h"
-#include "simulator/railcom_encoder.h"
+#include "simulator/trains/railcom_encoder.h"
 #include "tests/support/layout_fixture.h"
 
 namespace zemblar::simulator {

@@ -18,7 +18,7 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "simulator/soak_process.h"
+#include "simulator/soak/soak_process.h"
 #include "tests/support/small_railway.h"
 #include "tests/track/plain_tracking.h"
 #include "track/crossing.h"

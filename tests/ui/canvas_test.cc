@@ -19,8 +19,8 @@
 #include "tests/ui/keys.h"
 #include "tests/ui/pixels.h"
 #include "tests/ui/widget_search.h"
-#include "ui/runtime_view.h"
-#include "ui/view_pages.h"
+#include "ui/canvas/runtime_view.h"
+#include "ui/windows/view_pages.h"
 
 namespace zemblar::test {
 namespace {

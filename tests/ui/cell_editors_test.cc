@@ -6,10 +6,10 @@
 #include <gtkmm/treeview.h>
 
 #include "tests/ui/keys.h"
-#include "ui/combo_box_text.h"
-#include "ui/script_alignment.h"
-#include "ui/script_hbox.h"
-#include "ui/spin_button.h"
+#include "ui/toolkit/combo_box_text.h"
+#include "ui/toolkit/script_alignment.h"
+#include "ui/toolkit/script_hbox.h"
+#include "ui/toolkit/spin_button.h"
 
 namespace zemblar::test {
 namespace {

@@ -16,8 +16,8 @@
 #include "tests/ui/keys.h"
 #include "tests/ui/widget_search.h"
 #include "track/zone.h"
-#include "ui/edit_history.h"
-#include "ui/track_editor.h"
+#include "ui/toolkit/edit_history.h"
+#include "ui/windows/track_editor.h"
 
 namespace zemblar::test {
 namespace {

@@ -11,8 +11,8 @@
 #include "tests/ui/other_program.h"
 #include "tests/ui/pixels.h"
 #include "tests/ui/widget_search.h"
-#include "ui/diagram_kinds.h"
-#include "ui/editor_view.h"
+#include "ui/canvas/diagram_kinds.h"
+#include "ui/canvas/editor_view.h"
 
 namespace zemblar::test {
 namespace {

@@ -12,12 +12,12 @@
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/other_program.h"
 #include "tests/ui/widget_search.h"
-#include "ui/edit_history.h"
-#include "ui/layout_dialogs.h"
-#include "ui/menu_owner.h"
-#include "ui/object_picker.h"
-#include "ui/popup.h"
-#include "ui/script_menu.h"
+#include "ui/scripts/script_menu.h"
+#include "ui/toolkit/edit_history.h"
+#include "ui/toolkit/menu_owner.h"
+#include "ui/toolkit/object_picker.h"
+#include "ui/toolkit/popup.h"
+#include "ui/windows/layout_dialogs.h"
 
 namespace zemblar::test {
 namespace {

@@ -9,17 +9,17 @@
 #include <set>
 #include <string>
 
-#include "devices/device_ecos.h"
-#include "devices/dummy_railcom_reader.h"
+#include "devices/ecos/device_ecos.h"
+#include "devices/railcom/dummy_railcom_reader.h"
 #include "diagram/view.h"
 #include "diagram/view_object.h"
 #include "locomotives/lok.h"
-#include "simulator/random_layout.h"
+#include "simulator/soak/random_layout.h"
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/widget_search.h"
 #include "track/point.h"
-#include "ui/image_button.h"
-#include "ui/panel_view.h"
+#include "ui/toolkit/image_button.h"
+#include "ui/windows/panel_view.h"
 
 namespace zemblar::test {
 namespace {

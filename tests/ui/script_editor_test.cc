@@ -1,6 +1,6 @@
 // Scripts, written as a person does it: by keys and by clicks on the words.
 
-#include "ui/script_editor.h"
+#include "ui/scripts/script_editor.h"
 
 #include <glibmm/convert.h>
 #include <gmock/gmock.h>
@@ -17,10 +17,10 @@
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/keys.h"
 #include "track/zone.h"
-#include "ui/edit_history.h"
-#include "ui/layout_dialogs.h"
-#include "ui/object_finder.h"
-#include "ui/script_properties.h"
+#include "ui/panels/script_properties.h"
+#include "ui/toolkit/edit_history.h"
+#include "ui/toolkit/object_finder.h"
+#include "ui/windows/layout_dialogs.h"
 
 namespace zemblar::test {
 namespace {

@@ -13,11 +13,11 @@
 #include "tests/support/power_station.h"
 #include "tests/ui/keys.h"
 #include "track/zone.h"
-#include "ui/lok_controller.h"
-#include "ui/status_history.h"
-#include "ui/status_marks.h"
-#include "ui/statusbar.h"
-#include "ui/stop_all.h"
+#include "ui/status/status_history.h"
+#include "ui/status/statusbar.h"
+#include "ui/status/stop_all.h"
+#include "ui/throttle/lok_controller.h"
+#include "ui/windows/status_marks.h"
 
 namespace zemblar::test {
 namespace {

@@ -10,9 +10,9 @@
 #include "runtime/timer.h"
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/keys.h"
-#include "ui/func_button.h"
-#include "ui/lok_controller.h"
-#include "ui/object_finder.h"
+#include "ui/throttle/func_button.h"
+#include "ui/throttle/lok_controller.h"
+#include "ui/toolkit/object_finder.h"
 
 namespace zemblar::test {
 namespace {

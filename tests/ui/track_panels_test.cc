@@ -14,9 +14,9 @@
 #include "track/point.h"
 #include "track/scissor.h"
 #include "track/signal.h"
-#include "ui/block_properties.h"
-#include "ui/point_output_properties.h"
-#include "ui/point_properties.h"
+#include "ui/panels/block_properties.h"
+#include "ui/panels/point_output_properties.h"
+#include "ui/panels/point_properties.h"
 
 namespace zemblar::test {
 namespace {

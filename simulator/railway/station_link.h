@@ -1,0 +1,83 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "devices/command_station.h"
+#include "devices/decoder_update.h"
+#include "runtime/timer.h"
+#include "simulator/stations/link_fault.h"
+
+namespace zemblar::simulator {
+
+class Chance;
+
+/// What a simulated station has been told and has carried out.
+struct Executed {
+  enum class Kind { item, power, point };
+
+  Kind kind;
+  unsigned address = 0;     ///< of the locomotive, or of the accessory decoder
+  std::uint32_t item = 0;   ///< a bit of DecoderUpdate
+  std::uint32_t value = 0;  ///< as DecoderUpdate::value_of has it; 1 for power on
+};
+
+/// A simulated command station, the wire to it, and the program's own driver of it in the current
+/// layout, in virtual time. One fault at a time.
+class StationLink {
+ public:
+  StationLink() = default;
+  virtual ~StationLink() = default;
+  StationLink(const StationLink&) = delete;
+  StationLink& operator=(const StationLink&) = delete;
+
+  [[nodiscard]] virtual const char* name() const = 0;
+  [[nodiscard]] virtual CommandStation& device() = 0;
+  void on_executed(std::function<void(const Executed&)> listener) {
+    listener_ = std::move(listener);
+  }
+
+  /// `victim` is the address of the locomotive that the fault is about, if it is about one.
+  void begin(LinkFault fault, unsigned victim, Chance& chance);
+  /// `by_hand`: a person does what the driver cannot do by itself, such as "Reconnect".
+  void end(bool by_hand);
+
+  /// From the later of the wish and the moment at which the link could carry it, to its arrival.
+  /// The latest fault makes that impossible when it is
+  ///  - dropped: until the far end takes a connection again, or is plugged in;
+  ///  - half-open: until the far end answers again; an ECoS connection that stood is of no use
+  ///    until the system gives it up after 14 s or a person presses "Reconnect";
+  ///  - no answer, an ECoS alone: from the command that is not answered until the answer comes or a
+  ///    person presses "Reconnect", since an answer is waited for without a limit.
+  /// All other faults leave the link able to carry.
+  [[nodiscard]] Clock::duration delay(Clock::time_point wished, Clock::time_point arrived) const;
+
+  /// Since when it can carry, as far as the latest fault has ended.
+  [[nodiscard]] Clock::time_point able_since() const { return blocked_until_; }
+  /// From a wish that stops trains to its arrival, at most, when the link can carry it: one second,
+  /// and a time-out or the exchanges of a start.
+  [[nodiscard]] virtual std::chrono::milliseconds allowed() const = 0;
+
+  /// What the station has of a locomotive: values without a mask; nothing if it does not know it.
+  [[nodiscard]] virtual std::optional<DecoderUpdate> locomotive(unsigned address) const = 0;
+  [[nodiscard]] virtual bool power() const = 0;
+  /// A refused command is known to have had no effect.
+  [[nodiscard]] virtual bool tells_refusals() const = 0;
+
+ protected:
+  void report(const Executed& executed) const {
+    if (listener_) listener_(executed);
+  }
+  virtual void apply(LinkFault fault, unsigned victim, Chance& chance) = 0;
+  virtual void lift(LinkFault fault, bool by_hand) = 0;
+  void block_from_now();
+  void block_until(Clock::time_point time) { blocked_until_ = time; }
+
+ private:
+  std::function<void(const Executed&)> listener_;
+  std::optional<LinkFault> fault_;
+  Clock::time_point blocked_from_{};
+  Clock::time_point blocked_until_{};
+};
+
+}  // namespace zemblar::simulator

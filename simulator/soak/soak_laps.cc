@@ -1,0 +1,182 @@
+#include "simulator/soak/soak_laps.h"
+
+#include <algorithm>
+#include <numeric>
+#include <vector>
+
+#include "scripts/script.h"
+#include "simulator/railway/sample_railway.h"
+#include "track/block.h"
+
+namespace zemblar::simulator {
+namespace {
+
+using namespace std::chrono_literals;
+using Seconds = std::chrono::duration<double>;
+using Hours = std::chrono::duration<double, std::ratio<3600>>;
+
+constexpr auto longest_pause = 40s;  // between two starts
+constexpr auto look_interval = 500ms;
+constexpr Seconds longest_stand = 3min;
+constexpr double standstill = 1;  // mm
+constexpr double laps_an_hour = 10;
+constexpr unsigned slowest = 60;  // speed step
+constexpr unsigned fastest = 126;
+
+/// Something that a person starts: a train by its throttle, or the scripts, which start a train.
+struct Start {
+  const char* train;
+  bool by_scripts = false;
+};
+using Starts = std::vector<Start>;
+
+struct Evening {
+  std::string file;
+  Starts starts;
+};
+
+const std::map<std::string, Evening>& evenings() {
+  static const std::map<std::string, Evening> all{
+      {"sample", {"sample.zblt", {{"Express 103"}, {"Local 24"}, {"Railcar 5", true}}}},
+      {"sample, scripts asleep", {"sample.zblt", {{"Express 103"}, {"Local 24"}}}},
+      {"club", {"club.zblt", {{"Express 103"}, {"Local 24"}, {"Goods 1200"}, {"Local 64"}}}}};
+  return all;
+}
+
+Starts in_order(Starts starts, unsigned order) {
+  std::vector<std::size_t> places(starts.size());
+  std::iota(places.begin(), places.end(), 0);
+  for (; order > 0; --order) std::next_permutation(places.begin(), places.end());
+  Starts ordered;
+  for (const auto place : places) ordered.push_back(starts[place]);
+  return ordered;
+}
+
+/// A train that has been started, and what became of it.
+struct Started {
+  Train* train;
+  const Block* home;
+  unsigned laps = 0;
+  double travelled = 0;
+  Clock::time_point moved = Clock::now();
+};
+
+class LapsRun {
+ public:
+  explicit LapsRun(const LapsOptions& options)
+      : options_(options),
+        evening_(evenings().at(options.evening)),
+        chance_(options.seed),
+        scene_(options.folder + "/" + evening_.file, options.seed) {
+    scene_.railway.track.signal_event().connect([this](const TrackEvent& event) { judge(event); });
+  }
+  LapsRun(const LapsRun&) = delete;
+  LapsRun& operator=(const LapsRun&) = delete;
+
+  LapsResult run() {
+    const auto end =
+        scene_.clock.now() + std::chrono::duration_cast<Clock::duration>(Hours(options_.hours));
+    for (const auto& start : in_order(evening_.starts, options_.order)) {
+      begin(start);
+      pass(chance_.between(0s, longest_pause));
+    }
+    while (scene_.clock.now() < end && result_.trouble.empty()) pass(look_interval);
+    count_laps();
+    return result_;
+  }
+
+ private:
+  // --- The evening ---
+
+  void begin(const Start& start) {
+    auto* train = scene_.railway.find_train(start.train);
+    started_.push_back({.train = train, .home = train->leading_link()->get_block()});
+    if (start.by_scripts) return start_scripts();
+    const auto range = fastest - slowest + 1;
+    SampleRailway::lok(start.train)
+        .set_speed(slowest + static_cast<unsigned>(chance_.below(range)));
+  }
+
+  void pass(std::chrono::milliseconds time) {
+    for (; time > 0ms && result_.trouble.empty(); time -= look_interval) {
+      scene_.clock.advance(look_interval);
+      for (auto& one : started_) look(one);
+    }
+  }
+
+  void look(Started& one) {
+    const double travelled = scene_.railway.track.travelled(*one.train);
+    if (travelled - one.travelled > standstill) {
+      one.moved = scene_.clock.now();
+      one.travelled = travelled;
+    }
+    const Seconds stood = scene_.clock.now() - one.moved;
+    result_.longest_stand = std::max(result_.longest_stand, stood.count());
+    if (stood <= longest_stand) return;
+    const auto* where = one.train->leading_link()->get_block();
+    fail(LapsFault::stands, name(one) + " stands in " + where->get_name().raw());
+  }
+
+  void judge(const TrackEvent& event) {
+    const auto& train = event.train->options().name;
+    const auto where = event.block ? event.block->get_name().raw() : "";
+    if (event.kind == TrackEvent::Kind::collision) {
+      fail(LapsFault::collision,
+           train + " has run into " + event.other->options().name + " in " + where);
+    } else if (event.kind == TrackEvent::Kind::ran_off && !event.point_against) {
+      fail(LapsFault::ran_off, train + " has come to the end of the track in " + where);
+    } else if (event.kind == TrackEvent::Kind::entered) {
+      for (auto& one : started_) {
+        if (one.train == event.train && one.home == event.block) ++one.laps;
+      }
+    }
+  }
+
+  void count_laps() {
+    for (const auto& one : started_) {
+      result_.laps[name(one)] = one.laps;
+      if (one.laps < laps_an_hour * options_.hours) {
+        fail(LapsFault::too_few,
+             name(one) + " has come round " + std::to_string(one.laps) + " times");
+      }
+    }
+  }
+
+  static const std::string& name(const Started& one) { return one.train->options().name; }
+
+  void fail(LapsFault fault, const std::string& what) {
+    if (!result_.trouble.empty()) return;
+    result_.fault = fault;
+    const auto after = std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - start_);
+    result_.trouble = what + " after " + std::to_string(after.count()) + " s";
+  }
+
+  LapsOptions options_;
+  const Evening& evening_;
+  Chance chance_;
+  SampleRailway scene_;
+  Clock::time_point start_ = Clock::now();
+  std::vector<Started> started_;
+  LapsResult result_;
+};
+
+}  // namespace
+
+std::vector<std::string> evening_names() {
+  std::vector<std::string> names;
+  for (const auto& [name, evening] : evenings()) names.push_back(name);
+  return names;
+}
+
+unsigned count_orders(const std::string& evening) {
+  unsigned orders = 1;
+  const auto starts = evenings().at(evening).starts.size();
+  for (std::size_t i = 2; i <= starts; ++i) orders *= static_cast<unsigned>(i);
+  return orders;
+}
+
+LapsResult run_laps(const LapsOptions& options) {
+  return LapsRun(options).run();
+}
+
+}  // namespace zemblar::simulator

@@ -1,0 +1,85 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "simulator/stations/ecos_faults.h"
+#include "simulator/stations/ecos_log.h"
+#include "simulator/stations/ecos_model.h"
+
+namespace zemblar::simulator {
+
+/// The way to one client: TCP, or anything in memory.
+class EcosLink {
+ public:
+  virtual ~EcosLink() = default;
+
+  /// Takes the bytes, all of them; must not call back into the hub.
+  virtual void write(std::string_view bytes) = 0;
+  /// The station hangs up: the hub has forgotten the link and does not use it again.
+  virtual void close() = 0;
+};
+
+/// The station without a network: clients, their command lines, its answers and its misbehaviour.
+///
+/// Transports join a link for each connection and hand in the bytes that they receive, in
+/// whatever pieces. Time is a function given at construction, so that delays can run on the main
+/// loop or on a clock of a test. One thread.
+class EcosHub {
+ public:
+  using Milliseconds = std::chrono::milliseconds;
+  /// Calls the function once after the time, in order of time and then of asking.
+  using After = std::function<void(Milliseconds, std::function<void()>)>;
+
+  explicit EcosHub(After after) : after_(std::move(after)) {}
+
+  /// A new client. The link is seen, not owned, until `leave` or its `close`.
+  EcosClient join(EcosLink& link);
+  /// The client sent bytes. May end in the link's `close`.
+  void receive(EcosClient client, std::string_view bytes);
+  /// The client is gone. Unknown clients are ignored.
+  void leave(EcosClient client);
+  /// Hangs up on all clients.
+  void drop_all();
+
+  /// Called with each command line when it has been dealt with, and the status of its reply; none
+  /// for one that gets no reply and has no effect.
+  using Observer =
+      std::function<void(EcosClient, const std::string& line, std::optional<unsigned> status)>;
+  void on_command(Observer observer) { observer_ = std::move(observer); }
+
+  /// Sends messages, as those that result from the model's keys, to their clients.
+  void post(const std::vector<EcosMessage>& messages);
+
+  [[nodiscard]] std::size_t client_count() const { return clients_.size(); }
+  [[nodiscard]] EcosModel& model() { return model_; }
+  [[nodiscard]] const EcosModel& model() const { return model_; }
+  [[nodiscard]] EcosFaults& faults() { return faults_; }
+  [[nodiscard]] EcosLog& log() { return log_; }
+  [[nodiscard]] const EcosLog& log() const { return log_; }
+
+ private:
+  struct Client;
+
+  void execute(EcosClient client, const std::string& line);
+  std::optional<unsigned> react(EcosClient client, const std::string& line);
+  void send(EcosClient client, const std::string& message);
+  void pump(const std::shared_ptr<Client>& client);
+  void drop(EcosClient client, std::string_view reason);
+
+  After after_;
+  EcosModel model_;
+  EcosFaults faults_;
+  EcosLog log_;
+  Observer observer_;
+  EcosClient last_client_ = 0;
+  std::map<EcosClient, std::shared_ptr<Client>> clients_;
+};
+
+}  // namespace zemblar::simulator

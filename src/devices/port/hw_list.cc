@@ -1,0 +1,133 @@
+#include "devices/port/hw_list.h"
+
+#include <glibmm/main.h>
+
+#include <algorithm>
+
+namespace zemblar {
+namespace {
+
+/// Until a piece that has lost its line is given up.
+constexpr std::chrono::seconds patience(2);
+
+std::unique_ptr<HWSource>& chosen_source() {
+  static std::unique_ptr<HWSource> source;
+  return source;
+}
+
+std::vector<HWList::Kind>& kinds() {
+  static std::vector<HWList::Kind> all;
+  return all;
+}
+
+/// Null when nobody knows it.
+const HWList::Kind* best_for(const HWDevice& record) {
+  const HWList::Kind* best = nullptr;
+  int most = 0;
+  for (const auto& kind : kinds()) {
+    const int score = kind.score(record);
+    if (score <= most) continue;
+    best = &kind;
+    most = score;
+  }
+  return best;
+}
+
+HWList* the_list = nullptr;  // made on first use
+
+}  // namespace
+
+HWList::Kind::Registration::Registration(const Kind& kind) {
+  kinds().push_back(kind);
+}
+
+// The former source's hardware goes with it.
+void HWList::look_at(std::unique_ptr<HWSource> source) {
+  if (!the_list) {
+    chosen_source() = std::move(source);
+    return;
+  }
+  the_list->follow(std::move(source));
+  the_list->look();
+}
+
+// The first look takes some milliseconds, which the first window need not wait for. The list is
+// never destroyed: ports close with the process.
+HWList& HWList::get() {
+  if (!the_list) {
+    the_list = new HWList(chosen_source() ? std::move(chosen_source()) : make_udev_source());
+    Glib::signal_idle().connect_once(sigc::mem_fun(*the_list, &HWList::look));
+  }
+  return *the_list;
+}
+
+HWList::HWList(std::unique_ptr<HWSource> source) {
+  follow(std::move(source));
+}
+
+void HWList::follow(std::unique_ptr<HWSource> source) {
+  source_ = std::move(source);
+  source_->signal_changed().connect(sigc::mem_fun(*this, &HWList::look));
+}
+
+HWList::~HWList() {
+  for (const auto& [name, hardware] : attached_) hardware->remove();
+}
+
+void HWList::refresh() {
+  look();
+  // Whoever takes one may make the list look again.
+  std::vector<AttachedHardware*> all;
+  for (const auto& [name, hardware] : attached_) all.push_back(hardware.get());
+  for (auto* hardware : all) {
+    const bool still_there = std::ranges::any_of(
+        attached_, [hardware](const auto& entry) { return entry.second.get() == hardware; });
+    if (still_there) hardware->offer();
+  }
+}
+
+void HWList::look() {
+  const auto present = source_->list();
+  const bool some_gone = drop_all_but(present);
+  bool some_new = false;
+  for (const auto& record : present) {
+    if (!records_.try_emplace(record.object_name, record).second) continue;
+    add(record);
+    some_new = true;
+  }
+  if (some_gone || some_new) signal_changed_.emit();
+}
+
+// Out of the list first: whoever hears of the removal may look at what is left.
+bool HWList::drop_all_but(const std::vector<HWDevice>& present) {
+  std::vector<std::unique_ptr<AttachedHardware>> gone;
+  const auto count = std::erase_if(records_, [&](const auto& entry) {
+    const auto& [name, record] = entry;
+    const auto attached = attached_.find(name);
+    const bool has_line = attached == attached_.end() || !attached->second->is_lost();
+    if (has_line && std::ranges::find(present, record) != present.end()) return false;
+    if (attached == attached_.end()) return true;
+    gone.push_back(std::move(attached->second));
+    attached_.erase(attached);
+    return true;
+  });
+  for (const auto& hardware : gone) hardware->remove();
+  return count > 0;
+}
+
+// The system is about to tell, as a rule, and a line that was only disturbed works again.
+void HWList::look_soon() {
+  if (!look_.armed()) look_ = Timeout::once(patience, [this] { look(); });
+}
+
+void HWList::add(const HWDevice& record) {
+  const auto* kind = best_for(record);
+  if (!kind) return;
+  auto hardware = kind->attach(record, source_->line_to(record));
+  auto* attached = hardware.get();
+  attached->signal_lost().connect(sigc::mem_fun(*this, &HWList::look_soon));
+  attached_[record.object_name] = std::move(hardware);
+  attached->offer();
+}
+
+}  // namespace zemblar

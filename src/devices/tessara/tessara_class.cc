@@ -1,0 +1,83 @@
+#include "devices/tessara/tessara_class.h"
+
+#include <vector>
+
+#include "devices/tessara/device_tessara_bus.h"
+
+namespace zemblar {
+namespace {
+
+std::vector<TessaraClass>& classes() {
+  static std::vector<TessaraClass> all;
+  return all;
+}
+
+/// Null when nobody knows it; of equals the first one.
+const TessaraClass* best_for(DeviceTessara* device) {
+  const TessaraClass* best = nullptr;
+  int most = -1;
+  for (const auto& entry : classes()) {
+    const int score = entry.probe(device);
+    if (score <= most) continue;
+    best = &entry;
+    most = score;
+  }
+  return best;
+}
+
+}  // namespace
+
+TessaraClass::Registration::Registration(const TessaraClass& device_class) {
+  classes().push_back(device_class);
+}
+
+const TessaraClass* TessaraClass::find(const std::string& tag) {
+  for (const auto& entry : classes()) {
+    if (tag == "!device/Tessara/" + entry.name) return &entry;
+  }
+  return nullptr;
+}
+
+// The one that asks has to let go of the port, or of its turn on the bus, before the real one can
+// have it.
+
+DeviceTessara* TessaraClass::create_found(SerialPort* port) {
+  Unadded<DeviceTessara> device(new DeviceTessara);
+  device->set_name("Probe");
+  device->come_up_on(port);
+  const auto* best = best_for(device.get());
+  device.reset();
+  return best ? best->create_on_port(port) : nullptr;
+}
+
+DeviceTessara* TessaraClass::create_found(DeviceTessaraBus* bus, std::uint8_t address) {
+  const auto bus_lives = bus->liveness();
+  Unadded<DeviceTessara> device(new DeviceTessara(bus, address));
+  device->set_name("Probe");
+  device->set_active(true);
+  const auto* best = best_for(device.get());
+  device.reset();
+  return best && *bus_lives ? best->create_on_bus(bus, address) : nullptr;
+}
+
+std::optional<std::string> serial_nr_on(SerialPort* port) {
+  Unadded<DeviceTessara> device(new DeviceTessara);
+  device->set_name("Test");
+  try {
+    device->come_up_on(port);
+    return device->read_serial();
+  } catch (...) {
+    // Nobody there, or somebody else.
+    return {};
+  }
+}
+
+int probe_by_info(DeviceTessara* device, std::string_view model) {
+  try {
+    return device->read_info().starts_with(model) ? 0 : -1;
+  } catch (...) {
+    return -1;
+  }
+}
+
+}  // namespace zemblar

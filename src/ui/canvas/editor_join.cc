@@ -1,0 +1,156 @@
+// How the canvas of the track editor joins ends of track, by the pointer and by keys.
+
+#include "core/i18n.h"
+#include "core/status.h"
+#include "diagram/view_track.h"
+#include "ui/canvas/editor_view.h"
+
+namespace zemblar {
+namespace {
+
+constexpr double half_mark = 13;  // pixels
+
+ViewLinkNode* end_of(const ViewTag* tag) {
+  const auto* part = dynamic_cast<const ViewLinkNode::Tag*>(tag);
+  if (!part || part->part != ViewNode::body) return nullptr;
+  return dynamic_cast<ViewLinkNode*>(part->node);
+}
+
+Glib::ustring name_of(const ViewLinkNode& end) {
+  const auto* shown = end.get_object()->get_object();
+  return shown ? shown->get_name() : "";
+}
+
+/// Empty for a free end.
+Glib::ustring partner_name(const ViewLinkNode& end) {
+  const auto* link = end.get_block_link();
+  if (link && link->is_connected()) return link->get_partner()->get_block()->get_name();
+  return end.get_link() ? name_of(*end.get_link()) : "";
+}
+
+Glib::ustring taken_text(const ViewLinkNode& end) {
+  return Glib::ustring::compose(_("Nothing was joined: the end of “%1” is joined to “%2” already. "
+                                  "Disconnect it first (right button)."),
+                                name_of(end), partner_name(end));
+}
+
+/// Why the two cannot be joined, `other` being null where no end is.
+Glib::ustring why_not(const ViewLinkNode& end, const ViewLinkNode* other) {
+  const Glib::ustring none =
+      _("Nothing was joined: no end of another piece is there. A mark shows one that is met.");
+  if (!other) return none;
+  if (other->get_object() == end.get_object()) {
+    return Glib::ustring::compose(_("Nothing was joined: both ends belong to “%1”."), name_of(end));
+  }
+  if (end.get_block_link() == other->get_block_link()) {
+    return Glib::ustring::compose(
+        _("Nothing was joined: both are pictures of the same end of “%1”."), name_of(end));
+  }
+  const bool is_taken = !partner_name(end).empty();
+  if (!is_taken && partner_name(*other).empty()) return none;
+  return taken_text(is_taken ? end : *other);
+}
+
+std::vector<ViewLinkNode*> ends_of(ViewObj& object) {
+  auto* track = dynamic_cast<ViewTrack*>(&object);
+  return track ? track->ends() : std::vector<ViewLinkNode*>{};
+}
+
+void draw_diamond(const Cairo::RefPtr<Cairo::Context>& context, const Vector& place, double half) {
+  context->begin_new_path();
+  for (const auto& corner :
+       {Vector{0, -half}, Vector{half, 0}, Vector{0, half}, Vector{-half, 0}}) {
+    context->line_to(place.x + corner.x, place.y + corner.y);
+  }
+  context->close_path();
+}
+
+}  // namespace
+
+// --- By the pointer ---
+
+ViewLinkNode* EditorView::dragged_end() const {
+  return mode_ == Mode::dragging ? end_of(tag_.get()) : nullptr;
+}
+
+void EditorView::aim(const Vector& pointer, bool joins) {
+  pointer_ = pointer;
+  joins_ = joins;
+  if (dragged_end()) queue_draw();
+}
+
+ViewLinkNode* EditorView::target_at(const Vector& pointer) {
+  return dragged_end() ? end_of(hit(pointer.x, pointer.y).get()) : nullptr;
+}
+
+// No other mark of the canvas has this shape.
+void EditorView::draw_over(const Context& context) {
+  const auto* target = joins_ ? target_at(pointer_) : nullptr;
+  if (!target) return;
+  draw_diamond(context, target->pos, half_mark / get_zoom());
+  context->set_line_join(Cairo::LINE_JOIN_MITER);
+  context->set_source_rgb(1, 1, 1);
+  context->set_line_width(5 / get_zoom());
+  context->stroke_preserve();
+  context->set_source_rgb(0, 0, 0);
+  context->set_line_width(2 / get_zoom());
+  context->stroke();
+}
+
+// Any end but the one that is dragged and the one that is joined to it and so moves with it.
+ViewLinkNode* EditorView::end_near(const Vector& pointer) const {
+  const auto place = to_view(pointer);
+  const auto* dragged = dragged_end();
+  for (const auto& object : get_view().get_objects()) {
+    for (auto* end : ends_of(*object.operator->())) {
+      const bool moves = end == dragged || (dragged && end == dragged->get_link());
+      if (!moves && (end->pos - place).length() <= ViewNode::reach) return end;
+    }
+  }
+  return nullptr;
+}
+
+void EditorView::join_at(const Vector& pointer) {
+  update();
+  auto* end = dragged_end();
+  if (!end) {
+    if (!tag_ || ends_of(*tag_->object).empty()) return;
+    return refuse(_("Nothing was joined: drag an end, which is a round mark, not the piece."));
+  }
+  if (auto* target = target_at(pointer)) return join(*end, *target);
+  refuse(why_not(*end, end_near(pointer)));
+}
+
+void EditorView::join(ViewLinkNode& end, ViewLinkNode& target) {
+  EditJournal::get().describe(_("Join “%1”"));
+  end.connect(target);
+  if (!refusal_.empty() && get_status() == refusal_) clear_status();
+}
+
+void EditorView::refuse(const Glib::ustring& reason) {
+  refusal_ = reason;
+  set_status(reason);
+}
+
+// --- By keys ---
+
+// The end that is chosen, with the free end of another object that is nearest to it.
+void EditorView::join_nearest() {
+  const auto part = current_part();
+  auto* end = end_of(part.get());
+  if (!end) return refuse(_("Nothing was joined: choose an end first, with Space."));
+  ViewLinkNode* nearest = nullptr;
+  for (const auto& object : get_view().get_objects()) {
+    if (object.operator->() == selected_) continue;
+    for (auto* met : ends_of(*object.operator->())) {
+      if (!end->can_connect(*met)) continue;
+      const auto distance = [&](const ViewNode& to) { return (to.pos - end->pos).length(); };
+      if (!nearest || distance(*met) < distance(*nearest)) nearest = met;
+    }
+  }
+  if (nearest) return join(*end, *nearest);
+  if (!partner_name(*end).empty()) return refuse(taken_text(*end));
+  refuse(_("Nothing was joined: no other piece of this view has a free end."));
+}
+
+}  // namespace zemblar

@@ -1,0 +1,100 @@
+#include "ui/canvas/editor_tools.h"
+
+#include <atkmm/object.h>
+#include <gtkmm/menu.h>
+#include <gtkmm/togglebutton.h>
+
+#include "core/i18n.h"
+#include "ui/toolkit/stock.h"
+
+namespace zemblar {
+namespace {
+
+struct Tool {
+  DiagramKind kind;
+  const Gtk::StockID& icon;
+  const char* add_new;
+  const char* add_existing;
+  bool takes_existing = false;  ///< by a plain click
+};
+
+const Tool tools[] = {
+    {DiagramKind::point, stock::add_point, N_("Add New Point"), N_("Add Existing Point")},
+    {DiagramKind::zone, stock::add_zone, N_("Add New Zone (Block Section)"),
+     N_("Add Existing Zone (Block Section)")},
+    {DiagramKind::crossing, stock::add_crossing, N_("Add New Crossing"),
+     N_("Add Existing Crossing")},
+    {DiagramKind::scissor, stock::add_scissor, N_("Add New Scissor Point"),
+     N_("Add Existing Scissor Point")},
+    {DiagramKind::signal, stock::add_signal, N_("Add New Signal"), N_("Add Existing Signal")},
+    {DiagramKind::label, stock::add_label, N_("Add Label for New Zone"),
+     N_("Add Label for Existing Zone"), true},
+};
+
+/// The arrow beside a tool has no text of its own.
+void name_arrow(Gtk::MenuToolButton& button, const Glib::ustring& name) {
+  button.set_arrow_tooltip_text(name);
+  auto* box = dynamic_cast<Gtk::Container*>(button.get_child());
+  if (!box) return;
+  for (auto* part : box->get_children()) {
+    if (dynamic_cast<Gtk::ToggleButton*>(part)) part->get_accessible()->set_name(name);
+  }
+}
+
+}  // namespace
+
+EditorTools::EditorTools(Gtk::Toolbar& toolbar) {
+  for (const auto& tool : tools) {
+    auto* button = Gtk::manage(new Gtk::MenuToolButton(tool.icon));
+    button->set_menu(*make_menu(tool.kind, _(tool.add_new), _(tool.add_existing)));
+    button->set_tooltip_text(tool.takes_existing ? _(tool.add_existing) : _(tool.add_new));
+    button->signal_clicked().connect(
+        sigc::bind(sigc::mem_fun(*this, &EditorTools::choose), tool.kind, tool.takes_existing));
+    // Where the tool bar is too narrow for it.
+    button->set_proxy_menu_item(tool.add_new,
+                                *make_item(tool.kind, _(tool.add_new), _(tool.add_existing)));
+    button->signal_create_menu_proxy().connect([] { return true; }, false);
+    name_arrow(*button, Glib::ustring::compose("%1 / %2", _(tool.add_new), _(tool.add_existing)));
+    toolbar.append(*button);
+    buttons_.push_back(button);
+  }
+}
+
+void EditorTools::append_items(Gtk::MenuShell& menu) {
+  for (const auto& tool : tools) {
+    items_.push_back(make_item(tool.kind, _(tool.add_new), _(tool.add_existing)));
+    menu.append(*items_.back());
+  }
+}
+
+Gtk::MenuItem* EditorTools::make_item(DiagramKind kind, const Glib::ustring& add_new,
+                                      const Glib::ustring& add_existing) {
+  auto* item = Gtk::manage(new Gtk::MenuItem(add_new));
+  item->set_submenu(*make_menu(kind, add_new, add_existing));
+  return item;
+}
+
+Gtk::Menu* EditorTools::make_menu(DiagramKind kind, const Glib::ustring& add_new,
+                                  const Glib::ustring& add_existing) {
+  auto* menu = Gtk::manage(new Gtk::Menu);
+  for (const bool existing : {false, true}) {
+    auto* item = Gtk::manage(new Gtk::MenuItem(existing ? add_existing : add_new));
+    item->signal_activate().connect(
+        sigc::bind(sigc::mem_fun(*this, &EditorTools::choose), kind, existing));
+    menu->append(*item);
+  }
+  menu->show_all();
+  return menu;
+}
+
+// Assistive technology reaches the items of a menu whose own item is insensitive.
+void EditorTools::choose(DiagramKind kind, bool existing) {
+  if (buttons_.front()->get_sensitive()) signal_chosen_.emit(kind, existing);
+}
+
+void EditorTools::set_sensitive(bool sensitive) {
+  for (auto* button : buttons_) button->set_sensitive(sensitive);
+  for (auto* item : items_) item->set_sensitive(sensitive);
+}
+
+}  // namespace zemblar

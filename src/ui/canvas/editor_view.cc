@@ -1,0 +1,222 @@
+#include "ui/canvas/editor_view.h"
+
+#include <atkmm/object.h>
+#include <gdk/gdkkeysyms.h>
+#include <glibmm/main.h>
+
+#include <algorithm>
+
+#include "core/i18n.h"
+
+namespace zemblar {
+namespace {
+
+/// Objects that float besides the one that is dragged.
+constexpr std::size_t most_dependants = 3;
+
+Vector place_of(double x, double y) {
+  return {x, y};
+}
+
+}  // namespace
+
+EditorView::EditorView(View& view)
+    : DiagramCanvas(view, _("This view is empty.\nChoose a tool above, and click here.")) {
+  get_accessible()->set_name(view.get_name());
+  add_events(Gdk::KEY_PRESS_MASK | Gdk::KEY_RELEASE_MASK);
+  signal_popup_menu().connect(sigc::mem_fun(*this, &EditorView::show_part_menu));
+  g_signal_connect(gobj(), "grab-broken-event", G_CALLBACK(&EditorView::on_grab_broken), this);
+  object_changed_ = view.signal_changed().connect([this] { look_soon(); });
+  object_removed_ =
+      view.signal_object_removed().connect(sigc::mem_fun(*this, &EditorView::on_object_removed));
+}
+
+// Whatever is done with it ends here.
+void EditorView::on_object_removed(ViewObj* object) {
+  if (tag_ && tag_->object == object) {
+    tag_.reset();
+    if (mode_ == Mode::pressed || mode_ == Mode::dragging) mode_ = Mode::idle;
+  }
+  if (object == placed_) {
+    placed_ = nullptr;
+    end_placing(false);
+  }
+  if (object == selected_) select(nullptr);
+}
+
+void EditorView::select(ViewObj* object) {
+  if (object == selected_) return;
+  selected_ = object;
+  part_.reset();
+  invalidate();
+  signal_selected_changed_.emit();
+}
+
+// --- Drawing ---
+
+void EditorView::draw_object(const Context& context, ViewObj& object) {
+  const bool selected = &object == selected_;
+  if (selected) {
+    const auto colour = get_style()->get_bg(Gtk::STATE_SELECTED);
+    context->set_source_rgb(colour.get_red_p(), colour.get_green_p(), colour.get_blue_p());
+    object.draw_glow(context);
+  }
+  object.draw(context, selected);
+  if (selected) draw_current_part(context);
+}
+
+// Only what a dragged end could be joined to is to be met. A neighbour that floats with the drag is
+// met as well: its ends that are free stay where they are.
+void EditorView::draw_tags(const Context& context, ViewObj& object, SelectionTable& table) {
+  if (mode_ != Mode::dragging) return object.draw_tags(context, &object == selected_, table);
+  const auto* end = dragged_end();
+  if (end && end->get_object() != &object) object.draw_link_target_tags(context, table, *end);
+}
+
+// Handles may reach anywhere.
+PixelBox EditorView::box_of(const Context& /*context*/, ViewObj& /*object*/) {
+  return {0, 0, static_cast<double>(get_width()), static_cast<double>(get_height())};
+}
+
+// --- The pointer ---
+
+bool EditorView::on_button_press_event(GdkEventButton* event) {
+  grab_focus();
+  if (event->type != GDK_BUTTON_PRESS || mode_ == Mode::placing) return true;
+  if (event->button == 2) {
+    finish();
+    return DiagramCanvas::on_button_press_event(event);
+  }
+  if (mode_ == Mode::idle && (event->button == 1 || event->button == 3)) press(*event);
+  return true;
+}
+
+void EditorView::press(const GdkEventButton& event) {
+  update();
+  tag_ = hit(event.x, event.y);
+  if (event.button == 3) return;
+  last_x_ = event.x;
+  last_y_ = event.y;
+  mode_ = Mode::pressed;
+  select(tag_ ? tag_->object : nullptr);
+}
+
+bool EditorView::on_motion_notify_event(GdkEventMotion* event) {
+  const auto pointer = place_of(event->x, event->y);
+  const bool held = (event->state & GDK_BUTTON1_MASK) != 0;
+  switch (mode_) {
+    case Mode::pressed:
+      if (held && tag_ &&
+          drag_check_threshold(static_cast<int>(last_x_), static_cast<int>(last_y_),
+                               static_cast<int>(event->x), static_cast<int>(event->y))) {
+        start_drag(pointer, event->state);
+      }
+      return true;
+    case Mode::dragging:
+      drag_to(pointer, event->state);
+      aim(pointer, (event->state & GDK_CONTROL_MASK) != 0);
+      return true;
+    case Mode::placing:
+      place_at(pointer, event->state);
+      return true;
+    default:
+      return DiagramCanvas::on_motion_notify_event(event);
+  }
+}
+
+void EditorView::start_drag(const Vector& pointer, unsigned state) {
+  mode_ = Mode::dragging;
+  auto& object = *tag_->object;
+  auto moving = object.dependants();
+  if (moving.size() > most_dependants) moving.resize(most_dependants);
+  moving.push_back(&object);
+  const auto from = to_view(place_of(last_x_, last_y_));
+  grip_ = from - object.anchor();
+  object.drag_start(*tag_, from);
+  drag_to(pointer, state);
+  set_floating(std::move(moving));
+  aim(pointer, (state & GDK_CONTROL_MASK) != 0);
+}
+
+bool EditorView::on_button_release_event(GdkEventButton* event) {
+  if (event->button == 1) {
+    drop(*event);
+  } else if (event->button == 3 && mode_ == Mode::placing) {
+    end_placing(false);
+  } else if (event->button == 3 && mode_ == Mode::idle) {
+    const auto tag = std::exchange(tag_, {});
+    if (tag) tag->object->show_menu(*tag, event->time);
+  } else {
+    return DiagramCanvas::on_button_release_event(event);
+  }
+  return true;
+}
+
+void EditorView::drop(const GdkEventButton& event) {
+  if (mode_ == Mode::placing) return end_placing(true);
+  const bool dragged = mode_ == Mode::dragging;
+  if (dragged && (event.state & GDK_CONTROL_MASK) != 0) join_at(place_of(event.x, event.y));
+  tag_.reset();
+  if (mode_ == Mode::pressed || mode_ == Mode::dragging) mode_ = Mode::idle;
+  if (dragged) set_floating({});
+}
+
+// --- Placing what is new ---
+
+void EditorView::place(ViewObj* object, const std::function<void()>& cancelled) {
+  if (mode_ == Mode::placing) end_placing(false);
+  get_view().add_object(object);
+  placed_ = object;
+  placing_.emplace();
+  cancelled_ = cancelled;
+  mode_ = Mode::placing;
+  select(object);
+  set_floating({object});
+  grab_focus();
+  grab_soon_ = Glib::signal_idle().connect([this] { return grab_pointer(), false; });
+}
+
+// Not while the click on a tool is being served: the tool would not hear that the pointer has left
+// it, and stay highlighted.
+void EditorView::grab_pointer() {
+  if (mode_ != Mode::placing || !get_mapped()) return;
+  get_window()->pointer_grab(
+      false, Gdk::POINTER_MOTION_MASK | Gdk::BUTTON_PRESS_MASK | Gdk::BUTTON_RELEASE_MASK,
+      GDK_CURRENT_TIME);
+}
+
+void EditorView::end_placing(bool placed) {
+  auto* object = std::exchange(placed_, nullptr);
+  const auto cancelled = std::exchange(cancelled_, {});
+  mode_ = Mode::idle;
+  get_window()->pointer_ungrab(GDK_CURRENT_TIME);
+  set_floating({});
+  if (placed) {
+    signal_placed_.emit();
+  } else {
+    if (object) object->remove();
+    if (cancelled) cancelled();
+  }
+  placing_.reset();
+}
+
+void EditorView::finish() {
+  if (mode_ == Mode::placing) return end_placing(false);
+  tag_.reset();
+  if (mode_ == Mode::pressed || mode_ == Mode::dragging) mode_ = Mode::idle;
+  set_floating({});
+}
+
+// The page of another view is shown, or the window is hidden: nobody could end it any more.
+void EditorView::on_unmap() {
+  finish();
+  DiagramCanvas::on_unmap();
+}
+
+gboolean EditorView::on_grab_broken(GtkWidget* /*widget*/, GdkEventGrabBroken* /*event*/,
+                                    EditorView* view) {
+  if (view->mode_ == Mode::placing) view->finish();
+  return FALSE;
+}
+
+}  // namespace zemblar

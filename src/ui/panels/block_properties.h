@@ -1,0 +1,55 @@
+#pragma once
+
+#include <gtkmm/checkbutton.h>
+
+#include "ui/toolkit/form.h"
+#include "ui/toolkit/name_entry.h"
+#include "ui/toolkit/object_button.h"
+
+namespace zemblar {
+
+class Block;
+class Crossing;
+class Zone;
+
+/// The rows of a block's panel that say what reports on it and who holds it.
+///
+/// With the second one the operator takes a block away from a locomotive that has left it unseen.
+class BlockRows {
+ public:
+  explicit BlockRows(Block& block);
+  void add_to(Form& form);
+
+ private:
+  void follow();
+
+  ObjectRef<Block> block_;
+  bool following_ = false;
+  ObjectButton detector_;
+  ObjectButton lok_;
+  ScopedConnection input_changed_;
+  ScopedConnection lok_changed_;
+};
+
+/// The panel of a zone.
+class ZoneProperties : public Form {
+ public:
+  ZoneProperties(Zone& zone, const Labels& labels);
+
+ private:
+  NameEntry name_;
+  BlockRows rows_;
+  Gtk::CheckButton swap_;
+};
+
+/// The panel of a crossing.
+class CrossingProperties : public Form {
+ public:
+  CrossingProperties(Crossing& crossing, const Labels& labels);
+
+ private:
+  NameEntry name_;
+  BlockRows rows_;
+};
+
+}  // namespace zemblar

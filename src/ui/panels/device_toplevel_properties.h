@@ -1,0 +1,30 @@
+#pragma once
+
+#include <gtkmm/button.h>
+#include <gtkmm/menu.h>
+
+#include "ui/toolkit/form.h"
+#include "ui/toolkit/object_ref.h"
+
+namespace zemblar {
+
+class DeviceToplevel;
+
+/// The panel of all devices: a button with a menu of those that a person makes. Other devices
+/// appear when their hardware is plugged in.
+class DTProps : public Form {
+ public:
+  DTProps(DeviceToplevel& toplevel, const Labels& labels);
+
+  [[nodiscard]] Gtk::Menu& menu() { return menu_; }
+
+ private:
+  void add_button();
+  void add_ecos();
+
+  ObjectRef<DeviceToplevel> toplevel_;
+  Gtk::Button button_;
+  Gtk::Menu menu_;
+};
+
+}  // namespace zemblar

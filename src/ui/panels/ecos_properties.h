@@ -1,0 +1,37 @@
+#pragma once
+
+#include <gtkmm/box.h>
+#include <gtkmm/button.h>
+#include <gtkmm/checkbutton.h>
+#include <gtkmm/label.h>
+#include <gtkmm/table.h>
+
+#include "core/panel_factory.h"
+#include "runtime/scoped_connection.h"
+#include "ui/panels/host_entry.h"
+#include "ui/toolkit/name_entry.h"
+
+namespace zemblar {
+
+class ECoS;
+
+/// The panel of an ECoS command station.
+class ECoSProperties : public Gtk::Table {
+ public:
+  ECoSProperties(ECoS& ecos, const Glib::RefPtr<Gtk::SizeGroup>& labels);
+
+ private:
+  void follow_link();
+
+  ObjectRef<ECoS> ecos_;
+  NameEntry name_;
+  HostEntry host_;
+  Gtk::Label in_use_;
+  Gtk::HBox service_;
+  Gtk::CheckButton use_as_default_;
+  Gtk::Button reconnect_;
+  ScopedConnection link_changed_;
+  ScopedConnection host_changed_;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,123 @@
+#pragma once
+
+#include <glibmm/propertyproxy.h>
+#include <gtkmm/cellrenderer.h>
+#include <pangomm/layout.h>
+
+#include <functional>
+#include <optional>
+#include <utility>
+
+#include "scripts/script.h"  // whole: its pointer is to be an object to the toolkit
+#include "ui/scripts/script_menu.h"
+#include "ui/scripts/script_row.h"
+
+namespace Gtk {
+class TreeView;
+}  // namespace Gtk
+
+namespace zemblar {
+
+/// Draws a row of a script's editor as a sentence, whose arguments look like links, and edits them.
+///
+/// A menu pops up below its argument; the other editors take the place of their argument in the
+/// sentence. In the tree's chosen row one argument is chosen too: the keys edit that one.
+///
+/// Whoever removes a row with a line calls `let_go` while the line is there, or removes the row
+/// from the tree: either cancels what is being edited.
+class CRScript : public Gtk::CellRenderer {
+ public:
+  using Type = ScriptRowType;
+
+  CRScript();
+  ~CRScript() override;
+
+  Glib::PropertyProxy<Type> property_type() { return {this, "type"}; }
+  Glib::PropertyProxy<Script*> property_script() { return {this, "script"}; }
+  Glib::PropertyProxy<ScriptLine*> property_script_line() { return {this, "script-line"}; }
+  /// Counts up to have the tree measure a row again.
+  Glib::PropertyProxy<unsigned> property_refresh() { return {this, "refresh"}; }
+
+  /// What a row of the present values looks like.
+  [[nodiscard]] const ScriptRow& row() const { return row_; }
+  /// The argument that a person can change at a place, counted in pixels from the cell's left
+  /// side; none beside them.
+  [[nodiscard]] std::optional<unsigned> arg_at(Gtk::Widget& widget, int x) const;
+  /// Where the argument is: left side and width in the same coordinates.
+  [[nodiscard]] std::pair<int, int> place_of(Gtk::Widget& widget, unsigned arg) const;
+
+  /// The argument that the keys edit, by its place among those that a person can change.
+  [[nodiscard]] unsigned chosen() const { return chosen_; }
+  void choose(unsigned place) { chosen_ = place; }
+
+  /// Closes the menu that is open, or the one of a line that is about to end.
+  void close_menu() { menu_.close(); }
+  void let_go(const ScriptLine* line) { menu_.let_go(*line); }
+
+  /// A person has added a line.
+  sigc::signal<void, ScriptLine&>& signal_line_added() { return signal_line_added_; }
+
+ protected:
+  void get_size_vfunc(Gtk::Widget& widget, const Gdk::Rectangle* cell_area, int* x_offset,
+                      int* y_offset, int* width, int* height) const override;
+  void render_vfunc(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widget& widget,
+                    const Gdk::Rectangle& background_area, const Gdk::Rectangle& cell_area,
+                    const Gdk::Rectangle& expose_area, Gtk::CellRendererState flags) override;
+  Gtk::CellEditable* start_editing_vfunc(GdkEvent* event, Gtk::Widget& widget,
+                                         const Glib::ustring& path,
+                                         const Gdk::Rectangle& background_area,
+                                         const Gdk::Rectangle& cell_area,
+                                         Gtk::CellRendererState flags) override;
+
+ private:
+  using Layout = Glib::RefPtr<Pango::Layout>;
+  struct Editing {
+    const ScriptLine* line;
+    unsigned arg;
+    Gtk::Widget* editor;
+    int left;  // of the argument, in the cell
+
+    [[nodiscard]] int width() const;
+  };
+  struct Look;
+
+  [[nodiscard]] Type get_type() const { return row_.type; }
+  void set_type(Type type) { row_.type = type; }
+  [[nodiscard]] Script* get_script() const { return row_.script; }
+  void set_script(Script* script) { row_.script = script; }
+  [[nodiscard]] ScriptLine* get_line() const { return row_.line; }
+  void set_line(ScriptLine* line) { row_.line = line; }
+  [[nodiscard]] unsigned get_refresh() const { return refresh_; }
+  void set_refresh(unsigned refresh) { refresh_ = refresh; }
+
+  [[nodiscard]] bool is_editing() const { return editing_ && editing_->line == row_.line; }
+  [[nodiscard]] std::optional<unsigned> chosen_arg() const;
+  [[nodiscard]] Sentence sentence() const;
+  [[nodiscard]] Layout lay_out(Gtk::Widget& widget, const Look& look) const;
+  [[nodiscard]] std::pair<int, int> extents(const Layout& layout, unsigned arg) const;
+  [[nodiscard]] std::pair<int, int> unshifted_extents(const Layout& layout, unsigned arg) const;
+  [[nodiscard]] int shift(const Layout& layout) const;
+  void draw_behind(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widget& widget,
+                   const Gdk::Rectangle& expose_area, const Gdk::Rectangle& area) const;
+  void draw_chosen(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widget& widget,
+                   const Gdk::Rectangle& area) const;
+
+  using End = std::function<void(bool cancelled)>;
+  template <typename Editor>
+  Gtk::CellEditable* show(Editor& editor, unsigned arg, int left, const End& end);
+  void pop_up(Gtk::TreeView& tree, unsigned arg, const Gdk::Rectangle& cell_area);
+  [[nodiscard]] Gtk::CellEditable* edit(Gtk::Widget& tree, unsigned arg);
+  [[nodiscard]] Gtk::CellEditable* edit_number(Gtk::Widget& tree, unsigned arg, int left);
+  [[nodiscard]] Gtk::CellEditable* edit_text(Gtk::Widget& tree, unsigned arg, int left);
+  [[nodiscard]] Gtk::CellEditable* edit_custom(Gtk::Widget& tree, unsigned arg, int left);
+
+  ScriptRow row_;
+  unsigned refresh_ = 0;
+  unsigned chosen_ = 0;
+  std::optional<Editing> editing_;
+  mutable int editor_height_ = 0;  // what every row has room for; 0 before it is measured
+  ScriptMenu menu_;
+  sigc::signal<void, ScriptLine&> signal_line_added_;
+};
+
+}  // namespace zemblar

@@ -1,0 +1,138 @@
+// What the interface makes of the arguments of a script's lines.
+
+#include "scripts/script_ui.h"
+
+#include <gtkmm/menuitem.h>
+#include <gtkmm/radiobutton.h>
+#include <gtkmm/separatormenuitem.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "core/i18n.h"
+#include "ui/toolkit/object_ref.h"
+#include "ui/toolkit/spin_button.h"
+
+namespace zemblar {
+namespace {
+
+// --- Menus ---
+
+class ChoiceItem : public Gtk::MenuItem {
+ public:
+  explicit ChoiceItem(const ScriptChoice& choice)
+      : Gtk::MenuItem(choice.text), choose_(choice.choose) {
+    if (!choice.object) return;
+    ended_ = choice.object->signal_deleted().connect([this] { set_sensitive(false); });
+  }
+
+ protected:
+  void on_activate() override {
+    Gtk::MenuItem::on_activate();
+    // The choice may end in the destruction of the menu.
+    const auto choose = choose_;
+    if (get_sensitive()) choose();
+  }
+
+ private:
+  std::function<void()> choose_;
+  ScopedConnection ended_;
+};
+
+Gtk::Menu* make_menu(const std::vector<ScriptChoice>& choices) {
+  auto menu = std::make_unique<Gtk::Menu>();
+  for (const auto& choice : choices) {
+    if (choice.separator) {
+      menu->append(*Gtk::manage(new Gtk::SeparatorMenuItem));
+    } else {
+      menu->append(*Gtk::manage(new ChoiceItem(choice)));
+    }
+  }
+  menu->show_all();
+  return menu.release();
+}
+
+// --- Speeds ---
+
+constexpr unsigned most_percent = 100;
+constexpr unsigned most_km_h = 10000;
+
+/// A number with its unit. Keeps the value itself, as its widgets may go before it does.
+class SpeedEditor : public sigc::trackable {
+ public:
+  SpeedEditor(Gtk::HBox& box, const SpeedArg& speed);
+
+  /// What was typed, within what the unit allows.
+  [[nodiscard]] SpeedArg value() const;
+
+ private:
+  void set_unit(bool km_h);
+  [[nodiscard]] unsigned most() const { return value_.km_h ? most_km_h : most_percent; }
+
+  SpeedArg value_;
+  SpinButton& spin_ = *Gtk::manage(new SpinButton);
+  Gtk::RadioButton& percent_ = *Gtk::manage(new Gtk::RadioButton(_("%")));
+  Gtk::RadioButton& km_h_ = *Gtk::manage(new Gtk::RadioButton(_("km/h")));
+};
+
+SpeedEditor::SpeedEditor(Gtk::HBox& box, const SpeedArg& speed) : value_(speed) {
+  auto group = percent_.get_group();
+  km_h_.set_group(group);
+  (speed.km_h ? km_h_ : percent_).set_active();
+  spin_.set_width_chars(5);
+  spin_.set_numeric();
+  spin_.set_increments(1, 10);
+  spin_.get_accessible()->set_name(_("Speed"));
+  spin_.signal_value_changed().connect(sigc::track_obj(
+      [this] { value_.speed = static_cast<unsigned>(spin_.get_value_as_int()); }, *this));
+  spin_.set_range(0, most());
+  spin_.set_value(speed.speed);
+  // The unit may be chosen after the number was typed: the field loses the focus to the unit's
+  // button first, which must not clamp the number.
+  spin_.signal_focus_out_event().connect(
+      sigc::track_obj([this](GdkEventFocus*) { return spin_.set_range(0, most_km_h), false; },
+                      *this),
+      false);
+  spin_.signal_focus_in_event().connect(
+      sigc::track_obj([this](GdkEventFocus*) { return spin_.set_range(0, most()), false; }, *this),
+      false);
+  km_h_.signal_toggled().connect(sigc::track_obj([this] { set_unit(km_h_.get_active()); }, *this));
+  for (Gtk::Widget* widget :
+       {static_cast<Gtk::Widget*>(&spin_), static_cast<Gtk::Widget*>(&percent_),
+        static_cast<Gtk::Widget*>(&km_h_)}) {
+    box.pack_start(*widget, false, false);
+  }
+}
+
+// What was typed counts before the range does: a larger number becomes the largest one.
+void SpeedEditor::set_unit(bool km_h) {
+  spin_.set_range(0, most_km_h);
+  spin_.update();
+  value_.km_h = km_h;
+  spin_.set_range(0, most());
+}
+
+SpeedArg SpeedEditor::value() const {
+  auto value = value_;
+  value.speed = std::min(value.speed, most());
+  return value;
+}
+
+void* make_speed_editor(Gtk::HBox& box, const SpeedArg& speed) {
+  return new SpeedEditor(box, speed);
+}
+
+SpeedArg end_speed_editor(void* state) {
+  const std::unique_ptr<SpeedEditor> editor(static_cast<SpeedEditor*>(state));
+  return editor->value();
+}
+
+[[maybe_unused]] const bool filled_in = [] {
+  ScriptUi::get() = {.make_menu = make_menu,
+                     .make_speed_editor = make_speed_editor,
+                     .end_speed_editor = end_speed_editor};
+  return true;
+}();
+
+}  // namespace
+}  // namespace zemblar

@@ -1,0 +1,53 @@
+#include "ui/toolkit/object_icon.h"
+
+#include <gtkmm/stock.h>
+
+#include <map>
+#include <string>
+
+#include "core/toplevel.h"
+#include "devices/device.h"
+#include "devices/track_power.h"
+#include "ui/toolkit/stock.h"
+
+namespace zemblar {
+namespace {
+
+/// By the name under which a class is known to the toolkit: classes of many folders meet here.
+const std::map<std::string, Gtk::StockID>& icons_by_class() {
+  static const std::map<std::string, Gtk::StockID> icons = {
+      {"Layout", Gtk::Stock::HOME},
+      {"View", Gtk::Stock::PAGE_SETUP},
+      {"Lok", stock::locomotive},
+      {"LokGroup", Gtk::Stock::DIRECTORY},
+      {"LokHolder", Gtk::Stock::JUMP_TO},
+      {"Function", Gtk::Stock::EXECUTE},
+      {"Point", stock::add_point},
+      {"Scissor", stock::add_scissor},
+      {"Signal", stock::add_signal},
+      {"Zone", stock::add_zone},
+      {"Crossing", stock::add_crossing},
+      {"Script", Gtk::Stock::MEDIA_PLAY},
+      {"PointState", Gtk::Stock::GO_FORWARD},
+      {"SignalState", Gtk::Stock::GO_FORWARD},
+  };
+  return icons;
+}
+
+}  // namespace
+
+Gtk::StockID object_icon(const Object& object) {
+  if (const auto* device = dynamic_cast<const Device*>(&object)) {
+    if (!device->active()) return stock::disconnect;
+    return switches_power(*device) && !device->track_power() ? stock::no_power : stock::connect;
+  }
+  if (dynamic_cast<const Toplevel*>(&object)) return Gtk::Stock::DIRECTORY;
+  std::string name = G_OBJECT_TYPE_NAME(object.gobj());
+  constexpr std::string_view prefix = "gtkmm__CustomObject_";
+  if (name.starts_with(prefix)) name.erase(0, prefix.size());
+  const auto& icons = icons_by_class();
+  const auto found = icons.find(name);
+  return found == icons.end() ? Gtk::StockID(Gtk::Stock::FILE) : found->second;
+}
+
+}  // namespace zemblar

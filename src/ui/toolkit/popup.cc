@@ -1,0 +1,52 @@
+#include "ui/toolkit/popup.h"
+
+#include <gdkmm/screen.h>
+#include <gdkmm/window.h>
+#include <gtkmm/menu.h>
+
+#include <algorithm>
+
+namespace zemblar {
+namespace {
+
+Gdk::Rectangle area_on_screen(Gtk::Widget& widget) {
+  int x = 0;
+  int y = 0;
+  widget.get_window()->get_origin(x, y);
+  auto area = widget.get_allocation();
+  if (widget.get_has_window()) area = {0, 0, area.get_width(), area.get_height()};
+  return {x + area.get_x(), y + area.get_y(), area.get_width(), area.get_height()};
+}
+
+void place_below(Gtk::Menu& menu, const Gdk::Rectangle& area, int& x, int& y) {
+  const auto size = menu.size_request();
+  const auto screen = menu.get_screen();
+  const int below = area.get_y() + area.get_height();
+  const bool fits_below = below + size.height <= screen->get_height();
+  x = std::max(0, std::min(area.get_x(), screen->get_width() - size.width));
+  y = std::max(0, fits_below ? below : area.get_y() - size.height);
+}
+
+}  // namespace
+
+bool popup_below(Gtk::Menu& menu, Gtk::Widget& button) {
+  menu.set_size_request(-1, -1);
+  const int natural = menu.size_request().width;
+  menu.set_size_request(std::max(natural, button.get_allocation().get_width()), -1);
+  return popup_below(menu, area_on_screen(button));
+}
+
+// A menu in which an entry is selected gets all input, whether it is seen or not.
+bool popup_below(Gtk::Menu& menu, const Gdk::Rectangle& area) {
+  menu.popup(
+      [&menu, area](int& x, int& y, bool& push_in) {
+        place_below(menu, area, x, y);
+        push_in = true;
+      },
+      0, gtk_get_current_event_time());
+  if (!menu.get_mapped()) return false;
+  menu.select_first();
+  return true;
+}
+
+}  // namespace zemblar

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <gtkmm/box.h>
+#include <gtkmm/entry.h>
+#include <gtkmm/label.h>
+#include <gtkmm/notebook.h>
+#include <gtkmm/paned.h>
+
+#include "ui/windows/object_list.h"
+#include "ui/windows/panel_view.h"
+
+namespace zemblar {
+
+/// The right side of the editor: "Selected" shows the properties of what the window works on,
+/// "All" the tree of all objects, with a field to find some by what is typed, and below it the
+/// properties of the selected row.
+class PropertiesPanel : public Gtk::Notebook {
+ public:
+  using Object = zemblar::Object;  // Gtk::Object is not meant
+
+  PropertiesPanel();
+
+  /// What the page "Selected" shows; null for nothing.
+  void show_object(Object* object, ViewObj* drawn = nullptr) {
+    selected_.show_object(object, drawn);
+  }
+  /// Turns to the page "All" and selects the object there.
+  void reveal(Object& object);
+
+ private:
+  void build_filter(Gtk::Box& box);
+  void find();
+  bool on_filter_key(const GdkEventKey* event);
+
+  PanelView selected_;
+  Gtk::VPaned all_;
+  Gtk::Entry filter_;
+  Gtk::Label nothing_found_;
+  ObjectList list_;
+  PanelView listed_;
+};
+
+}  // namespace zemblar

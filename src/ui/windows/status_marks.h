@@ -1,0 +1,76 @@
+#pragma once
+
+#include <gtkmm/box.h>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "runtime/scoped_connection.h"
+#include "ui/status/status_mark.h"
+#include "ui/toolkit/layout_follower.h"
+#include "ui/toolkit/object_ref.h"
+
+namespace Gtk {
+class Menu;
+}
+
+namespace zemblar {
+
+class Device;
+class Lok;
+
+/// The right end of the status line: what a person at the railway must see at one glance, and the
+/// one stop for everything.
+///
+/// Track power; each device that has a link of its own, by its state; how many trains block control
+/// holds, and how many drive whose place nobody knows; the file, and whether there is work that is
+/// not in it. A click goes to the object: a device and the layout are shown in a track editor, a
+/// train gets a throttle.
+///
+/// All of it is looked at with each pulse of the layout, and at once when the status line changes.
+class StatusMarks : public Gtk::HBox {
+ public:
+  StatusMarks();
+
+  [[nodiscard]] StatusMark& power() { return power_; }
+  [[nodiscard]] StatusMark& held() { return held_; }
+  [[nodiscard]] StatusMark& unplaced() { return unplaced_; }
+  [[nodiscard]] StatusMark& file() { return file_; }
+  [[nodiscard]] StatusMark& stop() { return stop_; }
+  /// In the order of the document.
+  [[nodiscard]] std::vector<StatusMark*> devices() const;
+
+ private:
+  struct DeviceMark {
+    explicit DeviceMark(Device& device);
+
+    ObjectRef<Device> device;
+    StatusMark mark;
+  };
+
+  void add_mark(StatusMark& mark);
+  void attach(Layout& layout, LayoutFollower::Connections& connections);
+  void refresh_later();
+  void refresh();
+  void refresh_devices();
+  void make_device_marks(const std::vector<Device*>& devices);
+  /// Does it with the object if there is one, else asks which one.
+  template <typename T>
+  void choose(StatusMark& mark, const std::vector<T*>& objects, void (*action)(T& object));
+
+  StatusMark power_;
+  Gtk::HBox device_row_;
+  std::vector<std::unique_ptr<DeviceMark>> devices_;
+  StatusMark held_;
+  StatusMark unplaced_;
+  StatusMark file_;
+  StatusMark stop_;
+  std::unique_ptr<Gtk::Menu> menu_;
+  ScopedConnection drop_menu_;
+  ScopedConnection refresh_later_;
+  ScopedConnection unsaved_changed_;
+  std::unique_ptr<LayoutFollower> follower_;
+};
+
+}  // namespace zemblar

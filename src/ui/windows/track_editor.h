@@ -1,0 +1,55 @@
+#pragma once
+
+#include <gtkmm/paned.h>
+
+#include <map>
+#include <memory>
+
+#include "ui/canvas/editor_tools.h"
+#include "ui/toolkit/edit_history.h"
+#include "ui/toolkit/object_picker.h"
+#include "ui/windows/layout_window.h"
+#include "ui/windows/properties_panel.h"
+#include "ui/windows/view_pages.h"
+
+namespace zemblar {
+
+class EditorView;
+
+/// The window in which views are drawn and all objects of the layout are edited. Views that are
+/// hidden in the track view have their page here.
+class TrackEditor : public LayoutWindow {
+ public:
+  /// Opens one more window, which owns itself.
+  static void open();
+  /// Selects the object in the tree of all objects, in an editor that is open or in a new one, and
+  /// brings that to the front.
+  static void show_object(zemblar::Object& object);
+
+ private:
+  TrackEditor();
+  void append_new_view_button();
+  [[nodiscard]] Gtk::Widget* make_canvas(View& view);
+  void refresh_panel();
+  [[nodiscard]] EditorView* current_canvas() const;
+  void append_edit_menu();
+  void step(void (EditHistory::*way)());
+  [[nodiscard]] const EditStep* next_step(void (EditHistory::*way)());
+  void step_if_next(void (EditHistory::*way)(), const EditStep* wanted);
+  void step_now(void (EditHistory::*way)());
+  void refresh_edit_menu();
+  void use_tool(DiagramKind kind, bool existing);
+  static void place_new(EditorView& canvas, DiagramKind kind);
+
+  EditHistory history_;
+  Gtk::MenuItem* undo_ = nullptr;  // in the menu
+  Gtk::MenuItem* redo_ = nullptr;
+  EditorTools tools_;
+  Gtk::HPaned sides_;
+  std::map<const View*, EditorView*> canvases_;  // only that of the current view is looked at
+  ViewPages pages_;
+  PropertiesPanel panel_;
+  ObjectPicker picker_;
+};
+
+}  // namespace zemblar
