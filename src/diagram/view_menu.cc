@@ -2,10 +2,29 @@
 
 #include <gtkmm/separatormenuitem.h>
 
+#include <optional>
+
 #include "core/i18n.h"
 #include "diagram/view_object.h"
 
 namespace zemblar {
+namespace {
+
+struct Place {
+  int x;
+  int y;
+};
+std::optional<Place> asked;  // by a key
+
+}  // namespace
+
+MenuPlace::MenuPlace(int x, int y) {
+  asked = {x, y};
+}
+
+MenuPlace::~MenuPlace() {
+  asked.reset();
+}
 
 std::function<void()> while_drawn(ViewObj& object, std::function<void()> action) {
   object.reference();
@@ -39,7 +58,14 @@ void popup(std::unique_ptr<Gtk::Menu> menu, guint32 time) {
   static std::unique_ptr<Gtk::Menu> shown;
   shown = std::move(menu);
   shown->show_all();
-  shown->popup(3, time);
+  if (!asked) return shown->popup(3, time);
+  const auto place = [at = *asked](int& x, int& y, bool& push_in) {
+    x = at.x;
+    y = at.y;
+    push_in = true;
+  };
+  shown->popup(place, 0, time);
+  shown->select_first(true);
 }
 
 }  // namespace zemblar

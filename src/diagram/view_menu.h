@@ -18,7 +18,16 @@ void add_item(Gtk::Menu& menu, ViewObj& object, const Glib::ustring& label,
               const std::function<void()>& action);
 /// The order, and the end of the object or of what it shows: what all of them end with.
 void add_order_items(Gtk::Menu& menu, ViewObj& object);
-/// For a click at that time.
+/// For a click at that time, at the pointer; for a key at its MenuPlace.
 void popup(std::unique_ptr<Gtk::Menu> menu, guint32 time);
+
+/// While it lives, a menu opens at a place of the screen, with its first item chosen.
+class MenuPlace {
+ public:
+  MenuPlace(int x, int y);
+  ~MenuPlace();
+  MenuPlace(const MenuPlace&) = delete;
+  MenuPlace& operator=(const MenuPlace&) = delete;
+};
 
 }  // namespace zemblar

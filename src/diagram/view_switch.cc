@@ -54,6 +54,16 @@ void ViewSwitch::draw_runtime_tags(const Context& context, SelectionTable& table
   }
 }
 
+std::vector<ViewSegment> ViewSwitch::stretches_of(const ViewTag& tag) {
+  std::vector<ViewSegment> stretches;
+  const auto* part = dynamic_cast<const StateTag*>(&tag);
+  if (!part) return stretches;
+  for (const auto& way : ways()) {
+    if (way.state == part->state) stretches.push_back(way.segment);
+  }
+  return stretches;
+}
+
 void ViewSwitch::draw_body_tags(const Context& context, bool /*selected*/, SelectionTable& table) {
   for (const auto& way : ways()) {
     add_tag(context, table, std::make_shared<StateTag>(this, way.state));

@@ -22,6 +22,7 @@ class ViewSwitch : public ViewTrack {
   void click(const ViewTag& tag) override;
   void show_menu(const ViewTag& tag, guint32 time) override;
   [[nodiscard]] std::vector<ViewSegment> segments() override;
+  [[nodiscard]] std::vector<ViewSegment> stretches_of(const ViewTag& tag) override;
 
  protected:
   struct Way {

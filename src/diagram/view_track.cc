@@ -185,6 +185,22 @@ void ViewTrack::draw_link_target_tags(const Context& context, SelectionTable& ta
   }
 }
 
+std::vector<ViewSegment> ViewTrack::stretches_of(const ViewTag& tag) {
+  const auto* part = dynamic_cast<const ViewTagInt*>(&tag);
+  const auto all = segments();
+  if (!part || part->value >= all.size()) return {};
+  return {all[part->value]};
+}
+
+void ViewTrack::stroke_stretches(const Context& context, const ViewTag& tag) {
+  context->set_line_width(TrackPaths::rail_width);
+  for (const auto& stretch : stretches_of(tag)) {
+    context->begin_new_path();
+    trace(context, path_of(stretch));
+    context->stroke();
+  }
+}
+
 void ViewTrack::paint_segment(const Context& context, const ViewSegment& segment) {
   context->set_line_width(tag_width);
   context->begin_new_path();

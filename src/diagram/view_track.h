@@ -39,6 +39,10 @@ class ViewTrack : public ViewObj {
   [[nodiscard]] virtual std::vector<ViewLinkNode*> ends() = 0;
   /// In an order that stays while no nodes come or go.
   [[nodiscard]] virtual std::vector<ViewSegment> segments() = 0;
+  /// The stretches that a tag stands for; none for a node and for the whole.
+  [[nodiscard]] virtual std::vector<ViewSegment> stretches_of(const ViewTag& tag);
+  /// In the context's colour, upon the track.
+  void stroke_stretches(const Context& context, const ViewTag& tag);
   /// "Straight Line": the two nodes become neighbours, where they have room for it.
   void make_straight(const ViewSegment& segment);
   /// "Curved Line": begins as straight, with handles of a third of the distance.

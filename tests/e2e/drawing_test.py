@@ -74,6 +74,23 @@ class Drawing(DrawingTest):
         pointer('click', 1)
         self.assertEqual(pixels(*tool.extents()), before)
 
+    def test_a_tool_that_waits_leaves_a_click_elsewhere_to_what_is_there(self):
+        self.start_drawing(ZEMBLAR)
+        empty = self.saved()
+        self.editor.find('push button', 'Zone').click()
+        for y in (0, 20, 40):
+            pointer('mousemove', *self.at(0, y))
+        self.editor.find('push button', 'Stop All Trains').click()
+        self.program.wait_for_status('nothing on the track could be stopped')
+        # Another tool takes its place.
+        self.editor.find('push button', 'Point').click()
+        for y in (0, 20):
+            pointer('mousemove', *self.at(0, y))
+        pointer('click', 1)
+        drawn = self.saved()
+        self.assertNotEqual(drawn, empty)
+        self.assertNotIn('zone', drawn)
+
 
 if __name__ == '__main__':
     unittest.main(argv=sys.argv[:1] + sys.argv[2:], verbosity=2)

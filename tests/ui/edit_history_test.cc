@@ -1,5 +1,6 @@
 // What is done in a window is taken back in it.
 
+#include <gmock/gmock.h>
 #include <gtkmm/button.h>
 #include <gtkmm/entry.h>
 #include <gtkmm/eventbox.h>
@@ -8,6 +9,7 @@
 
 #include <memory>
 
+#include "core/status.h"
 #include "core/toplevel.h"
 #include "locomotives/lok.h"
 #include "locomotives/moving_trains.h"
@@ -80,6 +82,10 @@ TEST_F(EditHistoryTest, one_press_is_one_step_until_the_button_is_released) {
   history.undo();
   EXPECT_EQ(zones(), 7u);
   send(area, GDK_BUTTON_RELEASE);
+  history.undo();
+  EXPECT_THAT(get_status().raw(), testing::StartsWith("Undone"));
+  send(area, GDK_MOTION_NOTIFY);
+  EXPECT_EQ(get_status(), "") << "it is not about the newest step";
 }
 
 // A key that closes it may come to another window.

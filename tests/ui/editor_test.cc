@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtkmm/window.h>
 
+#include <set>
+
 #include "core/global_options.h"
 #include "core/toplevel.h"
 #include "diagram/view_zone.h"
@@ -186,15 +188,35 @@ TEST_F(EditorTest, marks_what_a_drop_would_join_and_says_why_it_joins_nothing) {
       {{90, 80}, {150, 120}, "no end of another piece"},
       {{150, 120}, {10, 80}, "both ends belong to “Zone 3”"},
       {{10, 80}, {10, 0}, "the end of “Zone 1” is joined to “Zone 2” already"},
-      {{10, 0}, {90, -80}, "both are pictures of the same end of “Zone 3”"},
+      {{150, 120}, {90, -80}, "both are pictures of the same end of “Zone 3”"},
       {{10, 0}, {10, -80}, "the end of “Zone 2” is joined to “Zone 1” already"},
-      {{-65, -40}, {-65, -30}, "drag an end"},
+      {{-65, 0}, {-65, -30}, "drag an end"},
   };
   for (const auto& [from, to, reason] : drops) {
     clear_status();
     drag(from, to, GDK_CONTROL_MASK);
     EXPECT_THAT(get_status().raw(), testing::HasSubstr(reason)) << to.x << " " << to.y;
   }
+  EXPECT_EQ(end(c->get_view()->get_objects().at(2).operator->(), "right").pos, (Vector{150, 120}))
+      << "back, as two ends on one place look joined";
+}
+
+TEST_F(EditorTest, meets_what_is_nearly_hit_at_any_zoom_and_where_the_grid_puts_it) {
+  auto* a = zone_at({-100, 0});
+  auto* b = zone_at({60, 0});
+  GlobalOptions::get().set_grid(20);
+  drag({-60, 0}, {27, -7}, GDK_CONTROL_MASK);
+  EXPECT_EQ(end(a, "right").get_link(), &end(b, "left")) << "on one place";
+  for (int i = 0; i < 8; ++i) canvas.zoom_out();
+  canvas.update();
+  const double pixel = 1 / canvas.get_zoom();
+  press({60, 5 * pixel});
+  release({60, 5 * pixel});
+  EXPECT_EQ(canvas.get_selected(), b) << "beside the track";
+  drag({100 + 5 * pixel, 4 * pixel}, {140, 60});
+  EXPECT_NE(end(b, "right").pos, (Vector{100, 0})) << "the end, not the piece";
+  EXPECT_EQ(end(b, "left").pos, (Vector{20, 0}));
+  GlobalOptions::get().set_grid(GlobalOptions::usual_grid);
 }
 
 TEST_F(EditorTest, placing_goes_on_under_the_wheel_and_ends_when_the_pointer_is_taken_away) {
@@ -205,9 +227,25 @@ TEST_F(EditorTest, placing_goes_on_under_the_wheel_and_ends_when_the_pointer_is_
     canvas.place(draw_object(DiagramKind::zone, make_object(DiagramKind::zone)),
                  [&] { ++cancelled; });
   };
+  const auto move_pointer = [&](int x, int y) {
+    canvas.get_display()->warp_pointer(canvas.get_screen(), x, y);
+    canvas.get_display()->sync();
+    handle_events();
+  };
+  int left = 0;
+  int top = 0;
+  canvas.get_window()->get_origin(left, top);
+  move_pointer(left + 700, top + 500);
   place();
   handle_events();
+  EXPECT_TRUE(OtherProgram().has_pointer()) << "for whatever a click is for there";
+  release({700, 500});
+  EXPECT_EQ(placed, 0);
+  move_pointer(left + 20, top + 20);
   EXPECT_FALSE(OtherProgram().has_pointer());
+  move_pointer(left + 700, top + 500);
+  EXPECT_TRUE(OtherProgram().has_pointer());
+  move_pointer(left + 20, top + 20);
   press({10, 10}, 2);
   release({10, 10}, 2);
   move({20, 30}, 0);
@@ -346,7 +384,10 @@ TEST_F(EditorTest, aligns_what_is_selected_and_takes_it_back) {
 TEST_F(EditorTest, does_by_keys_what_the_pointer_does) {
   auto* a = zone_at({-100, 0});
   auto* b = zone_at({50, 40});
-  EXPECT_FALSE(key(GDK_KEY_Left)) << "nothing is selected";
+  const auto origin = canvas.to_canvas({0, 0});
+  EXPECT_TRUE(key(GDK_KEY_Left)) << "nothing is selected";
+  canvas.update();
+  EXPECT_GT(canvas.to_canvas({0, 0}).x, origin.x) << "the page moves";
   EXPECT_TRUE(key(GDK_KEY_Tab));
   EXPECT_EQ(canvas.get_selected(), a);
   key(GDK_KEY_Down);
@@ -363,11 +404,34 @@ TEST_F(EditorTest, does_by_keys_what_the_pointer_does) {
   ASSERT_NE(end(a, "right").get_link(), nullptr);
   EXPECT_EQ(end(a, "right").get_link()->get_object(), b) << "not the other end of its own";
   EXPECT_EQ(end(a, "right").pos, end(b, "left").pos);
-  key(GDK_KEY_j);  // what is joined stays so
+  EXPECT_EQ(get_status(), "Joined “Zone 1” with “Zone 2”.");
+  EXPECT_EQ(canvas.get_accessible()->get_description(),
+            "Zone 1, end joined with “Zone 2” (10, 40)");
+  key(GDK_KEY_j);
+  EXPECT_THAT(get_status().raw(), testing::HasSubstr("joined to “Zone 2” already"));
 
   EXPECT_TRUE(key(GDK_KEY_Tab));
   EXPECT_EQ(canvas.get_selected(), b);
   EXPECT_FALSE(key(GDK_KEY_Tab)) << "on to the next widget";
+  std::set<std::vector<unsigned>> stops;
+  const auto look = [&] {
+    canvas.update();
+    handle_events();
+    stops.insert(pixels_round({50, 40}, 80));
+  };
+  for (int i = 0; i < 4; ++i) look(), key(GDK_KEY_space);
+  EXPECT_EQ(stops.size(), 4U) << "the whole, a stretch, two ends";
+  key(GDK_KEY_space);
+  key(GDK_KEY_Escape);
+  look();
+  EXPECT_EQ(stops.size(), 4U) << "the whole again";
+  auto* far = zone_at({5000, 40});
+  key(GDK_KEY_Tab);
+  EXPECT_EQ(canvas.get_selected(), far);
+  canvas.update();
+  EXPECT_LT(canvas.to_canvas({5000, 40}).x, canvas.get_width()) << "it comes into sight";
+  far->remove();
+  canvas.select(b);
   EXPECT_TRUE(key(GDK_KEY_ISO_Left_Tab, GDK_SHIFT_MASK));
   EXPECT_EQ(canvas.get_selected(), a);
 

@@ -1,5 +1,6 @@
 // Menus in unusual hours: while another program holds the pointer, and when their dialog has gone.
 
+#include <gtkmm/checkmenuitem.h>
 #include <gtkmm/dialog.h>
 #include <gtkmm/entry.h>
 #include <gtkmm/menu.h>
@@ -60,6 +61,13 @@ TEST_F(MenuGrabTest, a_menu_that_cannot_be_shown_takes_no_input) {
   popup_below(menu, entry);
   EXPECT_EQ(gtk_grab_get_current(), GTK_WIDGET(menu.gobj()));
   EXPECT_TRUE(menu.get_active());
+  menu.popdown();
+  auto* chosen = Gtk::manage(new Gtk::CheckMenuItem("Two"));
+  chosen->set_active();
+  chosen->show();
+  menu.append(*chosen);
+  popup_below(menu, entry);
+  EXPECT_EQ(chosen->get_state(), Gtk::STATE_PRELIGHT) << "Return changes nothing";
   menu.popdown();
 }
 

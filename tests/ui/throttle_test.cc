@@ -602,6 +602,21 @@ TEST_F(ThrottleTest, one_of_many_locomotives_is_found_by_typing) {
   EXPECT_FALSE(finder.get_visible());
   EXPECT_EQ(chosen.size(), 2u);
   finder.show();
+  handle_events();
+  Gdk::Rectangle row;
+  list.get_cell_area(Gtk::TreePath("3"), *list.get_column(0), row);
+  for (const auto type : {GDK_BUTTON_PRESS, GDK_BUTTON_RELEASE}) {
+    GdkEventButton event{};
+    event.type = type;
+    event.window = list.get_bin_window()->gobj();
+    event.button = 1;
+    event.x = row.get_x() + 2;
+    event.y = row.get_y() + 2;
+    list.event(reinterpret_cast<GdkEvent*>(&event));
+  }
+  EXPECT_EQ(chosen.back(), depot->find_child("Railcar 12")) << "by one click";
+  EXPECT_FALSE(finder.get_visible());
+  finder.show();
   layout().new_document(true);
   EXPECT_FALSE(finder.get_visible());
 }

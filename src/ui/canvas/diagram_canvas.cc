@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "ui/canvas/arrow_keys.h"
+
 namespace zemblar {
 namespace {
 
@@ -16,6 +18,7 @@ constexpr double least_zoom = 0.02;
 constexpr double most_zoom = 16;
 constexpr double part_of_canvas = 0.96;  // a margin stays
 constexpr double sight_margin = 16;      // pixels
+constexpr double key_step = 40;          // pixels
 /// The window system has no larger ones.
 constexpr int largest_pixmap = 32767;
 /// A rail is drawn within its box by as much; in pixels at zoom 1.
@@ -311,6 +314,13 @@ PixelBox DiagramCanvas::box_on_canvas(ViewObj& object) {
   return box_of(context, object);
 }
 
+PixelBox DiagramCanvas::box_of_drawn(ViewObj& object) {
+  update();
+  const auto context = image_->measure();
+  context->set_matrix(matrix_);
+  return object.runtime_box(context);
+}
+
 void DiagramCanvas::bring_into_sight(const PixelBox& box) {
   const auto seen = visible_box();
   const auto way = [](double from, double to, double seen_from, double seen_to) {
@@ -451,6 +461,32 @@ bool DiagramCanvas::on_scroll_event(GdkEventScroll* event) {
     return false;
   }
   return true;
+}
+
+bool DiagramCanvas::on_key_press_event(GdkEventKey* event) {
+  const bool plain = (event->state & gtk_accelerator_get_default_mod_mask()) == 0;
+  const auto way = plain ? arrow_way(event->keyval) : std::nullopt;
+  if (!way) return Gtk::DrawingArea::on_key_press_event(event);
+  pan_ = pan_ - *way * key_step;
+  invalidate();
+  return true;
+}
+
+std::shared_ptr<const ViewTag> DiagramCanvas::hit_near(
+    const Vector& place, int reach, const std::function<bool(const ViewTag&)>& wanted) {
+  std::shared_ptr<const ViewTag> nearest;
+  int least = reach * reach + 1;
+  for (int y = -reach; y <= reach; ++y) {
+    for (int x = -reach; x <= reach; ++x) {
+      const int distance = x * x + y * y;
+      if (distance >= least) continue;
+      const auto& tag = hit(place.x + x, place.y + y);
+      if (!tag || !wanted(*tag)) continue;
+      nearest = tag;
+      least = distance;
+    }
+  }
+  return nearest;
 }
 
 // What is under the pointer stays there.

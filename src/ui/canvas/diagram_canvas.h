@@ -2,6 +2,7 @@
 
 #include <gtkmm/drawingarea.h>
 
+#include <functional>
 #include <optional>
 #include <unordered_map>
 #include <vector>
@@ -36,6 +37,10 @@ class DiagramCanvas : public Gtk::DrawingArea {
     if (tags_wait_) update_tags();
     return tags_.hit(x, y);
   }
+
+  /// What is nearest to a place of the canvas within some pixels and is wanted; null for nothing.
+  [[nodiscard]] std::shared_ptr<const ViewTag> hit_near(
+      const Vector& place, int reach, const std::function<bool(const ViewTag&)>& wanted);
 
   /// The drawing and the picture as a whole, in the middle of what can be seen of the canvas; no
   /// larger than they are. A canvas without a size does it when it has got one.
@@ -83,6 +88,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
   bool on_button_release_event(GdkEventButton* event) override;
   bool on_motion_notify_event(GdkEventMotion* event) override;
   bool on_scroll_event(GdkEventScroll* event) override;
+  /// Arrows move the picture.
+  bool on_key_press_event(GdkEventKey* event) override;
 
   /// What the pointer is doing. A display that is only looked at pans.
   enum class Mode { idle = 0, pressed = 1, dragging = 2, placing = 3, panning = 4 };
@@ -95,6 +102,9 @@ class DiagramCanvas : public Gtk::DrawingArea {
   /// Pans until the box lies where the window shows the canvas; its left upper corner if it is too
   /// large.
   void bring_into_sight(const PixelBox& box);
+
+  /// What the railway of an object covers, in pixels, without what is there to edit it.
+  [[nodiscard]] PixelBox box_of_drawn(ViewObj& object);
 
   /// Objects that are being moved: left out of the kept picture, and drawn over it on the window.
   void set_floating(std::vector<ViewObj*> objects);

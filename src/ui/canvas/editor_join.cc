@@ -1,5 +1,9 @@
 // How the canvas of the track editor joins ends of track, by the pointer and by keys.
 
+#include <atkmm/object.h>
+
+#include <cmath>
+
 #include "core/i18n.h"
 #include "core/status.h"
 #include "diagram/view_track.h"
@@ -79,8 +83,12 @@ void EditorView::aim(const Vector& pointer, bool joins) {
   if (dragged_end()) queue_draw();
 }
 
+// At the pointer, or where the grid has put the end.
 ViewLinkNode* EditorView::target_at(const Vector& pointer) {
-  return dragged_end() ? end_of(hit(pointer.x, pointer.y).get()) : nullptr;
+  auto* end = dragged_end();
+  if (!end) return nullptr;
+  if (auto* met = end_of(hit_about(pointer).get())) return met;
+  return end_of(hit_about(to_canvas(end->pos)).get());
 }
 
 // No other mark of the canvas has this shape.
@@ -104,7 +112,9 @@ ViewLinkNode* EditorView::end_near(const Vector& pointer) const {
   for (const auto& object : get_view().get_objects()) {
     for (auto* end : ends_of(*object.operator->())) {
       const bool moves = end == dragged || (dragged && end == dragged->get_link());
-      if (!moves && (end->pos - place).length() <= ViewNode::reach) return end;
+      const bool met = (end->pos - place).length() <= ViewNode::reach ||
+                       (dragged && (end->pos - dragged->pos).length() <= ViewNode::reach);
+      if (!moves && met) return end;
     }
   }
   return nullptr;
@@ -118,7 +128,10 @@ void EditorView::join_at(const Vector& pointer) {
     return refuse(_("Nothing was joined: drag an end, which is a round mark, not the piece."));
   }
   if (auto* target = target_at(pointer)) return join(*end, *target);
-  refuse(why_not(*end, end_near(pointer)));
+  const auto* met = end_near(pointer);
+  refuse(why_not(*end, met));
+  // Two ends on one place look joined.
+  if (met) tag_->object->drag_move(*tag_, to_view({last_x_, last_y_}));
 }
 
 void EditorView::join(ViewLinkNode& end, ViewLinkNode& target) {
@@ -139,6 +152,7 @@ void EditorView::join_nearest() {
   const auto part = current_part();
   auto* end = end_of(part.get());
   if (!end) return refuse(_("Nothing was joined: choose an end first, with Space."));
+  if (end->get_link()) return refuse(taken_text(*end));
   ViewLinkNode* nearest = nullptr;
   for (const auto& object : get_view().get_objects()) {
     if (object.operator->() == selected_) continue;
@@ -148,9 +162,43 @@ void EditorView::join_nearest() {
       if (!nearest || distance(*met) < distance(*nearest)) nearest = met;
     }
   }
-  if (nearest) return join(*end, *nearest);
+  if (nearest) {
+    const auto told =
+        Glib::ustring::compose(_("Joined “%1” with “%2”."), name_of(*end), name_of(*nearest));
+    join(*end, *nearest);
+    describe();
+    return set_status(told);
+  }
   if (!partner_name(*end).empty()) return refuse(taken_text(*end));
   refuse(_("Nothing was joined: no other piece of this view has a free end."));
+}
+
+// --- What a screen reader is told ---
+
+Glib::ustring EditorView::description_of(const ViewTag& part) const {
+  const auto* node = dynamic_cast<const ViewNode::Tag*>(&part);
+  if (!node) return _("stretch of track");
+  if (node->part != ViewNode::body) return _("handle");
+  const auto* end = dynamic_cast<const ViewLinkNode*>(node->node);
+  if (!end) return _("node");
+  const auto partner = partner_name(*end);
+  if (partner.empty()) return _("free end");
+  return Glib::ustring::compose(_("end joined with “%1”"), partner);
+}
+
+// Of what is selected, its part that keys act on, and where that lies.
+void EditorView::describe() {
+  Glib::ustring text;
+  if (selected_) {
+    const auto* shown = selected_->get_object();
+    text = shown ? shown->get_name() : Glib::ustring(_("(None)"));
+    const auto part = part_ ? current_part() : Tag{};
+    if (part) text += ", " + description_of(*part);
+    const auto* node = dynamic_cast<const ViewNode::Tag*>(part.get());
+    const auto place = node ? node->node->pos : selected_->anchor();
+    text += Glib::ustring::compose(" (%1, %2)", std::lround(place.x), std::lround(place.y));
+  }
+  if (text.raw() != get_accessible()->get_description()) get_accessible()->set_description(text);
 }
 
 }  // namespace zemblar

@@ -3,10 +3,13 @@
 #include <gdk/gdkkeysyms.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <optional>
 
+#include "core/i18n.h"
+#include "diagram/view_menu.h"
+#include "diagram/view_track.h"
+#include "ui/canvas/arrow_keys.h"
 #include "ui/canvas/editor_view.h"
 
 namespace zemblar {
@@ -14,21 +17,6 @@ namespace {
 
 constexpr double fine = 1;  // diagram units
 constexpr double ring = 8;  // pixels
-
-struct Arrow {
-  guint key;
-  guint keypad;
-  Vector way;
-};
-constexpr std::array arrows{
-    Arrow{GDK_KEY_Left, GDK_KEY_KP_Left, {-1, 0}}, Arrow{GDK_KEY_Right, GDK_KEY_KP_Right, {1, 0}},
-    Arrow{GDK_KEY_Up, GDK_KEY_KP_Up, {0, -1}}, Arrow{GDK_KEY_Down, GDK_KEY_KP_Down, {0, 1}}};
-
-const Arrow* arrow_of(guint key) {
-  const auto* found = std::ranges::find_if(
-      arrows, [key](const auto& arrow) { return key == arrow.key || key == arrow.keypad; });
-  return found == arrows.end() ? nullptr : found;
-}
 
 bool is_control(guint key) {
   return key == GDK_KEY_Control_L || key == GDK_KEY_Control_R;
@@ -49,9 +37,9 @@ bool EditorView::on_key_press_event(GdkEventKey* event) {
   const bool shift = (event->state & GDK_SHIFT_MASK) != 0;
   const auto modifiers = event->state & gtk_accelerator_get_default_mod_mask();
   const bool plain = (modifiers & ~GDK_SHIFT_MASK) == 0;
-  const auto* arrow = plain ? arrow_of(event->keyval) : nullptr;
-  if (arrow && (selected_ || placed_)) {
-    nudge(arrow->way, shift);
+  const auto way = plain ? arrow_way(event->keyval) : std::nullopt;
+  if (way && (selected_ || placed_)) {
+    nudge(*way, shift);
     return true;
   }
   if (mode_ == Mode::placing) {
@@ -74,6 +62,10 @@ bool EditorView::on_key_press_event(GdkEventKey* event) {
     case GDK_KEY_Delete:
       if (selected_) selected_->remove();
       return true;
+    case GDK_KEY_Escape:
+      if (!part_) return DiagramCanvas::on_key_press_event(event);
+      choose_part({});
+      return true;
     default:
       return DiagramCanvas::on_key_press_event(event);
   }
@@ -81,7 +73,7 @@ bool EditorView::on_key_press_event(GdkEventKey* event) {
 
 bool EditorView::on_key_release_event(GdkEventKey* event) {
   if (is_control(event->keyval)) aim(pointer_, false);
-  if (arrow_of(event->keyval)) nudging_.reset();
+  if (arrow_way(event->keyval)) nudging_.reset();
   return DiagramCanvas::on_key_release_event(event);
 }
 
@@ -90,9 +82,18 @@ bool EditorView::on_focus_out_event(GdkEventFocus* event) {
   return DiagramCanvas::on_focus_out_event(event);
 }
 
-// At the pointer, as after a click.
+// Beside the part that it is about.
 bool EditorView::show_part_menu() {
-  if (const auto part = current_part()) selected_->show_menu(*part, gtk_get_current_event_time());
+  const auto part = current_part();
+  if (!part) return true;
+  bring_part_into_sight(*part);
+  update();
+  const auto place = to_canvas(place_of(*part).value_or(selected_->anchor()));
+  int left = 0;
+  int top = 0;
+  get_window()->get_origin(left, top);
+  const MenuPlace menu_place(left + static_cast<int>(place.x), top + static_cast<int>(place.y));
+  selected_->show_menu(*part, gtk_get_current_event_time());
   return true;
 }
 
@@ -113,12 +114,16 @@ EditorView::Tag EditorView::current_part() {
   return parts.at(std::min(part_.value_or(0), parts.size() - 1));
 }
 
+// A ring about a node or a handle; a stretch in another colour.
 void EditorView::draw_current_part(const Context& context) {
   const auto part = part_ ? current_part() : Tag{};
-  const auto place = part ? place_of(*part) : std::nullopt;
-  if (!place) return;
+  if (!part) return;
   const auto colour = get_style()->get_bg(Gtk::STATE_SELECTED);
   context->set_source_rgb(colour.get_red_p(), colour.get_green_p(), colour.get_blue_p());
+  auto* track = dynamic_cast<ViewTrack*>(selected_);
+  if (track) track->stroke_stretches(context, *part);
+  const auto place = place_of(*part);
+  if (!place) return;
   context->set_line_width(2 / get_zoom());
   context->begin_new_path();
   context->arc(place->x, place->y, ring / get_zoom(), 0, 2 * M_PI);
@@ -130,23 +135,41 @@ bool EditorView::select_next(bool back) {
   const auto& objects = get_view().get_objects();
   if (objects.empty()) return false;
   const auto last = objects.size() - 1;
-  if (!selected_) {
-    select(objects[back ? last : 0].operator->());
-    return true;
+  std::size_t next = back ? last : 0;
+  if (selected_) {
+    const auto place = get_view().place_of(selected_);
+    if (place == (back ? 0 : last)) return false;
+    next = back ? place - 1 : place + 1;
   }
-  const auto place = get_view().place_of(selected_);
-  if (place == (back ? 0 : last)) return false;
-  select(objects[back ? place - 1 : place + 1].operator->());
+  select(objects[next].operator->());
+  bring_into_sight(box_of_drawn(*selected_));
   return true;
 }
 
+// Behind the last part comes the whole.
 void EditorView::next_part(bool back) {
   if (!selected_) return;
   const auto count = parts_of(*selected_).size();
-  if (count == 0) return;
-  const auto step = back ? count - 1 : 1;
-  part_ = part_ ? (*part_ + step) % count : (back ? count - 1 : 0);
+  const auto whole = count;
+  const auto from = std::min(part_.value_or(whole), whole);
+  const auto next = (from + (back ? count : 1)) % (count + 1);
+  choose_part(next == whole ? std::nullopt : std::optional(next));
+}
+
+// Of a node its surroundings, of anything else the whole object.
+void EditorView::bring_part_into_sight(const ViewTag& part) {
+  const auto place = place_of(part);
+  if (!place) return bring_into_sight(box_of_drawn(*selected_));
+  update();
+  const auto at = to_canvas(*place);
+  bring_into_sight({at.x - ring, at.y - ring, at.x + ring, at.y + ring});
+}
+
+void EditorView::choose_part(std::optional<std::size_t> part) {
+  part_ = part;
   invalidate();
+  if (const auto chosen = part ? current_part() : Tag{}) bring_part_into_sight(*chosen);
+  describe();
 }
 
 // To the next line of the grid, or by one unit. As long as the key is held it is one step.
@@ -158,6 +181,8 @@ void EditorView::nudge(const Vector& way, bool finely) {
   const auto from = place_of(*part).value_or(selected_->anchor());
   selected_->drag_start(*part, from);
   selected_->drag_move(*part, finely ? from + way * fine : next_line(from, way));
+  bring_part_into_sight(*part);
+  describe();
 }
 
 }  // namespace zemblar

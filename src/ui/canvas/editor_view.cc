@@ -5,14 +5,20 @@
 #include <glibmm/main.h>
 
 #include <algorithm>
+#include <cmath>
 
 #include "core/i18n.h"
+#include "diagram/view_track.h"
 
 namespace zemblar {
 namespace {
 
 /// Objects that float besides the one that is dragged.
 constexpr std::size_t most_dependants = 3;
+/// How far from its middle a node and a track are met at least, in pixels.
+constexpr double node_reach = 9;
+constexpr double track_reach = 6;
+constexpr double half_track = 4;  // as it is painted for that, in diagram units
 
 Vector place_of(double x, double y) {
   return {x, y};
@@ -23,7 +29,11 @@ Vector place_of(double x, double y) {
 EditorView::EditorView(View& view)
     : DiagramCanvas(view, _("This view is empty.\nChoose a tool above, and click here.")) {
   get_accessible()->set_name(view.get_name());
-  add_events(Gdk::KEY_PRESS_MASK | Gdk::KEY_RELEASE_MASK);
+  get_accessible()->set_role(Atk::ROLE_DRAWING_AREA);
+  renamed_ = view.property_name().signal_changed().connect(
+      [this] { get_accessible()->set_name(get_view().get_name()); });
+  add_events(Gdk::KEY_PRESS_MASK | Gdk::KEY_RELEASE_MASK | Gdk::ENTER_NOTIFY_MASK |
+             Gdk::LEAVE_NOTIFY_MASK);
   signal_popup_menu().connect(sigc::mem_fun(*this, &EditorView::show_part_menu));
   g_signal_connect(gobj(), "grab-broken-event", G_CALLBACK(&EditorView::on_grab_broken), this);
   object_changed_ = view.signal_changed().connect([this] { look_soon(); });
@@ -49,6 +59,7 @@ void EditorView::select(ViewObj* object) {
   selected_ = object;
   part_.reset();
   invalidate();
+  describe();
   signal_selected_changed_.emit();
 }
 
@@ -91,9 +102,24 @@ bool EditorView::on_button_press_event(GdkEventButton* event) {
   return true;
 }
 
-void EditorView::press(const GdkEventButton& event) {
+// Ends are met from further away than track, and before it.
+EditorView::Tag EditorView::hit_about(const Vector& pointer) {
   update();
-  tag_ = hit(event.x, event.y);
+  const Tag exact = hit(pointer.x, pointer.y);
+  const auto is_node = [](const ViewTag& tag) {
+    return dynamic_cast<const ViewNode::Tag*>(&tag) != nullptr;
+  };
+  if (exact && (is_node(*exact) || !dynamic_cast<ViewTrack*>(exact->object))) return exact;
+  const auto beyond = [this](double reach, double painted) {
+    return std::max(0, static_cast<int>(std::lround(reach - painted * get_zoom())));
+  };
+  if (auto node = hit_near(pointer, beyond(node_reach, ViewNode::reach), is_node)) return node;
+  const auto any = [](const ViewTag&) { return true; };
+  return exact ? exact : hit_near(pointer, beyond(track_reach, half_track), any);
+}
+
+void EditorView::press(const GdkEventButton& event) {
+  tag_ = hit_about(place_of(event.x, event.y));
   if (event.button == 3) return;
   last_x_ = event.x;
   last_y_ = event.y;
@@ -145,7 +171,9 @@ bool EditorView::on_button_release_event(GdkEventButton* event) {
     end_placing(false);
   } else if (event->button == 3 && mode_ == Mode::idle) {
     const auto tag = std::exchange(tag_, {});
-    if (tag) tag->object->show_menu(*tag, event->time);
+    if (!tag) return true;
+    select(tag->object);
+    tag->object->show_menu(*tag, event->time);
   } else {
     return DiagramCanvas::on_button_release_event(event);
   }
@@ -153,7 +181,7 @@ bool EditorView::on_button_release_event(GdkEventButton* event) {
 }
 
 void EditorView::drop(const GdkEventButton& event) {
-  if (mode_ == Mode::placing) return end_placing(true);
+  if (mode_ == Mode::placing) return holds(place_of(event.x, event.y)) ? end_placing(true) : void();
   const bool dragged = mode_ == Mode::dragging;
   if (dragged && (event.state & GDK_CONTROL_MASK) != 0) join_at(place_of(event.x, event.y));
   tag_.reset();
@@ -177,12 +205,34 @@ void EditorView::place(ViewObj* object, const std::function<void()>& cancelled) 
 }
 
 // Not while the click on a tool is being served: the tool would not hear that the pointer has left
-// it, and stay highlighted.
+// it, and stay highlighted. Nor outside the canvas, where a click is for what is there: for a stop,
+// for example.
 void EditorView::grab_pointer() {
   if (mode_ != Mode::placing || !get_mapped()) return;
-  get_window()->pointer_grab(
-      false, Gdk::POINTER_MOTION_MASK | Gdk::BUTTON_PRESS_MASK | Gdk::BUTTON_RELEASE_MASK,
-      GDK_CURRENT_TIME);
+  int x = 0;
+  int y = 0;
+  get_pointer(x, y);
+  if (!holds(place_of(x, y))) return;
+  get_window()->pointer_grab(true,
+                             Gdk::POINTER_MOTION_MASK | Gdk::BUTTON_PRESS_MASK |
+                                 Gdk::BUTTON_RELEASE_MASK | Gdk::ENTER_NOTIFY_MASK |
+                                 Gdk::LEAVE_NOTIFY_MASK,
+                             GDK_CURRENT_TIME);
+}
+
+bool EditorView::holds(const Vector& place) const {
+  return place.x >= 0 && place.y >= 0 && place.x < get_width() && place.y < get_height();
+}
+
+bool EditorView::on_enter_notify_event(GdkEventCrossing* event) {
+  if (event->mode == GDK_CROSSING_NORMAL) grab_pointer();
+  return DiagramCanvas::on_enter_notify_event(event);
+}
+
+bool EditorView::on_leave_notify_event(GdkEventCrossing* event) {
+  const bool left = event->mode == GDK_CROSSING_NORMAL && !holds(place_of(event->x, event->y));
+  if (left && mode_ == Mode::placing) get_window()->pointer_ungrab(GDK_CURRENT_TIME);
+  return DiagramCanvas::on_leave_notify_event(event);
 }
 
 void EditorView::end_placing(bool placed) {

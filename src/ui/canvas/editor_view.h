@@ -14,7 +14,9 @@ namespace zemblar {
 /// ends that it can be joined to are met, and the one under the pointer is marked. The status line
 /// says why a drop joins nothing. The right button opens the menu of what is under it. An object
 /// that has just been made follows the pointer until a click places it, or the right button or
-/// Escape takes it away. Delete removes what is selected from the view.
+/// Escape takes it away; meanwhile a click elsewhere does there what it does otherwise. What is
+/// nearly hit is hit, at any zoom, ends before stretches. Delete removes what is selected from the
+/// view.
 ///
 /// What is dragged or placed keeps to the grid of the options, unless Alt is held.
 class EditorView : public DiagramCanvas {
@@ -48,6 +50,8 @@ class EditorView : public DiagramCanvas {
   bool on_key_press_event(GdkEventKey* event) override;
   bool on_key_release_event(GdkEventKey* event) override;
   bool on_focus_out_event(GdkEventFocus* event) override;
+  bool on_enter_notify_event(GdkEventCrossing* event) override;
+  bool on_leave_notify_event(GdkEventCrossing* event) override;
   void on_unmap() override;
 
  private:
@@ -67,6 +71,7 @@ class EditorView : public DiagramCanvas {
   void join(ViewLinkNode& end, ViewLinkNode& target);
   void refuse(const Glib::ustring& reason);
   void grab_pointer();
+  [[nodiscard]] bool holds(const Vector& place) const;
   void end_placing(bool placed);
   [[nodiscard]] SelectionTable parts_of(ViewObj& object);
   [[nodiscard]] Tag current_part();
@@ -74,6 +79,11 @@ class EditorView : public DiagramCanvas {
   bool select_next(bool back);
   bool show_part_menu();
   void next_part(bool back);
+  void choose_part(std::optional<std::size_t> part);
+  void bring_part_into_sight(const ViewTag& part);
+  void describe();
+  [[nodiscard]] Glib::ustring description_of(const ViewTag& part) const;
+  [[nodiscard]] Tag hit_about(const Vector& pointer);
   void nudge(const Vector& way, bool finely);
   void join_nearest();
   static gboolean on_grab_broken(GtkWidget* widget, GdkEventGrabBroken* event, EditorView* view);
@@ -93,6 +103,7 @@ class EditorView : public DiagramCanvas {
   sigc::signal<void> signal_selected_changed_;
   sigc::signal<void> signal_placed_;
   ScopedConnection object_changed_;
+  ScopedConnection renamed_;
   ScopedConnection object_removed_;
   ScopedConnection grab_soon_;
 };

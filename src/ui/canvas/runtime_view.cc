@@ -6,6 +6,7 @@
 #include <gtk/gtkmain.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "core/i18n.h"
@@ -16,6 +17,8 @@ namespace {
 
 constexpr double ring_distance = 5;  // pixels
 constexpr double ring_width = 3;
+constexpr double click_reach = 7;  // pixels from the middle of a way, at any zoom
+constexpr double half_way = 4;     // as it is painted to be met, in diagram units
 
 /// The toolkit tells of a double click by a second press, and only then that it was a double one.
 bool is_second_press() {
@@ -41,6 +44,8 @@ RuntimeView::RuntimeView(View& view)
     : DiagramCanvas(view, _("Nothing has been drawn here yet.\n"
                             "The track editor is in the menu View.")) {
   get_accessible()->set_name(view.get_name());
+  renamed_ = view.property_name().signal_changed().connect(
+      [this] { get_accessible()->set_name(get_view().get_name()); });
   changed_ = view.signal_changed().connect([this] {
     auto* drawn = get_view().changed_object();
     accessibles_.on_changed(drawn);
@@ -79,7 +84,11 @@ bool RuntimeView::on_button_press_event(GdkEventButton* event) {
   grab_focus();
   mark(nullptr);
   update();
-  if (const auto tag = hit(event->x, event->y)) tag->object->click(*tag);
+  std::shared_ptr<const ViewTag> tag = hit(event->x, event->y);
+  const auto any = [](const ViewTag&) { return true; };
+  const auto beyond = static_cast<int>(std::lround(click_reach - half_way * get_zoom()));
+  if (!tag && beyond > 0) tag = hit_near({event->x, event->y}, beyond, any);
+  if (tag) tag->object->click(*tag);
   return true;
 }
 

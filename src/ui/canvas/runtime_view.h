@@ -38,6 +38,7 @@ class RuntimeView : public DiagramCanvas {
 
   ViewObj* marked_ = nullptr;
   SwitchAccessibles accessibles_{*this};
+  ScopedConnection renamed_;
   ScopedConnection changed_;
   ScopedConnection added_;
   ScopedConnection removed_;

@@ -89,8 +89,7 @@ EditHistory::Work::Work(EditHistory& history) {
   EditJournal::get().begin([window](std::unique_ptr<EditStep> step) {
     const auto found = histories().find(window);
     if (found == histories().end()) return;
-    found->second->steps_.record(std::move(step));
-    found->second->signal_changed_.emit();
+    found->second->record(std::move(step));
   });
 }
 
@@ -165,14 +164,27 @@ EditHistory* EditHistory::of(GtkWidget* widget) {
 
 void EditHistory::undo() {
   if (const auto* step = prepare().next_undo()) {
-    set_status(Glib::ustring::compose(_("Undone: %1."), step->get_name()));
+    tell(Glib::ustring::compose(_("Undone: %1."), step->get_name()));
   }
   step_back(&EditList::undo);
 }
 
+void EditHistory::tell(const Glib::ustring& text) {
+  told_ = text;
+  set_status(text);
+}
+
+// What was told of the step before would read as if it were about this one.
+void EditHistory::record(std::unique_ptr<EditStep> step) {
+  steps_.record(std::move(step));
+  if (!told_.empty() && get_status().raw() == told_.raw()) clear_status();
+  told_.clear();
+  signal_changed_.emit();
+}
+
 void EditHistory::redo() {
   if (const auto* step = prepare().next_redo()) {
-    set_status(Glib::ustring::compose(_("Redone: %1."), step->get_name()));
+    tell(Glib::ustring::compose(_("Redone: %1."), step->get_name()));
   }
   step_back(&EditList::redo);
 }

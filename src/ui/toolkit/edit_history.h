@@ -47,12 +47,15 @@ class EditHistory : public sigc::trackable {
 
   EditList& prepare();
   void step_back(bool (EditList::*step)());
+  void record(std::unique_ptr<EditStep> step);
+  void tell(const Glib::ustring& text);
   static EditHistory* of(GtkWidget* widget);
   static gboolean on_action(GSignalInvocationHint* hint, guint count, const GValue* values,
                             gpointer data);
 
   Gtk::Window& window_;
   EditList steps_;
+  Glib::ustring told_;  // of the last step back or forth
   sigc::signal<void> signal_changed_;
 };
 

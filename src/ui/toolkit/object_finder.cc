@@ -91,6 +91,14 @@ void ObjectFinder::build() {
   column->set_expand();
   list_.signal_row_activated().connect(
       [this](const auto& /*path*/, auto* /*column*/) { choose(); });
+  list_.signal_button_release_event().connect([this](GdkEventButton* event) {
+    Gtk::TreePath path;
+    if (event->button == 1 && event->window == list_.get_bin_window()->gobj() &&
+        list_.get_path_at_pos(static_cast<int>(event->x), static_cast<int>(event->y), path)) {
+      choose();
+    }
+    return false;
+  });
   auto* scrolled = Gtk::manage(new Gtk::ScrolledWindow);
   scrolled->set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_AUTOMATIC);
   scrolled->set_shadow_type(Gtk::SHADOW_IN);

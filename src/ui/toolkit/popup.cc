@@ -2,6 +2,7 @@
 
 #include <gdkmm/screen.h>
 #include <gdkmm/window.h>
+#include <gtkmm/checkmenuitem.h>
 #include <gtkmm/menu.h>
 
 #include <algorithm>
@@ -27,6 +28,15 @@ void place_below(Gtk::Menu& menu, const Gdk::Rectangle& area, int& x, int& y) {
   y = std::max(0, fits_below ? below : area.get_y() - size.height);
 }
 
+/// What is chosen already, so that Return changes nothing; the first entry where nothing is.
+void select_chosen(Gtk::Menu& menu) {
+  for (auto& item : menu.items()) {
+    const auto* marked = dynamic_cast<const Gtk::CheckMenuItem*>(&item);
+    if (marked && marked->get_active()) return menu.select_item(item);
+  }
+  menu.select_first();
+}
+
 }  // namespace
 
 bool popup_below(Gtk::Menu& menu, Gtk::Widget& button) {
@@ -45,7 +55,7 @@ bool popup_below(Gtk::Menu& menu, const Gdk::Rectangle& area) {
       },
       0, gtk_get_current_event_time());
   if (!menu.get_mapped()) return false;
-  menu.select_first();
+  select_chosen(menu);
   return true;
 }
 
