@@ -6,7 +6,6 @@
 #include <cmath>
 #include <optional>
 
-#include "core/i18n.h"
 #include "diagram/view_menu.h"
 #include "diagram/view_track.h"
 #include "ui/canvas/arrow_keys.h"
