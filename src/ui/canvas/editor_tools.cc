@@ -13,23 +13,33 @@ namespace {
 struct Tool {
   DiagramKind kind;
   const Gtk::StockID& icon;
+  const char* name;  ///< with a mnemonic
   const char* add_new;
   const char* add_existing;
   bool takes_existing = false;  ///< by a plain click
 };
 
 const Tool tools[] = {
-    {DiagramKind::point, stock::add_point, N_("Add New Point"), N_("Add Existing Point")},
-    {DiagramKind::zone, stock::add_zone, N_("Add New Zone (Block Section)"),
+    {DiagramKind::point, stock::add_point, N_("_Point"), N_("Add New Point"),
+     N_("Add Existing Point")},
+    {DiagramKind::zone, stock::add_zone, N_("_Zone"), N_("Add New Zone (Block Section)"),
      N_("Add Existing Zone (Block Section)")},
-    {DiagramKind::crossing, stock::add_crossing, N_("Add New Crossing"),
+    {DiagramKind::crossing, stock::add_crossing, N_("_Crossing"), N_("Add New Crossing"),
      N_("Add Existing Crossing")},
-    {DiagramKind::scissor, stock::add_scissor, N_("Add New Scissor Point"),
+    {DiagramKind::scissor, stock::add_scissor, N_("Sc_issor Point"), N_("Add New Scissor Point"),
      N_("Add Existing Scissor Point")},
-    {DiagramKind::signal, stock::add_signal, N_("Add New Signal"), N_("Add Existing Signal")},
-    {DiagramKind::label, stock::add_label, N_("Add Label for New Zone"),
+    {DiagramKind::signal, stock::add_signal, N_("_Signal"), N_("Add New Signal"),
+     N_("Add Existing Signal")},
+    {DiagramKind::label, stock::add_label, N_("_Label"), N_("Add Label for New Zone"),
      N_("Add Label for Existing Zone"), true},
 };
+
+/// Managed. The name has a mnemonic.
+Gtk::MenuItem* make_item(const Glib::ustring& name, Gtk::Menu& submenu) {
+  auto* item = Gtk::manage(new Gtk::MenuItem(name, true));
+  item->set_submenu(submenu);
+  return item;
+}
 
 /// The arrow beside a tool has no text of its own.
 void name_arrow(Gtk::MenuToolButton& button, const Glib::ustring& name) {
@@ -51,8 +61,9 @@ EditorTools::EditorTools(Gtk::Toolbar& toolbar) {
     button->signal_clicked().connect(
         sigc::bind(sigc::mem_fun(*this, &EditorTools::choose), tool.kind, tool.takes_existing));
     // Where the tool bar is too narrow for it.
-    button->set_proxy_menu_item(tool.add_new,
-                                *make_item(tool.kind, _(tool.add_new), _(tool.add_existing)));
+    button->set_proxy_menu_item(
+        tool.add_new,
+        *make_item(_(tool.name), *make_menu(tool.kind, _(tool.add_new), _(tool.add_existing))));
     button->signal_create_menu_proxy().connect([] { return true; }, false);
     name_arrow(*button, Glib::ustring::compose("%1 / %2", _(tool.add_new), _(tool.add_existing)));
     toolbar.append(*button);
@@ -62,16 +73,10 @@ EditorTools::EditorTools(Gtk::Toolbar& toolbar) {
 
 void EditorTools::append_items(Gtk::MenuShell& menu) {
   for (const auto& tool : tools) {
-    items_.push_back(make_item(tool.kind, _(tool.add_new), _(tool.add_existing)));
+    items_.push_back(
+        make_item(_(tool.name), *make_menu(tool.kind, _(tool.add_new), _(tool.add_existing))));
     menu.append(*items_.back());
   }
-}
-
-Gtk::MenuItem* EditorTools::make_item(DiagramKind kind, const Glib::ustring& add_new,
-                                      const Glib::ustring& add_existing) {
-  auto* item = Gtk::manage(new Gtk::MenuItem(add_new));
-  item->set_submenu(*make_menu(kind, add_new, add_existing));
-  return item;
 }
 
 Gtk::Menu* EditorTools::make_menu(DiagramKind kind, const Glib::ustring& add_new,

@@ -25,8 +25,6 @@ class EditorTools {
   sigc::signal<void, DiagramKind, bool>& signal_chosen() { return signal_chosen_; }
 
  private:
-  [[nodiscard]] Gtk::MenuItem* make_item(DiagramKind kind, const Glib::ustring& add_new,
-                                         const Glib::ustring& add_existing);
   Gtk::Menu* make_menu(DiagramKind kind, const Glib::ustring& add_new,
                        const Glib::ustring& add_existing);
 
