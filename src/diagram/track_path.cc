@@ -109,20 +109,43 @@ void draw_travel_arrow(const Cairo::RefPtr<Cairo::Context>& context, const Vecto
   context->fill();
 }
 
-// By de Casteljau's construction with the parameter 0.5.
-HalvedCurve halved(const PathStep& from, const PathStep& to) {
+// By de Casteljau's construction.
+DividedCurve divided(const PathStep& from, const PathStep& to, double share) {
   const auto curve = curve_to(from, to);
-  const auto before = (curve.start + curve.first * 2 + curve.second) / 4;
-  const auto after = (curve.first + curve.second * 2 + curve.end) / 4;
-  const auto half = (after - before) / 2;
-  // A curve with a cusp in the middle has no direction there.
-  const auto along = half == Vector{} ? curve.end - curve.start : half;
-  return {
-      {before + half, normalize(along)}, from.node->right / 2, half.length(), to.node->left / 2};
+  const auto between = [share](const Vector& a, const Vector& b) { return a + (b - a) * share; };
+  const auto inner = between(curve.first, curve.second);
+  const auto before = between(between(curve.start, curve.first), inner);
+  const auto after = between(inner, between(curve.second, curve.end));
+  const auto place = between(before, after);
+  // A curve with a cusp there has no direction.
+  const auto along = after == before ? curve.end - curve.start : after - before;
+  return {{place, normalize(along)},
+          from.node->right * share,
+          (place - before).length(),
+          (after - place).length(),
+          to.node->left * (1 - share)};
+}
+
+double share_near(const PathStep& from, const PathStep& to, const Vector& place) {
+  constexpr int parts = 64;
+  constexpr int margin = 3;
+  int nearest = parts / 2;
+  double least = std::numeric_limits<double>::infinity();
+  for (int i = margin; i <= parts - margin; ++i) {
+    const double share = static_cast<double>(i) / parts;
+    const auto& start = from.node->pos;
+    const auto at =
+        to.straight ? start + (to.node->pos - start) * share : divided(from, to, share).place.pos;
+    const double distance = (at - place).length();
+    if (distance >= least) continue;
+    least = distance;
+    nearest = i;
+  }
+  return static_cast<double>(nearest) / parts;
 }
 
 TrackPlace middle_of_step(const PathStep& from, const PathStep& to) {
-  if (!to.straight) return halved(from, to).middle;
+  if (!to.straight) return divided(from, to, 0.5).place;
   const auto& a = from.node->pos;
   const auto& b = to.node->pos;
   return {(a + b) * 0.5, normalize(b - a)};

@@ -65,13 +65,17 @@ struct TrackPlace {
 
 /// Where a node divides a curve into two that together have its shape, and the lengths of the
 /// handles for that. None is shorter than a handle may be, which only shows on a very small curve.
-struct HalvedCurve {
-  TrackPlace middle;
+struct DividedCurve {
+  TrackPlace place;
   double start_handle;
-  double middle_handle;  ///< to both sides
+  double before;  ///< handles of the place
+  double after;
   double end_handle;
 };
-[[nodiscard]] HalvedCurve halved(const PathStep& from, const PathStep& to);
+/// The share of the curve's parameter that lies before the place, between 0 and 1.
+[[nodiscard]] DividedCurve divided(const PathStep& from, const PathStep& to, double share);
+/// The share at which a step comes nearest to a place, not quite at an end of it.
+[[nodiscard]] double share_near(const PathStep& from, const PathStep& to, const Vector& place);
 
 /// A rectangle, mostly in device pixels.
 struct PixelBox {

@@ -27,19 +27,25 @@ const BlockLink* heading_in(const Lok& lok, const Block& block) {
   return nullptr;
 }
 
-/// Puts the node in the middle of the segment, and leaves the segment its shape.
-void divide(const ViewSegment& segment, ViewNode& node) {
+/// Puts the node on the segment, nearest to a place or in the middle, and leaves the segment its
+/// shape.
+void divide(const ViewSegment& segment, ViewNode& node, const std::optional<Vector>& place) {
   const PathStep from{segment.start};
   const PathStep to{segment.end, *segment.straight};
-  const auto halves = halved(from, to);
-  const auto middle = middle_of_step(from, to);
-  node.pos = middle.pos;
-  node.dir = middle.dir;
-  if (to.straight) return;
-  node.set_left_handle(halves.middle_handle);
-  node.set_right_handle(halves.middle_handle);
-  segment.start->set_right_handle(halves.start_handle);
-  segment.end->set_left_handle(halves.end_handle);
+  const double share = place ? share_near(from, to, *place) : 0.5;
+  const auto curves = divided(from, to, share);
+  node.pos = curves.place.pos;
+  node.dir = curves.place.dir;
+  if (to.straight) {
+    const auto way = segment.end->pos - segment.start->pos;
+    node.pos = segment.start->pos + way * share;
+    node.dir = normalize(way);
+    return;
+  }
+  node.set_left_handle(curves.before);
+  node.set_right_handle(curves.after);
+  segment.start->set_right_handle(curves.start_handle);
+  segment.end->set_left_handle(curves.end_handle);
 }
 
 }  // namespace
@@ -105,15 +111,15 @@ std::vector<ViewSegment> ViewZone::segments() {
 
 // --- Nodes ---
 
-void ViewZone::add_node(unsigned segment) {
+void ViewZone::add_node(unsigned segment, const std::optional<Vector>& place) {
   if (segment >= straight_.size()) return;
   before_change();
-  const auto divided = segments()[segment];
-  const bool straight = *divided.straight;
-  if (divided.start->get_right_node() == divided.end) divided.start->set_right_node(nullptr);
+  const auto whole = segments()[segment];
+  const bool straight = *whole.straight;
+  if (whole.start->get_right_node() == whole.end) whole.start->set_right_node(nullptr);
   auto node = std::make_unique<ViewNode>();
   node->set_object(this);
-  divide(divided, *node);
+  divide(whole, *node, place);
   inner_.insert(inner_.begin() + segment, std::move(node));
   straight_.insert(straight_.begin() + segment, straight);
   join_neighbours();
@@ -146,9 +152,9 @@ void ViewZone::show_menu(const ViewTag& tag, guint32 time) {
   if (const auto* segment = dynamic_cast<const SegmentTag*>(&tag)) {
     const auto index = segment->value;
     add_shape_items(*menu, segments().at(index));
-    add_item(*menu, *this, _("Add Node"), [this, index] {
+    add_item(*menu, *this, _("Add Node"), [this, index, place = pointed()] {
       DiagramWatcher::tell(_("Add a Node to “%1”"));
-      add_node(index);
+      add_node(index, place);
     });
   } else if (const auto* part = dynamic_cast<const ViewNode::Tag*>(&tag)) {
     add_node_items(*menu, *part->node);

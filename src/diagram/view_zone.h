@@ -36,8 +36,8 @@ class ViewZone : public ViewTrack {
   void show_menu(const ViewTag& tag, guint32 time) override;
 
   [[nodiscard]] std::vector<ViewSegment> segments() override;
-  /// Divides a segment in the middle.
-  void add_node(unsigned segment);
+  /// Divides a segment, nearest to a place or in the middle.
+  void add_node(unsigned segment, const std::optional<Vector>& place = {});
   /// Joins the two segments at an inner node.
   void delete_node(unsigned index);
 

@@ -436,10 +436,21 @@ TEST_F(DiagramTest, a_node_that_is_added_leaves_a_bend_its_shape) {
     end(*a, "right").drag(ViewNode::left_handle, Vector{40, 90} + right_handle);
     std::vector<Vector> before;
     for (int i = 0; i <= 40; ++i) before.push_back(place_on(a->segments()[0], i / 40.0));
-    a->add_node(0);
-    for (int i = 0; i <= 40; ++i) {
-      const auto now = place_on(a->segments()[i <= 20 ? 0 : 1], i <= 20 ? i / 20.0 : i / 20.0 - 1);
-      EXPECT_LT((now - before[static_cast<std::size_t>(i)]).length(), 1e-9) << shape << i;
+    for (const int at : {20, 10}) {
+      if (at == 20) {
+        a->add_node(0);
+      } else {
+        a->add_node(0, before[10] + Vector{0.1, 0});
+      }
+      for (int i = 0; i <= 40; ++i) {
+        const auto now = i <= at
+                             ? place_on(a->segments()[0], static_cast<double>(i) / at)
+                             : place_on(a->segments()[1], static_cast<double>(i - at) / (40 - at));
+        EXPECT_LT((now - before[static_cast<std::size_t>(i)]).length(), 1e-9) << shape << i;
+      }
+      a->delete_node(0);
+      end(*a, "left").drag(ViewNode::right_handle, Vector{-40, 0} + left_handle);
+      end(*a, "right").drag(ViewNode::left_handle, Vector{40, 90} + right_handle);
     }
   }
 }

@@ -92,6 +92,7 @@ bool EditorView::show_part_menu() {
   int top = 0;
   get_window()->get_origin(left, top);
   const MenuPlace menu_place(left + static_cast<int>(place.x), top + static_cast<int>(place.y));
+  selected_->set_pointed({});
   selected_->show_menu(*part, gtk_get_current_event_time());
   return true;
 }

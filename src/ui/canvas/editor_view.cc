@@ -173,6 +173,7 @@ bool EditorView::on_button_release_event(GdkEventButton* event) {
     const auto tag = std::exchange(tag_, {});
     if (!tag) return true;
     select(tag->object);
+    tag->object->set_pointed(to_view(place_of(event->x, event->y)));
     tag->object->show_menu(*tag, event->time);
   } else {
     return DiagramCanvas::on_button_release_event(event);
