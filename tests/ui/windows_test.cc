@@ -25,6 +25,7 @@
 #include "ui/windows/object_list.h"
 #include "ui/windows/panel_view.h"
 #include "ui/windows/power_buttons.h"
+#include "ui/windows/properties_panel.h"
 #include "ui/windows/track_editor.h"
 #include "ui/windows/track_view.h"
 #include "ui/windows/view_pages.h"
@@ -314,6 +315,56 @@ TEST(PanelView, lets_go_of_an_object_that_ends_itself_from_its_panel) {
   EXPECT_FALSE(find_widget<Gtk::Button>(panel, "End"));
   EXPECT_TRUE(shows(panel, "Nothing is selected."));
   handle_events();
+}
+
+/// The fields from one that has the focus to where it comes by again.
+std::vector<Gtk::Widget*> ring(Gtk::Window& window) {
+  std::vector<Gtk::Widget*> fields{window.get_focus()};
+  do {
+    test::press_key(window, GDK_KEY_Tab);
+    fields.push_back(window.get_focus());
+  } while (fields.back() != fields.front() && fields.size() < 100);
+  return fields;
+}
+
+/// Whether the viewport around a widget, if there is one, shows it.
+bool is_in_sight(Gtk::Widget& widget) {
+  auto* port = widget.get_ancestor(GTK_TYPE_VIEWPORT);
+  int x = 0;
+  int y = 0;
+  if (!port || !widget.translate_coordinates(*port, 0, 0, x, y)) return true;
+  return y >= 0 && y + widget.get_height() <= port->get_height();
+}
+
+TEST(PropertiesPanel, brings_the_field_that_has_the_focus_into_sight) {
+  auto& layout = fresh_layout();
+  auto* lok = layout.get_loks().add(new Lok);
+  Gtk::Window window;
+  Gtk::HPaned sides;
+  Gtk::Button page("page");
+  PropertiesPanel panel;
+  sides.add1(page);
+  sides.add2(panel);
+  window.add(sides);
+  window.set_default_size(600, 500);
+  window.show_all();
+  handle_events();
+  test::give_focus(window);
+  const auto walk = [&] {
+    page.grab_focus();
+    const auto there = ring(window);
+    EXPECT_GT(there.size(), 8U);
+    for (auto* field : there) {
+      field->grab_focus();
+      EXPECT_TRUE(is_in_sight(*field)) << field->get_accessible()->get_name();
+    }
+  };
+  panel.show_object(lok);
+  handle_events();
+  walk();
+  panel.reveal(*lok);
+  handle_events();
+  walk();
 }
 
 TEST(ViewPages, shows_one_page_for_each_view_and_a_hint_for_none) {

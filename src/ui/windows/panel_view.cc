@@ -39,6 +39,7 @@ PanelView::PanelView(const Glib::ustring& hint) : hint_(hint), frame_(0.0, 0.0, 
   viewport->set_shadow_type(Gtk::SHADOW_NONE);
   viewport->add(frame_);
   add(*viewport);
+  frame_.set_focus_vadjustment(*get_vadjustment());  // scrolls to the field that has the focus
   say(hint_);
 }
 
