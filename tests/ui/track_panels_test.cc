@@ -113,6 +113,36 @@ TEST_F(TrackPanelTest, a_point_is_set_and_followed_by_its_choice_of_states) {
   get_widget<Gtk::Button>(*panel, "A_dd State").clicked();
 }
 
+TEST_F(TrackPanelTest, the_focus_goes_to_what_a_button_made_or_to_the_next_of_what_it_removed) {
+  auto* panel = point->make_properties_panel({});
+  Gtk::Window window;
+  window.add(*Gtk::manage(panel));
+  window.show_all();
+  auto& pages = get_widget<Gtk::Notebook>(window);
+  const auto press = [&](const char* label) {
+    auto& button = get_widget<Gtk::Button>(window, label);
+    button.grab_focus();
+    button.clicked();
+    handle_events();
+    return window.get_focus();
+  };
+  const auto label_of = [](Gtk::Widget* widget) {
+    auto* button = dynamic_cast<Gtk::Button*>(widget);
+    return button ? button->get_label().raw() : "";
+  };
+  const auto* name = dynamic_cast<NameEntry*>(press("A_dd State"));
+  ASSERT_TRUE(name);
+  EXPECT_EQ(name->get_text(), point->states().back()->get_name());
+  EXPECT_EQ(label_of(press("Remove State")), "A_dd State") << "those that are left must stay";
+  pages.set_current_page(1);
+  handle_events();
+  EXPECT_TRUE(dynamic_cast<Gtk::Widget*>(press("Add _Output"))->is_ancestor(pages));
+  EXPECT_EQ(label_of(press("Remove Output")), "Remove Output");
+  layout().get_points().add(new Point);
+  EXPECT_EQ(press("Ne_xt Free"), find_widget<AddrSpin>(window, ""));
+  EXPECT_EQ(label_of(press("Remove Output")), "Add _Output");
+}
+
 TEST_F(TrackPanelTest, a_state_has_a_control_for_each_output_after_its_type) {
   auto* curved = point->states()[1];
   auto& output = point->get_output(1);

@@ -48,7 +48,11 @@ AddressNote::AddressNote(Form& form, Source source)
 
 void AddressNote::refresh() {
   const auto others = source_.others();
-  if (!others.empty()) text_.set_text(text_of(source_.address(), others));
+  if (!others.empty()) {
+    text_.set_text(text_of(source_.address(), others));
+  } else if (next_.is_focus()) {
+    source_.field.grab_focus();  // the button is about to be hidden
+  }
   form_.show_row(*this, !others.empty());
 }
 
