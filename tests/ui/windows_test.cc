@@ -367,6 +367,25 @@ TEST(PropertiesPanel, brings_the_field_that_has_the_focus_into_sight) {
   walk();
 }
 
+TEST(PropertiesPanel, what_is_made_while_something_is_looked_for_is_selected_if_it_matches) {
+  auto& layout = fresh_layout();
+  clear_status();
+  PropertiesPanel panel;
+  Gtk::Window window;
+  window.add(panel);
+  window.show_all();
+  panel.reveal(layout.get_loks());
+  find_widget<Gtk::Entry>(panel, "")->set_text("loc");
+  handle_events();
+  auto& list = test::get_widget<ObjectList>(panel);
+  list.select(layout.get_loks());
+  test::get_widget<Gtk::Button>(panel, "New _Locomotive").clicked();
+  EXPECT_EQ(list.selected(), layout.get_loks().child_at(0));
+  EXPECT_EQ(window.get_focus(), &list);
+  EXPECT_EQ(get_status(), "");
+  handle_events();
+}
+
 TEST(ViewPages, shows_one_page_for_each_view_and_a_hint_for_none) {
   auto& layout = fresh_layout();
   Gtk::Window window;
