@@ -318,10 +318,10 @@ TEST(PanelView, lets_go_of_an_object_that_ends_itself_from_its_panel) {
 }
 
 /// The fields from one that has the focus to where it comes by again.
-std::vector<Gtk::Widget*> ring(Gtk::Window& window) {
+std::vector<Gtk::Widget*> ring(Gtk::Window& window, unsigned modifiers = 0) {
   std::vector<Gtk::Widget*> fields{window.get_focus()};
   do {
-    test::press_key(window, GDK_KEY_Tab);
+    test::press_key(window, GDK_KEY_Tab, modifiers);
     fields.push_back(window.get_focus());
   } while (fields.back() != fields.front() && fields.size() < 100);
   return fields;
@@ -336,7 +336,7 @@ bool is_in_sight(Gtk::Widget& widget) {
   return y >= 0 && y + widget.get_height() <= port->get_height();
 }
 
-TEST(PropertiesPanel, brings_the_field_that_has_the_focus_into_sight) {
+TEST(PropertiesPanel, keys_reach_its_fields_in_both_directions_and_bring_them_into_sight) {
   auto& layout = fresh_layout();
   auto* lok = layout.get_loks().add(new Lok);
   Gtk::Window window;
@@ -352,12 +352,15 @@ TEST(PropertiesPanel, brings_the_field_that_has_the_focus_into_sight) {
   test::give_focus(window);
   const auto walk = [&] {
     page.grab_focus();
-    const auto there = ring(window);
+    auto there = ring(window);
     EXPECT_GT(there.size(), 8U);
     for (auto* field : there) {
       field->grab_focus();
       EXPECT_TRUE(is_in_sight(*field)) << field->get_accessible()->get_name();
     }
+    page.grab_focus();
+    std::ranges::reverse(there);
+    EXPECT_EQ(ring(window, GDK_SHIFT_MASK), there);
   };
   panel.show_object(lok);
   handle_events();

@@ -36,7 +36,6 @@ struct ViewPages::Page {
 
 ViewPages::ViewPages(MakeCanvas make_canvas, Hidden hidden)
     : make_canvas_(std::move(make_canvas)), hidden_(hidden), hint_(false, 12) {
-  notebook_.set_tab_pos(Gtk::POS_BOTTOM);
   notebook_.set_show_border(false);
   notebook_.set_border_width(0);
   notebook_.set_scrollable(true);
@@ -140,7 +139,7 @@ void ViewPages::refresh_hint() {
 
 // The last page stays the notebook's current one when it is hidden.
 Gtk::Widget* ViewPages::current_page() const {
-  auto& notebook = const_cast<Gtk::Notebook&>(notebook_);
+  auto& notebook = const_cast<BottomTabs&>(notebook_);
   const int number = notebook.get_current_page();
   auto* page = number < 0 ? nullptr : notebook.get_nth_page(number);
   return page && page->get_visible() ? page : nullptr;

@@ -4,7 +4,6 @@
 #include <gtkmm/box.h>
 #include <gtkmm/label.h>
 #include <gtkmm/menu.h>
-#include <gtkmm/notebook.h>
 #include <gtkmm/table.h>
 
 #include <functional>
@@ -13,6 +12,7 @@
 
 #include "diagram/view.h"
 #include "ui/canvas/fit_hint.h"
+#include "ui/toolkit/bottom_tabs.h"
 #include "ui/toolkit/layout_follower.h"
 
 namespace zemblar {
@@ -69,7 +69,7 @@ class ViewPages : public Gtk::VBox {
   MakeCanvas make_canvas_;
   Hidden hidden_;
   Gtk::Table stack_{1, 1};  // the notebook, and over it the hint
-  Gtk::Notebook notebook_;
+  BottomTabs notebook_;
   FitHint fit_hint_;
   Gtk::VBox hint_;
   Gtk::Label hint_text_;
