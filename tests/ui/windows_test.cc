@@ -368,6 +368,13 @@ TEST(PropertiesPanel, keys_reach_its_fields_in_both_directions_and_bring_them_in
   panel.reveal(*lok);
   handle_events();
   walk();
+  page.grab_focus();
+  find_widget<ObjectList>(panel, "")->get_selection()->unselect_all();
+  handle_events();
+  for (int presses = 0; presses < 6; ++presses) {
+    test::press_key(window, GDK_KEY_F6);
+    EXPECT_FALSE(dynamic_cast<Gtk::ScrolledWindow*>(window.get_focus()));
+  }
 }
 
 TEST(PropertiesPanel, what_is_made_while_something_is_looked_for_is_selected_if_it_matches) {
