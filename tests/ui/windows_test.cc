@@ -396,6 +396,28 @@ TEST(PropertiesPanel, what_is_made_while_something_is_looked_for_is_selected_if_
   handle_events();
 }
 
+TEST(TrackEditor, says_that_the_list_keeps_the_focus_when_it_deletes_the_shown_view) {
+  auto& layout = fresh_layout();
+  layout.get_views().add(new View);
+  TrackEditor::open();
+  handle_events();
+  auto* editor = test::shown_window<TrackEditor>();
+  TrackEditor::show_object(*layout.get_views().child_at(0));
+  auto& list = test::get_widget<ObjectList>(*editor);
+  list.grab_focus();
+  static AtkObject* heard = nullptr;
+  G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+  const auto tracker = atk_add_focus_tracker([](AtkObject* object) { heard = object; });
+  test::press_key(*editor, GDK_KEY_Delete);
+  atk_remove_focus_tracker(tracker);
+  G_GNUC_END_IGNORE_DEPRECATIONS
+  EXPECT_EQ(layout.get_views().child_count(), 1U);
+  EXPECT_EQ(editor->get_focus(), &list);
+  EXPECT_EQ(heard, list.get_accessible()->gobj()) << "not the next page's tab";
+  editor->hide();
+  handle_events();
+}
+
 TEST(ViewPages, shows_one_page_for_each_view_and_a_hint_for_none) {
   auto& layout = fresh_layout();
   Gtk::Window window;

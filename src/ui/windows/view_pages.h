@@ -59,6 +59,7 @@ class ViewPages : public Gtk::VBox {
   void add_page(View& view);
   void place_page(const Object& view);
   void remove_page(const View& view);
+  void announce_focus_later();
   void show_page(Page& page);
   [[nodiscard]] bool is_seen(const View& view) const;
   /// Null when no page is seen.
@@ -76,6 +77,7 @@ class ViewPages : public Gtk::VBox {
   std::vector<std::unique_ptr<Page>> pages_;
   sigc::signal<void> signal_current_changed_;
   ScopedConnection page_switched_;
+  ScopedConnection announce_focus_;
   std::unique_ptr<LayoutFollower> follower_;
 };
 
