@@ -189,6 +189,8 @@ void PointProperties::add_state_form(PointState& state) {
   remove->signal_clicked().connect([going] {
     if (*going && (*going)->get_deletable()) (*going)->destroy();
   });
+  remove->get_accessible()->set_name(
+      Glib::ustring::compose(_("Remove state %1"), state.get_position() + 1));
   pack_button(*form, *remove);
 }
 
