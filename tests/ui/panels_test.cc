@@ -240,9 +240,16 @@ TEST_F(PanelTest, attributes_stay_sorted_above_the_row_for_a_new_one) {
   EXPECT_EQ(rows(), "class=V60 z= Add Attribute…= ");
   list.list().get_selection()->select(Gtk::TreePath("2"));
   EXPECT_FALSE(list.remove_button().get_sensitive());
+  Gtk::Window window;
+  window.add(list);
+  window.show_all();
   list.list().get_selection()->select(Gtk::TreePath("1"));
+  list.remove_button().grab_focus();
   list.remove_button().clicked();
   EXPECT_EQ(rows(), "class=V60 Add Attribute…= ");
+  EXPECT_EQ(window.get_focus(), &list.remove_button());
+  list.remove_button().clicked();
+  EXPECT_EQ(window.get_focus(), &list.list());
 }
 
 TEST_F(PanelTest, functions_are_listed_numbered_and_deleted) {
@@ -262,7 +269,9 @@ TEST_F(PanelTest, functions_are_listed_numbered_and_deleted) {
   };
   EXPECT_EQ(number(2), 2U);
   list.list().get_selection()->select(Gtk::TreePath("1"));
+  list.delete_button().grab_focus();
   list.delete_button().clicked();
+  EXPECT_EQ(window.get_focus(), &list.delete_button());
   EXPECT_EQ(lok->child_count(), 2U);
   EXPECT_EQ(list.list().get_model()->children().size(), 2U);
   list.new_button().clicked();
@@ -270,6 +279,9 @@ TEST_F(PanelTest, functions_are_listed_numbered_and_deleted) {
   const std::vector<Gtk::CellRenderer*> cells = list.list().get_column(1)->get_cell_renderers();
   g_signal_emit_by_name(cells.front()->gobj(), "edited", "0", "Function 3");
   EXPECT_EQ(get_status(), "“Function 3” is taken: “Function 1” keeps its name.");
+  for (int i = 0; i < 3; ++i) list.delete_button().clicked();
+  EXPECT_EQ(lok->child_count(), 0U) << "one after the other";
+  EXPECT_EQ(window.get_focus(), &list.new_button());
 }
 
 TEST_F(PanelTest, a_name_of_a_function_is_offered_as_long_as_another_function_has_it) {

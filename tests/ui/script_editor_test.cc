@@ -619,16 +619,30 @@ TEST_F(Editor, its_edits_are_steps_of_the_window_from_which_it_was_opened) {
       windows, [](auto* window) { return dynamic_cast<ScriptEditor*>(window) != nullptr; });
   ASSERT_NE(found, windows.end());
   auto& editor = **found;
-  get_widget<Gtk::TreeView>(editor).set_cursor(Gtk::TreePath("1"));
+  auto& list = get_widget<Gtk::TreeView>(editor);
+  const auto chosen = [&list] {
+    handle_events();
+    const auto row = list.get_selection()->get_selected();
+    return row ? row->get_value(ScriptRows::columns().text).raw() : "";
+  };
+  list.set_cursor(Gtk::TreePath("2"));
+  const auto second = chosen();
+  list.set_cursor(Gtk::TreePath("1"));
+  const auto first = chosen();
   get_widget<Gtk::Button>(editor, "Delete").clicked();
   handle_events();
   EXPECT_EQ(script.get_num_commands(), 1U);
+  EXPECT_EQ(chosen(), second);
   press_key(editor, GDK_z, GDK_CONTROL_MASK);
   EXPECT_EQ(script.get_num_commands(), 2U);
+  EXPECT_EQ(chosen(), second) << "undo puts another line above it";
+  list.set_cursor(Gtk::TreePath("1"));
   press_key(editor, GDK_z, GDK_CONTROL_MASK | GDK_SHIFT_MASK);
   EXPECT_EQ(script.get_num_commands(), 1U);
+  EXPECT_EQ(chosen(), second) << "it stands where the chosen one stood";
   history.undo();
   EXPECT_EQ(script.get_num_commands(), 2U);
+  EXPECT_NE(first, second);
 }
 
 }  // namespace

@@ -41,8 +41,15 @@ class StatusBarTest : public LayoutTest {
 
 TEST_F(StatusBarTest, shows_power_links_and_trains_at_one_glance) {
   StatusMarks marks;
+  std::string heard;
+  marks.power().get_accessible()->signal_property_change().connect([&](AtkPropertyValues* change) {
+    if (change->property_name == std::string("accessible-name")) {
+      heard = marks.power().get_accessible()->get_name();
+    }
+  });
   const auto power = [&] {
     pulse();
+    EXPECT_EQ(heard, marks.power().look().name.raw()) << "by a reader that runs already";
     return std::pair(marks.power().look().shape, marks.power().look().text.raw());
   };
   EXPECT_EQ(power(), std::pair(Kind::looking, std::string("No station")));

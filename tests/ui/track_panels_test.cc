@@ -113,35 +113,67 @@ TEST_F(TrackPanelTest, a_point_is_set_and_followed_by_its_choice_of_states) {
   get_widget<Gtk::Button>(*panel, "A_dd State").clicked();
 }
 
+TEST_F(TrackPanelTest, the_focus_goes_to_what_a_button_made_or_to_the_next_of_what_it_removed) {
+  auto* panel = point->make_properties_panel({});
+  Gtk::Window window;
+  window.add(*Gtk::manage(panel));
+  window.show_all();
+  auto& pages = get_widget<Gtk::Notebook>(window);
+  const auto press = [&](const char* label) {
+    auto& button = get_widget<Gtk::Button>(window, label);
+    button.grab_focus();
+    button.clicked();
+    handle_events();
+    return window.get_focus();
+  };
+  const auto label_of = [](Gtk::Widget* widget) {
+    auto* button = dynamic_cast<Gtk::Button*>(widget);
+    return button ? button->get_label().raw() : "";
+  };
+  const auto* name = dynamic_cast<NameEntry*>(press("A_dd State"));
+  ASSERT_TRUE(name);
+  EXPECT_EQ(name->get_text(), point->states().back()->get_name());
+  EXPECT_EQ(name, find_widget<NameEntry>(window, "Name of state 3"));
+  EXPECT_TRUE(find_widget<Gtk::Button>(window, "Remove state 3"));
+  EXPECT_EQ(label_of(press("Remove State")), "A_dd State") << "those that are left must stay";
+  pages.set_current_page(1);
+  handle_events();
+  EXPECT_TRUE(dynamic_cast<Gtk::Widget*>(press("Add _Output"))->is_ancestor(pages));
+  EXPECT_EQ(label_of(press("Remove Output")), "Remove Output");
+  layout().get_points().add(new Point);
+  EXPECT_EQ(press("Ne_xt Free"), find_widget<AddrSpin>(window, ""));
+  EXPECT_EQ(label_of(press("Remove Output")), "Add _Output");
+}
+
 TEST_F(TrackPanelTest, a_state_has_a_control_for_each_output_after_its_type) {
   auto* curved = point->states()[1];
   auto& output = point->get_output(1);
   const auto panel = panel_of(*curved);
   const auto setting = [&] { return curved->get_setting(output); };
-  get_widget<Gtk::ComboBoxText>(*panel, "Address 1, output 1").set_active(0);
+  get_widget<Gtk::ComboBoxText>(*panel, "Action at Address 1, output 1").set_active(0);
   EXPECT_EQ(setting().basic, 0);
   get_widget<Gtk::CheckButton>(*panel, "Address 1, output 1").set_active(false);
   EXPECT_FALSE(setting().enabled);
   output.set_output(3);
-  EXPECT_TRUE(find_widget<Gtk::ComboBoxText>(*panel, "Address 1, output 3"));
+  EXPECT_TRUE(find_widget<Gtk::ComboBoxText>(*panel, "Action at Address 1, output 3"));
   output.set_type(Type::Extended);
   handle_events();
-  get_widget<Gtk::SpinButton>(*panel, "Address 1").set_value(99);
+  get_widget<Gtk::SpinButton>(*panel, "Action at Address 1").set_value(99);
   EXPECT_EQ(setting().extended, 63);
   output.set_type(Type::Function);
   handle_events();
-  get_widget<Gtk::ComboBoxText>(*panel, "Address 1, function 3").set_active(0);
+  get_widget<Gtk::ComboBoxText>(*panel, "Action at Address 1, function 3").set_active(0);
   EXPECT_FALSE(setting().function);
   output.set_type(Type::Servo);
   handle_events();
-  get_widget<Gtk::SpinButton>(*panel, "Servo").set_value(-12.5);
+  get_widget<Gtk::SpinButton>(*panel, "Action at Servo").set_value(-12.5);
   EXPECT_EQ(setting().servo, -12.5f);
   point->add_output();
   handle_events();
-  EXPECT_TRUE(find_widget<Gtk::ComboBoxText>(*panel, "Address 1, output 1"));
+  EXPECT_TRUE(find_widget<Gtk::ComboBoxText>(*panel, "Action at Address 1, output 1"));
   point->remove_output(1);
   handle_events();
-  EXPECT_FALSE(find_widget<Gtk::SpinButton>(*panel, "Servo"));
+  EXPECT_FALSE(find_widget<Gtk::SpinButton>(*panel, "Action at Servo"));
 }
 
 TEST_F(TrackPanelTest, an_output_shows_the_rows_of_its_type_and_offers_devices_for_it) {
@@ -177,9 +209,12 @@ TEST_F(TrackPanelTest, an_address_says_which_other_point_has_it_and_offers_the_n
   const auto output = point->get_outputs()[0];
   PointOutputProperties form(output, "", {});
   auto& note = get_widget<AddressNote>(form);
-  const auto told = [&note] {
+  const auto told = [&] {
     layout().signal_pulse().emit();
-    return note.get_parent()->get_visible() ? get_widget<Gtk::Label>(note).get_text().raw() : "";
+    const std::string text =
+        note.get_parent()->get_visible() ? get_widget<Gtk::Label>(note).get_text().raw() : "";
+    EXPECT_EQ(get_widget<AddrSpin>(form).get_accessible()->get_description(), text);
+    return text;
   };
   auto* second = layout().get_points().add(new Signal);
   second->set_name("Home Signal");

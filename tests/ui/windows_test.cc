@@ -25,6 +25,7 @@
 #include "ui/windows/object_list.h"
 #include "ui/windows/panel_view.h"
 #include "ui/windows/power_buttons.h"
+#include "ui/windows/properties_panel.h"
 #include "ui/windows/track_editor.h"
 #include "ui/windows/track_view.h"
 #include "ui/windows/view_pages.h"
@@ -313,6 +314,107 @@ TEST(PanelView, lets_go_of_an_object_that_ends_itself_from_its_panel) {
   find_widget<Gtk::Button>(panel, "End")->clicked();
   EXPECT_FALSE(find_widget<Gtk::Button>(panel, "End"));
   EXPECT_TRUE(shows(panel, "Nothing is selected."));
+  handle_events();
+}
+
+/// The fields from one that has the focus to where it comes by again.
+std::vector<Gtk::Widget*> ring(Gtk::Window& window, unsigned modifiers = 0) {
+  std::vector<Gtk::Widget*> fields{window.get_focus()};
+  do {
+    test::press_key(window, GDK_KEY_Tab, modifiers);
+    fields.push_back(window.get_focus());
+  } while (fields.back() != fields.front() && fields.size() < 100);
+  return fields;
+}
+
+/// Whether the viewport around a widget, if there is one, shows it.
+bool is_in_sight(Gtk::Widget& widget) {
+  auto* port = widget.get_ancestor(GTK_TYPE_VIEWPORT);
+  int x = 0;
+  int y = 0;
+  if (!port || !widget.translate_coordinates(*port, 0, 0, x, y)) return true;
+  return y >= 0 && y + widget.get_height() <= port->get_height();
+}
+
+TEST(PropertiesPanel, keys_reach_its_fields_in_both_directions_and_bring_them_into_sight) {
+  auto& layout = fresh_layout();
+  auto* lok = layout.get_loks().add(new Lok);
+  Gtk::Window window;
+  Gtk::HPaned sides;
+  Gtk::Button page("page");
+  PropertiesPanel panel;
+  sides.add1(page);
+  sides.add2(panel);
+  window.add(sides);
+  window.set_default_size(600, 500);
+  window.show_all();
+  handle_events();
+  test::give_focus(window);
+  const auto walk = [&] {
+    page.grab_focus();
+    auto there = ring(window);
+    EXPECT_GT(there.size(), 8U);
+    for (auto* field : there) {
+      field->grab_focus();
+      EXPECT_TRUE(is_in_sight(*field)) << field->get_accessible()->get_name();
+    }
+    page.grab_focus();
+    std::ranges::reverse(there);
+    EXPECT_EQ(ring(window, GDK_SHIFT_MASK), there);
+  };
+  panel.show_object(lok);
+  handle_events();
+  walk();
+  panel.reveal(*lok);
+  handle_events();
+  walk();
+  page.grab_focus();
+  find_widget<ObjectList>(panel, "")->get_selection()->unselect_all();
+  handle_events();
+  for (int presses = 0; presses < 6; ++presses) {
+    test::press_key(window, GDK_KEY_F6);
+    EXPECT_FALSE(dynamic_cast<Gtk::ScrolledWindow*>(window.get_focus()));
+  }
+}
+
+TEST(PropertiesPanel, what_is_made_while_something_is_looked_for_is_selected_if_it_matches) {
+  auto& layout = fresh_layout();
+  clear_status();
+  PropertiesPanel panel;
+  Gtk::Window window;
+  window.add(panel);
+  window.show_all();
+  panel.reveal(layout.get_loks());
+  find_widget<Gtk::Entry>(panel, "")->set_text("loc");
+  handle_events();
+  auto& list = test::get_widget<ObjectList>(panel);
+  list.select(layout.get_loks());
+  test::get_widget<Gtk::Button>(panel, "New _Locomotive").clicked();
+  EXPECT_EQ(list.selected(), layout.get_loks().child_at(0));
+  EXPECT_EQ(window.get_focus(), &list);
+  EXPECT_EQ(get_status(), "");
+  handle_events();
+}
+
+TEST(TrackEditor, says_that_the_list_keeps_the_focus_when_it_deletes_the_shown_view) {
+  auto& layout = fresh_layout();
+  layout.get_views().add(new View);
+  TrackEditor::open();
+  handle_events();
+  auto* editor = test::shown_window<TrackEditor>();
+  TrackEditor::show_object(*layout.get_views().child_at(0));
+  auto& list = test::get_widget<ObjectList>(*editor);
+  list.grab_focus();
+  static AtkObject* heard = nullptr;
+  G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+  const auto tracker = atk_add_focus_tracker([](AtkObject* object) { heard = object; });
+  test::press_key(*editor, GDK_KEY_Delete);
+  atk_remove_focus_tracker(tracker);
+  G_GNUC_END_IGNORE_DEPRECATIONS
+  EXPECT_EQ(layout.get_views().child_count(), 1U);
+  EXPECT_EQ(editor->get_focus(), &list);
+  EXPECT_EQ(heard, list.get_accessible()->gobj()) << "not the next page's tab";
+  editor->hide();
   handle_events();
 }
 

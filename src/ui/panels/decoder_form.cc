@@ -37,6 +37,7 @@ void DecoderForm::add_rows(const Glib::ustring& heading) {
   note_ = std::make_unique<AddressNote>(
       *this,
       AddressNote::Source{
+          .field = address_,
           .address = [this] { return decoder_->get_address(); },
           .others = [this] { return others_at(*decoder_.operator->()); },
           .take_next_free = [this] { address_.set_address(next_free(*decoder_.operator->())); }});

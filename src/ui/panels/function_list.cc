@@ -112,7 +112,20 @@ void FunctionList::on_new() {
 }
 
 void FunctionList::on_delete() {
-  if (auto* function = chosen()) function->destroy();
+  auto* function = chosen();
+  if (!function) return;
+  if (delete_.is_focus() && model_->children().size() == 1) new_.grab_focus();
+  choose_neighbour();
+  function->destroy();
+}
+
+// The row below the chosen one, else the row above. The button that deletes stays sensitive, and
+// keeps the focus.
+void FunctionList::choose_neighbour() {
+  const auto rows = model_->children();
+  auto row = list_.get_selection()->get_selected();
+  auto next = row;
+  if (++next || (row != rows.begin() && (next = --row))) list_.set_cursor(model_->get_path(next));
 }
 
 void FunctionList::on_name_edited(const Glib::ustring& path, const Glib::ustring& text) {

@@ -46,6 +46,7 @@ class FunctionList : public Gtk::VBox {
   void follow(Function* function);
   void on_new();
   void on_delete();
+  void choose_neighbour();
   void on_name_edited(const Glib::ustring& path, const Glib::ustring& text);
   [[nodiscard]] Gtk::TreeModel::iterator find(const zemblar::Object* function);
   [[nodiscard]] Function* chosen();

@@ -117,7 +117,21 @@ bool LokAttributeList::on_list_key(GdkEventKey* event) {
 
 void LokAttributeList::remove_chosen() {
   const auto key = chosen_key();
-  if (lok_ && !key.empty()) lok_->remove_attribute(key);
+  if (!lok_ || key.empty()) return;
+  choose_neighbour();
+  lok_->remove_attribute(key);
+}
+
+// The attribute below the chosen one, else the one above, else the row for a new one. The button
+// that removes keeps the focus while there is something to remove.
+void LokAttributeList::choose_neighbour() {
+  const auto row = list_.get_selection()->get_selected();
+  auto neighbour = row;
+  if ((*++neighbour)[columns().placeholder] && row != model_->children().begin()) {
+    --(neighbour = row);
+  }
+  if (remove_.is_focus() && (*neighbour)[columns().placeholder]) list_.grab_focus();
+  list_.set_cursor(model_->get_path(neighbour));
 }
 
 void LokAttributeList::follow_selection() {

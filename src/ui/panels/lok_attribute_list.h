@@ -31,6 +31,7 @@ class LokAttributeList : public Gtk::VBox {
   bool on_list_pressed(GdkEventButton* event);
   bool on_list_key(GdkEventKey* event);
   void remove_chosen();
+  void choose_neighbour();
   void follow_selection();
   [[nodiscard]] Glib::ustring chosen_key();
 

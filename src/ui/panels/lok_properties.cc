@@ -12,6 +12,7 @@
 #include "ui/panels/decoder_form.h"
 #include "ui/panels/function_list.h"
 #include "ui/panels/lok_attribute_list.h"
+#include "ui/toolkit/focus_place.h"
 #include "ui/toolkit/following.h"
 
 namespace zemblar {
@@ -62,7 +63,12 @@ void LokProperties::add_decoders() {
   });
   // The button that removes a decoder stands in the very form that goes.
   decoders_changed_ = lok_->signal_decoders_changed().connect([this] {
-    show_decoders_soon_ = Glib::signal_idle().connect([this] { return show_decoders(), false; });
+    show_decoders_soon_ = Glib::signal_idle().connect([this] {
+      const FocusPlace among_decoders(decoders_);
+      show_decoders();
+      among_decoders.restore(new_decoder_);
+      return false;
+    });
   });
 }
 

@@ -66,6 +66,7 @@ void PointOutputProperties::add_rows(const Glib::ustring& heading) {
   note_ = std::make_unique<AddressNote>(
       *this,
       AddressNote::Source{
+          .field = address_,
           .address = [this] { return output_->get_address(); },
           .others = [this] { return others_at(*output_.operator->()); },
           .take_next_free = [this] { address_.set_address(next_free(*output_.operator->())); }});

@@ -4,6 +4,8 @@
 #include <gtkmm/cellrenderertext.h>
 #include <gtkmm/separator.h>
 
+#include <utility>
+
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "track/point.h"
@@ -11,6 +13,7 @@
 #include "track/signal.h"
 #include "ui/panels/point_output_properties.h"
 #include "ui/panels/point_state_properties.h"
+#include "ui/toolkit/focus_place.h"
 #include "ui/toolkit/following.h"
 #include "ui/toolkit/new_button.h"
 #include "ui/toolkit/widget_end.h"
@@ -110,9 +113,11 @@ void PointProperties::connect() {
     if (point_ && point_->get_state()) point_->get_state()->send();
   });
   add_state_.signal_clicked().connect([this] {
+    extended_ = &states_;
     if (point_) point_->add_state();
   });
   add_output_.signal_clicked().connect([this] {
+    extended_ = &outputs_;
     if (point_) point_->add_output();
   });
   const auto states_changed = [this](Object* /*child*/) {
@@ -144,10 +149,22 @@ void PointProperties::follow_state() {
 // The button that removes a state or an output stands in the very form that goes.
 void PointProperties::show_soon() {
   show_soon_ = Glib::signal_idle().connect([this] {
-    show_states();
-    show_outputs();
+    show_again();
     return false;
   });
+}
+
+void PointProperties::show_again() {
+  const FocusPlace among_states(states_);
+  const FocusPlace among_outputs(outputs_);
+  show_states();
+  show_outputs();
+  among_states.restore(add_state_);
+  among_outputs.restore(add_output_);
+  auto* extended = std::exchange(extended_, nullptr);
+  if (!extended) return;
+  const std::vector<Gtk::Widget*> forms = extended->get_children();
+  if (!forms.empty()) focus_added(*forms.back());
 }
 
 // --- States ---
@@ -172,6 +189,8 @@ void PointProperties::add_state_form(PointState& state) {
   remove->signal_clicked().connect([going] {
     if (*going && (*going)->get_deletable()) (*going)->destroy();
   });
+  remove->get_accessible()->set_name(
+      Glib::ustring::compose(_("Remove state %1"), state.get_position() + 1));
   pack_button(*form, *remove);
 }
 

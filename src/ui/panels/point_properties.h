@@ -31,6 +31,7 @@ class PointProperties : public Form {
   void add_output_form(unsigned index);
   void remove_output(const Glib::RefPtr<PointOutput>& output);
   void show_soon();
+  void show_again();
 
   ObjectRef<PointBase> point_;
   bool following_ = false;
@@ -44,6 +45,7 @@ class PointProperties : public Form {
   Gtk::Button add_output_;
   std::unique_ptr<BlockRows> occupancy_;
   std::vector<ScopedConnection> connections_;
+  Gtk::Box* extended_ = nullptr;  // gets the focus in its last part when that is shown
   ScopedConnection show_soon_;
 };
 

@@ -118,8 +118,9 @@ void OutputAction::follow() {
   const auto text = output_text(*output_.operator->());
   const auto& setting = state_->get_setting(*output_.operator->());
   enabled_.set_label(text);
-  choice_.get_accessible()->set_name(text);
-  number_.get_accessible()->set_name(text);
+  const auto name = Glib::ustring::compose(_("Action at %1"), text);
+  choice_.get_accessible()->set_name(name);
+  number_.get_accessible()->set_name(name);
   show_active(enabled_, setting.enabled);
   choice_.set_active((type_ == Type::Function ? setting.function : setting.basic != 0) ? 1 : 0);
   show_value(number_, type_ == Type::Servo ? setting.servo : setting.extended);
@@ -132,6 +133,9 @@ PointStateProperties::PointStateProperties(PointState& state, const Labels& labe
   table_.set_col_spacings(column_gap);
   table_.set_row_spacings(row_gap);
   add_row(_("_Name:"), name_);
+  // A point's panel has several such fields below its own.
+  name_.get_accessible()->set_name(
+      Glib::ustring::compose(_("Name of state %1"), state.get_position() + 1));
   add_image();
   add_wide(table_);
   show_actions();

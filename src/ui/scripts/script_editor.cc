@@ -137,6 +137,7 @@ void ScriptEditor::connect() {
   list_.get_selection()->signal_changed().connect(
       sigc::mem_fun(*this, &ScriptEditor::follow_selection));
   rows_.signal_removing().connect(sigc::mem_fun(cell_, &CRScript::let_go));
+  rows_.signal_refreshed().connect(sigc::mem_fun(*this, &ScriptEditor::keep_chosen));
   rows_.signal_refreshed().connect(sigc::mem_fun(*this, &ScriptEditor::follow_selection));
   cell_.signal_line_added().connect(sigc::mem_fun(*this, &ScriptEditor::on_line_added));
   up_.signal_clicked().connect([this] { move_selected(-1); });
@@ -382,8 +383,37 @@ void ScriptEditor::follow_cursor() {
   cell_.choose(0);
 }
 
+// Undo writes all lines anew: what was chosen is a row with the same sentence then.
+void ScriptEditor::keep_chosen() {
+  if (!script_ || list_.get_selection()->get_selected()) return;
+  list_.set_cursor(Gtk::TreePath(std::to_string(place_of_chosen())));
+}
+
+/// Of the row with the sentence of the one that was selected last, next to where that was; else of
+/// the row that stands there now, or the last one.
+int ScriptEditor::place_of_chosen() {
+  const auto rows = rows_.store()->children();
+  const int count = static_cast<int>(rows.size());
+  int nearest = std::min(chosen_place_, count - 1);
+  int least = count;
+  for (int place = 0; const auto& row : rows) {
+    const int distance = std::abs(place - chosen_place_);
+    const bool same = row.get_value(ScriptRows::columns().text).raw() == chosen_text_.raw();
+    if (same && distance < least) {
+      least = distance;
+      nearest = place;
+    }
+    ++place;
+  }
+  return nearest;
+}
+
 void ScriptEditor::follow_selection() {
   if (!script_) return;
+  if (const auto chosen = list_.get_selection()->get_selected()) {
+    chosen_place_ = rows_.store()->get_path(chosen)[0];
+    chosen_text_ = chosen->get_value(ScriptRows::columns().text);
+  }
   const auto row = selected();
   delete_.set_sensitive(row.line != nullptr);
   up_.set_sensitive(can_move(-1));

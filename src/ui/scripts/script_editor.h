@@ -57,6 +57,8 @@ class ScriptEditor : public Gtk::Window {
   [[nodiscard]] bool can_move(int step);
   void follow_cursor();
   void follow_selection();
+  void keep_chosen();
+  [[nodiscard]] int place_of_chosen();
   void follow_name();
   [[nodiscard]] Glib::ustring hint() const;
   void on_script_deleted();
@@ -68,6 +70,8 @@ class ScriptEditor : public Gtk::Window {
   Gtk::TreeViewColumn column_;
   Gtk::TreeView list_;
   Gtk::TreeRowReference cursor_;
+  int chosen_place_ = 0;       // of the row that was selected last
+  Glib::ustring chosen_text_;  // its sentence
   Gtk::Label name_;
   Gtk::Label hint_;
   Gtk::Button up_;

@@ -37,6 +37,8 @@ StatusMark::StatusMark() {
   row->pack_start(shape_, false, false);
   row->pack_start(text_, false, false);
   add(*row);
+  // The toolkit does not announce a first name, and the button has one from its label before.
+  get_accessible()->set_name("");
   row->show();
   shape_.show();
 }

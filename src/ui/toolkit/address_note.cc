@@ -48,7 +48,14 @@ AddressNote::AddressNote(Form& form, Source source)
 
 void AddressNote::refresh() {
   const auto others = source_.others();
-  if (!others.empty()) text_.set_text(text_of(source_.address(), others));
+  const Glib::ustring text = others.empty() ? "" : text_of(source_.address(), others);
+  const auto field = source_.field.get_accessible();
+  if (field->get_description() != text.raw()) field->set_description(text);  // is announced
+  if (!others.empty()) {
+    text_.set_text(text);
+  } else if (next_.is_focus()) {
+    source_.field.grab_focus();  // the button is about to be hidden
+  }
   form_.show_row(*this, !others.empty());
 }
 

@@ -20,6 +20,7 @@ class AddressNote : public Gtk::VBox {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
   struct Source {
+    Gtk::Widget& field;
     std::function<Address()> address;
     std::function<std::vector<Object*>()> others;
     std::function<void()> take_next_free;

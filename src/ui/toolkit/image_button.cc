@@ -13,7 +13,6 @@ namespace zemblar {
 namespace {
 
 constexpr int thumbnail = 24;  // pixels
-constexpr int clear_icon = 16;
 constexpr int preview_size = 160;
 
 void offer_pictures(Gtk::FileChooser& chooser) {
@@ -33,11 +32,8 @@ ImageButton::ImageButton(const Glib::ustring& name) : Gtk::HBox(false, 4), title
   row->pack_start(picture_, false, false);
   row->pack_start(label_, true, true);
   choose_.add(*row);
-  // Themes without a small icon of that name hand out a large one, whatever size is asked for.
-  auto* clear = Gtk::manage(new Gtk::Image);
-  clear->set_from_icon_name("edit-clear", Gtk::ICON_SIZE_MENU);
-  clear->set_pixel_size(clear_icon);
-  clear_.add(*clear);
+  // A letter, which every font has: the icon of a theme may come out as nothing.
+  clear_.add_label("×");
   clear_.get_accessible()->set_name(Glib::ustring::compose(_("Clear %1"), name));
   clear_.set_tooltip_text(_("No picture"));
   pack_start(choose_, true, true);

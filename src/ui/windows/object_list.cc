@@ -171,12 +171,13 @@ void ObjectList::unfold_small_ones() {
 // Whoever adds one object wants to see it, but not what it consists of; whoever adds hundreds does
 // not.
 void ObjectList::on_added(Object& object) {
-  if (rows_->add(object)) refill_later();
+  const bool is_hit = rows_->add(object);
+  if (is_hit) refill_later();
   const auto row = rows_->row_of(object);
   auto* parent = object.get_parent();
   const bool wanted = dynamic_cast<Toplevel*>(parent) || parent == selected();
   if (row && wanted && parent->child_count() <= few) unfold_to(rows_->get_path(row));
-  if (!row && rows_->is_filtered() && parent == selected()) {
+  if (!row && !is_hit && rows_->is_filtered() && parent == selected()) {
     set_status(Glib::ustring::compose(_("“%1” is there, but is not what Find looks for."),
                                       object.get_name()));
   }
@@ -187,6 +188,7 @@ void ObjectList::on_added(Object& object) {
 // The button that made the object stands in the panel of its container, and goes with that panel.
 // So the row of the new object gets the keys.
 void ObjectList::on_made(Object& object) {
+  if (refill_later_.connected()) refill(true);
   if (object.get_parent() != selected() || !rows_->row_of(object)) return;
   select(object);
   grab_focus();

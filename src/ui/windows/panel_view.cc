@@ -31,6 +31,7 @@ void end_later(Gtk::Widget& panel) {
 PanelView::PanelView(const Glib::ustring& hint) : hint_(hint), frame_(0.0, 0.0, 1.0, 0.0) {
   set_policy(Gtk::POLICY_NEVER, Gtk::POLICY_AUTOMATIC);
   set_shadow_type(Gtk::SHADOW_NONE);
+  set_can_focus(false);  // a text alone has nothing that keys could do
   text_.set_line_wrap();
   text_.set_padding(text_padding, text_padding);
   text_.set_alignment(0.0, 0.0);
@@ -39,6 +40,7 @@ PanelView::PanelView(const Glib::ustring& hint) : hint_(hint), frame_(0.0, 0.0, 
   viewport->set_shadow_type(Gtk::SHADOW_NONE);
   viewport->add(frame_);
   add(*viewport);
+  frame_.set_focus_vadjustment(*get_vadjustment());  // scrolls to the field that has the focus
   say(hint_);
 }
 

@@ -19,7 +19,6 @@ PropertiesPanel::PropertiesPanel()
     : selected_(_("Choose a view by its tab. Without a view, make one: select “Views” on the page "
                   "“All” and press New View.")),
       listed_(_("Select an object above to see its properties.")) {
-  set_tab_pos(Gtk::POS_BOTTOM);
   auto* scrolled = Gtk::manage(new Gtk::ScrolledWindow);
   scrolled->set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_AUTOMATIC);
   scrolled->set_shadow_type(Gtk::SHADOW_IN);

@@ -3,9 +3,9 @@
 #include <gtkmm/box.h>
 #include <gtkmm/entry.h>
 #include <gtkmm/label.h>
-#include <gtkmm/notebook.h>
 #include <gtkmm/paned.h>
 
+#include "ui/toolkit/bottom_tabs.h"
 #include "ui/windows/object_list.h"
 #include "ui/windows/panel_view.h"
 
@@ -14,7 +14,7 @@ namespace zemblar {
 /// The right side of the editor: "Selected" shows the properties of what the window works on,
 /// "All" the tree of all objects, with a field to find some by what is typed, and below it the
 /// properties of the selected row.
-class PropertiesPanel : public Gtk::Notebook {
+class PropertiesPanel : public BottomTabs {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
 

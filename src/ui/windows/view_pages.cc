@@ -1,6 +1,8 @@
 #include "ui/windows/view_pages.h"
 
+#include <atkmm/object.h>
 #include <gdk/gdkkeysyms.h>
+#include <glibmm/main.h>
 #include <gtkmm/scrolledwindow.h>
 #include <gtkmm/stock.h>
 #include <gtkmm/viewport.h>
@@ -36,7 +38,6 @@ struct ViewPages::Page {
 
 ViewPages::ViewPages(MakeCanvas make_canvas, Hidden hidden)
     : make_canvas_(std::move(make_canvas)), hidden_(hidden), hint_(false, 12) {
-  notebook_.set_tab_pos(Gtk::POS_BOTTOM);
   notebook_.set_show_border(false);
   notebook_.set_border_width(0);
   notebook_.set_scrollable(true);
@@ -118,6 +119,23 @@ void ViewPages::remove_page(const View& view) {
   notebook_.remove_page(*canvas);
   refresh_hint();
   announce();
+  announce_focus_later();
+}
+
+// Assistive technology is told of the next page's tab as if that had the focus, in an idle turn of
+// the toolkit.
+void ViewPages::announce_focus_later() {
+  announce_focus_ = Glib::signal_idle().connect(
+      [this] {
+        auto* window = dynamic_cast<Gtk::Window*>(get_toplevel());
+        auto* focus = window ? window->get_focus() : nullptr;
+        // Deprecated, and all that the bridge to assistive technology of this toolkit listens to.
+        G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+        if (focus) atk_focus_tracker_notify(focus->get_accessible()->gobj());
+        G_GNUC_END_IGNORE_DEPRECATIONS
+        return false;
+      },
+      Glib::PRIORITY_LOW);
 }
 
 // The notebook turns to a page that is shown only when it is laid out next, if at all.
@@ -140,7 +158,7 @@ void ViewPages::refresh_hint() {
 
 // The last page stays the notebook's current one when it is hidden.
 Gtk::Widget* ViewPages::current_page() const {
-  auto& notebook = const_cast<Gtk::Notebook&>(notebook_);
+  auto& notebook = const_cast<BottomTabs&>(notebook_);
   const int number = notebook.get_current_page();
   auto* page = number < 0 ? nullptr : notebook.get_nth_page(number);
   return page && page->get_visible() ? page : nullptr;

@@ -4,7 +4,6 @@
 #include <gtkmm/box.h>
 #include <gtkmm/label.h>
 #include <gtkmm/menu.h>
-#include <gtkmm/notebook.h>
 #include <gtkmm/table.h>
 
 #include <functional>
@@ -13,6 +12,7 @@
 
 #include "diagram/view.h"
 #include "ui/canvas/fit_hint.h"
+#include "ui/toolkit/bottom_tabs.h"
 #include "ui/toolkit/layout_follower.h"
 
 namespace zemblar {
@@ -59,6 +59,7 @@ class ViewPages : public Gtk::VBox {
   void add_page(View& view);
   void place_page(const Object& view);
   void remove_page(const View& view);
+  void announce_focus_later();
   void show_page(Page& page);
   [[nodiscard]] bool is_seen(const View& view) const;
   /// Null when no page is seen.
@@ -69,13 +70,14 @@ class ViewPages : public Gtk::VBox {
   MakeCanvas make_canvas_;
   Hidden hidden_;
   Gtk::Table stack_{1, 1};  // the notebook, and over it the hint
-  Gtk::Notebook notebook_;
+  BottomTabs notebook_;
   FitHint fit_hint_;
   Gtk::VBox hint_;
   Gtk::Label hint_text_;
   std::vector<std::unique_ptr<Page>> pages_;
   sigc::signal<void> signal_current_changed_;
   ScopedConnection page_switched_;
+  ScopedConnection announce_focus_;
   std::unique_ptr<LayoutFollower> follower_;
 };
 
