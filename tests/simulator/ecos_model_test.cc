@@ -166,21 +166,6 @@ TEST_F(EcosModelTest, creates_and_deletes_locomotives) {
   EXPECT_EQ("10 id[1003]|", ask(1, "create(10,addr[5],append)"));
 }
 
-TEST_F(EcosModelTest, switches_outputs) {
-  ask(2, "request(11,view)");
-  for (const auto* good : {"DCC17g", "DCC17r", "DCC2048g", "MOT17g", "18g"}) {
-    EXPECT_EQ("", ask(1, std::string("set(11,switch[") + good + "])")) << good;
-  }
-  for (const auto* bad :
-       {"", "g", "DCC", "DCCg", "DCC17", "DCC0g", "DCC2049g", "DCC17x", "XYZ1g", "DCC1 g"}) {
-    EXPECT_EQ("=12", ask(1, std::string("set(11,switch[") + bad + "])")) << bad;
-  }
-  const std::map<std::string, char> expected{
-      {"DCC17", 'r'}, {"DCC18", 'g'}, {"DCC2048", 'g'}, {"MOT17", 'g'}};
-  EXPECT_EQ(expected, model.switches());
-  EXPECT_EQ("2: 11 switch[DCC17g]|", take_events().at(0));
-}
-
 TEST_F(EcosModelTest, releases_everything_of_a_client_that_leaves) {
   for (const auto* line : {"request(1000,control,view)", "request(1,view)"}) ask(1, line);
   ask(2, "request(1001,control)");
