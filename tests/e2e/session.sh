@@ -19,6 +19,26 @@ keep_windows_managed() {
   done
 }
 
+# Begun once there is a window manager, which gives it its place at the edge.
+keep_tray() {
+  while true; do
+    trayer --edge top --align right --widthtype request --height 28 >>"$HOME/trayer.log" 2>&1 || true
+    sleep 0.2
+    xprop -root >/dev/null 2>&1 || return 0
+    echo 'the tray has ended and is begun again' >&2
+  done
+}
+
+wait_for_tray() {
+  for _ in $(seq 150); do
+    xdotool search --class trayer >/dev/null 2>&1 && return
+    sleep 0.1
+  done
+  echo "no tray:" >&2
+  cat "$HOME/trayer.log" >&2
+  exit 1
+}
+
 wait_for_window_manager() {
   for _ in $(seq 150); do
     xprop -root _NET_SUPPORTED | grep -q _NET_ACTIVE_WINDOW && return
@@ -34,8 +54,9 @@ if [ "${ZEMBLAR_SESSION_STEP:-}" = inside ]; then
   export GTK_MODULES=gail:atk-bridge NO_AT_BRIDGE=0 GTK2_RC_FILES="$HOME/gtkrc"
   keep_windows_managed &
   /usr/libexec/at-spi-bus-launcher --launch-immediately >"$HOME/at-spi.log" 2>&1 &
-  trayer --edge top --align right --widthtype request --height 28 >"$HOME/trayer.log" 2>&1 &
   wait_for_window_manager
+  keep_tray &
+  wait_for_tray
   status=0
   "$@" || status=$?
   # The X server ends with this script, and with it everything that needs a display.

@@ -198,8 +198,9 @@ class Start(unittest.TestCase):
         """A right click on the status icon, at the right end of the tray."""
         def look():
             subprocess.run(['xdotool', 'mousemove', '1266', '14', 'click', '3'], check=True)
-            return self.popup_item(program, 'Quit', limit=1)
-        wait_for(look, 'the menu of the status icon')
+            # Another click would close a menu that is slow to come.
+            return self.popup_item(program, 'Quit', limit=5)
+        wait_for(look, 'the menu of the status icon', limit=40)
 
     def popup_item(self, program, name, limit=15):
         def look():
