@@ -9,54 +9,36 @@
 # ZEMBLAR_LOOK more of the toolkit's settings, as in 'gtk-font-name = "DejaVu Sans 16"'.
 set -eu
 
-# A desktop begins its window manager again when that ends, and so does this one.
-keep_windows_managed() {
+# keep COMMAND...: a desktop begins its window manager and its tray again when they end.
+keep() {
   while true; do
-    openbox --sm-disable >>"$HOME/openbox.log" 2>&1 || true
+    "$@" >>"$HOME/$1.log" 2>&1 || true
     sleep 0.2
     xprop -root >/dev/null 2>&1 || return 0
-    echo 'the window manager has ended and is begun again' >&2
+    echo "$1 has ended and is begun again" >&2
   done
 }
 
-# Begun once there is a window manager, which gives it its place at the edge.
-keep_tray() {
-  while true; do
-    trayer --edge top --align right --widthtype request --height 28 >>"$HOME/trayer.log" 2>&1 || true
-    sleep 0.2
-    xprop -root >/dev/null 2>&1 || return 0
-    echo 'the tray has ended and is begun again' >&2
-  done
-}
-
-wait_for_tray() {
+# await NAME TEST: until what is kept by that name is there.
+await() {
   for _ in $(seq 150); do
-    xdotool search --class trayer >/dev/null 2>&1 && return
+    sh -c "$2" >/dev/null 2>&1 && return
     sleep 0.1
   done
-  echo "no tray:" >&2
-  cat "$HOME/trayer.log" >&2
-  exit 1
-}
-
-wait_for_window_manager() {
-  for _ in $(seq 150); do
-    xprop -root _NET_SUPPORTED | grep -q _NET_ACTIVE_WINDOW && return
-    sleep 0.1
-  done
-  echo "no window manager:" >&2
-  cat "$HOME/openbox.log" >&2
+  echo "no $1:" >&2
+  cat "$HOME/$1.log" >&2
   exit 1
 }
 
 if [ "${ZEMBLAR_SESSION_STEP:-}" = inside ]; then
   unset ZEMBLAR_SESSION_STEP
   export GTK_MODULES=gail:atk-bridge NO_AT_BRIDGE=0 GTK2_RC_FILES="$HOME/gtkrc"
-  keep_windows_managed &
+  keep openbox --sm-disable &
   /usr/libexec/at-spi-bus-launcher --launch-immediately >"$HOME/at-spi.log" 2>&1 &
-  wait_for_window_manager
-  keep_tray &
-  wait_for_tray
+  await openbox 'xprop -root _NET_SUPPORTED | grep -q _NET_ACTIVE_WINDOW'
+  # It asks the window manager for its place.
+  keep trayer --edge top --align right --widthtype request --height 28 &
+  await trayer 'xdotool search --class trayer'
   status=0
   "$@" || status=$?
   # The X server ends with this script, and with it everything that needs a display.
