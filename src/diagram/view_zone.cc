@@ -38,7 +38,7 @@ void divide(const ViewSegment& segment, ViewNode& node, const std::optional<Vect
   node.dir = curves.place.dir;
   if (to.straight) {
     const auto way = segment.end->pos - segment.start->pos;
-    node.pos = segment.start->pos + way * share;
+    node.pos = on_grid(segment.start->pos + way * share, 0);
     node.dir = normalize(way);
     return;
   }

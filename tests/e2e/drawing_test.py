@@ -82,6 +82,12 @@ class Drawing(DrawingTest):
             pointer('mousemove', *self.at(0, y))
         self.editor.find('push button', 'Stop All Trains').click()
         self.program.wait_for_status('nothing on the track could be stopped')
+        # What is typed elsewhere is a step of its own.
+        self.editor.labelled('Name:').click()
+        for command in (('key', 'ctrl+a'), ('type', 'Yard'), ('key', 'Return')):
+            pointer(*command)
+        steps = wait_for(lambda: [step for step in self.next_steps() if step.startswith('Undo ')])
+        self.assertNotIn('Undo Add', steps[0])
         # Another tool takes its place.
         self.editor.find('push button', 'Point').click()
         for y in (0, 20):

@@ -188,7 +188,7 @@ TEST_F(EditorTest, marks_what_a_drop_would_join_and_says_why_it_joins_nothing) {
       {{90, 80}, {150, 120}, "no end of another piece"},
       {{150, 120}, {10, 80}, "both ends belong to “Zone 3”"},
       {{10, 80}, {10, 0}, "the end of “Zone 1” is joined to “Zone 2” already"},
-      {{150, 120}, {90, -80}, "both are pictures of the same end of “Zone 3”"},
+      {{152, 122}, {90, -80}, "both are pictures of the same end of “Zone 3”"},
       {{10, 0}, {10, -80}, "the end of “Zone 2” is joined to “Zone 1” already"},
       {{-65, 0}, {-65, -30}, "drag an end"},
   };
@@ -213,6 +213,11 @@ TEST_F(EditorTest, meets_what_is_nearly_hit_at_any_zoom_and_where_the_grid_puts_
   press({60, 5 * pixel});
   release({60, 5 * pixel});
   EXPECT_EQ(canvas.get_selected(), b) << "beside the track";
+  auto* above = zone_at({100, 7 * pixel});
+  press({100, 7 * pixel});
+  release({100, 7 * pixel});
+  EXPECT_EQ(canvas.get_selected(), above) << "exactly there, though an end is near";
+  above->remove();
   drag({100 + 5 * pixel, 4 * pixel}, {140, 60});
   EXPECT_NE(end(b, "right").pos, (Vector{100, 0})) << "the end, not the piece";
   EXPECT_EQ(end(b, "left").pos, (Vector{20, 0}));

@@ -614,6 +614,8 @@ TEST_F(ThrottleTest, one_of_many_locomotives_is_found_by_typing) {
     event.y = row.get_y() + 2;
     list.event(reinterpret_cast<GdkEvent*>(&event));
   }
+  EXPECT_TRUE(finder.get_visible()) << "a second press is for it, not for what lies below";
+  clock.advance(std::chrono::seconds(1));
   EXPECT_EQ(chosen.back(), depot->find_child("Railcar 12")) << "by one click";
   EXPECT_FALSE(finder.get_visible());
   finder.show();

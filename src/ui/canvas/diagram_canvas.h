@@ -103,6 +103,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
   /// large.
   void bring_into_sight(const PixelBox& box);
 
+  /// What the window shows of the canvas, in pixels of that.
+  [[nodiscard]] PixelBox visible_box() const;
   /// What the railway of an object covers, in pixels, without what is there to edit it.
   [[nodiscard]] PixelBox box_of_drawn(ViewObj& object);
 
@@ -118,7 +120,6 @@ class DiagramCanvas : public Gtk::DrawingArea {
   [[nodiscard]] bool has_size() const;
   void place_view();
   [[nodiscard]] PixelBox drawn_box();
-  [[nodiscard]] PixelBox visible_box() const;
   void look();
 
   void repaint(int width, int height);

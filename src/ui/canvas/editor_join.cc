@@ -131,7 +131,7 @@ void EditorView::join_at(const Vector& pointer) {
   const auto* met = end_near(pointer);
   refuse(why_not(*end, met));
   // Two ends on one place look joined.
-  if (met) tag_->object->drag_move(*tag_, to_view({last_x_, last_y_}));
+  if (met) tag_->object->drag_move(*tag_, came_from_);
 }
 
 void EditorView::join(ViewLinkNode& end, ViewLinkNode& target) {

@@ -1,6 +1,7 @@
 // What keys do on the canvas of the track editor: whatever the pointer does there.
 
 #include <gdk/gdkkeysyms.h>
+#include <gtkmm/window.h>
 
 #include <algorithm>
 #include <cmath>
@@ -78,12 +79,15 @@ bool EditorView::on_key_release_event(GdkEventKey* event) {
 
 bool EditorView::on_focus_out_event(GdkEventFocus* event) {
   nudging_.reset();
+  // What is done in a field of the window is a step of its own.
+  const auto* window = dynamic_cast<Gtk::Window*>(get_toplevel());
+  if (window && window->get_focus() != this) placing_.reset();
   return DiagramCanvas::on_focus_out_event(event);
 }
 
 // Beside the part that it is about.
 bool EditorView::show_part_menu() {
-  const auto part = current_part();
+  const auto part = mode_ == Mode::idle ? current_part() : Tag{};
   if (!part) return true;
   bring_part_into_sight(*part);
   update();

@@ -102,7 +102,8 @@ bool EditorView::on_button_press_event(GdkEventButton* event) {
   return true;
 }
 
-// Ends are met from further away than track, and before it.
+// Ends are met from further away than track, and before that of their own object. What lies under
+// the pointer is never left for another object.
 EditorView::Tag EditorView::hit_about(const Vector& pointer) {
   update();
   const Tag exact = hit(pointer.x, pointer.y);
@@ -113,7 +114,10 @@ EditorView::Tag EditorView::hit_about(const Vector& pointer) {
   const auto beyond = [this](double reach, double painted) {
     return std::max(0, static_cast<int>(std::lround(reach - painted * get_zoom())));
   };
-  if (auto node = hit_near(pointer, beyond(node_reach, ViewNode::reach), is_node)) return node;
+  const auto node = hit_near(pointer, beyond(node_reach, ViewNode::reach), [&](const ViewTag& tag) {
+    return is_node(tag) && (!exact || tag.object == exact->object);
+  });
+  if (node) return node;
   const auto any = [](const ViewTag&) { return true; };
   return exact ? exact : hit_near(pointer, beyond(track_reach, half_track), any);
 }
@@ -158,6 +162,8 @@ void EditorView::start_drag(const Vector& pointer, unsigned state) {
   moving.push_back(&object);
   const auto from = to_view(place_of(last_x_, last_y_));
   grip_ = from - object.anchor();
+  if (const auto* node = dynamic_cast<const ViewNode::Tag*>(tag_.get()))
+    came_from_ = node->node->pos;
   object.drag_start(*tag_, from);
   drag_to(pointer, state);
   set_floating(std::move(moving));
@@ -187,7 +193,9 @@ void EditorView::drop(const GdkEventButton& event) {
   if (dragged && (event.state & GDK_CONTROL_MASK) != 0) join_at(place_of(event.x, event.y));
   tag_.reset();
   if (mode_ == Mode::pressed || mode_ == Mode::dragging) mode_ = Mode::idle;
-  if (dragged) set_floating({});
+  if (!dragged) return;
+  set_floating({});
+  describe();
 }
 
 // --- Placing what is new ---
@@ -222,16 +230,21 @@ void EditorView::grab_pointer() {
 }
 
 bool EditorView::holds(const Vector& place) const {
-  return place.x >= 0 && place.y >= 0 && place.x < get_width() && place.y < get_height();
+  const auto seen = visible_box();
+  return place.x >= seen.left && place.y >= seen.top && place.x < seen.right &&
+         place.y < seen.bottom;
 }
 
 bool EditorView::on_enter_notify_event(GdkEventCrossing* event) {
-  if (event->mode == GDK_CROSSING_NORMAL) grab_pointer();
+  if (event->mode == GDK_CROSSING_NORMAL && mode_ == Mode::placing) {
+    if (!placing_) placing_.emplace();
+    grab_pointer();
+  }
   return DiagramCanvas::on_enter_notify_event(event);
 }
 
 bool EditorView::on_leave_notify_event(GdkEventCrossing* event) {
-  const bool left = event->mode == GDK_CROSSING_NORMAL && !holds(place_of(event->x, event->y));
+  const bool left = event->mode == GDK_CROSSING_NORMAL;
   if (left && mode_ == Mode::placing) get_window()->pointer_ungrab(GDK_CURRENT_TIME);
   return DiagramCanvas::on_leave_notify_event(event);
 }

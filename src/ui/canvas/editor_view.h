@@ -92,6 +92,7 @@ class EditorView : public DiagramCanvas {
   ViewObj* selected_ = nullptr;
   Tag tag_;                    // what is pressed or dragged
   Vector grip_;                // from the anchor of what is dragged to where it was taken
+  Vector came_from_;           // of the node that is dragged, in the view
   Vector pointer_;             // while something is dragged
   bool joins_ = false;         // if it were dropped now
   Glib::ustring refusal_;      // as it was told

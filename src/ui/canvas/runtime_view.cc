@@ -6,7 +6,6 @@
 #include <gtk/gtkmain.h>
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 #include "core/i18n.h"
@@ -17,8 +16,6 @@ namespace {
 
 constexpr double ring_distance = 5;  // pixels
 constexpr double ring_width = 3;
-constexpr double click_reach = 7;  // pixels from the middle of a way, at any zoom
-constexpr double half_way = 4;     // as it is painted to be met, in diagram units
 
 /// The toolkit tells of a double click by a second press, and only then that it was a double one.
 bool is_second_press() {
@@ -84,11 +81,7 @@ bool RuntimeView::on_button_press_event(GdkEventButton* event) {
   grab_focus();
   mark(nullptr);
   update();
-  std::shared_ptr<const ViewTag> tag = hit(event->x, event->y);
-  const auto any = [](const ViewTag&) { return true; };
-  const auto beyond = static_cast<int>(std::lround(click_reach - half_way * get_zoom()));
-  if (!tag && beyond > 0) tag = hit_near({event->x, event->y}, beyond, any);
-  if (tag) tag->object->click(*tag);
+  if (const auto tag = hit(event->x, event->y)) tag->object->click(*tag);
   return true;
 }
 
@@ -127,6 +120,13 @@ bool RuntimeView::mark_next(bool back) {
   return next != all.end();
 }
 
+// One that was moved out of sight by other keys comes back first.
+void RuntimeView::press_marked() {
+  const auto box = box_on_canvas(*marked_);
+  if (!box.meets(visible_box())) return bring_into_sight(box);
+  click_next(*marked_);
+}
+
 bool RuntimeView::on_key_press_event(GdkEventKey* event) {
   const bool plain = (event->state & gtk_accelerator_get_default_mod_mask()) == 0;
   if (!plain || !marked_) return DiagramCanvas::on_key_press_event(event);
@@ -134,7 +134,7 @@ bool RuntimeView::on_key_press_event(GdkEventKey* event) {
     case GDK_KEY_Return:
     case GDK_KEY_KP_Enter:
     case GDK_KEY_space:
-      click_next(*marked_);
+      press_marked();
       return true;
     case GDK_KEY_Escape:
       mark(nullptr);

@@ -34,6 +34,7 @@ class RuntimeView : public DiagramCanvas {
 
  private:
   bool mark_next(bool back);
+  void press_marked();
   void draw_ring(const GdkEventExpose& event);
 
   ViewObj* marked_ = nullptr;

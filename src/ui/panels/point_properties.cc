@@ -113,12 +113,12 @@ void PointProperties::connect() {
     if (point_ && point_->get_state()) point_->get_state()->send();
   });
   add_state_.signal_clicked().connect([this] {
-    extended_ = &states_;
     if (point_) point_->add_state();
+    if (show_soon_.connected()) extended_ = &states_;
   });
   add_output_.signal_clicked().connect([this] {
-    extended_ = &outputs_;
     if (point_) point_->add_output();
+    if (show_soon_.connected()) extended_ = &outputs_;
   });
   const auto states_changed = [this](Object* /*child*/) {
     follow_state();

@@ -15,6 +15,7 @@ constexpr int least_height = 80;
 
 ColumnScroll::ColumnScroll(Gtk::Widget& content) : content_(content) {
   set_policy(Gtk::POLICY_NEVER, Gtk::POLICY_NEVER);
+  set_can_focus(false);  // what does not scroll has nothing that keys could do
   auto* viewport = Gtk::manage(new Gtk::Viewport(*get_hadjustment(), *get_vadjustment()));
   viewport->set_shadow_type(Gtk::SHADOW_NONE);
   viewport->add(content);

@@ -6,9 +6,11 @@
 #include <gtkmm/cellrendererpixbuf.h>
 #include <gtkmm/label.h>
 #include <gtkmm/scrolledwindow.h>
+#include <gtkmm/settings.h>
 #include <gtkmm/stock.h>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "core/i18n.h"
@@ -95,7 +97,7 @@ void ObjectFinder::build() {
     Gtk::TreePath path;
     if (event->button == 1 && event->window == list_.get_bin_window()->gobj() &&
         list_.get_path_at_pos(static_cast<int>(event->x), static_cast<int>(event->y), path)) {
-      choose();
+      choose_soon();
     }
     return false;
   });
@@ -211,6 +213,14 @@ void ObjectFinder::move_cursor(int rows) {
 }
 
 // Whoever is told may end this window.
+// The window takes a second press as well: it is not to hit what lies below, a throttle's scale for
+// example.
+void ObjectFinder::choose_soon() {
+  const std::chrono::milliseconds second_press{
+      Gtk::Settings::get_default()->property_gtk_double_click_time()};
+  choose_soon_ = Timeout::once(second_press, [this] { choose(); });
+}
+
 void ObjectFinder::choose() {
   const auto row = list_.get_selection()->get_selected();
   if (!row || !get_visible()) return;

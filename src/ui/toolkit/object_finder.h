@@ -7,6 +7,7 @@
 
 #include <memory>
 
+#include "runtime/timer.h"
 #include "ui/toolkit/layout_follower.h"
 #include "ui/toolkit/object_menu.h"
 
@@ -14,7 +15,7 @@ namespace zemblar {
 
 /// A small window in which one of many objects is found by typing a part of its name.
 ///
-/// Return and a double click choose, Escape, New and another layout close it. The objects are those
+/// Return and a click choose, Escape, New and another layout close it. The objects are those
 /// of the moment; one that ends leaves the list. `chosen` gets null for the row that chooses
 /// nothing, and is called once at most, after the window has been hidden.
 class ObjectFinder : public Gtk::Window {
@@ -36,6 +37,7 @@ class ObjectFinder : public Gtk::Window {
   void append(Object* object, const Glib::ustring& name, const Glib::ustring& where);
   void move_cursor(int rows);
   void choose();
+  void choose_soon();
 
   ObjectChoices choices_;
   ObjectMenuBase::Chosen chosen_;
@@ -45,6 +47,7 @@ class ObjectFinder : public Gtk::Window {
   Gtk::TreeView list_;
   Glib::RefPtr<Gtk::ListStore> rows_;
   std::unique_ptr<LayoutFollower> follower_;
+  Timeout choose_soon_;
 };
 
 }  // namespace zemblar
