@@ -14,15 +14,13 @@ import time
 
 sys.path.insert(0, os.path.join(os.path.dirname(__file__), '..', 'tests', 'e2e'))
 from layout_text import with_all_functions  # noqa: E402
-from zemblar_ui import Program, press_keys, screenshot, wait_for  # noqa: E402
+from picture import SPLASH, TITLE, pointer  # noqa: E402
+from zemblar_ui import Program, press_keys, screenshot, type_keys, wait_for  # noqa: E402
 
-TRACK_VIEW = 'Zemblar 0.1 — Track View'
 EDITOR = 'Zemblar 0.1 — Track Editor'
-SPLASH = 5.5  # seconds until it has gone
 LOCOMOTIVE = 'Express 103'
 UNKNOWN = 'Railcar 5'
 MANY = 60  # locomotives, more than a menu holds
-MESSAGES_WINDOW = 'Messages'
 
 
 def prepare(layout, folder):
@@ -51,7 +49,7 @@ class Sheet:
         self.pictures.append(path)
 
     def manage(self, title, *what):
-        subprocess.run(['xdotool', 'search', '--onlyvisible', '--name', title, *what], check=True)
+        pointer('search', '--onlyvisible', '--name', title, *what)
         time.sleep(0.3)
 
     def activate(self, title):
@@ -62,7 +60,7 @@ class Sheet:
         window = self.program.window('Throttle')
         window.find('push button', '(None)').press()
         self.take()
-        subprocess.run(['xdotool', 'type', LOCOMOTIVE], check=True)
+        type_keys(LOCOMOTIVE)
         press_keys('Return')
         wait_for(lambda: window.find('slider', 'Speed').sensitive)
         self.manage('Throttle', 'windowmove', '0', '0')
@@ -96,7 +94,7 @@ class Sheet:
     def show(self, editor, name):
         editor.show_page('All')
         press_keys('alt+i', 'ctrl+a')
-        subprocess.run(['xdotool', 'type', name], check=True)
+        type_keys(name)
         press_keys('Return')
 
     def forget_a_locomotive(self):
@@ -106,9 +104,9 @@ class Sheet:
         time.sleep(2)
 
     def messages(self):
-        self.program.window(TRACK_VIEW).choose('View', MESSAGES_WINDOW)
-        self.program.window(MESSAGES_WINDOW)
-        self.manage(MESSAGES_WINDOW, 'windowmove', '0', '0')
+        self.program.window(TITLE).choose('View', 'Messages')
+        self.program.window('Messages')
+        self.manage('Messages', 'windowmove', '0', '0')
         self.take()
 
     def write(self, path, options):

@@ -133,10 +133,7 @@ double share_near(const PathStep& from, const PathStep& to, const Vector& place)
   double least = std::numeric_limits<double>::infinity();
   for (int i = margin; i <= parts - margin; ++i) {
     const double share = static_cast<double>(i) / parts;
-    const auto& start = from.node->pos;
-    const auto at =
-        to.straight ? start + (to.node->pos - start) * share : divided(from, to, share).place.pos;
-    const double distance = (at - place).length();
+    const double distance = (place_on_step(from, to, share).pos - place).length();
     if (distance >= least) continue;
     least = distance;
     nearest = i;
@@ -144,11 +141,10 @@ double share_near(const PathStep& from, const PathStep& to, const Vector& place)
   return static_cast<double>(nearest) / parts;
 }
 
-TrackPlace middle_of_step(const PathStep& from, const PathStep& to) {
-  if (!to.straight) return divided(from, to, 0.5).place;
-  const auto& a = from.node->pos;
-  const auto& b = to.node->pos;
-  return {(a + b) * 0.5, normalize(b - a)};
+TrackPlace place_on_step(const PathStep& from, const PathStep& to, double share) {
+  if (!to.straight) return divided(from, to, share).place;
+  const auto way = to.node->pos - from.node->pos;
+  return {from.node->pos + way * share, normalize(way)};
 }
 
 // The direction of a curve that is a whole track is that of the line between its handles, unless
@@ -157,7 +153,7 @@ TrackPlace middle_of(const TrackPath& path) {
   const auto steps = path.size() - 1;
   const auto half = steps / 2;
   if (steps % 2 != 0) {
-    const auto middle = middle_of_step(path[half], path[half + 1]);
+    const auto middle = place_on_step(path[half], path[half + 1], 0.5);
     if (steps > 1 || path.back().straight) return middle;
     const auto curve = curve_to(path.front(), path.back());
     const auto inner = curve.second - curve.first;

@@ -58,8 +58,10 @@ struct TrackPlace {
   Vector pos;
   Vector dir;
 };
-/// The middle of one step, with the direction of the track there.
-[[nodiscard]] TrackPlace middle_of_step(const PathStep& from, const PathStep& to);
+/// The place of one step, straight or bent, at a share of it between 0 and 1.
+[[nodiscard]] TrackPlace place_on_step(const PathStep& from, const PathStep& to, double share);
+/// The share at which a step comes nearest to a place, a little away from the ends of the step.
+[[nodiscard]] double share_near(const PathStep& from, const PathStep& to, const Vector& place);
 /// Half-way along a path by its steps: on the middle step, or at the middle node.
 [[nodiscard]] TrackPlace middle_of(const TrackPath& path);
 
@@ -68,14 +70,12 @@ struct TrackPlace {
 struct DividedCurve {
   TrackPlace place;
   double start_handle;
-  double before;  ///< handles of the place
-  double after;
+  double before;  ///< handle of the place, towards the start
+  double after;   ///< towards the end
   double end_handle;
 };
-/// The share of the curve's parameter that lies before the place, between 0 and 1.
+/// `share` is the part of the curve's parameter that lies before the place, between 0 and 1.
 [[nodiscard]] DividedCurve divided(const PathStep& from, const PathStep& to, double share);
-/// The share at which a step comes nearest to a place, not quite at an end of it.
-[[nodiscard]] double share_near(const PathStep& from, const PathStep& to, const Vector& place);
 
 /// A rectangle, mostly in device pixels.
 struct PixelBox {

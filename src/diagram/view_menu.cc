@@ -2,7 +2,8 @@
 
 #include <gtkmm/separatormenuitem.h>
 
-#include <optional>
+#include <tuple>
+#include <utility>
 
 #include "core/i18n.h"
 #include "diagram/view_object.h"
@@ -10,20 +11,26 @@
 namespace zemblar {
 namespace {
 
-struct Place {
-  int x;
-  int y;
-};
-std::optional<Place> asked;  // by a key
+std::optional<Vector> in_view;  // of the call that is served
+std::optional<std::pair<int, int>> on_screen;
 
 }  // namespace
 
-MenuPlace::MenuPlace(int x, int y) {
-  asked = {x, y};
+MenuCall::MenuCall(const Vector& place) {
+  in_view = place;
 }
 
-MenuPlace::~MenuPlace() {
-  asked.reset();
+MenuCall::MenuCall(int x, int y) {
+  on_screen = {x, y};
+}
+
+MenuCall::~MenuCall() {
+  in_view.reset();
+  on_screen.reset();
+}
+
+std::optional<Vector> MenuCall::pointed() {
+  return in_view;
 }
 
 std::function<void()> while_drawn(ViewObj& object, std::function<void()> action) {
@@ -58,10 +65,9 @@ void popup(std::unique_ptr<Gtk::Menu> menu, guint32 time) {
   static std::unique_ptr<Gtk::Menu> shown;
   shown = std::move(menu);
   shown->show_all();
-  if (!asked) return shown->popup(3, time);
-  const auto place = [at = *asked](int& x, int& y, bool& push_in) {
-    x = at.x;
-    y = at.y;
+  if (!on_screen) return shown->popup(3, time);
+  const auto place = [at = *on_screen](int& x, int& y, bool& push_in) {
+    std::tie(x, y) = at;
     push_in = true;
   };
   shown->popup(place, 0, time);

@@ -2,7 +2,6 @@
 
 #include <glibmm/object.h>
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -65,8 +64,6 @@ class ViewObj : public Glib::Object {
   virtual void drag_right(const Vector& position);
   /// Those that have to be drawn with it while it is dragged: what its ends are joined to.
   [[nodiscard]] virtual std::vector<ViewObj*> dependants() { return {}; }
-  /// Where the pointer was when its next menu was asked for; nothing when a key has done that.
-  void set_pointed(const std::optional<Vector>& place) { pointed_ = place; }
   /// Its menu, over the canvas.
   virtual void show_menu(const ViewTag& /*tag*/, guint32 /*time*/) {}
   /// Null for a name that no end of its track has.
@@ -93,7 +90,6 @@ class ViewObj : public Glib::Object {
   /// From now on it shows that object, and ends with it.
   void follow_end(zemblar::Object& object);
 
-  [[nodiscard]] const std::optional<Vector>& pointed() const { return pointed_; }
   virtual void draw_plain(const Context& context, bool selected) = 0;
   /// Moves the whole.
   virtual void move_by(const Vector& delta) = 0;
@@ -110,7 +106,6 @@ class ViewObj : public Glib::Object {
  private:
   View* view_ = nullptr;
   Vector dragged_from_;
-  std::optional<Vector> pointed_;
   ScopedConnection shown_deleted_;
 };
 

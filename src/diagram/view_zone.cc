@@ -33,15 +33,11 @@ void divide(const ViewSegment& segment, ViewNode& node, const std::optional<Vect
   const PathStep from{segment.start};
   const PathStep to{segment.end, *segment.straight};
   const double share = place ? share_near(from, to, *place) : 0.5;
+  const auto on_track = place_on_step(from, to, share);
+  node.dir = on_track.dir;
+  node.pos = to.straight ? on_grid(on_track.pos, 0) : on_track.pos;
+  if (to.straight) return;
   const auto curves = divided(from, to, share);
-  node.pos = curves.place.pos;
-  node.dir = curves.place.dir;
-  if (to.straight) {
-    const auto way = segment.end->pos - segment.start->pos;
-    node.pos = on_grid(segment.start->pos + way * share, 0);
-    node.dir = normalize(way);
-    return;
-  }
   node.set_left_handle(curves.before);
   node.set_right_handle(curves.after);
   segment.start->set_right_handle(curves.start_handle);
@@ -152,7 +148,7 @@ void ViewZone::show_menu(const ViewTag& tag, guint32 time) {
   if (const auto* segment = dynamic_cast<const SegmentTag*>(&tag)) {
     const auto index = segment->value;
     add_shape_items(*menu, segments().at(index));
-    add_item(*menu, *this, _("Add Node"), [this, index, place = pointed()] {
+    add_item(*menu, *this, _("Add Node"), [this, index, place = MenuCall::pointed()] {
       DiagramWatcher::tell(_("Add a Node to “%1”"));
       add_node(index, place);
     });

@@ -60,14 +60,6 @@ class EcosHubTest : public testing::Test {
   EcosClient client = hub.join(link);
 };
 
-TEST_F(EcosHubTest, answers_each_line_once_it_is_complete) {
-  say("get(1,st");
-  EXPECT_EQ("", link.take());
-  say("atus)\r");
-  say("\n\nget(1,status)\nget(");
-  EXPECT_EQ((Strings{status_reply, status_reply}), link.writes);
-}
-
 TEST_F(EcosHubTest, sends_late_but_in_order) {
   hub.faults().late = 100ms;
   say("get(1,status)\n");
@@ -112,28 +104,6 @@ TEST_F(EcosHubTest, puts_garbage_before_messages) {
   hub.faults().clear();
   say("get(1,status)\n");
   EXPECT_EQ(status_reply, link.take());
-}
-
-TEST_F(EcosHubTest, fails_the_commands_it_is_told_to) {
-  hub.faults().fail("get(1,", 42, 2);
-  hub.faults().silence("get(11,");
-  EXPECT_EQ("42", ask("get(1,status)"));
-  EXPECT_EQ("0", ask("get(10,size)"));
-  EXPECT_EQ("42", ask("get(1,status)"));
-  EXPECT_EQ("0", ask("get(1,status)"));
-  EXPECT_EQ("", ask("get(11,size)"));
-  hub.faults().fail("set(1,go)", 42);
-  EXPECT_EQ("42", ask("set(1,go)"));
-  EXPECT_FALSE(hub.model().track_power());
-}
-
-TEST_F(EcosHubTest, refuses_control_but_not_views) {
-  (void)hub.model().add_locomotive(3, "V60");
-  hub.faults().refuse_control = true;
-  EXPECT_EQ("25", ask("request(1000,control,force)"));
-  EXPECT_EQ("25", ask("request( 1000, view, control )"));
-  EXPECT_EQ("0", ask("request(1000,view)"));
-  EXPECT_EQ("25", ask("set(1000,speed[1])"));
 }
 
 TEST_F(EcosHubTest, hangs_up_after_so_many_commands) {

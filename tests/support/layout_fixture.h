@@ -37,6 +37,12 @@ inline std::string bytes_of(const std::string& path) {
   return Glib::file_get_contents(path);
 }
 
+/// The current layout with a new document, as the program begins with.
+inline Layout& fresh_layout() {
+  Layout::get().new_document(true);
+  return Layout::get();
+}
+
 /// A current layout with an empty document, for the length of a test.
 class LayoutTest : public testing::Test {
  protected:

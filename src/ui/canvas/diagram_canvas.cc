@@ -311,13 +311,6 @@ PixelBox DiagramCanvas::box_on_canvas(ViewObj& object) {
   update();
   const auto context = image_->measure();
   context->set_matrix(matrix_);
-  return box_of(context, object);
-}
-
-PixelBox DiagramCanvas::box_of_drawn(ViewObj& object) {
-  update();
-  const auto context = image_->measure();
-  context->set_matrix(matrix_);
   return object.runtime_box(context);
 }
 
@@ -326,7 +319,7 @@ void DiagramCanvas::bring_into_sight(const PixelBox& box) {
   const auto way = [](double from, double to, double seen_from, double seen_to) {
     const double before = seen_from + sight_margin - from;
     const double beyond = to + sight_margin - seen_to;
-    if (before > 0 && beyond > 0) return 0.0;  // it fills what is seen
+    if (before > 0 && beyond > 0) return 0.0;  // the box fills what is seen
     if (before > 0) return before;
     return beyond > 0 ? std::max(-beyond, before) : 0;
   };

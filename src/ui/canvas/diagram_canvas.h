@@ -38,14 +38,15 @@ class DiagramCanvas : public Gtk::DrawingArea {
     return tags_.hit(x, y);
   }
 
-  /// What is nearest to a place of the canvas within some pixels and is wanted; null for nothing.
+  /// The wanted tag that is nearest to a place of the canvas, within `reach` pixels; null for none.
   [[nodiscard]] std::shared_ptr<const ViewTag> hit_near(
       const Vector& place, int reach, const std::function<bool(const ViewTag&)>& wanted);
 
   /// The drawing and the picture as a whole, in the middle of what can be seen of the canvas; no
   /// larger than they are. A canvas without a size does it when it has got one.
   void show_whole();
-  /// What the object covers, in pixels of the canvas.
+  /// The part of the canvas that the railway of an object covers, in pixels, without nodes and
+  /// handles.
   [[nodiscard]] PixelBox box_on_canvas(ViewObj& object);
   /// By one step of the wheel, about the middle of what can be seen.
   void zoom_in();
@@ -103,10 +104,8 @@ class DiagramCanvas : public Gtk::DrawingArea {
   /// large.
   void bring_into_sight(const PixelBox& box);
 
-  /// What the window shows of the canvas, in pixels of that.
+  /// The part of the canvas that the window shows, in pixels.
   [[nodiscard]] PixelBox visible_box() const;
-  /// What the railway of an object covers, in pixels, without what is there to edit it.
-  [[nodiscard]] PixelBox box_of_drawn(ViewObj& object);
 
   /// Objects that are being moved: left out of the kept picture, and drawn over it on the window.
   void set_floating(std::vector<ViewObj*> objects);

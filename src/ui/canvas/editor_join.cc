@@ -83,7 +83,7 @@ void EditorView::aim(const Vector& pointer, bool joins) {
   if (dragged_end()) queue_draw();
 }
 
-// At the pointer, or where the grid has put the end.
+// The target is at the pointer, or at the place where the grid has put the end.
 ViewLinkNode* EditorView::target_at(const Vector& pointer) {
   auto* end = dragged_end();
   if (!end) return nullptr;
@@ -109,11 +109,12 @@ void EditorView::draw_over(const Context& context) {
 ViewLinkNode* EditorView::end_near(const Vector& pointer) const {
   const auto place = to_view(pointer);
   const auto* dragged = dragged_end();
+  const double reach = std::max(ViewNode::reach, node_reach / get_zoom());
   for (const auto& object : get_view().get_objects()) {
     for (auto* end : ends_of(*object.operator->())) {
       const bool moves = end == dragged || (dragged && end == dragged->get_link());
-      const bool met = (end->pos - place).length() <= ViewNode::reach ||
-                       (dragged && (end->pos - dragged->pos).length() <= ViewNode::reach);
+      const bool met = (end->pos - place).length() <= reach ||
+                       (dragged && (end->pos - dragged->pos).length() <= reach);
       if (!moves && met) return end;
     }
   }
@@ -130,7 +131,7 @@ void EditorView::join_at(const Vector& pointer) {
   if (auto* target = target_at(pointer)) return join(*end, *target);
   const auto* met = end_near(pointer);
   refuse(why_not(*end, met));
-  // Two ends on one place look joined.
+  // The end goes back: two ends on one place look joined.
   if (met) tag_->object->drag_move(*tag_, came_from_);
 }
 
@@ -173,7 +174,7 @@ void EditorView::join_nearest() {
   refuse(_("Nothing was joined: no other piece of this view has a free end."));
 }
 
-// --- What a screen reader is told ---
+// --- For screen readers ---
 
 Glib::ustring EditorView::description_of(const ViewTag& part) const {
   const auto* node = dynamic_cast<const ViewNode::Tag*>(&part);
@@ -186,7 +187,7 @@ Glib::ustring EditorView::description_of(const ViewTag& part) const {
   return Glib::ustring::compose(_("end joined with “%1”"), partner);
 }
 
-// Of what is selected, its part that keys act on, and where that lies.
+// The description names the selected object and the part that keys act on, and says where it lies.
 void EditorView::describe() {
   Glib::ustring text;
   if (selected_) {

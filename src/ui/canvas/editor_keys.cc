@@ -79,13 +79,13 @@ bool EditorView::on_key_release_event(GdkEventKey* event) {
 
 bool EditorView::on_focus_out_event(GdkEventFocus* event) {
   nudging_.reset();
-  // What is done in a field of the window is a step of its own.
+  // Changes in a field of the window are steps of their own.
   const auto* window = dynamic_cast<Gtk::Window*>(get_toplevel());
   if (window && window->get_focus() != this) placing_.reset();
   return DiagramCanvas::on_focus_out_event(event);
 }
 
-// Beside the part that it is about.
+// The menu opens beside the part.
 bool EditorView::show_part_menu() {
   const auto part = mode_ == Mode::idle ? current_part() : Tag{};
   if (!part) return true;
@@ -95,8 +95,7 @@ bool EditorView::show_part_menu() {
   int left = 0;
   int top = 0;
   get_window()->get_origin(left, top);
-  const MenuPlace menu_place(left + static_cast<int>(place.x), top + static_cast<int>(place.y));
-  selected_->set_pointed({});
+  const MenuCall call(left + static_cast<int>(place.x), top + static_cast<int>(place.y));
   selected_->show_menu(*part, gtk_get_current_event_time());
   return true;
 }
@@ -118,7 +117,7 @@ EditorView::Tag EditorView::current_part() {
   return parts.at(std::min(part_.value_or(0), parts.size() - 1));
 }
 
-// A ring about a node or a handle; a stretch in another colour.
+// A node and a handle get a ring, a stretch gets the colour of what is selected.
 void EditorView::draw_current_part(const Context& context) {
   const auto part = part_ ? current_part() : Tag{};
   if (!part) return;
@@ -146,11 +145,11 @@ bool EditorView::select_next(bool back) {
     next = back ? place - 1 : place + 1;
   }
   select(objects[next].operator->());
-  bring_into_sight(box_of_drawn(*selected_));
+  bring_into_sight(box_on_canvas(*selected_));
   return true;
 }
 
-// Behind the last part comes the whole.
+// The whole object comes behind the last part.
 void EditorView::next_part(bool back) {
   if (!selected_) return;
   const auto count = parts_of(*selected_).size();
@@ -160,10 +159,10 @@ void EditorView::next_part(bool back) {
   choose_part(next == whole ? std::nullopt : std::optional(next));
 }
 
-// Of a node its surroundings, of anything else the whole object.
+// A node comes with its surroundings, a stretch with the whole object.
 void EditorView::bring_part_into_sight(const ViewTag& part) {
   const auto place = place_of(part);
-  if (!place) return bring_into_sight(box_of_drawn(*selected_));
+  if (!place) return bring_into_sight(box_on_canvas(*selected_));
   update();
   const auto at = to_canvas(*place);
   bring_into_sight({at.x - ring, at.y - ring, at.x + ring, at.y + ring});

@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "core/i18n.h"
+#include "diagram/view_menu.h"
 #include "diagram/view_track.h"
 
 namespace zemblar {
@@ -15,8 +16,7 @@ namespace {
 
 /// Objects that float besides the one that is dragged.
 constexpr std::size_t most_dependants = 3;
-/// How far from its middle a node and a track are met at least, in pixels.
-constexpr double node_reach = 9;
+/// The distance from the middle of track at which it is met at any zoom, in pixels.
 constexpr double track_reach = 6;
 constexpr double half_track = 4;  // as it is painted for that, in diagram units
 
@@ -102,8 +102,8 @@ bool EditorView::on_button_press_event(GdkEventButton* event) {
   return true;
 }
 
-// Ends are met from further away than track, and before that of their own object. What lies under
-// the pointer is never left for another object.
+// Nodes are met from further away than track, and before the track of their own object. An object
+// exactly under the pointer always comes before others.
 EditorView::Tag EditorView::hit_about(const Vector& pointer) {
   update();
   const Tag exact = hit(pointer.x, pointer.y);
@@ -162,8 +162,8 @@ void EditorView::start_drag(const Vector& pointer, unsigned state) {
   moving.push_back(&object);
   const auto from = to_view(place_of(last_x_, last_y_));
   grip_ = from - object.anchor();
-  if (const auto* node = dynamic_cast<const ViewNode::Tag*>(tag_.get()))
-    came_from_ = node->node->pos;
+  const auto* part = dynamic_cast<const ViewNode::Tag*>(tag_.get());
+  if (part) came_from_ = part->node->pos;
   object.drag_start(*tag_, from);
   drag_to(pointer, state);
   set_floating(std::move(moving));
@@ -179,7 +179,7 @@ bool EditorView::on_button_release_event(GdkEventButton* event) {
     const auto tag = std::exchange(tag_, {});
     if (!tag) return true;
     select(tag->object);
-    tag->object->set_pointed(to_view(place_of(event->x, event->y)));
+    const MenuCall call(to_view(place_of(event->x, event->y)));
     tag->object->show_menu(*tag, event->time);
   } else {
     return DiagramCanvas::on_button_release_event(event);
@@ -188,9 +188,13 @@ bool EditorView::on_button_release_event(GdkEventButton* event) {
 }
 
 void EditorView::drop(const GdkEventButton& event) {
-  if (mode_ == Mode::placing) return holds(place_of(event.x, event.y)) ? end_placing(true) : void();
+  const auto pointer = place_of(event.x, event.y);
+  if (mode_ == Mode::placing) {
+    if (holds(pointer)) end_placing(true);
+    return;
+  }
   const bool dragged = mode_ == Mode::dragging;
-  if (dragged && (event.state & GDK_CONTROL_MASK) != 0) join_at(place_of(event.x, event.y));
+  if (dragged && (event.state & GDK_CONTROL_MASK) != 0) join_at(pointer);
   tag_.reset();
   if (mode_ == Mode::pressed || mode_ == Mode::dragging) mode_ = Mode::idle;
   if (!dragged) return;
@@ -214,8 +218,8 @@ void EditorView::place(ViewObj* object, const std::function<void()>& cancelled) 
 }
 
 // Not while the click on a tool is being served: the tool would not hear that the pointer has left
-// it, and stay highlighted. Nor outside the canvas, where a click is for what is there: for a stop,
-// for example.
+// it, and stay highlighted. Nor outside the canvas, where other widgets get the clicks: a stop
+// button, for example.
 void EditorView::grab_pointer() {
   if (mode_ != Mode::placing || !get_mapped()) return;
   int x = 0;
@@ -244,8 +248,8 @@ bool EditorView::on_enter_notify_event(GdkEventCrossing* event) {
 }
 
 bool EditorView::on_leave_notify_event(GdkEventCrossing* event) {
-  const bool left = event->mode == GDK_CROSSING_NORMAL;
-  if (left && mode_ == Mode::placing) get_window()->pointer_ungrab(GDK_CURRENT_TIME);
+  if (event->mode == GDK_CROSSING_NORMAL && mode_ == Mode::placing)
+    get_window()->pointer_ungrab(GDK_CURRENT_TIME);
   return DiagramCanvas::on_leave_notify_event(event);
 }
 

@@ -14,8 +14,8 @@ namespace zemblar {
 /// ends that it can be joined to are met, and the one under the pointer is marked. The status line
 /// says why a drop joins nothing. The right button opens the menu of what is under it. An object
 /// that has just been made follows the pointer until a click places it, or the right button or
-/// Escape takes it away; meanwhile a click elsewhere does there what it does otherwise. What is
-/// nearly hit is hit, at any zoom, ends before stretches. Delete removes what is selected from the
+/// Escape takes it away; meanwhile clicks outside the canvas go to the widgets there. Nodes
+/// and track are met some pixels beside them, at any zoom. Delete removes what is selected from the
 /// view.
 ///
 /// What is dragged or placed keeps to the grid of the options, unless Alt is held.
@@ -56,6 +56,8 @@ class EditorView : public DiagramCanvas {
 
  private:
   using Tag = std::shared_ptr<const ViewTag>;
+  /// The distance from a node at which it is met at any zoom, in pixels.
+  static constexpr double node_reach = 9;
 
   void press(const GdkEventButton& event);
   void start_drag(const Vector& pointer, unsigned state);

@@ -120,7 +120,7 @@ bool RuntimeView::mark_next(bool back) {
   return next != all.end();
 }
 
-// One that was moved out of sight by other keys comes back first.
+// A switch that arrows have moved out of sight comes back first.
 void RuntimeView::press_marked() {
   const auto box = box_on_canvas(*marked_);
   if (!box.meets(visible_box())) return bring_into_sight(box);

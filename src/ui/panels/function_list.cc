@@ -123,9 +123,10 @@ void FunctionList::on_delete() {
 // keeps the focus.
 void FunctionList::choose_neighbour() {
   const auto rows = model_->children();
-  auto row = list_.get_selection()->get_selected();
-  auto next = row;
-  if (++next || (row != rows.begin() && (next = --row))) list_.set_cursor(model_->get_path(next));
+  const auto row = list_.get_selection()->get_selected();
+  auto next = std::next(row);
+  if (!next && row != rows.begin()) next = std::prev(row);
+  if (next) list_.set_cursor(model_->get_path(next));
 }
 
 void FunctionList::on_name_edited(const Glib::ustring& path, const Glib::ustring& text) {

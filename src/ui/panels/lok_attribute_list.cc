@@ -126,10 +126,9 @@ void LokAttributeList::remove_chosen() {
 // that removes keeps the focus while there is something to remove.
 void LokAttributeList::choose_neighbour() {
   const auto row = list_.get_selection()->get_selected();
-  auto neighbour = row;
-  if ((*++neighbour)[columns().placeholder] && row != model_->children().begin()) {
-    --(neighbour = row);
-  }
+  auto neighbour = std::next(row);
+  const bool is_last = (*neighbour)[columns().placeholder];
+  if (is_last && row != model_->children().begin()) neighbour = std::prev(row);
   if (remove_.is_focus() && (*neighbour)[columns().placeholder]) list_.grab_focus();
   list_.set_cursor(model_->get_path(neighbour));
 }

@@ -383,14 +383,14 @@ void ScriptEditor::follow_cursor() {
   cell_.choose(0);
 }
 
-// Undo writes all lines anew: what was chosen is a row with the same sentence then.
+// Undo writes all lines anew, and with them the row that was selected.
 void ScriptEditor::keep_chosen() {
   if (!script_ || list_.get_selection()->get_selected()) return;
   list_.set_cursor(Gtk::TreePath(std::to_string(place_of_chosen())));
 }
 
-/// Of the row with the sentence of the one that was selected last, next to where that was; else of
-/// the row that stands there now, or the last one.
+// The row nearest to the former place that has the same sentence; without one the row that stands
+// there now, or the last.
 int ScriptEditor::place_of_chosen() {
   const auto rows = rows_.store()->children();
   const int count = static_cast<int>(rows.size());

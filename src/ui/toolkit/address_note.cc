@@ -50,7 +50,7 @@ void AddressNote::refresh() {
   const auto others = source_.others();
   const Glib::ustring text = others.empty() ? "" : text_of(source_.address(), others);
   const auto field = source_.field.get_accessible();
-  if (field->get_description() != text.raw()) field->set_description(text);  // is announced
+  if (field->get_description() != text.raw()) field->set_description(text);
   if (!others.empty()) {
     text_.set_text(text);
   } else if (next_.is_focus()) {

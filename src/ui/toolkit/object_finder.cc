@@ -212,15 +212,14 @@ void ObjectFinder::move_cursor(int rows) {
   list_.set_cursor(Gtk::TreePath(std::to_string(std::clamp(path[0] + rows, 0, count - 1))));
 }
 
-// Whoever is told may end this window.
-// The window takes a second press as well: it is not to hit what lies below, a throttle's scale for
-// example.
+// The window stays for a second press, which would hit the scale of a throttle below.
 void ObjectFinder::choose_soon() {
   const std::chrono::milliseconds second_press{
       Gtk::Settings::get_default()->property_gtk_double_click_time()};
   choose_soon_ = Timeout::once(second_press, [this] { choose(); });
 }
 
+// A handler of `chosen` may end this window.
 void ObjectFinder::choose() {
   const auto row = list_.get_selection()->get_selected();
   if (!row || !get_visible()) return;

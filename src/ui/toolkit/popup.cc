@@ -28,7 +28,7 @@ void place_below(Gtk::Menu& menu, const Gdk::Rectangle& area, int& x, int& y) {
   y = std::max(0, fits_below ? below : area.get_y() - size.height);
 }
 
-/// What is chosen already, so that Return changes nothing; the first entry where nothing is.
+/// Selects the marked entry, so that Return changes nothing; without one the first.
 void select_chosen(Gtk::Menu& menu) {
   for (auto& item : menu.items()) {
     const auto* marked = dynamic_cast<const Gtk::CheckMenuItem*>(&item);

@@ -14,11 +14,21 @@ bool is_outside(const XButtonEvent& press) {
   return press.x < 0 || press.y < 0 || press.x >= width || press.y >= height;
 }
 
-// An open menu takes presses anywhere on the screen, which close it.
+/// The number of the first request that may have taken the pointer: each before it came when nobody
+/// held the pointer.
+unsigned long first_grab = 0;
+
+// An open menu takes presses anywhere on the screen, which close it. GDK asks whether the pointer
+// was held when the press happened, not whether it is held by now.
+bool was_grabbed(const XAnyEvent& event) {
+  if (!gdk_pointer_is_grabbed()) first_grab = XNextRequest(event.display);
+  return event.serial >= first_grab;
+}
+
 GdkFilterReturn filter(GdkXEvent* event, GdkEvent* /*translated*/, void* /*unused*/) {
   const auto& known = *static_cast<const XEvent*>(event);
-  const bool is_stray =
-      known.type == ButtonPress && !gdk_pointer_is_grabbed() && is_outside(known.xbutton);
+  const bool grabbed = was_grabbed(known.xany);
+  const bool is_stray = known.type == ButtonPress && !grabbed && is_outside(known.xbutton);
   return is_stray ? GDK_FILTER_REMOVE : GDK_FILTER_CONTINUE;
 }
 

@@ -4,8 +4,8 @@
 
 namespace zemblar {
 
-/// A length in pixels, given for letters of 9 points at 96 dpi, as the letters of a widget need it.
-/// It never becomes shorter.
+/// A length in pixels that is given for letters of 9 points at 96 dpi, scaled to the letters of a
+/// widget. The result is never shorter.
 [[nodiscard]] int for_type(Gtk::Widget& widget, int length);
 
 /// Gives a window its first size, which grows with its letters as far as the screen goes. A
