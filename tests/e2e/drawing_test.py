@@ -82,7 +82,7 @@ class Drawing(DrawingTest):
             pointer('mousemove', *self.at(0, y))
         self.editor.find('push button', 'Stop All Trains').click()
         self.program.wait_for_status('nothing on the track could be stopped')
-        # What is typed elsewhere is a step of its own.
+        # A name that is typed elsewhere is a step of its own.
         self.editor.labelled('Name:').click()
         for command in (('key', 'ctrl+a'), ('type', 'Yard'), ('key', 'Return')):
             pointer(*command)

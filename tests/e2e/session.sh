@@ -36,7 +36,7 @@ if [ "${ZEMBLAR_SESSION_STEP:-}" = inside ]; then
   keep openbox --sm-disable &
   /usr/libexec/at-spi-bus-launcher --launch-immediately >"$HOME/at-spi.log" 2>&1 &
   await openbox 'xprop -root _NET_SUPPORTED | grep -q _NET_ACTIVE_WINDOW'
-  # It asks the window manager for its place.
+  # The tray asks the window manager for its place.
   keep trayer --edge top --align right --widthtype request --height 28 &
   await trayer 'xdotool search --class trayer'
   status=0

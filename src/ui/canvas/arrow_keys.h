@@ -8,7 +8,7 @@
 
 namespace zemblar {
 
-/// Where an arrow key points, of length 1, the keypad's included; nothing for any other key.
+/// The way of an arrow key, the keypad's included, of length 1; nothing for any other key.
 [[nodiscard]] inline std::optional<Vector> arrow_way(unsigned key) {
   switch (key) {
     case GDK_KEY_Left:

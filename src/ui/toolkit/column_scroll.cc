@@ -31,7 +31,7 @@ void ColumnScroll::on_size_request(Gtk::Requisition* requisition) {
   requisition->height = shown;
 }
 
-// What the screen leaves when the other rows of the column are shown whole.
+// The height of the screen less the other rows of the column.
 int ColumnScroll::room() const {
   const auto* column = dynamic_cast<const Gtk::Box*>(get_parent());
   if (!column) return least_height;

@@ -174,7 +174,7 @@ void EditHistory::tell(const Glib::ustring& text) {
   set_status(text);
 }
 
-// What was told of the step before would read as if it were about this one.
+// A sentence about the step before would read as if it were about this one.
 void EditHistory::record(std::unique_ptr<EditStep> step) {
   steps_.record(std::move(step));
   if (!told_.empty() && get_status().raw() == told_.raw()) clear_status();

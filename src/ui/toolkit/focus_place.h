@@ -6,8 +6,8 @@
 
 namespace zemblar {
 
-/// Where the focus is within a container whose children are about to be replaced by others of the
-/// same structure. The container outlives the place.
+/// The place of the focus within a container whose children are about to be replaced by others of
+/// the same structure. The container outlives the place.
 class FocusPlace {
  public:
   explicit FocusPlace(Gtk::Container& container);
