@@ -41,7 +41,7 @@ int main(int argc, char** argv) {
   zemblar::demo::Railway railway;
   railway.plug_bus_into(*hardware);
   if (with_liusb) railway.plug_liusb_into(*hardware);
-  zemblar::HWList::look_at(std::move(hardware));
+  zemblar::HWList::use_source(std::move(hardware));
   zemblar::GlobalOptions::get().set_layout(argv[argc - 1]);
   // What it adds to the layout by itself is nobody's work, and its railway ends with it.
   zemblar::Application application(

@@ -15,7 +15,7 @@ constexpr auto until_in_service = 5s;
 MemoryHardware* look_at_memory() {
   auto source = std::make_unique<MemoryHardware>();
   auto* hardware = source.get();
-  HWList::look_at(std::move(source));
+  HWList::use_source(std::move(source));
   return hardware;
 }
 

@@ -1,7 +1,7 @@
 #include "simulator/trains/track_reader.h"
 
+#include "core/alive_guard.h"
 #include "core/layout.h"
-#include "core/survival.h"
 #include "devices/default_device.h"
 #include "locomotives/lok.h"
 
@@ -48,7 +48,7 @@ void TrackInput::set_current(bool on, unsigned side) {
   }
   current_ = on;
   orientation_ = side;
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   signal_changed().emit();
   if (alive) signal_state_changed().emit();
 }
@@ -65,7 +65,7 @@ void TrackInput::on_seen(const Address& address) {
       known->second.seen = Clock::now();
       return;
     }
-    const Survival alive(*this);
+    const AliveGuard alive(*this);
     drop(address);
     if (!alive) return;
   }
@@ -76,8 +76,8 @@ void TrackInput::on_seen(const Address& address) {
   detection.deleted =
       lok->signal_deleted().connect([this, address = Address(address)] { drop(address); });
   if (!ageing_.armed()) ageing_ = Timeout::once(memory, [this] { forget_old(); });
-  const Survival alive(*this);
-  const Survival lok_lives(*lok);
+  const AliveGuard alive(*this);
+  const AliveGuard lok_lives(*lok);
   signal_changed().emit();
   if (alive && lok_lives && !lok->is_deleting()) signal_arrived().emit(lok);
 }
@@ -85,7 +85,7 @@ void TrackInput::on_seen(const Address& address) {
 void TrackInput::drop(Address address) {
   const auto found = detections_.find(address);
   if (found == detections_.end()) return;
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   auto* lok = found->second.lok;
   auto ended = std::move(found->second.deleted);
   detections_.erase(found);
@@ -95,7 +95,7 @@ void TrackInput::drop(Address address) {
 
 // What is handled here may end this input, and lets others be seen.
 void TrackInput::forget_old() {
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   const auto now = Clock::now();
   std::vector<Address> old;
   for (const auto& [address, detection] : detections_) {

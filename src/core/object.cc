@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cassert>
 
+#include "core/alive_guard.h"
 #include "core/change_count.h"
 #include "core/document_class.h"
 #include "core/document_watcher.h"
@@ -13,7 +14,6 @@
 #include "core/panel_factory.h"
 #include "core/property.h"
 #include "core/sibling_names.h"
-#include "core/survival.h"
 #include "core/yaml_io.h"
 
 namespace zemblar {
@@ -160,7 +160,7 @@ void Object::destroy() {
 // A handler may destroy siblings, so each round looks for the first child that is still there; a
 // child whose own destruction led here is left to finish by itself. It may end this object as well.
 void Object::destroy_children() {
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   auto* node = node_.gnode->children;
   while (node) {
     auto* child = of(node);

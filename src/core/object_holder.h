@@ -15,11 +15,11 @@ namespace zemblar {
 
 /// Counts the objects of class T, at any depth of the current layout, as they come and go.
 template <typename T>
-class Census {
+class ObjectCount {
  public:
-  static Census& get() {
-    static auto* census = new Census;  // never destroyed: layouts are ended at exit
-    return *census;
+  static ObjectCount& get() {
+    static auto* the_count = new ObjectCount;  // never destroyed: layouts are ended at exit
+    return *the_count;
   }
 
   [[nodiscard]] unsigned count() {
@@ -31,14 +31,14 @@ class Census {
   sigc::signal<void>& signal_none_changed() { return signal_none_changed_; }
 
  private:
-  Census() {
+  ObjectCount() {
     Layout::signal_replaced().connect([this] {
       follow_current();
       tell();
     });
   }
 
-  // A call of `count` may have made the census follow the new layout before observers are told.
+  // A call of `count` may have switched to the new layout before observers are told.
   void tell() {
     const bool none = members_.empty();
     if (std::exchange(none_told_, none) != none) signal_none_changed_.emit();
@@ -83,8 +83,8 @@ class ObjectHolder : public Glib::Object {
   ObjectHolder(const char* held, const char* none) : held_name_(held), none_name_(none) {
     register_property<T*>(this, held, &ObjectHolder::get_held, &ObjectHolder::hold);
     register_property<bool>(this, none, &ObjectHolder::get_none);
-    static_cast<void>(Census<T>::get().count());  // from now on it follows the layout
-    none_changed_ = Census<T>::get().signal_none_changed().connect(
+    static_cast<void>(ObjectCount<T>::get().count());  // from now on it follows the layout
+    none_changed_ = ObjectCount<T>::get().signal_none_changed().connect(
         [this] { notify_property(*this, none_name_); });
   }
 
@@ -96,7 +96,7 @@ class ObjectHolder : public Glib::Object {
     if (object) deleted_ = object->signal_deleted().connect([this] { hold(nullptr); });
     notify_property(*this, held_name_);
   }
-  [[nodiscard]] bool get_none() const { return Census<T>::get().count() == 0; }
+  [[nodiscard]] bool get_none() const { return ObjectCount<T>::get().count() == 0; }
 
  private:
   const char* held_name_;

@@ -143,7 +143,7 @@ bool DefaultDevice::is_on_its_way(const Item& item, std::uint32_t value) const {
 
 void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit) {
   const auto serves = [decoder](Device* device) {
-    return device->active() && device->reaches(*decoder);
+    return device->active() && device->can_address(*decoder);
   };
   if (std::ranges::none_of(devices_, serves)) return;
   const Item item(decoder, bit);
@@ -205,7 +205,7 @@ int DefaultDevice::send_errands(DrivenDecoder* decoder, const Item& item,
   const Glib::RefPtr<DrivenDecoder> parent(decoder);
   auto& errands = newest_[item].errands;
   for_each_in_service([&](Device& device) {
-    if (!device.reaches(*decoder)) return;
+    if (!device.can_address(*decoder)) return;
     errands.push_back(StationProxy::create(parent, item.second, device, answers));
     errands.back()->on_more_delivered([this, alive, decoder](const DecoderUpdate& delivered) {
       if (*alive) note_told(decoder, delivered);

@@ -201,7 +201,7 @@ void Device::run_power(bool on) {
 
 template <typename Operation>
 void Device::begin_update(DrivenDecoder* decoder, std::uint32_t item, Operation operation) {
-  if (!active_ || !reaches(*decoder) || withholds(*decoder, item)) return;
+  if (!active_ || !can_address(*decoder) || withholds(*decoder, item)) return;
   fiber::spawn([held = hold(decoder), operation] { operation(held.operator->()); });
 }
 

@@ -78,7 +78,7 @@ class Device : public Object, public Busy {
   }
   /// Whether it can address that decoder. One that it cannot is not updated and not answered, as
   /// if the device were out of service; the driver tells the person why.
-  [[nodiscard]] virtual bool reaches(const DrivenDecoder& /*decoder*/) { return true; }
+  [[nodiscard]] virtual bool can_address(const DrivenDecoder& /*decoder*/) { return true; }
   /// Whether the device keeps that item of the decoder, a bit of DecoderUpdate, back for now: it is
   /// neither sent nor answered. The driver asks the decoder again by `complete` when the time has
   /// come.

@@ -4,12 +4,12 @@
 
 #include <array>
 
+#include "core/alive_guard.h"
 #include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/private_form.h"
 #include "core/property.h"
 #include "core/string_pool.h"
-#include "core/survival.h"
 #include "core/yaml_io.h"
 #include "locomotives/lok.h"
 #include "locomotives/script_overlay.h"
@@ -132,7 +132,7 @@ void Function::set_state(bool on) {
     state_overlay_ = ScriptOverlay::apply(this, on);
     send(state_overlay_);
   }
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   notify_property(*this, "state");
   if (alive) notify_property(*this, "state-overlay");
 }

@@ -2,11 +2,11 @@
 
 #include <cassert>
 
+#include "core/alive_guard.h"
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/property.h"
 #include "core/string_pool.h"
-#include "core/survival.h"
 #include "locomotives/function.h"
 #include "locomotives/script_overlay.h"
 
@@ -49,7 +49,7 @@ void Lok::on_deleting() {
 }
 
 void Lok::announce(std::initializer_list<Change> changes) {
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   for (const auto& change : changes) {
     notify_property(*this, change.property);
     if (alive && change.signal) (this->*change.signal).emit();
@@ -119,7 +119,7 @@ void Lok::set_emergency_stop(bool on) {
 void Lok::set_brake(bool brake) {
   if (brake == brake_) return;
   brake_ = brake;
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   announce({{"brake", &Lok::signal_brake_changed_}});
   if (alive) send_speed(brake_ ? 0 : speed_overlay_);
 }

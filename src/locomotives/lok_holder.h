@@ -20,7 +20,7 @@ class LokHolder : public ObjectHolder<Lok> {
 
 /// How many locomotives the current layout holds, at any depth.
 [[nodiscard]] inline unsigned lok_count() {
-  return Census<Lok>::get().count();
+  return ObjectCount<Lok>::get().count();
 }
 
 }  // namespace zemblar

@@ -4,11 +4,11 @@
 
 #include <algorithm>
 
+#include "core/alive_guard.h"
 #include "core/document_class.h"
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/status.h"
-#include "core/survival.h"
 
 namespace zemblar {
 namespace {
@@ -109,7 +109,7 @@ void Script::remove_condition(unsigned index) {
   if (index >= conditions.size()) return;
   before_change();
   const auto* line = get_condition(index);
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   condition_removed_.emit(index);
   if (!alive) return;
   end_line(conditions, line);
@@ -157,7 +157,7 @@ void Script::remove_command(unsigned index) {
   if (index >= commands.size()) return;
   before_change();
   const auto* line = get_command(index);
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   command_removed_.emit(index);
   if (alive) tell_commands_changed();
   if (alive) end_line(commands, line);
@@ -174,7 +174,7 @@ void Script::move_command(unsigned from, unsigned to) {
 // What runs had set for a time is taken back at that, and a handler may end this.
 void Script::tell_commands_changed() {
   const bool ends_runs = num_runs() != 0;
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   commands_changed_.emit();
   if (!ends_runs || !alive) return;
   set_status(Glib::ustring::compose(

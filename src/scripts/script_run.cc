@@ -4,15 +4,15 @@
 #include <tuple>
 #include <utility>
 
+#include "core/alive_guard.h"
 #include "core/layout.h"
-#include "core/survival.h"
 #include "locomotives/lok.h"
 #include "runtime/fiber.h"
 #include "scripts/script.h"
 #include "scripts/script_command_wait.h"
 #include "scripts/script_context.h"
 #include "track/block.h"
-#include "track/turn.h"
+#include "track/block_control_turn.h"
 
 namespace zemblar {
 namespace {
@@ -40,9 +40,9 @@ bool Script::is_at_work() const {
 // --- What matches ---
 
 void Script::on_triggered() {
-  if (!Turn::is_running()) return evaluate();
+  if (!BlockControlTurn::is_running()) return evaluate();
   if (std::exchange(waiting_, true)) return;
-  Turn::afterwards(sigc::track_obj(
+  BlockControlTurn::afterwards(sigc::track_obj(
       [this] {
         waiting_ = false;
         evaluate();
@@ -66,7 +66,7 @@ void Script::evaluate() {
   unsettled_ = !is_settled();
   if (evaluating_ || unsettled_) return;
   evaluating_ = true;
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   while (again_ && !unsettled_ && is_at_work()) {
     again_ = false;
     sweep();
@@ -85,7 +85,7 @@ void Script::sweep() {
   }
   const auto finished = take_finished();
   const auto starting = std::exchange(to_start_, {});
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   const auto signal = instance_finished_;  // outlives this
   for (const auto& instance : finished) {
     signal.emit(instance);

@@ -1,9 +1,9 @@
 // Scripts that come from a file sleep until somebody wakes them.
 
+#include "core/alive_guard.h"
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/status.h"
-#include "core/survival.h"
 #include "scripts/script.h"
 
 namespace zemblar {
@@ -45,7 +45,7 @@ void for_each_script(void (Script::*act)()) {
 }  // namespace
 
 void Script::start() {
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   for (unsigned i = 0; alive && i < conditions.size(); ++i) conditions[i]->arm();
 }
 
@@ -55,7 +55,7 @@ void Script::stop() {
   to_start_.clear();
   departed_.clear();
   expected_ = instances.end();
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   for (unsigned i = 0; alive && i < conditions.size(); ++i) conditions[i]->disarm();
   if (alive) commands_changed_.emit();
 }

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "core/alive_guard.h"
 #include "core/collections.h"
 #include "core/property.h"
-#include "core/survival.h"
 #include "devices/device.h"
 #include "locomotives/lok.h"
 
@@ -72,7 +72,7 @@ void Block::set_input(Device* input) {
   input_deleted_ = input->signal_deleted().connect([this] { set_input(nullptr); });
   notify_property(*this, "input");
   // A handler may end the block, change the detector, or end what it sees.
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   on_occupied();
   const auto still = [&] { return alive && input_ == input; };
   for (auto* lok : still() ? input->detected() : std::vector<Lok*>()) {
@@ -115,7 +115,7 @@ void Block::hold(Lok* lok) {
   if (lok_) lok_->forget_block(this);
   lok_ = lok;
   if (lok_) lok_->remember_block(this);
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   notify_property(*this, "lok");
   if (alive) signal_lok_changed_.emit();
 }

@@ -6,10 +6,10 @@
 #include <limits>
 #include <set>
 
-#include "core/survival.h"
+#include "core/alive_guard.h"
 #include "locomotives/lok.h"
 #include "track/block.h"
-#include "track/turn.h"
+#include "track/block_control_turn.h"
 
 namespace zemblar {
 namespace {
@@ -70,12 +70,12 @@ void Lok::watch(std::size_t place, sigc::signal<void>& signal, void (Lok::*handl
 }
 
 void Lok::on_track_event(void (Lok::*handler)()) {
-  Turn::run([&] { handle(handler); },
-            [&] { return sigc::bind(sigc::mem_fun(*this, &Lok::handle), handler); });
+  BlockControlTurn::run([&] { handle(handler); },
+                        [&] { return sigc::bind(sigc::mem_fun(*this, &Lok::handle), handler); });
 }
 
 void Lok::handle(void (Lok::*handler)()) {
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   (this->*handler)();
   if (alive) tell_place();
 }
@@ -156,7 +156,7 @@ void Lok::on_link_ending(const BlockLink* link) {
 void Lok::leave_track() {
   lose_track();
   // A handler may end this locomotive, or give it another block.
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   const auto held = blocks_;
   for (auto* block : held) {
     if (!alive) return;
@@ -179,7 +179,7 @@ void Lok::reverse_place() {
     reconnect();
     tell_place();
   };
-  Turn::run(reverse, [&] { return sigc::track_obj(reverse, *this); });
+  BlockControlTurn::run(reverse, [&] { return sigc::track_obj(reverse, *this); });
 }
 
 // --- Occupancy ---
@@ -187,7 +187,7 @@ void Lok::reverse_place() {
 void Lok::on_ahead_occupied() {
   if (!front) return;
   if (!orientation_known && is_occupied(neighbour(front))) orientation_known = true;
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   bool moved = false;
   CircleGuard guard;
   while (auto* near = front->get_partner()) {
@@ -221,7 +221,7 @@ void Lok::on_behind_occupied() {
 
 void Lok::on_front_occupied() {
   if (!front) return;
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   bool moved = false;
   CircleGuard guard;
   for (;;) {
@@ -245,7 +245,7 @@ void Lok::on_front_occupied() {
 
 void Lok::on_rear_occupied() {
   if (!back) return;
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   if (!release_undetected_tail() || !alive || !back) return;
   bool moved = false;
   CircleGuard guard;
@@ -283,7 +283,7 @@ bool Lok::release_undetected_tail() {
   if (link->get_block()->occupied()) return false;
 
   // A handler may throw a point, so that the way does not lead to that detector any more.
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   CircleGuard releasing;
   while (back && !back->get_block()->has_input()) {
     back->get_block()->clear_lok(this);
@@ -298,7 +298,7 @@ bool Lok::release_undetected_tail() {
 void Lok::on_ahead_route() {
   if (!front) return;
   const auto* ahead = neighbour(front);
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   set_brake(!ahead || ahead->occupied());
   if (alive) reconnect();
 }
@@ -308,11 +308,11 @@ void Lok::on_ahead_route() {
 void Lok::detected(BlockLink* front_, BlockLink* back_, bool certain) {
   assert(front_->get_block() == back_->get_block());
   const auto place = [=, this] {
-    const Survival alive(*this);
+    const AliveGuard alive(*this);
     place_detected(front_, back_, certain);
     if (alive) tell_place();
   };
-  Turn::run(place, [&] { return sigc::track_obj(place, *this, *front_->get_block()); });
+  BlockControlTurn::run(place, [&] { return sigc::track_obj(place, *this, *front_->get_block()); });
 }
 
 void Lok::place_detected(BlockLink* front_, BlockLink* back_, bool certain) {
@@ -325,7 +325,7 @@ void Lok::place_detected(BlockLink* front_, BlockLink* back_, bool certain) {
     if (travel_sign(front_, back_) == -1) std::swap(front, back);
     return;
   }
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   if (!front) {
     assert(!back);
     front = front_;
@@ -353,7 +353,7 @@ void Lok::move_to_detected(BlockLink* front_, BlockLink* back_, bool certain) {
     back = back_;
     orientation_known = certain;
   };
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   const auto exchange_if_certain = [&] {
     if (alive && certain) std::swap(front, back);
   };
@@ -376,7 +376,7 @@ template <typename Check>
 bool Lok::walk(BlockLink*& end, BlockLink* target, const Check& check) {
   if (end == target) return true;
   if (!way_is_open(end, target)) return false;
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   PassedBlocks passed;
   do {
     auto* near = end->get_partner();

@@ -2,10 +2,10 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include "core/alive_guard.h"
 #include "core/document_class.h"
 #include "core/entry_change.h"
 #include "core/i18n.h"
-#include "core/survival.h"
 #include "core/yaml_io.h"
 
 namespace zemblar {
@@ -90,7 +90,7 @@ void Point::adopt(PointState* state) {
 
 // Whoever looks at the link when it is let go finds it there.
 void Point::on_state_ending(PointState* state) {
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   auto* link = state_link(state);
   if (!link) return;
   signal_link_ending().emit(link);

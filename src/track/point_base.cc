@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <cassert>
 
+#include "core/alive_guard.h"
 #include "core/collections.h"
 #include "core/document_class.h"
 #include "core/entry_change.h"
 #include "core/private_form.h"
 #include "core/property.h"
-#include "core/survival.h"
 #include "core/yaml_io.h"
 
 namespace zemblar {
@@ -47,7 +47,7 @@ void PointBase::set_state(PointState* state) {
 
 // Handlers may destroy the point.
 void PointBase::take_state(PointState* state) {
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   state_ = state;
   if (state) state->send();
   if (alive) signal_route().emit();
@@ -108,7 +108,7 @@ void PointBase::adopt(PointState* /*state*/) {
 void PointBase::on_child_added(Object* child) {
   auto* state = dynamic_cast<PointState*>(child);
   if (!state) return;
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   adopt(state);
   if (alive && !state_) set_state(state);
 }
@@ -116,7 +116,7 @@ void PointBase::on_child_added(Object* child) {
 void PointBase::on_child_removing(Object* child) {
   auto* state = dynamic_cast<PointState*>(child);
   if (!state) return;
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   if (state == state_) state_ = nullptr;
   on_state_ending(state);
   if (alive && !is_deleting()) update_deletable();
@@ -132,7 +132,7 @@ void PointBase::leave_state(PointState* state) {
 
 // A handler may add and end states: each round looks at those that are there now.
 void PointBase::update_deletable() {
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   while (alive) {
     const auto all = states();
     const bool deletable = !has_fixed_states() && all.size() > 2;

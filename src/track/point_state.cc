@@ -9,11 +9,11 @@
 #include <limits>
 #include <vector>
 
+#include "core/alive_guard.h"
 #include "core/entry_change.h"
 #include "core/i18n.h"
 #include "core/private_form.h"
 #include "core/property.h"
-#include "core/survival.h"
 #include "core/yaml_io.h"
 #include "track/point_base.h"
 
@@ -146,7 +146,7 @@ void PointState::activate() {
 
 // A handler of what a device does at once may end the point, or take an output from it.
 void PointState::send() {
-  const Survival alive(*this);
+  const AliveGuard alive(*this);
   for (std::size_t i = 0; alive && i < owner_->get_outputs().size(); ++i) {
     const auto output = owner_->get_outputs()[i];
     const auto setting = get_setting(*output.operator->());

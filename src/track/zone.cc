@@ -2,10 +2,10 @@
 
 #include <yaml-cpp/yaml.h>
 
+#include "core/alive_guard.h"
 #include "core/document_class.h"
 #include "core/entry_change.h"
 #include "core/i18n.h"
-#include "core/survival.h"
 #include "core/yaml_io.h"
 #include "devices/device.h"
 #include "locomotives/lok.h"
@@ -61,8 +61,8 @@ std::string Zone::get_link_name(const BlockLink* link) const {
 
 void Zone::on_detected(Lok* lok) {
   // A handler of the signal may end the locomotive or this zone, or take the detector away.
-  const Survival lok_lives(*lok);
-  const Survival lives(*this);
+  const AliveGuard lok_lives(*lok);
+  const AliveGuard lives(*this);
   Block::on_detected(lok);
   if (!lok_lives || !lives || !get_input()) return;
   const auto orientation = get_input()->orientation();

@@ -84,16 +84,16 @@ TEST_F(Discovery, makes_a_device_of_a_liusb_and_lets_it_wait_for_its_return) {
   HWList list(make_udev_source());
   plug("ttyUSB1", "0403", "6001");  // another converter
   const auto port = plug("ttyUSB0", "0403", "d780");
-  list.look();
+  list.rescan();
   EXPECT_EQ(list.count(), 2u);
   ASSERT_EQ(devices.child_count(), 1u);
   auto* const liusb = dynamic_cast<LIUSB*>(devices.child_at(0));
   ASSERT_NE(liusb, nullptr);
   umockdev_testbed_remove_device(testbed_, port.c_str());
-  list.look();
+  list.rescan();
   EXPECT_EQ(list.count(), 1u);
   plug("ttyUSB2", "0403", "d780");
-  list.look();
+  list.rescan();
   EXPECT_EQ(devices.child_count(), 1u);  // the one that waited took it
   Layout::get().new_document(false);
   list.refresh();
@@ -131,7 +131,7 @@ TEST_F(Discovery, makes_a_bus_of_a_master_and_knows_it_again_when_it_returns) {
   const simulator::TessaraMaster master(cables["/dev/ttyACM0"]);
   const simulator::TessaraMaster again(cables["/dev/ttyACM1"]);
 
-  list.look();
+  list.rescan();
   EXPECT_EQ(list.count(), 2u);
   clock.advance(1s);
   ASSERT_EQ(devices.child_count(), 1u);
@@ -139,11 +139,11 @@ TEST_F(Discovery, makes_a_bus_of_a_master_and_knows_it_again_when_it_returns) {
   ASSERT_TRUE(bus && bus->active());
 
   umockdev_testbed_remove_device(testbed_, port.c_str());
-  list.look();
+  list.rescan();
   clock.advance(1s);
   EXPECT_FALSE(bus->active());
   const auto returned = plug("ttyACM1", "16d0", "064d");
-  list.look();
+  list.rescan();
   clock.advance(1s);
   EXPECT_TRUE(bus->active());
   EXPECT_EQ(devices.child_count(), 1u);
@@ -153,7 +153,7 @@ TEST_F(Discovery, makes_a_bus_of_a_master_and_knows_it_again_when_it_returns) {
   umockdev_testbed_set_attribute(testbed_, usb.c_str(), "devnum", "6");
   int falls = 0;
   const auto notice = bus->property_active().signal_changed().connect([&] { ++falls; });
-  list.look();
+  list.rescan();
   clock.advance(1s);
   EXPECT_EQ(falls, 2);
   EXPECT_TRUE(bus->active());

@@ -76,7 +76,7 @@ TEST(HWListTest, gives_each_piece_to_who_knows_it_best_for_as_long_as_it_is_ther
   auto& bench = *owned;
   bench.plug("tty0", "test\\Gadget");  // letters of either case
   HWList list(std::move(owned));
-  list.look();
+  list.rescan();
   EXPECT_EQ(std::exchange(told, {}), (Log{"/dev/tty0 there", "/dev/tty0 offered"}));
   int changes = 0;
   list.signal_changed().connect([&] { ++changes; });
@@ -101,14 +101,14 @@ TEST(HWListTest, gives_up_what_has_been_replaced_between_two_looks_under_the_sam
   HWList list(std::move(owned));
   bench.plug("tty0", "TEST\\GADGET");
   told.clear();
-  list.look();
+  list.rescan();
   EXPECT_EQ(told, Log{}) << "the same";
 
   bench.records[0].instance = "2";
-  list.look();
+  list.rescan();
   EXPECT_EQ(std::exchange(told, {}), replaced) << "plugged in anew";
   bench.records[0].hardware_ids = {"TEST\\SPECIAL"};
-  list.look();
+  list.rescan();
   EXPECT_EQ(std::exchange(told, {}),
             (Log{"/dev/tty0 removed", "special /dev/tty0 there", "special /dev/tty0 offered"}));
   EXPECT_EQ(list.count(), 1u);

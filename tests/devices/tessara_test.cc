@@ -191,7 +191,7 @@ TEST_F(TessaraTest, returns_to_a_line_that_was_lost_while_the_system_saw_nothing
 // --- The link ---
 
 TEST_F(TessaraTest, tells_how_its_link_is_at_each_step_of_its_life) {
-  const Unadded<DeviceTessaraBus> unknown(
+  const DetachedPtr<DeviceTessaraBus> unknown(
       new DeviceTessaraBus(YAML::Load("{name: Old, serial-nr: ''}")));
   walk(clock, *unknown,
        {{"saved without a number", [] {}, 1s, LinkPhase::not_set_up, 1s, "has no serial number",

@@ -172,7 +172,7 @@ TEST_F(TessaraTest, finds_a_device_at_the_speed_of_the_bus_or_at_the_lowest) {
   GadgetHardware hardware;
   gadgets = {{7, hardware}};
   plug_in();
-  const Unadded<Gadget> gadget(new Gadget(bus(), 7));
+  const DetachedPtr<Gadget> gadget(new Gadget(bus(), 7));
   struct Case {
     unsigned bus_speed, device_speed;
     bool found;

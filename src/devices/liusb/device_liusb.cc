@@ -278,7 +278,7 @@ bool LIUSB::has_address_for(const DrivenDecoder& decoder) const {
   return liusb::can_drive(decoder.get_address());
 }
 
-bool LIUSB::reaches(const DrivenDecoder& decoder) {
+bool LIUSB::can_address(const DrivenDecoder& decoder) {
   if (has_address_for(decoder)) return true;
   const auto address = decoder.get_address();
   const auto message = Glib::ustring::compose(
@@ -293,7 +293,7 @@ bool LIUSB::reaches(const DrivenDecoder& decoder) {
 // newest wish is the one to send.
 DecoderUpdate LIUSB::deliver(DrivenDecoder& decoder, std::uint32_t item) {
   // Its address may be another one by now.
-  if (!reaches(decoder)) throw DeviceInactiveException();
+  if (!can_address(decoder)) throw DeviceInactiveException();
   const bool moves = item == DecoderUpdate::speed_bit || item == DecoderUpdate::direction_bit;
   return moves ? drive(decoder) : set_functions(decoder, DecoderUpdate::function_of(item));
 }

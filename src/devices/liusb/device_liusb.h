@@ -42,7 +42,7 @@ class LIUSB : public CommandStation {
   bool attach(SerialPort* port);
 
   [[nodiscard]] bool has_address_for(const DrivenDecoder& decoder) const override;
-  [[nodiscard]] bool reaches(const DrivenDecoder& decoder) override;
+  [[nodiscard]] bool can_address(const DrivenDecoder& decoder) override;
   [[nodiscard]] std::optional<StopOrder> stop_order() const override;
 
   Glib::PropertyProxy<bool> property_enable_default() { return {this, "enable-default"}; }

@@ -42,21 +42,21 @@ HWList::Kind::Registration::Registration(const Kind& kind) {
 }
 
 // The former source's hardware goes with it.
-void HWList::look_at(std::unique_ptr<HWSource> source) {
+void HWList::use_source(std::unique_ptr<HWSource> source) {
   if (!the_list) {
     chosen_source() = std::move(source);
     return;
   }
   the_list->follow(std::move(source));
-  the_list->look();
+  the_list->rescan();
 }
 
-// The first look takes some milliseconds, which the first window need not wait for. The list is
+// The first scan takes some milliseconds, which the first window need not wait for. The list is
 // never destroyed: ports close with the process.
 HWList& HWList::get() {
   if (!the_list) {
     the_list = new HWList(chosen_source() ? std::move(chosen_source()) : make_udev_source());
-    Glib::signal_idle().connect_once(sigc::mem_fun(*the_list, &HWList::look));
+    Glib::signal_idle().connect_once(sigc::mem_fun(*the_list, &HWList::rescan));
   }
   return *the_list;
 }
@@ -67,7 +67,7 @@ HWList::HWList(std::unique_ptr<HWSource> source) {
 
 void HWList::follow(std::unique_ptr<HWSource> source) {
   source_ = std::move(source);
-  source_->signal_changed().connect(sigc::mem_fun(*this, &HWList::look));
+  source_->signal_changed().connect(sigc::mem_fun(*this, &HWList::rescan));
 }
 
 HWList::~HWList() {
@@ -75,8 +75,8 @@ HWList::~HWList() {
 }
 
 void HWList::refresh() {
-  look();
-  // Whoever takes one may make the list look again.
+  rescan();
+  // Whoever takes one may make the list scan again.
   std::vector<AttachedHardware*> all;
   for (const auto& [name, hardware] : attached_) all.push_back(hardware.get());
   for (auto* hardware : all) {
@@ -86,7 +86,7 @@ void HWList::refresh() {
   }
 }
 
-void HWList::look() {
+void HWList::rescan() {
   const auto present = source_->list();
   const bool some_gone = drop_all_but(present);
   bool some_new = false;
@@ -116,8 +116,8 @@ bool HWList::drop_all_but(const std::vector<HWDevice>& present) {
 }
 
 // The system is about to tell, as a rule, and a line that was only disturbed works again.
-void HWList::look_soon() {
-  if (!look_.armed()) look_ = Timeout::once(patience, [this] { look(); });
+void HWList::rescan_soon() {
+  if (!rescan_.armed()) rescan_ = Timeout::once(patience, [this] { rescan(); });
 }
 
 void HWList::add(const HWDevice& record) {
@@ -125,7 +125,7 @@ void HWList::add(const HWDevice& record) {
   if (!kind) return;
   auto hardware = kind->attach(record, source_->line_to(record));
   auto* attached = hardware.get();
-  attached->signal_lost().connect(sigc::mem_fun(*this, &HWList::look_soon));
+  attached->signal_lost().connect(sigc::mem_fun(*this, &HWList::rescan_soon));
   attached_[record.object_name] = std::move(hardware);
   attached->offer();
 }

@@ -35,7 +35,7 @@ class AttachedHardware {
 ///
 /// A new piece goes to the class that knows it best; without one it is only counted. What is pulled
 /// out is removed from its user, and when it returns it is a new piece, that whoever waits for it
-/// takes. So is what was replaced under the same name between two looks, and what has lost its line
+/// takes. So is what was replaced under the same name between two scans, and what has lost its line
 /// and not found it again within two seconds. After a document was opened or emptied everything
 /// that nobody holds is offered again.
 class HWList {
@@ -55,17 +55,17 @@ class HWList {
 
   /// The one list; its first use starts discovery, on the main loop.
   static HWList& get();
-  /// The one list is to look there and not at the system's hardware, or at what it was given
-  /// before.
-  static void look_at(std::unique_ptr<HWSource> source);
-  /// Knows nothing before the first `look`.
+  /// The one list reads `source` from now on, in the place of the system's hardware or of the
+  /// source before.
+  static void use_source(std::unique_ptr<HWSource> source);
+  /// The list is empty before the first `rescan`.
   explicit HWList(std::unique_ptr<HWSource> source);
   ~HWList();
 
   /// Looks again, and offers what no device holds to those who wait for it.
   void refresh();
   /// Looks what has come and gone, and offers what has come.
-  void look();
+  void rescan();
   /// How many pieces there are, known kinds and others.
   [[nodiscard]] std::size_t count() const { return records_.size(); }
   sigc::signal<void>& signal_changed() { return signal_changed_; }
@@ -74,11 +74,11 @@ class HWList {
   void follow(std::unique_ptr<HWSource> source);
   void add(const HWDevice& record);
   bool drop_all_but(const std::vector<HWDevice>& present);
-  void look_soon();
+  void rescan_soon();
 
   std::unique_ptr<HWSource> source_;
   std::map<std::string, HWDevice> records_;
-  Timeout look_;  // armed when something has lost its line
+  Timeout rescan_;  // armed when something has lost its line
   std::map<std::string, std::unique_ptr<AttachedHardware>> attached_;
   sigc::signal<void> signal_changed_;
 };

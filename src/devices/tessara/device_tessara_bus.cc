@@ -300,7 +300,7 @@ bool DeviceTessaraBus::find_at_known_speed(std::uint8_t address, const Cancel& c
 // Goes on when the scan has ended: the next one must not disturb what has been told to the device.
 void DeviceTessaraBus::add_found(std::uint8_t address) {
   const auto alive = liveness();
-  Unadded<DeviceTessara> device;
+  DetachedPtr<DeviceTessara> device;
   joining_.set(address);
   try {
     device.reset(TessaraClass::create_found(this, address));

@@ -31,9 +31,9 @@ const TessaraRegistration<DeviceTessaraRailComReader> registration(
 }  // namespace
 
 /// Takes a poll answer to the inputs, as long as the poll is wanted. Then the reader is there.
-class DeviceTessaraRailComReader::Told : public RailComPollSink {
+class DeviceTessaraRailComReader::PollAnswerSink : public RailComPollSink {
  public:
-  Told(DeviceTessaraRailComReader& reader, const Cancel& cancel)
+  PollAnswerSink(DeviceTessaraRailComReader& reader, const Cancel& cancel)
       : reader_(reader), cancel_(cancel) {}
 
   unsigned input_count() const override { return reader_.input_count_; }
@@ -41,15 +41,15 @@ class DeviceTessaraRailComReader::Told : public RailComPollSink {
 
   bool set_state(unsigned input, std::uint8_t state) override {
     reader_.states_[input] = state;
-    if (auto* told = reader_.inputs_[input]) told->set_state(state);
+    if (auto* known = reader_.inputs_[input]) known->set_state(state);
     return goes_on();
   }
   bool on_packet(unsigned input, const std::string& dcc, const std::string& bytes) override {
-    if (auto* told = reader_.inputs_[input]) told->on_packet(dcc, bytes);
+    if (auto* known = reader_.inputs_[input]) known->on_packet(dcc, bytes);
     return goes_on();
   }
   bool on_repeat(unsigned input, const std::string& dcc, unsigned repeat) override {
-    if (auto* told = reader_.inputs_[input]) told->on_repeat(dcc, repeat);
+    if (auto* known = reader_.inputs_[input]) known->on_repeat(dcc, repeat);
     return goes_on();
   }
 
@@ -285,8 +285,8 @@ void DeviceTessaraRailComReader::poll_once(const Cancel& cancel) {
     answer = command(tessara::poll());
   }
   if (cancel->is_cancelled() || encoding_ != 0) return;
-  Told told(*this, cancel);
-  read_poll_answer(answer, told);
+  PollAnswerSink answers(*this, cancel);
+  read_poll_answer(answer, answers);
 }
 
 // Where nothing is told, nothing ages.

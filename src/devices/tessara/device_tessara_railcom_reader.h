@@ -63,7 +63,7 @@ class DeviceTessaraRailComReader : public DeviceTessara {
 
  private:
   using Cancel = Glib::RefPtr<Gio::Cancellable>;
-  class Told;
+  class PollAnswerSink;
 
   void register_properties();
   void save_input(YAML::Emitter& out, const Input* input) const;

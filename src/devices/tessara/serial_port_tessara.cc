@@ -99,7 +99,7 @@ bool SerialPortTessara::make_device() {
   if (!takes_devices()) return false;
   const auto* layout = &Layout::get();
   try {
-    Unadded<DeviceTessara> device(TessaraClass::create_found(this));
+    DetachedPtr<DeviceTessara> device(TessaraClass::create_found(this));
     if (!device) throw std::runtime_error(_("no kind of device that it knows"));
     if (takes_devices() && layout == &Layout::get() &&
         !is_awaited(*layout, device->get_serial_nr())) {

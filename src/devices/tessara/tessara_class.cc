@@ -42,7 +42,7 @@ const TessaraClass* TessaraClass::find(const std::string& tag) {
 // have it.
 
 DeviceTessara* TessaraClass::create_found(SerialPort* port) {
-  Unadded<DeviceTessara> device(new DeviceTessara);
+  DetachedPtr<DeviceTessara> device(new DeviceTessara);
   device->set_name("Probe");
   device->come_up_on(port);
   const auto* best = best_for(device.get());
@@ -52,7 +52,7 @@ DeviceTessara* TessaraClass::create_found(SerialPort* port) {
 
 DeviceTessara* TessaraClass::create_found(DeviceTessaraBus* bus, std::uint8_t address) {
   const auto bus_lives = bus->liveness();
-  Unadded<DeviceTessara> device(new DeviceTessara(bus, address));
+  DetachedPtr<DeviceTessara> device(new DeviceTessara(bus, address));
   device->set_name("Probe");
   device->set_active(true);
   const auto* best = best_for(device.get());
@@ -61,7 +61,7 @@ DeviceTessara* TessaraClass::create_found(DeviceTessaraBus* bus, std::uint8_t ad
 }
 
 std::optional<std::string> serial_nr_on(SerialPort* port) {
-  Unadded<DeviceTessara> device(new DeviceTessara);
+  DetachedPtr<DeviceTessara> device(new DeviceTessara);
   device->set_name("Test");
   try {
     device->come_up_on(port);

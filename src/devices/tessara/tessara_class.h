@@ -41,7 +41,7 @@ struct DestroyObject {
   void operator()(Object* object) const { object->destroy(); }
 };
 template <typename T>
-using Unadded = std::unique_ptr<T, DestroyObject>;
+using DetachedPtr = std::unique_ptr<T, DestroyObject>;
 
 /// The serial number of what hangs on a port; none when nothing answers. Suspends.
 [[nodiscard]] std::optional<std::string> serial_nr_on(SerialPort* port);
@@ -60,12 +60,12 @@ class TessaraRegistration {
 
  private:
   static DeviceTessara* create_on_port(SerialPort* port) {
-    Unadded<T> device(new T);
+    DetachedPtr<T> device(new T);
     device->come_up_on(port);
     return device.release();
   }
   static DeviceTessara* create_on_bus(DeviceTessaraBus* bus, std::uint8_t address) {
-    Unadded<T> device(new T(bus, address));
+    DetachedPtr<T> device(new T(bus, address));
     device->come_up_on_bus();
     return device.release();
   }

@@ -7,8 +7,8 @@
 #include "locomotives/lok.h"
 #include "track/crossing.h"
 #include "track/zone.h"
-#include "ui/toolkit/following.h"
 #include "ui/toolkit/new_button.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -43,10 +43,10 @@ BlockRows::BlockRows(Block& block)
         "because its locomotive was taken off the track"));
   follow();
   detector_.property_object().signal_changed().connect([this] {
-    if (block_ && !following_) block_->set_input(dynamic_cast<Device*>(detector_.get_object()));
+    if (block_ && !updating_) block_->set_input(dynamic_cast<Device*>(detector_.get_object()));
   });
   lok_.property_object().signal_changed().connect([this] {
-    if (block_ && !following_) block_->replace_lok(dynamic_cast<Lok*>(lok_.get_object()));
+    if (block_ && !updating_) block_->replace_lok(dynamic_cast<Lok*>(lok_.get_object()));
   });
   input_changed_ = block.property_input().signal_changed().connect([this] { follow(); });
   lok_changed_ = block.signal_lok_changed().connect([this] { follow(); });
@@ -59,7 +59,7 @@ void BlockRows::add_to(Form& form) {
 
 void BlockRows::follow() {
   if (!block_) return;
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   detector_.set_object(block_->get_input());
   lok_.set_object(block_->get_lok());
 }

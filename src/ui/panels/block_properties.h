@@ -24,7 +24,7 @@ class BlockRows {
   void follow();
 
   ObjectRef<Block> block_;
-  bool following_ = false;
+  bool updating_ = false;
   ObjectButton detector_;
   ObjectButton lok_;
   ScopedConnection input_changed_;

@@ -2,7 +2,7 @@
 
 #include "core/i18n.h"
 #include "track/address_users.h"
-#include "ui/toolkit/following.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -57,7 +57,7 @@ void DecoderForm::connect() {
   // Slots are members of this form's widgets, so none outlives it.
   const auto on = [this](auto signal, auto action) {
     signal.connect([this, action] {
-      if (!following_) action(*decoder_.operator->());
+      if (!updating_) action(*decoder_.operator->());
     });
   };
   on(type_.signal_changed(), [this](Decoder& decoder) {
@@ -82,7 +82,7 @@ void DecoderForm::connect() {
 }
 
 void DecoderForm::follow() {
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   type_.set_active(static_cast<int>(decoder_->get_type()));
   address_.set_address(decoder_->get_address());
   show_active(long_, decoder_->get_address().is_long());

@@ -29,7 +29,7 @@ class DecoderForm : public Form {
   void follow();
 
   Glib::RefPtr<Decoder> decoder_;
-  bool following_ = false;
+  bool updating_ = false;
   Gtk::ComboBoxText type_;
   AddrSpin address_{Address::Kind::mobile};
   Gtk::CheckButton long_;

@@ -2,7 +2,7 @@
 
 #include "core/i18n.h"
 #include "devices/railcom/dummy_railcom_reader.h"
-#include "ui/toolkit/following.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -77,7 +77,7 @@ void DeviceDummyRailComReaderProperties::connect() {
   // Slots are members of this panel's widgets, so none outlives it.
   const auto when = [this](auto action) {
     return [this, action] {
-      if (!following_ && reader_) action(*reader_);
+      if (!updating_ && reader_) action(*reader_);
     };
   };
   using Reader = DeviceDummyRailComReader;
@@ -100,7 +100,7 @@ void DeviceDummyRailComReaderProperties::connect() {
 }
 
 void DeviceDummyRailComReaderProperties::follow() {
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   device_.set_object(reader_->get_dcc_device());
   address_.set_address(reader_->get_address());
   show_active(long_, reader_->get_address().is_long());

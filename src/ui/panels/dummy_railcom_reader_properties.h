@@ -44,7 +44,7 @@ class DeviceDummyRailComReaderProperties : public Form {
   void connect();
   void follow();
 
-  bool following_ = false;
+  bool updating_ = false;
   ObjectRef<DeviceDummyRailComReader> reader_;
   NameEntry name_;
   ObjectButton device_;

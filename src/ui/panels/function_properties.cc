@@ -5,7 +5,7 @@
 #include "core/i18n.h"
 #include "core/string_pool.h"
 #include "locomotives/lok.h"
-#include "ui/toolkit/following.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -79,7 +79,7 @@ void FunctionProperties::connect() {
 
   const auto on = [this](auto signal, auto action) {
     signal.connect([this, action] {
-      if (function_ && !following_) action(*function_);
+      if (function_ && !updating_) action(*function_);
     });
   };
   on(type_.signal_changed(), [this](Function& function) {
@@ -105,7 +105,7 @@ void FunctionProperties::connect() {
 
 void FunctionProperties::follow() {
   if (!function_) return;
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   follow_type();
   decoder_.set_active(static_cast<int>(function_->get_decoder()));
   show_value(number_, function_->get_function());
@@ -138,7 +138,7 @@ void FunctionProperties::follow_decoders() {
 
 void FunctionProperties::show_decoders() {
   if (!function_) return;
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   const auto& lok = *function_->get_lok();
   decoder_.remove_all();
   for (unsigned i = 0; i < lok.get_decoders().size(); ++i) decoder_.append(decoder_name(lok, i));

@@ -31,7 +31,7 @@ class FunctionProperties : public Form {
   void show_decoders();
 
   ObjectRef<Function> function_;
-  bool following_ = false;
+  bool updating_ = false;
   NameEntry name_;
   Gtk::ComboBoxText type_;
   std::vector<Function::Type> types_;

@@ -1,8 +1,8 @@
 #include "ui/panels/host_entry.h"
 
 #include "devices/ecos/device_ecos.h"
-#include "ui/toolkit/following.h"
 #include "ui/toolkit/form.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -20,7 +20,7 @@ HostEntry::HostEntry(ECoS& ecos) : ecos_(&ecos) {
 
 void HostEntry::follow() {
   if (!ecos_) return;
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   pause_.cancel();
   show_text(*this, ecos_->get_host());
 }
@@ -28,7 +28,7 @@ void HostEntry::follow() {
 // The signal of Return makes a step of what happens, to be undone.
 void HostEntry::on_changed() {
   Gtk::Entry::on_changed();
-  if (!following_) pause_ = Timeout::once(pause, [this] { activate(); });
+  if (!updating_) pause_ = Timeout::once(pause, [this] { activate(); });
 }
 
 void HostEntry::on_activate() {

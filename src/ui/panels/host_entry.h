@@ -26,7 +26,7 @@ class HostEntry : public Gtk::Entry {
  private:
   void follow();
 
-  bool following_ = false;
+  bool updating_ = false;
   ObjectRef<ECoS> ecos_;
   Timeout pause_;
   ScopedConnection changed_;

@@ -13,7 +13,7 @@
 #include "ui/panels/function_list.h"
 #include "ui/panels/lok_attribute_list.h"
 #include "ui/toolkit/focus_place.h"
-#include "ui/toolkit/following.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -108,13 +108,13 @@ void LokProperties::add_top_speed() {
   top_speed_.set_increments(1, 10);
   top_speed_.set_range(0, fastest);
   const auto follow = [this] {
-    const Following scope(following_);
+    const UpdateGuard scope(updating_);
     show_value(top_speed_, lok_->get_top_speed());
   };
   follow();
   top_speed_changed_ = lok_->signal_top_speed_changed().connect(follow);
   top_speed_.signal_value_changed().connect([this] {
-    if (lok_ && !following_) lok_->set_top_speed(top_speed_.get_value_as_int());
+    if (lok_ && !updating_) lok_->set_top_speed(top_speed_.get_value_as_int());
   });
   add_row(_("_Top Speed:"), top_speed_, _("km/h"));
 }

@@ -33,7 +33,7 @@ class LokProperties : public Form {
   void add_place();
 
   ObjectRef<Lok> lok_;
-  bool following_ = false;
+  bool updating_ = false;
   NameEntry name_;
   Gtk::VBox decoders_;
   std::vector<std::unique_ptr<DecoderForm>> decoder_forms_;

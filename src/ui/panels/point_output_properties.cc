@@ -2,7 +2,7 @@
 
 #include "core/i18n.h"
 #include "track/address_users.h"
-#include "ui/toolkit/following.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -85,7 +85,7 @@ void PointOutputProperties::connect() {
   // Slots are members of this form's widgets, so none outlives it.
   const auto on = [this](auto signal, auto action) {
     signal.connect([this, action] {
-      if (!following_) action(*output_.operator->());
+      if (!updating_) action(*output_.operator->());
     });
   };
   const auto on_number = [&on](Gtk::SpinButton& spin) {
@@ -109,7 +109,7 @@ void PointOutputProperties::connect() {
 }
 
 void PointOutputProperties::follow() {
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   const auto type = output_->get_type();
   type_.set_active(static_cast<int>(type));
   device_.set_choices(devices_for(type));

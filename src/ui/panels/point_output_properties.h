@@ -30,7 +30,7 @@ class PointOutputProperties : public Form {
   void follow_address();
 
   Glib::RefPtr<PointOutput> output_;
-  bool following_ = false;
+  bool updating_ = false;
   Gtk::ComboBoxText type_;
   ObjectButton device_;
   AddrSpin address_{Address::Kind::accessory};

@@ -14,8 +14,8 @@
 #include "ui/panels/point_output_properties.h"
 #include "ui/panels/point_state_properties.h"
 #include "ui/toolkit/focus_place.h"
-#include "ui/toolkit/following.h"
 #include "ui/toolkit/new_button.h"
+#include "ui/toolkit/update_guard.h"
 #include "ui/toolkit/widget_end.h"
 
 namespace zemblar {
@@ -105,7 +105,7 @@ void PointProperties::add_pages(const Labels& labels) {
 void PointProperties::connect() {
   state_.signal_changed().connect([this] {
     const int row = state_.get_active_row_number();
-    if (!point_ || following_ || row < 0) return;
+    if (!point_ || updating_ || row < 0) return;
     const auto states = point_->states();
     if (static_cast<unsigned>(row) < states.size()) states[static_cast<unsigned>(row)]->activate();
   });
@@ -135,7 +135,7 @@ void PointProperties::connect() {
 
 void PointProperties::follow_state() {
   if (!point_) return;
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   state_.remove_all();
   int row = 0;
   for (const auto* state : point_->states()) {

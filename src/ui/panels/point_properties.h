@@ -34,7 +34,7 @@ class PointProperties : public Form {
   void show_again();
 
   ObjectRef<PointBase> point_;
-  bool following_ = false;
+  bool updating_ = false;
   NameEntry name_;
   Gtk::ComboBoxText state_;
   Gtk::Button send_again_;

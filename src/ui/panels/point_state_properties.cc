@@ -6,7 +6,7 @@
 #include "track/point_base.h"
 #include "track/signal.h"
 #include "ui/panels/point_output_properties.h"
-#include "ui/toolkit/following.h"
+#include "ui/toolkit/update_guard.h"
 #include "ui/toolkit/widget_end.h"
 
 namespace zemblar {
@@ -86,7 +86,7 @@ void OutputAction::connect() {
   // Each control changes its own value: another one may be more than it can show.
   const auto on = [this](auto signal, auto change) {
     signal.connect([this, change] {
-      if (!state_ || following_) return;
+      if (!state_ || updating_) return;
       auto setting = state_->get_setting(*output_.operator->());
       change(setting);
       state_->set_setting(*output_.operator->(), setting);
@@ -114,7 +114,7 @@ void OutputAction::connect() {
 
 void OutputAction::follow() {
   if (!state_ || is_outdated()) return;
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   const auto text = output_text(*output_.operator->());
   const auto& setting = state_->get_setting(*output_.operator->());
   enabled_.set_label(text);

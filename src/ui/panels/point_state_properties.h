@@ -34,7 +34,7 @@ class OutputAction {
   ObjectRef<PointState> state_;
   Glib::RefPtr<PointOutput> output_;
   PointOutput::Type type_;
-  bool following_ = false;
+  bool updating_ = false;
   Gtk::CheckButton enabled_;
   Gtk::HBox action_;
   Gtk::Label before_;

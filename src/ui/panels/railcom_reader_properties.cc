@@ -2,7 +2,7 @@
 
 #include "core/i18n.h"
 #include "devices/tessara/device_tessara_railcom_reader.h"
-#include "ui/toolkit/following.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -27,11 +27,11 @@ DeviceTessaraRailComReaderProperties::DeviceTessaraRailComReaderProperties(
 }
 
 void DeviceTessaraRailComReaderProperties::choose() {
-  if (!following_ && reader_) reader_->set_dcc_device(dynamic_cast<Device*>(device_.get_object()));
+  if (!updating_ && reader_) reader_->set_dcc_device(dynamic_cast<Device*>(device_.get_object()));
 }
 
 void DeviceTessaraRailComReaderProperties::follow() {
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   if (reader_) device_.set_object(reader_->get_dcc_device());
 }
 

@@ -18,7 +18,7 @@ class DeviceTessaraRailComReaderProperties : public Form {
   void choose();
   void follow();
 
-  bool following_ = false;
+  bool updating_ = false;
   ObjectRef<DeviceTessaraRailComReader> reader_;
   NameEntry name_;
   ObjectButton device_;

@@ -8,7 +8,7 @@
 #include "diagram/diagram_watcher.h"
 #include "diagram/view_label.h"
 #include "diagram/view_signal.h"
-#include "ui/toolkit/following.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -40,12 +40,12 @@ ViewSignalProperties::ViewSignalProperties(ViewSignal& signal, const Labels& lab
 }
 
 void ViewSignalProperties::turn() {
-  if (following_ || shows_value(angle_, signal_->get_angle())) return;
+  if (updating_ || shows_value(angle_, signal_->get_angle())) return;
   signal_->set_angle(angle_.get_value());
 }
 
 void ViewSignalProperties::follow() {
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   show_value(angle_, signal_->get_angle());
 }
 
@@ -63,13 +63,13 @@ ViewLabelProperties::ViewLabelProperties(ViewLabel& label, const Labels& labels)
 
 void ViewLabelProperties::choose() {
   const int row = align_.get_active_row_number();
-  if (following_ || row < 0) return;
+  if (updating_ || row < 0) return;
   DiagramWatcher::tell(_("Align “%1”"));
   label_->set_align(label_anchors.at(static_cast<std::size_t>(row)));
 }
 
 void ViewLabelProperties::follow() {
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   const auto row = std::ranges::find(label_anchors, label_->get_align()) - label_anchors.begin();
   align_.set_active(static_cast<int>(row));
 }

@@ -23,7 +23,7 @@ class ViewSignalProperties : public Form {
   Glib::RefPtr<ViewSignal> signal_;
   Gtk::ComboBoxText anchor_;
   Gtk::SpinButton angle_;
-  bool following_ = false;
+  bool updating_ = false;
 };
 
 /// How a label stands in a diagram.
@@ -37,7 +37,7 @@ class ViewLabelProperties : public Form {
 
   Glib::RefPtr<ViewLabel> label_;
   Gtk::ComboBoxText align_;
-  bool following_ = false;
+  bool updating_ = false;
 };
 
 /// The panel of a diagram object's own properties; null for a kind that has none. The caller owns

@@ -371,7 +371,7 @@ bool ScriptEditor::can_move(int step) {
   return can;
 }
 
-// --- Following ---
+// --- UpdateGuard ---
 
 // Another row begins with its first argument.
 void ScriptEditor::follow_cursor() {

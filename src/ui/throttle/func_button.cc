@@ -2,8 +2,8 @@
 
 #include "core/i18n.h"
 #include "locomotives/function.h"
-#include "ui/toolkit/following.h"
 #include "ui/toolkit/picture.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -70,7 +70,7 @@ void FuncButton::connect() {
 
 void FuncButton::on_toggled() {
   Gtk::ToggleButton::on_toggled();
-  if (following_ || !function_) return;
+  if (updating_ || !function_) return;
   function_->set_state(get_active());
   // An overlay may keep the function as it was.
   if (function_) follow_state();
@@ -84,7 +84,7 @@ void FuncButton::follow_name() {
 }
 
 void FuncButton::follow_state() {
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   const auto picture = function_ ? picture_of(*function_) : Glib::RefPtr<Gdk::Pixbuf>();
   if (picture) {
     picture_.set(picture);

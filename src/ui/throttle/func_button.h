@@ -30,7 +30,7 @@ class FuncButton : public Gtk::ToggleButton {
   void connect();
 
   Function* function_ = nullptr;
-  bool following_ = false;
+  bool updating_ = false;
   Gtk::VBox column_{false, 2};
   Gtk::Image picture_;
   Gtk::Label label_;

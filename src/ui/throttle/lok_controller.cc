@@ -11,9 +11,9 @@
 #include "locomotives/lok.h"
 #include "track/train_condition.h"
 #include "ui/toolkit/close_key.h"
-#include "ui/toolkit/following.h"
 #include "ui/toolkit/key_place.h"
 #include "ui/toolkit/type_size.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -186,7 +186,7 @@ void LokController::connect(Lok& lok) {
 void LokController::on_scale_moved() {
   const auto speed = static_cast<unsigned>(std::lround(speed_.get_value()));
   dial_.set_red(speed);
-  if (lok_ && !following_) lok_->set_speed(speed);
+  if (lok_ && !updating_) lok_->set_speed(speed);
   show_wanted_speed();
   tell_condition();
 }
@@ -203,7 +203,7 @@ void LokController::on_stop_clicked() {
 }
 
 void LokController::follow_speed() {
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   speed_.set_value(lok_->get_speed());
 }
 

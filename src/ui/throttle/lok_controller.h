@@ -65,7 +65,7 @@ class LokController : public Gtk::VBox {
   void tell_condition();
   void keep_room_for_sentence();
 
-  bool following_ = false;
+  bool updating_ = false;
   ObjectButton chooser_;
   Dial dial_;
   Gtk::Adjustment speed_;

@@ -7,9 +7,9 @@
 
 #include "core/i18n.h"
 #include "core/string_pool.h"
-#include "ui/toolkit/following.h"
 #include "ui/toolkit/form.h"
 #include "ui/toolkit/renaming.h"
+#include "ui/toolkit/update_guard.h"
 
 namespace zemblar {
 namespace {
@@ -63,7 +63,7 @@ void NameEntry::follow_pool() {
 
 void NameEntry::on_changed() {
   Gtk::Entry::on_changed();
-  if (following_ || !object_) return;
+  if (updating_ || !object_) return;
   // A name that differs from what was typed must not move the cursor under the fingers.
   renamed_.block();
   object_->set_name(get_text());
@@ -103,7 +103,7 @@ void NameEntry::finish() {
 
 void NameEntry::follow() {
   if (!object_) return;
-  const Following scope(following_);
+  const UpdateGuard scope(updating_);
   show_text(*this, object_->get_name());
   follow_pool();
 }

@@ -33,7 +33,7 @@ class NameEntry : public Gtk::Entry {
   void follow();
   void follow_pool();
 
-  bool following_ = false;
+  bool updating_ = false;
   Glib::ustring before_;  // the name when typing began; empty when nobody types
   bool refused_ = false;  // the name that was typed last
   ObjectRef<zemblar::Object> object_;

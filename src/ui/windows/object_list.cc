@@ -106,7 +106,7 @@ void ObjectList::build_menu() {
   });
 }
 
-// --- Following the document ---
+// --- UpdateGuard the document ---
 
 void ObjectList::attach(Layout& layout, LayoutFollower::Connections& connections) {
   refill();

@@ -146,7 +146,7 @@ bool ObjectRows::fill_children(Object& container, const IsOver& is_over) {
   return true;
 }
 
-// --- Following the document ---
+// --- UpdateGuard the document ---
 
 bool ObjectRows::add(Object& object) {
   if (rows_.contains(&object)) return false;

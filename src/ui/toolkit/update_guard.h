@@ -6,15 +6,15 @@ namespace zemblar {
 /// signals are not taken for a person's wish.
 ///
 ///     void Panel::follow() {
-///       const Following scope(following_);
+///       const UpdateGuard scope(updating_);
 ///       scale_.set_value(lok_->get_speed());   // emits value-changed, which returns at once
 ///     }
-class Following {
+class UpdateGuard {
  public:
-  explicit Following(bool& flag) : flag_(flag), before_(flag) { flag_ = true; }
-  ~Following() { flag_ = before_; }
-  Following(const Following&) = delete;
-  Following& operator=(const Following&) = delete;
+  explicit UpdateGuard(bool& flag) : flag_(flag), before_(flag) { flag_ = true; }
+  ~UpdateGuard() { flag_ = before_; }
+  UpdateGuard(const UpdateGuard&) = delete;
+  UpdateGuard& operator=(const UpdateGuard&) = delete;
 
  private:
   bool& flag_;

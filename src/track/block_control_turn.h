@@ -7,12 +7,12 @@
 
 namespace zemblar {
 
-/// What arises while a handler of block control is at work waits until the outermost one has
-/// returned, in the same turn of the main loop: every handler finds the track as it left it.
+/// A queue for the handlers of block control. A handler that is called while another one runs waits
+/// until the outermost one has returned, in the same turn of the main loop: every handler finds the
+/// track as it left it.
 ///
-/// Handlers that have waited still belong to the turn. What others make of the track comes after
-/// it.
-class Turn {
+/// Handlers that have waited still belong to the turn. Slots given to `afterwards` run after it.
+class BlockControlTurn {
  public:
   /// `make_slot` makes what has to wait; it is empty again when something that it tracks has ended.
   template <typename Handle, typename MakeSlot>
@@ -22,7 +22,7 @@ class Turn {
       return;
     }
     {
-      const Turn turn;
+      const BlockControlTurn turn;
       handle();
       drain(waiting_);
     }
@@ -36,8 +36,8 @@ class Turn {
  private:
   using Slots = std::deque<sigc::slot<void>>;
 
-  Turn() { running_ = true; }
-  ~Turn() { running_ = false; }
+  BlockControlTurn() { running_ = true; }
+  ~BlockControlTurn() { running_ = false; }
 
   static void drain(Slots& slots) {
     while (!slots.empty()) {

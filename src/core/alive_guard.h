@@ -5,12 +5,14 @@
 namespace zemblar {
 
 /// Tells whether an object has survived what its handlers did. Keep it in the scope that notifies.
-class Survival {
+class AliveGuard {
  public:
-  explicit Survival(Glib::ObjectBase& object) : gobject_(object.gobj()) { g_object_ref(gobject_); }
-  ~Survival() { g_object_unref(gobject_); }
-  Survival(const Survival&) = delete;
-  Survival& operator=(const Survival&) = delete;
+  explicit AliveGuard(Glib::ObjectBase& object) : gobject_(object.gobj()) {
+    g_object_ref(gobject_);
+  }
+  ~AliveGuard() { g_object_unref(gobject_); }
+  AliveGuard(const AliveGuard&) = delete;
+  AliveGuard& operator=(const AliveGuard&) = delete;
 
   explicit operator bool() const {
     return Glib::ObjectBase::_get_current_wrapper(gobject_) != nullptr;
