@@ -19,11 +19,11 @@ namespace zemblar {
 /// address below 128 is legal and differs from the short one of that number. Addresses compare as
 /// whole words: short before long before accessory before output.
 ///
-/// A number outside the range of its type is a programming fault and fails an assertion. A number
-/// from a file or a wire is asked about with `is_mobile_number` first.
+/// A number outside the range of its type is a programming fault and fails an assertion. Check a
+/// number from a file or a wire with `is_mobile_number` first.
 class Address {
  public:
-  /// By which callers choose: SHORT and LONG together, ACCESSORY, OUTPUT.
+  /// The types as a user chooses among them: `mobile` is SHORT or LONG.
   enum class Kind : int { mobile = 0, accessory = 1, output = 2 };
 
   static constexpr std::uint16_t TYPE_MASK = 0xc000;
@@ -44,7 +44,7 @@ class Address {
   Address(unsigned addr, bool is_long);
   Address(Kind kind, unsigned addr);
 
-  /// Whether some mobile address has that number.
+  /// True if a mobile address, SHORT or LONG, can have the number.
   [[nodiscard]] static constexpr bool is_mobile_number(unsigned long addr) {
     return addr > 0 && addr <= max_long;
   }
@@ -52,11 +52,11 @@ class Address {
   [[nodiscard]] static unsigned max_number(Kind kind);
 
   [[nodiscard]] Kind get_kind() const;
-  /// Re-types the number. One above the new kind's range becomes its highest; a mobile address is
-  /// SHORT up to 127.
+  /// Changes the kind and keeps the number. A number above the range of the new kind becomes the
+  /// highest of that kind; a mobile address is SHORT up to 127.
   void set_kind(Kind kind);
   [[nodiscard]] unsigned get_addr() const { return address_ & ~TYPE_MASK; }
-  /// Keeps the type, but for a SHORT address that exceeds 127 and becomes LONG.
+  /// Keeps the type, except that a SHORT address becomes LONG when the number is above 127.
   void set_addr(unsigned addr);
   [[nodiscard]] bool is_long() const { return type() == LONG; }
   /// Only for mobile addresses. A number above 127 becomes 127 when made SHORT.

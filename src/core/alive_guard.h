@@ -4,7 +4,8 @@
 
 namespace zemblar {
 
-/// Tells whether an object has survived what its handlers did. Keep it in the scope that notifies.
+/// Tells whether an object still exists after its signal handlers have run. Construct the guard
+/// before the notification, in the same scope; it is true while the object exists.
 class AliveGuard {
  public:
   explicit AliveGuard(Glib::ObjectBase& object) : gobject_(object.gobj()) {

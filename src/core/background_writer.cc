@@ -24,14 +24,14 @@ BackgroundWriter::~BackgroundWriter() {
 }
 
 void BackgroundWriter::write(const std::string& path, std::string bytes) {
-  put(path, std::move(bytes));
+  enqueue(path, std::move(bytes));
 }
 
 void BackgroundWriter::remove(const std::string& path) {
-  put(path, std::nullopt);
+  enqueue(path, std::nullopt);
 }
 
-void BackgroundWriter::put(const std::string& path, Bytes bytes) {
+void BackgroundWriter::enqueue(const std::string& path, Bytes bytes) {
   {
     const std::scoped_lock lock(mutex_);
     waiting_.insert_or_assign(path, std::move(bytes));

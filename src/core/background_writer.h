@@ -9,10 +9,10 @@
 
 namespace zemblar {
 
-/// Writes files on a thread of its own, so that a slow disk keeps nobody waiting.
+/// Writes files on a thread of its own, so that a slow disk does not block the main loop.
 ///
-/// Of several texts that wait for the same file the last one is written. Files of different names
-/// come in no particular order. What waits at the end is still written.
+/// When several texts wait for the same file, only the last is written. The order among different
+/// files is undefined. The destructor waits until everything is written.
 class BackgroundWriter {
  public:
   BackgroundWriter() = default;
@@ -20,20 +20,20 @@ class BackgroundWriter {
   BackgroundWriter(const BackgroundWriter&) = delete;
   BackgroundWriter& operator=(const BackgroundWriter&) = delete;
 
-  /// Replaces the file, which its owner alone may read, or leaves it as it was; its folder is made
-  /// if need be.
+  /// Replaces the whole file, readable for its owner alone; after a failure the old file remains.
+  /// Makes the folder if it is missing.
   void write(const std::string& path, std::string bytes);
   void remove(const std::string& path);
-  /// Waits until nothing waits.
+  /// Blocks until everything that waits is written.
   void finish();
-  /// How the writing since the last call has gone: what went wrong first, or empty for success.
-  /// None if nothing has been written.
+  /// The result of all writing since the last call: the first error message, or an empty text for
+  /// success. No value if nothing has been written.
   [[nodiscard]] std::optional<std::string> take_outcome();
 
  private:
-  using Bytes = std::optional<std::string>;  // none: the file goes
+  using Bytes = std::optional<std::string>;  // no value: remove the file
 
-  void put(const std::string& path, Bytes bytes);
+  void enqueue(const std::string& path, Bytes bytes);
   void run();
   static std::string carry_out(const std::string& path, const Bytes& bytes);
 

@@ -5,15 +5,15 @@
 
 namespace zemblar {
 
-/// How much something changes of the document, in growing order.
+/// How far a change reaches into the document, in growing order.
 enum class Change {
-  state,     ///< perhaps nothing of what a file would hold: any property of anything
-  edit,      ///< something of an entry
-  structure  ///< what there is, or its order
+  state,     ///< any property of any object, even one that no file holds
+  edit,      ///< part of an object's entry in a file
+  structure  ///< which objects there are, or their order
 };
 
-/// Counts changes, for whoever wants to know whether there were any since he looked last. Each
-/// counts as one of the lesser kinds as well.
+/// Counts changes: compare two values of `get` to learn whether anything changed in between. A
+/// change also counts as a change of each lesser kind.
 class ChangeCount {
  public:
   using Count = unsigned long;

@@ -24,10 +24,10 @@ MemberSet::Membership::Membership(MemberKind kind, bool (*is_member)(const Objec
 
 MemberSet::MemberSet(const char* name, MemberKind kind, sigc::signal<void, Object*>& object_added)
     : Glib::ObjectBase("MemberSet"), Object(name), kind_(kind) {
-  object_added.connect(sigc::mem_fun(*this, &MemberSet::take));
+  object_added.connect(sigc::mem_fun(*this, &MemberSet::join));
 }
 
-void MemberSet::take(Object* object) {
+void MemberSet::join(Object* object) {
   for (const auto& rule : rules(kind_)) {
     if (!rule.is_member(object) || !members_.insert(object).second) continue;
     rule.relay(*object, *this);

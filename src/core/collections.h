@@ -9,33 +9,34 @@
 
 namespace zemblar {
 
-/// What a MemberSet collects.
+/// The kind of object that a MemberSet collects.
 enum class MemberKind { block, point };
 
 /// All objects of one kind in a layout, at any depth. Not in the tree and not saved.
 ///
-/// An object joins when the layout announces it and leaves when it is deleted. Its changes are
-/// relayed. The order of the set is that of addresses: nothing visible may depend on it.
+/// An object joins when the layout announces it and leaves when it is deleted. The set emits a
+/// signal when a member changes. The set is ordered by memory address: nothing visible may depend
+/// on the order.
 class MemberSet : public Object {
  public:
   MemberSet(const char* name, MemberKind kind, sigc::signal<void, Object*>& object_added);
 
   [[nodiscard]] const std::set<Object*>& members() const { return members_; }
 
-  /// A member's own change signal, and a member's end: occupancy for blocks, the state for points.
+  /// The occupancy of a block or the state of a point has changed, or a member has ended.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
   /// Blocks only: the locomotive in a member changed.
   sigc::signal<void>& signal_lok_changed() { return signal_lok_changed_; }
 
-  /// How objects of a class join a set; a static object in the file of the class. `relay` connects
-  /// the member's signals to those of the set.
+  /// Makes the objects of a class join a set: define one static object in the source file of the
+  /// class. `relay` connects the member's signals to those of the set.
   struct Membership {
     Membership(MemberKind kind, bool (*is_member)(const Object*),
                void (*relay)(Object& member, MemberSet& set));
   };
 
  private:
-  void take(Object* object);
+  void join(Object* object);
 
   MemberKind kind_;
   std::set<Object*> members_;
@@ -43,7 +44,7 @@ class MemberSet : public Object {
   sigc::signal<void> signal_lok_changed_;
 };
 
-/// Stands for all locomotives wherever a group is expected. It holds no set.
+/// Stands for all locomotives wherever a group is expected. Unlike MemberSet it keeps no list.
 class AllLoks : public Object {
  public:
   AllLoks();

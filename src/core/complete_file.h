@@ -11,34 +11,34 @@ namespace zemblar {
 /// The whole document beside a layout file that was cut off at an object which it cannot hold:
 /// `NAME.zblt.complete`, in the private form.
 ///
-/// It belongs to files with certain bytes, whose digests it carries: to the cut file, and to the
-/// one that this is about to replace. So a program that is killed between the two writes leaves an
-/// old cut file with the new document.
+/// It carries the digests of the layout files that it belongs to: that of the new, cut file and
+/// that of the old file that the cut file is about to replace. So after a kill between the two
+/// writes the complete file still belongs to the old file.
 class CompleteFile {
  public:
-  /// For the layout file at that path.
+  /// `layout` is the path of the layout file.
   explicit CompleteFile(const std::string& layout);
 
-  /// Reads what is there. False if there is nothing, or something damaged.
+  /// Reads the complete file. False if it is missing or damaged.
   bool read();
-  /// Takes that for what is there. False if it is damaged.
+  /// Uses `bytes` as the content of the complete file. False if they are damaged.
   bool take(std::string_view bytes);
   [[nodiscard]] bool belongs_to(const std::string& digest) const;
-  /// Whether the file with that digest is the cut one, and not one that was about to be replaced.
+  /// True if `digest` is that of the cut file, not of the file that was about to be replaced.
   [[nodiscard]] bool was_written_with(const std::string& digest) const;
   [[nodiscard]] const std::string& text() const { return text_; }
   [[nodiscard]] const std::string& path() const { return path_; }
 
-  /// True also for a file that cannot be read, or is something else.
+  /// True also if the file cannot be read, or is no complete file.
   [[nodiscard]] bool exists() const;
-  /// Reads the file; the digest of its text, or empty if `read` is false.
+  /// Reads the file and returns the digest of its text; empty if `read` fails.
   [[nodiscard]] std::string digest();
 
-  /// Replaces the file; it gets the permissions of the layout file, and can always be written by
-  /// its owner. One that is damaged keeps its bytes under another name, and the status line says
-  /// so. The first digest is that of the cut file. Throws Gio::Error.
+  /// Replaces the file. It gets the permissions of the layout file, and its owner can always read
+  /// and write it. A damaged old file is renamed, and the status line says so. The first of
+  /// `digests` is that of the cut file. Throws Gio::Error.
   void write(std::vector<std::string> digests, std::string_view text);
-  /// Removes the file, unless it is something else.
+  /// Removes the file, unless it is no complete file.
   void remove();
 
  private:

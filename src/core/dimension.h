@@ -10,8 +10,8 @@ enum class Units : int { millimetres = 0, centimetres, metres, inches, feet };
 /// Millimetres in one unit; 0 for a value outside the enumeration.
 [[nodiscard]] double millimetres_per(Units units);
 
-/// A length in a chosen unit that keeps its value in millimetres as well. Changing the unit keeps
-/// the number and so changes the length: the number is taken as having been meant in that unit.
+/// A length in a chosen unit, also kept in millimetres. Changing the unit keeps the number, so the
+/// length changes: a user who corrects the unit meant the number in the new unit.
 class Dimension : public Glib::Object {
  public:
   Dimension();

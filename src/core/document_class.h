@@ -32,7 +32,7 @@ struct DocumentClass {
   };
 };
 
-/// The registration of a class T with the two usual constructors.
+/// The registration of a class T that has a default constructor and one from a YAML node.
 template <typename T>
 DocumentClass document_class(const char* tag, Section section) {
   return {tag, section, [](const YAML::Node& node) -> Object* { return new T(node); },
@@ -46,12 +46,14 @@ DocumentClass private_class(const char* tag, Section section) {
           []() -> Object* { return new T; }, false};
 }
 
-/// The class that a tag stands for in the form in use; null for an unknown tag.
+/// The class with this tag; null for an unknown tag, and outside the private form for a class that
+/// has no entry in a layout file.
 const DocumentClass* find_document_class(const std::string& tag);
-/// All that are registered, in the order of their tags.
+/// All registered classes by tag.
 [[nodiscard]] std::map<std::string, DocumentClass> document_classes();
 
-/// Lets objects of class T be dropped on a toplevel: a static object in the file of the class.
+/// Lets objects of class T be dropped on a toplevel: define one static object in the source file of
+/// the class.
 struct ToplevelAccepts {
   ToplevelAccepts(Section section, bool (*is_instance)(const Object*));
 };

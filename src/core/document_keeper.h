@@ -4,30 +4,31 @@
 
 namespace zemblar {
 
-/// Is told of the moments at which work that is in no file could get lost, so that it can be kept.
-/// There is one at most. It does not throw.
+/// Called at the moments at which unsaved work could get lost, so that it can keep a copy. There is
+/// at most one keeper. Its functions do not throw.
 class DocumentKeeper {
  public:
   virtual ~DocumentKeeper() = default;
 
-  /// New is about to empty the document, or Open to replace it, if what it opens can be read.
+  /// New is about to empty the document, or Open is about to replace it. The Open may still fail.
   virtual void before_drop() = 0;
-  /// The current layout holds another document: an empty one, or what has been opened.
-  virtual void begun() = 0;
-  /// What is at this path is about to be replaced by something that was not made of it. False if it
-  /// cannot be kept.
+  /// The current layout now holds another document: an empty one, or the opened one.
+  virtual void document_begun() = 0;
+  /// The file at `path` is about to be overwritten by a document that was not opened from it. False
+  /// if no copy can be kept.
   virtual bool before_overwrite(const std::string& path) = 0;
-  /// The complete file beside that layout file is about to go, and was not made of the document.
-  /// False if it cannot be kept.
+  /// The complete file beside the layout file `path` is about to be replaced or removed, and does
+  /// not hold the present document. False if no copy can be kept.
   virtual bool before_losing_complete(const std::string& path) = 0;
-  /// The document has been written to its file, or to that and the complete file beside it.
+  /// The document has been saved to its file, and to the complete file beside it if there is one.
   virtual void saved() = 0;
   /// The layout file at this path cannot be opened, nor can a complete file that belongs to it.
   virtual void could_not_open(const std::string& path) = 0;
-  /// The layout file at this path has been opened, so a complete file beside it is of another time.
+  /// The layout file at this path has been opened itself, so a complete file beside it belongs to
+  /// another version.
   virtual void opened_whole(const std::string& path) = 0;
 
-  /// Null for nobody.
+  /// The installed keeper, or null.
   static DocumentKeeper* get() { return current_; }
   static void set(DocumentKeeper* keeper) { current_ = keeper; }
 

@@ -12,11 +12,11 @@
 namespace zemblar {
 namespace {
 
-/// Bytes where they are.
+/// A stream buffer that reads the bytes without copying them.
 class ByteBuffer : public std::streambuf {
  public:
   explicit ByteBuffer(std::string_view bytes) {
-    auto* begin = const_cast<char*>(bytes.data());  // nothing is put back into it
+    auto* begin = const_cast<char*>(bytes.data());  // the buffer is only read
     setg(begin, begin, begin + bytes.size());
   }
 };
@@ -65,7 +65,7 @@ class DocumentReader : public YAML::EventHandler {
   enum class Place { outside, root_map, objects };
   enum class Key { none, title, objects, other };
 
-  // A list that others may name is built as a whole.
+  // A list with an anchor is built as a whole, because aliases may name it.
   [[nodiscard]] bool enters_objects(YAML::anchor_t anchor) const {
     return !builder_.is_inside() && place_ == Place::root_map && key_ == Key::objects &&
            anchor == YAML::NullAnchor;
@@ -93,7 +93,7 @@ class DocumentReader : public YAML::EventHandler {
     }
   }
 
-  // Of keys that come twice, the first one counts.
+  // When a key occurs twice, the first one counts.
   Key key_of(const YAML::Node& node) {
     if (!node.IsScalar()) return Key::other;
     if (node.Scalar() == "title" && !std::exchange(has_title_, true)) return Key::title;

@@ -17,8 +17,8 @@ class Object;
 /// The current document as text in the private form, with every kind of object. Made part by part,
 /// so that other work can be done in between.
 ///
-/// As soon as an object is added or ends, or the order changes, or another layout becomes current,
-/// it must not be continued: `ChangeCount` of `Change::structure` tells. Other changes may be in
+/// Abandon it as soon as an object is added or ends, the order changes, or another layout becomes
+/// current: compare `ChangeCount::get(Change::structure)`. Other changes made meanwhile may be in
 /// the text or not.
 class DocumentText {
  public:
@@ -27,14 +27,15 @@ class DocumentText {
   DocumentText(const DocumentText&) = delete;
   DocumentText& operator=(const DocumentText&) = delete;
 
-  /// Writes one object, or some dozens of what a view shows. False when everything is written.
+  /// Writes one object, or some dozens of a view's diagram objects. False when everything is
+  /// written.
   bool write_part();
-  /// Of what is written, in bytes.
+  /// Length of the text so far, in bytes.
   [[nodiscard]] std::size_t size() const;
-  /// The whole text, when everything is written; as long as this lives.
+  /// The whole text; call when everything is written. Valid as long as this object.
   [[nodiscard]] std::string_view text() const;
 
-  /// All at once. Keeps the main loop waiting: some 10 µs for each object.
+  /// The whole text in one call. Blocks the main loop for some 10 µs per object.
   [[nodiscard]] static std::string whole();
 
  private:
@@ -43,8 +44,8 @@ class DocumentText {
   ObjectNumbers numbers_;
   std::unique_ptr<YAML::Emitter> out_;
   int section_ = -1;
-  const Object* object_ = nullptr;  // the next one, or in the middle
-  unsigned part_ = 0;               // of it
+  const Object* object_ = nullptr;  // the object being written, or the next one
+  unsigned part_ = 0;               // next part of `object_`
 };
 
 }  // namespace zemblar

@@ -4,24 +4,25 @@ namespace zemblar {
 
 class Object;
 
-/// Is told of everything that changes what a layout file would hold, before it happens: so that it
-/// can be taken back. There is one at most.
+/// Called before each change of what a layout file would hold, so that the change can be undone.
+/// There is at most one watcher.
 class DocumentWatcher {
  public:
   virtual ~DocumentWatcher() = default;
 
-  /// Something that belongs to the entry of the object, or of one above it, is about to change.
+  /// A value in the entry of the object, or in the entry of one of its ancestors, is about to
+  /// change.
   virtual void before_change(Object& object) = 0;
-  /// The object is about to go to another place, among its siblings or those below `parent`.
+  /// The object is about to move to another place among its siblings, or to `parent`.
   virtual void before_move(Object& object, Object& parent) = 0;
-  /// The object is about to end, with all below it.
+  /// The object and all its descendants are about to end.
   virtual void before_end(Object& object) = 0;
-  /// Everybody has let go of the object.
+  /// All handlers of the object's end have run; nobody refers to the object any more.
   virtual void ended(const Object& object) = 0;
-  /// The object has been put into the current layout; nobody else has heard of it yet.
+  /// The object has been added to the current layout; `signal_object_added` follows.
   virtual void added(Object& object) = 0;
 
-  /// Null for nobody.
+  /// The installed watcher, or null.
   static DocumentWatcher* get() { return current_; }
   static void set(DocumentWatcher* watcher) { current_ = watcher; }
 

@@ -18,7 +18,7 @@ Object* EntryChange::object_of(const YAML::Node& node) {
 
 namespace {
 
-/// The entry of that number in a list; undefined when there is none.
+/// The entry with this number in a list; an undefined node when the list has none.
 YAML::Node entry_with(const YAML::Node& list, const std::string& number) {
   for (const auto& entry : list) {
     if (entry["id"].Scalar() == number) return entry;

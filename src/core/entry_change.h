@@ -10,23 +10,23 @@
 
 namespace zemblar {
 
-/// Two entries of one object, of which the later one is to hold. Made in the private form, where
-/// the objects that entries refer to can be found.
+/// The difference between two saved entries of one object; Object::restore applies the later entry.
+/// Both are in the private form, whose numbers find the objects that the entries refer to.
 class EntryChange {
  public:
   EntryChange(const YAML::Node& from, const YAML::Node& to) : from_(from), to_(to) {}
 
-  /// Whether the key, with all below it, says something else.
+  /// True if the values of the key, with all below them, differ.
   [[nodiscard]] bool differs(const char* key) const;
-  /// The later one.
+  /// The later entry.
   [[nodiscard]] const YAML::Node& entry() const { return to_; }
   [[nodiscard]] const YAML::Node& former() const { return from_; }
-  /// What it has there.
+  /// The value of the key in the later entry.
   [[nodiscard]] YAML::Node at(const char* key) const { return to_[key]; }
-  /// The same change of a part of both.
+  /// The difference between the two values of the key.
   [[nodiscard]] EntryChange below(const char* key) const { return {from_[key], to_[key]}; }
 
-  /// Calls `set` with the value if it differs.
+  /// Calls `set` with the later value if the two differ.
   template <typename T, typename Set>
   void read(const char* key, Set&& set) const {
     if (!differs(key) || !to_[key]) return;
@@ -34,7 +34,8 @@ class EntryChange {
     to_[key] >> value;
     set(value);
   }
-  /// The same for a reference; null for none, and for one that does not hold any more.
+  /// The same for a reference. `set` gets null when the later entry has no reference, or its object
+  /// does not exist any more.
   template <typename T, typename Set>
   void read_reference(const char* key, Set&& set) const {
     if (differs(key)) set(object_at<T>(to_[key]));
@@ -52,9 +53,9 @@ class EntryChange {
   YAML::Node to_;
 };
 
-/// Makes the children of `parent` those that the later one of two lists of entries has: `make` puts
-/// one that is missing at its place, the others are restored. Those not in the list end before, so
-/// that their names are free.
+/// Makes the children of `parent` equal to the later list of entries, `to`. Children that are not
+/// in the list are destroyed first, so that their names are free. `make` creates a missing child at
+/// `place`; the other children are restored.
 void restore_children(Object& parent, const YAML::Node& from, const YAML::Node& to,
                       const std::function<void(const YAML::Node& entry, unsigned place)>& make);
 

@@ -13,7 +13,7 @@
 namespace zemblar {
 namespace {
 
-/// Fills the string as far as the file goes. False if a read fails.
+/// Fills the string, or less of it when the file is shorter. False if a read fails.
 bool fill(int fd, std::string& bytes) {
   std::size_t done = 0;
   while (done < bytes.size()) {

@@ -7,7 +7,7 @@
 
 namespace zemblar {
 
-/// More is not read into memory: a sparse file may claim any size.
+/// Maximum size in bytes that is read into memory: a sparse file may claim any size.
 inline constexpr std::size_t largest_layout = 256 << 20;
 
 /// The beginning of a file, at most `limit` bytes.
@@ -16,13 +16,12 @@ struct FileBytes {
   std::size_t file_size = 0;
 };
 
-/// None for what cannot be read and for what is no regular file: a pipe would keep its reader
-/// waiting.
+/// No value if the path cannot be read or is no regular file: reading a pipe would block.
 [[nodiscard]] std::optional<FileBytes> read_regular_file(
     const std::string& path, std::size_t limit = std::numeric_limits<std::size_t>::max());
 
-/// Gives a damaged file a name of its own that ends in `.damaged`, and returns it. Empty when the
-/// folder does not allow that.
+/// Renames a damaged file to an unused name that ends in `.damaged`, and returns the new name.
+/// Empty when the renaming fails.
 [[nodiscard]] std::string mark_damaged(const std::string& path);
 
 /// SHA-256, in hexadecimal digits.

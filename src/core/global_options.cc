@@ -75,7 +75,7 @@ void GlobalOptions::load() try {
   const auto step = file.get_integer(group, grid_key);
   grid_ = static_cast<unsigned>(std::clamp(step, 0, static_cast<int>(widest_grid)));
 } catch (const Glib::Error&) {
-  // No options yet, or damaged ones: start without.
+  // The options file is missing or damaged: start with the defaults.
 }
 
 void GlobalOptions::store() const try {

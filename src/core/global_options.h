@@ -7,13 +7,13 @@
 
 namespace zemblar {
 
-/// What the program remembers from one run to the next, apart from layouts: the absolute path of
-/// the layout file that was opened or saved last, empty when there is none; whether trains go on
-/// when the program is quit; and the grid of drawings.
+/// The settings that the program keeps from one run to the next: the absolute path of the layout
+/// file that was opened or saved last, empty when there is none; whether trains keep running when
+/// the program is quit; and the grid of drawings.
 ///
-/// Kept in `zemblar/options.ini` in the user's configuration directory, as a URI, so that a path
-/// that is no UTF-8 survives. A setting is stored at once; where that fails the status line says
-/// so and the run goes on.
+/// They are in `zemblar/options.ini` in the user's configuration directory, the path as a URI
+/// because a path need not be UTF-8. A setting is stored at once; when that fails the status line
+/// says so and the program continues.
 class GlobalOptions : public Glib::Object {
  public:
   /// The one instance; made on first use and never destroyed.
@@ -25,7 +25,7 @@ class GlobalOptions : public Glib::Object {
   [[nodiscard]] bool get_trains_go_on() const { return trains_go_on_; }
   void set_trains_go_on(bool go_on);
   Glib::PropertyProxy<bool> property_trains_go_on() { return {this, "trains-go-on"}; }
-  /// From one line of the grid to the next, in diagram units; 0 for no grid.
+  /// Distance between two lines of the grid, in diagram units; 0 for no grid.
   static constexpr unsigned usual_grid = 10;
   static constexpr unsigned widest_grid = 1000;
   [[nodiscard]] unsigned get_grid() const { return grid_; }

@@ -27,12 +27,12 @@ Instance::Instance(Kind kind) : name_(Gio::Application::create(name_on_the_bus, 
   try {
     name_->register_application();
   } catch (const Glib::Error&) {
-    // For an opener that is how the bus says that no program runs.
+    // For an opener this error means that no program runs.
     if (kind == Kind::program) throw;
     name_.reset();
     return;
   }
-  // The library ends a program whose bus has ended, and trains go on running.
+  // By default the library ends the process when the bus ends, while trains keep running.
   if (const auto bus = name_->get_dbus_connection()) bus->set_exit_on_close(false);
 }
 
@@ -44,7 +44,7 @@ void Instance::add_action(const char* name, bool Wish::*window) {
   });
 }
 
-// A bus that ends meanwhile has passed nothing on.
+// False also when the bus ends meanwhile: the wish may not have arrived.
 bool Instance::pass_on(const Wish& wish) const try {
   if (!name_ || !name_->is_remote()) return false;
   if (wish.track_editor) name_->activate_action("track-editor");

@@ -8,18 +8,17 @@
 
 namespace zemblar {
 
-/// One program for each session of a user: the name on the session's bus by which a second start
-/// finds the first.
+/// Keeps the program to one process per user session: it owns a name on the session bus, by which a
+/// second start finds the first.
 ///
 ///     Instance instance(Instance::Kind::program);
 ///     if (instance.pass_on(wish)) return;
 ///     instance.serve([](const Instance::Wish& wish) { ... });
 ///
-/// Without a bus every program is the only one that it knows of. The bus may end: the program does
-/// not end with it.
+/// Without a bus each process acts as the only one. When the bus ends, the program continues.
 class Instance {
  public:
-  /// What a start asks for; nothing of it means any window.
+  /// What a start of the program asks for; if nothing is set, any window will do.
   struct Wish {
     bool track_view = false;
     bool track_editor = false;
@@ -27,16 +26,16 @@ class Instance {
   };
 
   enum class Kind {
-    program,  ///< takes the name when nobody has it
-    opener    ///< only talks to the program that has it
+    program,  ///< takes the name when it is free
+    opener    ///< only talks to the program that owns the name
   };
 
-  /// Throws Glib::Error when the program that has the name does not answer.
+  /// Throws Glib::Error when the program that owns the name does not answer.
   explicit Instance(Kind kind);
 
-  /// True when a program runs, which has been told the wish; this process may end then.
+  /// Sends the wish to the running program. True if there is one; this process may end then.
   [[nodiscard]] bool pass_on(const Wish& wish) const;
-  /// `serve` is called from the main loop for each later wish.
+  /// Calls `serve` from the main loop for each wish of a later start.
   void serve(std::function<void(const Wish&)> serve);
 
  private:
@@ -45,7 +44,7 @@ class Instance {
 
   Glib::RefPtr<Gio::Application> name_;
   std::function<void(const Wish&)> serve_;
-  std::vector<Wish> waiting_;  // until somebody serves
+  std::vector<Wish> waiting_;  // received before `serve` was set
 };
 
 }  // namespace zemblar

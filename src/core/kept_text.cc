@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view first_line = "Zemblar kept layout 1\n";
 
-// What shows a time knows no later year.
+// The latest time that Glib::DateTime can show.
 constexpr gint64 year_9999 = 253'370'764'800 * G_USEC_PER_SEC;
 
 // In the order of the enumerators.

@@ -68,7 +68,7 @@ Layout::Layout()
 }
 
 Layout::~Layout() {
-  toplevels_.fill(nullptr);  // gone by now; the end of the default device asks for them
+  toplevels_.fill(nullptr);  // already destroyed, but the default device asks for them as it ends
   for (Object* part : {static_cast<Object*>(all_loks_), static_cast<Object*>(all_points_),
                        static_cast<Object*>(all_blocks_), static_cast<Object*>(default_device_)}) {
     part->destroy();
@@ -96,9 +96,9 @@ void Layout::new_document(bool with_view) {
   put(new ScriptToplevel);
   const auto* view = find_document_class("!view");
   if (with_view && view) get_views().add(view->make());
-  // What the devices held that have just ended is there for others.
+  // Ports of the destroyed devices are free now: offer them again.
   if (with_view) Glib::signal_idle().connect_once([] { HWList::get().refresh(); });
-  if (keeper) keeper->begun();
+  if (keeper) keeper->document_begun();
 }
 
 Toplevel& Layout::get_toplevel(Section section) const {
@@ -119,7 +119,8 @@ void Layout::set_simulating(bool on) {
   notify_property(*this, "simulating");
 }
 
-// Single devices may differ from the whole, so the walk is made whatever the property reads.
+// The property may already have the value while a single device differs, so each device is
+// switched.
 void Layout::set_track_power(bool on) {
   clear_status();
   for_each_device(get_devices(), [on](Device& device) {
@@ -155,7 +156,8 @@ void Layout::on_child_removing(Object* child) {
   std::ranges::replace(toplevels_, dynamic_cast<Toplevel*>(child), static_cast<Toplevel*>(nullptr));
 }
 
-// Completions that the devices still have queued get one chance to run before they end.
+// Runs one iteration of the main loop, so that queued completions of devices run before the devices
+// end.
 void Layout::on_deleting() {
   emptying_ = true;
   if (auto* devices = toplevels_[static_cast<std::size_t>(Section::devices)]) {

@@ -27,25 +27,27 @@ class Device;
 class MemberSet;
 class ScriptOverlay;
 
-/// The one document: the root of the object tree, and how it gets to a file and back.
+/// The document: the root of the object tree, which opens and saves layout files.
 ///
 /// There is always one current layout, `Layout::get()`. Opening a file builds a second one, makes
 /// it current and then ends the first; a failure on the way leaves the first in place, untouched.
 /// New empties the current one in place, so that the toplevels change but not the Layout.
 ///
 /// A file is the line "%YAML 1.2", a block mapping with the keys `title` and `objects`, and a
-/// newline. References are numbers that are given out afresh on each save, from 0 in the order in
-/// which objects are first written or referred to; they are resolved when everything has been
-/// read, since they may point forward. Loading blocks the main loop and never suspends.
+/// newline. References are numbers. Each save assigns them anew, from 0 in the order in which
+/// objects are first written or referred to. They may point forward, so they are resolved when
+/// everything has been read. Loading blocks the main loop and never suspends a fiber.
 ///
-/// An ECoS and a locomotive group hand the emitter a tag that it refuses: the file ends there, as
-/// its format has it, and cannot be opened. So the whole document is kept in a `CompleteFile`
-/// beside it, which Open takes when the file itself has failed. A save that met one says so.
+/// The file format cannot hold an ECoS or a locomotive group: the emitter refuses the tag, the file
+/// ends there, and cannot be opened. So Save also writes the whole document to a `CompleteFile`
+/// beside it, and says so in the status line. Open reads that when opening the file itself has
+/// failed.
 ///
-/// What somebody else has written to the file since it was opened is kept before Save replaces it.
+/// When another program has changed the file since it was opened, Save keeps a copy of that version
+/// before it replaces the file.
 ///
-/// Throws Gio::Error from `save` when the bytes could not be written; the text of the error says
-/// where the old ones are.
+/// `save` throws Gio::Error when the bytes cannot be written; the text of the error says where the
+/// old bytes are.
 class Layout : public Object {
  public:
   Layout();
@@ -53,7 +55,7 @@ class Layout : public Object {
 
   /// The current layout; made on first use. With an argument, that layout becomes current.
   static Layout& get(Layout* replace = nullptr);
-  /// Whether there is a current layout already.
+  /// True if there is a current layout.
   static bool exists();
 
   /// Empties the document: six toplevels and, if `with_view`, one view and no file.
@@ -61,43 +63,46 @@ class Layout : public Object {
   /// Replaces the current layout by what the file holds. On a failure the status line says why,
   /// everything stays as it was, and the result is false. The remembered path is not touched.
   static bool open(const std::string& path);
-  /// The same with bytes that have been read from there.
+  /// The same with the bytes of that file, already read.
   static bool open_bytes(const std::string& path, const std::string& bytes);
-  /// The same with a text that has been kept of a document. The file stays what it was; `name` is
-  /// for the message of a failure.
+  /// The same with a backup text of a document. The file of the document does not change. `name` is
+  /// what the message of a failure calls the text.
   static bool open_copy(const std::string& text, bool in_private_form, const Glib::ustring& name);
   /// `open` after a file chooser; a success is remembered for the next start.
   void open_dialog();
-  /// Writes to `file`, or goes to `save_as` when there is none. Not the entry of an object in a
-  /// file: a layout is the file.
+  /// Writes to the document's file, or calls `save_as` when there is none. Unlike Object::save,
+  /// this writes the whole file.
   void save();
   /// `save` after a file chooser.
   void save_as();
   /// Makes `uri` the document's file, saves, and remembers it for the next start. With
-  /// `complete_extension` a name that does not end in ".zblt" (in any case) gets it appended.
+  /// `complete_extension`, appends ".zblt" to a name that does not end in it, in upper or lower
+  /// case.
   void save_to(std::string uri, bool complete_extension);
-  /// The bytes that `save` would write now. Numbers for references are given out afresh.
+  /// The bytes that `save` would write now. Assigns the numbers of references anew.
   [[nodiscard]] std::string serialize();
 
   [[nodiscard]] unsigned get_id(const Object* object);
-  /// For a place in a file that wants a number where no object is: one that none will have.
+  /// A number that no object has or will get, for a place in a file that needs a number without an
+  /// object.
   [[nodiscard]] unsigned spare_id() { return writing().spare(); }
   /// Records the number of an object that is being read. Throws YAML::InvalidScalar for anything
-  /// but an unsigned decimal number, YAML::RepresentationException for one that is taken.
+  /// but an unsigned decimal number, and YAML::RepresentationException for a number that another
+  /// object has.
   void register_id(Object* object, const YAML::Node& node);
-  /// While a file is read: the object of that number, or null.
+  /// The object that has this number in the file being read, or null.
   [[nodiscard]] Object* find_id(unsigned id) const { return reading().find(id); }
-  /// Reads and writes with these numbers, until it is told null. The result is what was used
-  /// before.
+  /// Uses these numbers for reading and writing instead of the layout's own; null goes back to
+  /// those. Returns the previous argument, or null.
   ObjectNumbers* use_numbers(ObjectNumbers* numbers) { return std::exchange(numbers_, numbers); }
-  /// Looks up what the entries refer to that have just been read, and lets them do what needs
-  /// other objects. The result is whether all of them could.
+  /// Resolves the references of the entries that have just been read: emits `signal_resolve`, then
+  /// `signal_post_resolve`. False if a slot of the second one has failed.
   bool resolve();
 
   [[nodiscard]] const Glib::RefPtr<Gio::File>& get_file() const { return file_; }
   /// The file's path; empty when there is no file.
   [[nodiscard]] std::string get_path() const;
-  /// Whether the document was read from its layout file, and not from a complete file beside it.
+  /// True if the document was read from its layout file, false if from the complete file beside it.
   [[nodiscard]] bool is_whole_file() const { return file_ && known_complete_.empty(); }
 
   [[nodiscard]] DefaultDevice& get_default_device() const { return *default_device_; }
@@ -132,9 +137,9 @@ class Layout : public Object {
   sigc::signal<void, Object*>& signal_object_added() { return signal_object_added_; }
   sigc::signal<void, Object*>& signal_object_removed() { return signal_object_removed_; }
   sigc::signal<void, Object*>& signal_object_renamed() { return signal_object_renamed_; }
-  /// It has another parent now, or another place among its siblings.
+  /// The object has a new parent or a new place among its siblings.
   sigc::signal<void, Object*>& signal_object_moved() { return signal_object_moved_; }
-  /// Every 500 ms, for what blinks and ages.
+  /// Emitted every 500 ms, to update what blinks or shows an age.
   sigc::signal<void>& signal_pulse() { return signal_pulse_; }
 
   /// All slots run; the result is whether all of them returned true.
@@ -153,15 +158,15 @@ class Layout : public Object {
   using LoadSignal = sigc::signal<bool>::accumulated<AllTrue>;
   /// First pass after reading: pointers are looked up. The result is ignored.
   LoadSignal& signal_resolve() { return signal_resolve_; }
-  /// Second pass: work that needs other objects. A slot returns true unless the whole load must
+  /// Second pass: work that needs other objects. A slot that returns false makes the whole load
   /// fail.
   LoadSignal& signal_post_resolve() { return signal_post_resolve_; }
 
   /// A successful Open has replaced the current layout; the former one is gone.
   static sigc::signal<void>& signal_replaced();
 
-  /// What the interface adds: the file choosers (without them the two dialogs do nothing), and
-  /// the taking over of what is still being typed when the document is saved.
+  /// Functions of the user interface: the file choosers (without them the two dialogs do nothing),
+  /// and `finish_edits`, which applies text that is still being typed before the document is saved.
   struct Dialogs {
     std::function<void()> finish_edits;
     std::function<void(Layout&)> open;
@@ -177,7 +182,7 @@ class Layout : public Object {
   static bool open_complete(const std::string& path, const std::string& digest);
   [[nodiscard]] bool keep_foreign(const std::string& former);
   void write_files(const std::string& text, const std::string& former);
-  void tell_of_save(bool was_changed, const Glib::ustring& standing);
+  void report_save(bool was_changed, const Glib::ustring& lasting_trouble);
   void uncover_trouble(const Glib::ustring& message);
   static bool replace_by(Layout* opened, const std::function<void()>& load,
                          const Glib::ustring& name);
@@ -190,7 +195,7 @@ class Layout : public Object {
   void track_device(Object* object);
   void recompute_track_power();
 
-  // The parts below connect to these in their constructors.
+  // Declared first: the constructors of the members below connect to these signals.
   sigc::signal<void, Object*> signal_object_added_;
   sigc::signal<void, Object*> signal_object_removed_;
   sigc::signal<void, Object*> signal_object_renamed_;
@@ -206,13 +211,13 @@ class Layout : public Object {
   Timeout pulse_;
   ObjectNumbers written_;
   ObjectNumbers read_;
-  ObjectNumbers* numbers_ = nullptr;  // in the place of both
+  ObjectNumbers* numbers_ = nullptr;  // used instead of both if not null
   Glib::RefPtr<Gio::File> file_;
-  std::string known_digest_;               // of the file as it was opened or written last
-  std::string known_complete_;             // of the text in its complete file, likewise
-  Timeout trouble_returns_;                // to the status line
-  const Object* first_unsaved_ = nullptr;  // where the last text ended before its time
-  DefaultDevice* default_device_;          // these four are not in the tree, but owned
+  std::string known_digest_;               // of the file when last opened or written
+  std::string known_complete_;             // of the complete file's text, likewise
+  Timeout trouble_returns_;                // shows the trouble in the status line again
+  const Object* first_unsaved_ = nullptr;  // the first object that the last text could not hold
+  DefaultDevice* default_device_;          // these four are owned, but not in the tree
   MemberSet* all_blocks_;
   MemberSet* all_points_;
   AllLoks* all_loks_;

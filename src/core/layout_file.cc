@@ -27,7 +27,7 @@ void Layout::open_dialog() {
 }
 
 bool Layout::open(const std::string& path) {
-  // A file that does not exist, cannot be read or is no file reads as an empty one.
+  // A path that does not exist, cannot be read or is no regular file counts as an empty file.
   const auto file = read_regular_file(path, largest_layout + 1);
   const auto bytes = file ? file->bytes : std::string();
   const auto digest = digest_of(bytes);
@@ -43,7 +43,7 @@ bool Layout::open(const std::string& path) {
   return true;
 }
 
-// The file itself has failed to open, and the status line says why.
+// Called when opening the file itself has failed; the status line says why.
 bool Layout::open_complete(const std::string& path, const std::string& digest) {
   CompleteFile complete(path);
   if (!complete.read()) {
@@ -60,11 +60,11 @@ bool Layout::open_complete(const std::string& path, const std::string& digest) {
   const auto name = Glib::filename_display_basename(complete.path());
   const auto load = [&] { opened->load_copy(complete.text(), true); };
   if (!replace_by(opened, load, name)) return false;
-  const auto told = get_status();  // by what has been read
+  const auto warnings = get_status();  // from reading the complete file
   const auto message =
       Glib::ustring::compose(_("Opened %1, which has the whole layout, in the place of %2."), name,
                              Glib::filename_display_basename(path));
-  set_status(told.empty() ? message : message + " " + told);
+  set_status(warnings.empty() ? message : message + " " + warnings);
   return true;
 }
 
@@ -110,11 +110,11 @@ bool Layout::replace_by(Layout* opened, const std::function<void()>& load,
   previous->destroy();
   HWList::get().refresh();
   signal_replaced().emit();
-  if (keeper) keeper->begun();
+  if (keeper) keeper->document_begun();
   return true;
 }
 
-// The numbers belong to the new layout, which is the current one for as long as this takes.
+// PrivateForm sets its numbers on the current layout, which is the new one here.
 void Layout::load_copy(const std::string& text, bool in_private_form) {
   ObjectNumbers numbers;
   std::optional<PrivateForm> form;
@@ -151,7 +151,7 @@ void Layout::read_title(const YAML::Node& node) {
 void Layout::register_id(Object* object, const YAML::Node& node) {
   unsigned id = 0;
   node >> id;
-  if (!reading().give(object, id)) {
+  if (!reading().assign(object, id)) {
     throw YAML::RepresentationException(node.Mark(), "Duplicate Object IDs found");
   }
 }

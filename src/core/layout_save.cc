@@ -25,16 +25,17 @@ using namespace std::chrono_literals;
 
 constexpr auto header = "%YAML 1.2\n";
 constexpr std::string_view extension = ".zblt";
-// For a success that covers a lasting trouble in the status line.
+// How long "Saved" hides a lasting trouble in the status line.
 constexpr auto shown_for = 10s;
 
-/// Empty if there is no file, or an empty one.
+/// Empty if the file is missing or empty.
 std::string digest_of_file(const std::string& path) {
   const auto file = read_regular_file(path, largest_layout + 1);
   return file && !file->bytes.empty() ? digest_of(file->bytes) : std::string();
 }
 
-/// The document with its pictures named from the layout's folder, which may be moved.
+/// The document as text with the paths of pictures relative to the layout's folder, since the
+/// folder may be moved.
 std::string portable_text() {
   const PicturePath::FromLayout from_layout;
   return DocumentText::whole();
@@ -66,7 +67,7 @@ std::string Layout::serialize() {
 void Layout::save() {
   if (!file_) return save_as();
   clear_status();
-  const auto standing = get_status();
+  const auto lasting_trouble = get_status();
   if (get_path().empty()) {
     throw Gio::Error(Gio::Error::NOT_SUPPORTED,
                      Glib::ustring::compose(_("Couldn't save %1: it is not on this machine."),
@@ -78,12 +79,12 @@ void Layout::save() {
   const auto former = digest_of_file(get_path());
   const bool was_changed = keep_foreign(former);
   write_files(text, former);
-  tell_of_save(was_changed, standing);
+  report_save(was_changed, lasting_trouble);
   if (auto* keeper = DocumentKeeper::get()) keeper->saved();
 }
 
-/// Keeps what somebody else has written to the file since it was opened or saved. Whether anybody
-/// did; `former` is the digest of what is there.
+/// Keeps a copy of the file if another program has changed it since it was opened or saved. True if
+/// the file had changed. `former` is the digest of the file's present bytes.
 bool Layout::keep_foreign(const std::string& former) {
   auto* keeper = DocumentKeeper::get();
   const auto path = get_path();
@@ -101,7 +102,7 @@ bool Layout::keep_foreign(const std::string& former) {
                                           file_->get_parse_name()));
 }
 
-// The complete file comes first: it belongs to what is there and to what is written next.
+// Writes the complete file first: it belongs both to the present file and to the one written next.
 void Layout::write_files(const std::string& text, const std::string& former) {
   CompleteFile complete(get_path());
   const bool has_stray = complete.digest() != known_complete_;
@@ -118,14 +119,14 @@ void Layout::write_files(const std::string& text, const std::string& former) {
   known_digest_ = digest;
   if (first_unsaved_) return;
   known_complete_.clear();
-  // A complete file that was not opened here has been kept by the keeper, if there is one.
+  // The keeper, if there is one, already has a copy of a complete file that was not opened here.
   if (!has_stray || DocumentKeeper::get()) complete.remove();
 }
 
-/// `standing` is a lasting trouble that the status line showed before; it returns after a while.
-/// What has been told since then is a warning of this save.
-void Layout::tell_of_save(bool was_changed, const Glib::ustring& standing) {
-  const auto told = get_status();
+/// `lasting_trouble` is the trouble that the status line showed before the save, or empty; it is
+/// shown again after a while. Any other text in the line now is a warning of this save.
+void Layout::report_save(bool was_changed, const Glib::ustring& lasting_trouble) {
+  const auto warnings = get_status();
   auto message = Glib::ustring::compose(_("Saved %1"), Glib::filename_display_basename(get_path()));
   const auto add = [&message](const Glib::ustring& sentence) {
     message = with_sentence(message, sentence);
@@ -139,9 +140,9 @@ void Layout::tell_of_save(bool was_changed, const Glib::ustring& standing) {
   if (was_changed) {
     add(_("Somebody else had changed it: to open that version choose File, Recover Unsaved Work."));
   }
-  if (told.raw() != standing.raw()) add(told);
+  if (warnings.raw() != lasting_trouble.raw()) add(warnings);
   set_status(message);
-  if (!standing.empty()) uncover_trouble(message);
+  if (!lasting_trouble.empty()) uncover_trouble(message);
 }
 
 void Layout::uncover_trouble(const Glib::ustring& message) {

@@ -80,7 +80,7 @@ void NodeBuilder::remember(RawNode& node, YAML::anchor_t anchor, const Extent& e
   if (kept_.empty() || kept_.back() != memory_) kept_.push_back(memory_);
 }
 
-/// Puts the node where it belongs: into the collection that is open, or out.
+/// Adds the node to the innermost open collection; without one, the node is the complete one.
 void NodeBuilder::place(RawNode& node, const Extent& extent) {
   if (open_.empty()) {
     complete_ = &node;
@@ -97,7 +97,7 @@ void NodeBuilder::place(RawNode& node, const Extent& extent) {
   }
 }
 
-// The library makes nodes in the place of its iterators alone.
+// A library iterator is the only public way to make a YAML::Node from a raw node and its memory.
 YAML::Node NodeBuilder::take() {
   std::vector<RawNode*> one{std::exchange(complete_, nullptr)};
   const auto memory = std::exchange(memory_, std::make_shared<YAML::detail::memory_holder>());

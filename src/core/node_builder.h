@@ -11,18 +11,17 @@
 
 namespace zemblar {
 
-/// Builds one node after another from the events of a YAML parser, within what an honest document
-/// can hold.
+/// Builds YAML nodes, one after another, from the events of a parser, with limits that no honest
+/// document exceeds.
 ///
-/// A node is complete when everything below it has ended; `take` hands it out, and the next event
-/// starts another one. Nodes with an anchor stay alive as long as the builder, because nodes that
-/// follow may name them.
+/// A node is complete when all nodes below it have ended. `take` returns the complete node; the
+/// next event starts another one. Nodes with an anchor live as long as the builder, because aliases
+/// that follow may name them.
 ///
-/// An alias stands for all nodes below its anchor. Their number and their depth count as often as
-/// they are named: the nodes that all aliases stand for must not be more than the bytes of the
-/// document, or `least_allowance` in a small one, and no node may stand deeper than `max_depth`. A
-/// node that contains itself is refused. Each refusal is a YAML::RepresentationException at the
-/// place in the document.
+/// An alias stands for all nodes below its anchor, and each alias counts them again. The aliases
+/// together must not stand for more nodes than the document has bytes (or `least_allowance` if that
+/// is more), and no node may be deeper than `max_depth`. A node must not contain itself. A
+/// violation throws YAML::RepresentationException with the place in the document.
 class NodeBuilder {
  public:
   static constexpr std::size_t max_depth = 400;
@@ -39,10 +38,10 @@ class NodeBuilder {
              YAML::anchor_t anchor);
   void end();
 
-  /// Whether a node has been started that is not complete.
+  /// True while a started node is incomplete.
   [[nodiscard]] bool is_inside() const { return !open_.empty(); }
   [[nodiscard]] bool is_complete() const { return complete_ != nullptr; }
-  /// The complete node, once.
+  /// Returns the complete node and forgets it.
   [[nodiscard]] YAML::Node take();
 
  private:
@@ -58,11 +57,11 @@ class NodeBuilder {
   };
   struct Open {
     RawNode* node;
-    RawNode* key;  // of a map: it waits for its value
+    RawNode* key;  // in a map, a key that waits for its value; else null
     YAML::anchor_t anchor;
     Extent extent;
   };
-  /// An anchor without a node belongs to a node that is not complete.
+  /// A null node means that the node of the anchor is incomplete.
   struct Anchored {
     RawNode* node = nullptr;
     Extent extent{};
@@ -76,9 +75,9 @@ class NodeBuilder {
   std::size_t most_unfolded_;
   std::size_t unfolded_ = 0;
   std::vector<Open> open_;
-  std::vector<Anchored> anchored_;  // by anchor
+  std::vector<Anchored> anchored_;  // indexed by anchor
   Memory memory_ = std::make_shared<YAML::detail::memory_holder>();
-  std::vector<Memory> kept_;  // of the anchored nodes
+  std::vector<Memory> kept_;  // owns the anchored nodes
   RawNode* complete_ = nullptr;
 };
 

@@ -88,7 +88,7 @@ bool Object::can_move_to(const Object& parent) {
   return container && container->can_contain(this) && parent.can_contain(this);
 }
 
-// The new name comes last, when the object is where it can be found by it.
+// The name changes last, when the object is under the new parent and can be found there by name.
 void Object::move_to(Object& parent, unsigned position) {
   assert(&parent != this && !g_node_is_ancestor(node_.gnode, parent.node_.gnode));
   const bool stays = get_parent() == &parent;
@@ -147,7 +147,7 @@ void Object::destroy() {
   on_deleting();
   destroy_children();
   on_deleted();
-  // Handlers may end the parent too: it is looked up afresh for each step.
+  // Handlers may end the parent too, so each step looks it up again.
   if (auto* parent = get_parent()) parent->on_child_removing(this);
   signal_deleted_.emit();
   if (auto* parent = get_parent()) parent->signal_child_removed_.emit(this);

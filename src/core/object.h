@@ -51,19 +51,20 @@ class Object : public Glib::Object {
     return child;
   }
 
-  /// The same at a place among the children, counted from 0; at the end when there are fewer.
+  /// The same at a position among the children, from 0; at the end when there are fewer children.
   template <typename T>
   T* insert(T* child, unsigned position) {
     attach(child, static_cast<int>(position));
     return child;
   }
 
-  /// Puts the object, with all below it, at a place among the children of `parent`: its own one or
-  /// another, but none that stands below it. It stays the same object, and nobody who follows it
-  /// need let go. The place is the one that it has then, counted from 0; the last one when there
-  /// are fewer. A name that is taken there is replaced as in `add`.
+  /// Moves the object, with its descendants, to a position among the children of `parent`, which
+  /// may be the present parent but no descendant. The object stays the same: pointers and
+  /// connections to it remain valid. `position` is that after the move, from 0; a larger one means
+  /// the end. A name that a sibling has there is replaced as in `add`.
   void move_to(Object& parent, unsigned position);
-  /// Whether a person may do so: the container that it is in takes such objects, as does `parent`.
+  /// True if the user may move the object there: both its present parent and `parent` accept such
+  /// objects.
   [[nodiscard]] bool can_move_to(const Object& parent);
 
   /// Ends the object and all below it. A second call from a handler of the first does nothing.
@@ -88,21 +89,22 @@ class Object : public Glib::Object {
   /// The child of that name, or null; in constant time.
   [[nodiscard]] Object* find_child(const Glib::ustring& name) const;
 
-  /// Said before anything changes that belongs to the object's entry in a file.
+  /// Call before changing anything that is saved in the object's entry; undo and recovery depend on
+  /// it.
   void before_change();
 
   /// Whether `child` may be dropped here in an object list.
   [[nodiscard]] virtual bool can_contain(Object* child) const;
   [[nodiscard]] virtual bool get_deletable() const { return true; }
-  /// Whether a layout file has its name.
+  /// True if a layout file holds the object's name.
   [[nodiscard]] virtual bool keeps_name() const { return true; }
   /// Writes the object as an entry of a layout file. Fails an assertion unless overridden.
   virtual void save(YAML::Emitter& out) const;
-  /// Writes a part of the entry, counted from 0, and says whether there is another one: for entries
-  /// that take long. Parts of one entry follow each other.
+  /// Writes part `part` of the entry, from 0; true if another part follows. Splits the work for
+  /// entries that take long. The parts of one entry are written in order, with nothing in between.
   virtual bool save_part(YAML::Emitter& out, unsigned part) const;
-  /// Takes over what differs in the later one of two entries of this object, as if it were set by
-  /// hand; the rest stays. Objects that the entry refers to are there.
+  /// Applies the values that differ in the later entry, as if the user had set them; all others
+  /// stay. The objects that the entry refers to must exist.
   virtual void restore(const EntryChange& change);
   /// A new panel for this object, or null; the caller owns it. See core/panel_factory.h.
   virtual Gtk::Widget* make_panel(const Glib::RefPtr<Gtk::SizeGroup>& labels);
@@ -119,7 +121,7 @@ class Object : public Glib::Object {
   sigc::signal<void>& signal_deleted() { return signal_deleted_; }
   sigc::signal<void, Object*>& signal_child_added() { return signal_child_added_; }
   sigc::signal<void, Object*>& signal_child_removed() { return signal_child_removed_; }
-  /// On the parent that it has now, after a move. No child is added or removed by that.
+  /// Emitted on the new parent after a move. A move emits neither of the two signals above.
   sigc::signal<void, Object*>& signal_child_moved() { return signal_child_moved_; }
 
   // For ObjectIter.
@@ -161,7 +163,7 @@ class Object : public Glib::Object {
   Glib::ustring name_format_;
   Glib::ustring name_;
   Node node_;
-  GNode* last_child_ = nullptr;  // the toolkit would walk the whole chain to append
+  GNode* last_child_ = nullptr;  // cached, since the toolkit walks the whole chain to append
   std::unique_ptr<SiblingNames> names_;
 
   sigc::signal<void> signal_deleted_;

@@ -24,24 +24,24 @@ class ObjectCount {
 
   [[nodiscard]] unsigned count() {
     if (!layout_) follow_current();
-    if (!none_told_) none_told_ = members_.empty();
+    if (!announced_none_) announced_none_ = members_.empty();
     return static_cast<unsigned>(members_.size());
   }
-  /// From none to some, or back.
+  /// Emitted when the first object comes or the last one goes.
   sigc::signal<void>& signal_none_changed() { return signal_none_changed_; }
 
  private:
   ObjectCount() {
     Layout::signal_replaced().connect([this] {
       follow_current();
-      tell();
+      notify();
     });
   }
 
-  // A call of `count` may have switched to the new layout before observers are told.
-  void tell() {
+  // A call of `count` may have switched to the new layout before the observers are notified.
+  void notify() {
     const bool none = members_.empty();
-    if (std::exchange(none_told_, none) != none) signal_none_changed_.emit();
+    if (std::exchange(announced_none_, none) != none) signal_none_changed_.emit();
   }
 
   void follow_current() {
@@ -49,10 +49,10 @@ class ObjectCount {
     members_.clear();
     count_below(*layout_);
     added_ = layout_->signal_object_added().connect([this](Object* object) {
-      if (dynamic_cast<T*>(object) && members_.insert(object).second) tell();
+      if (dynamic_cast<T*>(object) && members_.insert(object).second) notify();
     });
     removed_ = layout_->signal_object_removed().connect([this](Object* object) {
-      if (members_.erase(object)) tell();
+      if (members_.erase(object)) notify();
     });
     deleted_ = layout_->signal_deleted().connect([this] { layout_ = nullptr; });
   }
@@ -64,18 +64,18 @@ class ObjectCount {
     }
   }
 
-  Layout* layout_ = nullptr;  // null until it is asked, and when the layout has ended
+  Layout* layout_ = nullptr;  // null before the first `count`, and after the layout has ended
   // A set, because the removal of objects that were never in the layout is announced as well.
   std::unordered_set<Object*> members_;
-  std::optional<bool> none_told_;
+  std::optional<bool> announced_none_;
   sigc::signal<void> signal_none_changed_;
   ScopedConnection added_;
   ScopedConnection removed_;
   ScopedConnection deleted_;
 };
 
-/// An observable pointer to an object of class T, which clears itself when that ends. It also
-/// tells whether there is any to choose, at any depth, in whichever layout is current.
+/// An observable pointer to an object of class T, cleared when the object ends. A second property
+/// tells whether the current layout has no object of the class, at any depth.
 template <typename T>
 class ObjectHolder : public Glib::Object {
  protected:
@@ -83,7 +83,8 @@ class ObjectHolder : public Glib::Object {
   ObjectHolder(const char* held, const char* none) : held_name_(held), none_name_(none) {
     register_property<T*>(this, held, &ObjectHolder::get_held, &ObjectHolder::hold);
     register_property<bool>(this, none, &ObjectHolder::get_none);
-    static_cast<void>(ObjectCount<T>::get().count());  // from now on it follows the layout
+    static_cast<void>(
+        ObjectCount<T>::get().count());  // makes the count follow the layout from now on
     none_changed_ = ObjectCount<T>::get().signal_none_changed().connect(
         [this] { notify_property(*this, none_name_); });
   }

@@ -11,9 +11,9 @@ class Object;
 
 /// Walks the children of one object in their order.
 ///
-/// A value of two nodes, the parent's and the current child's; a null current node is the end.
-/// Steps walk the sibling chain, so a jump costs its distance. Equality looks at the current node
-/// only: the ends of different parents are equal.
+/// Holds the nodes of the parent and of the current child; the current node is null at the end.
+/// Moving by n takes n steps along the sibling chain. Equality compares the current node only: the
+/// end iterators of different parents are equal.
 class ObjectIter {
  public:
   using iterator_category = std::random_access_iterator_tag;
@@ -24,14 +24,14 @@ class ObjectIter {
 
   ObjectIter() = default;
   ObjectIter(GNode* parent, GNode* current) : parent_(parent), current_(current) {}
-  /// Stands at `object` among its siblings.
+  /// Points at `object` among its siblings.
   explicit ObjectIter(const Object& object);
 
   Object* operator*() const;
   Object* operator->() const { return **this; }
 
   ObjectIter& operator++();
-  /// From the end this goes to the last child.
+  /// Decrementing the end gives the last child.
   ObjectIter& operator--();
   ObjectIter operator++(int);
   ObjectIter operator--(int);
@@ -42,9 +42,9 @@ class ObjectIter {
 
   bool operator==(const ObjectIter& other) const { return current_ == other.current_; }
   bool operator!=(const ObjectIter& other) const { return current_ != other.current_; }
-  /// Same parent, and walking from `other` towards the start meets this.
+  /// True if both have the same parent and this one is at or before `other`.
   bool operator<=(const ObjectIter& other) const;
-  /// Same parent, and walking from `other` towards the end meets this.
+  /// True if both have the same parent and this one is at or after `other`.
   bool operator>=(const ObjectIter& other) const;
   /// Throws std::runtime_error when the parents differ.
   difference_type operator-(const ObjectIter& other) const;

@@ -7,31 +7,31 @@ namespace zemblar {
 
 class Object;
 
-/// Numbers for objects of class T, which refer to each other in a text.
+/// Numbers by which objects of class T refer to each other in a text.
 template <typename T>
 class NumberTable {
  public:
-  /// The object's number; the next free one when it has none yet.
+  /// The object's number. Assigns the next free number when the object has none.
   [[nodiscard]] unsigned number_of(const T* object) {
     const auto [entry, is_new] = numbers_.try_emplace(object, next_);
     if (is_new) objects_[next_++] = const_cast<T*>(object);
     return entry->second;
   }
-  /// One that no object will have.
+  /// A number that no object has or will get.
   [[nodiscard]] unsigned spare() { return next_++; }
-  /// Null for a number that no object has.
+  /// The object with this number, or null.
   [[nodiscard]] T* find(unsigned number) const {
     const auto found = objects_.find(number);
     return found == objects_.end() ? nullptr : found->second;
   }
-  /// False when an object has that number.
-  bool give(T* object, unsigned number) {
+  /// Assigns a given number. False when another object has it.
+  bool assign(T* object, unsigned number) {
     if (!objects_.emplace(number, object).second) return false;
     numbers_[object] = number;
     next_ = std::max(next_, number + 1);
     return true;
   }
-  /// The number stays unused until it is given again.
+  /// Removes the object. Its number is not used again unless `assign` gives it to an object.
   void forget(const T* object) {
     const auto entry = numbers_.find(object);
     if (entry == numbers_.end()) return;

@@ -14,15 +14,15 @@ namespace zemblar {
 
 class Object;
 
-/// Which of the two panels of an object is asked for.
+/// The two panels that an object may have.
 enum class PanelKind { own, properties };
 
-/// Makes the widget of a panel; labels stand in the size group so that columns align.
+/// Makes the widget of a panel. Its labels join the size group, so that columns align.
 using PanelFactory =
     std::function<Gtk::Widget*(Object&, const Glib::RefPtr<Gtk::SizeGroup>& labels)>;
 
-/// The model hands out panels without knowing the toolkit: the interface registers a factory for
-/// each class, by its exact type, before `main`.
+/// Registers the panel factory of one exact class. The user interface calls it before `main`, so
+/// that the model can return panels without depending on the toolkit.
 void register_panel(const std::type_info& type, PanelKind kind, PanelFactory factory);
 
 /// The panel of the object's class, or null when none is registered. The caller owns it.

@@ -13,7 +13,7 @@
 namespace zemblar {
 namespace {
 
-/// Empty when the open layout has no file yet.
+/// The folder of the current layout's file; empty without a file.
 std::string layout_folder() {
   if (!Layout::exists()) return {};
   const auto file = Layout::get().get_file();
@@ -24,8 +24,8 @@ bool exists(const std::string& file) {
   return Glib::file_test(file, Glib::FILE_TEST_EXISTS);
 }
 
-/// From a folder to a file. The system goes up from where a symbolic link leads, not from where it
-/// stands, so both are taken without links.
+/// The relative path from a folder to a file. Symbolic links in both are resolved first, because
+/// the system resolves ".." from the target of a link.
 std::string relative_path(const std::filesystem::path& file, const std::filesystem::path& folder) {
   std::error_code failure;
   const auto from = std::filesystem::weakly_canonical(folder, failure);

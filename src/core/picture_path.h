@@ -6,29 +6,29 @@
 
 namespace zemblar {
 
-/// Where the file of a picture is, empty for no picture.
+/// The path of a picture file; empty for no picture.
 ///
 /// A relative path starts from the folder of the layout file that was open when the path was given.
-/// It goes on meaning the same picture when the layout gets another folder by Save As: the layout
-/// file then has the path from there. A picture that is not where its path says is looked for by
-/// its name beside the layout file, as a railway that moves house brings its pictures along.
+/// After a Save As to another folder it still means the same picture, and the new layout file has
+/// the path from the new folder. A picture that is missing at its path is looked for by its name
+/// beside the layout file, because people move a layout file together with its pictures.
 class PicturePath {
  public:
   PicturePath() = default;
   explicit PicturePath(const std::string& path);
 
   [[nodiscard]] bool empty() const { return path_.empty(); }
-  /// As it was given.
+  /// The path as it was given.
   [[nodiscard]] const std::string& path() const { return path_; }
-  /// The file to read, which need not exist.
+  /// The path of the file to read, which need not exist.
   [[nodiscard]] std::string file() const;
-  /// As a layout file in the present layout's folder has it.
+  /// The path as written to a layout file in the folder of the current layout.
   [[nodiscard]] std::string path_to_save() const;
 
   bool operator==(const PicturePath&) const = default;
 
-  /// While it lives, pictures are written as in a layout file, in the private form as well: for a
-  /// text that goes with the layout file when its folder is moved.
+  /// While one exists, paths are written as in a layout file even in the private form: for a text
+  /// that is moved together with the layout file.
   class FromLayout {
    public:
     FromLayout() { ++depth_; }
@@ -37,8 +37,9 @@ class PicturePath {
     FromLayout& operator=(const FromLayout&) = delete;
   };
 
-  /// While it lives, relative paths that are given start from that layout file's folder: for a text
-  /// of another file than the open one. Nothing changes for an empty path.
+  /// While one exists, new relative paths start from the folder of the layout file `layout`, not of
+  /// the open one: for reading a text that belongs to another layout. An empty `layout` changes
+  /// nothing.
   class GivenFor {
    public:
     explicit GivenFor(const std::string& layout);
@@ -59,14 +60,14 @@ class PicturePath {
   friend void operator>>(const YAML::Node& node, PicturePath& picture);
 
   std::string path_;
-  std::string folder_;  // of the layout file at that time; empty when there was none
+  std::string folder_;  // of the layout file when the path was given; empty without a layout file
 };
 
-/// A scalar. In the private form a sequence of the path and its folder, where it has one.
+/// A scalar; in the private form, a sequence of path and folder if there is a folder.
 YAML::Emitter& operator<<(YAML::Emitter& out, const PicturePath& picture);
 void operator>>(const YAML::Node& node, PicturePath& picture);
 
-/// The value of a key: null, or no such key, for no picture.
+/// Reads the value of a key. A null or missing key means no picture.
 void read_picture(const YAML::Node& node, const char* key, PicturePath& picture);
 void write_picture(YAML::Emitter& out, const char* key, const PicturePath& picture);
 

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view header = "%YAML 1.2\n";
 constexpr std::size_t indent_step = 2;
-constexpr std::size_t longest_key = 200;  // the library takes longer ones for something else
+constexpr std::size_t longest_key = 200;  // the library takes no longer text for a key
 constexpr std::size_t deepest_indent = 100;
 constexpr auto no_tag = "?";
 constexpr auto quoted_tag = "!";
@@ -25,7 +25,8 @@ bool is_continuation(char c) {
   return (static_cast<unsigned char>(c) & 0xc0) == 0x80;
 }
 
-/// The length of a letter beyond ASCII at the start of the text, from U+00C0 on; 0 for none.
+/// Length in bytes of a non-ASCII letter, from U+00C0 on, at the start of the text; 0 if there is
+/// none.
 std::size_t letter_length(std::string_view text) {
   const auto lead = static_cast<unsigned char>(text.front());
   const std::size_t length = lead >= 0xc3 && lead <= 0xdf   ? 2
@@ -35,7 +36,7 @@ std::size_t letter_length(std::string_view text) {
   return std::ranges::all_of(text.substr(1, length - 1), is_continuation) ? length : 0;
 }
 
-// Among these, nothing ends a plain scalar or makes it something else.
+// None of these characters ends a plain scalar or makes it something else.
 bool is_plain(std::string_view text) {
   constexpr std::string_view inner = " ._-/+()";
   if (text.empty() || text.back() == ' ') return false;
@@ -88,7 +89,7 @@ class Reader {
  private:
   // --- Lines ---
 
-  /// Goes to the next line. False at the end, and for a line that cannot be.
+  /// Goes to the next line. False at the end of the text, and for a line outside the narrow form.
   bool advance() {
     start_ = next_;
     ++number_;
@@ -107,7 +108,7 @@ class Reader {
   }
   [[nodiscard]] bool is_item() const { return content_.starts_with("- "); }
 
-  /// Of the place in the current line.
+  /// The position of a byte of the current line.
   [[nodiscard]] YAML::Mark mark_at(std::size_t column) const {
     YAML::Mark mark;
     mark.pos = static_cast<int>(start_ + column);
@@ -134,7 +135,7 @@ class Reader {
     const auto key = content_.substr(0, has_value ? separator : content_.size() - 1);
     if (!has_value && content_.back() != ':') return false;
     if (!is_plain(key) || key.size() > longest_key) return false;
-    tell(mark_at(indent), no_tag, key);
+    emit_scalar(mark_at(indent), no_tag, key);
     if (!has_value) return advance() && read_below(indent + indent_step);
     const auto value = separator + 2;
     return read_value(content_.substr(value), indent + value) && finish_line();
@@ -155,7 +156,7 @@ class Reader {
     return true;
   }
 
-  /// The rest of the line is the first one of the item.
+  /// Treats the rest of the line after "- " as the first line of the item.
   bool read_item(std::size_t indent) {
     content_.remove_prefix(indent_step);
     indent_ = indent;
@@ -167,7 +168,7 @@ class Reader {
     return is_tag(tag) && advance() && !is_item() && read_map(indent, mark, tag);
   }
 
-  // Of a line that is deeper, the scalar before goes on.
+  // False when the next line is indented deeper, because it would continue this line's scalar.
   bool finish_line() {
     const auto indent = indent_;
     return advance() ? indent_ <= indent : at_end_;
@@ -208,19 +209,19 @@ class Reader {
       tag = value.substr(0, end);
       value.remove_prefix(end + 1);
     }
-    if (is_plain(value)) return tell(mark, tag.empty() ? no_tag : tag, value);
+    if (is_plain(value)) return emit_scalar(mark, tag.empty() ? no_tag : tag, value);
     if (!is_quoted(value)) return false;
-    return tell(mark, tag.empty() ? quoted_tag : tag, value.substr(1, value.size() - 2));
+    return emit_scalar(mark, tag.empty() ? quoted_tag : tag, value.substr(1, value.size() - 2));
   }
 
-  bool tell(const YAML::Mark& mark, const std::string& tag, std::string_view value) {
+  bool emit_scalar(const YAML::Mark& mark, const std::string& tag, std::string_view value) {
     handler_.OnScalar(mark, tag, YAML::NullAnchor, std::string(value));
     return true;
   }
 
   std::string_view text_;
   YAML::EventHandler& handler_;
-  std::size_t next_ = 0;  // line
+  std::size_t next_ = 0;  // start of the next line
   // The current line, without its indent.
   int number_ = -1;
   std::size_t start_ = 0;
@@ -229,7 +230,7 @@ class Reader {
   bool at_end_ = false;
 };
 
-/// Takes the events of the first pass, which only checks the form.
+/// Discards the events of the first pass, which only checks the form.
 class IgnoredEvents : public YAML::EventHandler {
   void OnDocumentStart(const YAML::Mark&) override {}
   void OnDocumentEnd() override {}

@@ -5,11 +5,11 @@
 
 namespace zemblar {
 
-/// While it lives, entries are written and read in a form that only this program sees, not that of
-/// layout files: the numbers are those given here, and every kind of object has an entry, those
-/// that a file cannot hold as well. An entry has all settings of its object, some of them under
-/// keys that no file has. What runs is in no form: speeds, states in force, what a script waits
-/// for.
+/// While one exists, entries are written and read in a form for this program alone, for undo and
+/// backup copies. It uses the numbers given to the constructor. Every kind of object has an entry,
+/// also those that a layout file cannot hold. An entry has all settings of its object, some under
+/// keys that no layout file has. Running state is in neither form: speeds, the present states of
+/// functions and points, what a script waits for.
 class PrivateForm {
  public:
   explicit PrivateForm(ObjectNumbers& numbers);
@@ -24,13 +24,13 @@ class PrivateForm {
   ObjectNumbers* former_;
 };
 
-/// Writes a key of the private form alone.
+/// Writes the key in the private form only.
 template <typename T>
 void write_private(YAML::Emitter& out, const char* key, const T& value) {
   if (PrivateForm::is_used()) out << YAML::Key << key << YAML::Value << value;
 }
 
-/// Reads such a key when it is there; otherwise the value stays.
+/// Reads the key in the private form; `value` stays if there is none.
 template <typename T>
 void read_private(const YAML::Node& node, const char* key, T& value) {
   if (PrivateForm::is_used()) read_key(node, key, value);

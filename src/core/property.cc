@@ -21,7 +21,7 @@ Tables& tables() {
   return map;
 }
 
-// The C++ side of an object may be gone while somebody still holds a toolkit reference.
+// The C++ part of an object may be destroyed while a toolkit reference still exists.
 Glib::ObjectBase* wrapper_of(GObject* object) {
   return Glib::ObjectBase::_get_current_wrapper(object);
 }
@@ -76,7 +76,7 @@ void PropertyTable::install(Glib::ObjectBase& object, PropertySpec spec,
   auto* klass = G_OBJECT_GET_CLASS(object.gobj());
   klass->get_property = &get_property;
   klass->set_property = &set_property;
-  // Setters notify by themselves, once per real change: the toolkit must not add its own.
+  // Setters notify by themselves, once per real change: the toolkit must not notify as well.
   auto flags = static_cast<GParamFlags>(G_PARAM_READABLE | G_PARAM_EXPLICIT_NOTIFY);
   if (spec.set) flags = static_cast<GParamFlags>(flags | G_PARAM_WRITABLE);
   spec.pspec = create_param_spec(flags);

@@ -20,17 +20,17 @@ struct PropertySpec {
   std::function<void(Glib::ObjectBase*, Glib::ValueBase&)> get;
   /// Wraps the member setter; empty for a read-only property.
   std::function<void(Glib::ObjectBase*, const Glib::ValueBase&)> set;
-  GParamSpec* pspec = nullptr;  ///< owned by the class it is installed in
+  GParamSpec* pspec = nullptr;  ///< owned by the toolkit class
 };
 
 /// The properties of one toolkit class, in the order in which they were registered.
 ///
-/// There is one table per toolkit type, made when the first instance of a class registers its
-/// first property. The toolkit's property id is the place in the table, counted from 1. Classes
-/// with a table hold no Glib::Property: those count their ids from 1 as well.
+/// There is one table per toolkit type, made when the first instance of a class registers its first
+/// property. The toolkit's property id is the position in the table, from 1. A class with a table
+/// must have no Glib::Property member, whose ids start from 1 as well.
 class PropertyTable {
  public:
-  /// The table of the object's own (most derived) class; made on first use.
+  /// The table of the object's most derived class; made on first use.
   static PropertyTable& of(Glib::ObjectBase& object);
 
   [[nodiscard]] const PropertySpec* find(std::string_view name) const;
@@ -44,12 +44,12 @@ class PropertyTable {
   std::vector<PropertySpec> specs_;
 };
 
-/// Makes a member getter (and setter) a named toolkit property. Called in the constructor of the
-/// class for each property; only the first instance of a class installs anything.
+/// Makes a member getter (and setter) a named toolkit property. The constructor of the class calls
+/// it for each property; only the first instance of a class installs anything.
 ///
 /// `getter` and `setter` are member functions of C, virtual ones included. A setter compares,
-/// stores and notifies, and does nothing when the value is unchanged: all notification rests on
-/// that.
+/// stores and notifies. It does nothing when the value is unchanged, since nothing else suppresses
+/// a needless notification.
 template <typename T, typename C, typename Getter, typename Setter = std::nullptr_t>
 void register_property(C* object, const char* name, Getter getter, Setter setter = nullptr) {
   auto& table = PropertyTable::of(*object);
@@ -71,14 +71,14 @@ void register_property(C* object, const char* name, Getter getter, Setter setter
   });
 }
 
-/// Tells the toolkit, and so everything bound to the property, that it has changed.
+/// Notifies the toolkit, and so everything bound to the property, of a change.
 void notify_property(Glib::ObjectBase& object, const char* name);
 
 /// Keeps two properties equal from now on, as long as both objects live.
 ///
-/// `target_name` may begin with `!`: the two boolean values are then opposites. The binding flows
-/// out of the side that cannot be written, both ways when both can, and the value is copied at
-/// once. Asserts that both properties exist and that one of them can be written.
+/// `target_name` may begin with `!`: the two boolean values are then opposites. The binding works
+/// both ways if both properties can be written, else from the read-only one to the other. The value
+/// is copied at once. Asserts that both properties exist and that one of them can be written.
 void bind_property(Glib::ObjectBase& source, const char* source_name, Glib::ObjectBase& target,
                    const char* target_name);
 

@@ -24,16 +24,16 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto look_period = 3s;
-// What is changed without being counted is found all the same.
+constexpr auto check_period = 3s;
+// A pass starts after this time even if no change was counted.
 constexpr auto longest_pause = 30s;
-// Of one processor, at most this part goes into copies.
+// The pause between two passes is at least this multiple of the last pass's processor time.
 constexpr auto rest_to_work = 30;
 constexpr auto slice = 2ms;
 
 constexpr auto menu_entry = N_("File, Recover Unsaved Work");
 
-/// Since 1970, in microseconds; 0 when there is no such file.
+/// Modification time in microseconds since 1970; 0 when there is no such file.
 gint64 time_of_file(const std::string& path) {
   struct stat info {};
   if (path.empty() || ::stat(path.c_str(), &info) != 0) return 0;
@@ -48,7 +48,7 @@ Glib::ustring display_name(const std::string& layout) {
   return layout.empty() ? _("a layout without a file") : Glib::filename_display_basename(layout);
 }
 
-/// What a person chooses to get at the entries of that layout.
+/// The menu items by which the user reaches the entries of that layout.
 Glib::ustring way_to_entries(const std::string& layout) {
   const auto now = Layout::get().get_path();
   const Glib::ustring entry = _(menu_entry);
@@ -74,26 +74,26 @@ void RecoveryCopy::start(const std::string& wanted) {
     trouble_.offer(trouble_message(problem));
   }
   folder_.clean_up();
-  tell_of_damaged(folder_.set_damaged_aside());
+  report_damaged(folder_.set_damaged_aside());
   adopt(folder_.set_all_aside());
   if (Layout::get().get_path().empty() && !wanted.empty()) could_not_open(wanted);
-  begun();
+  document_begun();
   if (Layout::get().is_whole_file()) opened_whole(Layout::get().get_path());
-  look_ = Timeout::every(look_period, [this] {
-    look();
+  check_timer_ = Timeout::every(check_period, [this] {
+    check();
     return true;
   });
 }
 
 void RecoveryCopy::finish(End end) {
   DocumentKeeper::set(nullptr);
-  report();
-  look_.cancel();
+  report_outcome();
+  check_timer_.cancel();
   slices_.disconnect();
   pass_.reset();
   if (untouched()) {
     forget_current();
-  } else if (!Layout::get().is_emptying()) {  // what is being dropped is kept already
+  } else if (!Layout::get().is_emptying()) {  // `before_drop` has kept it already
     keep(DocumentText::whole(), end == End::quit);
   }
   writer_.finish();
@@ -101,23 +101,23 @@ void RecoveryCopy::finish(End end) {
 
 // --- Passes ---
 
-void RecoveryCopy::look() {
-  report();
+void RecoveryCopy::check() {
+  report_outcome();
   if (pass_) return;
   const auto pause = Clock::now() - last_pass_;
   const bool changed = ChangeCount::get(Change::state) != changes_seen_;
   if ((changed && pause > pass_cost_ * rest_to_work) || pause > longest_pause) begin_pass();
 }
 
-void RecoveryCopy::report() {
+void RecoveryCopy::report_outcome() {
   const auto outcome = writer_.take_outcome();
   if (!outcome) return;
   if (outcome->empty()) return trouble_.take_back();
   written_.reset();
-  tell_trouble(*outcome);
+  report_trouble(*outcome);
 }
 
-void RecoveryCopy::tell_trouble(const Glib::ustring& problem) {
+void RecoveryCopy::report_trouble(const Glib::ustring& problem) {
   trouble_.tell(trouble_message(problem));
 }
 
@@ -128,7 +128,8 @@ void RecoveryCopy::begin_pass() {
   slices_ = Glib::signal_idle().connect(sigc::mem_fun(*this, &RecoveryCopy::take_step));
 }
 
-// The end has turns of the main loop of its own: with many objects it takes a while as well.
+// Comparing and releasing have iterations of the main loop of their own, because with many objects
+// they take a while as well.
 bool RecoveryCopy::take_step() {
   if (Layout::get().is_emptying()) return true;
   switch (step_) {
@@ -176,7 +177,7 @@ void RecoveryCopy::keep(std::string_view text, bool quit) {
   const auto layout = Layout::get().get_path();
   const auto file = folder_.current_file(layout);
   if (written_ == hash && file == current_file_ && !quit) return;
-  if (const auto problem = folder_.problem(); !problem.empty()) return tell_trouble(problem);
+  if (const auto problem = folder_.problem(); !problem.empty()) return report_trouble(problem);
   written_ = hash;
   current_file_ = file;
   current_layout_ = layout;
@@ -194,7 +195,7 @@ void RecoveryCopy::forget_current() {
   written_.reset();
 }
 
-/// The file holds what the document is now.
+/// Call when the layout file holds the present document; the next pass finds the hash of that text.
 void RecoveryCopy::expect_saved_text() {
   set_unsaved(false);
   saved_.reset();
@@ -203,7 +204,7 @@ void RecoveryCopy::expect_saved_text() {
   begin_pass();
 }
 
-/// Whether nobody can have changed anything since then.
+/// True if the document has not changed since `expect_saved_text`.
 bool RecoveryCopy::untouched() const {
   return saved_is_next_ && ChangeCount::get(Change::edit) == edits_at_save_;
 }
@@ -221,10 +222,10 @@ void RecoveryCopy::before_drop() {
   }
 }
 
-void RecoveryCopy::begun() {
+void RecoveryCopy::document_begun() {
   put_dropped_aside();
   opened_.reset();
-  if (opening_) {  // in no file yet
+  if (opening_) {  // the opened entry is in no layout file yet
     saved_.reset();
     saved_is_next_ = false;
     begin_pass();
@@ -242,10 +243,10 @@ void RecoveryCopy::put_dropped_aside() {
   current_file_.clear();
   written_.reset();
   const auto file = folder_.set_aside(current_layout_);
-  if (const auto dropped = RecoveryFolder::read(file)) tell_of_dropped(*dropped);
+  if (const auto dropped = RecoveryFolder::read(file)) report_kept(*dropped);
 }
 
-// A complete file that was written with the cut file holds all of that.
+// If a complete file was written together with the cut file, it holds everything in the cut file.
 bool RecoveryCopy::before_overwrite(const std::string& path) {
   const auto file = read_regular_file(path, largest_layout + 1);
   const bool kept = before_losing_complete(path);
@@ -262,16 +263,16 @@ bool RecoveryCopy::before_losing_complete(const std::string& path) {
   return !complete.read() || keep_complete(path, complete.text());
 }
 
-/// The same text is kept once.
+/// Keeps a complete file's text as an entry, unless an entry has that text already.
 bool RecoveryCopy::keep_complete(const std::string& layout, const std::string& text) {
   constexpr auto kind = KeptText::Kind::complete;
   return is_kept(kind, layout, text) || keep_text(kind, layout, text);
 }
 
-/// Writes an entry and waits for it. False if that fails.
+/// Writes an entry and waits until it is on disk. False if that fails.
 bool RecoveryCopy::keep_text(KeptText::Kind kind, const std::string& layout, std::string text) {
   if (const auto problem = folder_.problem(); !problem.empty()) {
-    tell_trouble(problem);
+    report_trouble(problem);
     return false;
   }
   const KeptText kept{.kind = kind,
@@ -282,7 +283,7 @@ bool RecoveryCopy::keep_text(KeptText::Kind kind, const std::string& layout, std
   const auto file = folder_.free_file(layout, kept.time);
   writer_.write(file, kept.bytes());
   writer_.finish();
-  report();
+  report_outcome();
   return Glib::file_test(file, Glib::FILE_TEST_EXISTS);
 }
 
@@ -292,7 +293,7 @@ void RecoveryCopy::saved() {
   opened_.reset();
   expect_saved_text();
   writer_.finish();
-  folder_.set_aside(Layout::get().get_path());  // of another document that was there before
+  folder_.set_aside(Layout::get().get_path());  // a copy of another document of that path
   refresh();
 }
 
@@ -304,24 +305,25 @@ void RecoveryCopy::could_not_open(const std::string& path) {
 
 // --- What has been found, and what is offered ---
 
-// A complete file of another time is gone with the next Save.
+// The next Save removes a complete file that belongs to another version, so its text is kept now.
 void RecoveryCopy::opened_whole(const std::string& path) {
   adopt_stray(path);
   refresh();
 }
 
-/// Takes files with work of an earlier run, or of an earlier time in this one.
+/// Remembers files with work of an earlier run, or from earlier in this run, for `compare_found`.
 void RecoveryCopy::adopt(const std::vector<std::string>& files) {
   for (const auto& file : files) {
     if (auto about = RecoveryFolder::read(file)) {
       found_.push_back({file, std::move(*about)});
     } else {
-      tell_of_damaged({folder_.set_damaged(file)});
+      report_damaged({folder_.set_damaged(file)});
     }
   }
 }
 
-/// A program was stopped while it wrote into the file, or into the complete file beside it.
+/// Finds out whether a program was killed while it wrote in place into the layout file or into the
+/// complete file beside it.
 void RecoveryCopy::adopt_overwritten(const std::string& layout) {
   if (layout.empty()) return;
   for (const auto& path : {layout, CompleteFile(layout).path()}) {
@@ -332,7 +334,8 @@ void RecoveryCopy::adopt_overwritten(const std::string& layout) {
   }
 }
 
-/// Whether the file differs from the copy of what it held, which is kept then.
+/// True if the file differs from the safety copy of its old content; the old content is then kept
+/// as an entry.
 bool RecoveryCopy::adopt_overwritten_file(const std::string& path, const std::string& layout) {
   const auto copy = copy_of_overwritten(path);
   const auto old = read_regular_file(copy, largest_layout);
@@ -348,7 +351,8 @@ bool RecoveryCopy::adopt_overwritten_file(const std::string& path, const std::st
   return is_damaged && is_kept;
 }
 
-/// The complete file beside that layout belongs to another version of it. Each start finds it anew.
+/// Keeps the complete file beside the layout, which belongs to another version of the layout, as an
+/// entry. Each start finds the complete file again.
 void RecoveryCopy::adopt_stray(const std::string& layout) {
   CompleteFile complete(layout);
   if (!complete.read() || !keep_complete(layout, complete.text())) return;
@@ -367,28 +371,28 @@ bool RecoveryCopy::is_kept(KeptText::Kind kind, const std::string& layout,
   return false;
 }
 
-void RecoveryCopy::tell_of_damaged(const std::vector<std::string>& files) {
+void RecoveryCopy::report_damaged(const std::vector<std::string>& files) {
   for (const auto& file : files) {
     add_status(Glib::ustring::compose(_("A recovery copy was found, but it is damaged: %1"),
                                       Glib::filename_display_name(file)));
   }
 }
 
-/// What the document holds anyway was not lost.
+/// Reports found work, except for a text that equals the document: that was not lost.
 void RecoveryCopy::compare_found(std::string_view text) {
   if (found_.empty()) return;
   for (const auto& entry : found_) {
     if (entry.about.text == text && entry.about.layout == Layout::get().get_path()) {
       g_unlink(entry.file.c_str());
     } else if (!entry.about.quit || entry.about.time > time_of_file(entry.about.layout)) {
-      tell_of(entry);
+      report_found(entry);
     }
   }
   found_.clear();
   refresh();
 }
 
-void RecoveryCopy::tell_of(const Entry& entry) {
+void RecoveryCopy::report_found(const Entry& entry) {
   add_status(Glib::ustring::compose(
       _("Unsaved work on %1 was found, of %2. To open it choose %3."),
       display_name(entry.about.layout),
@@ -396,12 +400,12 @@ void RecoveryCopy::tell_of(const Entry& entry) {
       way_to_entries(entry.about.layout)));
 }
 
-void RecoveryCopy::tell_of_dropped(const KeptText& dropped) {
+void RecoveryCopy::report_kept(const KeptText& dropped) {
   add_status(Glib::ustring::compose(_("The unsaved work on %1 is kept: choose %2."),
                                     display_name(dropped.layout), way_to_entries(dropped.layout)));
 }
 
-/// Adds to what the status line says of the same action.
+/// Appends the message to a text that the same action has put in the status line.
 void RecoveryCopy::add_status(const Glib::ustring& message) {
   const auto before = get_status();
   const bool stale = before.empty() || before.raw() == stale_status_.raw();

@@ -19,71 +19,72 @@
 
 namespace zemblar {
 
-/// Keeps copies of work that is in no file, so that neither a killed program nor New, Open, Quit
-/// or Save As loses it.
+/// Keeps copies of unsaved work, so that it survives a killed program and New, Open, Quit and Save
+/// As.
 ///
-/// Some seconds after a change the document is written as text, in slices of a few milliseconds
-/// from the idle main loop, and compared with what its file holds; where it differs a thread puts
-/// it in a file of its own, which belongs to the path of the layout file and is never that file.
-/// The copy goes when the layout has been saved.
+/// Some seconds after a change the document is composed as text, in slices of a few milliseconds
+/// from the idle main loop, and compared with the content of its layout file. If the two differ, a
+/// thread writes the text to a copy: a separate file that belongs to the path of the layout file.
+/// Saving the layout removes the copy.
 ///
-/// A copy that is there when its document is opened is work that got lost. It is set aside, the
-/// status line says so, and it can be opened like what New and Open have dropped and what Save As
-/// has replaced. Of each layout twenty of these stay.
+/// A copy that exists when its document is opened is lost work. It is set aside as an entry, and
+/// the status line says so. Documents that New and Open have dropped, and files that Save As has
+/// replaced, become entries as well. Every entry can be opened; the newest twenty of each layout
+/// are kept.
 ///
-/// There is one at most. It lives on the main loop's thread.
+/// There is at most one instance, used on the thread of the main loop.
 class RecoveryCopy : private DocumentKeeper {
  public:
   explicit RecoveryCopy(const std::string& folder = RecoveryFolder::usual_path());
-  /// Ends without a last copy, as if the program were killed.
+  /// Destroys the instance without a last copy, as if the program were killed; see `finish`.
   ~RecoveryCopy() override;
   RecoveryCopy(const RecoveryCopy&) = delete;
   RecoveryCopy& operator=(const RecoveryCopy&) = delete;
 
-  /// Null when there is none.
+  /// The instance, or null.
   static RecoveryCopy* get() { return current_; }
 
   enum class End {
-    quit,   ///< the person wants it
+    quit,   ///< the user quits the program
     forced  ///< by a signal, or the end of the session
   };
 
-  /// The document is there with which the program starts. `wanted` is the path of the layout that
-  /// was to be opened; its copy is looked for even though the file cannot be read.
+  /// Call when the document of the program's start is loaded. `wanted` is the path of the layout to
+  /// open at the start; copies of it are found even if the file could not be read.
   void start(const std::string& wanted);
-  /// Takes the last copy. Nothing is kept afterwards. What a person has dropped knowingly, with
-  /// Quit, is told at the next start only if the file has not been written since.
+  /// Writes the last copy and stops. The next start reports work that was unsaved at Quit only if
+  /// the layout file has not been written since.
   void finish(End end = End::quit);
 
   using Entry = RecoveryFolder::Entry;
-  /// What can be opened now, the newest first: what belongs to the document's file, or everything
-  /// while it has none, since Save cannot put it in a wrong file then.
+  /// The entries that can be opened now, the newest first: those of the document's file, or all
+  /// entries while the document has no file, since Save cannot write to a wrong file then.
   [[nodiscard]] std::vector<Entry> offered() const;
-  /// Replaces the document by that one; its file stays what it was. The status line tells of a
-  /// failure, and nothing else happens then.
+  /// Replaces the document by the entry in `file`; the document keeps its layout file. On a failure
+  /// the status line says why, and nothing else changes.
   void open(const std::string& file);
-  /// Whether the document differs from what its file holds, as the last copy has found: some
-  /// seconds after the change. A document without a file differs from an empty one.
+  /// True if the document differed from the content of its file when they were last compared, some
+  /// seconds after a change. A document without a file is compared with an empty one.
   [[nodiscard]] bool has_unsaved_work() const { return unsaved_; }
   /// `has_unsaved_work` has changed.
   sigc::signal<void>& signal_unsaved_changed() { return signal_unsaved_changed_; }
-  /// What is offered has changed.
+  /// The result of `offered` has changed.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
  private:
   using Hash = std::size_t;
 
   void before_drop() override;
-  void begun() override;
+  void document_begun() override;
   bool before_overwrite(const std::string& path) override;
   bool before_losing_complete(const std::string& path) override;
   void saved() override;
   void could_not_open(const std::string& path) override;
   void opened_whole(const std::string& path) override;
 
-  void look();
-  void report();
-  void tell_trouble(const Glib::ustring& problem);
+  void check();
+  void report_outcome();
+  void report_trouble(const Glib::ustring& problem);
   void begin_pass();
   bool take_step();
   bool write_slice();
@@ -95,7 +96,7 @@ class RecoveryCopy : private DocumentKeeper {
   [[nodiscard]] bool untouched() const;
   bool keep_complete(const std::string& layout, const std::string& text);
   bool keep_text(KeptText::Kind kind, const std::string& layout, std::string text);
-  void tell_of_damaged(const std::vector<std::string>& files);
+  void report_damaged(const std::vector<std::string>& files);
   void adopt(const std::vector<std::string>& files);
   void adopt_overwritten(const std::string& layout);
   bool adopt_overwritten_file(const std::string& path, const std::string& layout);
@@ -103,8 +104,8 @@ class RecoveryCopy : private DocumentKeeper {
   [[nodiscard]] bool is_kept(KeptText::Kind kind, const std::string& layout,
                              const std::string& text) const;
   void compare_found(std::string_view text);
-  void tell_of(const Entry& entry);
-  void tell_of_dropped(const KeptText& dropped);
+  void report_found(const Entry& entry);
+  void report_kept(const KeptText& dropped);
   void put_dropped_aside();
   void add_status(const Glib::ustring& message);
   void refresh();
@@ -113,20 +114,20 @@ class RecoveryCopy : private DocumentKeeper {
 
   RecoveryFolder folder_;
   std::vector<Entry> entries_;
-  std::vector<Entry> found_;           // not yet compared with their documents
-  std::optional<std::string> opened_;  // the file that the document was opened from
+  std::vector<Entry> found_;           // entries not yet compared with the document
+  std::optional<std::string> opened_;  // the entry that the document was opened from
   bool opening_ = false;
-  Glib::ustring stale_status_;  // of something earlier
+  Glib::ustring stale_status_;  // text of the status line before the present action
 
-  std::optional<Hash> saved_;   // of the text of what the file holds
-  bool saved_is_next_ = false;  // the next pass finds that out
+  std::optional<Hash> saved_;   // hash of the document's text as saved
+  bool saved_is_next_ = false;  // the next pass sets `saved_`
   ChangeCount::Count edits_at_save_ = 0;
-  bool unsaved_ = false;         // the last text differed from that
-  std::optional<Hash> written_;  // of the text in the current copy
-  std::string current_file_;     // of that copy; empty for none
-  std::string current_layout_;   // that it belongs to
+  bool unsaved_ = false;         // the last text differed from the saved one
+  std::optional<Hash> written_;  // hash of the text in the current copy
+  std::string current_file_;     // path of the current copy; empty for none
+  std::string current_layout_;   // path of the layout that the current copy belongs to
 
-  std::unique_ptr<DocumentText> pass_;  // under way
+  std::unique_ptr<DocumentText> pass_;  // the text being composed; null between passes
   enum class Step { write, compare, release } step_ = Step::write;
   Clock::duration pass_cost_{};
   ChangeCount::Count structure_of_pass_ = 0;
@@ -137,7 +138,7 @@ class RecoveryCopy : private DocumentKeeper {
   sigc::signal<void> signal_unsaved_changed_;
   StatusNote trouble_;
   BackgroundWriter writer_;
-  Timeout look_;
+  Timeout check_timer_;
   ScopedConnection slices_;
 };
 

@@ -20,10 +20,10 @@ namespace {
 
 constexpr std::string_view current_extension = ".current";
 constexpr std::string_view aside_extension = ".kept";
-// What the toolkit calls its temporary files.
+// Prefix of the toolkit's temporary files.
 constexpr std::string_view left_behind = ".goutputstream-";
 constexpr std::ptrdiff_t kept_count = 20;
-// Three bytes for each of the longest path, and some lines.
+// The longest path, with three bytes per character when escaped, and some lines.
 constexpr std::size_t longest_head = 16384;
 // The private form of a layout is somewhat longer than its file.
 constexpr std::size_t largest_text = 2 * largest_layout;
@@ -119,7 +119,7 @@ std::vector<std::string> RecoveryFolder::names() const try {
   Glib::Dir folder(path_);
   return {folder.begin(), folder.end()};
 } catch (const Glib::FileError&) {
-  return {};  // nothing has been kept yet
+  return {};  // the folder does not exist yet
 }
 
 std::vector<RecoveryFolder::Entry> RecoveryFolder::entries() const {

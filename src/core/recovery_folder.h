@@ -11,9 +11,9 @@
 
 namespace zemblar {
 
-/// The folder with texts that belong to layouts: for each layout at most one that this program
-/// writes again and again while the layout is worked on, and those that have been set aside. Other
-/// programs may use the folder at the same time; each has current files of its own.
+/// The folder of backup texts. For each layout it has at most one current file of this process,
+/// which is rewritten while the layout is edited, and the entries that have been set aside. Other
+/// processes may use the folder at the same time; each has its own current files.
 class RecoveryFolder {
  public:
   explicit RecoveryFolder(const std::string& path) : path_(path), slot_(path) {}
@@ -21,39 +21,41 @@ class RecoveryFolder {
   /// `zemblar/recovery` in the user's configuration directory.
   [[nodiscard]] static std::string usual_path();
 
-  /// Why the folder cannot be used, for the person; empty if it can, or does not exist yet.
+  /// A message why the folder cannot be used; empty if it can be used or does not exist yet.
   [[nodiscard]] Glib::ustring problem() const;
 
-  /// A text that has been set aside, without the text.
+  /// A backup that has been set aside. `about` has everything but the text.
   struct Entry {
     std::string file;
     KeptText about;
   };
 
-  /// The file for the work on that layout; for a document without a file if `layout` is empty.
+  /// The current file for that layout; an empty `layout` stands for a document without a file.
   [[nodiscard]] std::string current_file(const std::string& layout) const;
-  /// A name for a text that is set aside.
+  /// An unused file name for a new entry.
   [[nodiscard]] std::string free_file(const std::string& layout, gint64 time) const;
-  /// Gives the current file of that layout another name, where it stays. Empty when there is none.
+  /// Renames the current file of that layout, so that it becomes an entry. Returns the new name;
+  /// empty when there is no current file.
   std::string set_aside(const std::string& layout) const;
-  /// Does this also to the files of programs that have ended, of that layout or of all. Returns the
-  /// new names.
+  /// Does this also with the current files of processes that have ended, for one layout or for all.
+  /// Returns the new names.
   [[nodiscard]] std::vector<std::string> set_all_aside(
       const std::optional<std::string>& layout = {}) const;
 
-  /// The newest first; damaged ones are passed over.
+  /// All entries, the newest first. Damaged ones are skipped.
   [[nodiscard]] std::vector<Entry> entries() const;
-  /// Of each layout, removes all but twenty entries. What a file held before goes first, and the
-  /// newest entry stays in any case.
+  /// Removes all but twenty entries of each layout, those of kind `replaced` first. The newest
+  /// entry always stays.
   void prune() const;
-  /// Gives the file a name by which it is not looked at again.
+  /// Renames a damaged file so that it is ignored from now on, and returns the new name.
   std::string set_damaged(const std::string& file) const;
-  /// Does this to all that should be entries and cannot be read.
+  /// Does this with all damaged entries, and returns the new names.
   [[nodiscard]] std::vector<std::string> set_damaged_aside() const;
-  /// Lets the owner alone read what is here, and removes what killed programs left behind.
+  /// Makes the files readable for their owner alone, and removes temporary files of killed
+  /// programs.
   void clean_up() const;
 
-  /// None when the file is not there, or damaged.
+  /// No value when the file is missing or damaged.
   [[nodiscard]] static std::optional<KeptText> read(const std::string& file);
   /// The same without the text.
   [[nodiscard]] static std::optional<KeptText> read_about(const std::string& file);

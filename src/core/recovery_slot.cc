@@ -15,12 +15,12 @@ namespace {
 
 constexpr unsigned lock_count = 16;
 
-// In the place of a descriptor.
+// Returned by `lock` instead of a descriptor.
 constexpr int cannot_open = -1;
 constexpr int is_taken = -2;
 constexpr int is_missing = -3;
 
-/// Whether the process that made this number of its own has ended.
+/// True if the process from whose id the number is derived has ended.
 bool has_ended(unsigned number) {
   return ::kill(static_cast<pid_t>(number - lock_count), 0) != 0 && errno == ESRCH;
 }
@@ -50,7 +50,7 @@ int RecoverySlot::lock(unsigned number, int create) const {
   return is_taken;
 }
 
-// A lock that cannot be opened is somebody else's, and may be held.
+// A lock file that cannot be opened belongs to another user, and may be locked.
 bool RecoverySlot::is_free(unsigned number) const {
   if (number == number_) return true;
   if (number >= lock_count) return has_ended(number);

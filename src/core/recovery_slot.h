@@ -4,13 +4,13 @@
 
 namespace zemblar {
 
-/// The number by which a program tells its files in a folder from those of other programs that run
+/// The number by which a process tells its files in a folder from those of other processes that run
 /// at the same time.
 ///
-/// A program takes the lowest free number and holds a lock on the file `FOLDER.lock-NUMBER`. The
-/// system drops the lock when the process ends, however it ends: files with a number that is not
-/// held were left by a program that is gone. Where no lock can be had, the number is made of that
-/// of the process.
+/// A process takes the lowest free number and holds a lock on the file `FOLDER.lock-NUMBER`. The
+/// system releases the lock when the process ends, however it ends, so files whose number is not
+/// locked were left by a process that has ended. If no lock file can be locked, the number is
+/// derived from the process id.
 class RecoverySlot {
  public:
   /// Takes a number.
@@ -20,7 +20,7 @@ class RecoverySlot {
   RecoverySlot& operator=(const RecoverySlot&) = delete;
 
   [[nodiscard]] unsigned number() const { return number_; }
-  /// Whether it is the own number, or one that no running program holds.
+  /// True for the own number, and for a number that no running process holds.
   [[nodiscard]] bool is_free(unsigned number) const;
 
  private:

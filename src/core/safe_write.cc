@@ -23,14 +23,15 @@ namespace {
 constexpr mode_t usual_mode = 0666;
 constexpr mode_t private_mode = 0600;
 
-/// The name of the file's copy. Other files may have the same name, in other folders.
+/// The path of the file's copy, made from a digest of the full path because files in different
+/// folders may have the same name.
 std::string copy_path(const std::string& path) {
   return Glib::build_filename(Glib::get_user_data_dir(), "zemblar", "saved-copies",
                               digest_of(path).substr(0, 32) + ".zblt");
 }
 
-/// Puts a copy of the file where it can stay. A copy that is there already is not touched: it is
-/// the last good state of a file that has been cut off since.
+/// Copies the file to the user's data directory and returns the path of the copy. An existing copy
+/// is not overwritten: it is the last good state of a file that has been cut off since.
 std::string copy_aside(const std::string& path) {
   const auto copy = copy_path(path);
   if (Glib::file_test(copy, Glib::FILE_TEST_EXISTS)) return copy;
@@ -55,8 +56,8 @@ class OpenFile {
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
 
-  /// Takes the room that the new bytes need, while the old ones are still there. The library reads
-  /// the file for that where the file system cannot do it.
+  /// Allocates the disk space for the new bytes while the old ones still exist. If the file system
+  /// does not support this, the C library reads and rewrites the file instead.
   void reserve(off_t old_size, std::size_t size) {
     errno = ::posix_fallocate(fd_, 0, static_cast<off_t>(size));
     if (errno == 0 || errno == EOPNOTSUPP || errno == EINVAL) return;
@@ -74,7 +75,7 @@ class OpenFile {
   int fd_;
 };
 
-/// One call of `write_safely`, with what its failure would leave.
+/// One call of `write_safely`, and where the old bytes are if it fails.
 class SafeWrite {
  public:
   explicit SafeWrite(const std::string& path) : path_(target_of(path)) {
@@ -94,7 +95,7 @@ class SafeWrite {
     if (::faccessat(AT_FDCWD, path_.c_str(), W_OK, AT_EACCESS) != 0) throw_errno();
   }
 
-  /// For the person, after a failure.
+  /// What the user is told after a failure.
   [[nodiscard]] Glib::ustring remains() const {
     if (!exists_) return _("Nothing has been written.");
     const auto copy = copy_of_overwritten(path_);
@@ -117,7 +118,7 @@ class SafeWrite {
       const auto wanted = mode.value_or(old_.st_mode);
       if (file->take_attributes(old_.st_uid, old_.st_gid, wanted)) return file;
     } catch (const Gio::Error&) {
-      // The folder takes no new file.
+      // No file can be created in the folder.
     }
     return nullptr;
   }
@@ -168,7 +169,7 @@ void remove_copy_of_overwritten(const std::string& path) {
 
 namespace {
 
-/// Runs one step of a save, with its failure told for the person.
+/// Runs one step of a save; a failure gets the text that the user is told.
 template <typename Step>
 void save_step(const Glib::RefPtr<Gio::File>& file, Step step) {
   SafeWrite safe(file->get_path());

@@ -11,28 +11,27 @@ namespace zemblar {
 /// Replaces the content of a file so that neither a failure nor the end of the program loses
 /// anything.
 ///
-/// Where the folder allows it the bytes go to a temporary file that takes the place of the old one
-/// when it is complete. Where the file must be written in place (it has several hard links, or no
-/// temporary with its owner can be made beside it) a copy of the old bytes is kept first, in the
-/// user's data directory, and removed after success. A symbolic link stays one; its target is
-/// replaced.
+/// If the folder allows it, the bytes go to a temporary file that replaces the old one when
+/// complete. If the file must be written in place (it has several hard links, or no temporary file
+/// with the same owner can be made beside it), a copy of the old bytes is first put in the user's
+/// data directory, and removed after success. A symbolic link stays one; its target is replaced.
 ///
-/// A new file gets the usual permissions and an old one keeps its own, unless there is a `mode`.
+/// Without `mode`, a new file gets the usual permissions and an existing one keeps its own.
 ///
 /// Throws Gio::Error. Its text says what went wrong and whether the old bytes are in their place or
 /// where their copy is.
 void write_safely(const Glib::RefPtr<Gio::File>& file, const std::string& bytes,
                   std::optional<mode_t> mode = {});
 
-/// Throws as `write_safely` does for a file that it would refuse to replace, before anything that
-/// belongs to the file is written.
+/// Throws as `write_safely` does for a file that it would refuse to replace. Call it before writing
+/// other files that belong to this one.
 void require_writable(const Glib::RefPtr<Gio::File>& file);
 
-/// Follows symbolic links.
+/// The path after following symbolic links.
 [[nodiscard]] std::string target_of(const std::string& path);
 
-/// The copy of the old bytes that is there when writing in place has come to no good end; empty if
-/// there is none.
+/// The path of the copy of the old bytes that remains when writing in place has failed or was
+/// interrupted; empty if there is none.
 [[nodiscard]] std::string copy_of_overwritten(const std::string& path);
 void remove_copy_of_overwritten(const std::string& path);
 

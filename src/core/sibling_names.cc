@@ -18,7 +18,7 @@ std::size_t hash_of(const Glib::ustring& name) {
   return std::hash<std::string>()(name.raw());
 }
 
-/// The number that makes `name` out of `format`; none when it is no such name.
+/// The number with which `format` gives `name`; no value when no number does.
 std::optional<unsigned> number_in(const std::string& name, const std::string& format) {
   const auto place = format.find(place_of_number);
   if (place == std::string::npos) return std::nullopt;
@@ -82,7 +82,8 @@ void SiblingNames::erase(const Glib::ustring& name, const Object* child) {
   }
 }
 
-// Moves those behind the hole up that are no longer to be found across it.
+// Fills the hole with following slots that a search, which ends at a free slot, would no longer
+// find.
 void SiblingNames::vacate(std::size_t hole) {
   for (auto at = next(hole); slots_[at].child; at = next(at)) {
     const auto from_home = home(at - slots_[at].hash);

@@ -11,23 +11,24 @@ namespace zemblar {
 
 class Object;
 
-/// Who among one object's children has which name, in constant time.
+/// Finds an object's child by name, in constant time.
 ///
 /// Names are compared by their bytes: the collating comparison of Glib::ustring takes different
-/// names ("Zone 2" and "Zone ²") for equal, and no hash index could agree with it.
+/// names ("Zone 2" and "Zone ²") for equal, which no hash index can do.
 ///
-/// The index is one flat table of hashes and children, whose own names are compared: renaming ten
-/// thousand children touches little else, where nodes of a map would each miss the cache.
+/// The index is one flat table of hashes and children; a name is compared with that of the child.
+/// So renaming ten thousand children touches little memory, where each node of a map would miss the
+/// cache.
 class SiblingNames {
  public:
   [[nodiscard]] Object* find(const Glib::ustring& name) const;
-  /// Does nothing when somebody has the name.
+  /// Does nothing when a child has the name already.
   void insert(const Glib::ustring& name, Object* child);
-  /// Forgets the name if it is `child`'s.
+  /// Removes the name if it belongs to `child`.
   void erase(const Glib::ustring& name, const Object* child);
 
-  /// `format` composed with the lowest number from 1 whose name nobody has. A format without a
-  /// place for the number yields itself.
+  /// `format` composed with the lowest number, from 1, that gives a free name. Returns a format
+  /// without a place for the number unchanged.
   [[nodiscard]] Glib::ustring free_name(const Glib::ustring& format);
 
  private:
@@ -41,16 +42,17 @@ class SiblingNames {
   void grow();
   void vacate(std::size_t hole);
 
-  std::vector<Slot> slots_;  // a power of two, at most half of them taken; empty at first
+  std::vector<Slot> slots_;  // a power of two of slots, at most half of them taken; empty at first
   std::size_t taken_ = 0;
-  /// Every smaller number is taken, so adding n children looks at each number once.
+  /// The lowest number that may be free for a format; all below are taken. So adding n children
+  /// tries each number once.
   struct Candidate {
     std::string format;
     unsigned number = 1;
   };
   unsigned& candidate(const Glib::ustring& format);
 
-  // Siblings have few formats, and most have one.
+  // Siblings have few formats; most have one.
   boost::container::small_vector<Candidate, 1> candidates_;
 };
 

@@ -12,16 +12,16 @@ namespace {
 
 constexpr std::chrono::milliseconds readable_time(200);
 
-/// Never destroyed, as notes may live in static objects.
+/// Never destroyed, because static objects may have notes.
 struct Line {
   Glib::ustring text{};
-  StatusNote* shown = nullptr;       // the note that the text is of
-  std::vector<StatusNote*> notes{};  // those with a trouble, the oldest first
+  StatusNote* shown = nullptr;       // the note that the line shows, or null
+  std::vector<StatusNote*> notes{};  // notes with a trouble, the oldest first
   struct Past {
     std::deque<ToldStatus> history{};  // the newest first
-    unsigned long told = 0;            // entries there ever were in it
-    Clock::time_point entered{};       // when the newest one came
-    bool is_trouble = false;           // the newest one
+    unsigned long told = 0;            // number of all entries so far
+    Clock::time_point entered{};       // when the newest entry was made
+    bool is_trouble = false;           // whether the newest entry is of a note
   } past{};
 };
 
@@ -30,8 +30,8 @@ Line& line() {
   return *the_line;
 }
 
-/// A text that nobody could read before another one came has no entry of its own, unless it tells
-/// of a trouble: the parts of one action often replace each other.
+/// A text that was shown too shortly to be read gets no entry of its own, unless it is a note's:
+/// the parts of one action often replace each other.
 void enter_into_history(const Glib::ustring& text, bool of_trouble) {
   if (text.empty()) return;
   auto& [history, told, entered, is_trouble] = line().past;
@@ -81,8 +81,8 @@ Glib::ustring with_sentence(const Glib::ustring& text, const Glib::ustring& sent
   return text + (text.raw().ends_with('.') ? " " : ". ") + sentence;
 }
 
-/// `owner` is the note that the text is of, or null. A library's message may quote half a character
-/// of a damaged file, and the toolkit ends a program that shows that.
+/// `owner` is the note that has the text, or null. A library's message may quote half a UTF-8
+/// character of a damaged file, which would make the toolkit abort.
 void StatusNote::put(const Glib::ustring& text, StatusNote* owner) {
   auto* replaced = std::exchange(line().shown, owner);
   if (replaced && replaced != owner) replaced->due_ = true;
@@ -98,10 +98,10 @@ StatusNote* StatusNote::newest_due() {
   return found == notes.rend() ? nullptr : *found;
 }
 
-/// False when that is known already.
-bool StatusNote::learn(const Glib::ustring& message) {
-  if (told_.raw() == message.raw()) return false;
-  told_ = message;
+/// Stores the message. False when it is the stored one already.
+bool StatusNote::store(const Glib::ustring& message) {
+  if (message_.raw() == message.raw()) return false;
+  message_ = message;
   std::erase(line().notes, this);
   line().notes.push_back(this);
   return true;
@@ -109,22 +109,22 @@ bool StatusNote::learn(const Glib::ustring& message) {
 
 void StatusNote::show() {
   due_ = false;
-  put(told_, this);
+  put(message_, this);
 }
 
 void StatusNote::tell(const Glib::ustring& message) {
-  if (learn(message)) show();
+  if (store(message)) show();
 }
 
 void StatusNote::offer(const Glib::ustring& message) {
-  if (!learn(message)) return;
+  if (!store(message)) return;
   if (line().text.empty() || line().shown == this) return show();
   due_ = true;
 }
 
 void StatusNote::take_back() {
-  if (told_.empty()) return;
-  told_.clear();
+  if (message_.empty()) return;
+  message_.clear();
   due_ = false;
   std::erase(line().notes, this);
   if (line().shown == this) clear_status();

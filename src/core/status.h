@@ -8,40 +8,41 @@
 
 namespace zemblar {
 
-/// The one status line that every window shows: what happened, to which object or file, and what
-/// to do next. Setting the text that is already there announces it again.
+/// Sets the text of the one status line, which every window shows: what happened, to which object
+/// or file, and what to do next. Setting the present text emits the signal again.
 void set_status(const Glib::ustring& message);
-/// Empties the line. A note that waits for it, or that another text has replaced, is shown then.
+/// Empties the line. A waiting StatusNote, or one that another text has replaced, is shown then.
 void clear_status();
 [[nodiscard]] Glib::ustring get_status();
 
-/// A text that was in the status line, and when it got there.
+/// An entry of the history: a text of the status line, and when it was set.
 struct ToldStatus {
-  unsigned long number;  ///< from 1, in the order in which they came
+  unsigned long number;  ///< counts all entries from 1, in order of time
   std::chrono::system_clock::time_point time;
   Glib::ustring text;
 };
 
-/// The last texts of the line, the newest first. A text that comes again while it is the newest one
-/// stays one entry, with the new time; one that another text replaces at once has none.
+/// The last texts of the line, the newest first. Repeating the newest text only updates its time. A
+/// text that was replaced before anybody could read it has no entry.
 [[nodiscard]] const std::deque<ToldStatus>& status_history();
 constexpr std::size_t status_history_length = 50;
 
-/// Whether the line tells of a trouble that lasts. Any other text gets old.
+/// True if the line shows a StatusNote, a trouble that lasts; any other text may be cleared after a
+/// while.
 [[nodiscard]] bool status_lasts();
 
-/// The text with one sentence more; it may lack its full stop.
+/// Appends a sentence to the text, adding a full stop to the text if it has none.
 [[nodiscard]] Glib::ustring with_sentence(const Glib::ustring& text, const Glib::ustring& sentence);
 
-/// Emitted on each of the above. It can be used before `main`.
+/// Emitted when the status line is set or cleared. May be connected before `main`.
 sigc::signal<void>& signal_status_changed();
 
-/// What one object has told of its present trouble: each message once, and none of it any longer
-/// than it is true.
+/// An object's message about a lasting trouble. Each message is announced once, and goes when the
+/// trouble is over.
 ///
 /// A note that another text has replaced is shown again when the line is free, as long as the
-/// trouble lasts: of several troubles the newest stands in the line, and its end uncovers the one
-/// before.
+/// trouble lasts. Among several troubles the newest is shown; when it is over, the one before is
+/// shown again.
 class StatusNote {
  public:
   StatusNote() = default;
@@ -49,25 +50,25 @@ class StatusNote {
   StatusNote(const StatusNote&) = delete;
   StatusNote& operator=(const StatusNote&) = delete;
 
-  /// Replaces what stands in the line. Nothing when that is what was told last.
+  /// Puts the message in the status line. Does nothing when this note's last message was the same.
   void tell(const Glib::ustring& message);
-  /// The same, but a text of somebody else stays for as long as the line shows it.
+  /// The same, but waits while the line shows a text that is not of this note.
   void offer(const Glib::ustring& message);
-  /// The trouble is over. A message of somebody else stays in the line.
+  /// Call when the trouble is over. Clears the line if it shows this note.
   void take_back();
-  [[nodiscard]] bool is_told() const { return !told_.empty(); }
+  [[nodiscard]] bool is_active() const { return !message_.empty(); }
 
  private:
   friend void set_status(const Glib::ustring& message);
   friend void clear_status();
 
   static void put(const Glib::ustring& text, StatusNote* owner);
-  bool learn(const Glib::ustring& message);
+  bool store(const Glib::ustring& message);
   void show();
   static StatusNote* newest_due();
 
-  Glib::ustring told_;
-  bool due_ = false;  // has not been shown yet, or was replaced while the trouble lasted
+  Glib::ustring message_;
+  bool due_ = false;  // not shown yet, or replaced by another text while the trouble lasted
 };
 
 }  // namespace zemblar

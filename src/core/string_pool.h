@@ -11,10 +11,10 @@ namespace zemblar {
 
 /// Counts how many objects use each string, so that an editor can offer the strings now in use.
 ///
-/// A string may have second-level strings that go with it, such as the values of an attribute.
-/// Each `add` has its `remove`: one too many, or a string removed before its second level, is a
-/// programming fault and fails an assertion. Strings are told apart and sorted by their bytes,
-/// since a collating comparison takes different strings for equal.
+/// A string may have second-level strings that go with it, such as the values of an attribute. Each
+/// `add` needs one `remove`: one too many, or a string removed before its second level, is a
+/// programming fault and fails an assertion. Strings are compared and sorted by their bytes, since
+/// a collating comparison takes different strings for equal.
 class StringPool {
  public:
   void add(const Glib::ustring& str);
@@ -28,8 +28,8 @@ class StringPool {
   /// The second-level strings of `str`; none for an unknown one.
   [[nodiscard]] std::vector<Glib::ustring> get_all(const Glib::ustring& str) const;
 
-  /// The set of strings has changed; not emitted when only a count has. The pool is consistent
-  /// when it is emitted, so a slot may use it.
+  /// The set of strings has changed; not emitted when only a count changes. A slot may use the
+  /// pool.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
  private:
@@ -40,7 +40,7 @@ class StringPool {
 };
 
 /// The names of all locomotive functions, and the attribute names and values of all locomotives.
-/// They outlive layouts, since two of those overlap while a file is opened.
+/// The pools outlive layouts, since two layouts exist at the same time while a file is opened.
 StringPool& function_names();
 StringPool& attribute_strings();
 

@@ -33,10 +33,10 @@ std::vector<std::string> notes() try {
   Glib::Dir folder(notes_folder());
   return {folder.begin(), folder.end()};
 } catch (const Glib::FileError&) {
-  return {};  // nothing has been written yet
+  return {};  // the folder does not exist yet
 }
 
-/// The file that the note names; empty for a link that is not ours.
+/// The path in the note; empty for a symbolic link that this class has not made.
 std::string noted_file(const std::string& note) {
   const std::unique_ptr<char, decltype(&g_free)> file(g_file_read_link(note.c_str(), nullptr),
                                                       g_free);
@@ -44,7 +44,7 @@ std::string noted_file(const std::string& note) {
   return file.get();
 }
 
-/// Whether some living program writes the file.
+/// True if a running program is writing the file.
 bool is_being_written(const std::string& file) {
   const int fd = ::open(file.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
   if (fd < 0) return false;
@@ -53,7 +53,7 @@ bool is_being_written(const std::string& file) {
   return locked;
 }
 
-/// Brings the folder's list of names to the disk.
+/// Flushes the folder's directory entries to disk.
 void sync_folder(const std::string& path) {
   const int fd = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (fd < 0) return;
@@ -89,7 +89,7 @@ TemporaryFile::~TemporaryFile() {
   if (!note_.empty()) g_unlink(note_.c_str());
 }
 
-// The note comes first: a program that is killed in between leaves a note of nothing.
+// Makes the note before the file: a program that is killed in between leaves only a note.
 void TemporaryFile::create(mode_t mode) {
   const auto folder = Glib::path_get_dirname(target_);
   for (;;) {

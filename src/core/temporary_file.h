@@ -7,18 +7,19 @@
 
 namespace zemblar {
 
-/// A file that is written under a name of its own beside `target` and takes its place when it is
-/// complete, so that the target is always the old file or the new one.
+/// A file that is written under a temporary name beside `target` and replaces it when complete, so
+/// that the target is always the old file or the new one.
 ///
-/// A note in the user's data directory names the file while it exists: what a killed program leaves
-/// behind is found at the next start, in whatever folder it is. A lock tells that the writer lives.
+/// While the file exists, a note in the user's data directory has its path, so that the next start
+/// finds what a killed program has left in any folder. A lock on the file shows that its writer
+/// still runs.
 ///
 /// All members throw Gio::Error.
 class TemporaryFile {
  public:
-  /// The process's mask takes bits from `mode`.
+  /// The process's umask is applied to `mode`.
   TemporaryFile(std::string target, mode_t mode);
-  /// Removes the file, unless it has taken the target's place.
+  /// Removes the file, unless it has replaced the target.
   ~TemporaryFile();
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -27,7 +28,7 @@ class TemporaryFile {
   [[nodiscard]] bool take_attributes(uid_t owner, gid_t group, mode_t mode);
   void set_mode(mode_t mode);
   void write(std::string_view bytes);
-  /// Replaces the target. The bytes are on the disk then, also if the power fails.
+  /// Replaces the target. On return the bytes are on disk and survive a power failure.
   void take_place();
 
   /// Removes the files of programs that were killed while they wrote.
@@ -38,14 +39,14 @@ class TemporaryFile {
   void note();
 
   std::string target_;
-  std::string path_;  // empty when the file has taken the target's place
+  std::string path_;  // empty when the file has replaced the target
   std::string note_;  // a symbolic link to `path_`; empty if none could be made
   int fd_ = -1;
 };
 
-/// Throws the Gio::Error that belongs to `errno`.
+/// Throws the Gio::Error for the value of `errno`.
 [[noreturn]] void throw_errno();
-/// Writes everything at the descriptor's place. Throws Gio::Error.
+/// Writes all bytes at the descriptor's current position. Throws Gio::Error.
 void write_fully(int fd, std::string_view bytes);
 
 }  // namespace zemblar

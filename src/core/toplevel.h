@@ -10,13 +10,13 @@ class Toplevel : public Object {
  public:
   [[nodiscard]] Section section() const { return section_; }
   [[nodiscard]] bool get_deletable() const override { return false; }
-  /// Whether the class of `child` has been registered for this container. "Points & Signals" asks
-  /// for points alone, and "Blocks" takes points as well, though a file puts them back under
-  /// "Points & Signals".
+  /// True if the class of `child` is registered for this container by `ToplevelAccepts`. "Points &
+  /// Signals" accepts points only. "Blocks" accepts points as well, but opening the saved file puts
+  /// them back under "Points & Signals".
   [[nodiscard]] bool can_contain(Object* child) const override;
 
  protected:
-  /// `display_name` is passed through gettext.
+  /// `display_name` is translated here.
   Toplevel(Section section, const char* display_name);
 
  private:

@@ -13,26 +13,27 @@ namespace zemblar {
 
 class Object;
 
-/// Reading and writing in the stream style, `node >> value` and `out << value`. All readers refuse
-/// what they cannot use with YAML::InvalidScalar at the node's place; none of them looks at the
-/// locale.
+/// Reading and writing in the stream style, `node >> value` and `out << value`. A reader throws
+/// YAML::InvalidScalar, with the node's place, for a value that it cannot use. No reader depends on
+/// the locale.
 
 YAML::Emitter& operator<<(YAML::Emitter& out, const Object& object);
-/// A reference: null, or the target's number in this file.
+/// Writes a reference: null, or the object's number in this file.
 YAML::Emitter& operator<<(YAML::Emitter& out, const Object* object);
-/// In classes of the toolkit's `Object` alone names that one, and would be written as a bool.
+/// Deleted because in a class of the toolkit the name `Object` means Glib::Object, whose pointer
+/// would be written as a bool.
 YAML::Emitter& operator<<(YAML::Emitter& out, const Glib::Object* object) = delete;
 YAML::Emitter& operator<<(YAML::Emitter& out, const Glib::ustring& text);
 
-/// A scalar; a null is none. Bytes that are no UTF-8 are replaced.
+/// Reads a scalar; a null node is refused. Invalid UTF-8 is replaced.
 void operator>>(const YAML::Node& node, Glib::ustring& text);
 void operator>>(const YAML::Node& node, std::string& text);
 /// "true" or "false", in the spellings that YAML 1.2 allows.
 void operator>>(const YAML::Node& node, bool& value);
 void operator>>(const YAML::Node& node, int& value);
-/// Decimal digits only: no sign, no other base.
+/// Accepts decimal digits only: no sign, no other base.
 void operator>>(const YAML::Node& node, unsigned& value);
-/// Finite numbers only.
+/// Accepts finite numbers only.
 void operator>>(const YAML::Node& node, double& value);
 
 /// The shortest text that reads back as the same number, with a point in every locale.
@@ -45,21 +46,21 @@ const std::string& scalar_of(const YAML::Node& node);
 /// The value of a key; throws YAML::TypedKeyNotFound for a missing one.
 YAML::Node required(const YAML::Node& node, const char* key);
 
-/// A whole number; none for one beyond the range of an int.
+/// A whole number; no value for one beyond the range of an int.
 [[nodiscard]] std::optional<int> read_fitting_int(const YAML::Node& node);
 
-/// Bytes of any kind: as a text when all are printable ASCII, else as binary data (base64).
+/// Writes arbitrary bytes: as text when all are printable ASCII, else as binary data (base64).
 void write_bytes(YAML::Emitter& out, const std::string& bytes);
 [[nodiscard]] std::string read_bytes(const YAML::Node& node);
 
-/// Asks the current layout to call `assign` with the object of that number, or with null when the
-/// file has none, once everything has been read. `assign` says whether it took the object.
+/// When everything has been read, the current layout calls `assign` with the object that has this
+/// number, or with null when there is none. `assign` returns true if it uses the object.
 void resolve_later(unsigned id, std::function<bool(Object*)> assign);
 
-/// Reads a reference. A null is stored at once; a number is looked up when the whole file has been
-/// read, and an unknown one, or an object of another class, leaves null. `target` must stay in its
-/// place until then: it is a member of an object under construction, and a load that fails drops
-/// the look-up instead of running it.
+/// Reads a reference. A null is stored at once. A number is looked up when the whole file has been
+/// read; an unknown number, or an object of another class, leaves null. `target` must exist until
+/// then: it is a member of the object being constructed, and a failed load drops the look-up
+/// instead of running it.
 template <typename T>
 requires std::is_class_v<T>
 void operator>>(const YAML::Node& node, T*& target) {
@@ -73,14 +74,14 @@ void operator>>(const YAML::Node& node, T*& target) {
   });
 }
 
-/// Reads the key when it is there; otherwise the value stays.
+/// Reads the key; `value` stays if there is no such key.
 template <typename T>
 void read_key(const YAML::Node& node, const char* key, T& value) {
   if (const auto child = node[key]) child >> value;
 }
 
-/// The tag of an entry that a layout file cannot hold: the emitter refuses it, and the file ends
-/// there. In the private form it is a tag like others. Without the leading `!`.
+/// The tag, given without its leading `!`, of an entry that a layout file cannot hold: the emitter
+/// refuses the tag, and the file ends there. In the private form the tag is an ordinary one.
 [[nodiscard]] YAML::_Tag unwritable_tag(const std::string& tag);
 
 }  // namespace zemblar

@@ -205,7 +205,7 @@ void EditStep::make_drawings(const std::vector<const Part*>& order, State from, 
     if (!view || drawing) continue;
     const auto entry = YAML::Load(state.entry);
     drawing = ViewClass::find(entry.Tag())->load(entry);
-    numbers_->drawings.give(drawing, part->number);
+    numbers_->drawings.assign(drawing, part->number);
     view->insert_object(drawing, state.place);
   }
   Layout::get().resolve();
@@ -224,7 +224,7 @@ void EditStep::replace_drawing(const Part& part, State to) const {
   const auto entry = YAML::Load((part.*to).entry);
   view.remove_object(former);
   auto* drawing = ViewClass::find(entry.Tag())->load(entry);
-  numbers_->drawings.give(drawing, part.number);
+  numbers_->drawings.assign(drawing, part.number);
   view.insert_object(drawing, place);
 }
 

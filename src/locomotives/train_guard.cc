@@ -116,7 +116,7 @@ void TrainGuard::tell_missing(const Glib::ustring& why) {
 // The station's own word about its power comes some time after the guard's end.
 void TrainGuard::follow_power() {
   if (process_ && Clock::now() - began_ > shortest_life) missing_.take_back();
-  if (!stopped_.is_told() || Clock::now() - ended_ < shortest_life) return;
+  if (!stopped_.is_active() || Clock::now() - ended_ < shortest_life) return;
   const auto is_on = [](const auto& one) { return one.first->track_power(); };
   if (std::ranges::any_of(told_, is_on)) stopped_.take_back();
 }
@@ -137,7 +137,7 @@ void TrainGuard::begin_to_beat() {
 }
 
 bool TrainGuard::start() try {
-  if (missing_.is_told() && Clock::now() - began_ < pause_between_starts) return false;
+  if (missing_.is_active() && Clock::now() - began_ < pause_between_starts) return false;
   began_ = Clock::now();
   process_ = std::make_unique<GuardProcess>(program_);
   process_->signal_ended().connect(sigc::mem_fun(*this, &TrainGuard::on_ended));

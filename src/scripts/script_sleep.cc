@@ -30,7 +30,7 @@ void tell_sleepers() {
 [[maybe_unused]] const auto opened =
     Layout::signal_replaced().connect(sigc::ptr_fun(&tell_sleepers));
 [[maybe_unused]] const auto woken = signal_sleeping_changed().connect([] {
-  if (note().is_told() && sleeping_scripts() == 0) note().take_back();
+  if (note().is_active() && sleeping_scripts() == 0) note().take_back();
 });
 
 // A run may end scripts.
