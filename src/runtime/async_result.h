@@ -34,7 +34,8 @@ class AsyncResult : public Gio::AsyncResult, public Glib::Object {
   AsyncResult(Glib::RefPtr<Glib::Object> source, T value)
       : Glib::ObjectBase("AsyncResult"), source_(std::move(source)), value_(std::move(value)) {}
 
-  /// Callers own what they get, but giomm passes the pointer on without a reference for them.
+  /// The caller owns the result, but giomm passes the pointer on without taking a reference, so one
+  /// is taken here.
   Glib::RefPtr<Glib::ObjectBase> get_source_object_vfunc() override {
     if (source_) source_->reference();
     return source_;
@@ -45,7 +46,7 @@ class AsyncResult : public Gio::AsyncResult, public Glib::Object {
   T value_;
 };
 
-/// Completes `slot` at once with an error, as if the operation had been started and had failed.
+/// Calls `slot` at once with an error, as if the operation had been started and had failed.
 template <class E>
 void complete_with_error(const Gio::SlotAsyncReady& slot, Glib::RefPtr<Glib::Object> source,
                          const E& error) {
@@ -54,7 +55,7 @@ void complete_with_error(const Gio::SlotAsyncReady& slot, Glib::RefPtr<Glib::Obj
   slot(result);
 }
 
-/// The value of a completed operation of the program's own, or its error, thrown.
+/// Returns the value of a completed operation of the program's own, or throws its error.
 template <class T>
 T finish_result(const Glib::RefPtr<Gio::AsyncResult>& result) {
   auto result_normal = Glib::RefPtr<AsyncResult<T>>::cast_dynamic(result);
@@ -71,8 +72,8 @@ T finish_result(const Glib::RefPtr<Gio::AsyncResult>& result) {
 ///
 /// `start` runs when the fiber is suspended and starts the operation with the given completion
 /// slot, which may also be called at once; it throws only before it has passed the slot on.
-/// `finish` runs in the completion. Returns what `finish` returns; what either throws comes out
-/// here, on the fiber.
+/// `finish` runs in the completion. Returns what `finish` returns. An exception from either is
+/// thrown here, on the fiber.
 template <class Start, class Finish>
 auto await(Start start, Finish finish) {
   using Result = std::invoke_result_t<Finish&, Glib::RefPtr<Gio::AsyncResult>&>;
@@ -92,7 +93,7 @@ auto await(Start start, Finish finish) {
     }
     fiber::resume(f, 0);
   };
-  // The fiber goes on when `start` has returned, also after a completion at once.
+  // The fiber continues when `start` has returned, even if the operation completes inside `start`.
   fiber::yield([&start, &complete](fiber* f) {
     try {
       start(Gio::SlotAsyncReady(

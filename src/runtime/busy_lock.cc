@@ -35,7 +35,7 @@ void Busy::wait_free() {
 }
 
 void Busy::wake_waiters() {
-  // Taken out first: one of them may wait again, or destroy the device.
+  // Moved out of the member first: a resumed fiber may wait again, or destroy the device.
   const auto woken = std::exchange(waiters_, {});
   for (fiber* f : woken) fiber::resume(f, 0);
 }

@@ -11,12 +11,12 @@ namespace zemblar {
 constinit static Context main_context;
 constinit Context* Context::current_ = &main_context;
 
-/// What a new stack begins with.
+/// The first function on a new stack.
 struct Context::Start {
   static void run(boost::context::detail::transfer_t from) {
     arrive(*static_cast<Context*>(from.data), from.fctx);
     current_->body_();
-    std::abort();  // a body leaves by leave_to
+    std::abort();  // a body ends with leave_to
   }
 };
 

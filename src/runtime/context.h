@@ -7,12 +7,12 @@ namespace zemblar {
 class fiber;
 class generator;
 
-/// A place where the one thread's control can stand: the thread's own stack (the main context),
-/// or the stack of a fiber or of a generator. The common ground of those two; nothing else uses it.
+/// An execution context of the one thread: the thread's own stack (the main context), or the stack
+/// of a fiber or of a generator. Only `fiber` and `generator` use it.
 ///
-/// A context that is dropped before its body has ended is not unwound: the locals on its stack are
-/// forgotten, not destroyed. Exceptions work within one context and never cross a switch; each
-/// context has its own stack of caught exceptions.
+/// Destroying a context before its body has ended does not unwind its stack: the locals on it are
+/// not destroyed. Exceptions work within one context and never cross a switch; each context has its
+/// own stack of caught exceptions.
 class Context {
  public:
   /// The main context.
@@ -21,26 +21,26 @@ class Context {
   Context& operator=(const Context&) = delete;
   ~Context();
 
-  /// The running context; never null.
+  /// The running context, never null.
   static Context* current() { return current_; }
 
   /// Gives this context a stack; `body` starts there at the first switch and must end with
-  /// `leave_to`. False when no stack can be had.
+  /// `leave_to`. False when no stack is available.
   [[nodiscard]] bool make(void (*body)());
 
-  /// Saves the running context and continues `to`; returns when somebody switches back. This and
-  /// `leave_to` are defined in context_switch.h.
+  /// Saves the running context and continues `to`; returns when another context switches back. This
+  /// and `leave_to` are defined in context_switch.h.
   static void switch_to(Context& to);
 
-  /// Continues `to` for good. The context left may be destroyed from there.
+  /// Continues `to` and never returns. `to` may destroy the context that was left.
   [[noreturn]] static void leave_to(Context& to);
 
-  /// Whom this context belongs to; both null for the main context.
+  /// The owner of this context; both are null for the main context.
   fiber* as_fiber = nullptr;
   generator* as_generator = nullptr;
 
  private:
-  /// What the C++ runtime keeps for each thread about exceptions in flight (Itanium ABI, 2.2.2).
+  /// The C++ runtime's exception state of a thread (Itanium ABI, 2.2.2).
   struct ExceptionGlobals {
     void* caught = nullptr;
     unsigned uncaught = 0;
@@ -56,13 +56,13 @@ class Context {
   void (*body_)() = nullptr;
   ExceptionGlobals exceptions_;
   Stack stack_;
-  // Only for AddressSanitizer: its second stack, and the bounds of a stack that is not ours.
+  // Only for AddressSanitizer, as are the bounds in `stack_` of the main context.
   void* fake_stack_ = nullptr;
 };
 
 /// Raises the sticky floating-point status flags, so that they are the same in all contexts. A
-/// switch between contexts whose flags differ costs some 100 ns instead of 7. Called once before
-/// the first context is made, and by the first spawn at the latest.
+/// switch between contexts whose flags differ costs some 100 ns instead of 7. Call it before making
+/// the first context; the first spawn calls it as well.
 void raise_float_flags();
 
 }  // namespace zemblar

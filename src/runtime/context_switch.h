@@ -14,8 +14,8 @@
 
 // The switch itself.
 //
-// Boost.Context is used at its lowest level because the level above unwinds an abandoned context
-// by an exception, which a body with a catch-all would keep for itself.
+// Boost.Context is used at its lowest level. The level above unwinds an abandoned context by an
+// exception, which a body with a catch-all would swallow.
 
 namespace zemblar {
 
@@ -53,7 +53,7 @@ inline void Context::leave_to(Context& to) {
   Context& from = *current_;
   depart(from, to, true);
   boost::context::detail::jump_fcontext(to.machine_, &from);
-  std::abort();  // nobody comes back
+  std::abort();  // no context switches back
 }
 
 }  // namespace zemblar

@@ -4,19 +4,19 @@
 
 namespace zemblar {
 
-// A continuation that throws has started nothing. If it has resumed the fiber before that, the
-// fiber runs on all the same: nobody else would continue it.
-bool fiber::hand_over() {
-  handing_over = true;
+// A continuation that throws has started no operation. If it has resumed the fiber before throwing,
+// the fiber continues nevertheless, because nothing else would resume it.
+bool fiber::run_continuation() {
+  in_continuation = true;
   try {
     continuation(this);
   } catch (...) {
-    handing_over = false;
-    if (std::exchange(goes_on, false)) enter(this);
+    in_continuation = false;
+    if (std::exchange(resume_pending, false)) enter(this);
     throw;
   }
-  handing_over = false;
-  return std::exchange(goes_on, false);
+  in_continuation = false;
+  return std::exchange(resume_pending, false);
 }
 
 void fiber::rethrow() {
@@ -28,7 +28,7 @@ void fiber::run() {
   try {
     f->entry();
   } catch (...) {
-    // A body handles its own errors; nobody else could.
+    // A body handles its own errors; there is no caller that could.
   }
   Context::leave_to(*f->caller);
 }

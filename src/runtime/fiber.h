@@ -9,7 +9,7 @@
 
 namespace zemblar {
 
-/// A coroutine with a stack of its own: straight-line code that waits.
+/// A coroutine with a stack of its own, for sequential code that waits.
 ///
 ///     fiber::spawn([port] {
 ///       fiber::yield([port](fiber* f) { port->when_ready([f] { fiber::resume(f, 0); }); });
@@ -17,39 +17,39 @@ namespace zemblar {
 ///     });
 ///
 /// Fibers are cooperative and share the thread of the main loop: between two yields nothing else
-/// runs, and at a yield anything may happen, so state read before it is read again after it, and
-/// an object needed across it is held or watched.
+/// runs, and during a yield anything may happen. After a yield, read state again. Hold a reference
+/// to an object that is needed across a yield, or watch its end.
 ///
-/// A fiber belongs to the machinery and is freed when its body ends. Whoever holds a `fiber*` is a
-/// pending completion and resumes it exactly once. No fiber can be ended from outside: its owner
-/// cancels a Gio::Cancellable which the body looks at after each wait.
+/// A fiber owns itself and is freed when its body ends. A pending completion holds a `fiber*` and
+/// resumes it exactly once. No fiber can be ended from outside: cancel a Gio::Cancellable which the
+/// body checks after each wait.
 ///
-/// The stack is meant for conversations: at least 32 KiB can be relied on (256 KiB are reserved).
-/// No modal dialogs, no std::regex, no deep recursion.
+/// The stack has at least 32 KiB to rely on (256 KiB are reserved). No modal dialogs, no
+/// std::regex, no deep recursion.
 class fiber {
  public:
   /// Runs `entry` on a new fiber at once, until it first yields or ends; returns after that. An
-  /// exception that leaves `entry` is swallowed. When no stack can be had, `entry` never runs.
-  /// May be called from anywhere, another fiber included.
+  /// exception that leaves `entry` is swallowed. When no stack is available, `entry` never runs.
+  /// May be called from anywhere, also from a fiber.
   static void spawn(std::function<void()> entry);
 
   /// Suspends the running fiber until it is resumed. Only on a fiber.
   ///
-  /// `func` runs on the side that gets control, with the fiber fully suspended: it starts what will
-  /// resume the fiber later, and may also resume it at once. The fiber then runs on when `func` has
-  /// returned, so that a wait that is over at once needs no stack, however often it happens. The
-  /// captures live for the length of the wait. `func` must not wait itself, and must not throw: the
-  /// exception would reach the resumer, and the fiber would wait for ever.
+  /// `func` runs in the context that gets control, with the fiber fully suspended. It starts the
+  /// operation that will resume the fiber later, and may also resume it at once. Then the fiber
+  /// continues when `func` has returned, so that any number of waits that end at once need no extra
+  /// stack. The captures of `func` live until the wait ends. `func` must not wait itself, and must
+  /// not throw: the exception would reach the resumer, and the fiber would wait for ever.
   ///
-  /// Returns the word given to `resume`, or rethrows what `resume_exception` brought.
+  /// Returns the value given to `resume`, or throws the exception given by `resume_exception`.
   static std::uint32_t yield(std::function<void(fiber*)> func);
 
-  /// Continues a suspended fiber; returns when it next yields or ends. From another fiber, control
-  /// comes back to that one. While the fiber's `func` of `yield` runs, this returns at once, and
-  /// the side that runs `func` continues the fiber next.
+  /// Continues a suspended fiber; returns to the caller, which may be another fiber, when the fiber
+  /// next yields or ends. While the `func` of the fiber's `yield` runs, this returns at once; the
+  /// fiber continues when `func` has returned.
   static void resume(fiber* f, std::uint32_t value);
 
-  /// Continues a suspended fiber with the exception being handled: to be called in a catch block.
+  /// Continues a suspended fiber with the exception being handled. Call it in a catch block.
   static void resume_exception(fiber* f);
 
   /// The running fiber; null on the main context and on a generator.
@@ -63,23 +63,23 @@ class fiber {
 
   static void run();
   static void enter(fiber* f);
-  [[nodiscard]] bool is_waiting() const { return !caller && !goes_on; }
-  /// Runs the continuation. True when the fiber was resumed meanwhile.
-  [[nodiscard]] bool hand_over();
+  [[nodiscard]] bool is_waiting() const { return !caller && !resume_pending; }
+  /// Runs the continuation. True when that has resumed the fiber.
+  [[nodiscard]] bool run_continuation();
   [[noreturn]] void rethrow();
 
-  std::function<void(fiber*)> continuation;  // empty while running, and for good when ended
+  std::function<void(fiber*)> continuation;  // empty while the fiber runs and when it has ended
   std::function<void()> entry;
-  std::exception_ptr exception;  // to be rethrown by the present yield
+  std::exception_ptr exception;  // for the present yield to throw
   Context* caller = nullptr;     // null while suspended
   Context self;
   std::uint32_t value = 0;
-  bool handing_over = false;  // its continuation runs
-  bool goes_on = false;       // it was resumed meanwhile
+  bool in_continuation = false;  // the continuation is running
+  bool resume_pending = false;   // the running continuation has resumed the fiber
 };
 
-// The way to a fiber and back is inline: a return from a function that was entered before a switch
-// is mispredicted, and two of them cost more than the switches.
+// The switches to a fiber and back are inline: the processor mispredicts a return from a function
+// that was entered before a switch, and two such returns cost more than the switches.
 
 inline fiber* fiber::current() {
   return Context::current()->as_fiber;
@@ -103,8 +103,8 @@ inline void fiber::resume(fiber* f, std::uint32_t value) {
 }
 
 inline void fiber::enter(fiber* f) {
-  if (f->handing_over) {
-    f->goes_on = true;
+  if (f->in_continuation) {
+    f->resume_pending = true;
     return;
   }
   do {
@@ -115,7 +115,7 @@ inline void fiber::enter(fiber* f) {
       delete f;
       return;
     }
-  } while (f->hand_over());
+  } while (f->run_continuation());
 }
 
 }  // namespace zemblar

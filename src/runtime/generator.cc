@@ -20,7 +20,7 @@ void generator::run() {
   try {
     g->body();
   } catch (...) {
-    // As in a fiber: a body handles its own errors.
+    // As in a fiber, a body handles its own errors.
   }
   g->finished_ = true;
   g->value = 0;

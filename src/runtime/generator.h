@@ -7,28 +7,28 @@
 
 namespace zemblar {
 
-/// A coroutine that hands a word back to its caller at each step. It takes no part in the main
-/// loop: only `next` continues it, and the body must not wait as a fiber does.
+/// A coroutine that returns a 32-bit value to its caller at each step. It is independent of the
+/// main loop: only `next` continues it, and the body must not wait as a fiber does.
 ///
-/// Belongs to whoever created it and ends with `destroy`. The stack has at least 8 KiB.
+/// Its creator owns it and calls `destroy`. The stack has at least 8 KiB.
 class generator {
  public:
-  /// Makes a generator and does not start it. Null when no stack can be had.
+  /// Makes a generator without starting it. Null when no stack is available.
   [[nodiscard]] static generator* create(std::function<void()> body);
 
-  /// Continues the body until it yields or ends, and returns the word it yields; 0 at its end. The
-  /// first call's `value` is seen by nobody. Not after the end. An exception that leaves the body
-  /// is swallowed and is an end.
+  /// Continues the body until it yields or ends; returns the value that it yields, or 0 at its end.
+  /// `yield` returns `value` in the body; the `value` of the first call is unused. Must not be
+  /// called after the end. An exception that leaves the body is swallowed and ends it.
   static std::uint32_t next(generator* g, std::uint32_t value);
 
-  /// Only in a generator's body: hands `value` to the caller of `next`; returns the word that the
-  /// next `next` brings.
+  /// Only in a generator's body: makes `next` return `value`, and returns the argument of the
+  /// following `next`.
   static std::uint32_t yield(std::uint32_t value);
 
   static bool finished(const generator* g);
 
-  /// Frees a generator (or null), also before its end; locals of an unfinished body are then not
-  /// destroyed. Not from its own body.
+  /// Frees a generator; does nothing for null. The locals of an unfinished body are not destroyed.
+  /// Must not be called from the generator's own body.
   static void destroy(generator* g);
 
   generator(const generator&) = delete;

@@ -19,25 +19,29 @@ bool ReadTurns::is_used_up() {
   return ++reads_ > most_reads || now - begun_ >= portion;
 }
 
-// Another reader may have had the loop meanwhile.
+// Counts only the time since any reader's last read: during the rest another reader may have used
+// the loop.
 void ReadTurns::rested(Clock::duration waited) {
   if (std::min(waited, Clock::now() - last_of_all_) >= rest) reads_ = 0;
 }
 
 void ReadTurns::wait(std::function<void()> read) {
-  // Whoever waited must not be forgotten: its connection has gone, and it ends with an error.
+  // A read that still waits belongs to a former connection. Call it, so that its fiber ends with an
+  // error.
   if (const auto former = std::exchange(waiting_, nullptr)) former();
   waiting_ = std::move(read);
   const auto once = [this] { return end_portion(), false; };
   idle_ = Glib::signal_idle().connect(once, Glib::PRIORITY_LOW);
   limit_ = Timeout::once(longest_wait, [this, count = count_of_all_] {
     if (count == count_of_all_) return end_portion();
-    // That was another reader's portion. It waits now as well, and the loop is free for the rest.
+    // Another reader has used the wait for its portion. That reader waits now as well, so one more
+    // wait leaves the loop free for other work.
     limit_ = Timeout::once(longest_wait, [this] { end_portion(); });
   });
 }
 
-// The read that waited is the first of the next portion. It comes last: it may destroy this.
+// The waiting read is the first of the next portion. It is called last, because it may destroy this
+// object.
 void ReadTurns::end_portion() {
   idle_.disconnect();
   limit_.cancel();

@@ -18,7 +18,7 @@ ReadWatch::ReadWatch(int descriptor) : descriptor_(descriptor) {
   static GSourceFuncs functions = {prepare, check, dispatch, nullptr, nullptr, nullptr};
   source_ = g_source_new(&functions, sizeof(Source));
   reinterpret_cast<Source*>(source_)->watch = this;
-  // A reader may run a dialog, and other reads have to go on meanwhile.
+  // A reader may run a modal dialog, during which other reads must continue.
   g_source_set_can_recurse(source_, TRUE);
   g_source_attach(source_, nullptr);
 }
@@ -39,7 +39,7 @@ gboolean ReadWatch::check(GSource* source) {
   return watch->polled_ && g_source_query_unix_fd(source, watch->polled_) != 0;
 }
 
-// Bytes that nobody waits for would wake the loop again and again.
+// Stops polling while no fiber waits, since unread bytes would wake the loop again and again.
 gboolean ReadWatch::dispatch(GSource* source, GSourceFunc, gpointer) {
   auto* watch = reinterpret_cast<Source*>(source)->watch;
   watch->reader_ ? watch->wake() : watch->poll(false);
@@ -84,7 +84,7 @@ void ReadWatch::wake_soon() {
   waking_ = Glib::signal_idle().connect([this] { return wake(), false; }, Glib::PRIORITY_DEFAULT);
 }
 
-// The reader may destroy the watch, so nothing follows.
+// Must be the last statement: the reader may destroy the watch.
 void ReadWatch::wake() {
   waking_.disconnect();
   if (auto* reader = std::exchange(reader_, nullptr)) fiber::resume(reader, 0);

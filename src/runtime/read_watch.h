@@ -9,13 +9,13 @@ namespace zemblar {
 
 class fiber;
 
-/// Tells a fiber when a file descriptor can be read.
+/// Lets a fiber wait until a file descriptor can be read.
 ///
 ///     while (!read_without_waiting(...)) watch.wait(cancel);
 ///
-/// The main loop keeps the descriptor among those that it polls from one wait to the next: a wait
-/// costs no system call besides the loop's own poll. The toolkit's streams wake the loop half a
-/// dozen times for each read that has to wait.
+/// The main loop polls the descriptor continuously, so a wait costs no system call besides the
+/// loop's own poll. The toolkit's streams wake the loop half a dozen times for each read that has
+/// to wait.
 ///
 /// For one reader at a time. Does not own the descriptor, which may be closed while it is watched.
 class ReadWatch {
@@ -23,15 +23,15 @@ class ReadWatch {
   explicit ReadWatch(int descriptor);
   ReadWatch(const ReadWatch&) = delete;
   ReadWatch& operator=(const ReadWatch&) = delete;
-  /// Nobody may wait any more.
+  /// No fiber may be waiting.
   ~ReadWatch();
 
   [[nodiscard]] bool is_waiting() const { return reader_ != nullptr; }
-  /// Suspends the running fiber until there is something to read, or an error or the end of the
-  /// stream to be told, or the cancellable is cancelled, or `end` is called; possibly without any
-  /// of them. The fiber goes on from a later turn of the main loop.
+  /// Suspends the running fiber until there is something to read, the stream has failed or ended,
+  /// `cancel` is cancelled, or `end` is called. May also return without a reason. The fiber
+  /// continues from a later iteration of the main loop.
   void wait(const Glib::RefPtr<Gio::Cancellable>& cancel);
-  /// Watches no longer: every wait, also one under way, ends.
+  /// Stops watching: ends a present wait, and later ones at once.
   void end();
 
  private:
@@ -47,10 +47,10 @@ class ReadWatch {
   void wake();
 
   GSource* source_;
-  gpointer polled_ = nullptr;  // the descriptor's tag; null when it is not polled
-  int descriptor_;             // negative when ended
+  gpointer polled_ = nullptr;  // GLib's tag of the descriptor; null when not polled
+  int descriptor_;             // negative after `end`
   fiber* reader_ = nullptr;
-  Glib::RefPtr<Gio::Cancellable> cancel_;  // of the last wait
+  Glib::RefPtr<Gio::Cancellable> cancel_;  // argument of the last wait
   ScopedConnection on_cancel_;
   ScopedConnection waking_;
 };

@@ -1,6 +1,6 @@
 #pragma once
 
-// Defines ZEMBLAR_ASAN where AddressSanitizer, and with it LeakSanitizer, watches the program.
+// Defines ZEMBLAR_ASAN when the build has AddressSanitizer, which includes LeakSanitizer.
 
 #if defined(__SANITIZE_ADDRESS__)
 #define ZEMBLAR_ASAN 1

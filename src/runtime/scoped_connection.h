@@ -11,7 +11,7 @@ namespace zemblar {
 class ScopedConnection {
  public:
   ScopedConnection() = default;
-  /// Takes what a signal's `connect` gives: a connection, or an iterator that stands for one.
+  /// Accepts what a signal's `connect` returns: a connection, or an iterator that converts to one.
   template <std::convertible_to<sigc::connection> Connected>
   ScopedConnection(const Connected& connected) : connection_(connected) {}
   ScopedConnection(ScopedConnection&& other) noexcept
@@ -29,7 +29,7 @@ class ScopedConnection {
   void block(bool should_block = true) { connection_.block(should_block); }
   void unblock() { connection_.unblock(); }
 
-  /// Lets the connection live on without the scope.
+  /// Gives the connection up, so that it outlives the scope.
   sigc::connection release() { return std::exchange(connection_, {}); }
 
  private:

@@ -16,10 +16,12 @@ namespace {
 
 constexpr std::size_t guard_size = 4096;
 
-/// Spare stacks kept at most, so that the memory of a crowd is given back when it has gone.
+/// The largest number of spare stacks kept, so that memory is returned after many fibers have run
+/// at once.
 constexpr std::size_t max_spare = 256;
 
-/// Lies at the top of each spare stack, in the page that its next use touches anyway.
+/// The link in the list of spare stacks. It lies at the top of each, in the page that the next use
+/// needs anyway.
 struct Spare {
   Spare* next;
 };
@@ -52,14 +54,15 @@ void unmap_stack(Stack stack) {
   munmap(static_cast<char*>(stack.bottom) - guard_size, guard_size + stack_size);
 }
 
-/// A stack in use holds the only pointers to much that a suspended body owns.
+/// The leak checker must search a stack in use: it may have the only pointers to objects that a
+/// suspended body owns.
 void tell_leak_checker_of_use([[maybe_unused]] Stack stack) {
 #ifdef ZEMBLAR_ASAN
   __lsan_register_root_region(stack.bottom, stack.size());
 #endif
 }
 
-/// Frames that were left without returning leave poison behind.
+/// Frames that never returned leave their poison in AddressSanitizer's shadow memory.
 void tell_sanitizers_of_end([[maybe_unused]] Stack stack) {
 #ifdef ZEMBLAR_ASAN
   __lsan_unregister_root_region(stack.bottom, stack.size());

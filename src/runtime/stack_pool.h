@@ -4,7 +4,7 @@
 
 namespace zemblar {
 
-/// A region that a context runs on. Grows downward from `top`; a guard page lies below `bottom`.
+/// The stack of a context. It grows downward from `top`; a guard page lies below `bottom`.
 struct Stack {
   void* bottom = nullptr;
   void* top = nullptr;
@@ -15,12 +15,13 @@ struct Stack {
   }
 };
 
-/// Address space that one stack reserves, in bytes, without its guard page. Memory is committed by
-/// the page when it is first touched, so a context that stays shallow costs a single page.
+/// Address space that one stack reserves, in bytes, without its guard page. A page takes memory
+/// when it is first used, so a context with shallow calls costs a single page.
 inline constexpr std::size_t stack_size = 256 * 1024;
 
-/// Stacks for fibers and generators, mapped on demand and kept for reuse: mapping one afresh costs
-/// a hundred times what a reused one does. The kernel's limit on mappings ends near 32,000 stacks.
+/// Stacks for fibers and generators, mapped on demand and kept for reuse, since mapping a new one
+/// costs a hundred times as much as reusing one. The kernel's limit on mappings allows some 32,000
+/// stacks.
 namespace stack_pool {
 
 /// An empty Stack when there is no address space left.

@@ -13,15 +13,15 @@
 namespace zemblar {
 namespace {
 
-/// Timers of the real clock, all behind one source of the default main context: a source for each
-/// would slow down every turn of the loop.
+/// Timers of the real clock. One source of the default main context serves them all, since one
+/// source each would slow down every iteration of the loop.
 class LoopQueue : public TimerQueue {
  public:
   LoopQueue() {
     static GSourceFuncs functions = {prepare, check, dispatch, nullptr, nullptr, nullptr};
     GSource* source = g_source_new(&functions, sizeof(Source));
     reinterpret_cast<Source*>(source)->queue = this;
-    // A callback may run a dialog, and time has to go on meanwhile.
+    // A callback may run a modal dialog, during which other timers must fire.
     g_source_set_can_recurse(source, TRUE);
     g_source_attach(source, nullptr);
   }
@@ -47,7 +47,7 @@ class LoopQueue : public TimerQueue {
 
   static gboolean dispatch(GSource* source, GSourceFunc, gpointer) {
     LoopQueue& queue = of(source);
-    // What is armed by a callback is due later than this, so that the loop gets its turn.
+    // A timer armed by a callback is due later than this, so that the loop ends.
     const auto time = queue.now();
     for (auto due = queue.next_due(); due && *due <= time; due = queue.next_due()) {
       queue.fire_first();
@@ -55,7 +55,7 @@ class LoopQueue : public TimerQueue {
     return G_SOURCE_CONTINUE;
   }
 
-  /// -1 without a timer, as poll understands it.
+  /// Milliseconds until the first timer is due; -1 without a timer, as for poll().
   int milliseconds_left() const {
     const auto due = next_due();
     if (!due) return -1;
@@ -68,7 +68,7 @@ TimerQueue* simulated_queue = nullptr;
 
 TimerQueue& current_queue() {
   if (simulated_queue) return *simulated_queue;
-  // Never destroyed: what ends with the process still finds its timers.
+  // Never destroyed, because static objects may cancel timers when the process ends.
   static TimerQueue* const queue = new LoopQueue;
   return *queue;
 }
@@ -117,7 +117,7 @@ Timeout Timeout::every(std::chrono::milliseconds interval, std::function<bool()>
 }
 
 void Timeout::cancel() {
-  // Out of the handle first: releasing the captures may destroy the handle's owner.
+  // Moved out of the handle first: releasing the captures may destroy the handle's owner.
   const auto timer = std::move(timer_);
   if (!timer) return;
   if (timer->queue) timer->queue->erase(*timer);

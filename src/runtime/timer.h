@@ -10,7 +10,7 @@ namespace zemblar {
 
 struct Timer;
 
-/// Time as the program sees it: monotonic, and that of the VirtualClock where one is installed.
+/// The program's monotonic time: real time, or that of the VirtualClock when one exists.
 struct Clock {
   using duration = std::chrono::nanoseconds;
   using rep = duration::rep;
@@ -21,12 +21,13 @@ struct Clock {
   static time_point now();
 };
 
-/// A callback that runs once or repeatedly when time has passed; ends with its handle.
+/// A handle of a callback that runs once or repeatedly after a time. Destroying the handle cancels
+/// the callback.
 ///
-/// Callbacks run on the main context from the default main loop, in order of time and, at the same
-/// time, of arming. A callback may cancel any timeout, its own included, arm others and destroy
-/// whoever owns the handle. An exception out of it ends the timeout and goes to the handlers added
-/// by Glib::add_exception_handler.
+/// Callbacks run on the main context from the default main loop, in the order in which they are
+/// due; those due at the same time, in the order of arming. A callback may cancel any timeout, its
+/// own included, arm others, and destroy the owner of the handle. An exception that leaves it ends
+/// the timeout and goes to the handlers added by Glib::add_exception_handler.
 class Timeout {
  public:
   /// An unarmed timeout.
@@ -35,20 +36,20 @@ class Timeout {
   Timeout& operator=(Timeout&& other) noexcept;
   ~Timeout();
 
-  /// Calls `call` after `delay`; at the loop's next turn when that is zero or less.
+  /// Calls `call` after `delay`; in the loop's next iteration when `delay` is zero or less.
   [[nodiscard]] static Timeout once(std::chrono::milliseconds delay, std::function<void()> call);
 
   /// Calls `call` every `interval`, the first time after one interval, until it returns false.
   [[nodiscard]] static Timeout every(std::chrono::milliseconds interval,
                                      std::function<bool()> call);
 
-  /// The callback is not called any more, and its captures are released.
+  /// Ends the timeout: the callback is not called any more, and its captures are released.
   void cancel();
 
   /// True while a call is still to come; in a callback, false for `once` and true for `every`.
   bool armed() const;
 
-  /// Lets the timeout go on without the handle.
+  /// Gives the timeout up, so that it outlives the handle.
   void release();
 
  private:
@@ -58,14 +59,15 @@ class Timeout {
 };
 
 /// Suspends the running fiber for `duration`. True when the time has passed; false when
-/// `cancellable` was cancelled before or meanwhile. A cancelled sleeper goes on in the next turn of
-/// the main loop and not inside the cancelling call, as a cancelled I/O operation does: it may
-/// reset the cancellable, which inside the emission would wait for itself.
+/// `cancellable` was cancelled before or meanwhile. As after a cancelled I/O operation, the fiber
+/// continues in the next iteration of the main loop, not inside the cancelling call: the fiber may
+/// reset the cancellable, which would deadlock inside its emission.
 bool sleep_for(std::chrono::milliseconds duration,
                const Glib::RefPtr<Gio::Cancellable>& cancellable = {});
 
-/// Simulated time. While one exists, Clock, Timeout and sleep_for follow it, and time stands still
-/// but for `advance`. The innermost one counts; timeouts still armed at its end are dropped.
+/// Simulated time. While one exists, Clock, Timeout and sleep_for use its time, which only
+/// `advance` changes. If there are several, the newest counts. Timeouts still armed at its end are
+/// dropped.
 class VirtualClock {
  public:
   VirtualClock();
@@ -73,9 +75,9 @@ class VirtualClock {
   VirtualClock(const VirtualClock&) = delete;
   VirtualClock& operator=(const VirtualClock&) = delete;
 
-  /// Runs pending work of the main context, then what falls due, each timeout at its own time and
-  /// followed by the main context's pending work, up to `duration` from now. Not from a callback of
-  /// this clock.
+  /// Moves the time forward by `duration`. Runs the pending work of the main context, then each
+  /// timeout at the time when it is due, followed by the pending work of the main context. Must not
+  /// be called from a callback of this clock.
   void advance(std::chrono::milliseconds duration);
 
   Clock::time_point now() const;

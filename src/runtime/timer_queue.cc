@@ -5,7 +5,8 @@
 namespace zemblar {
 
 TimerQueue::~TimerQueue() {
-  // What the callbacks hold may cancel other timers when it goes: let these see no queue.
+  // Destroying a callback's captures may cancel other timers, which must not use the queue any
+  // more.
   const auto dropped = std::exchange(timers_, {});
   for (const auto& [key, timer] : dropped) timer->queue = nullptr;
   for (const auto& [key, timer] : dropped) timer->call = nullptr;
@@ -30,7 +31,7 @@ std::optional<Clock::time_point> TimerQueue::next_due() const {
 namespace {
 
 bool call_guarded(Timer& timer) {
-  // Run from here: the callback may cancel its own timer, which releases what the timer holds.
+  // Moved to a local: the callback may cancel its own timer, which releases the timer's captures.
   auto call = std::move(timer.call);
   timer.repeating_call = timer.interval.count() > 0;
   bool again = false;

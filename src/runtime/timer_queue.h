@@ -12,18 +12,19 @@ namespace zemblar {
 
 class TimerQueue;
 
-/// What a Timeout stands for.
+/// The timer behind a Timeout.
 struct Timer {
   using Key = std::pair<Clock::time_point, std::uint64_t>;
 
-  std::function<bool()> call;   // false ends it; empty when ended
+  std::function<bool()> call;   // returns false to end the timer; empty when ended
   Clock::duration interval{};   // between calls; zero for a single one
-  Key key;                      // time due, then order of arming
-  TimerQueue* queue = nullptr;  // where it waits; null while its callback runs and when ended
-  bool repeating_call = false;  // its callback runs and may be called again
+  Key key;                      // the time when it is due, then the order of arming
+  TimerQueue* queue = nullptr;  // the queue it is in; null while its callback runs and when ended
+  bool repeating_call = false;  // the callback is running and may be called again
 };
 
-/// Timers by the time they are due, then by order of arming. Knows no time of its own.
+/// Timers, ordered by the time when they are due, then by the order of arming. The derived class
+/// provides the time.
 class TimerQueue {
  public:
   virtual ~TimerQueue();
@@ -33,10 +34,10 @@ class TimerQueue {
   void insert(const std::shared_ptr<Timer>& timer, Clock::time_point due);
   void erase(Timer& timer);
 
-  /// When the first timer is due, if there is one.
+  /// The time when the first timer is due; no value without a timer.
   std::optional<Clock::time_point> next_due() const;
 
-  /// Takes the first timer out, calls it and puts it back if it goes on.
+  /// Removes the first timer, calls it, and puts it back if it repeats.
   void fire_first();
 
  private:
