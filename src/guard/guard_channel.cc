@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t longest = 4096;
 
-/// Room for the header that carries one descriptor.
+/// Buffer for the control message that carries one descriptor.
 struct Control {
   alignas(cmsghdr) std::array<char, CMSG_SPACE(sizeof(int))> bytes{};
 };

@@ -37,6 +37,6 @@ int main(int argc, char** argv) {
   const auto end = guard.watch();
   const auto stations = guard.stations();
   if (end == zemblar::guard::End::leave || stations.empty()) return 0;
-  zemblar::guard::tell(end, zemblar::guard::stop_all(stations));
+  zemblar::guard::report(end, zemblar::guard::stop_all(stations));
   return zemblar::GuardProcess::has_stopped;
 }

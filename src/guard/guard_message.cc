@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view digits = "0123456789abcdef";
 
-/// Any bytes as one word without line breaks.
+/// Encodes any bytes as one word without line breaks.
 std::string to_hex(const std::string& bytes) {
   std::string text;
   for (const unsigned char byte : bytes) {

@@ -9,34 +9,34 @@
 
 namespace zemblar {
 
-/// The messages from the program to its guard, a datagram each.
+/// The messages from the program to its guard, one datagram each.
 namespace guard {
 
-/// How long the program may give no sign of life while a train drives.
+/// How long the program may send no message while a train moves.
 inline constexpr std::chrono::seconds longest_silence{5};
 
-/// A station is to be stopped from now on; replaces what was told of it before. The descriptor of
-/// a serial line goes beside the datagram.
+/// Adds a station to be stopped, or replaces the order of a known one. The datagram carries the
+/// descriptor of a serial line.
 struct Station {
-  std::string key{};   ///< tells one station from another; no line break in it
-  std::string name{};  ///< for the person, UTF-8
+  std::string key{};   ///< identifies the station; without line breaks
+  std::string name{};  ///< shown to the user, UTF-8
   StopOrder order{};
 };
-/// That station is not to be stopped any more.
+/// The station is not to be stopped any more.
 struct Gone {
   std::string key{};
 };
-/// The thread that brakes trains is at work.
+/// Sent regularly by the thread that brakes trains.
 struct Alive {
-  bool driving = false;  ///< whether any locomotive is to move, or may do so still
+  bool driving = false;  ///< whether a locomotive is commanded to move, or may still be moving
 };
-/// The program ends as the person wants it to.
+/// The user quits the program.
 struct Leave {};
 
 using Message = std::variant<Station, Gone, Alive, Leave>;
 
 [[nodiscard]] std::string encode(const Message& message);
-/// None for what is no message. The line of a station is -1.
+/// No value for bytes that are no message. `order.line` of a decoded station is -1.
 [[nodiscard]] std::optional<Message> decode(const std::string& datagram);
 
 }  // namespace guard

@@ -16,7 +16,7 @@
 namespace zemblar::guard {
 namespace {
 
-constexpr int answer_time = 2000;  // ms; of who shows notifications
+constexpr int answer_time = 2000;  // ms, for the notification service
 
 Glib::ustring cause(End end) {
   return end == End::silent
@@ -62,12 +62,12 @@ void notify(const Glib::ustring& summary, const Glib::ustring& body) try {
   bus->call_sync("/org/freedesktop/Notifications", "org.freedesktop.Notifications", "Notify",
                  notification(summary, body), "org.freedesktop.Notifications", answer_time);
 } catch (const Glib::Error&) {
-  // No program shows notifications; the log has the text.
+  // There is no notification service; the log has the text.
 }
 
 }  // namespace
 
-void tell(End end, const std::vector<Outcome>& outcomes) {
+void report(End end, const std::vector<Outcome>& outcomes) {
   set_up_language();
   Glib::ustring body;
   for (const auto& outcome : outcomes) {

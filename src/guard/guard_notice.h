@@ -6,8 +6,8 @@
 
 namespace zemblar::guard {
 
-/// Tells the person what the guard has done and why: in a notification of the desktop, and in
-/// `zemblar/guard.log` of the user's state directory. Neither may be possible.
-void tell(End end, const std::vector<Outcome>& outcomes);
+/// Tells the user what the guard has done and why, in a notification of the desktop and in
+/// `zemblar/guard.log` in the user's state directory. Does nothing where neither is possible.
+void report(End end, const std::vector<Outcome>& outcomes);
 
 }  // namespace zemblar::guard

@@ -15,18 +15,18 @@ namespace {
 constexpr int channel_in_guard = 3;
 constexpr std::array crashes = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP};
 
-// For the handler, which may read nothing else.
+// Read by the signal handler, which may use no other data.
 volatile std::sig_atomic_t crash_channel = -1;
 std::array<struct sigaction, crashes.size()> former;
 
-/// Closes the channel and leaves the rest to the former handler, as a rule the system's.
+/// Closes the channel, then raises the signal again for the former handler, as a rule the system's.
 extern "C" void on_crash(int number) {
   ::shutdown(crash_channel, SHUT_RDWR);
   for (std::size_t i = 0; i < crashes.size(); ++i) ::sigaction(crashes[i], &former[i], nullptr);
   ::raise(number);
 }
 
-// A stack that has overflowed holds no handler.
+// A separate stack lets the handler run after a stack overflow.
 void give_handler_a_stack() {
   static std::array<char, 64 * 1024> memory;
   stack_t stack{};
@@ -46,8 +46,8 @@ void close_channel_at_crash(int channel) {
   for (std::size_t i = 0; i < crashes.size(); ++i) ::sigaction(crashes[i], &action, &former[i]);
 }
 
-// With nothing of the program's but the channel: what the program holds must be free when it has
-// ended.
+// The guard inherits no descriptor but the channel, and no working directory: everything that the
+// program uses must be free when the program has ended.
 GSubprocess* spawn(const std::string& program, int channel) {
   const auto silent = static_cast<GSubprocessFlags>(G_SUBPROCESS_FLAGS_STDOUT_SILENCE |
                                                     G_SUBPROCESS_FLAGS_STDERR_SILENCE);
@@ -84,13 +84,13 @@ std::string GuardProcess::default_program() {
   return std::filesystem::read_symlink("/proc/self/exe").replace_filename("zemblar-guard").string();
 }
 
-bool GuardProcess::tell(const guard::Message& message) {
+bool GuardProcess::send(const guard::Message& message) {
   const auto* station = std::get_if<guard::Station>(&message);
   return channel_.send(encode(message), station ? station->order.line : -1);
 }
 
 void GuardProcess::take_leave() {
-  if (!tell(guard::Leave{})) kill();
+  if (!send(guard::Leave{})) kill();
   waiting_->cancel();
 }
 
@@ -98,7 +98,7 @@ void GuardProcess::kill() const {
   g_subprocess_force_exit(process_);
 }
 
-// The object may be gone when nobody waits any more.
+// The GuardProcess may be destroyed when the wait was cancelled, so it is used only after success.
 void GuardProcess::on_ended(GObject* /*source*/, GAsyncResult* result, gpointer guard) {
   auto* process = G_SUBPROCESS(g_async_result_get_source_object(result));
   if (g_subprocess_wait_finish(process, result, nullptr)) {

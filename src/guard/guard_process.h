@@ -12,35 +12,36 @@
 
 namespace zemblar {
 
-/// The guard as the program sees it: a process of its own in a session of its own, which learns of
-/// the program's end by the end of the channel between them.
+/// The program's handle of the guard, a separate process in a session of its own. The guard notices
+/// the end of the program because the channel between the two closes.
 ///
 /// A crash of the program closes the channel at once, before the system writes a core file.
 class GuardProcess {
  public:
-  /// The guard's exit status when it has switched the track power off.
+  /// The guard's exit status after switching track power off.
   static constexpr int has_stopped = 3;
 
-  /// Starts the guard from that file. Throws Glib::Error, and std::system_error without
-  /// descriptors.
+  /// Starts the guard from the file `program`. Throws Glib::Error, or std::system_error when no
+  /// channel can be made.
   explicit GuardProcess(const std::string& program);
-  /// The guard takes it for a crash unless `take_leave` came before.
+  /// Closes the channel. The guard treats this as a crash unless `take_leave` was called before.
   ~GuardProcess();
   GuardProcess(const GuardProcess&) = delete;
   GuardProcess& operator=(const GuardProcess&) = delete;
 
-  /// The guard that was installed, or built, with this program.
+  /// The path of the guard that was installed, or built, with this program.
   [[nodiscard]] static std::string default_program();
 
-  /// A station's line goes with it. False when the guard does not listen any more.
-  bool tell(const guard::Message& message);
-  /// The program ends as the person wants it to: the guard ends too and does nothing.
+  /// Sends a message, with the descriptor of a station's serial line. False when the guard cannot
+  /// be reached.
+  bool send(const guard::Message& message);
+  /// Call when the user quits the program: the guard ends without stopping anything.
   void take_leave();
 
-  /// Ends the guard, which does nothing.
+  /// Kills the guard, which then stops nothing.
   void kill() const;
 
-  /// The guard has ended by itself, with that exit status; -1 for a signal.
+  /// The guard has ended by itself, with this exit status; -1 if a signal ended it.
   sigc::signal<void, int>& signal_ended() { return signal_ended_; }
 
  private:
@@ -48,7 +49,7 @@ class GuardProcess {
   static void on_ended(GObject* source, GAsyncResult* result, gpointer guard);
 
   GuardChannel channel_;
-  GSubprocess* process_;  // one reference is this object's
+  GSubprocess* process_;  // this object owns one reference
   Glib::RefPtr<Gio::Cancellable> waiting_ = Gio::Cancellable::create();
   sigc::signal<void, int> signal_ended_;
 };

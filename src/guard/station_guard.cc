@@ -17,7 +17,8 @@ StationGuard::~StationGuard() {
   while (!stations_.empty()) forget(stations_.begin()->first);
 }
 
-// The monotonic clock stands still while the machine sleeps, and so does poll().
+// Suspending the machine does not count as silence: neither the monotonic clock nor poll() counts
+// that time.
 bool StationGuard::hears_in_time() const {
   using std::chrono::steady_clock;
   const auto end = steady_clock::now() + longest_silence;
@@ -28,7 +29,7 @@ bool StationGuard::hears_in_time() const {
     const auto ready = ::poll(&watched, 1, driving_ ? rest : -1);
     if (ready > 0) return true;
     if (ready == 0) return false;
-    if (errno != EINTR) return true;  // the channel tells what is wrong
+    if (errno != EINTR) return true;  // `receive` reports the error
   }
 }
 
@@ -36,24 +37,24 @@ End StationGuard::watch() {
   while (hears_in_time()) {
     const auto datagram = channel_.receive();
     if (!datagram) return left_ ? End::leave : End::lost;
-    take(*datagram);
+    handle(*datagram);
   }
   return End::silent;
 }
 
-void StationGuard::take(const GuardChannel::Datagram& datagram) {
+void StationGuard::handle(const GuardChannel::Datagram& datagram) {
   const auto message = decode(datagram.bytes);
   if (!message) {
     if (datagram.descriptor >= 0) ::close(datagram.descriptor);
     return;
   }
-  if (const auto* station = std::get_if<Station>(&*message)) put(*station, datagram.descriptor);
+  if (const auto* station = std::get_if<Station>(&*message)) add(*station, datagram.descriptor);
   if (const auto* gone = std::get_if<Gone>(&*message)) forget(gone->key);
   if (const auto* alive = std::get_if<Alive>(&*message)) driving_ = alive->driving;
   if (std::get_if<Leave>(&*message)) left_ = true;
 }
 
-void StationGuard::put(Station station, int line) {
+void StationGuard::add(Station station, int line) {
   forget(station.key);
   station.order.line = line;
   const auto key = station.key;

@@ -9,15 +9,15 @@
 
 namespace zemblar::guard {
 
-/// How the program that is guarded has ended, or does not end.
+/// How the guarded program has ended or failed.
 enum class End {
-  leave,   ///< the person wanted it
-  lost,    ///< without a word: a crash, a kill, a signal
-  silent,  ///< it runs and does nothing, while a train drives
+  leave,   ///< the user has quit the program
+  lost,    ///< it has ended without a Leave: a crash, a kill, a signal
+  silent,  ///< it runs but sends nothing while a train moves
 };
 
-/// The guard's knowledge of the program: which stations there are, whether a train drives, and
-/// when the program was last heard.
+/// The guard's state: the stations of the program, whether a train moves, and whether the program
+/// still sends messages.
 class StationGuard {
  public:
   explicit StationGuard(GuardChannel channel) : channel_(std::move(channel)) {}
@@ -25,29 +25,29 @@ class StationGuard {
   StationGuard(const StationGuard&) = delete;
   StationGuard& operator=(const StationGuard&) = delete;
 
-  /// Listens to the program until it ends or is silent for too long.
+  /// Receives messages until the program ends or is silent for too long.
   [[nodiscard]] End watch();
   [[nodiscard]] std::vector<Station> stations() const;
 
  private:
-  void take(const GuardChannel::Datagram& datagram);
+  void handle(const GuardChannel::Datagram& datagram);
   void forget(const std::string& key);
-  void put(Station station, int line);
+  void add(Station station, int line);
   [[nodiscard]] bool hears_in_time() const;
 
   GuardChannel channel_;
-  std::map<std::string, Station> stations_;  // owns their lines
+  std::map<std::string, Station> stations_;  // owns the descriptors in `order.line`
   bool driving_ = false;
   bool left_ = false;
 };
 
-/// The result of the order to one station.
+/// The result of stopping one station.
 struct Outcome {
   std::string name{};
   bool stopped = false;
 };
 
-/// Stops all at the same time.
+/// Stops all stations at the same time; blocks until each has answered or timed out.
 [[nodiscard]] std::vector<Outcome> stop_all(const std::vector<Station>& stations);
 
 }  // namespace zemblar::guard

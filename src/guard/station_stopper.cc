@@ -19,11 +19,11 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// One attempt, from connecting to the confirmation.
+/// Longest time of one attempt, from connecting to the confirmation.
 constexpr milliseconds attempt_time(1000);
 constexpr milliseconds pause(100);
 
-/// Whether the descriptor is ready before the time is over.
+/// True if the descriptor is ready before `end`.
 bool wait_for(int descriptor, short what, Clock::time_point end) {
   for (;;) {
     const auto left = std::chrono::ceil<milliseconds>(end - Clock::now());
@@ -58,12 +58,12 @@ bool read_confirmation(int descriptor, const std::string& confirmation, Clock::t
   return false;
 }
 
-bool talk(int descriptor, const StopOrder& order, Clock::time_point end) {
+bool exchange(int descriptor, const StopOrder& order, Clock::time_point end) {
   return write_all(descriptor, order.bytes, end) &&
          read_confirmation(descriptor, order.confirmation, end);
 }
 
-/// A connection of its own, -1 when there is none in time.
+/// Opens a new connection to the station; -1 if that fails or takes too long.
 int connect_to(const StopOrder& order, Clock::time_point end) {
   addrinfo hints{};
   hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
@@ -88,16 +88,17 @@ int connect_to(const StopOrder& order, Clock::time_point end) {
 bool stop_over_network(const StopOrder& order, Clock::time_point end) {
   const int descriptor = connect_to(order, end);
   if (descriptor < 0) return false;
-  const bool stopped = talk(descriptor, order, end);
+  const bool stopped = exchange(descriptor, order, end);
   ::close(descriptor);
   return stopped;
 }
 
-// The program's last bytes go out before the order: half a frame would swallow it.
+// Output of the program that is still queued is sent before the order: after half a frame the
+// station would take the order for the rest of it.
 bool stop_over_line(const StopOrder& order, Clock::time_point end) {
   ::fcntl(order.line, F_SETFL, ::fcntl(order.line, F_GETFL) | O_NONBLOCK);
   ::tcflush(order.line, TCIFLUSH);
-  return talk(order.line, order, end);
+  return exchange(order.line, order, end);
 }
 
 }  // namespace

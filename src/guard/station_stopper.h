@@ -6,11 +6,11 @@
 
 namespace zemblar::guard {
 
-/// How long a station is told to switch its track power off that does not confirm it.
+/// How long the order is repeated to a station that does not confirm it.
 inline constexpr std::chrono::seconds patience{10};
 
-/// Switches the track power of a station off and waits until the station has confirmed it; tries
-/// again until `limit` is over. True when it has confirmed. Blocks the calling thread.
+/// Switches the track power of a station off and waits for the station's confirmation; repeats the
+/// order until `limit` has passed. True when the station has confirmed. Blocks the calling thread.
 bool stop_station(const StopOrder& order, std::chrono::milliseconds limit = patience);
 
 }  // namespace zemblar::guard

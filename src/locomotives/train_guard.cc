@@ -86,7 +86,7 @@ void TrainGuard::update(const Stations& stations) {
 
 // A guard that does not listen must not wake up later and take the program for dead.
 void TrainGuard::tell(const guard::Message& message) {
-  if (has_ended_ || process_->tell(message)) return;
+  if (has_ended_ || process_->send(message)) return;
   process_->kill();
   has_ended_ = true;
 }
