@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::array<const char*, 4> type_words = {"DCC 14", "DCC 27", "DCC 28", "DCC 128"};
 
-/// What `speed` says while commands are enabled.
+/// In the private form: the value of `speed` while commands are disabled.
 constexpr auto disabled_key = "disabled-speed";
 
 DecoderType type_of(const std::string& word) {
@@ -115,7 +115,7 @@ void Decoder::set_speed(unsigned speed) {
   if (speed == DecoderUpdate::emergency_stop) {
     state_.speed = speed;
   } else {
-    // More than the highest step would spill into other bits of a command.
+    // A value above the highest step would overwrite other bits of a command.
     const auto scaled = std::floor(static_cast<double>(speed) * speed_ratio_);
     state_.speed =
         static_cast<std::uint32_t>(std::min(scaled, static_cast<double>(DecoderUpdate::max_speed)));
@@ -155,8 +155,8 @@ void Decoder::mark_out_of_date(std::uint32_t items) {
 void Decoder::complete(const DecoderUpdate& delivered) {
   state_.mask &= ~delivered.agreeing(state_);
   if (retired_ || state_.mask == 0) return;
-  // An operation that ends at once comes back here before the next one is started. That inner
-  // round sees the newest state and starts all that is due, so the outer one ends.
+  // An operation that ends at once calls `complete` again before the next one is started. The inner
+  // call sees the newest state and starts everything that is due, so the outer one stops.
   const auto round = ++round_;
   const auto self = Glib::RefPtr<Decoder>((reference(), this));
   if (state_.mask & DecoderUpdate::speed_bit) return driving_device().run_update_speed(this);

@@ -9,21 +9,22 @@
 namespace zemblar {
 
 /// One DCC mobile decoder of a locomotive: its address, its speed-step format, the device that
-/// drives it, and the last state that was asked of it.
+/// drives it, and the last state commanded to it.
 ///
-/// It never talks to hardware. A change is recorded, marked out of date, and one device operation
-/// is started; the device tells `complete` what it has delivered, and the decoder goes on until
-/// nothing is out of date: speed before direction before functions. A value that changed meanwhile
-/// differs from what was delivered and is sent again, so the hardware always catches up with the
-/// latest wish. On a device that is not in service the marks stay, and `resend` tries again.
+/// It does not access hardware itself. A command records the new value, marks it out of date and
+/// starts one device operation. The device calls `complete` with the values that it has delivered,
+/// and the decoder continues until nothing is out of date: speed before direction before functions.
+/// A value that has changed meanwhile differs from the delivered one and is sent again, so the
+/// hardware always ends with the latest value. While the device is out of service the marks stay;
+/// `resend` tries again.
 ///
-/// Owned by its Lok through Glib::RefPtr; device fibers may hold it longer, so the Lok retires it
-/// at its end.
+/// Owned by its Lok through Glib::RefPtr. Device fibers may hold it longer, so the Lok calls
+/// `retire` when it ends or removes the decoder.
 ///
 /// In a layout file: an untagged mapping with the keys `type`, `device`, `address` and `speed`.
-/// `speed` is null while commands are disabled, and null reads back as the defaults, so that they
-/// are enabled again after saving and opening. The private form keeps ratio and direction as well,
-/// under `disabled-speed`.
+/// `speed` is null while commands are disabled. A null reads back as the defaults, so saving and
+/// opening enables the commands again. The private form also keeps ratio and reversal, under
+/// `disabled-speed`.
 class Decoder : public DrivenDecoder {
  public:
   static Glib::RefPtr<Decoder> create();
@@ -31,7 +32,7 @@ class Decoder : public DrivenDecoder {
   /// YAML::InvalidScalar.
   static Glib::RefPtr<Decoder> create(const YAML::Node& node);
   void save(YAML::Emitter& out) const;
-  /// Sets all that the entry says.
+  /// Sets all settings to those of the entry.
   void restore(const YAML::Node& node);
 
   /// 0 to 126 or DecoderUpdate::emergency_stop; anything else fails an assertion. The speed is
@@ -43,46 +44,47 @@ class Decoder : public DrivenDecoder {
   void set_function(unsigned fn, bool on);
 
   void complete(const DecoderUpdate& delivered) override;
-  /// Tries again to send what is out of date.
+  /// Sends what is out of date.
   void resend();
-  /// Of these items, those that were ever commanded are out of date again: a station has joined
-  /// that has not got them. Sends nothing by itself.
+  /// Marks those of the items that were ever commanded as out of date, because a station has come
+  /// into service that has not received them. Sends nothing by itself.
   void mark_out_of_date(std::uint32_t items);
-  /// Its locomotive has gone: sends nothing more and follows no device.
+  /// Call when the locomotive has ended: the decoder sends nothing more and releases its device.
   void retire();
   [[nodiscard]] bool is_retired() const override { return retired_; }
-  /// Whether a speed was commanded since the decoder has been addressed as it is now. What it was
-  /// told under another address is no matter of this one.
+  /// True if a speed was commanded since the address, the device or the enabling of commands last
+  /// changed. What was commanded before does not concern the present address.
   [[nodiscard]] bool has_speed_here() const { return has_speed_here_; }
 
   /// Null stands for the layout's default device.
   [[nodiscard]] Device* get_device() const { return device_; }
   void set_device(Device* device);
-  /// Null for an object that is no device.
+  /// The same; an object that is no device counts as null.
   void set_device(zemblar::Object* object);
   /// The device that drives this decoder now.
   [[nodiscard]] Device& driving_device() const;
-  /// Follows a device that has been read from a file.
+  /// Watches the end of the device, after it has been read from a file.
   void follow_device();
 
   void set_type(DecoderType type);
   void set_address(Address address);
   [[nodiscard]] double get_speed_ratio() const { return speed_ratio_; }
-  /// Finite and not negative; anything else is ignored.
+  /// Ignored unless finite and not negative.
   void set_speed_ratio(double ratio);
-  /// The highest one that the form offers; a file may hold more.
+  /// The highest ratio that the form offers; a file may have a higher one.
   static constexpr double max_speed_ratio = 10;
   [[nodiscard]] bool get_commands_enabled() const { return commands_enabled_; }
   void set_commands_enabled(bool enabled);
   [[nodiscard]] bool get_reverse() const { return reverse_; }
   void set_reverse(bool reverse);
 
-  /// Type, device, address, ratio, enabled or reverse has a new value; never for what is sent.
+  /// One of the settings has changed: type, device, address, ratio, enabled or reverse. Not emitted
+  /// for commands.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
-  /// The same is about to have one.
+  /// One of these settings is about to change.
   sigc::signal<void>& signal_changing() { return signal_changing_; }
-  /// A decoder is about to be addressed otherwise, by another device or not at all, or ends. What
-  /// it has moved goes on moving.
+  /// The decoder's address, its device or its enabling is about to change, or it ends. A locomotive
+  /// that it has set moving keeps moving.
   static sigc::signal<void, const Decoder&>& signal_out_of_reach();
 
  protected:
@@ -102,7 +104,7 @@ class Decoder : public DrivenDecoder {
   bool retired_ = false;
   bool has_speed_here_ = false;
   std::uint32_t commanded_ = 0;  // the items that were ever marked out of date
-  unsigned round_ = 0;           // of sending
+  unsigned round_ = 0;           // number of the latest call of `complete` that sends
   sigc::signal<void> signal_changed_;
   sigc::signal<void> signal_changing_;
   ScopedConnection device_deleted_;

@@ -95,7 +95,8 @@ void Function::restore(const EntryChange& change) {
 }
 
 void Function::on_name_changed() {
-  // The new one first, so that a name in use once does not vanish and reappear.
+  // Adds the new name first, so that a name with one user does not vanish from the pool and
+  // reappear.
   function_names().add(get_name());
   function_names().remove(pooled_name_);
   pooled_name_ = get_name();
@@ -112,7 +113,8 @@ void Function::send(bool on) {
   if (const auto target = decoder()) target->set_function(function_, on);
 }
 
-// The off goes where the on went, whatever has become of this button meanwhile.
+// Switches off the same function of the same decoder that was switched on, whatever has happened to
+// this button meanwhile.
 void Function::pulse() {
   const auto target = decoder();
   if (!target) return;

@@ -17,7 +17,7 @@ class Lok;
 /// press starts a second pulse. All other types hold their state; `Trigger` and `Script` come from
 /// files and behave like `Toggle`.
 ///
-/// A picture is kept as the path of its file, empty for none; in a layout file a scalar, or null.
+/// A picture is the path of its file, empty for none; in a layout file a scalar, or null.
 class Function : public Object {
  public:
   enum class Type : int { Toggle = 0, Pulse = 1, Trigger = 2, Script = 3 };
@@ -33,12 +33,12 @@ class Function : public Object {
 
   void set_state(bool on);
   [[nodiscard]] bool get_state() const { return state_; }
-  /// Sends the state in force after overlays, which may have changed.
+  /// Computes and sends the state in force, after a change of the overlays.
   void apply_state_overlay();
   [[nodiscard]] bool get_state_overlay() const { return state_overlay_; }
 
   [[nodiscard]] Lok* get_lok() const { return lok_; }
-  /// 0 to 28; more meets the decoder's assertion when the button is pressed.
+  /// 0 to 28. A higher number fails an assertion of the decoder when the button is pressed.
   [[nodiscard]] unsigned get_function() const { return function_; }
   void set_function(unsigned function);
   /// Index into the decoders of the Lok.
@@ -57,7 +57,7 @@ class Function : public Object {
   [[nodiscard]] const PicturePath& off_picture() const { return off_image_; }
   void set_off_picture(const PicturePath& image);
 
-  /// The decoder at `index` has left the Lok.
+  /// The decoder at `index` has been removed from the Lok.
   void on_decoder_removed(unsigned index);
 
   Glib::PropertyProxy<unsigned> property_function() { return {this, "function"}; }

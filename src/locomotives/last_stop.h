@@ -9,14 +9,15 @@ namespace zemblar {
 
 class Decoder;
 
-/// A speed of 0 for a locomotive that is about to be out of reach: its address, its device or its
-/// commands change, or it ends. It goes to where the decoder was addressed until then, and is tried
-/// again for some seconds.
+/// A last command of speed 0 for a locomotive that is about to be out of reach, because the
+/// decoder's address, its device or its enabling changes, or because it ends. The command goes to
+/// the address and the device that the decoder has had until then, and is repeated for some seconds
+/// if it fails.
 class LastStop : public DrivenDecoder {
  public:
-  /// Does nothing for a decoder that is to stand, or whose device is out of service.
+  /// Does nothing for a decoder that has speed 0, or whose device is out of service.
   static void send(const Decoder& decoder);
-  /// The same by a station that drives the decoder besides others.
+  /// The same through one of several stations that drive the decoder.
   static void send_to(Device& station, const Decoder& decoder);
 
   void complete(const DecoderUpdate& delivered) override;

@@ -43,7 +43,7 @@ Lok::~Lok() {
 }
 
 void Lok::on_deleting() {
-  // From here on nobody must find it by an address or on the track.
+  // From now on the locomotive must not be found by an address or on the track.
   registry_.clear();
   leave_track();
 }
@@ -66,7 +66,7 @@ bool Lok::can_contain(Object* child) const {
 
 template <typename Command>
 void Lok::send(const Command& command) {
-  const auto decoders = decoders_;  // a handler may remove one meanwhile
+  const auto decoders = decoders_;  // a copy, since a handler may remove a decoder
   for (const auto& decoder : decoders) command(*decoder.operator->());
 }
 

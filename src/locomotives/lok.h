@@ -21,17 +21,17 @@ class Function;
 
 /// One locomotive: its decoders, its functions (children in the tree), and its place on the track.
 ///
-/// Three things decide what the decoders receive: the user's speed, the script overlays, and the
-/// `brake` that block control sets. In an emergency stop they get DecoderUpdate::emergency_stop,
-/// under the brake 0, otherwise the last overlay's speed or the user's.
+/// Three things decide which speed the decoders receive: the user's speed, the script overlays, and
+/// the `brake` that block control sets. In an emergency stop it is DecoderUpdate::emergency_stop,
+/// under the brake 0, otherwise the newest overlay's speed, or the user's if no overlay has one.
 ///
-/// Under the brake a new speed is recorded but neither computed nor sent; releasing the brake sends
-/// the speed that was in force before it, and the next change catches up. A brake that falls into
-/// an emergency stop replaces it by 0 at the decoders.
+/// Under the brake a new speed is recorded, but the speed in force is neither computed nor sent.
+/// Releasing the brake sends the speed that was in force before; the next change of speed computes
+/// it anew. Braking during an emergency stop sends 0 to the decoders.
 ///
-/// `apply_direction_overlay` leaves the direction in force as it was recorded, so that the next
-/// call compares against the older value: a direction that a script has set stays when the script
-/// ends, and each further call under a reversing overlay turns the train's place round again.
+/// `apply_direction_overlay` does not record the direction in force, so that the next call compares
+/// with the older one. So a direction that a script has set stays when the script ends, and each
+/// further call under a reversing overlay swaps `front` and `back` again.
 ///
 /// Speed, direction, place and attributes are not in a layout file.
 class Lok : public Object {
@@ -42,7 +42,7 @@ class Lok : public Object {
   void save(YAML::Emitter& out) const override;
   void restore(const EntryChange& change) override;
 
-  /// 0 to 126; asserts "speed <= 126". Lifts an emergency stop, also with 0.
+  /// 0 to 126; asserts "speed <= 126". Ends an emergency stop, even with 0.
   void set_speed(unsigned speed);
   /// 0 during an emergency stop.
   [[nodiscard]] unsigned get_speed() const;
@@ -54,22 +54,23 @@ class Lok : public Object {
   [[nodiscard]] bool get_brake() const { return brake_; }
   void apply_speed_overlay();
   void apply_direction_overlay();
-  /// In force after overlays; 0 during an emergency stop.
+  /// The speed in force after overlays; 0 during an emergency stop.
   [[nodiscard]] unsigned get_speed_overlay() const;
   [[nodiscard]] Direction get_direction_overlay() const { return direction_overlay_; }
 
-  /// The model's top speed in km/h; for display.
+  /// The locomotive's top speed in km/h, for display.
   [[nodiscard]] int get_top_speed() const { return top_speed_; }
   void set_top_speed(int top_speed);
-  /// As the track reports it, 0 to 126; -1 while unknown.
+  /// The speed that RailCom reports, 0 to 126; -1 while unknown.
   [[nodiscard]] int get_actual_speed() const { return actual_speed_; }
-  /// From a raw report of 0 to 255.
+  /// Sets it from a raw report of 0 to 255.
   void set_actual_speed(unsigned char raw);
 
   using Decoders = std::vector<Glib::RefPtr<Decoder>>;
   [[nodiscard]] const Decoders& get_decoders() const { return decoders_; }
   Decoder& add_decoder();
-  /// The last one stays. Functions of the decoders behind it follow.
+  /// Does nothing when it is the only decoder. Functions of later decoders keep them; functions of
+  /// the removed one get the decoder that takes its index, or the last one.
   void remove_decoder(unsigned index);
   [[nodiscard]] bool has_address(Address address) const;
   sigc::signal<void>& signal_decoders_changed() { return signal_decoders_changed_; }
@@ -78,45 +79,47 @@ class Lok : public Object {
   [[nodiscard]] const Attributes& get_attributes() const { return attributes_; }
   void set_attribute(const Glib::ustring& key, const Glib::ustring& value);
   void remove_attribute(const Glib::ustring& key);
-  /// The key that was set or removed.
+  /// Emitted with the key that was set or removed.
   sigc::signal<void, const Glib::ustring&>& signal_attribute_changed() {
     return signal_attribute_changed_;
   }
 
   [[nodiscard]] bool can_contain(Object* child) const override;
 
-  /// Place on the track: the outward links of the leading and the trailing block; both null (not
-  /// known) or both set. The blocks between them are the locomotive's span, and each of them has it
-  /// as its `lok` unless another one was there first.
+  /// Place on the track: the outward links of the leading and of the trailing block. Both are set,
+  /// or both null when the place is unknown. The blocks between the two links are the locomotive's
+  /// span. Each of these has the locomotive as its `lok`, unless another locomotive held the block
+  /// first.
   BlockLink* front = nullptr;
   BlockLink* back = nullptr;
-  /// False while nothing has told which end leads: the two may then be the wrong way round.
+  /// False while it is unknown which end leads; `front` and `back` may then be swapped.
   bool orientation_known = false;
 
-  // Block control, defined in track/. It follows the occupancy of the blocks around the
-  // locomotive and commands nothing but `brake`; points are taken as they lie, and nothing is
-  // reserved. A trigger that arises while a handler is at work waits until that has returned.
+  // Block control, defined in track/. It follows the occupancy of the blocks around the locomotive
+  // and commands only `brake`. It neither throws points nor reserves blocks. A trigger that arises
+  // while a handler runs waits until the handler has returned.
   //
-  // RailCom's reports move an end block by block to where the locomotive is seen, and claim the
-  // blocks on the way. The move stops before a block that any locomotive holds, this one included,
-  // and before one that the same move has passed already: the place jumps to the report, and the
-  // claims stay. A dead end or a point set against the move stops it too; nothing is claimed then.
+  // A RailCom report moves an end of the span, block by block, to the reported block, and claims
+  // the blocks on the way. The move stops before a block that any locomotive holds, this one
+  // included, and before a block that the same move has passed already; then the place jumps to the
+  // reported block, and the claims stay. A dead end or a point set against the move stops it as
+  // well; then nothing is claimed.
   //
-  // After a point was thrown under a train, the way can lead round in a circle. The head claims the
-  // circle once and stands where it began. Every other walk that comes round has found the span
-  // broken: the place is lost, and the blocks that had to be released are released.
+  // When a point is thrown under a train, the route can become a circle. The front claims the
+  // circle once and ends where it began. Any other walk that comes round in a circle proves that
+  // the span is broken: the place is lost, and the blocks that were to be released are released.
   //
-  // A block that ends under a locomotive takes it off the track, and so it leaves all blocks that
-  // it holds. A locomotive that loses its track otherwise leaves blocks held behind it; the
-  // operator frees them by their `lok`.
+  // When a block under a locomotive ends, the locomotive is taken off the track and releases all
+  // its blocks. A locomotive that loses its place otherwise still holds blocks; the operator frees
+  // these through the block's `lok`.
 
-  /// RailCom sees it between two links of one block, `front_` at the decoder's leading end if
-  /// `certain`. Asserts that it is one block.
+  /// RailCom reports the locomotive in a block, between its links `front_` and `back_`. If
+  /// `certain`, `front_` is at the decoder's leading end. Asserts that both links are of one block.
   void detected(BlockLink* front_, BlockLink* back_, bool certain);
-  /// Follows `front` and `back` after they have changed.
+  /// Call after changing `front` or `back`: watches the blocks around the new place.
   void reconnect();
-  /// Whether two links in the order of the decoder's ends run along `front` and `back` (1), against
-  /// them (-1), or neither can be told (0).
+  /// 1 if two links, in the order of the decoder's ends, run in the direction from `back` to
+  /// `front`, -1 if in the opposite one, 0 if unknown.
   [[nodiscard]] int travel_sign(const BlockLink* front_, const BlockLink* back_) const;
   /// The blocks that have this locomotive as their `lok`.
   [[nodiscard]] const std::vector<Block*>& get_blocks() const { return blocks_; }
@@ -133,7 +136,7 @@ class Lok : public Object {
   Glib::PropertyProxy_ReadOnly<Direction> property_direction_overlay() {
     return {this, "direction-overlay"};
   }
-  // PropertyProxy notifications cost a look-up by name: hot paths use these.
+  // Faster than the notifications of a PropertyProxy, which need a look-up by name.
   sigc::signal<void>& signal_speed_changed() { return signal_speed_changed_; }
   sigc::signal<void>& signal_emergency_stop_changed() { return signal_emergency_stop_changed_; }
   sigc::signal<void>& signal_direction_changed() { return signal_direction_changed_; }
@@ -142,7 +145,7 @@ class Lok : public Object {
   }
   sigc::signal<void>& signal_brake_changed() { return signal_brake_changed_; }
   sigc::signal<void>& signal_actual_speed_changed() { return signal_actual_speed_changed_; }
-  /// `front`, `back` or `orientation_known` has changed, and block control has done with it.
+  /// `front`, `back` or `orientation_known` has changed, and block control has finished.
   sigc::signal<void>& signal_place_changed() { return signal_place_changed_; }
   sigc::signal<void>& signal_top_speed_changed() { return signal_top_speed_changed_; }
 
@@ -161,12 +164,12 @@ class Lok : public Object {
   struct NoDecoder {};
   explicit Lok(NoDecoder tag);
 
-  /// What there is to tell of a change: the property, and its signal where it has one.
+  /// How a change is announced: the property, and its signal if it has one.
   struct Change {
     const char* property;
     sigc::signal<void> Lok::*signal = nullptr;
   };
-  /// In that order; a handler may destroy the locomotive.
+  /// Notifies in the given order; a handler may destroy the locomotive.
   void announce(std::initializer_list<Change> changes);
 
   template <typename Command>
@@ -180,7 +183,7 @@ class Lok : public Object {
   void watch(std::size_t place, sigc::signal<void>& signal, void (Lok::*handler)());
   void on_track_event(void (Lok::*handler)());
   void handle(void (Lok::*handler)());
-  void tell_place();
+  void notify_place();
   void on_front_occupied();
   void on_rear_occupied();
   void on_ahead_occupied();
@@ -198,7 +201,7 @@ class Lok : public Object {
   void lose_track();
   void leave_track();
   void reverse_place();
-  // Blocks enter themselves and withdraw.
+  // Called by blocks when their `lok` changes.
   void remember_block(Block* block);
   void forget_block(const Block* block);
 
@@ -207,7 +210,8 @@ class Lok : public Object {
   void save_attributes(YAML::Emitter& out) const;
   void set_attributes(const Attributes& wanted);
 
-  /// In the order front, rear detector, ahead (occupied, route), behind (occupied, route).
+  /// Signals of the watched blocks, in the order front, rear detector, ahead (occupied, route),
+  /// behind (occupied, route).
   std::array<ScopedConnection, 6> watches_;
   ScopedConnection block_ending_;
   ScopedConnection link_ending_;
@@ -230,7 +234,7 @@ class Lok : public Object {
   sigc::signal<void> signal_actual_speed_changed_;
   sigc::signal<void> signal_top_speed_changed_;
   sigc::signal<void> signal_place_changed_;
-  Place told_place_;
+  Place notified_place_;
   sigc::signal<void> signal_decoders_changed_;
   sigc::signal<void, const Glib::ustring&> signal_attribute_changed_;
 };

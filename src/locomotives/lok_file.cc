@@ -16,7 +16,7 @@ const auto accepted_by_locomotives = toplevel_accepts_class<Lok>(Section::locomo
 
 constexpr auto attributes_key = "attributes";
 
-/// The entries of a list under `key`; none when it is missing or null.
+/// The entries of the list under `key`; empty when the key is missing or null.
 YAML::Node entries_of(const YAML::Node& node, const char* key) {
   const auto list = node[key];
   if (!list || list.IsNull()) return YAML::Node(YAML::NodeType::Sequence);
@@ -89,7 +89,7 @@ void Lok::save(YAML::Emitter& out) const {
   out << YAML::EndMap;
 }
 
-// Pairs: a key of a mapping may not be as long as one of these.
+// A list of pairs, since an attribute's key may be longer than a key of a YAML mapping can be.
 void Lok::save_attributes(YAML::Emitter& out) const {
   out << YAML::Key << attributes_key << YAML::Value << YAML::BeginSeq;
   for (const auto& [key, value] : attributes_) {

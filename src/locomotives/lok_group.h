@@ -6,18 +6,19 @@ namespace zemblar {
 
 /// A folder in the tree of locomotives: holds locomotives and further groups.
 ///
-/// Its tag carries a `!` of its own, which the emitter refuses: a layout file ends at the first
-/// group (see Layout).
+/// Its tag contains another `!`, which the emitter refuses: a layout file ends at the first group
+/// (see Layout).
 class LokGroup : public Object {
  public:
   LokGroup();
-  /// Reads the entries of `objects` by their tags "!lok" and "!lok-group"; any other throws
-  /// YAML::InvalidScalar, as does a nesting deeper than any person would make.
+  /// Reads the entries of `objects` by their tags "!lok" and "!lok-group". Any other tag throws
+  /// YAML::InvalidScalar, as does a nesting deeper than any user would make.
   explicit LokGroup(const YAML::Node& node);
   void save(YAML::Emitter& out) const override;
   void restore(const EntryChange& change) override;
 
-  /// Locomotives and groups, but neither itself nor a group that it stands in.
+  /// True for locomotives and groups, but neither for the group itself nor for a group that
+  /// contains it.
   [[nodiscard]] bool can_contain(Object* child) const override;
 
  private:

@@ -18,7 +18,7 @@ class LokHolder : public ObjectHolder<Lok> {
   Glib::PropertyProxy_ReadOnly<bool> property_no_loks() { return {this, "no-loks"}; }
 };
 
-/// How many locomotives the current layout holds, at any depth.
+/// Number of locomotives in the current layout, at any depth.
 [[nodiscard]] inline unsigned lok_count() {
   return ObjectCount<Lok>::get().count();
 }

@@ -14,7 +14,7 @@ namespace {
 
 using Place = std::pair<Device*, Address>;
 
-/// Who wants an address of a device, in the order of asking.
+/// The locomotives with one address on one device, in the order of registration.
 using Queue = std::map<unsigned, Lok*>;
 
 std::map<Place, Queue>& queues() {
@@ -27,9 +27,9 @@ unsigned next_turn() {
   return ++turn;
 }
 
-/// A station that comes into service gets what it has missed: stops first, then what moves trains,
-/// and among these last what it may refuse.
-/// One that serves every decoder for the first time gets all that was commanded.
+/// Sends a station that has come into service what it has missed: stops first, then other commands
+/// by Device::rank, in each rank last what the station may refuse. A station that is new to the
+/// default device gets everything that was ever commanded.
 void resend_through(Device& device) {
   if (!Layout::exists()) return;
   auto& defaults = Layout::get().get_default_device();

@@ -12,11 +12,11 @@ namespace zemblar {
 class Lok;
 class Object;
 
-/// Where a locomotive's addresses stand in the maps of the devices that drive them, so that a
-/// report about an address finds the locomotive.
+/// Registers a locomotive's addresses with the devices that drive them, so that a report about an
+/// address finds the locomotive.
 ///
-/// The first locomotive with an address has it. The others wait and get it in their turn, since
-/// every new locomotive starts with the same address.
+/// Several locomotives may have the same address, since every new one starts with address 3. Then
+/// the first one is registered, and the others wait in order until it leaves.
 class LokRegistry {
  public:
   explicit LokRegistry(Lok* lok) : lok_(lok) {}
@@ -24,7 +24,8 @@ class LokRegistry {
   LokRegistry(const LokRegistry&) = delete;
   LokRegistry& operator=(const LokRegistry&) = delete;
 
-  /// Registers the decoders' addresses as they are now. What stays keeps its turn.
+  /// Registers the present addresses of the decoders. An unchanged address keeps its place in the
+  /// queue.
   void update(const std::vector<Glib::RefPtr<Decoder>>& decoders);
   void clear();
 

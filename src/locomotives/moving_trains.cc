@@ -12,7 +12,7 @@
 namespace zemblar {
 namespace {
 
-constexpr std::chrono::milliseconds look_interval(10);
+constexpr std::chrono::milliseconds poll_interval(10);
 
 using Visit = std::function<void(Lok& lok, Decoder& decoder)>;
 
@@ -26,8 +26,8 @@ bool is_in_default_use(const Device& device) {
   return Layout::get().get_default_device().devices().contains(const_cast<Device*>(&device));
 }
 
-/// Whether that device, or any if it is null, is in service and drives the decoder. The default
-/// device drives by all its stations.
+/// True if `device`, or any device if it is null, is in service and drives the decoder. The default
+/// device drives a decoder through all its stations.
 bool drives(const Device* device, const Decoder& decoder) {
   const auto& driving = decoder.driving_device();
   const auto& defaults = Layout::get().get_default_device();
@@ -40,7 +40,8 @@ bool is_commanded_to_move(const Decoder& decoder) {
          decoder.get_speed() != DecoderUpdate::emergency_stop;
 }
 
-/// The locomotive first, so that its throttle shows it; then what a script goes on commanding.
+/// Stops the locomotive first, so that its throttle shows it, then the decoder, which a script may
+/// still be commanding.
 void stop_trains(const Device* device) {
   for_each_decoder([&](Lok& lok, Decoder& decoder) {
     if (!is_commanded_to_move(decoder) || !drives(device, decoder)) return;
@@ -74,13 +75,13 @@ bool any_train_moves(const Device* device) {
   return any;
 }
 
-// A hand-held throttle of the station may drive a locomotive that stands here, also one in an
-// emergency stop.
+// Includes locomotives that stand or are in an emergency stop: a hand-held throttle of the station
+// may be driving them.
 void emergency_stop_all() {
-  std::set<const Lok*> told;
+  std::set<const Lok*> stopped;
   for (const bool moving : {true, false}) {
     for_each_lok(Layout::get().get_loks(), [&](Lok& lok) {
-      if ((moving && !may_move(lok)) || !told.insert(&lok).second) return;
+      if ((moving && !may_move(lok)) || !stopped.insert(&lok).second) return;
       if (!lok.get_emergency_stop()) return lok.set_emergency_stop(true);
       for (const auto& decoder : lok.get_decoders()) {
         decoder->set_speed(DecoderUpdate::emergency_stop);
@@ -107,12 +108,12 @@ bool StandStill::begin(std::function<void()> then, const Device* device) {
   }
   stop_trains(device);
   const auto end = Clock::now() + patience;
-  look_ = Timeout::every(look_interval, [device, end, then = std::move(then)] {
+  poll_timer_ = Timeout::every(poll_interval, [device, end, then = std::move(then)] {
     if (any_train_moves(device) && Clock::now() < end) {
       stop_trains(device);
       return true;
     }
-    const auto go_on = then;  // it may end this
+    const auto go_on = then;  // a copy, since the call may destroy this object
     go_on();
     return false;
   });

@@ -10,40 +10,41 @@ class Decoder;
 class Device;
 class Lok;
 
-/// Whether the decoder is to move, or was not told yet that it is not.
+/// True if the decoder's commanded speed is not 0, or a stop has not been delivered yet.
 [[nodiscard]] bool may_move(const Decoder& decoder);
 /// The same for any decoder of the locomotive.
 [[nodiscard]] bool may_move(const Lok& lok);
 
-/// Whether any locomotive of the current layout may move, though its link may be lost.
+/// True if any locomotive of the current layout may move, even if its station is out of service.
 [[nodiscard]] bool any_train_may_move();
-/// Whether any locomotive of the current layout may move that this device drives, or any device if
-/// it is null. What no device in service drives does not count.
+/// True if any locomotive of the current layout may move that `device` drives; null means any
+/// device. Only devices in service count.
 [[nodiscard]] bool any_train_moves(const Device* device = nullptr);
 
-/// An emergency stop of every locomotive of the current layout, those first that may move.
+/// Sends an emergency stop to every locomotive of the current layout, first to those that may move.
 void emergency_stop_all();
 
-/// Sends a last stop by a station that leaves default use to all that it has driven by that.
+/// Call before a station is removed from the default device: sends a last stop through it to each
+/// decoder that uses the default device.
 void stop_before_leaving_default(Device& station);
 
-/// Sends speed 0 to the locomotives that a device drives, or to all, and goes on when they have
-/// been told.
+/// Sends speed 0 to the locomotives that a device drives, or to all, and calls back when the stops
+/// have been delivered.
 ///
-/// A script may command a speed meanwhile: the locomotive is told again. The end of the object ends
-/// the wait, and `then` is forgotten.
+/// If a script commands a speed meanwhile, the stop is repeated. Destroying the object ends the
+/// wait without calling `then`.
 class StandStill {
  public:
-  /// How long the hardware has for its answers.
+  /// How long the hardware may take to answer.
   static constexpr std::chrono::seconds patience{1};
 
-  /// Calls `then` at once if nothing moves, else when everything stands or the patience is over.
-  /// False, and `then` is not called, while another wait is under way.
+  /// Calls `then` at once if no locomotive moves, else when all stops are delivered or `patience`
+  /// has passed. While another wait is under way, returns false and does not call `then`.
   bool begin(std::function<void()> then, const Device* device = nullptr);
-  [[nodiscard]] bool under_way() const { return look_.armed(); }
+  [[nodiscard]] bool under_way() const { return poll_timer_.armed(); }
 
  private:
-  Timeout look_;
+  Timeout poll_timer_;
 };
 
 }  // namespace zemblar

@@ -15,13 +15,13 @@ const std::list<ScriptOverlay*>& levels() {
   return Layout::get().script_overlays;
 }
 
-/// The levels of all layouts: two of those overlap while a file is opened.
+/// The levels of all layouts: two layouts exist at the same time while a file is opened.
 std::set<ScriptOverlay*>& all_levels() {
   static std::set<ScriptOverlay*> all;
   return all;
 }
 
-/// The last level that names the key decides.
+/// The value of the last level that has the key, else `value`.
 template <typename Key, typename Value, typename Entry>
 Value last_of(Key* key, Value value, std::map<Key*, Entry> ScriptOverlay::*entries) {
   for (const auto* level : levels()) {
@@ -47,7 +47,7 @@ void ScriptOverlay::withdraw() {
   if (std::exchange(in_force_, false)) overlays_.erase(position_);
 }
 
-// A handler may end objects, which forget themselves here, and withdraw other levels.
+// A handler may end objects, which then remove their entries here, and withdraw other levels.
 void ScriptOverlay::take_back() {
   withdraw();
   const auto refresh_all = [](auto& entries, auto refresh) {

@@ -12,8 +12,8 @@ class Lok;
 
 /// One level of temporary changes that a script has made to speeds, directions and functions.
 ///
-/// Making one puts it at the end of the current layout's list `script_overlays`, ending it takes it
-/// out. A locomotive or function that ends leaves no entry behind.
+/// The constructor appends it to the current layout's list `script_overlays`, the destructor
+/// removes it. A locomotive or function that ends is removed from all levels.
 class ScriptOverlay {
  public:
   ScriptOverlay();
@@ -21,28 +21,28 @@ class ScriptOverlay {
   ScriptOverlay(const ScriptOverlay&) = delete;
   ScriptOverlay& operator=(const ScriptOverlay&) = delete;
 
-  /// Takes it out of the list, and has each object that it names take the value that is in force
-  /// then: speeds, directions, states.
+  /// Removes the level from the list. Then each of its objects computes and sends its new value in
+  /// force: speeds, directions, states.
   void take_back();
 
   std::map<Lok*, unsigned> speeds;  ///< 0 to 126
   std::map<Lok*, Direction> directions;
   std::map<Function*, bool> states;
 
-  /// The values in force for an object: the last level that names it wins; an emergency stop
-  /// passes through.
+  /// The value in force for an object, given its own value: that of the last level with an entry
+  /// for the object, else its own. An emergency stop overrides all levels.
   static unsigned apply(Lok* lok, unsigned speed);
   static Direction apply(Lok* lok, Direction direction);
   static bool apply(Function* function, bool state);
 
-  /// Takes an object that ends out of every level.
+  /// Removes an object that ends from every level.
   static void forget(Lok* lok);
   static void forget(Function* function);
 
  private:
   void withdraw();
 
-  bool in_force_ = true;  // the list may be gone when it is not
+  bool in_force_ = true;  // while true, `overlays_` exists and holds this level
   std::list<ScriptOverlay*>& overlays_;
   std::list<ScriptOverlay*>::iterator position_;
 };

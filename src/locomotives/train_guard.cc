@@ -12,12 +12,13 @@
 namespace zemblar {
 namespace {
 
-/// Short, since a program may hang just after a train has set out.
+/// Interval of the heartbeat. It is short, because the program may hang just after a train has
+/// started.
 constexpr std::chrono::milliseconds beat_interval(250);
-/// A guard that ends sooner cannot have worked.
+/// A guard that ends sooner than this has failed to start.
 constexpr std::chrono::seconds shortest_life(2);
 constexpr std::chrono::seconds pause_between_starts(10);
-/// In characters, for a message to the guard must not be too long.
+/// In characters; limits the length of a message to the guard.
 constexpr std::size_t longest_name = 100;
 
 std::string key_of(const Device* device) {
@@ -35,14 +36,14 @@ TrainGuard::TrainGuard(std::string program) : program_(std::move(program)) {
 }
 
 void TrainGuard::take_leave() {
-  heart_.cancel();
-  has_ended_ = true;  // for whatever happens until the program's end
+  heartbeat_.cancel();
+  has_ended_ = true;  // nothing is sent any more until the program ends
   if (process_) process_->take_leave();
   process_.reset();
 }
 
-// The end of its service is told at once as well: a guard that keeps a line open keeps the system
-// from giving its name to the hardware that is plugged in again.
+// Reports also at once when a station goes out of service: while the guard keeps a serial line
+// open, the system does not give its name to the hardware when it is plugged in again.
 void TrainGuard::watch(Device& device) {
   watched_[&device] =
       device.property_active().signal_changed().connect(sigc::mem_fun(*this, &TrainGuard::follow));
@@ -68,24 +69,25 @@ void TrainGuard::follow() {
   if (has_ended_) return;
   const auto stations = find_stations();
   if (stations.empty() && !process_) return;
-  if (!heart_.armed()) begin_to_beat();
+  if (!heartbeat_.armed()) start_heartbeat();
   if (process_ || start()) update(stations);
 }
 
 void TrainGuard::update(const Stations& stations) {
-  const auto told = std::exchange(told_, stations);
-  for (const auto& [device, station] : told) {
-    if (!stations.contains(device)) tell(guard::Gone{station.key});
+  const auto former = std::exchange(sent_, stations);
+  for (const auto& [device, station] : former) {
+    if (!stations.contains(device)) send(guard::Gone{station.key});
   }
   for (const auto& [device, station] : stations) {
-    const auto former = told.find(device);
-    if (former == told.end() || !is_same(former->second, station)) tell(station);
+    const auto known = former.find(device);
+    if (known == former.end() || !is_same(known->second, station)) send(station);
   }
-  tell(guard::Alive{any_train_may_move()});
+  send(guard::Alive{any_train_may_move()});
 }
 
-// A guard that does not listen must not wake up later and take the program for dead.
-void TrainGuard::tell(const guard::Message& message) {
+// Kills a guard that does not receive, so that it cannot wake up later and take the program for
+// dead.
+void TrainGuard::send(const guard::Message& message) {
   if (has_ended_ || process_->send(message)) return;
   process_->kill();
   has_ended_ = true;
@@ -102,33 +104,34 @@ void TrainGuard::on_ended(int status) {
             "The guard has switched the track power off: Zemblar had done nothing for %1 seconds.",
             static_cast<unsigned long>(guard::longest_silence.count())),
         guard::longest_silence.count()));
-  } else if (ended_ - began_ < shortest_life) {
-    tell_missing(_("it ends at once"));
+  } else if (ended_ - started_ < shortest_life) {
+    report_missing(_("it ends at once"));
   }
 }
 
-void TrainGuard::tell_missing(const Glib::ustring& why) {
+void TrainGuard::report_missing(const Glib::ustring& why) {
   missing_.tell(Glib::ustring::compose(
       _("There is no guard: trains drive on if Zemblar ends by itself. %1 cannot be started: %2"),
       readable(program_), why));
 }
 
-// The station's own word about its power comes some time after the guard's end.
+// Waits, because the station reports the end of its track power some time after the guard has
+// ended.
 void TrainGuard::follow_power() {
-  if (process_ && Clock::now() - began_ > shortest_life) missing_.take_back();
+  if (process_ && Clock::now() - started_ > shortest_life) missing_.take_back();
   if (!stopped_.is_active() || Clock::now() - ended_ < shortest_life) return;
   const auto is_on = [](const auto& one) { return one.first->track_power(); };
-  if (std::ranges::any_of(told_, is_on)) stopped_.take_back();
+  if (std::ranges::any_of(sent_, is_on)) stopped_.take_back();
 }
 
 void TrainGuard::end_process() {
   process_.reset();
-  told_.clear();
+  sent_.clear();
   has_ended_ = false;
 }
 
-void TrainGuard::begin_to_beat() {
-  heart_ = Timeout::every(beat_interval, [this] {
+void TrainGuard::start_heartbeat() {
+  heartbeat_ = Timeout::every(beat_interval, [this] {
     if (has_ended_) end_process();
     follow();
     follow_power();
@@ -137,16 +140,16 @@ void TrainGuard::begin_to_beat() {
 }
 
 bool TrainGuard::start() try {
-  if (missing_.is_active() && Clock::now() - began_ < pause_between_starts) return false;
-  began_ = Clock::now();
+  if (missing_.is_active() && Clock::now() - started_ < pause_between_starts) return false;
+  started_ = Clock::now();
   process_ = std::make_unique<GuardProcess>(program_);
   process_->signal_ended().connect(sigc::mem_fun(*this, &TrainGuard::on_ended));
   return true;
 } catch (const Glib::Error& error) {
-  tell_missing(error.what());
+  report_missing(error.what());
   return false;
 } catch (const std::system_error& error) {
-  tell_missing(readable(error.code().message()));
+  report_missing(readable(error.code().message()));
   return false;
 }
 

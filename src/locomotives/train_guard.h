@@ -15,18 +15,18 @@ namespace zemblar {
 
 class Device;
 
-/// Keeps the guard (see GuardProcess) informed: of every command station of the current layout
-/// that has been in service, and four times a second that this thread is at work, and whether any
-/// locomotive drives.
+/// Sends the guard (see GuardProcess) the stop order of every command station of the current layout
+/// that has been in service. Four times a second it also sends a sign of life of this thread, with
+/// whether any locomotive moves.
 ///
 /// The guard is started when the first station comes into service, and again when it has ended by
-/// itself. Without stations nothing runs. What the guard cannot do, and what it has done, stands in
-/// the status line.
+/// itself. Without stations there is no guard. The status line shows when the guard cannot run, and
+/// when it has acted.
 class TrainGuard : public sigc::trackable {
  public:
   explicit TrainGuard(std::string program = GuardProcess::default_program());
 
-  /// The program ends as the person wants it to: the guard lets the trains be.
+  /// Call when the user quits the program: the guard stops no trains.
   void take_leave();
 
  private:
@@ -34,26 +34,26 @@ class TrainGuard : public sigc::trackable {
 
   void watch(Device& device);
   void follow();
-  void begin_to_beat();
+  void start_heartbeat();
   bool start();
-  void tell_missing(const Glib::ustring& why);
+  void report_missing(const Glib::ustring& why);
   void follow_power();
   void end_process();
   void on_ended(int status);
   void update(const Stations& stations);
-  void tell(const guard::Message& message);
+  void send(const guard::Message& message);
   static Stations find_stations();
 
   std::string program_;
   std::unique_ptr<GuardProcess> process_;
-  bool has_ended_ = false;  // the process; it is dropped with the next beat
-  Stations told_;
-  std::map<const Device*, ScopedConnection> watched_;  // devices that may be gone meanwhile
-  Timeout heart_;
-  Clock::time_point began_{};
+  bool has_ended_ = false;  // the guard has ended; `process_` is reset at the next heartbeat
+  Stations sent_;
+  std::map<const Device*, ScopedConnection> watched_;  // keys may be of destroyed devices
+  Timeout heartbeat_;
+  Clock::time_point started_{};
   Clock::time_point ended_{};
   StatusNote missing_;
-  StatusNote stopped_;  // until the track power is on again
+  StatusNote stopped_;  // shown until the track power is on again
 };
 
 }  // namespace zemblar

@@ -77,13 +77,13 @@ void Lok::on_track_event(void (Lok::*handler)()) {
 void Lok::handle(void (Lok::*handler)()) {
   const AliveGuard alive(*this);
   (this->*handler)();
-  if (alive) tell_place();
+  if (alive) notify_place();
 }
 
 // Once for each turn, however often the place has changed in it.
-void Lok::tell_place() {
+void Lok::notify_place() {
   const Place place{front, back, orientation_known};
-  if (std::exchange(told_place_, place) != place) signal_place_changed_.emit();
+  if (std::exchange(notified_place_, place) != place) signal_place_changed_.emit();
 }
 
 // --- The place and what is watched around it ---
@@ -162,7 +162,7 @@ void Lok::leave_track() {
     if (!alive) return;
     if (std::ranges::find(blocks_, block) != blocks_.end()) block->clear_lok(this);
   }
-  if (alive) tell_place();
+  if (alive) notify_place();
 }
 
 void Lok::remember_block(Block* block) {
@@ -177,7 +177,7 @@ void Lok::reverse_place() {
   const auto reverse = [this] {
     std::swap(front, back);
     reconnect();
-    tell_place();
+    notify_place();
   };
   BlockControlTurn::run(reverse, [&] { return sigc::track_obj(reverse, *this); });
 }
@@ -310,7 +310,7 @@ void Lok::detected(BlockLink* front_, BlockLink* back_, bool certain) {
   const auto place = [=, this] {
     const AliveGuard alive(*this);
     place_detected(front_, back_, certain);
-    if (alive) tell_place();
+    if (alive) notify_place();
   };
   BlockControlTurn::run(place, [&] { return sigc::track_obj(place, *this, *front_->get_block()); });
 }
