@@ -13,12 +13,12 @@
 namespace zemblar {
 namespace {
 
-/// Null stands for all default stations, any of which may be the other device.
+/// Null stands for the default device, one of whose stations may be the other device.
 bool share_device(const Device* one, const Device* other) {
   return !one || !other || one == other;
 }
 
-/// Whether a command for one reaches the other as well, if their addresses are the same.
+/// True if a command for one also reaches the other, provided that their addresses are equal.
 bool are_alike(const Decoder& one, const Decoder& other) {
   return share_device(one.get_device(), other.get_device());
 }
@@ -37,7 +37,7 @@ bool has_decoder(const Lok& lok, const Decoder& decoder) {
   return std::ranges::any_of(all, [&](const auto& one) { return one.operator->() == &decoder; });
 }
 
-/// Calls `visit` with each decoder of another locomotive and with that.
+/// Calls `visit` for each decoder of every other locomotive.
 void visit_others(const Decoder& decoder,
                   const std::function<void(Object&, const Decoder&)>& visit) {
   for_each_lok(Layout::get().get_loks(), [&](Lok& lok) {

@@ -45,7 +45,8 @@ sigc::signal<void, BlockLink*>& Block::signal_link_ending() {
   return signal;
 }
 
-// Reports that arrive from here on find nothing to place a locomotive on, and walks end before it.
+// From now on a report cannot place a locomotive here, and walks along the track end before this
+// block.
 void Block::on_deleting() {
   signal_ending().emit(this);
   for (auto& connection : input_signals_) connection.disconnect();
@@ -71,7 +72,7 @@ void Block::set_input(Device* input) {
                     input->signal_left().connect(sigc::mem_fun(*this, &Block::on_lost))};
   input_deleted_ = input->signal_deleted().connect([this] { set_input(nullptr); });
   notify_property(*this, "input");
-  // A handler may end the block, change the detector, or end what it sees.
+  // A handler may end the block, change the detector, or end a detected locomotive.
   const AliveGuard alive(*this);
   on_occupied();
   const auto still = [&] { return alive && input_ == input; };
@@ -111,7 +112,7 @@ void Block::set_invert(bool invert) {
 
 // --- Holder ---
 
-void Block::hold(Lok* lok) {
+void Block::set_holder(Lok* lok) {
   if (lok_) lok_->forget_block(this);
   lok_ = lok;
   if (lok_) lok_->remember_block(this);
@@ -121,16 +122,16 @@ void Block::hold(Lok* lok) {
 }
 
 void Block::set_lok(Lok* lok) {
-  if (lok && !lok_ && !lok->is_deleting() && !is_deleting()) hold(lok);
+  if (lok && !lok_ && !lok->is_deleting() && !is_deleting()) set_holder(lok);
 }
 
 void Block::clear_lok(Lok* lok) {
-  if (lok && lok_ == lok) hold(nullptr);
+  if (lok && lok_ == lok) set_holder(nullptr);
 }
 
 void Block::replace_lok(Lok* lok) {
   if (lok == lok_ || (lok && (lok->is_deleting() || is_deleting()))) return;
-  hold(lok);
+  set_holder(lok);
 }
 
 }  // namespace zemblar

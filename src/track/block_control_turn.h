@@ -7,14 +7,16 @@
 
 namespace zemblar {
 
-/// A queue for the handlers of block control. A handler that is called while another one runs waits
-/// until the outermost one has returned, in the same turn of the main loop: every handler finds the
-/// track as it left it.
+/// Runs the handlers of block control one after another. A handler that is called while another one
+/// runs is queued until the outermost one has returned, in the same iteration of the main loop. So
+/// no handler changes the track while another one runs.
 ///
-/// Handlers that have waited still belong to the turn. Slots given to `afterwards` run after it.
+/// A turn is the outermost handler with all queued ones. Slots given to `afterwards` run after the
+/// turn.
 class BlockControlTurn {
  public:
-  /// `make_slot` makes what has to wait; it is empty again when something that it tracks has ended.
+  /// `make_slot` makes the slot to be queued; the slot does nothing if an object that it tracks has
+  /// ended.
   template <typename Handle, typename MakeSlot>
   static void run(const Handle& handle, const MakeSlot& make_slot) {
     if (running_) {
@@ -30,7 +32,7 @@ class BlockControlTurn {
   }
 
   [[nodiscard]] static bool is_running() { return running_; }
-  /// Calls the slot when the turn is over; only while one is running.
+  /// Calls the slot after the present turn. Call only while a turn is running.
   static void afterwards(sigc::slot<void> slot) { afterwards_.push_back(std::move(slot)); }
 
  private:

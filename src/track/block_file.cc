@@ -29,7 +29,7 @@ void Block::load_input(const YAML::Node& node) {
       *this));
 }
 
-// A detector that lives in memory alone is not in the file either.
+// A detector that is not in the document is not written.
 void Block::save_input(YAML::Emitter& out) const {
   const bool in_document = input_ && of(g_node_get_root(input_->gnode())) == &Layout::get();
   out << YAML::Key << "input" << YAML::Value
@@ -63,7 +63,7 @@ void Block::restore(const EntryChange& change) {
   change.read<bool>("invert", [this](bool invert) { set_invert(invert); });
 }
 
-// A partner that somebody has joined to another end meanwhile is left there.
+// A partner that has been joined to another link meanwhile stays joined to that.
 void Block::restore_link(const EntryChange& change, const std::string& key, BlockLink& link) {
   if (!change.differs(key.c_str())) return;
   const auto entry = change.at(key.c_str());
@@ -75,7 +75,7 @@ void Block::restore_link(const EntryChange& change, const std::string& key, Bloc
   if (partner && !partner->is_connected()) link.connect(partner);
 }
 
-// Both ends of a join are in the file, so the second one finds it made.
+// The file has each join at both ends, so the second entry finds its link already joined.
 void Block::attach_saved() {
   for (const auto& saved : std::exchange(saved_links_, {})) {
     if (!*saved.partner || saved.link->is_connected()) continue;

@@ -55,7 +55,7 @@ void BlockLink::connect(BlockLink* other) {
   other->signal_changed_.emit();
 }
 
-// A copy lets go of its side alone: the join is the original's.
+// A copy disconnects only itself, since the join belongs to the original.
 void BlockLink::disconnect() {
   auto* former = partner_;
   if (!former) return;

@@ -10,23 +10,25 @@ namespace zemblar {
 
 class Block;
 
-/// There is no way to the target as the points lie now.
+/// There is no route to the target with the present states of the points.
 class RouteNotFound : public std::exception {
  public:
   [[nodiscard]] const char* what() const noexcept override { return "Route Not Found"; }
 };
 
-/// One end of a block, where another block's end may be joined to it.
+/// One end of a block. It may be joined to an end of another block.
 ///
-/// Joins are symmetric: whoever joins two ends sees to it that the other one is free. `connect`
-/// lets go of this link's former partner and not of the other's, which from then on points at a
-/// link that does not point back; when that link ends, all who still point at it are let go.
+/// Joins are symmetric if the caller of `connect` makes sure that `other` is free. `connect`
+/// disconnects this link's former partner, but not that of `other`, which then still points at
+/// `other` although `other` does not point back. A link that ends disconnects all links that point
+/// at it.
 ///
-/// Handlers of a link's end may find its block half destroyed.
+/// When a link ends, handlers of `signal_changed` may find its block half destroyed.
 class BlockLink {
  public:
   explicit BlockLink(Block* block);
-  /// A copy has the same block and partner, and joins nothing: both know the original alone.
+  /// A copy has the same block and partner, but is not joined: block and partner know only the
+  /// original.
   BlockLink(const BlockLink& other);
   BlockLink& operator=(const BlockLink&) = delete;
   virtual ~BlockLink();
@@ -35,21 +37,21 @@ class BlockLink {
   /// Null at a dead end.
   [[nodiscard]] BlockLink* get_partner() const { return partner_; }
   [[nodiscard]] bool is_connected() const { return partner_ != nullptr; }
-  /// Where a train that enters the block here leaves it; null when there is no way through now.
+  /// The link by which a train that enters the block here leaves it; null when the points give no
+  /// route now.
   [[nodiscard]] BlockLink* get_opposite();
 
-  /// Joins two ends of the track. To join a link with itself, with nothing, or with its present
-  /// partner does nothing. Tells the former partner, then this end, then the other.
+  /// Joins two ends of the track. Does nothing for null, for this link itself and for the present
+  /// partner. Emits `signal_changed` of the former partner, then of this link, then of `other`.
   void connect(BlockLink* other);
-  /// Tells this end, then the former partner.
+  /// Emits `signal_changed` of this link, then of the former partner.
   void disconnect();
 
-  /// How many blocks a train enters and leaves again on the way that leads out through this link,
-  /// until it stands at `target`: 0 for this link and for the link it is joined to, 1 for the far
-  /// link of the adjoining block. Points are read as they lie; a route either exists or does not.
-  /// Throws RouteNotFound.
+  /// Number of blocks that a train which leaves through this link passes through until it reaches
+  /// `target`: 0 for this link and for its partner, 1 for the opposite link of the adjoining block.
+  /// The points are taken in their present states. Throws RouteNotFound.
   [[nodiscard]] unsigned distance_to(const BlockLink* target) const;
-  /// The same without an exception; a null target is never found.
+  /// The same without an exception; no value if there is no route or `target` is null.
   [[nodiscard]] std::optional<unsigned> find_distance_to(const BlockLink* target) const noexcept;
 
   /// The partner has changed.
@@ -67,15 +69,14 @@ class BlockLink {
   sigc::signal<void> signal_changed_;
 };
 
-/// Ends a walk along the track that goes round in a circle, as it does for ever once a point has
-/// been thrown under a train. Ask it once for each step, always with the link at the same place of
-/// the step.
+/// Detects a walk along the track that goes round in a circle, which can happen once a point has
+/// been thrown under a train. Call `came_round` once in each step, always with the link at the same
+/// place of the step.
 ///
-/// Joins and ways through blocks lead to and fro, so the first link that comes round is the first
-/// one that the guard was asked about: the walk has then passed each link of the circle once, and
-/// stands where it began. Only if a handler changes the track during the walk, the circle may lack
-/// that link. A second mark, which moves on after 1, 2, 4, 8... steps, ends the walk in that case,
-/// after a few rounds at the most.
+/// Joins and routes through blocks work in both directions, so the first link to come round is the
+/// first one given: the walk has then passed each link of the circle once and is back at its start.
+/// If a handler changes the track during the walk, the circle may miss that link. A second mark,
+/// which moves on after 1, 2, 4, 8... steps, ends the walk in that case after a few rounds at most.
 class CircleGuard {
  public:
   [[nodiscard]] bool came_round(const BlockLink* link) noexcept {

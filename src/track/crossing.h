@@ -5,9 +5,9 @@
 
 namespace zemblar {
 
-/// Where two tracks cross: both diagonals are always open. There is one holder and one detector
-/// for the two of them. A crossing is claimed by the trains that walk over it; RailCom places no
-/// locomotive on it.
+/// A crossing of two tracks: both diagonals are always open. The two tracks share one holder and
+/// one detector. A train claims the crossing when block control moves it on; a RailCom report
+/// places no locomotive on a crossing.
 ///
 /// In a layout file: `!crossing` with `name`, `id`, `input`, `top-left`, `top-right`,
 /// `bottom-left` and `bottom-right`.

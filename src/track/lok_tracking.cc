@@ -1,5 +1,5 @@
-// Block control: how a locomotive follows itself from block to block and stops short of one that
-// is not free.
+// Block control: moves a locomotive's place from block to block, and brakes before a block that is
+// not free.
 
 #include <algorithm>
 #include <cassert>
@@ -29,9 +29,10 @@ bool is_occupied(const Block* block) {
   return block && block->occupied();
 }
 
-/// The blocks that one walk has passed. The walk claims each of them, so each stops it like a block
-/// that was held before, also while the walk only looks ahead and has claimed nothing yet. A walk
-/// can come to a crossing or a scissor a second time by other links.
+/// The blocks that one walk has passed. A walk claims the blocks that it passes, so it must stop
+/// before a passed block as before any held one. This class makes it stop even while it only looks
+/// ahead and claims nothing. A walk can reach a crossing or a scissor a second time through other
+/// links.
 class PassedBlocks {
  public:
   /// Adds the block. False if the walk must stop before it.
@@ -43,8 +44,8 @@ class PassedBlocks {
   std::set<const Block*> passed_;
 };
 
-/// Whether a walk from `link` comes to `target`, or to a block that stops it, before a dead end or
-/// a point set against the train ends the way.
+/// True if a walk from `link` reaches `target`, or a block that stops it, before a dead end or a
+/// point set against the train.
 bool way_is_open(BlockLink* link, const BlockLink* target) {
   PassedBlocks passed;
   for (;;) {
@@ -57,7 +58,8 @@ bool way_is_open(BlockLink* link, const BlockLink* target) {
   }
 }
 
-/// The link by which the way from `link` through its block enters the next one; null when it ends.
+/// The link by which the route from `link` through its block enters the next block; null without a
+/// route.
 BlockLink* one_block_on(BlockLink* link) {
   const auto* far = link->get_opposite();
   return far ? far->get_partner() : nullptr;
@@ -80,7 +82,7 @@ void Lok::handle(void (Lok::*handler)()) {
   if (alive) notify_place();
 }
 
-// Once for each turn, however often the place has changed in it.
+// Emits once for all changes of the place in one handler.
 void Lok::notify_place() {
   const Place place{front, back, orientation_known};
   if (std::exchange(notified_place_, place) != place) signal_place_changed_.emit();
@@ -144,7 +146,7 @@ bool Lok::spans(const Block* block) const {
   return false;
 }
 
-// At once and out of turn: the block's links are about to go.
+// Runs at once, not in a turn, because the block's links are about to be destroyed.
 void Lok::on_block_ending(Block* block) {
   if (spans(block)) leave_track();
 }
@@ -155,7 +157,7 @@ void Lok::on_link_ending(const BlockLink* link) {
 
 void Lok::leave_track() {
   lose_track();
-  // A handler may end this locomotive, or give it another block.
+  // A handler may end this locomotive, or make it hold another block.
   const AliveGuard alive(*this);
   const auto held = blocks_;
   for (auto* block : held) {
@@ -266,7 +268,8 @@ void Lok::on_rear_occupied() {
   if (moved) reconnect();
 }
 
-/// False when the tail stays where it is, or the place is lost.
+/// Releases blocks without a detector at the tail. False when the tail does not move, or the place
+/// is lost.
 bool Lok::release_undetected_tail() {
   if (back->get_block()->has_input()) return true;
   CircleGuard guard;
@@ -282,7 +285,7 @@ bool Lok::release_undetected_tail() {
   } while (!link->get_block()->has_input());
   if (link->get_block()->occupied()) return false;
 
-  // A handler may throw a point, so that the way does not lead to that detector any more.
+  // A handler may throw a point, so that the route no longer leads to that detector.
   const AliveGuard alive(*this);
   CircleGuard releasing;
   while (back && !back->get_block()->has_input()) {
@@ -341,8 +344,7 @@ void Lok::place_detected(BlockLink* front_, BlockLink* back_, bool certain) {
   if (is_occupied(neighbour(front))) on_ahead_occupied();
 }
 
-// Which end walks in the second and the fourth case is meant as it stands, although the other one
-// is nearer.
+// In the second and the fourth case the end that is farther away walks; this is intended.
 void Lok::move_to_detected(BlockLink* front_, BlockLink* back_, bool certain) {
   const auto a = distance(front, front_);
   const auto b = distance(front, back_);
@@ -370,8 +372,9 @@ void Lok::move_to_detected(BlockLink* front_, BlockLink* back_, bool certain) {
   }
 }
 
-/// False when a jump has to take its place. Nothing is claimed on a way that ends on the track;
-/// what was claimed before a block that stopped the walk stays so.
+/// Moves `end` to `target`, claiming the blocks on the way. False when the walk fails, so that the
+/// place has to jump. Claims nothing if the route ends at a dead end or at a point; claims made
+/// before a held block stopped the walk remain.
 template <typename Check>
 bool Lok::walk(BlockLink*& end, BlockLink* target, const Check& check) {
   if (end == target) return true;

@@ -88,7 +88,7 @@ void Point::adopt(PointState* state) {
   PointBase::adopt(state);
 }
 
-// Whoever looks at the link when it is let go finds it there.
+// The link exists until `on_state_removed`, so that handlers of the disconnection can use it.
 void Point::on_state_ending(PointState* state) {
   const AliveGuard alive(*this);
   auto* link = state_link(state);

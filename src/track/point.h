@@ -7,11 +7,12 @@
 
 namespace zemblar {
 
-/// A set of points: one way in, `common`, and a link for each state, of which the current state's
-/// is open. Who comes by another one finds no way through.
+/// A point: the link `common`, and one link per state. The route is between `common` and the link
+/// of the current state. A train entering by another link has no route.
 ///
-/// The links are named "common" and "state:" with the name of the state, whatever it is now. A
-/// state takes its link with it when it goes; a locomotive that has its end there is then unplaced.
+/// The links are named "common" and "state:" followed by the present name of the state. When a
+/// state ends, its link ends too; a locomotive whose `front` or `back` is that link loses its
+/// place.
 ///
 /// In a layout file: `!point` with `name`, `id`, `outputs`, `states`, `input` and `links`, a
 /// mapping from the links' names to the links.

@@ -32,9 +32,9 @@ const MemberSet::Membership membership(
 PointBase::PointBase(const Glib::ustring& name_format) : Block(name_format) {
   register_property<PointState*>(this, "state", &PointBase::get_state, &PointBase::set_state);
   own(PointOutput::create());
-  // The first to hear of it, for good.
+  // Connected here so that this handler always runs first.
   signal_child_removed().connect([this](Object* child) {
-    if (auto* state = dynamic_cast<PointState*>(child)) leave_state(state);
+    if (auto* state = dynamic_cast<PointState*>(child)) replace_ended(state);
   });
 }
 
@@ -42,11 +42,11 @@ PointBase::PointBase(const Glib::ustring& name_format) : Block(name_format) {
 
 void PointBase::set_state(PointState* state) {
   const bool own = state && state->get_parent() == this && !state->is_deleting();
-  if (own && state != state_ && !is_deleting()) take_state(state);
+  if (own && state != state_ && !is_deleting()) make_current(state);
 }
 
-// Handlers may destroy the point.
-void PointBase::take_state(PointState* state) {
+// A handler may destroy the point.
+void PointBase::make_current(PointState* state) {
   const AliveGuard alive(*this);
   state_ = state;
   if (state) state->send();
@@ -122,15 +122,15 @@ void PointBase::on_child_removing(Object* child) {
   if (alive && !is_deleting()) update_deletable();
 }
 
-// A point lies somehow as long as it has states: the first of those that are left follows.
-void PointBase::leave_state(PointState* state) {
+// When the current state ends, the first remaining one becomes current.
+void PointBase::replace_ended(PointState* state) {
   on_state_removed(state);
   if (state_ || is_deleting()) return;
   const auto left = states();
-  take_state(left.empty() ? nullptr : left.front());
+  make_current(left.empty() ? nullptr : left.front());
 }
 
-// A handler may add and end states: each round looks at those that are there now.
+// A handler may add and end states, so each round reads the states again.
 void PointBase::update_deletable() {
   const AliveGuard alive(*this);
   while (alive) {

@@ -7,13 +7,13 @@
 
 namespace zemblar {
 
-/// What points, signals and scissor points share: accessory outputs, and states (children in the
-/// tree) that say what is sent to them, one of which is current.
+/// The base of points, signals and scissor points: accessory outputs, and states (children in the
+/// tree), one of which is current. A state has the settings that are sent to the outputs.
 ///
-/// A state is taken at once, with no regard to a train on the point and to whether a device is in
-/// service, and nobody waits for the hardware. A locomotive in the way hears of it by the route
-/// signal. The current state is not in a layout file: when it has been read, the first state is
-/// current and nothing has been sent. Only a point that was read without states has none.
+/// A state becomes current at once, even if a train is on the point or no device is in service;
+/// nothing waits for the hardware. Block control learns of the new route by `signal_route`. A
+/// layout file does not have the current state: after reading, the first state is current and
+/// nothing has been sent. Only a point that was read without states has no current state.
 ///
 /// The keys in a layout file are `name`, `id`, `outputs` and `states`.
 class PointBase : public Block {
@@ -21,17 +21,17 @@ class PointBase : public Block {
   using Outputs = std::vector<Glib::RefPtr<PointOutput>>;
 
   [[nodiscard]] PointState* get_state() const { return state_; }
-  /// Does nothing for the current state, and for what is no state of this point.
+  /// Does nothing for the current state, and for a state of another point.
   void set_state(PointState* state);
-  /// In their order; those that are about to end are left out.
+  /// All states in order, without those that are about to end.
   [[nodiscard]] std::vector<PointState*> states() const;
-  /// Adds one with a default name, that is sent nothing special.
+  /// Adds a state with a default name and default settings.
   PointState& add_state();
-  /// Whether states can be added.
+  /// True if no states can be added or removed.
   [[nodiscard]] virtual bool has_fixed_states() const { return false; }
 
   [[nodiscard]] const Outputs& get_outputs() const { return outputs; }
-  /// Counted from 1.
+  /// `index` counts from 1.
   [[nodiscard]] PointOutput& get_output(unsigned index) const;
   PointOutput& add_output();
   void remove_output(unsigned index);
@@ -52,18 +52,18 @@ class PointBase : public Block {
 
   [[nodiscard]] virtual PointState* make_state() = 0;
   [[nodiscard]] virtual PointState* make_state(const YAML::Node& node) = 0;
-  /// For each state before it is used: nothing the second time.
+  /// Prepares a state before its first use; does nothing when called again.
   virtual void adopt(PointState* state);
-  /// A state is about to end; its point may be too.
+  /// A state is about to end, perhaps together with its point.
   virtual void on_state_ending(PointState* /*state*/) {}
-  /// Everybody has let go of it.
+  /// All handlers of the state's end have run.
   virtual void on_state_removed(PointState* /*state*/) {}
 
-  /// Adds a state as a new document has it: all outputs get these settings.
+  /// Adds a state of a new point; `settings` are those of the outputs, in order.
   PointState* add_state(const Glib::ustring& name, const std::vector<PointStateOutput>& settings);
-  /// Makes the first state the current one; nothing is sent.
+  /// Makes the first state current without sending anything.
   void begin_with_first_state();
-  /// Replaces the outputs and reads the states. Asks for states without any from before.
+  /// Replaces the outputs and reads the states. The point must have no states yet.
   void load_point(const YAML::Node& node);
   /// Writes the keys that all points have.
   void save_point(YAML::Emitter& out) const;
@@ -72,8 +72,8 @@ class PointBase : public Block {
   void on_child_removing(Object* child) override;
 
  private:
-  void take_state(PointState* state);
-  void leave_state(PointState* state);
+  void make_current(PointState* state);
+  void replace_ended(PointState* state);
   void restore_outputs(const YAML::Node& entries);
   void restore_states(const YAML::Node& from, const YAML::Node& to);
   void update_deletable();

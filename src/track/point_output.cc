@@ -72,7 +72,7 @@ void read_number(const YAML::Node& node, Type type, unsigned& number) {
   if (number < range.lowest || number > range.highest) throw YAML::InvalidScalar(key.Mark());
 }
 
-// An output keeps the address and the number of its former type while its type has none.
+// An output whose type has no address or number keeps those of its former type.
 constexpr auto unused_address_key = "unused-address";
 constexpr auto unused_number_key = "unused-number";
 

@@ -8,14 +8,15 @@ namespace zemblar {
 
 struct PointStateOutput;
 
-/// One accessory output of a point or a signal: what is switched, and over which device.
+/// One accessory output of a point or a signal: type, address and device.
 ///
 /// A `Basic` output is one of the four pairs of coils of an accessory decoder, an `Extended` one an
 /// accessory decoder that understands aspects, a `Function` output a function of a mobile decoder.
-/// A `Servo` keeps its angles, and nothing is sent for it yet.
+/// A `Servo` stores angles; nothing is sent for it yet.
 ///
-/// The decoder for functions has this output's address and device. It is another one after each
-/// change of what is switched: what it had still to send was meant for something else.
+/// A `Function` output owns a Decoder with its address and device. Each change of type, address,
+/// device or number makes a new Decoder, because commands still pending in the old one were meant
+/// for another function.
 ///
 /// In a layout file an untagged mapping with `type` and `device`, and then by type `address` and
 /// `output`, `address`, `address` and `function`, or nothing.
@@ -30,20 +31,20 @@ class PointOutput : public Glib::Object {
   static Glib::RefPtr<PointOutput> create(const YAML::Node& node);
   ~PointOutput() override;
   void save(YAML::Emitter& out) const;
-  /// Sets all that the entry says.
+  /// Sets all settings to those of the entry.
   void restore(const YAML::Node& node);
 
-  /// Commands what a state asks of this output.
+  /// Commands a state's setting of this output.
   void send(const PointStateOutput& setting);
 
   [[nodiscard]] Type get_type() const { return type_; }
-  /// Brings address and number into the range of the type, and lets go of a device that cannot
-  /// do it.
+  /// Limits address and number to the range of the type, and clears a device that does not support
+  /// the type.
   void set_type(Type type);
   /// Null stands for the layout's default device.
   [[nodiscard]] Device* get_device() const { return device_; }
   void set_device(Device* device);
-  /// Of the kind that the type asks for; a servo has none.
+  /// The address, of the kind that the type needs; a servo has none.
   [[nodiscard]] Address get_address() const { return address_; }
   void set_address(Address address);
   /// The pair of coils, 1 to 4, or the function, 0 to 28. Another number is ignored.
@@ -54,9 +55,9 @@ class PointOutput : public Glib::Object {
   Glib::PropertyProxy<Device*> property_device() { return {this, "device"}; }
   Glib::PropertyProxy<Address> property_address() { return {this, "address"}; }
   Glib::PropertyProxy<unsigned> property_output() { return {this, "output"}; }
-  /// A property has a new value.
+  /// A property has changed.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
-  /// The same is about to have one.
+  /// A property is about to change.
   sigc::signal<void>& signal_changing() { return signal_changing_; }
 
  private:
@@ -76,9 +77,10 @@ class PointOutput : public Glib::Object {
   ScopedConnection device_deleted_;
 };
 
-/// The kind of address that outputs of a type have; a servo has none, and is given the first one.
+/// The kind of address that outputs of a type have. A servo has none; the result is then
+/// `accessory`.
 [[nodiscard]] Address::Kind address_kind(PointOutput::Type type);
-/// What a device must support to drive outputs of a type.
+/// The feature that a device must support to drive outputs of a type.
 [[nodiscard]] const char* required_feature(PointOutput::Type type);
 /// "Basic Accessory" and so on, translated.
 [[nodiscard]] Glib::ustring display_name(PointOutput::Type type);

@@ -59,7 +59,7 @@ const char* setting_key(Type type) {
   return nullptr;
 }
 
-/// The types whose values are in the form in use: all, or that of the output alone.
+/// The types whose values are written: in the private form all, else only that of the output.
 std::vector<Type> types_in_form(Type type) {
   if (!PrivateForm::is_used()) return {type};
   return {Type::Basic, Type::Extended, Type::Function, Type::Servo};
@@ -104,7 +104,7 @@ PointState::PointState(PointBase* owner, const YAML::Node& node) : PointState(ow
   const auto& outputs = owner_->get_outputs();
   const auto entries = node["outputs"];
   const bool is_whole = entries && entries.IsSequence() && entries.size() >= outputs.size();
-  // When a step is undone the point may have other outputs than it had.
+  // During undo the point may have other outputs than when the entry was written.
   if (!is_whole && !PrivateForm::is_used()) throw YAML::InvalidScalar(node.Mark());
   const auto known = entries ? entries.size() : 0;
   for (std::size_t i = 0; i < std::min(outputs.size(), known); ++i) {
@@ -127,7 +127,7 @@ void PointState::save_state(YAML::Emitter& out) const {
   out << YAML::EndSeq;
 }
 
-// The point's outputs have been restored before.
+// PointBase has restored the outputs before.
 void PointState::restore(const EntryChange& change) {
   Object::restore(change);
   const auto entries = change.at("outputs");
@@ -144,7 +144,7 @@ void PointState::activate() {
   owner_->set_state(this);
 }
 
-// A handler of what a device does at once may end the point, or take an output from it.
+// A device may act at once, and a handler of that may end the point or remove an output.
 void PointState::send() {
   const AliveGuard alive(*this);
   for (std::size_t i = 0; alive && i < owner_->get_outputs().size(); ++i) {

@@ -10,7 +10,7 @@ namespace zemblar {
 
 class PointBase;
 
-/// What one output does in one state; which of the values counts is a matter of the output's type.
+/// The setting of one output in one state. The type of the output selects which value is used.
 struct PointStateOutput {
   static constexpr std::uint8_t max_extended = 63;
 
@@ -18,45 +18,45 @@ struct PointStateOutput {
   float servo = 0;            ///< the angle in degrees
   std::uint8_t extended = 0;  ///< the aspect, 0 to 63
   bool function = false;
-  /// Whether the output matters in this state. The panel shows it; it is commanded all the same.
+  /// Whether the output matters in this state. Only the panel shows it; the output is commanded
+  /// even if false.
   bool enabled = true;
 
   bool operator==(const PointStateOutput&) const = default;
 
-  /// The settings of the two ends that a new point is made with.
+  /// The settings of the two states of a new point.
   static PointStateOutput off() { return {.basic = 0, .servo = -90}; }
   static PointStateOutput on() {
     return {.basic = 1, .servo = 90, .extended = 1, .function = true};
   }
 };
 
-/// One way in which a point lies, or one picture of a signal: a child of its point.
+/// One state of a point, or one aspect of a signal: a child of its point.
 ///
-/// In a layout file an untagged mapping with `name`, `id` and `outputs`, a sequence that runs
-/// parallel to the point's outputs. Each entry has `enabled`, and `basic` ("Left" or "Right"),
-/// `extended`, `function` or `servo` as the output's type asks for. More entries than the point
-/// has outputs are passed over.
+/// In a layout file an untagged mapping with `name`, `id` and `outputs`, a sequence with one entry
+/// per output of the point. Each entry has `enabled`, and by the output's type `basic` ("Left" or
+/// "Right"), `extended`, `function` or `servo`. Further entries are ignored.
 class PointState : public Object {
  public:
   explicit PointState(PointBase* owner);
-  /// The owner has its outputs already. Throws YAML::InvalidScalar when there are fewer entries
-  /// than outputs, and for values that an entry cannot have.
+  /// The owner must have its outputs already. Throws YAML::InvalidScalar when there are fewer
+  /// entries than outputs, and for values that an entry cannot have.
   PointState(PointBase* owner, const YAML::Node& node);
   void save(YAML::Emitter& out) const override;
 
   void restore(const EntryChange& change) override;
 
   [[nodiscard]] PointBase* get_owner() const { return owner_; }
-  /// Makes it the current state of its point.
+  /// Makes this the current state of its point.
   void activate();
-  /// Commands all outputs, in their order. Waits for no device.
+  /// Commands all outputs in order, without waiting for a device.
   void send();
 
-  /// That of an output of the owner; made with its defaults when there is none yet.
+  /// The setting of an output of the owner; a missing one is added with default values.
   [[nodiscard]] const PointStateOutput& get_setting(const PointOutput& output);
-  /// Only stored: it is sent when the state is taken the next time.
+  /// Stores the setting. It is sent when the state becomes current the next time.
   void set_setting(const PointOutput& output, const PointStateOutput& setting);
-  /// The output has left the point.
+  /// Removes the setting of an output that has been removed from the point.
   void forget(const PointOutput& output) { settings_.erase(&output); }
 
   [[nodiscard]] bool get_deletable() const override { return deletable_; }
@@ -65,7 +65,7 @@ class PointState : public Object {
   sigc::signal<void>& signal_setting_changed() { return signal_setting_changed_; }
 
  protected:
-  /// Writes what all states have, inside a mapping.
+  /// Writes the keys that all states have, inside a mapping.
   void save_state(YAML::Emitter& out) const;
 
  private:

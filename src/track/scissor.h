@@ -7,11 +7,11 @@
 
 namespace zemblar {
 
-/// A double crossover: two tracks, left and right, with four states of which each joins one of the
-/// left ends with one of the right ones. There is one holder and one detector for both tracks.
+/// A double crossover of two tracks: each of its four states connects one of the left ends with one
+/// of the right ends. Both tracks share one holder and one detector.
 ///
-/// Which ends a state joins is its role, and goes neither by its name nor by its place. A state
-/// without a role has no way through.
+/// The role of a state says which ends it connects; it depends neither on the state's name nor on
+/// its position. A state without a role has no route.
 ///
 /// In a layout file: `!scissor` with `name`, `id`, `outputs`, `states`, `input`, `links` and
 /// `state-map`, a mapping from the roles `tl-tr`, `tl-br`, `bl-tr` and `bl-br` to states.
@@ -29,7 +29,7 @@ class Scissor : public PointBase {
   }
   [[nodiscard]] bool has_fixed_states() const override { return true; }
 
-  /// The two ends that a state joins; null without a role.
+  /// The two ends that a state connects; both null for a state without a role.
   using Way = std::array<BlockLink*, 2>;
   [[nodiscard]] Way way_of(const PointState* state);
 
@@ -46,7 +46,7 @@ class Scissor : public PointBase {
   struct Empty {};
   explicit Scissor(Empty tag);
 
-  std::array<PointState*, 4> roles_{};  // in the order of the class comment
+  std::array<PointState*, 4> roles_{};  // in the order of the keys in the class comment
 };
 
 }  // namespace zemblar

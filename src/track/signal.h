@@ -7,10 +7,10 @@
 
 namespace zemblar {
 
-/// A state of a signal, with the picture that a diagram shows of it.
+/// A state of a signal, with the picture that a diagram shows for it.
 ///
-/// The picture is the path of its file, empty for none; in a layout file the key `image` after
-/// those of a state, a scalar or null.
+/// The picture is the path of its file, empty for none; in a layout file the key `image` after the
+/// keys of a state, a scalar or null.
 class SignalState : public PointState {
  public:
   explicit SignalState(PointBase* owner);
@@ -31,7 +31,7 @@ class SignalState : public PointState {
   PicturePath image_;
 };
 
-/// A signal: states and outputs, and no track. It has no links, so no train ever meets it.
+/// A signal: states and outputs without track. It has no links, so no train can enter it.
 ///
 /// In a layout file: `!signal` with `name`, `id`, `outputs` and `states`.
 class Signal : public PointBase {

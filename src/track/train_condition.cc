@@ -20,7 +20,7 @@ namespace {
 
 using Stations = std::vector<Device*>;
 
-/// Stations that serve all decoders without a device of their own, but are away.
+/// Lost stations that would serve all decoders without a device of their own.
 Stations lost_default_stations() {
   Stations lost;
   for_each_device(Layout::get().get_devices(), [&lost](Device& device) {
@@ -31,7 +31,7 @@ Stations lost_default_stations() {
   return lost;
 }
 
-/// The devices that the locomotive's commands go to, whatever they do at present.
+/// The devices that get the locomotive's commands, in service or not.
 Stations stations_of(const Lok& lok) {
   std::set<Device*> found;
   bool by_default = false;
@@ -55,7 +55,7 @@ bool takes_commands(const Lok& lok) {
                              [](const auto& decoder) { return decoder->get_commands_enabled(); });
 }
 
-/// Whether the station has an address for all decoders of the locomotive that it drives.
+/// True if the station has an address for each of the locomotive's decoders that it drives.
 bool can_address(const Device& station, const Lok& lok) {
   return std::ranges::all_of(lok.get_decoders(), [&station](const auto& decoder) {
     const auto* own = decoder->get_device();
@@ -63,15 +63,16 @@ bool can_address(const Device& station, const Lok& lok) {
   });
 }
 
-/// The sentence for those of the stations of which something is true: the only one, all of several,
-/// or the first of some.
+/// The sentence about the stations for which `check` is true: `only` if there is one station in
+/// all, `all` if it is true for each of several, else `one` with the name of the first; empty if
+/// none.
 struct Wording {
   const char* only;
   const char* all;
   const char* one;  // with a place for its name
 };
 template <typename Check>
-Glib::ustring tell_of(const Stations& stations, const Wording& wording, const Check& check) {
+Glib::ustring sentence_about(const Stations& stations, const Wording& wording, const Check& check) {
   const auto first = std::ranges::find_if(stations, check);
   if (first == stations.end()) return {};
   if (stations.size() == 1) return wording.only;
@@ -79,10 +80,11 @@ Glib::ustring tell_of(const Stations& stations, const Wording& wording, const Ch
   return Glib::ustring::compose(wording.one, (*first)->get_name());
 }
 
-/// The block ahead if it keeps the locomotive from driving on; null when the way ends there.
+/// The block ahead of a locomotive; null when the track ends there.
 struct Ahead {
   const Block* block = nullptr;
-  bool is_free = false;  // of others, and not occupied: only a hand holds the brake then
+  bool is_free = false;  // neither held by another locomotive nor occupied; then the operator has
+                         // set the brake
 };
 Ahead ahead_of(const Lok& lok) {
   const auto* next = lok.front ? lok.front->get_partner() : nullptr;
@@ -92,13 +94,13 @@ Ahead ahead_of(const Lok& lok) {
   return {block, (!holder || holder == &lok) && !block->occupied()};
 }
 
-/// The speed at which the decoders would be told to drive if nothing held the locomotive.
+/// The speed that the decoders would receive without the brake.
 unsigned wanted_speed(const Lok& lok) {
   return ScriptOverlay::apply(const_cast<Lok*>(&lok), lok.get_speed());
 }
 
-/// The release of the brake brings back the speed of the moment before it, which may be another one
-/// than what is wanted by then.
+/// Says what releasing the brake does: it restores the speed from before the brake, which may
+/// differ from the one that is wanted now.
 Glib::ustring release_sentence(const Lok& lok) {
   if (ahead_of(lok).is_free) return _("Release it in the track editor.");
   const auto speed = lok.get_speed_overlay();
@@ -122,16 +124,16 @@ Glib::ustring drive_sentence(const Lok& lok) {
   if (lok.get_brake()) return held_sentence(lok);
   if (lok.get_emergency_stop()) return _("Emergency stop: move the scale to drive on");
   const auto speed = lok.get_speed_overlay();
-  const auto told = [speed](const char* stands, const char* drives) {
+  const auto sentence = [speed](const char* stands, const char* drives) {
     return speed == 0 ? Glib::ustring(stands) : Glib::ustring::compose(drives, speed);
   };
-  if (speed == lok.get_speed()) return told(_("Stands"), _("Drives at %1"));
+  if (speed == lok.get_speed()) return sentence(_("Stands"), _("Drives at %1"));
   if (speed == wanted_speed(lok)) {
-    return told(_("A script has stopped it"), _("A script drives it at %1"));
+    return sentence(_("A script has stopped it"), _("A script drives it at %1"));
   }
-  // The brake has brought back the speed of the moment before it.
-  return told(_("Stands: move the scale to drive on"),
-              _("Drives at %1: move the scale for another speed"));
+  // Releasing the brake has restored the speed from before it.
+  return sentence(_("Stands: move the scale to drive on"),
+                  _("Drives at %1: move the scale for another speed"));
 }
 
 bool has_detectors(const Object& parent) {
@@ -163,28 +165,28 @@ Glib::ustring reach_sentence(const Lok& lok) {
   const auto has_phase = [](LinkPhase phase) {
     return [phase](const Device* station) { return station->link_state().phase == phase; };
   };
-  // Another station may have the address: then this one has nothing to do with the locomotive.
+  // A station that cannot address the locomotive does not count if another one can.
   const auto former_count = stations.size();
   std::erase_if(stations, [&lok](const Device* station) { return !can_address(*station, lok); });
   if (stations.empty() && former_count > 0) {
     return former_count == 1 ? _("The station has no such address")
                              : _("No station has such an address");
   }
-  const auto lost =
-      tell_of(stations, {_("The station is lost"), _("All stations are lost"), _("%1 is lost")},
-              has_phase(LinkPhase::lost));
+  const auto lost = sentence_about(
+      stations, {_("The station is lost"), _("All stations are lost"), _("%1 is lost")},
+      has_phase(LinkPhase::lost));
   if (!lost.empty()) return lost;
   std::erase_if(stations, [](const Device* device) { return !device->active(); });
   if (stations.empty()) return _("No command station is in service for it");
-  const auto mute =
-      tell_of(stations,
-              {_("The station does not answer"), _("No station answers"), _("%1 does not answer")},
-              has_phase(LinkPhase::waiting_for_answer));
+  const auto mute = sentence_about(
+      stations,
+      {_("The station does not answer"), _("No station answers"), _("%1 does not answer")},
+      has_phase(LinkPhase::waiting_for_answer));
   if (!mute.empty()) return mute;
   std::erase_if(stations, [](const Device* station) { return !switches_power(*station); });
-  return tell_of(stations,
-                 {_("Track power is off"), _("Track power is off"), _("Track power is off at %1")},
-                 [](const Device* station) { return !station->track_power(); });
+  return sentence_about(
+      stations, {_("Track power is off"), _("Track power is off"), _("Track power is off at %1")},
+      [](const Device* station) { return !station->track_power(); });
 }
 
 Glib::ustring train_sentence(const Lok& lok) {

@@ -60,7 +60,7 @@ std::string Zone::get_link_name(const BlockLink* link) const {
 }
 
 void Zone::on_detected(Lok* lok) {
-  // A handler of the signal may end the locomotive or this zone, or take the detector away.
+  // A handler of the signal may end the locomotive or this zone, or clear the detector.
   const AliveGuard lok_lives(*lok);
   const AliveGuard lives(*this);
   Block::on_detected(lok);

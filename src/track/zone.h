@@ -4,12 +4,12 @@
 
 namespace zemblar {
 
-/// The plain block: a stretch of track with two ends, usually with a detector. It turns what
-/// RailCom reports into a place for the locomotive.
+/// The plain block: a stretch of track with two ends, usually with a detector. It converts
+/// RailCom's reports to a place of the locomotive.
 ///
-/// RailCom tells from which side of the track a decoder answers, and so how the locomotive stands.
-/// Side 1 is "left" here, unless `invert` is set; without a side the place is taken as it comes,
-/// and not as certain.
+/// RailCom reports on which side of the track a decoder answers, and thus the locomotive's
+/// orientation. Side 1 is "left", unless `invert` is set. Without a side the orientation is
+/// assumed, and passed on as uncertain.
 ///
 /// In a layout file: `!zone` with `name`, `id`, `input`, `invert`, `left` and `right`.
 class Zone : public Block {
