@@ -34,7 +34,7 @@ Function* FuncHolder::find_in(const Lok& lok) const {
   return dynamic_cast<Function*>(lok.find_child(get_name()));
 }
 
-// Functions end before their locomotive does.
+// A locomotive's functions end before it does.
 void FuncHolder::hold(Lok* lok, Function* function) {
   lok_ = lok;
   function_ = function;

@@ -11,11 +11,11 @@ namespace zemblar {
 class Function;
 class Lok;
 
-/// A function of a locomotive, which a line names: one that is chosen, with its locomotive, or a
-/// name, which is looked up in whatever locomotive a run is for.
+/// The function that a line of a script names: either a chosen function with its locomotive, or
+/// only a name, which is looked up in the locomotive of each run.
 ///
-/// Lets go of what ends. The name stays when a function ends, so that one of the same name can take
-/// its place.
+/// Clears a locomotive or a function that ends. The name stays when a function ends, so that
+/// another one of the same name can replace it.
 class FuncHolder : public sigc::trackable {
  public:
   FuncHolder() = default;
@@ -23,24 +23,24 @@ class FuncHolder : public sigc::trackable {
   FuncHolder& operator=(const FuncHolder&) = delete;
 
   [[nodiscard]] Lok* get_lok() const { return lok_; }
-  /// Takes its function of the present name, if there is one.
+  /// Sets the locomotive, and its function with the present name if it has one.
   void set_lok(Lok* lok);
   [[nodiscard]] Function* get_function() const { return function_; }
-  /// And its locomotive.
+  /// Sets the function and its locomotive.
   void set_function(Function* function);
-  /// A function of that name, which the locomotive has not got yet.
+  /// Sets a locomotive and the name of a function that it does not have yet.
   void want(Lok* lok, const Glib::ustring& name);
-  /// The function's name now, else the one that was set.
+  /// The present name of the function; without a function, the name that was set.
   [[nodiscard]] Glib::ustring get_name() const;
-  /// Lets go of locomotive and function.
+  /// Sets only the name; clears locomotive and function.
   void set_name(const Glib::ustring& name);
 
-  /// The function of that name in a locomotive; null for none.
+  /// The function of the locomotive that has the present name, or null.
   [[nodiscard]] Function* find_in(const Lok& lok) const;
 
-  /// Something that it holds is about to end; it still holds it.
+  /// The locomotive or the function is ending, and is about to be cleared.
   sigc::signal<void>& signal_changing() { return signal_changing_; }
-  /// It has let go of that.
+  /// The locomotive or the function has been cleared.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
  private:

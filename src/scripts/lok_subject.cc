@@ -7,7 +7,8 @@
 
 namespace zemblar {
 
-// Its handlers are called in the order of their connection, and the holder's own is between them.
+// Handlers of signal_deleted run in the order of connection, so the holder clears the locomotive
+// between the two signals.
 void LokSubject::set_lok(Lok* lok) {
   if (lok == get_lok()) return;
   ending_.disconnect();

@@ -11,10 +11,10 @@ namespace zemblar {
 
 struct ScriptContext;
 
-/// A locomotive that a line names, which ends under it at times.
+/// A locomotive that a line of a script names, cleared when the locomotive ends.
 ///
-/// The line hears of `signal_changing` before the holder lets go of one that ends, so that what it
-/// named can be kept.
+/// `signal_changing` is emitted before an ending locomotive is cleared, so that undo can keep what
+/// the line named.
 class LokSubject : public sigc::trackable {
  public:
   LokSubject() = default;
@@ -23,16 +23,17 @@ class LokSubject : public sigc::trackable {
 
   [[nodiscard]] Lok* get_lok() const { return holder_.get_lok(); }
   void set_lok(Lok* lok);
-  /// Reads a reference, which is there when the whole file has been read; nobody is told of that.
+  /// Reads a reference. The locomotive is set when the whole file has been read, with
+  /// `signal_changed` but without `signal_changing`.
   void load(const YAML::Node& node);
 
   sigc::signal<void>& signal_changing() { return signal_changing_; }
-  /// It has let go of one that has ended.
+  /// A locomotive that ended has been cleared, or a reference has been resolved.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
  private:
   LokHolder holder_;
-  Lok* read_ = nullptr;  // until it is resolved
+  Lok* read_ = nullptr;  // between reading and resolving
   sigc::signal<void> signal_changing_;
   sigc::signal<void> signal_changed_;
   ScopedConnection ending_;

@@ -34,7 +34,7 @@ void move_line(std::vector<std::unique_ptr<T>>& lines, unsigned from, unsigned t
   lines.insert(lines.begin() + to, std::move(line));
 }
 
-/// Handlers may have moved it, or ended it.
+/// Removes the line. Handlers may have moved or removed it already.
 template <typename T>
 void end_line(std::vector<std::unique_ptr<T>>& lines, const T* line) {
   const auto place = place_of(lines, line);
@@ -54,7 +54,7 @@ Script::Script(const YAML::Node& node) : Script() {
   load_identity(node);
   load_conditions(node);
   load_commands(node);
-  // Also one that an undo brings back.
+  // Also needed for a script that undo brings back.
   Layout::get().signal_post_resolve().connect(sigc::track_obj(
       [] {
         signal_sleeping_changed().emit();
@@ -63,7 +63,8 @@ Script::Script(const YAML::Node& node) : Script() {
       *this));
 }
 
-// Lines give back the names that they have claimed.
+// Ends the lines while the script still exists, because they give back the names that they have
+// claimed.
 Script::~Script() {
   commands.clear();
   conditions.clear();
@@ -91,9 +92,9 @@ void Script::adopt(ScriptEvent* line) {
   line->signal_line_changed().connect(sigc::hide(sigc::mem_fun(*this, &Script::on_line_changed)));
 }
 
-// The end of a document is no edit of it.
+// Changes while a document is being emptied are no edits.
 void Script::on_changing() {
-  if (is_at_work()) before_change();
+  if (is_in_use()) before_change();
 }
 
 unsigned Script::add_condition(ScriptEvent* line) {
@@ -148,18 +149,18 @@ unsigned Script::add_command(ScriptCommand* line) {
   adopt(line);
   const auto index = get_num_commands() - 1;
   command_added_.emit(index);
-  tell_commands_changed();
+  announce_commands_changed();
   return index;
 }
 
-// Runs end before the line does: one of them may stand in it.
+// Cancels the runs before the line ends, because a run may be executing it.
 void Script::remove_command(unsigned index) {
   if (index >= commands.size()) return;
   before_change();
   const auto* line = get_command(index);
   const AliveGuard alive(*this);
   command_removed_.emit(index);
-  if (alive) tell_commands_changed();
+  if (alive) announce_commands_changed();
   if (alive) end_line(commands, line);
 }
 
@@ -168,11 +169,11 @@ void Script::move_command(unsigned from, unsigned to) {
   before_change();
   move_line(commands, from, to);
   command_moved_.emit(from, to);
-  tell_commands_changed();
+  announce_commands_changed();
 }
 
-// What runs had set for a time is taken back at that, and a handler may end this.
-void Script::tell_commands_changed() {
+// Cancelled runs take back their temporary changes here, and a handler of that may end this script.
+void Script::announce_commands_changed() {
   const bool ends_runs = num_runs() != 0;
   const AliveGuard alive(*this);
   commands_changed_.emit();

@@ -14,26 +14,26 @@ namespace zemblar {
 
 /// Reacts to the state of the railway: a list of conditions and a list of commands.
 ///
-/// Whenever a condition reports a change, the script works out for which instances its conditions
-/// hold. Conditions joined by "And" extend one alternative, "Or" opens the next. Each instance that
-/// was not there before starts one run of the commands on a fiber of its own, and each that is gone
-/// is announced as finished, before the new ones start. An instance that stays is left alone.
+/// Whenever a condition reports a change, the script finds all instances for which its conditions
+/// hold. Conditions joined by "And" extend one alternative; "Or" opens the next. Instances that no
+/// longer hold are announced as finished. Then each new instance starts one run of the commands, on
+/// a fiber of its own. For an instance that still holds, nothing happens.
 ///
-/// In "When" mode commands change the railway for good. In "While" mode they do so in a level of
-/// temporary changes that is taken back when the instance has finished. Deleting the script, and
-/// any edit of its commands, cancels all runs: each stops after the command that it stands in, at
-/// once where that waits.
+/// In "When" mode commands change the railway permanently. In "While" mode their changes go to a
+/// ScriptOverlay, which is taken back when the instance has finished. Deleting the script, and any
+/// edit of its commands, cancels all runs: each stops after its present command, at once if that
+/// command waits.
 ///
-/// A change that comes while block control is at work is looked at when that has done, one that
-/// comes out of an evaluation when that has done. A script that is not in the current layout does
-/// nothing, nor does one whose document is being emptied.
+/// A change during a BlockControlTurn is evaluated after the turn; a change caused by an
+/// evaluation, after that evaluation. A script does nothing if it is not in the current layout, or
+/// if that is being emptied.
 ///
 /// Runs are not in a layout file.
 class Script : public Object {
  public:
   Script();
-  /// Entries of unknown lines are skipped. Throws YAML::KeyNotFound for a line with too few
-  /// elements, YAML::InvalidScalar for one that is no scalar or has an impossible value.
+  /// Skips entries of unknown lines. Throws YAML::KeyNotFound for a line with too few elements,
+  /// YAML::InvalidScalar for an element that is no scalar or has an impossible value.
   explicit Script(const YAML::Node& node);
   ~Script() override;
   void save(YAML::Emitter& out) const override;
@@ -43,8 +43,8 @@ class Script : public Object {
   [[nodiscard]] bool get_while() const { return while_mode; }
   void set_while(bool on);
 
-  // The lists own their lines. Places past the end are ignored; `get` gives null there, `find`
-  // gives -1 for a line of another list. Only `evaluate` starts runs: edits of conditions do not.
+  // The lists own their lines. An index past the end is ignored; `get_...` returns null for it.
+  // `find_...` returns -1 for a line of another list. Editing conditions starts no runs.
   unsigned add_condition(ScriptEvent* line);
   void remove_condition(unsigned index);
   void move_condition(unsigned from, unsigned to);
@@ -59,28 +59,29 @@ class Script : public Object {
   [[nodiscard]] ScriptCommand* get_command(unsigned index) const;
   [[nodiscard]] int find_command(const ScriptCommand* line) const;
 
-  /// Claims a name for a line. False for type 0, and when the name stands for another type.
+  /// Claims a name for a line. False for type 0, and if the name has another type already.
   bool add_variable(const Glib::ustring& name, int type);
   void remove_variable(const Glib::ustring& name);
-  /// In order; those of one type, or all for type 0.
+  /// The names of one type, or all names for type 0, sorted.
   [[nodiscard]] std::vector<Glib::ustring> get_variables(int type) const;
 
   /// Arms every condition.
   void start();
-  /// Disarms every condition, cancels all runs, and forgets what matches: a start begins afresh.
+  /// Disarms every condition, cancels all runs and forgets all instances, so that a later start
+  /// begins anew.
   void stop();
-  /// Whether `start` would arm one.
+  /// True if `start` would arm a condition.
   [[nodiscard]] bool sleeps() const;
-  /// Runs of this script that have not ended.
+  /// Number of runs of this script that have not ended.
   [[nodiscard]] unsigned num_runs() const { return *runs_; }
 
   sigc::signal<void>& signal_mode_changed() { return mode_changed_; }
   sigc::signal<void, unsigned>& signal_condition_added() { return condition_added_; }
-  /// The line is still there.
+  /// Emitted before the line is removed.
   sigc::signal<void, unsigned>& signal_condition_removed() { return condition_removed_; }
   sigc::signal<void, unsigned, unsigned>& signal_condition_moved() { return condition_moved_; }
   sigc::signal<void, unsigned>& signal_command_added() { return command_added_; }
-  /// The line is still there.
+  /// Emitted before the line is removed.
   sigc::signal<void, unsigned>& signal_command_removed() { return command_removed_; }
   sigc::signal<void, unsigned, unsigned>& signal_command_moved() { return command_moved_; }
   sigc::signal<void, const EventInstance&>& signal_instance_finished() {
@@ -111,11 +112,11 @@ class Script : public Object {
   void adopt(ScriptEvent* line);
   void adopt(ScriptCommand* line);
   void on_changing();
-  void tell_commands_changed();
-  /// In the current layout, which is not being emptied.
-  [[nodiscard]] bool is_at_work() const;
+  void announce_commands_changed();
+  /// True if the script is in the current layout and that is not being emptied.
+  [[nodiscard]] bool is_in_use() const;
 
-  // What matches, and what comes of it.
+  // Finding instances and starting runs.
   void on_triggered();
   [[nodiscard]] bool is_settled() const;
   void on_line_changed();
@@ -130,7 +131,7 @@ class Script : public Object {
   std::vector<std::unique_ptr<ScriptEvent>> conditions;
   std::vector<std::unique_ptr<ScriptCommand>> commands;
   using Instances = std::map<EventInstance, bool>;
-  Instances instances;  // that match, with the mark of the sweep that has found them last
+  Instances instances;  // that hold, each with the mark of the last sweep that found it
   std::map<std::string, Variable> variables;
   bool while_mode = false;
 
@@ -144,26 +145,26 @@ class Script : public Object {
   sigc::signal<void, const EventInstance&> instance_finished_;
   sigc::signal<void> commands_changed_;
 
-  bool mark_ = false;       // of the present sweep
-  std::size_t marked_ = 0;  // by it
+  bool mark_ = false;       // the mark of the present sweep; alternates
+  std::size_t marked_ = 0;  // number of instances that have `mark_`
   Instances::iterator expected_ = instances.end();
   bool evaluating_ = false;
   bool again_ = false;
-  bool waiting_ = false;    // for block control
+  bool waiting_ = false;    // an evaluation waits for the end of the BlockControlTurn
   bool unsettled_ = false;  // an evaluation waits for a line whose block is ending
   std::vector<EventInstance> to_start_;
-  std::vector<EventInstance> departed_;  // whose objects have ended since the last sweep
+  std::vector<EventInstance> departed_;  // instances whose objects have ended since the last sweep
   std::shared_ptr<unsigned> runs_ = std::make_shared<unsigned>(0);
-  std::map<EventInstance, Watches> watches_;  // for the end of what `instances` names
+  std::map<EventInstance, Watches> watches_;  // watch the ends of the objects in `instances`
 };
 
 /// Arms every condition of every script in the current layout.
 void start_scripts();
 /// Stops every script in the current layout.
 void stop_scripts();
-/// How many scripts of the current layout have a condition that sleeps.
+/// Number of scripts of the current layout that have a sleeping condition.
 [[nodiscard]] unsigned sleeping_scripts();
-/// Whether a script sleeps may have changed.
+/// The result of `sleeps` may have changed for some script.
 sigc::signal<void>& signal_sleeping_changed();
 
 }  // namespace zemblar

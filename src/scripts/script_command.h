@@ -12,8 +12,8 @@ class ScriptCommand : public ScriptLine {
  public:
   explicit ScriptCommand(Script& owner) : script(&owner) {}
 
-  /// Carries the command out on the fiber of a run. It may suspend; the line may have ended when it
-  /// goes on.
+  /// Executes the command on the fiber of a run. May suspend; this line may have ended when the
+  /// fiber continues.
   virtual void run(ScriptContext& context) = 0;
 
   Script* const script;

@@ -19,7 +19,7 @@ void register_script_command_get_speed() {
 
 constexpr auto speed_type = static_cast<int>(ScriptVariable::Kind::speed);
 
-/// Claims the first of "Speed", "Speed 1", "Speed 2" that no line has.
+/// Claims the first of the names "Speed", "Speed 1", "Speed 2"... that is free.
 Glib::ustring claim_free_name(Script& script) {
   Glib::ustring name = _("Speed");
   const auto taken = script.get_variables(0);

@@ -4,8 +4,8 @@
 
 namespace zemblar {
 
-/// "Get %1 Speed as %2": claims a name for a speed. Nothing reads it yet, and a run does nothing.
-/// In a layout file the locomotive and the name.
+/// "Get %1 Speed as %2": claims a name for a speed. No line uses the name yet, and `run` does
+/// nothing. In a layout file the locomotive and the name.
 class ScriptCommandGetSpeed : public ScriptCommandLok {
  public:
   explicit ScriptCommandGetSpeed(Script& owner);
@@ -17,7 +17,7 @@ class ScriptCommandGetSpeed : public ScriptCommandLok {
   [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
   [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
   [[nodiscard]] int get_variable_type(unsigned arg) const override;
-  /// A name that stands for something else is refused.
+  /// Refuses a name that has another type.
   void set_text(unsigned arg, const Glib::ustring& text) override;
   void run(ScriptContext& context) override;
 

@@ -5,8 +5,8 @@
 
 namespace zemblar {
 
-/// A command for a locomotive: one that the line names, or the one that the run is for. The first
-/// argument says which; a line that names neither does nothing.
+/// A command for a locomotive: one that the line names, or the locomotive of the run. The first
+/// argument selects it; without a locomotive the command does nothing.
 ///
 /// In a layout file the locomotive's number, `This`, or null.
 class ScriptCommandLok : public ScriptCommand {
@@ -26,7 +26,7 @@ class ScriptCommandLok : public ScriptCommand {
   explicit ScriptCommandLok(Script& owner);
   ScriptCommandLok(Script& owner, const YAML::Node& entry);
 
-  /// Whom a run commands; null for nobody.
+  /// The locomotive that a run commands, or null.
   [[nodiscard]] Lok* target(const ScriptContext& context) const;
 
  private:

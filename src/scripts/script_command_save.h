@@ -4,7 +4,7 @@
 
 namespace zemblar {
 
-/// "Save": what the run changes from here on is taken back by "Restore", or at its end.
+/// "Save": begins a level of temporary changes. "Restore" or the end of the run takes them back.
 class ScriptCommandSave : public ScriptCommand {
  public:
   explicit ScriptCommandSave(Script& owner) : ScriptCommand(owner) {}
@@ -15,8 +15,8 @@ class ScriptCommandSave : public ScriptCommand {
   void run(ScriptContext& context) override;
 };
 
-/// "Restore": takes back what the run has changed since the last "Save" that has not been taken
-/// back, in "While" mode at last what it has changed at all. With nothing left it does nothing.
+/// "Restore": takes back all changes since the last "Save" without a "Restore"; in "While" mode,
+/// without such a "Save", all changes of the run. Does nothing when no level is left.
 class ScriptCommandRestore : public ScriptCommand {
  public:
   explicit ScriptCommandRestore(Script& owner) : ScriptCommand(owner) {}

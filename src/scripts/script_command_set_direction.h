@@ -5,8 +5,8 @@
 
 namespace zemblar {
 
-/// "Set %1 %2". In a layout file the locomotive and the direction. A direction that was set for a
-/// time stays when that ends; see Lok.
+/// "Set %1 %2". In a layout file the locomotive and the direction. A temporary direction stays when
+/// its level is taken back; see Lok.
 class ScriptCommandSetDirection : public ScriptCommandLok {
  public:
   explicit ScriptCommandSetDirection(Script& owner) : ScriptCommandLok(owner) {}

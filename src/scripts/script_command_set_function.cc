@@ -38,7 +38,7 @@ std::vector<Function*> functions_of(const Lok& lok) {
 
 ScriptCommandSetFunction::ScriptCommandSetFunction(Script& owner) : ScriptCommand(owner) {
   function.signal_changing().connect(signal_changing().make_slot());
-  function.signal_changed().connect([this] { tell_subject(); });
+  function.signal_changed().connect([this] { announce_subject(); });
 }
 
 ScriptCommandSetFunction::ScriptCommandSetFunction(Script& owner, const YAML::Node& entry)
@@ -59,13 +59,13 @@ ScriptCommandSetFunction::ScriptCommandSetFunction(Script& owner, const YAML::No
       [this] {
         function.want(std::exchange(read_lok_, nullptr), read_name_);
         function.set_function(std::exchange(read_, nullptr));
-        tell_subject();
+        announce_subject();
         return true;
       },
       *this));
 }
 
-void ScriptCommandSetFunction::tell_subject() {
+void ScriptCommandSetFunction::announce_subject() {
   const auto tell_second =
       sigc::slot<void>(sigc::track_obj([this] { signal_line_changed().emit(2); }, *this));
   signal_line_changed().emit(1);
@@ -83,7 +83,7 @@ void ScriptCommandSetFunction::save(YAML::Emitter& out) const {
   if (PrivateForm::is_used() && !this_lok && !function.get_function()) save_wanted(out);
 }
 
-// A locomotive that has no such function, and the name of that.
+// Writes the locomotive, and the name of a function that it does not have.
 void ScriptCommandSetFunction::save_wanted(YAML::Emitter& out) const {
   out << static_cast<const Object*>(function.get_lok()) << function.get_name();
 }
@@ -140,7 +140,7 @@ std::vector<ScriptChoice> ScriptCommandSetFunction::choices(unsigned arg) {
   return all;
 }
 
-// For whatever locomotive a run is for, all names that functions have.
+// For the locomotive of the run, the names of all functions can be chosen.
 std::vector<ScriptChoice> ScriptCommandSetFunction::function_choices() {
   std::vector<ScriptChoice> all;
   if (const auto* lok = function.get_lok()) {
@@ -161,7 +161,7 @@ void ScriptCommandSetFunction::set_lok(Lok* lok) {
   signal_changing().emit();
   this_lok = false;
   function.set_lok(lok);
-  tell_subject();
+  announce_subject();
 }
 
 void ScriptCommandSetFunction::set_this_lok() {
@@ -173,7 +173,7 @@ void ScriptCommandSetFunction::set_function(Function* chosen) {
   signal_changing().emit();
   this_lok = false;
   function.set_function(chosen);
-  tell_subject();
+  announce_subject();
 }
 
 void ScriptCommandSetFunction::set_function_name(const Glib::ustring& name) {
@@ -181,7 +181,7 @@ void ScriptCommandSetFunction::set_function_name(const Glib::ustring& name) {
   signal_changing().emit();
   this_lok = true;
   function.set_name(name);
-  tell_subject();
+  announce_subject();
 }
 
 void ScriptCommandSetFunction::set_state(bool on) {

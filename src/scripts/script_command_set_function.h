@@ -26,7 +26,7 @@ class ScriptCommandSetFunction : public ScriptCommand {
   void set_lok(Lok* lok);
   void set_this_lok();
   void set_function(Function* chosen);
-  /// Of the locomotive that a run is for.
+  /// The function with this name of the locomotive of the run.
   void set_function_name(const Glib::ustring& name);
   void set_state(bool on);
 
@@ -35,12 +35,12 @@ class ScriptCommandSetFunction : public ScriptCommand {
   [[nodiscard]] std::vector<ScriptChoice> function_choices();
   void save_wanted(YAML::Emitter& out) const;
   void read_wanted(const YAML::Node& entry);
-  /// The first two arguments have changed.
-  void tell_subject();
+  /// Announces that the first two arguments have changed.
+  void announce_subject();
 
   FuncHolder function;
-  Function* read_ = nullptr;  // until it is resolved
-  Lok* read_lok_ = nullptr;   // the same
+  Function* read_ = nullptr;  // between reading and resolving
+  Lok* read_lok_ = nullptr;   // likewise
   Glib::ustring read_name_;
   bool this_lok = true;
   bool state = true;

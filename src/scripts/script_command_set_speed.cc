@@ -19,7 +19,7 @@ void register_script_command_set_speed() {
 
 constexpr unsigned full_speed = 126;
 
-/// Decoder steps, 0 to 126.
+/// The speed in decoder steps, 0 to 126.
 unsigned step_of(const SpeedArg& arg, int top_speed) {
   const unsigned whole = arg.km_h ? static_cast<unsigned>(std::max(top_speed, 0)) : 100;
   if (arg.speed >= whole) return full_speed;

@@ -6,8 +6,9 @@ namespace zemblar {
 
 /// "Set %1 Speed to %2". In a layout file the locomotive, the speed, and `%` or `km/h`.
 ///
-/// A speed in km/h is a part of the locomotive's top speed. What is more than that, or than 100 %,
-/// is full speed. It lifts an emergency stop when it sets the locomotive's own speed.
+/// A speed in km/h is converted to a fraction of the locomotive's top speed. A speed above the top
+/// speed, or above 100 %, becomes full speed. Setting the locomotive's own speed, outside a level
+/// of temporary changes, ends an emergency stop.
 class ScriptCommandSetSpeed : public ScriptCommandLok {
  public:
   explicit ScriptCommandSetSpeed(Script& owner) : ScriptCommandLok(owner) {}

@@ -77,7 +77,7 @@ void ScriptCommandWait::set_spin_value(unsigned arg, double value) {
   signal_line_changed().emit(1);
 }
 
-// The line may be gone when it goes on.
+// The line may have ended when the fiber continues, so no member is used after the wait.
 void ScriptCommandWait::run(ScriptContext& context) {
   sleep_for(delay * tenth, context.cancellable);
 }
@@ -86,7 +86,8 @@ Glib::ustring ScriptCommandWaitInitEvent::get_format() const {
   return _("Wait until initial event is finished");
 }
 
-// Both may be announced before the fiber has gone on: the first one wakes it, and only that.
+// Both signals may be emitted before the fiber continues. The first one resumes it and disconnects
+// both.
 void ScriptCommandWaitInitEvent::run(ScriptContext& context) {
   if (context.is_cancelled()) return;
   sigc::connection finished;

@@ -15,7 +15,7 @@ class ScriptCommandWait : public ScriptCommand {
   [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
   [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
   void get_spin_range(unsigned arg, SpinRange& range) const override;
-  /// Seconds, 0.1 to 3600; what is outside is brought in.
+  /// Seconds, limited to 0.1 to 3600.
   void set_spin_value(unsigned arg, double value) override;
   void run(ScriptContext& context) override;
 
@@ -26,8 +26,8 @@ class ScriptCommandWait : public ScriptCommand {
   unsigned delay = 100;
 };
 
-/// "Wait until initial event is finished": until the instance of the run is announced as finished.
-/// When that has happened before, until it happens again.
+/// "Wait until initial event is finished": waits until the instance of the run is announced as
+/// finished. If that has happened already, waits until it happens again.
 class ScriptCommandWaitInitEvent : public ScriptCommand {
  public:
   explicit ScriptCommandWaitInitEvent(Script& owner) : ScriptCommand(owner) {}

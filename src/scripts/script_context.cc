@@ -8,7 +8,7 @@
 
 namespace zemblar {
 
-// To cancel may end a run that waits, and this with it.
+// Cancelling may end a waiting run and so destroy this context, hence `held`.
 ScriptContext::ScriptContext(Script& owner, const EventInstance& of)
     : cancellable(Gio::Cancellable::create()), instance(of), script(&owner), lok_(of.lok) {
   if (lok_) lok_deleted_ = lok_->signal_deleted().connect([this] { lok_ = nullptr; });

@@ -16,12 +16,12 @@ class Function;
 
 /// The state of one run of a script, on the run's fiber.
 ///
-/// It is cancelled when the script ends and when its list of commands changes. Levels of temporary
-/// changes that are left are taken back at its end, oldest first; when the script ends that is done
-/// at once, since the layout may be gone before a waiting run goes on.
+/// The run is cancelled when the script ends and when its list of commands changes. The destructor
+/// takes back all remaining levels of temporary changes, oldest first. When the script ends this
+/// happens at once, since the layout may be destroyed before a waiting run continues.
 ///
-/// Objects that end under a run are let go of: `lok` is null then, although `instance` still names
-/// it to compare with.
+/// `lok` is null when the locomotive has ended, although `instance` still has its address for
+/// comparisons.
 struct ScriptContext {
   ScriptContext(Script& script, const EventInstance& instance);
   ~ScriptContext();
@@ -33,18 +33,18 @@ struct ScriptContext {
   const EventInstance instance;
   Script* script;  ///< null when it has ended
 
-  /// The locomotive of the instance while it lives.
+  /// The locomotive of the instance; null when it has ended or there is none.
   [[nodiscard]] Lok* lok() const;
   [[nodiscard]] bool is_cancelled() const { return cancellable->is_cancelled(); }
 
   void push();
-  /// Takes the last level back; nothing when there is none.
+  /// Takes back the last level; does nothing without a level.
   void pop();
 
-  // Into the last level; for good when there is none.
+  // Change the last level; without a level, permanently.
   void set_speed(Lok& lok, unsigned speed);
   void set_direction(Lok& lok, Direction direction);
-  /// A function of type Pulse pulses whatever the state, where there is a level.
+  /// With a level, a function of type Pulse pulses for either value of `state`.
   void set_state(Function& function, bool state);
 
  private:

@@ -11,20 +11,21 @@ namespace zemblar {
 
 class Lok;
 
-/// The element of a line's entry at a place. Throws YAML::TypedKeyNotFound when it is missing.
+/// The element of a line's entry at a position. Throws YAML::TypedKeyNotFound when it is missing.
 [[nodiscard]] YAML::Node element(const YAML::Node& entry, unsigned place);
-/// Whether the element stands for what the lines before have found, or for all.
+/// True if the element is this word, such as "This" or "Any".
 [[nodiscard]] bool is_word(const YAML::Node& element, const char* word);
 
 /// Speed and unit, two elements from `place` on. Throws YAML::InvalidScalar for another unit.
 [[nodiscard]] SpeedArg read_speed(const YAML::Node& entry, unsigned place);
 void write_speed(YAML::Emitter& out, const SpeedArg& speed);
 [[nodiscard]] Glib::ustring speed_text(const SpeedArg& speed);
-/// The editor of a speed in the box, and the edited value at its end, which frees the state.
+/// Creates an editor of a speed in the box. `end_speed_editor` returns the edited value and frees
+/// the state.
 [[nodiscard]] void* create_speed_editor(Gtk::HBox& box, const SpeedArg& speed);
 [[nodiscard]] SpeedArg end_speed_editor(void* state, const SpeedArg& speed);
 
-/// All objects of class T below another one, in the order of the tree.
+/// Appends all objects of class T below `parent`, in the order of the tree.
 template <typename T>
 void collect(const Object& parent, std::vector<T*>& found) {
   for (auto* child : parent) {
@@ -33,7 +34,7 @@ void collect(const Object& parent, std::vector<T*>& found) {
   }
 }
 
-/// The locomotives of the current layout, in its order, and a separator if there are any.
+/// The locomotives of the current layout, in its order, followed by a separator if there are any.
 [[nodiscard]] std::vector<ScriptChoice> lok_choices(
     const std::function<ScriptChoice(Lok*)>& make_choice);
 

@@ -8,7 +8,7 @@
 namespace zemblar {
 namespace {
 
-InstanceWalk* walking = nullptr;  // whose generator is running
+InstanceWalk* walking = nullptr;  // the walk whose generator is running
 
 }  // namespace
 
@@ -23,7 +23,7 @@ bool ScriptEvent::opens_alternative() const {
   return script_ && (or_flag_ || script_->find_condition(this) == 0);
 }
 
-// The word that a generator hands over is too small for an instance.
+// A generator passes only 32 bits, so the instance goes through the walk.
 void ScriptEvent::yield(const EventInstance& instance) {
   assert(walking);
   walking->instance_ = instance;

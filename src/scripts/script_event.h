@@ -13,14 +13,14 @@ class Lok;
 class Script;
 class generator;
 
-/// What a condition has found to hold: in which block, and for which locomotive. A value to compare
-/// with others: the objects may have ended.
+/// A block and a locomotive for which a condition holds. Only a value to compare: the objects may
+/// have ended.
 struct EventInstance {
   Block* block = nullptr;
   Lok* lok = nullptr;
 
   bool operator==(const EventInstance&) const = default;
-  /// By the addresses, block first.
+  /// Orders by memory address, block first.
   bool operator<(const EventInstance& other) const {
     const std::less<const void*> before;
     if (block != other.block) return before(block, other.block);
@@ -30,44 +30,44 @@ struct EventInstance {
 
 /// A condition of a script.
 ///
-/// It has two sides. `generate_instances` says for what it holds now, whoever asks. And it watches
-/// the railway: when something changes it fires `triggered`, and the script looks at all of its
-/// conditions afresh. A condition watches nothing until it is armed, which a person does by
-/// choosing its subject; one that is read from a file sleeps.
+/// It has two tasks. `generate_instances` yields the instances for which it holds now. And it
+/// watches the railway: when something changes it emits `signal_triggered`, and the script
+/// evaluates all of its conditions. A condition watches nothing until it is armed, which the user
+/// does by choosing its subject. A condition read from a file sleeps, that is, it is not armed.
 class ScriptEvent : public ScriptLine {
  public:
-  /// Whether this condition opens a new alternative: "Or", where it is not the first one.
+  /// True if the condition opens a new alternative ("Or"), unless it is the first one.
   [[nodiscard]] bool get_or_flag() const { return or_flag_; }
   /// Does not evaluate the script.
   void set_or_flag(bool on);
 
-  /// Yields every instance that satisfies the condition, given what the lines before it have found.
-  /// Runs in a generator; `yield` hands out each of them.
+  /// Calls `yield` for every instance that satisfies the condition, given `partial`, the instance
+  /// that the lines before it have found. Runs in a generator.
   virtual void generate_instances(const EventInstance& partial) = 0;
 
-  /// False when changes of what it names go unnoticed, and when it can never hold.
+  /// False while the condition does not watch its subject, and if it can never hold.
   [[nodiscard]] virtual bool is_armed() const { return true; }
-  /// False while what it names is ending, which leaves it with another subject.
+  /// False while its subject is ending, after which the condition has another one.
   [[nodiscard]] virtual bool is_settled() const { return true; }
-  /// Whether `arm` would arm it.
+  /// True if the condition is not armed and `arm` would arm it.
   [[nodiscard]] virtual bool sleeps() const { return false; }
-  /// Whether somebody has armed it, though it may have nothing to watch by now.
+  /// True if the condition was armed, even if it has nothing to watch now.
   [[nodiscard]] virtual bool is_awake() const { return false; }
-  /// Watches what it names: the same as choosing its present subject again in its menu.
+  /// Watches its subject, as if the user chose the present subject again in the menu.
   virtual void arm() {}
-  /// Watches nothing until it is armed again.
+  /// Stops watching.
   virtual void disarm() {}
-  /// A sentence for a person; empty when it is armed.
+  /// A sentence for the user why the condition is not armed; empty when it is.
   [[nodiscard]] virtual Glib::ustring asleep_because() const { return {}; }
 
-  /// What it watches has changed.
+  /// The watched subject has changed.
   sigc::signal<void>& signal_triggered() { return signal_triggered_; }
   sigc::signal<void>& signal_or_changed() { return signal_or_changed_; }
 
  protected:
-  /// In `generate_instances` only.
+  /// Call in `generate_instances` only.
   static void yield(const EventInstance& instance);
-  /// Whether nothing stands before it in its alternative.
+  /// True if the condition is the first of its alternative.
   [[nodiscard]] bool opens_alternative() const;
 
  private:
@@ -75,12 +75,12 @@ class ScriptEvent : public ScriptLine {
   friend class InstanceWalk;
 
   bool or_flag_ = false;
-  const Script* script_ = nullptr;  // that has it among its conditions
+  const Script* script_ = nullptr;  // the owner
   sigc::signal<void> signal_triggered_;
   sigc::signal<void> signal_or_changed_;
 };
 
-/// The instances that a condition yields, one after the other; always walk to the end.
+/// Iterates over the instances that a condition yields. Always call `next` until it returns null.
 class InstanceWalk {
  public:
   InstanceWalk(ScriptEvent& event, const EventInstance& partial);
@@ -88,7 +88,7 @@ class InstanceWalk {
   InstanceWalk(const InstanceWalk&) = delete;
   InstanceWalk& operator=(const InstanceWalk&) = delete;
 
-  /// The next one; null at the end. It stays until the next call.
+  /// The next instance, valid until the next call; null at the end.
   const EventInstance* next();
 
  private:

@@ -5,12 +5,12 @@
 
 namespace zemblar {
 
-/// "%1 %2 Speed %3 %4 %5": a locomotive's intended speed, or that of its travel, compares with a
-/// value. Speeds are not compared yet: the line can be written and kept, and never holds.
+/// "%1 %2 Speed %3 %4 %5": compares a locomotive's intended speed, or its travel speed, with a
+/// value. Speeds are not compared yet: the line can be edited and saved, but never holds.
 ///
 /// In a layout file `Any`, `This`, the locomotive's number or null; `eq`, `gt`, `ge`, `lt` or `le`,
-/// and with "is not" `ne`, `ngt`, `nge`, `nlt` or `nle`; the speed; `%` or `km/h`; and `travel`
-/// where it is that of its travel.
+/// and with "is not" `ne`, `ngt`, `nge`, `nlt` or `nle`; the speed; `%` or `km/h`; and `travel` for
+/// the travel speed.
 class ScriptEventLokSpeed : public ScriptEvent {
  public:
   ScriptEventLokSpeed();
@@ -32,7 +32,7 @@ class ScriptEventLokSpeed : public ScriptEvent {
  private:
   enum Subject : int { chosen = 0, any = 1, this_one = 2 };
 
-  /// Gives an argument another value.
+  /// Changes the value of an argument.
   template <typename T>
   void change(unsigned arg, T& field, T value);
   void choose_subject(Lok* named, Subject type);

@@ -27,7 +27,7 @@ Glib::ustring occupied_text(bool occupied) {
 
 // --- In a file ---
 
-// Resolved, and followed, but not watched.
+// A block that is read is resolved and its end is watched, but not its occupancy.
 ScriptEventOccupied::ScriptEventOccupied(const YAML::Node& entry) : any(false) {
   const auto subject = element(entry, 2);
   element(entry, 3) >> occupied;
@@ -156,7 +156,8 @@ void ScriptEventOccupied::set_subject(Block* chosen, bool is_any) {
   any = is_any;
 }
 
-// Its end leaves "This Block", and is a trigger where its changes were.
+// When the block ends, the subject becomes "This Block". If the condition is armed, that triggers
+// it.
 void ScriptEventOccupied::follow() {
   if (!block) return;
   ended_ = block->signal_deleted().connect([this] {
@@ -196,7 +197,7 @@ void ScriptEventOccupied::choose_occupied(bool on) {
   announce(2);
 }
 
-// Whoever is told first may end the line.
+// A handler of the first signal may end the line.
 void ScriptEventOccupied::announce(unsigned arg) {
   const sigc::slot<void> then = sigc::mem_fun(*this, &ScriptEventOccupied::fire);
   signal_line_changed().emit(arg);

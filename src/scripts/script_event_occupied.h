@@ -5,11 +5,12 @@
 
 namespace zemblar {
 
-/// "%1 is %2": a block, any block, or the block that the lines before it have found, is occupied or
-/// is not. A locomotive that block control has placed in a block occupies it.
+/// "%1 is %2": a block, any block, or the block that the lines before have found ("This Block"), is
+/// occupied or unoccupied. A locomotive that block control has placed in a block occupies it.
 ///
-/// It watches nothing until its subject is chosen. "This Block" has nothing to watch: it depends on
-/// the line before it. A block that ends leaves "This Block".
+/// The condition watches nothing until its subject is chosen. "This Block" is not watched, because
+/// the condition then depends on the line before. When the chosen block ends, the subject becomes
+/// "This Block".
 ///
 /// In a layout file `Any`, `This` or the block's number, then whether it is to be occupied.
 class ScriptEventOccupied : public ScriptEvent {
@@ -33,7 +34,7 @@ class ScriptEventOccupied : public ScriptEvent {
   void disarm() override;
   [[nodiscard]] Glib::ustring asleep_because() const override;
 
-  // These arm the line, and have the script look at all of its conditions.
+  // Each of these arms the line and makes the script evaluate its conditions.
   void choose_any();
   void choose_this();
   void choose(Block* chosen);
@@ -52,7 +53,7 @@ class ScriptEventOccupied : public ScriptEvent {
 
   ScopedConnection occupied_changed_;
   ScopedConnection lok_changed_;
-  ScopedConnection ended_;  // also while nothing else is watched
+  ScopedConnection ended_;  // connected also while the condition sleeps
   bool awake_ = false;
   bool occupied = true;
   bool any = true;

@@ -1,4 +1,4 @@
-// Scripts in a layout file, and how an edit of one is taken back.
+// Reading, writing and restoring scripts.
 
 #include <yaml-cpp/yaml.h>
 
@@ -21,7 +21,7 @@ constexpr auto while_word = "While";
 constexpr auto and_word = "And";
 constexpr auto or_word = "Or";
 
-// Where a file has only the word of the first condition.
+// Keys of the private form. A layout file has only one word, that of the first condition, for both.
 constexpr auto mode_key = "while";
 constexpr auto first_or_key = "first-or";
 
@@ -29,7 +29,7 @@ bool is_line(const YAML::Node& entry, std::size_t least) {
   return entry.IsSequence() && entry.size() >= least;
 }
 
-/// The list under a key; an empty one when it is missing.
+/// The list under a key; empty when it is missing.
 YAML::Node list_at(const YAML::Node& entry, const char* key) {
   const auto list = entry[key];
   if (!list || list.IsNull()) return YAML::Node(YAML::NodeType::Sequence);
@@ -37,7 +37,7 @@ YAML::Node list_at(const YAML::Node& entry, const char* key) {
   return list;
 }
 
-/// What each line says, without the elements before its key.
+/// Each line as text, from its key on.
 std::vector<std::string> texts_of(const YAML::Node& list, std::size_t key_place) {
   std::vector<std::string> texts;
   for (const auto& entry : list) {
@@ -48,16 +48,16 @@ std::vector<std::string> texts_of(const YAML::Node& list, std::size_t key_place)
   return texts;
 }
 
-/// How the lines of a list are edited.
+/// The functions that edit a list of lines.
 struct ListEdit {
   std::function<void(unsigned index)> remove;
   std::function<void(unsigned from, unsigned to)> move;
-  /// `replaces` when it takes the place of the line there.
+  /// With `replaces`, the new line replaces the one at `index`.
   std::function<void(unsigned index, bool replaces)> insert;
 };
 
-/// Makes the lines `is` those that are `wanted`. Lines that say the same stay, also at another
-/// place.
+/// Edits the lines `is` until they are equal to `wanted`. Lines with the same text are kept and
+/// moved.
 void rearrange(std::vector<std::string> is, const std::vector<std::string>& wanted,
                const ListEdit& edit) {
   for (unsigned i = 0; i < wanted.size(); ++i) {
@@ -145,7 +145,7 @@ void Script::save_commands(YAML::Emitter& out) const {
 
 // --- Taking back ---
 
-// The lines may be others by now than those of the former entry.
+// Compares with the present lines, which may differ from those of the former entry.
 void Script::restore(const EntryChange& change) {
   Object::restore(change);
   YAML::Emitter out;
@@ -156,7 +156,7 @@ void Script::restore(const EntryChange& change) {
   restore_mode(change);
 }
 
-// One that takes the place of another watches as that one did.
+// A condition that replaces an armed one is armed.
 void Script::restore_conditions(const YAML::Node& now, const YAML::Node& entry) {
   const auto later = list_at(entry, "conditions");
   rearrange(texts_of(list_at(now, "conditions"), 1), texts_of(later, 1),
@@ -178,7 +178,7 @@ void Script::restore_mode(const EntryChange& change) {
   conditions.front()->set_or_flag(is_or);
 }
 
-// What it names is looked up first.
+// Arms the line after its references have been resolved.
 void Script::insert_condition(unsigned index, const YAML::Node& entry, bool arm) {
   auto* line = load_script_event(scalar_of(entry[1]), entry);
   move_condition(add_condition(line), index);

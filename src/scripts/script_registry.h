@@ -14,12 +14,12 @@ class Node;
 
 namespace zemblar {
 
-/// One kind of command. The order of the keys is that of menus.
+/// One kind of command. Menus have the kinds in the order of their keys.
 struct ScriptCmdKind {
   std::string key;
   const char* name;  ///< before translation
   ScriptCommand* (*create)(Script& script);
-  /// From the whole entry of a layout file. Throws as Script does.
+  /// Reads the whole entry of a layout file. Throws as Script does.
   ScriptCommand* (*load)(Script& script, const YAML::Node& entry);
 
   [[nodiscard]] Glib::ustring display_name() const;
@@ -40,7 +40,7 @@ std::map<std::type_index, std::string>& script_cmd_types();
 std::map<std::string, ScriptEventKind>& script_events();
 std::map<std::type_index, std::string>& script_event_types();
 
-// Null for an unknown key. The caller owns the line.
+// These return null for an unknown key. The caller owns the line.
 [[nodiscard]] ScriptCommand* create_script_command(const std::string& key, Script& script);
 [[nodiscard]] ScriptCommand* load_script_command(const std::string& key, Script& script,
                                                  const YAML::Node& entry);
@@ -51,8 +51,8 @@ std::map<std::type_index, std::string>& script_event_types();
 [[nodiscard]] const std::string& key_of(const ScriptCommand& command);
 [[nodiscard]] const std::string& key_of(const ScriptEvent& event);
 
-// Before `main`, in the file of the class. Each `_` of the suffix becomes a `-` of the key; asserts
-// that nobody has that.
+// Called before `main`, in the source file of the class. Each `_` of the suffix becomes a `-` in
+// the key. Asserts that the key is new.
 void add_script_command_kind(const std::string& suffix, std::type_index type, ScriptCmdKind kind);
 void add_script_event_kind(const std::string& suffix, std::type_index type, ScriptEventKind kind);
 

@@ -1,4 +1,4 @@
-// From a change on the railway to a run of commands.
+// Evaluation: from a change on the railway to a run of commands.
 
 #include <algorithm>
 #include <tuple>
@@ -17,7 +17,7 @@
 namespace zemblar {
 namespace {
 
-/// Counts a run while it lives; the script may end first.
+/// Counts a run while it exists. The script may end before it, so the count is shared.
 class RunCount {
  public:
   explicit RunCount(std::shared_ptr<unsigned> count) : count_(std::move(count)) { ++*count_; }
@@ -31,7 +31,7 @@ class RunCount {
 
 }  // namespace
 
-bool Script::is_at_work() const {
+bool Script::is_in_use() const {
   if (is_deleting() || !Layout::exists()) return false;
   const auto& layout = Layout::get();
   return of(g_node_get_root(gnode())) == &layout && !layout.is_emptying();
@@ -50,7 +50,8 @@ void Script::on_triggered() {
       *this));
 }
 
-// A block that ends frees others before it lets go of its own line, which is "This Block" then.
+// False while the block of a condition is ending. Such a block triggers other conditions before its
+// own condition has changed to "This Block".
 bool Script::is_settled() const {
   return std::ranges::all_of(conditions, [](const auto& line) { return line->is_settled(); });
 }
@@ -60,14 +61,14 @@ void Script::on_line_changed() {
   if (unsettled_ && is_settled()) evaluate();
 }
 
-// Finish notices and new runs change the railway, and so may lead here again.
+// Handlers of finished instances and new runs change the railway, and so may call this again.
 void Script::evaluate() {
   again_ = true;
   unsettled_ = !is_settled();
   if (evaluating_ || unsettled_) return;
   evaluating_ = true;
   const AliveGuard alive(*this);
-  while (again_ && !unsettled_ && is_at_work()) {
+  while (again_ && !unsettled_ && is_in_use()) {
     again_ = false;
     sweep();
     if (!alive) return;
@@ -75,7 +76,8 @@ void Script::evaluate() {
   evaluating_ = false;
 }
 
-// All that the last sweep has found carry its mark, which clears them for the next one.
+// All instances that the last sweep found have its mark. Alternating the mark makes them unmarked
+// for the next sweep.
 void Script::sweep() {
   mark_ = !mark_;
   marked_ = 0;
@@ -86,14 +88,14 @@ void Script::sweep() {
   const auto finished = take_finished();
   const auto starting = std::exchange(to_start_, {});
   const AliveGuard alive(*this);
-  const auto signal = instance_finished_;  // outlives this
+  const auto signal = instance_finished_;  // a copy, since this may be destroyed
   for (const auto& instance : finished) {
     signal.emit(instance);
     if (!alive) return;
   }
   for (const auto& instance : starting) {
-    if (!is_at_work()) return;
-    // A run that has just begun may have ended what this one is for.
+    if (!is_in_use()) return;
+    // A run that has just started may have ended this instance's objects.
     if (!instances.contains(instance)) continue;
     fiber::spawn([this, instance] { run_instance(instance); });
     if (!alive) return;
@@ -108,7 +110,8 @@ void Script::match(std::size_t position, const EventInstance& instance, bool fir
   while (const auto* found = walk.next()) match(position + 1, *found, false);
 }
 
-// Most instances were there before, and come in the order of the map.
+// Most instances are known and come in the order of the map, so `expected_` usually avoids a
+// search.
 void Script::complete(const EventInstance& instance) {
   auto entry = expected_;
   bool is_new = false;
@@ -126,9 +129,10 @@ void Script::complete(const EventInstance& instance) {
   watches_[instance] = {watch(instance.block), watch(instance.lok)};
 }
 
-// Another object may come to the same address: that is another instance, and this one is finished.
+// Finishes the instance, because a new object may get the same memory address and would be taken
+// for the old one.
 void Script::on_ended(const EventInstance& instance) {
-  const auto ended = instance;  // the argument goes with its watch
+  const auto ended = instance;  // a copy, since erasing the watch destroys the argument
   departed_.push_back(ended);
   instances.erase(ended);
   watches_.erase(ended);
@@ -152,7 +156,7 @@ std::vector<EventInstance> Script::take_finished() {
 
 // --- Runs ---
 
-// Whatever ends the script or a line of it cancels the run first; after that neither is looked at.
+// The run is cancelled before the script or one of its lines ends; after that neither is used.
 void Script::run_instance(const EventInstance& instance) {
   const RunCount count(runs_);
   ScriptContext context(*this, instance);

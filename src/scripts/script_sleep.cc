@@ -1,4 +1,4 @@
-// Scripts that come from a file sleep until somebody wakes them.
+// Scripts read from a file sleep until the user starts them.
 
 #include "core/alive_guard.h"
 #include "core/i18n.h"
@@ -10,12 +10,12 @@ namespace zemblar {
 namespace {
 
 StatusNote& note() {
-  static auto* note = new StatusNote;  // never destroyed: the status line may go before it
+  static auto* note = new StatusNote;  // never destroyed: the status line may be destroyed first
   return *note;
 }
 
-// What Open itself has to tell comes first.
-void tell_sleepers() {
+// Says how many scripts sleep, unless Open itself has put a text in the status line.
+void report_sleeping() {
   note().take_back();
   signal_sleeping_changed().emit();
   const auto count = sleeping_scripts();
@@ -28,12 +28,12 @@ void tell_sleepers() {
 }
 
 [[maybe_unused]] const auto opened =
-    Layout::signal_replaced().connect(sigc::ptr_fun(&tell_sleepers));
+    Layout::signal_replaced().connect(sigc::ptr_fun(&report_sleeping));
 [[maybe_unused]] const auto woken = signal_sleeping_changed().connect([] {
   if (note().is_active() && sleeping_scripts() == 0) note().take_back();
 });
 
-// A run may end scripts.
+// A run may end scripts, so each step asks for the child again.
 void for_each_script(void (Script::*act)()) {
   auto& scripts = Layout::get().get_scripts();
   const auto count = scripts.child_count();

@@ -6,7 +6,8 @@
 
 namespace zemblar {
 
-/// A value with a tag, for what a script may come to compute. So far lines claim names only.
+/// A tagged value for future computations in scripts. So far lines only claim names for such
+/// values.
 ///
 /// Kinds 1, 2, 4 and 6 hold one word, 3 two words, 5 one byte, 0 nothing. A speed, kind 3, is one
 /// value in two units: two of them are equal when they agree in one.
