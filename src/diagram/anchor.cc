@@ -14,8 +14,8 @@ namespace {
 
 struct Side {
   const char* name;
-  double x;  // of the width
-  double y;  // of the height
+  double x;  // as a fraction of the width
+  double y;  // as a fraction of the height
 };
 constexpr std::array<Side, anchor_count> sides = {{{N_("Top"), 0.5, 0},
                                                    {N_("Left"), 0, 0.5},

@@ -11,7 +11,7 @@ class Node;
 
 namespace zemblar {
 
-/// Which side of a picture lies at its place.
+/// The side, corner or centre of a picture that lies at the object's place.
 enum class Anchor : int {
   Top,
   Left,
@@ -25,12 +25,12 @@ enum class Anchor : int {
 };
 inline constexpr int anchor_count = 9;
 
-/// From the place to the left upper corner of a picture of that size, in whole pixels.
+/// Offset from the place to the top left corner of a picture of this size, in whole pixels.
 [[nodiscard]] Vector anchor_offset(Anchor anchor, double width, double height);
 
-/// As in a layout file: "Top Left".
+/// The name in a layout file, such as "Top Left".
 [[nodiscard]] const char* anchor_name(Anchor anchor);
-/// For a person.
+/// The name shown to the user, translated.
 [[nodiscard]] std::string display_name(Anchor anchor);
 
 YAML::Emitter& operator<<(YAML::Emitter& out, Anchor anchor);

@@ -13,10 +13,10 @@ void BackgroundImage::load(const PicturePath& picture) {
   *this = {};
   wanted_ = picture;
   if (picture.empty()) return;
-  Gtk::Main::init_gtkmm_internals();  // layouts are also checked by programs without a toolkit
+  Gtk::Main::init_gtkmm_internals();  // programs without a toolkit load layouts too
   const auto file = picture.file();
   try {
-    // Opening a pipe would wait for ever.
+    // Opening a pipe would block.
     if (Glib::file_test(file, Glib::FILE_TEST_EXISTS) &&
         !Glib::file_test(file, Glib::FILE_TEST_IS_REGULAR)) {
       throw Gio::Error(Gio::Error::NOT_REGULAR_FILE, _("it is no regular file"));

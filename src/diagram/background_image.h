@@ -8,19 +8,19 @@
 
 namespace zemblar {
 
-/// The picture under a track diagram, for instance a plan to trace: a path, and what was loaded
-/// from it. One pixel is one diagram unit. Loading needs no display.
+/// The picture under a track diagram, for instance a plan to trace: a path and the loaded picture.
+/// One pixel is one diagram unit. Loading needs no display.
 class BackgroundImage {
  public:
-  /// Loads the file. A picture that cannot be loaded leaves the image empty, so that the next save
-  /// drops its path, and is named in the status line.
+  /// Loads the file. If that fails, the image is empty, so that the next save drops the path, and
+  /// the status line names the file.
   void load(const PicturePath& picture);
 
-  /// What was loaded.
+  /// The path of the loaded picture; empty if loading failed.
   [[nodiscard]] const PicturePath& picture() const { return picture_; }
-  /// What was to be loaded.
+  /// The path given to `load`, even if loading failed.
   [[nodiscard]] const PicturePath& wanted() const { return wanted_; }
-  /// Where the picture was found.
+  /// The file that was loaded.
   [[nodiscard]] const std::string& file() const { return file_; }
   /// Null when there is nothing to draw.
   [[nodiscard]] const Glib::RefPtr<Gdk::Pixbuf>& pixbuf() const { return pixbuf_; }

@@ -9,9 +9,10 @@ class Node;
 
 namespace zemblar {
 
-/// A colour in a layout file: "#rrggbb", the high bytes of the three channels.
+/// Writes a colour as in a layout file: "#rrggbb", the high bytes of the three channels.
 YAML::Emitter& operator<<(YAML::Emitter& out, const Gdk::Color& colour);
-/// Any colour that the toolkit can parse, names included; throws YAML::InvalidScalar otherwise.
+/// Reads any colour that the toolkit can parse, including names; throws YAML::InvalidScalar
+/// otherwise.
 void operator>>(const YAML::Node& node, Gdk::Color& colour);
 
 }  // namespace zemblar

@@ -6,28 +6,28 @@ namespace zemblar {
 
 class ViewObj;
 
-/// Is told of everything that changes what a layout file would hold of the diagrams, before it
-/// happens. There is one at most.
+/// Called before each change of what a layout file would hold of the diagrams, so that the change
+/// can be undone. There is at most one watcher.
 class DiagramWatcher {
  public:
   virtual ~DiagramWatcher() = default;
 
   /// A diagram object is about to change.
   virtual void before_change(ViewObj& object) = 0;
-  /// Its place in the order of drawing is.
+  /// The object's z-order in its view is about to change.
   virtual void before_move(ViewObj& object) = 0;
-  /// It is about to leave its view, which it is in still.
+  /// The object is about to be removed from its view; it is still in the view.
   virtual void before_removal(ViewObj& object) = 0;
   virtual void removed(ViewObj& object) = 0;
   virtual void added(ViewObj& object) = 0;
-  /// What is done now, in words that take the place of the usual ones: "Join “%1”".
+  /// Names the present step in place of the usual name, for example "Join “%1”".
   virtual void describe(const Glib::ustring& format) = 0;
 
-  /// Null for nobody.
+  /// The installed watcher, or null.
   static DiagramWatcher* get() { return current_; }
   static void set(DiagramWatcher* watcher) { current_ = watcher; }
-  /// Tells it, if there is one.
-  static void tell(const Glib::ustring& format) {
+  /// Calls `describe` of the installed watcher, if there is one.
+  static void name_step(const Glib::ustring& format) {
     if (current_) current_->describe(format);
   }
 

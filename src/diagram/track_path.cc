@@ -12,9 +12,9 @@ constexpr double half_tick = 6.0;
 constexpr double tick_width = 2.0;
 constexpr double half_arrow = 7.0;
 constexpr double arrow_rim = 3.0;
-constexpr double sleeper_width = 10.0;  // as the track is wide
+constexpr double sleeper_width = 10.0;  // across the track
 
-/// The four points of the curve that leads to a step.
+/// The four control points of the curve of a step.
 struct Curve {
   Vector start, first, second, end;
 };
@@ -43,7 +43,7 @@ void TrackPaths::stroke_bed(const Cairo::RefPtr<Cairo::Context>& context, Bed be
   stroke_all(context, halo_width);
   if (bed == Bed::sleepers) {
     context->set_source_rgb(0, 0, 0);
-    std::vector<double> lengths{2.0, 6.0};  // of a sleeper along the track, and between two
+    std::vector<double> lengths{2.0, 6.0};  // along the track: a sleeper, and the gap between two
     context->set_dash(lengths, 0);
     stroke_all(context, sleeper_width);
   }
@@ -59,7 +59,8 @@ void TrackPaths::stroke_glow(const Cairo::RefPtr<Cairo::Context>& context) {
 void TrackPaths::stroke_all(const Cairo::RefPtr<Cairo::Context>& context, double width) const {
   context->set_line_width(width);
   for (const auto& path : paths_) {
-    // One straight has no joins; cairo fills it as a rectangle if it need not know of round ones.
+    // A single straight line has no joins. Without round joins cairo fills it as a rectangle, which
+    // is faster.
     const bool has_joins = path.size() > 2 || !path.back().straight;
     context->set_line_join(has_joins ? Cairo::LINE_JOIN_ROUND : Cairo::LINE_JOIN_MITER);
     trace(context, path);
@@ -109,7 +110,7 @@ void draw_travel_arrow(const Cairo::RefPtr<Cairo::Context>& context, const Vecto
   context->fill();
 }
 
-// By de Casteljau's construction.
+// Uses de Casteljau's construction.
 DividedCurve divided(const PathStep& from, const PathStep& to, double share) {
   const auto curve = curve_to(from, to);
   const auto between = [share](const Vector& a, const Vector& b) { return a + (b - a) * share; };
@@ -117,7 +118,7 @@ DividedCurve divided(const PathStep& from, const PathStep& to, double share) {
   const auto before = between(between(curve.start, curve.first), inner);
   const auto after = between(inner, between(curve.second, curve.end));
   const auto place = between(before, after);
-  // A curve with a cusp there has no direction.
+  // At a cusp the curve has no direction, so the line from start to end gives it.
   const auto along = after == before ? curve.end - curve.start : after - before;
   return {{place, normalize(along)},
           from.node->right * share,
@@ -147,7 +148,7 @@ TrackPlace place_on_step(const PathStep& from, const PathStep& to, double share)
   return {from.node->pos + way * share, normalize(way)};
 }
 
-// The direction of a curve that is a whole track is that of the line between its handles, unless
+// If the path is a single curve, its direction is that of the line between the handle ends, unless
 // these have passed one another.
 TrackPlace middle_of(const TrackPath& path) {
   const auto steps = path.size() - 1;
@@ -171,7 +172,7 @@ PixelBox PixelBox::united(const PixelBox& other) const {
           std::max(bottom, other.bottom)};
 }
 
-PixelBox PixelBox::cut(const PixelBox& other) const {
+PixelBox PixelBox::intersected(const PixelBox& other) const {
   return {std::max(left, other.left), std::max(top, other.top), std::min(right, other.right),
           std::min(bottom, other.bottom)};
 }
@@ -180,7 +181,7 @@ PixelBox PixelBox::whole() const {
   return {std::floor(left), std::floor(top), std::ceil(right), std::ceil(bottom)};
 }
 
-// A curve stays within the hull of its four points.
+// A curve lies within the convex hull of its four control points.
 PixelBox box_of(std::span<const PathStep> path, double margin) {
   constexpr auto far = std::numeric_limits<double>::infinity();
   PixelBox box{far, far, -far, -far};

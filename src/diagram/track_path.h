@@ -11,29 +11,31 @@ namespace zemblar {
 
 class ViewNode;
 
-/// A step of a path: to a node, from the one before it.
+/// A step of a path, from the previous node to this one.
 struct PathStep {
   const ViewNode* node;
-  bool straight = false;  ///< otherwise a curve, bent by the handles that face each other
+  bool straight = false;  ///< else a curve, shaped by the right handle of the previous node and the
+                          ///< left one of this
 };
 using TrackPath = std::vector<PathStep>;
 
-/// Tracks to be drawn in one go: all halos lie below all rails.
+/// Draws several tracks together, so that all halos lie below all rails.
 class TrackPaths {
  public:
   static constexpr double rail_width = 4.0;
   static constexpr double halo_width = 8.0;
   static constexpr double glow_width = 13.0;
 
-  /// The ground below the rails. Sleepers are short black lines across a white halo that reach out
-  /// of it: a mark for those who do not tell the colours of rails.
+  /// What is drawn below the rails. Sleepers are short black lines across the white halo, longer
+  /// than its width: they mark a track also for users who cannot tell the colours of the rails
+  /// apart.
   enum class Bed { none, halo, sleepers };
 
-  /// A path of fewer than two nodes is none.
+  /// Ignores a path with fewer than two nodes.
   void add_path(TrackPath path);
-  /// In the context's colour. Forgets the paths.
+  /// Draws all paths in the context's colour and removes them.
   void stroke_paths(const Cairo::RefPtr<Cairo::Context>& context, Bed bed);
-  /// In the context's colour, wider than any halo. Forgets the paths.
+  /// Draws all paths in the context's colour, wider than any halo, and removes them.
   void stroke_glow(const Cairo::RefPtr<Cairo::Context>& context);
 
  private:
@@ -43,13 +45,13 @@ class TrackPaths {
   std::vector<TrackPath> paths_;
 };
 
-/// Makes it the context's path.
+/// Appends the track to the context's path.
 void trace(const Cairo::RefPtr<Cairo::Context>& context, std::span<const PathStep> path);
-/// A line across the end of a track.
+/// Draws a line across the end of a track.
 void draw_tick(const Cairo::RefPtr<Cairo::Context>& context, const Vector& position,
                const Vector& direction);
 
-/// A train travels that way: a black arrowhead with a white rim, on the track.
+/// Draws the direction of travel of a train: a black arrowhead with a white rim, on the track.
 void draw_travel_arrow(const Cairo::RefPtr<Cairo::Context>& context, const Vector& position,
                        const Vector& direction);
 
@@ -58,15 +60,17 @@ struct TrackPlace {
   Vector pos;
   Vector dir;
 };
-/// The place of one step, straight or bent, at a share of it between 0 and 1.
+/// The place on a step, straight or curved, at the parameter `share` between 0 (start) and 1 (end).
 [[nodiscard]] TrackPlace place_on_step(const PathStep& from, const PathStep& to, double share);
-/// The share at which a step comes nearest to a place, a little away from the ends of the step.
+/// The parameter at which a step is nearest to a place, kept a little away from both ends of the
+/// step.
 [[nodiscard]] double share_near(const PathStep& from, const PathStep& to, const Vector& place);
-/// Half-way along a path by its steps: on the middle step, or at the middle node.
+/// The middle of a path, counted in steps: on the middle step, or at the middle node.
 [[nodiscard]] TrackPlace middle_of(const TrackPath& path);
 
-/// Where a node divides a curve into two that together have its shape, and the lengths of the
-/// handles for that. None is shorter than a handle may be, which only shows on a very small curve.
+/// Divides a curve into two that together have the same shape: the place of the new node, and the
+/// lengths of all handles. On a very small curve `ViewNode` may lengthen handles to its shortest
+/// length, which changes the shape a little.
 struct DividedCurve {
   TrackPlace place;
   double start_handle;
@@ -74,7 +78,7 @@ struct DividedCurve {
   double after;   ///< towards the end
   double end_handle;
 };
-/// `share` is the part of the curve's parameter that lies before the place, between 0 and 1.
+/// `share` is the curve's parameter at the place, between 0 and 1.
 [[nodiscard]] DividedCurve divided(const PathStep& from, const PathStep& to, double share);
 
 /// A rectangle, mostly in device pixels.
@@ -93,15 +97,15 @@ struct PixelBox {
   }
   /// The smallest one around both.
   [[nodiscard]] PixelBox united(const PixelBox& other) const;
-  /// What both cover.
-  [[nodiscard]] PixelBox cut(const PixelBox& other) const;
-  /// Grown to whole pixels.
+  /// The intersection of both.
+  [[nodiscard]] PixelBox intersected(const PixelBox& other) const;
+  /// The box enlarged to whole pixels.
   [[nodiscard]] PixelBox whole() const;
 };
-/// What the path can cover when it is drawn, with `margin` round it; all in diagram units. Room for
-/// a curve is made by its handles.
+/// A box around the path with `margin` on each side, in diagram units. It contains the handles of
+/// curves, between which a curve always lies.
 [[nodiscard]] PixelBox box_of(std::span<const PathStep> path, double margin);
-/// The device pixels of a box in diagram units. The context does not turn it.
+/// The device pixels of a box in diagram units. The context must not rotate.
 [[nodiscard]] PixelBox to_pixels(const Cairo::RefPtr<Cairo::Context>& context, PixelBox box);
 
 }  // namespace zemblar

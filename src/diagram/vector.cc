@@ -26,7 +26,7 @@ Vector on_grid(const Vector& place, double step) {
   return {nearest(place.x), nearest(place.y)};
 }
 
-// A direction that was turned round may have a negative zero, which nobody wants to read.
+// Adding 0.0 turns a negative zero, which a reversed direction may have, into a plain one.
 YAML::Emitter& operator<<(YAML::Emitter& out, const Vector& vector) {
   return out << YAML::Flow << YAML::BeginSeq << shortest_text(vector.x + 0.0)
              << shortest_text(vector.y + 0.0) << YAML::EndSeq;

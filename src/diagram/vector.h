@@ -24,27 +24,27 @@ struct Vector {
 
   [[nodiscard]] double dot(const Vector& other) const { return x * other.x + y * other.y; }
   [[nodiscard]] double length() const { return std::hypot(x, y); }
-  /// Perpendicular, a quarter turn to the left of someone who looks along it on the screen.
+  /// Perpendicular vector, turned by a quarter to the left as seen on the screen.
   [[nodiscard]] Vector normal() const { return {y, -x}; }
   /// In radians, from the x axis towards the y axis.
   [[nodiscard]] double get_angle() const { return std::atan2(y, x); }
 };
 
-/// Of length 1; the zero vector stays as it is, and one too long to be measured becomes it.
+/// The vector with length 1. The zero vector, and one whose length is no finite number, give the
+/// zero vector.
 [[nodiscard]] Vector normalize(const Vector& vector);
 
-/// The nearest place that a diagram can hold: some ten times as far out as the largest table
-/// reaches, and still within what the graphics library can count at the highest zoom.
+/// The nearest place within `diagram_limit`: some ten times as far out as the largest table
+/// reaches, and still within the number range of the graphics library at the highest zoom.
 [[nodiscard]] Vector within_diagram(const Vector& place);
 /// The largest distance from the origin, along each axis.
 inline constexpr double diagram_limit = 500'000;
 
-/// The nearest place on a grid with that step; without a step, the nearest one that is written with
-/// two decimals.
+/// The nearest place on a grid with this step; with a step of 0, the place rounded to two decimals.
 [[nodiscard]] Vector on_grid(const Vector& place, double step);
 
-/// A flow sequence of two numbers. Reading another count throws YAML::RepresentationException
-/// "Vector requires precisely 2 values"; only finite numbers are read.
+/// A flow sequence of two finite numbers. Reading another count throws
+/// YAML::RepresentationException "Vector requires precisely 2 values".
 YAML::Emitter& operator<<(YAML::Emitter& out, const Vector& vector);
 void operator>>(const YAML::Node& node, Vector& vector);
 

@@ -25,7 +25,7 @@ namespace {
 const DocumentClass::Registration registration(document_class<View>("!view", Section::views));
 const ToplevelAccepts acceptance = toplevel_accepts_class<View>(Section::views);
 
-// Some hundred microseconds.
+// Writing so many takes some hundred microseconds.
 constexpr std::size_t objects_per_part = 32;
 
 Glib::RefPtr<ViewObj> hold(ViewObj* object) {
@@ -54,7 +54,8 @@ View::View(const YAML::Node& node) : View() {
   if (const auto objects = node["objects"]) read_objects(objects);
 }
 
-// Indices in the file count all objects, so none is dropped before they have found each other.
+// Indexes in the file count all objects, so incomplete ones are dropped only after references
+// between objects are resolved.
 void View::read_objects(const YAML::Node& entries) {
   for (const auto& entry : entries) {
     const auto* view_class = ViewClass::find(entry.Tag());
@@ -245,7 +246,8 @@ void View::save_settings(YAML::Emitter& out) const {
   save_identity(out);
   out << YAML::Key << "colour" << YAML::Value << colour_;
   out << YAML::Key << "image" << YAML::Value;
-  // An undone step or a recovery copy finds a picture that is back in its place.
+  // In the private form the path is kept although the picture is missing, so that undo or a
+  // recovery copy finds a picture that has been put back.
   out << (PrivateForm::is_used() ? image_.wanted() : image_.picture());
   out << YAML::Key << "hidden" << YAML::Value << hidden_;
   write_private(out, "width", shortest_text(width_));

@@ -12,19 +12,19 @@
 
 namespace zemblar {
 
-/// One track diagram: a canvas with a colour and perhaps a picture to draw over.
+/// One track diagram: a table (drawing area) with a colour and perhaps a background picture.
 ///
-/// It owns its diagram objects, which show objects of the layout; an object whose own is not in the
-/// file is dropped when all has been read, and the status line says so.
+/// It owns its diagram objects, each of which shows an object of the layout. After reading a file,
+/// diagram objects whose layout object is missing are dropped, and the status line says so.
 ///
-/// Diagram units are pixels at zoom 1. The table size is not written to the file: it is set again
-/// from the picture, if there is one, and by hand otherwise.
+/// Diagram units are pixels at zoom 1. The size of the table is not saved: it follows from the
+/// picture, if there is one, and is otherwise set by the user.
 class View : public Object {
  public:
   View();
   explicit View(const YAML::Node& node);
 
-  /// Black or white, whichever can be read on the colour.
+  /// The contrasting grey level for text on the colour: 0 for black or 1 for white.
   [[nodiscard]] double get_ink() const;
   [[nodiscard]] const Gdk::Color& get_colour() const { return colour_; }
   void set_colour(const Gdk::Color& colour);
@@ -37,44 +37,45 @@ class View : public Object {
   void set_height(double height);
 
   [[nodiscard]] const BackgroundImage& image() const { return image_; }
-  /// Loads the picture and grows the table so that it holds the whole of it. An empty path takes
-  /// the picture away; a file that cannot be loaded is named in the status line.
+  /// Loads the picture and enlarges the table to hold all of it. An empty path removes the picture.
+  /// The status line names a file that cannot be loaded.
   void set_image(const std::string& path) { set_picture(PicturePath(path)); }
   void set_picture(const PicturePath& picture);
-  /// Where the picture's left upper corner lies on the table.
+  /// Position of the picture's top left corner on the table.
   [[nodiscard]] unsigned image_x() const { return image_x_; }
   [[nodiscard]] unsigned image_y() const { return image_y_; }
 
   using Objects = std::vector<Glib::RefPtr<ViewObj>>;
-  /// In the order of drawing, the first at the bottom.
+  /// The diagram objects in the order of drawing (z-order), the first at the bottom.
   [[nodiscard]] const Objects& get_objects() const { return objects_; }
-  /// On top of the others. The view owns it from now on.
+  /// Adds the object on top of the others and takes ownership.
   void add_object(ViewObj* object);
-  /// The same at a place in the order of drawing; on top when there are fewer.
+  /// The same at an index in the order of drawing; a larger one means on top.
   void insert_object(ViewObj* object, std::size_t place);
-  /// Ends it; what it shows stays.
+  /// Removes and ends the diagram object; the layout object that it shows stays.
   void remove_object(ViewObj* object);
   void move_to_top(ViewObj* object);
   void move_to_bottom(ViewObj* object);
   void move_to(ViewObj* object, std::size_t place);
-  /// Its place in the order of drawing, counted from 0; `get_objects().size()` for none of these.
+  /// The object's index in the order of drawing, from 0; `get_objects().size()` for an object of
+  /// another view.
   [[nodiscard]] std::size_t place_of(const ViewObj* object) const;
 
-  /// How entries of diagram objects refer to each other from now on: by these numbers, or for null
-  /// by their place, as in files.
+  /// Sets how entries of diagram objects refer to each other: by these numbers, or for null by the
+  /// index in the view, as in files.
   static void use_numbers(NumberTable<ViewObj>* numbers) { numbers_ = numbers; }
   [[nodiscard]] unsigned number_of(const ViewObj* object) const;
-  /// Null for none.
+  /// The object with that number, or null.
   [[nodiscard]] ViewObj* find_number(unsigned number) const;
-  /// One object has to be drawn again, or everything: `signal_changed` comes, and
-  /// `changed_object` says which meanwhile.
+  /// Requests a redraw of one object, or of everything for null. Emits `signal_changed`;
+  /// `changed_object` returns the object meanwhile.
   void object_changed(ViewObj* object);
-  /// While `signal_changed` is emitted: the only object that has changed; null when it may be
-  /// anything.
+  /// While `signal_changed` is emitted: the only object that has changed; null when anything may
+  /// have changed.
   [[nodiscard]] ViewObj* changed_object() const { return changed_object_; }
 
   void save(YAML::Emitter& out) const override;
-  /// Its entry without the objects.
+  /// Writes the view's entry without the diagram objects.
   void save_alone(YAML::Emitter& out) const;
   void restore(const EntryChange& change) override;
   bool save_part(YAML::Emitter& out, unsigned part) const override;
@@ -85,7 +86,7 @@ class View : public Object {
   Glib::PropertyProxy<double> property_height() { return {this, "height"}; }
 
   sigc::signal<void>& signal_image_changed() { return signal_image_changed_; }
-  /// Every display of this view has to draw it again.
+  /// Every display of this view must draw it again.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
   sigc::signal<void, ViewObj*>& signal_object_added() { return signal_object_added_; }
   sigc::signal<void, ViewObj*>& signal_object_removed() { return signal_object_removed_; }

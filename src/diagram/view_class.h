@@ -6,13 +6,12 @@
 
 namespace zemblar {
 
-/// A class of diagram objects: a static `ViewClass::Registration` in its file is all that views
-/// need to know of it.
+/// A class of diagram objects, registered by a static `ViewClass::Registration` in its source file.
 struct ViewClass {
   std::string tag;  ///< of an entry of a view, with its leading `!`
   ViewObj* (*load)(const YAML::Node& node);
 
-  /// Null for an unknown tag.
+  /// The class with this tag, or null.
   static const ViewClass* find(const std::string& tag);
 
   struct Registration {
@@ -20,7 +19,7 @@ struct ViewClass {
   };
 };
 
-/// The registration of a class that is made from its entry.
+/// The registration of a class T with a constructor from a YAML node.
 template <typename T>
 ViewClass view_class(const char* tag) {
   return {tag, [](const YAML::Node& node) -> ViewObj* { return new T(node); }};

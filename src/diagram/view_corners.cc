@@ -5,7 +5,7 @@
 namespace zemblar {
 namespace {
 
-// From the place of a new one to its corners.
+// Distance from the place of a new object to its corners.
 constexpr double half_width = 30.0;
 constexpr double half_height = 10.0;
 

@@ -7,18 +7,18 @@
 
 namespace zemblar {
 
-/// The four nodes of an object through which two tracks run. Those on the left point into the
-/// object, those on the right out of it.
+/// The four nodes of a diagram object with two tracks. The directions of those on the left point
+/// into the object, of those on the right out of it.
 class ViewCorners {
  public:
   enum Corner { top_left, top_right, bottom_left, bottom_right };
 
   ViewLinkNode& operator[](Corner corner) { return nodes_[corner]; }
   [[nodiscard]] std::vector<ViewLinkNode*> all();
-  /// By the names of the block's links; null for another one.
+  /// The node for a link name of the block; null for another name.
   [[nodiscard]] ViewLinkNode* find(const std::string& name);
 
-  /// Round a place, with tracks that run to the right.
+  /// Arranges the nodes around a place, with tracks that run to the right.
   void place(const Vector& place);
   void attach(Corners& links);
   void load(const YAML::Node& node);

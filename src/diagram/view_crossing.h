@@ -11,12 +11,12 @@ namespace zemblar {
 /// handles of their nodes.
 class ViewCrossing : public ViewTrack {
  public:
-  /// Which of the two tracks: 0 from the top left, 1 from the bottom left.
+  /// One of the two tracks: 0 from the top left, 1 from the bottom left.
   struct SegmentTag : ViewTagInt {
     using ViewTagInt::ViewTagInt;
   };
 
-  /// A new one round a place.
+  /// A new one around a place.
   ViewCrossing(Crossing& crossing, const Vector& place);
   explicit ViewCrossing(const YAML::Node& node);
 

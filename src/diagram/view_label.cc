@@ -96,7 +96,7 @@ void ViewLabel::attach(Zone& zone) {
   lok_changed_ = zone.signal_lok_changed().connect([this] { follow_lok(); });
   renamed_ = zone.property_name().signal_changed().connect([this] { changed(); });
   pulse_ = Layout::get().signal_pulse().connect([this] { follow(); });
-  // An editor that places the label may hold it for a moment longer than the zone lasts.
+  // An editor that is placing the label may hold it after the zone has ended.
   zone_ended_ = zone.signal_deleted().connect([this] {
     pulse_.disconnect();
     lok_signals_.clear();
@@ -155,7 +155,7 @@ ViewLabel::TextBlock ViewLabel::name_block(const Context& context,
   return block;
 }
 
-// Away from the place, where the track is.
+// Puts the note on the side of the name away from the place, where the track is.
 ViewLabel::TextBlock ViewLabel::note_block(const Context& context, const TextBlock& name) const {
   auto block = lay_out(context, note_, note_font);
   const auto spare = name.size.x - block.size.x;
@@ -205,7 +205,7 @@ PixelBox ViewLabel::runtime_box(const Context& context) {
     far = {std::max(far.x, note.corner.x + note.size.x),
            std::max(far.y, note.corner.y + note.size.y)};
   }
-  // Letters may reach a little beyond the space that they are given, at any zoom.
+  // At any zoom letters may extend a little beyond the text's logical box.
   constexpr double overhang = 4;
   context->user_to_device(corner.x, corner.y);
   context->user_to_device(far.x, far.y);

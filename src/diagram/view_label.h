@@ -11,15 +11,16 @@ namespace zemblar {
 
 class Lok;
 
-/// The name of the locomotive in a zone, and its speed if the track reports that. Without a
-/// locomotive nothing is shown; an editor shows the zone's name in its place.
+/// Shows the name of the locomotive in a zone, and its speed if RailCom reports one. Without a
+/// locomotive it shows nothing; an editor always shows the zone's name instead.
 ///
-/// A note about the locomotive, such as why it is held, stands in a line of its own on the far side
-/// of the name, which stays where it is. The label looks for a note with each pulse of the layout:
-/// the brake's notification comes before the stop is sent, and must not wait for a sentence.
+/// A note about the locomotive, for example why it is held, is a separate line on the far side of
+/// the name, whose position does not change. The label updates the note at each pulse of the
+/// layout, not at the brake's notification: that comes before the stop is sent, and must not be
+/// delayed by composing a sentence.
 ///
-/// In a layout file: `zone`, `pos` and `align`, the side of the text that lies at the place, in
-/// capitals.
+/// In a layout file: `zone`, `pos`, and `align` in capitals, the side of the text that lies at the
+/// place.
 class ViewLabel : public ViewObj {
  public:
   /// A new one at a place.
@@ -31,12 +32,12 @@ class ViewLabel : public ViewObj {
   [[nodiscard]] PixelBox runtime_box(const Context& context) override;
   void show_menu(const ViewTag& tag, guint32 time) override;
 
-  /// Any but the centre.
+  /// Any value but Centre.
   [[nodiscard]] Anchor get_align() const { return align_; }
   void set_align(Anchor align);
-  /// What the operating display shows now.
+  /// The text that the operating display shows now.
   [[nodiscard]] const Glib::ustring& get_text() const { return text_; }
-  /// The line beside it; empty while there is nothing to say.
+  /// The line of the note; empty without a note.
   [[nodiscard]] const Glib::ustring& get_note() const { return note_; }
 
   Glib::PropertyProxy<int> property_align() { return {this, "align"}; }
@@ -56,7 +57,7 @@ class ViewLabel : public ViewObj {
   [[nodiscard]] Glib::ustring live_text() const;
   [[nodiscard]] int get_align_number() const { return static_cast<int>(align_); }
   void set_align_number(int align);
-  /// A text with its place, in the diagram's units.
+  /// A text with its place and size, in diagram units.
   struct TextBlock {
     Glib::RefPtr<Pango::Layout> layout{};
     Vector corner{};

@@ -41,7 +41,7 @@ bool ViewLinkNode::is_free_for(const ViewLinkNode& other) const {
   return !partner || partner == other.block_link_;
 }
 
-// Two pictures of one end of a block are not joined: a train does not pass between them.
+// False for two nodes of the same link, between which no train can pass.
 bool ViewLinkNode::can_connect(const ViewLinkNode& other) const {
   const bool same = block_link_ && block_link_ == other.block_link_;
   return &other != this && !same && is_free_for(other) && other.is_free_for(*this);
@@ -52,14 +52,14 @@ void ViewLinkNode::connect(ViewLinkNode& other) {
   join(other);
   refresh();
   if (get_object()) get_object()->node_moved(*this);
-  // The lock of a node with a neighbour is not its own.
+  // A node with a neighbour has no lock of its own.
   if (!has_neighbour() && !other.has_neighbour()) locked_ = other.locked_;
 }
 
 void ViewLinkNode::join(ViewLinkNode& other) {
   before_change();
   other.before_change();
-  // The links tell of it while they are being joined, when the nodes are not yet.
+  // The links emit their signals while they are being joined, before the nodes are joined.
   if (block_link_ && other.block_link_) block_link_->connect(other.block_link_);
   link_ = &other;
   other.link_ = this;
@@ -104,7 +104,7 @@ void ViewLinkNode::take_direction_of_link() {
   turn(link_->type_ == type_ ? -link_->dir : link_->dir);
 }
 
-// The tick at a joined end lies between the directions of both.
+// Redraws the other node as well, whose tick depends on both directions.
 void ViewLinkNode::turn(const Vector& direction) {
   if (direction == dir) return;
   ViewNode::turn(direction);
@@ -166,7 +166,7 @@ void ViewLinkNode::save_more(YAML::Emitter& out) const {
       << link->get_block()->get_link_name(link) << YAML::EndSeq;
 }
 
-// All objects are there when it is resolved; what cannot be found must not fail the load.
+// Joins in the second pass, when all objects exist. A missing partner must not make the load fail.
 void ViewLinkNode::load(const YAML::Node& node) {
   ViewNode::load(node);
   const auto link = node["link"];
@@ -184,8 +184,8 @@ void ViewLinkNode::load(const YAML::Node& node) {
       *this));
 }
 
-// Each node has the lock that the file gives it, in whichever order the file joins them. A node
-// with a lead keeps the direction of the file.
+// Joins without copying the lock: each node keeps the lock from the file, independent of the order
+// of joins. A node with a lead keeps its direction from the file.
 bool ViewLinkNode::connect_to(int object_index, const std::string& link_name) {
   const auto* view = get_object() ? get_object()->get_view() : nullptr;
   if (!view || object_index < 0) return false;

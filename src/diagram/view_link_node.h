@@ -8,23 +8,25 @@ namespace zemblar {
 
 class View;
 
-/// A node where a track ends: it stands for a link of the block that the object shows, and can be
-/// joined to a node of another object. Joining two of them joins their blocks; nothing else does.
+/// A node at an end of a track. It represents a link of the block that the object shows, and can be
+/// joined to a node of another object. In a diagram, only joining two such nodes joins their
+/// blocks.
 ///
-/// A join belongs to the block graph: when the links come apart, by whatever cause, the nodes do
-/// too. In a layout file the key `link` names the partner: the place of its object in the view, and
-/// the name of its link. Both sides write it; one that cannot be found leaves the end open.
+/// A join belongs to the block graph: when the links are disconnected, for any reason, the nodes
+/// are too. In a layout file the key `link` names the partner: the index of its object in the view,
+/// and the name of its link. Both nodes write it. If the partner is missing, the end stays open.
 class ViewLinkNode : public ViewNode {
  public:
-  /// The editor knows joinable nodes by it.
+  /// The tag by which the editor recognises nodes that can be joined.
   struct Tag : ViewNode::Tag {
     using ViewNode::Tag::Tag;
   };
-  /// Which end of its track this is. Joined ends of one kind face each other.
+  /// The end of the track that the node is at. The directions of two joined ends of the same type
+  /// are opposite.
   enum Type {
     unset = 0,
     inward = 1,   ///< the direction points into its object: left of a zone, common of a point
-    outward = 2,  ///< it points out of it: right of a zone, a state of a point
+    outward = 2,  ///< the direction points out of it: right of a zone, a state of a point
   };
 
   ~ViewLinkNode() override;
@@ -35,21 +37,22 @@ class ViewLinkNode : public ViewNode {
   void set_locked(bool on) override;
   [[nodiscard]] Gtk::MenuItem* get_menu_item() override;
 
-  /// Once, but for the same value again. Throws std::logic_error
-  /// "ViewLinkNode::set_type() called twice".
+  /// Call once. A second call with another value throws std::logic_error "ViewLinkNode::set_type()
+  /// called twice".
   void set_type(Type type);
-  /// Once. Throws std::logic_error "ViewLinkNode::set_block_link() called twice".
+  /// Call once. A second call throws std::logic_error "ViewLinkNode::set_block_link() called
+  /// twice".
   void set_block_link(BlockLink* link);
   [[nodiscard]] BlockLink* get_block_link() const { return block_link_; }
-  /// The node that is joined to this one; null without any.
+  /// The node that is joined to this one, or null.
   [[nodiscard]] ViewLinkNode* get_link() const { return link_; }
 
-  /// Joins the two, and their blocks, and moves this one onto the other. Does nothing when either
-  /// is joined elsewhere.
+  /// Joins the two nodes and their blocks, and moves this node onto the other. Does nothing when
+  /// either is joined to a third.
   void connect(ViewLinkNode& other);
-  /// Takes the nodes apart; the blocks stay joined.
+  /// Disconnects the two nodes; the blocks stay joined.
   void disconnect();
-  /// Whether the two could be joined.
+  /// True if the two nodes can be joined.
   [[nodiscard]] bool can_connect(const ViewLinkNode& other) const;
 
   void load(const YAML::Node& node) override;

@@ -11,7 +11,7 @@
 namespace zemblar {
 namespace {
 
-std::optional<Vector> in_view;  // of the call that is served
+std::optional<Vector> in_view;  // of the present MenuCall
 std::optional<std::pair<int, int>> on_screen;
 
 }  // namespace

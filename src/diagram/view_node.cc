@@ -110,8 +110,8 @@ Gtk::MenuItem* ViewNode::make_lock_item() {
   item->set_active(is_locked());
   item->signal_toggled().connect(sigc::track_obj(
       [this, item] {
-        DiagramWatcher::tell(item->get_active() ? _("Lock an Angle of “%1”")
-                                                : _("Unlock an Angle of “%1”"));
+        DiagramWatcher::name_step(item->get_active() ? _("Lock an Angle of “%1”")
+                                                     : _("Unlock an Angle of “%1”"));
         set_locked(item->get_active());
       },
       *this));
@@ -136,7 +136,7 @@ void ViewNode::drag(Part part, const Vector& position) {
   if (object_) object_->changed();
 }
 
-/// `delta` leads to the pointer, along the direction of the track.
+/// `delta` is the vector to the pointer, negated for the left handle.
 void ViewNode::drag_handle(double& length, const Vector& delta) {
   if (is_locked()) {
     length = dir.dot(delta);
@@ -239,7 +239,7 @@ void ViewNode::load(const YAML::Node& node) {
   pos = within_diagram(pos);
   if (node["dir"]) {
     node["dir"] >> dir;
-    // One of length 1 stays as it was written, to the last digit.
+    // A direction of length 1 is not normalised, so that its digits stay as written.
     if (std::abs(dir.length() - 1) > rounding) dir = normalize(dir);
   }
   has_left = static_cast<bool>(node["left"]);

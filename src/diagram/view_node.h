@@ -14,18 +14,18 @@ namespace zemblar {
 
 class ViewObj;
 
-/// A point of a diagram object's track, with the direction of the track there and two handles that
-/// bend the curves to its sides.
+/// A point on a diagram object's track, with the direction of the track there and two handles that
+/// shape the curves on both sides.
 ///
-/// A segment that is straight makes its two nodes neighbours; the direction then follows from where
-/// they are. A node without neighbours keeps the direction that it was given; if its angle is
-/// locked, dragging a handle leaves it.
+/// A straight segment makes its two nodes neighbours, and their positions then determine the
+/// direction. A node without neighbours keeps its own direction; if the angle is locked, dragging a
+/// handle does not change it.
 ///
-/// In a layout file a mapping: `pos` always; `dir` unless it follows from neighbours; `left` and
-/// `right`, the lengths of the handles, where there are handles; `locked`.
+/// In a layout file a mapping: `pos` always; `dir` unless neighbours determine it; `left` and
+/// `right`, the lengths of the handles that exist; `locked`.
 class ViewNode : public sigc::trackable {
  public:
-  /// Which part of a node a tag stands for.
+  /// The part of a node that a tag represents.
   enum Part { body = 0, left_handle = 1, right_handle = 2 };
   struct Tag : ViewTag {
     Tag(ViewNode* tagged, Part tagged_part);
@@ -35,17 +35,17 @@ class ViewNode : public sigc::trackable {
   };
 
   static constexpr double shortest_handle = 4.0;
-  /// From the node's place to the rim of its disc.
+  /// Radius of the node's disc.
   static constexpr double reach = 4.75;
 
   ViewNode() = default;
   ViewNode(const ViewNode&) = delete;
   ViewNode& operator=(const ViewNode&) = delete;
 
-  /// It has got another place.
+  /// Call after changing `pos`: updates the neighbours and redraws.
   virtual void moved();
   virtual ~ViewNode();
-  /// Takes its direction from its neighbours, if it has some.
+  /// Sets the direction from the neighbours or the lead, if there are any.
   virtual void refresh();
   virtual void draw(const Cairo::RefPtr<Cairo::Context>& context) const;
   virtual void draw_tag(const Cairo::RefPtr<Cairo::Context>& context, SelectionTable& table);
@@ -53,65 +53,68 @@ class ViewNode : public sigc::trackable {
   virtual void draw_right_tag(const Cairo::RefPtr<Cairo::Context>& context, SelectionTable& table);
   /// Moves a part of the node to a place.
   virtual void drag(Part part, const Vector& position);
-  /// The direction of the track, seen together with what is joined on here.
+  /// The direction of the track, averaged with that of the joined node.
   [[nodiscard]] virtual Vector get_path_direction() const { return dir; }
-  /// Whether dragging a handle leaves the direction.
+  /// True if dragging a handle does not change the direction.
   [[nodiscard]] virtual bool is_locked() const;
-  /// Only for a node without neighbours.
+  /// Has an effect only for a node without neighbours.
   virtual void set_locked(bool on);
-  /// "Lock Angle", or null where that makes no sense. Managed.
+  /// A new managed item "Lock Angle", or null if the angle cannot be locked.
   [[nodiscard]] virtual Gtk::MenuItem* get_menu_item();
 
-  /// The owner, once. Throws std::logic_error "ViewLinkNode::set_object() called twice".
+  /// Sets the owner; call once. A second call throws std::logic_error "ViewLinkNode::set_object()
+  /// called twice".
   void set_object(ViewObj* object);
   [[nodiscard]] ViewObj* get_object() const { return object_; }
 
   [[nodiscard]] ViewNode* get_left_node() const { return left_node_; }
   [[nodiscard]] ViewNode* get_right_node() const { return right_node_; }
-  /// Neighbours are mutual: both ends learn of it, and former ones are let go. Null is none.
+  /// Sets or, with null, removes a neighbour. Neighbours are mutual: both nodes are updated, and
+  /// former neighbours are removed.
   void set_left_node(ViewNode* node);
   void set_right_node(ViewNode* node);
   [[nodiscard]] bool has_neighbour() const { return left_node_ || right_node_; }
-  /// The start of a straight segment that ends here, where the start has another neighbour on that
-  /// side; null for none. It gives the direction, as a neighbour would, when `refresh` is called.
+  /// The start of a straight segment that ends here, if the start already has another neighbour on
+  /// that side; else null. Like a neighbour, the lead determines the direction at the next
+  /// `refresh`.
   void set_lead(const ViewNode* start) { lead_ = start; }
   [[nodiscard]] const ViewNode* get_lead() const { return lead_; }
-  /// Whether the node's own segments give its direction.
+  /// True if a neighbour or a lead determines the direction.
   [[nodiscard]] bool is_led() const { return has_neighbour() || lead_; }
 
   [[nodiscard]] Vector left_point() const { return pos - dir * left; }
   [[nodiscard]] Vector right_point() const { return pos + dir * right; }
-  /// Makes the handle, of at least the shortest length.
+  /// Adds or changes a handle; the length is at least `shortest_handle`.
   void set_left_handle(double length);
   void set_right_handle(double length);
   [[nodiscard]] double get_angle() const { return dir.get_angle(); }
 
-  /// The handles that it has, dashed lines out to squares.
+  /// Draws the handles as dashed lines that end in squares.
   void draw_handles(const Cairo::RefPtr<Cairo::Context>& context) const;
 
   virtual void load(const YAML::Node& node);
   void save(YAML::Emitter& out) const;
 
-  // Owned by whoever drags; the rest follows by `moved` and `refresh`.
+  // Written by the drag code, which then calls `moved` and `refresh`.
   Vector pos;
-  Vector dir;       ///< of length 1, or zero until it is known
-  double left = 0;  ///< length of the handle
+  Vector dir;       ///< of length 1, or zero while unknown
+  double left = 0;  ///< length of the left handle
   double right = 0;
   bool has_left = false;
   bool has_right = false;
 
  protected:
-  /// Said before anything changes that its object's entry holds of it.
+  /// Call before changing anything of the node that is saved.
   void before_change() const;
-  /// Gives it another direction, and has all drawn again that shows it.
+  /// Changes the direction and redraws everything that depends on it.
   virtual void turn(const Vector& direction);
   [[nodiscard]] virtual std::shared_ptr<const ViewTag> make_tag(Part part);
   [[nodiscard]] virtual bool is_joined() const { return false; }
-  /// Writes what a class adds to the mapping.
+  /// Writes the keys that a derived class adds to the mapping.
   virtual void save_more(YAML::Emitter& /*out*/) const {}
-  /// The direction that neighbours or the lead give; zero without any.
+  /// The direction from the neighbours or the lead; zero without any.
   [[nodiscard]] Vector direction_of_neighbours() const;
-  /// The menu item that locks its angle.
+  /// The menu item that locks the angle.
   [[nodiscard]] Gtk::MenuItem* make_lock_item();
 
   bool locked_ = false;

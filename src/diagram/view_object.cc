@@ -37,7 +37,7 @@ void ViewObj::draw_tags(const Context& context, bool selected, SelectionTable& t
   draw_handle_tags(context, selected, table);
 }
 
-// The slot runs inside the end of what it shows; the last reference may go here.
+// The slot runs while the object shown is ending, and may release the last reference to this one.
 void ViewObj::follow_end(zemblar::Object& object) {
   shown_deleted_ = object.signal_deleted().connect([this] {
     reference();

@@ -8,7 +8,7 @@
 namespace zemblar {
 namespace {
 
-// From the place of a new one.
+// Half the length of a new one.
 constexpr double half_length = 25.0;
 constexpr double leg_distance = 20.0;
 
@@ -69,7 +69,7 @@ void ViewPoint::save(YAML::Emitter& out) const {
   out << YAML::EndMap << YAML::EndMap;
 }
 
-// A state's link is named after the state, whatever that is called now.
+// A state's link is found by the point, since its name follows the state's present name.
 ViewLinkNode* ViewPoint::get_link_node(const std::string& name) {
   const auto* link = point_ ? point_->get_link(name) : nullptr;
   if (!link) return nullptr;
@@ -99,7 +99,7 @@ void ViewPoint::join_neighbours() {
   set_leads();
 }
 
-// The first straight way in order has the room.
+// The first straight way makes the common end a neighbour; all further ones have it as their lead.
 void ViewPoint::set_leads() {
   bool room = true;
   for (const auto& leg : legs_) {
@@ -162,7 +162,8 @@ void ViewPoint::add_state(PointState& state) {
 void ViewPoint::remove_state(const zemblar::Object* state) {
   const auto leg = std::ranges::find_if(legs_, [=](auto& one) { return one->state == state; });
   if (leg == legs_.end()) return;
-  // Its node tells whom it is joined to when it goes, and must be out of the list by then.
+  // The destructor of the leg's node redraws joined objects, so the leg must not be in the list any
+  // more.
   before_change();
   const auto ended = std::move(*leg);
   legs_.erase(leg);

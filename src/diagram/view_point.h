@@ -7,15 +7,15 @@
 
 namespace zemblar {
 
-/// The picture of a point: from its common end a way to a node for each state. It follows the
-/// states as they come and go.
+/// The picture of a point: a way from the common end to a node for each state. Nodes are added and
+/// removed with the states.
 ///
 /// In a layout file: `point`, `common`, and `states`, a mapping from the states' numbers to nodes
-/// in the point's order. A way is straight unless both ends have handles for it. The common end has
-/// room for one neighbour; it leads the ends of all further straight ways.
+/// in the point's order. A way is straight unless both of its ends have handles for it. The common
+/// end can have one neighbour; it is the lead of the ends of all further straight ways.
 class ViewPoint : public ViewSwitch {
  public:
-  /// A new one round a place.
+  /// A new one around a place.
   ViewPoint(Point& point, const Vector& place);
   explicit ViewPoint(const YAML::Node& node);
 

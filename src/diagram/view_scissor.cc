@@ -73,7 +73,7 @@ void ViewScissor::attach(Scissor& scissor) {
   corners_.attach(scissor.links);
 }
 
-// What lies there is what the states say; a state without a role has no way.
+// One way for each state that has a role.
 std::vector<ViewSwitch::Way> ViewScissor::ways() {
   std::vector<Way> ways;
   if (!scissor_) return ways;

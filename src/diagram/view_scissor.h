@@ -6,13 +6,13 @@
 
 namespace zemblar {
 
-/// The picture of a scissor point: each left corner with each right one.
+/// The picture of a scissor point: a way from each left corner to each right one.
 ///
 /// In a layout file: `scissor`, the four corners, and `straight`, a sequence of the roles whose way
-/// is straight. A plain true or false there stands for all of them, or none.
+/// is straight. A plain true or false stands for all or none.
 class ViewScissor : public ViewSwitch {
  public:
-  /// A new one round a place.
+  /// A new one around a place.
   ViewScissor(Scissor& scissor, const Vector& place);
   explicit ViewScissor(const YAML::Node& node);
 
@@ -22,7 +22,7 @@ class ViewScissor : public ViewSwitch {
   }
 
  protected:
-  /// Each corner has two ways: it keeps its own direction.
+  /// Joins none: each corner has two ways and keeps its own direction.
   void join_neighbours() override {}
   [[nodiscard]] std::vector<ViewLinkNode*> ends() override { return corners_.all(); }
   [[nodiscard]] std::vector<Way> ways() override;
@@ -34,7 +34,7 @@ class ViewScissor : public ViewSwitch {
 
   Scissor* scissor_ = nullptr;
   ViewCorners corners_;
-  std::array<bool, 4> straight_ = {true, true, true, true};  // by role
+  std::array<bool, 4> straight_ = {true, true, true, true};  // indexed by role
 };
 
 }  // namespace zemblar

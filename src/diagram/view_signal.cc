@@ -23,7 +23,7 @@ constexpr double disc_rim = 2.0;
 struct Colour {
   double red, green, blue;
 };
-/// Of the first, the second and all further states.
+/// Colours for the first, the second and all further states.
 constexpr std::array<Colour, 3> disc_colours = {{{0.85, 0, 0}, {0, 0.7, 0}, {1, 0.8, 0}}};
 
 const ViewClass::Registration registration(view_class<ViewSignal>("!view-signal"));
@@ -86,7 +86,7 @@ void ViewSignal::attach(Signal& signal) {
   state_changed_ = signal.signal_state_changed().connect([this] { changed(); });
   state_added_ = signal.signal_child_added().connect(
       sigc::hide(sigc::mem_fun(*this, &ViewSignal::follow_pictures)));
-  // A disc goes by the place of the state among the others.
+  // The colour of a disc depends on the index of the state, so it may change.
   state_removed_ = signal.signal_child_removed().connect([this](zemblar::Object*) { changed(); });
   follow_pictures();
 }
@@ -102,17 +102,18 @@ void ViewSignal::follow_pictures() {
   }
 }
 
-// It is read when it is first drawn: what the status line tells by then matters more.
+// Loads the picture when it is first drawn. A text that is in the status line then is more
+// important than a failure to load.
 const Glib::RefPtr<Gdk::Pixbuf>& ViewSignal::picture() {
   static const Glib::RefPtr<Gdk::Pixbuf> none;
   const auto* state = signal_ ? dynamic_cast<SignalState*>(signal_->get_state()) : nullptr;
   if (!state || state->get_image().empty()) return none;
   const auto [entry, is_new] = pictures_.try_emplace(state->get_image());
   if (is_new) {
-    const auto told = get_status();
+    const auto present = get_status();
     BackgroundImage image;
     image.load(state->picture());
-    if (!told.empty() && get_status() != told) set_status(told);
+    if (!present.empty() && get_status() != present) set_status(present);
     entry->second = image.pixbuf();
   }
   return entry->second;
@@ -141,7 +142,7 @@ void ViewSignal::show_menu(const ViewTag& /*tag*/, guint32 time) {
 
 // --- Drawing ---
 
-// What follows counts in pixels of the canvas, so the picture keeps its size.
+// Switches to pixels of the canvas, so that the picture keeps its size at any zoom.
 void ViewSignal::move_to_picture(const Context& context) {
   auto place = pos_;
   context->user_to_device(place.x, place.y);

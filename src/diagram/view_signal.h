@@ -11,10 +11,11 @@
 
 namespace zemblar {
 
-/// The picture of a signal: the one of its current state, in its own size at any zoom, turned by an
-/// angle. A state without a picture that can be loaded shows a disc, so that it can be clicked.
+/// The picture of a signal: the picture of its current state, with the same pixel size at any zoom,
+/// rotated by an angle. If there is no picture, or it cannot be loaded, a disc is shown, so that
+/// the signal can be clicked.
 ///
-/// A click on the operating display takes the next state, and after the last the first one.
+/// A click on the operating display sets the next state, and after the last one the first.
 ///
 /// In a layout file: `signal`, `pos`, `angle` in degrees and `anchor`.
 class ViewSignal : public ViewObj {
@@ -55,9 +56,9 @@ class ViewSignal : public ViewObj {
   [[nodiscard]] int get_anchor_number() const { return static_cast<int>(anchor_); }
   void set_anchor_number(int anchor);
   [[nodiscard]] const Glib::RefPtr<Gdk::Pixbuf>& picture();
-  /// In pixels.
+  /// The size of the picture or disc in pixels.
   [[nodiscard]] Vector picture_size();
-  /// Pixels from the left upper corner of the picture, as it is turned.
+  /// Makes the context draw in pixels from the top left corner of the rotated picture.
   void move_to_picture(const Context& context);
   void draw_disc(const Context& context);
 
@@ -65,7 +66,7 @@ class ViewSignal : public ViewObj {
   Vector pos_;
   double angle_ = 0;
   Anchor anchor_ = Anchor::Centre;
-  std::map<std::string, Glib::RefPtr<Gdk::Pixbuf>> pictures_;  // by path; null if it has none
+  std::map<std::string, Glib::RefPtr<Gdk::Pixbuf>> pictures_;  // by path; null if loading failed
   ScopedConnection state_changed_;
   ScopedConnection state_added_;
   ScopedConnection state_removed_;

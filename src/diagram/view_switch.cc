@@ -13,7 +13,7 @@ void ViewSwitch::attach(PointBase& point) {
   point_ = &point;
   follow_end(point);
   state_changed_ = point.signal_state_changed().connect([this] { changed(); });
-  // Tags of its way are in the displays' tables.
+  // Redraws, because the tag tables of the displays still have tags of the removed state.
   state_removed_ = point.signal_child_removed().connect([this](zemblar::Object*) { changed(); });
 }
 
@@ -43,7 +43,7 @@ void ViewSwitch::draw_live(const Context& context) {
   for (const auto* end : ends()) draw_tick(context, end->pos, end->get_path_direction());
 }
 
-// The way that is set lies on top, as it is drawn.
+// The way of the current state is on top, as in the drawing.
 void ViewSwitch::draw_runtime_tags(const Context& context, SelectionTable& table) {
   for (const bool current : {false, true}) {
     for (const auto& way : ways()) {
@@ -71,7 +71,7 @@ void ViewSwitch::draw_body_tags(const Context& context, bool /*selected*/, Selec
   }
 }
 
-// Setting the state sends its outputs, and tells of it, which has the display drawn again.
+// Setting the state sends its outputs and emits the signal that redraws the display.
 void ViewSwitch::click(const ViewTag& tag) {
   const auto* clicked = dynamic_cast<const StateTag*>(&tag);
   if (!clicked || !point_ || clicked->state == point_->get_state()) return;

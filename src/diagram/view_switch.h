@@ -5,10 +5,10 @@
 
 namespace zemblar {
 
-/// The picture of something with a way for each of its states: a point, a scissor point.
+/// The picture of a point or a scissor point, with a way for each of its states.
 ///
-/// On the operating display the way that is set is black, on top of the others in grey. A click on
-/// another one sets it.
+/// On the operating display the way of the current state is black, above the others in grey. A
+/// click on another way sets its state.
 class ViewSwitch : public ViewTrack {
  public:
   struct StateTag : ViewTag {
@@ -29,10 +29,10 @@ class ViewSwitch : public ViewTrack {
     PointState* state;
     ViewSegment segment;
   };
-  /// Those that are drawn.
+  /// The ways that are drawn.
   [[nodiscard]] virtual std::vector<Way> ways() = 0;
 
-  /// Follows the state, and the end, of what it shows.
+  /// Watches the state and the end of the point.
   void attach(PointBase& point);
   [[nodiscard]] std::vector<TrackPath> tracks() override;
   void draw_body_tags(const Context& context, bool selected, SelectionTable& table) override;

@@ -22,7 +22,7 @@ void add_tag(const Cairo::RefPtr<Cairo::Context>& context, SelectionTable& table
   context->set_source_rgb(channel(number, 16), channel(number, 8), channel(number, 0));
 }
 
-// Nothing may be blended: a colour between two numbers would be a third one.
+// Disables blending: a colour blended of two numbers would be the number of a third tag.
 void TagImage::begin(int width, int height, const Cairo::Matrix& matrix) {
   table_.clear();
   pixels_ = nullptr;
@@ -34,7 +34,7 @@ void TagImage::begin(int width, int height, const Cairo::Matrix& matrix) {
   context_ = Cairo::Context::create(surface_);
   context_->set_source_rgb(0, 0, 0);
   context_->set_antialias(Cairo::ANTIALIAS_NONE);
-  context_->set_tolerance(0.5);  // nobody clicks finer than that
+  context_->set_tolerance(0.5);  // pixels; finer than anybody can click
   context_->set_operator(Cairo::OPERATOR_SOURCE);
   context_->set_matrix(matrix);
   context_->paint();
@@ -42,7 +42,7 @@ void TagImage::begin(int width, int height, const Cairo::Matrix& matrix) {
 
 const std::shared_ptr<const ViewTag>& TagImage::hit(double x, double y) const {
   static const std::shared_ptr<const ViewTag> nothing;
-  // Rounded to whole pixels.
+  // Coordinates are rounded to whole pixels.
   const bool inside = x > -0.5 && x < width_ - 0.5 && y > -0.5 && y < height_ - 0.5;
   if (!inside) return nothing;
   if (!pixels_) {

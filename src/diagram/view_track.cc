@@ -15,9 +15,9 @@
 namespace zemblar {
 namespace {
 
-/// From a rail's middle to the end of what can be drawn beside it: ticks and the arrow.
+/// Distance from the middle of the rail to the outermost pixel of ticks and arrows.
 constexpr double widest = 12.0;
-/// A hit beside a thin line counts.
+/// Wider than the rail, so that a click beside it hits.
 constexpr double tag_width = 8.0;
 
 std::array<PathStep, 2> steps_of(const ViewSegment& segment) {
@@ -61,8 +61,8 @@ void ViewTrack::find_straight_segments() {
   }
 }
 
-// A node has room for one neighbour on each side; further straight segments do without. The first
-// ones in order have it, so that a file that is opened gives the same.
+// A node can have one neighbour on each side. If several straight segments share a side, the first
+// one in order counts, so that opening a saved file gives the same neighbours.
 void ViewTrack::join_neighbours() {
   for (const auto& segment : segments()) {
     segment.start->set_right_node(nullptr);
@@ -100,7 +100,7 @@ void ViewTrack::make_curved(const ViewSegment& segment) {
   *straight = false;
   const bool were_neighbours = start->get_right_node() == end;
   if (were_neighbours) start->set_right_node(nullptr);
-  // An end that nothing else directs goes on as it lay.
+  // An end that no neighbour directs keeps the direction of the straight line.
   for (auto* node : {start, end}) {
     if (dynamic_cast<ViewLinkNode*>(node) && !node->has_neighbour() && third.length() > 0) {
       node->dir = normalize(third);
@@ -109,7 +109,7 @@ void ViewTrack::make_curved(const ViewSegment& segment) {
   start->set_right_handle(third.length());
   end->set_left_handle(third.length());
   join_neighbours();
-  // What is joined on there leads, as it does when a file is opened.
+  // A joined node determines the direction, as when a file is opened.
   start->refresh();
   end->refresh();
   changed();
@@ -177,7 +177,7 @@ void ViewTrack::draw_handle_tags(const Context& context, bool selected, Selectio
   }
 }
 
-// Ends whose blocks are partners already are joined in the picture alone.
+// Includes ends whose blocks are already joined: joining these changes only the diagram.
 void ViewTrack::draw_link_target_tags(const Context& context, SelectionTable& table,
                                       const ViewLinkNode& dragged) {
   for (auto* node : ends()) {
@@ -216,7 +216,7 @@ void ViewTrack::drag_move(const ViewTag& tag, const Vector& position) {
   }
 }
 
-// Ends that are joined take their partners along.
+// Moving a joined end moves its partner as well.
 void ViewTrack::move_by(const Vector& delta) {
   before_change();
   const auto moved = [&](const ViewNode& node) { return on_grid(node.pos + delta, 0); };
@@ -226,8 +226,8 @@ void ViewTrack::move_by(const Vector& delta) {
 
 // --- Alignment ---
 
-// A straight segment that crosses less than a step is level, or upright, from its start. Nodes that
-// would fall together stay where they are.
+// A straight segment that deviates by less than a step becomes horizontal or vertical, starting at
+// its first node. Nodes that would get the same place do not move.
 void ViewTrack::align(double step) {
   before_change();
   auto nodes = inner_nodes();
@@ -250,7 +250,8 @@ void ViewTrack::align(double step) {
   changed();
 }
 
-// By less than some ten degrees. A node that is led keeps the direction of its lead.
+// Turns a direction by up to some ten degrees to a horizontal or vertical one, unless a neighbour
+// or a lead determines it.
 void ViewTrack::level_direction(ViewNode& node) {
   constexpr double least_cosine = 0.985;
   if (node.is_led() || node.is_locked()) return;
@@ -289,12 +290,12 @@ void ViewTrack::add_shape_items(Gtk::Menu& menu, const ViewSegment& segment) {
   auto* straight = Gtk::manage(new Gtk::RadioMenuItem(group, _("Straight Line")));
   auto* curved = Gtk::manage(new Gtk::RadioMenuItem(group, _("Curved Line")));
   (*segment.straight ? straight : curved)->set_active();
-  // Both tell when they change places.
+  // Both items emit the signal when the selection changes.
   const auto connect = [this, start = segment.start, end = segment.end](auto* item, auto reshape,
                                                                         const char* name) {
     item->signal_toggled().connect(while_drawn(*this, [=, this] {
       if (!item->get_active()) return;
-      DiagramWatcher::tell(name);
+      DiagramWatcher::name_step(name);
       reshape_between(start, end, reshape);
     }));
   };
@@ -304,7 +305,7 @@ void ViewTrack::add_shape_items(Gtk::Menu& menu, const ViewSegment& segment) {
   menu.append(*curved);
 }
 
-// A menu may stay open while nodes come and go.
+// Looks the segment up again, because nodes may be added or removed while the menu is open.
 void ViewTrack::reshape_between(const ViewNode* start, const ViewNode* end,
                                 void (ViewTrack::*reshape)(const ViewSegment&)) {
   for (const auto& segment : segments()) {
@@ -325,7 +326,7 @@ bool ViewTrack::add_node_items(Gtk::Menu& menu, ViewNode& node) {
   if (joined) {
     auto* item = Gtk::manage(new Gtk::ImageMenuItem(Gtk::Stock::DISCONNECT));
     item->signal_activate().connect(while_drawn(*this, [this, end] {
-      DiagramWatcher::tell(_("Disconnect “%1”"));
+      DiagramWatcher::name_step(_("Disconnect “%1”"));
       part_blocks_at(end);
     }));
     menu.append(*item);

@@ -13,15 +13,15 @@
 
 namespace zemblar {
 
-/// A stretch of track between two nodes of one object: straight, or bent by the handles that face
-/// each other.
+/// A segment of track between two nodes of one object: straight, or a curve shaped by the right
+/// handle of `start` and the left one of `end`.
 struct ViewSegment {
   ViewNode* start;
   ViewNode* end;
-  bool* straight;  ///< the object's bit for it
+  bool* straight;  ///< the flag in the object
 };
 
-/// A diagram object that stands for track: what all of them do with their nodes and segments.
+/// The base of diagram objects that show track: their nodes and segments.
 class ViewTrack : public ViewObj {
  public:
   [[nodiscard]] PixelBox runtime_box(const Context& context) override;
@@ -32,25 +32,27 @@ class ViewTrack : public ViewObj {
   [[nodiscard]] Vector anchor() override { return ends().front()->pos; }
   void align(double step) override;
 
-  /// Its ends are free; the blocks stay joined.
+  /// Disconnects the nodes at the ends; the blocks stay joined.
   void on_leaving() override;
   void draw_glow(const Context& context) override;
-  /// The ends of its track, where it can be joined.
+  /// The nodes at the ends of the track, which can be joined.
   [[nodiscard]] virtual std::vector<ViewLinkNode*> ends() = 0;
-  /// In an order that stays while no nodes come or go.
+  /// All segments, in an order that only adding or removing nodes changes.
   [[nodiscard]] virtual std::vector<ViewSegment> segments() = 0;
-  /// The stretches that a tag stands for; none for a node and for the whole.
+  /// The segments that a tag represents; empty for a node and for the whole object.
   [[nodiscard]] virtual std::vector<ViewSegment> stretches_of(const ViewTag& tag);
-  /// In the context's colour, upon the track.
+  /// Draws the segments of a tag in the context's colour, over the track.
   void stroke_stretches(const Context& context, const ViewTag& tag);
-  /// "Straight Line": the two nodes become neighbours, where they have room for it.
+  /// "Straight Line": makes the segment straight. Its two nodes become neighbours if neither has
+  /// one on that side.
   void make_straight(const ViewSegment& segment);
-  /// "Curved Line": begins as straight, with handles of a third of the distance.
+  /// "Curved Line": makes the segment a curve, which at first looks straight, with handles of a
+  /// third of its length.
   void make_curved(const ViewSegment& segment);
 
  protected:
   [[nodiscard]] virtual std::vector<ViewNode*> inner_nodes() { return {}; }
-  /// How its track runs; each from the left, or from the common end.
+  /// The tracks, each from the left or from the common end.
   [[nodiscard]] virtual std::vector<TrackPath> tracks() = 0;
 
   void draw_plain(const Context& context, bool selected) override;
@@ -59,20 +61,20 @@ class ViewTrack : public ViewObj {
   void draw_handle_tags(const Context& context, bool selected, SelectionTable& table) override;
   void draw_link_tags(const Context& context, bool selected, SelectionTable& table) override;
 
-  /// All at once, in the context's colour.
+  /// Draws the tracks together, in the context's colour.
   static void stroke(const Context& context, std::vector<TrackPath> tracks, TrackPaths::Bed bed);
-  /// The pixels of one segment.
+  /// Paints the tag of one segment.
   static void paint_segment(const Context& context, const ViewSegment& segment);
-  /// A node with its owner, its kind and the link that it stands for.
+  /// Sets the owner and the type of a node.
   void set_up(ViewLinkNode& node, ViewLinkNode::Type type);
-  /// Which segments of those read are straight follows from the handles that their nodes have.
+  /// After reading, makes those segments straight whose nodes do not both have handles for them.
   void find_straight_segments();
-  /// Makes straight segments' nodes neighbours, and no others.
+  /// Makes the nodes of straight segments neighbours, and of no others.
   virtual void join_neighbours();
 
-  /// "Straight Line" and "Curved Line" for a segment.
+  /// Appends "Straight Line" and "Curved Line" for a segment.
   void add_shape_items(Gtk::Menu& menu, const ViewSegment& segment);
-  /// "Disconnect" and "Lock Angle", where they make sense. True when there is one.
+  /// Appends "Disconnect" and "Lock Angle" if they apply to the node. True if an item was added.
   bool add_node_items(Gtk::Menu& menu, ViewNode& node);
 
   [[nodiscard]] static TrackPath path_of(const std::vector<ViewSegment>& segments);
@@ -86,8 +88,8 @@ class ViewTrack : public ViewObj {
   [[nodiscard]] bool uses_handle(const ViewNode* node, bool right);
 };
 
-/// What a display shows of a block: green for a locomotive, yellow with sleepers for what is not
-/// known, black for nothing.
+/// The state of a block as a display shows it: green with a locomotive, yellow with sleepers if
+/// occupied by something unknown, black if free.
 struct Occupancy {
   Occupancy() = default;
   explicit Occupancy(const Block& block) : lok(block.get_lok()), occupied(block.occupied()) {}
@@ -100,8 +102,8 @@ struct Occupancy {
   bool occupied = false;
 };
 
-/// Reads the reference `key`, which must be there; calls `attach` with the object when the whole
-/// file has been read, if there is one of that class.
+/// Reads the reference `key`, which must exist. When the whole file has been read, calls `attach`
+/// with the object, if there is one of class T.
 template <typename T>
 void load_shown(const YAML::Node& node, const char* key, const std::function<void(T&)>& attach) {
   const auto value = node[key];
@@ -115,7 +117,7 @@ void load_shown(const YAML::Node& node, const char* key, const std::function<voi
     return shown != nullptr;
   });
 }
-/// A node that must be there.
+/// Reads a node; its key must exist.
 void load_node(const YAML::Node& node, const char* key, ViewNode& target);
 void save_node(YAML::Emitter& out, const char* key, const ViewNode& node);
 

@@ -10,12 +10,13 @@
 namespace zemblar {
 namespace {
 
-/// From the place of a new one to its ends.
+/// Distance from the place of a new one to its ends.
 constexpr double half_length = 40.0;
 
 const ViewClass::Registration registration(view_class<ViewZone>("!view-zone"));
 
-/// The link of the block towards which the locomotive heads; null when it is not in its span.
+/// The link of the block towards which the locomotive travels; null when the block is not in the
+/// locomotive's span.
 const BlockLink* heading_in(const Lok& lok, const Block& block) {
   CircleGuard guard;
   for (auto* link = lok.front; link && !guard.came_round(link);) {
@@ -27,8 +28,8 @@ const BlockLink* heading_in(const Lok& lok, const Block& block) {
   return nullptr;
 }
 
-/// Puts the node on the segment, nearest to a place or in the middle, and leaves the segment its
-/// shape.
+/// Puts the node on the segment, at the point nearest to `place` or in the middle, without changing
+/// the shape of the segment.
 void divide(const ViewSegment& segment, ViewNode& node, const std::optional<Vector>& place) {
   const PathStep from{segment.start};
   const PathStep to{segment.end, *segment.straight};
@@ -129,7 +130,8 @@ void ViewZone::delete_node(unsigned index) {
   auto* start = both[index].start;
   auto* end = both[index + 1].end;
   const bool straight = straight_[index] && straight_[index + 1];
-  // It tells its neighbours when it goes, and must be out of the chain by then.
+  // The destructor of the node updates its neighbours, so the node must not be in the chain any
+  // more.
   const auto ended = std::move(inner_[index]);
   inner_.erase(inner_.begin() + index);
   straight_.erase(straight_.begin() + index);
@@ -149,7 +151,7 @@ void ViewZone::show_menu(const ViewTag& tag, guint32 time) {
     const auto index = segment->value;
     add_shape_items(*menu, segments().at(index));
     add_item(*menu, *this, _("Add Node"), [this, index, place = MenuCall::pointed()] {
-      DiagramWatcher::tell(_("Add a Node to “%1”"));
+      DiagramWatcher::name_step(_("Add a Node to “%1”"));
       add_node(index, place);
     });
   } else if (const auto* part = dynamic_cast<const ViewNode::Tag*>(&tag)) {
@@ -157,7 +159,7 @@ void ViewZone::show_menu(const ViewTag& tag, guint32 time) {
     for (unsigned i = 0; i < inner_.size(); ++i) {
       if (inner_[i].get() != part->node) continue;
       add_item(*menu, *this, _("Delete Node"), [this, i] {
-        DiagramWatcher::tell(_("Delete a Node of “%1”"));
+        DiagramWatcher::name_step(_("Delete a Node of “%1”"));
         delete_node(i);
       });
     }

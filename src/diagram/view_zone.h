@@ -10,11 +10,11 @@ namespace zemblar {
 
 class Lok;
 
-/// The picture of a zone: a track from its left end over any number of nodes to its right end.
+/// The picture of a zone: a track from its left end through any number of nodes to its right end.
 ///
 /// On the operating display it is green with an arrow while a locomotive is in the zone, yellow
-/// while something unknown is, and black while it is free. The arrow points to where the
-/// locomotive is heading, if that is known.
+/// while something unknown occupies it, and black while it is free. The arrow shows the direction
+/// of travel, if known.
 ///
 /// In a layout file: `zone`, `left`, `right` and `nodes`. Which segments are straight follows from
 /// the handles of their nodes.
@@ -25,7 +25,7 @@ class ViewZone : public ViewTrack {
     using ViewTagInt::ViewTagInt;
   };
 
-  /// A new one, straight, round a place.
+  /// A new straight one around a place.
   ViewZone(Zone& zone, const Vector& place);
   explicit ViewZone(const YAML::Node& node);
 
@@ -36,9 +36,9 @@ class ViewZone : public ViewTrack {
   void show_menu(const ViewTag& tag, guint32 time) override;
 
   [[nodiscard]] std::vector<ViewSegment> segments() override;
-  /// Divides a segment, nearest to a place or in the middle.
+  /// Adds a node to a segment, at the point nearest to `place`, or in the middle.
   void add_node(unsigned segment, const std::optional<Vector>& place = {});
-  /// Joins the two segments at an inner node.
+  /// Deletes an inner node and joins its two segments.
   void delete_node(unsigned index);
 
  protected:
@@ -49,7 +49,7 @@ class ViewZone : public ViewTrack {
   void draw_live(const Context& context) override;
 
  private:
-  /// What the operating display shows of it.
+  /// The state that the operating display shows.
   struct Live {
     Occupancy occupancy;
     int heading = 0;  // 1 to the right, -1 to the left, 0 unknown

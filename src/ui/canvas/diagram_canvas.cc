@@ -80,7 +80,7 @@ void DiagramCanvas::on_object_changed(ViewObj& object) {
   auto& box = boxes_[&object];
   const auto former = std::exchange(box, box_of(context, object));
   if (!(former == box)) look_soon();
-  const auto part = former.united(box).cut({0, 0, size().x, size().y}).whole();
+  const auto part = former.united(box).intersected({0, 0, size().x, size().y}).whole();
   if (part.empty()) return;
   if (stale_.empty() || !(stale_.back() == part)) stale_.push_back(part);
   if (stale_.size() > most_parts) return invalidate();
@@ -371,7 +371,7 @@ void DiagramCanvas::look() {
   if (!floating_.empty() || !get_mapped()) return;
   const auto box = drawn_box();
   const auto seen = visible_box();
-  const auto cut = box.cut(seen);
+  const auto cut = box.intersected(seen);
   const auto beyond = (box.extent() - cut.extent());
   all_seen_ = box.empty() || (!cut.empty() && beyond.x <= slack && beyond.y <= slack);
   signal_looked_.emit();

@@ -64,7 +64,7 @@ ViewLabelProperties::ViewLabelProperties(ViewLabel& label, const Labels& labels)
 void ViewLabelProperties::choose() {
   const int row = align_.get_active_row_number();
   if (updating_ || row < 0) return;
-  DiagramWatcher::tell(_("Align “%1”"));
+  DiagramWatcher::name_step(_("Align “%1”"));
   label_->set_align(label_anchors.at(static_cast<std::size_t>(row)));
 }
 
