@@ -9,19 +9,19 @@ namespace zemblar {
 class View;
 class ViewObj;
 
-/// What steps name the parts of the document by. An object keeps its number when it ends and comes
-/// back by an undo, as another one in the memory.
+/// The numbers by which steps identify parts of the document. When an object has ended and undo
+/// makes it again, the new object gets the same number.
 struct PartNumbers {
   ObjectNumbers objects;
   NumberTable<ViewObj> drawings;
 };
 
-/// How a part of the document is at one time.
+/// The state of a part of the document at one time.
 struct PartState {
   bool exists = false;
-  unsigned parent = 0;  ///< the number of what it stands in
-  unsigned place = 0;   ///< among its siblings
-  std::string entry;    ///< in the private form; that of a view is without its drawings
+  unsigned parent = 0;  ///< the number of its parent, or of its view
+  unsigned place = 0;   ///< index among its siblings
+  std::string entry;    ///< its entry in the private form; for a view without its diagram objects
 
   bool operator==(const PartState&) const = default;
 };

@@ -14,8 +14,9 @@
 namespace zemblar {
 namespace {
 
-/// What stands under a toplevel and holds the object; the layout itself for its own settings. Null
-/// for a toplevel, and for what is not in the current layout.
+/// The object itself or its ancestor that is directly under a toplevel, whose entry contains the
+/// object; the layout for its own settings. Null for a toplevel, and for an object that is not in
+/// the current layout.
 Object* entry_of(Object& object) {
   auto* found = &object;
   while (auto* parent = found->get_parent()) {
@@ -43,7 +44,7 @@ std::string entry_text(Object& object) {
 }  // namespace
 
 EditJournal& EditJournal::get() {
-  static auto* journal = new EditJournal;  // never destroyed: layouts are ended at exit
+  static auto* journal = new EditJournal;  // never destroyed: layouts end at exit
   return *journal;
 }
 
@@ -62,7 +63,7 @@ void EditJournal::begin(const Done& done) {
 void EditJournal::end() {
   assert(depth_ > 0);
   if (depth_ == 1) flush();
-  if (--depth_ == 0) forgotten_ = false;
+  if (--depth_ == 0) ignoring_ = false;
 }
 
 void EditJournal::flush() {
@@ -114,10 +115,10 @@ Glib::ustring EditJournal::name_for(const std::vector<Noted>& changed) const {
   return Glib::ustring::compose(_("Change “%1”"), changed.front().name);
 }
 
-// What New itself puts into the new document is no step either.
+// Also ignores the rest of the present event: what New adds to the new document is no step.
 void EditJournal::forget() {
   discard();
-  forgotten_ = depth_ != 0;
+  ignoring_ = depth_ != 0;
   signal_forgotten_.emit();
 }
 
@@ -177,8 +178,8 @@ EditJournal::Noted& EditJournal::note(Object& object) {
             object.get_name()});
 }
 
-// What moves is a part of its own, also where it is or comes to be in the entry of another one: so
-// it need not end to go back.
+// Records the moved object as a part of its own, even if another object's entry contains it. So
+// undo can move it back instead of destroying it.
 void EditJournal::before_move(Object& object, Object& parent) {
   if (!is_noting() || !entry_of(object)) return;
   auto& noted = note(object);
@@ -197,7 +198,8 @@ void EditJournal::before_end(Object& object) {
   if (is_noting() && noted) note_place(*noted, static_cast<unsigned>(object.get_position()));
 }
 
-// Parts come back in the opposite order, each to the place that it had when it went.
+// Undo restores parts in the reverse order, each to the index that it had when it left. So this
+// part becomes the last one, with its present index.
 void EditJournal::note_place(const Noted& noted, unsigned place) {
   const auto at = noted_.begin() + (&noted - noted_.data());
   if (at->part.before.exists && !at->part.moved) at->part.before.place = place;

@@ -11,34 +11,35 @@
 
 namespace zemblar {
 
-/// Writes down what happens to the document while somebody works on it, and makes steps of it.
+/// Records what the user changes in the document, and makes undo steps of it.
 ///
-/// Whoever serves the events of a window begins before each of them and ends after it: what changes
-/// meanwhile, in whatever part of the document, was done there. What trains and devices do at other
-/// times is nobody's step. A step may be held open over several events, as while something new
-/// follows the pointer. New and Open end what was begun, and all steps.
+/// The history of a window calls `begin` before each event of the window and `end` after it. All
+/// changes in between, in any part of the document, belong to that window's step. Changes by trains
+/// and devices at other times are not recorded. A Hold keeps a step open over several events, for
+/// example while a new object follows the pointer. New and Open discard what was recorded, and all
+/// steps.
 class EditJournal : private DocumentWatcher, private DiagramWatcher {
  public:
   using Done = std::function<void(std::unique_ptr<EditStep>)>;
 
   static EditJournal& get();
 
-  /// From now on changes are written down, unless they are already; `done` is given the step when
-  /// all who began have ended, if anything has changed.
+  /// Starts recording. Calls nest: the outermost `end` passes the step to the outermost `done`, if
+  /// anything has changed.
   void begin(const Done& done);
   void end();
-  /// Makes a step of what has been written down so far, and goes on.
+  /// Makes a step of what has been recorded so far, and continues recording.
   void flush();
-  /// What has been written down is nobody's step.
+  /// Discards what has been recorded.
   void discard();
   [[nodiscard]] bool is_writing() const { return depth_ != 0; }
   void describe(const Glib::ustring& format) override { format_ = format; }
 
   [[nodiscard]] PartNumbers& numbers() { return numbers_; }
-  /// The document is another one: no step can be undone any more.
+  /// The document has been replaced: no step can be undone any more.
   sigc::signal<void>& signal_forgotten() { return signal_forgotten_; }
 
-  /// Keeps the step open that is being written down, if there is one.
+  /// Keeps the step that is being recorded open, if there is one.
   class Hold {
    public:
     Hold() : holds_(get().is_writing()) {
@@ -54,7 +55,7 @@ class EditJournal : private DocumentWatcher, private DiagramWatcher {
     bool holds_;
   };
 
-  /// While it lives, nothing is written down.
+  /// While one exists, nothing is recorded.
   class Pause {
    public:
     Pause() { ++get().paused_; }
@@ -83,7 +84,7 @@ class EditJournal : private DocumentWatcher, private DiagramWatcher {
   void removed(ViewObj& object) override;
   void added(ViewObj& object) override;
 
-  [[nodiscard]] bool is_noting() const { return depth_ != 0 && paused_ == 0 && !forgotten_; }
+  [[nodiscard]] bool is_noting() const { return depth_ != 0 && paused_ == 0 && !ignoring_; }
   Noted* find(Kind kind, unsigned number);
   Noted& note(Object& object);
   Noted& note(ViewObj& object);
@@ -98,7 +99,7 @@ class EditJournal : private DocumentWatcher, private DiagramWatcher {
   PartNumbers numbers_;
   unsigned depth_ = 0;
   unsigned paused_ = 0;
-  bool forgotten_ = false;  // what was begun
+  bool ignoring_ = false;  // the document was replaced: records nothing until the outermost `end`
   Done done_;
   Glib::ustring format_;
   std::vector<Noted> noted_;

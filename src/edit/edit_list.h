@@ -7,21 +7,21 @@
 
 namespace zemblar {
 
-/// The steps that can be undone, and those that have been undone and can be redone; 100 of each at
-/// most. A new step empties the second list. Steps whose objects have ended elsewhere are dropped
-/// when their turn comes.
+/// The steps that can be undone, and the undone steps that can be redone; at most 100 of each. A
+/// new step empties the second list. A step whose objects have ended otherwise is dropped when it
+/// would be next.
 class EditList {
  public:
   static constexpr std::size_t capacity = 100;
 
-  /// May make one step of it and the newest one.
+  /// Adds a new step. May merge the step into the newest one.
   void record(std::unique_ptr<EditStep> step);
-  /// False when there is nothing to undo, or to redo.
+  /// Undoes or redoes one step. False if there is none.
   bool undo();
   bool redo();
   void clear();
 
-  /// The step whose turn it is; null for none.
+  /// The step that the next undo or redo would use, or null.
   [[nodiscard]] const EditStep* next_undo();
   [[nodiscard]] const EditStep* next_redo();
 

@@ -21,7 +21,7 @@ namespace {
 using Part = EditStep::Part;
 using Kind = Part::Kind;
 
-/// While it lives, entries are read with the numbers of steps, and nothing is written down.
+/// While one exists, entries are read with the numbers of steps, and nothing is recorded.
 class Replay {
  public:
   explicit Replay(PartNumbers& numbers) : form_(numbers.objects) {
@@ -36,8 +36,8 @@ class Replay {
   const EditJournal::Pause pause_;
 };
 
-/// The only key of a mapping whose value differs in two entries, if that is a plain one; empty
-/// else.
+/// The key whose value differs between two entries, if there is only one and the value is a scalar;
+/// else empty.
 std::string changed_setting(const PartState& before, const PartState& after) {
   const EntryChange change(YAML::Load(before.entry), YAML::Load(after.entry));
   std::vector<std::string> keys;
@@ -49,14 +49,16 @@ std::string changed_setting(const PartState& before, const PartState& after) {
   return plain ? keys[0] : "";
 }
 
-/// Where it was, as far as others let it: they may have put `parent` into the object meanwhile.
-void put_back(Object& object, Object& parent, unsigned place) {
+/// Moves the object, unless that is impossible because `parent` has been moved into the object
+/// meanwhile.
+void move_if_possible(Object& object, Object& parent, unsigned place) {
   if (object.can_move_to(parent)) object.move_to(parent, place);
 }
 
-/// What an entry says may not fit to what others have made of the rest: that part stays as it is.
+/// Runs `restore`. If it throws, because the entry does not fit other changes made since, the rest
+/// of the part stays unchanged, and the status line says so.
 template <typename Restore>
-void as_far_as_it_fits(const Restore& restore) {
+void try_restore(const Restore& restore) {
   try {
     restore();
   } catch (const YAML::Exception& problem) {
@@ -74,11 +76,11 @@ bool is_one_setting(const EditStep& step) {
 }  // namespace
 
 bool EditStep::undo() {
-  return go(&Part::after, &Part::before);
+  return apply(&Part::after, &Part::before);
 }
 
 bool EditStep::redo() {
-  return go(&Part::before, &Part::after);
+  return apply(&Part::before, &Part::after);
 }
 
 EditStep* EditStep::merge(EditStep& next) {
@@ -104,10 +106,10 @@ bool EditStep::finds(State state) const {
   });
 }
 
-// Whatever has moved leaves what may be about to end. Whatever is to end goes first, so that names
-// and joins are free for what comes back. Objects come before the drawings that show them. What was
-// touched last is put back first: each place counts what was there when it was noted.
-bool EditStep::go(State from, State to) {
+// First moves parts out of objects that may be about to end. Then ends parts, so that names and
+// joins are free for those made again. Objects are made before the diagram objects that show them.
+// For undo, parts are restored in reverse order, because each index was valid when it was noted.
+bool EditStep::apply(State from, State to) {
   if (!finds(from)) return false;
   const Replay replay(*numbers_);
   std::vector<const Part*> order;
@@ -117,7 +119,7 @@ bool EditStep::go(State from, State to) {
   } else {
     std::ranges::stable_sort(order, {}, [=](const Part* part) { return (part->*to).place; });
   }
-  take_out(from, to);
+  move_out(from, to);
   end_parts(from, to);
   make_objects(order, from, to);
   restore_objects(from, to);
@@ -125,9 +127,10 @@ bool EditStep::go(State from, State to) {
   return true;
 }
 
-// To the end of where it goes, so that it is not counted in the places of the others. An object
-// whose container is not there comes back with that, and the same name.
-void EditStep::take_out(State from, State to) const {
+// Moves the object to the end of its new parent, so that it does not shift the indexes of the
+// others. An object whose parent does not exist yet is destroyed, and made again with the parent,
+// under the same name.
+void EditStep::move_out(State from, State to) const {
   for (const auto& part : parts_) {
     const auto& was = part.*from;
     const auto& is = part.*to;
@@ -136,7 +139,7 @@ void EditStep::take_out(State from, State to) const {
     auto* parent = numbers_->objects.find(is.parent);
     if (!object || (was.parent == is.parent && to == &Part::before)) continue;
     if (parent) {
-      put_back(*object, *parent, parent->child_count());
+      move_if_possible(*object, *parent, parent->child_count());
     } else {
       object->destroy();
     }
@@ -161,18 +164,18 @@ void EditStep::make_objects(const std::vector<const Part*>& order, State from, S
     if (part->kind != Kind::object || !state.exists) continue;
     auto* object = numbers_->objects.find(part->number);
     auto* parent = numbers_->objects.find(state.parent);
-    if (object && parent && part->moved) put_back(*object, *parent, state.place);
+    if (object && parent && part->moved) move_if_possible(*object, *parent, state.place);
     if (object || !parent || (part->*from).exists) continue;
     const auto entry = YAML::Load(state.entry);
     const auto* document_class = find_document_class(entry.Tag());
     if (!document_class) continue;
-    as_far_as_it_fits([&] {
+    try_restore([&] {
       auto* made = parent->insert(document_class->load(entry), state.place);
       devices = devices || dynamic_cast<Device*>(made) != nullptr;
     });
   }
   Layout::get().resolve();
-  // The hardware that a device has let go of is there for it.
+  // Offers ports again, so that the new device finds its hardware.
   if (devices) HWList::get().refresh();
 }
 
@@ -183,7 +186,7 @@ void EditStep::restore_objects(State from, State to) const {
     if (part.kind != Kind::object || !was.exists || !is.exists || was.entry == is.entry) continue;
     auto* object = numbers_->objects.find(part.number);
     if (!object) continue;
-    as_far_as_it_fits([&] { object->restore({YAML::Load(was.entry), YAML::Load(is.entry)}); });
+    try_restore([&] { object->restore({YAML::Load(was.entry), YAML::Load(is.entry)}); });
   }
   Layout::get().resolve();
 }
@@ -215,7 +218,7 @@ void EditStep::make_drawings(const std::vector<const Part*>& order, State from, 
   }
 }
 
-// Another one takes its place: what an entry says of a drawing is read once, when it is made.
+// Makes a new diagram object in its place, because only its constructor reads an entry.
 void EditStep::replace_drawing(const Part& part, State to) const {
   auto* former = numbers_->drawings.find(part.number);
   if (!former || !former->get_view()) return;

@@ -8,11 +8,11 @@
 
 namespace zemblar {
 
-/// One step of what somebody has done to the document, that can be undone and redone.
+/// One step of the user's work on the document, which can be undone and redone.
 ///
-/// It holds how each part that was touched was before and is after: an object that stands under a
-/// toplevel or has moved, with all that its entry says, or a diagram object. What was touched by
-/// others meanwhile stays as they left it as far as it is not the same key of the same entry.
+/// It holds the states before and after of each changed part. A part is an object that is directly
+/// under a toplevel or has moved, with its whole entry, or a diagram object. Undo keeps changes
+/// made otherwise since, except in the same key of the same entry.
 class EditStep {
  public:
   struct Part {
@@ -24,35 +24,35 @@ class EditStep {
     bool moved = false;  ///< to another parent, or among its siblings
   };
 
-  /// The parts stand in the order in which they were touched first.
+  /// `parts` are in the order in which they were first changed.
   EditStep(PartNumbers& numbers, const Glib::ustring& name, std::vector<Part> parts)
       : numbers_(&numbers), name_(name), parts_(std::move(parts)) {}
   virtual ~EditStep() = default;
 
-  /// What was done, for a menu: "Add “Zone 1”".
+  /// The name of the step for a menu, such as "Add “Zone 1”".
   [[nodiscard]] const Glib::ustring& get_name() const { return name_; }
   [[nodiscard]] const std::vector<Part>& parts() const { return parts_; }
 
-  /// False, with nothing done, when a part of it has ended elsewhere.
+  /// Returns false and does nothing when a part of the step has ended otherwise.
   virtual bool undo();
   virtual bool redo();
-  /// Whether all of its parts are after it as they were before.
+  /// True if every part is the same before and after.
   [[nodiscard]] bool is_void() const;
-  /// Whether undo, or redo, would find all of its parts.
+  /// True if all parts needed for undo, or for redo, exist.
   [[nodiscard]] bool can_undo() const { return finds(&Part::after); }
   [[nodiscard]] bool can_redo() const { return finds(&Part::before); }
 
-  /// The step that stands for this one and `next`, which has just been done: this one itself when
-  /// it has taken over `next`, another one, or null when both stay. Changes of the same setting of
-  /// one object become one.
+  /// Merges this step and `next`, which has just been done. Returns the resulting step: this one if
+  /// it has absorbed `next`, or another one; null if the two stay separate. Changes of the same
+  /// setting of one object are merged.
   [[nodiscard]] virtual EditStep* merge(EditStep& next);
 
  private:
   using State = PartState Part::*;
 
   [[nodiscard]] bool finds(State state) const;
-  bool go(State from, State to);
-  void take_out(State from, State to) const;
+  bool apply(State from, State to);
+  void move_out(State from, State to) const;
   void end_parts(State from, State to) const;
   void restore_objects(State from, State to) const;
   void make_objects(const std::vector<const Part*>& order, State from, State to) const;
