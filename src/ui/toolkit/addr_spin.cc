@@ -22,7 +22,7 @@ void AddrSpin::set_kind(Address::Kind kind) {
 }
 
 void AddrSpin::set_address(Address address) {
-  // A long address below 128 would become short when re-typed.
+  // Converting would make a long address below 128 short.
   if (address.get_kind() != kind_) address.set_kind(kind_);
   if (address == address_) return;
   address_ = address;

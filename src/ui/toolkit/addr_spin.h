@@ -9,16 +9,17 @@ namespace zemblar {
 
 /// Edits an address of one kind, within the range of that kind.
 ///
-/// The number keeps the address's type, but for a short one that exceeds 127 and becomes long;
-/// `set_long` chooses between the two mobile types, and makes a number above 127 fit.
+/// Changing the number keeps the address's type, except that a short address becomes long above
+/// 127. `set_long` chooses between the two mobile types; a number above 127 becomes 127 when made
+/// short.
 class AddrSpin : public Gtk::SpinButton {
  public:
   explicit AddrSpin(Address::Kind kind);
 
   [[nodiscard]] Address get_address() const { return address_; }
-  /// Of another kind, it is re-typed.
+  /// An address of another kind is converted to this kind.
   void set_address(Address address);
-  /// Re-types the address, and takes the range of the kind.
+  /// Converts the address, and limits it to the range of the kind.
   void set_kind(Address::Kind kind);
   /// Mobile addresses only.
   void set_long(bool is_long);

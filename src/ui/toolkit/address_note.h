@@ -14,8 +14,8 @@ namespace zemblar {
 
 class Form;
 
-/// A row under the field of an address: the other objects that have it, and a button that takes the
-/// next free one. The row is hidden while the address is nobody else's.
+/// A row below the field of an address: the other objects that have the same address, and a button
+/// that sets the next free one. The row is hidden while no other object has the address.
 class AddressNote : public Gtk::VBox {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -26,10 +26,11 @@ class AddressNote : public Gtk::VBox {
     std::function<void()> take_next_free;
   };
 
-  /// The note adds itself to the form, which outlives it.
+  /// Adds the note to the form, which must outlive it.
   AddressNote(Form& form, Source source);
 
-  /// The address has changed. Changes of others are seen with the next pulse of the layout.
+  /// Call when the address has changed. Changes of other objects' addresses are noticed at the next
+  /// pulse of the layout.
   void refresh();
 
  private:

@@ -2,7 +2,7 @@
 
 namespace zemblar {
 
-// The toolkit enters the page at its first field, whichever way the focus goes.
+// The toolkit always enters a page at its first field, even when the focus moves backwards.
 bool BottomTabs::on_focus(Gtk::DirectionType direction) {
   auto* page = get_nth_page(get_current_page());
   const bool enters = direction == Gtk::DIR_TAB_BACKWARD && is_focus() && page;

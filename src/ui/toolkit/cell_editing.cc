@@ -10,7 +10,7 @@
 namespace zemblar {
 namespace {
 
-/// Does something with each widget of a class among a widget and all that it contains.
+/// Calls `act` for each widget of class T among `widget` and everything that it contains.
 template <typename T, typename Do>
 void for_each(Gtk::Widget& widget, const Do& act) {
   if (auto* wanted = dynamic_cast<T*>(&widget)) act(*wanted);
@@ -21,7 +21,7 @@ void for_each(Gtk::Widget& widget, const Do& act) {
 
 }  // namespace
 
-// Ahead of everybody else's handlers: these find a value that is complete, and are called once.
+// Connects before all other handlers, so that these see the complete value and are called once.
 CellEditing::CellEditing(Gtk::Widget& widget, Gtk::CellEditable& editable)
     : widget_(widget), editable_(editable) {
   widget.signal_key_press_event().connect(sigc::mem_fun(*this, &CellEditing::on_key), false);
@@ -31,12 +31,12 @@ CellEditing::CellEditing(Gtk::Widget& widget, Gtk::CellEditable& editable)
 
 void CellEditing::start() {
   active_ = true;
-  // An entry takes the Return key itself.
+  // An entry handles the Return key itself.
   for_each<Gtk::Entry>(widget_, [this](auto& entry) {
     entry.signal_activate().connect(sigc::mem_fun(*this, &CellEditing::finish));
   });
-  // A step that is set after the range counts from the adjustment's next change on: the first arrow
-  // key would do nothing.
+  // A step that was set after the range takes effect only at the adjustment's next "changed".
+  // Without it the first arrow key would do nothing.
   for_each<Gtk::SpinButton>(widget_, [](auto& spin) { spin.get_adjustment()->changed(); });
   if (auto* window = dynamic_cast<Gtk::Window*>(widget_.get_toplevel())) {
     focus_moved_ = window->signal_set_focus().connect(sigc::mem_fun(*this, &CellEditing::on_focus));
@@ -45,7 +45,7 @@ void CellEditing::start() {
 
 void CellEditing::finish() {
   if (!active_) return;
-  // The editor, and this with it, may end with any of the two signals.
+  // Either signal may destroy the editor together with this object.
   auto* const editable = editable_.gobj();
   g_object_ref(editable);
   gtk_cell_editable_editing_done(editable);
@@ -85,7 +85,7 @@ void CellEditing::on_focus(Gtk::Widget* focus) {
 }
 
 void CellEditing::on_done() {
-  // A handler that moves the focus on makes the tree end the editing once more.
+  // If a handler moves the focus, the tree ends the editing a second time.
   if (!std::exchange(active_, false)) {
     g_signal_stop_emission_by_name(editable_.gobj(), "editing-done");
     return;
@@ -99,8 +99,9 @@ void CellEditing::on_remove() {
     editable_.property_editing_canceled() = true;
     editable_.editing_done();
   }
-  // The tree takes the focus back only from the editor itself, and in the active window. Asked of
-  // the toolkit, as the C++ objects of the tree and the window may be on their way out.
+  // The tree takes the focus back only from the editor itself and only in the active window, so it
+  // is moved here. Uses the C functions, because the C++ objects of the tree and the window may be
+  // in destruction.
   auto* const widget = widget_.gobj();
   auto* const top = gtk_widget_get_toplevel(widget);
   auto* const focus = GTK_IS_WINDOW(top) ? gtk_window_get_focus(GTK_WINDOW(top)) : nullptr;

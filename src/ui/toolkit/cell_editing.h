@@ -13,17 +13,18 @@ class Widget;
 
 namespace zemblar {
 
-/// The manners of a widget that edits a cell of a tree. A member of that widget, started by its
-/// `start_editing_vfunc`.
+/// The behaviour of a widget that edits a cell of a tree: keys, focus and the end of editing. A
+/// member of that widget, whose `start_editing_vfunc` calls `start`.
 ///
-/// Return ends the editing, Escape cancels it. Tab goes from widget to widget inside the editor and
-/// ends it after the last. Focus that goes elsewhere in the window ends it too, but not a window
-/// that loses the focus: somebody may look something up in another one. When the tree takes the
-/// editor away, as it does when the row goes, that is a cancel.
+/// Return ends the editing, Escape cancels it. Tab goes from widget to widget inside the editor,
+/// and ends the editing after the last. Moving the focus elsewhere in the window ends it as well. A
+/// window that loses the focus does not end it, because the user may look something up in another
+/// window. If the tree removes the editor, for example because the row is deleted, the editing is
+/// cancelled.
 ///
-/// However it comes about, "editing-done" is emitted once, with "editing-canceled" true after a
-/// cancel; else spin buttons have taken over what was typed. Then comes "remove-widget", with which
-/// the tree lets go of the editor, and a managed one is freed.
+/// In each case "editing-done" is emitted once. After a cancel "editing-canceled" is true;
+/// otherwise spin buttons have taken over the typed text. Then "remove-widget" is emitted: the tree
+/// releases the editor, and a managed one is freed.
 class CellEditing : public sigc::trackable {
  public:
   template <typename Editor>
@@ -43,7 +44,7 @@ class CellEditing : public sigc::trackable {
 
   Gtk::Widget& widget_;
   Gtk::CellEditable& editable_;  // the same widget
-  bool active_ = false;          // started, and not yet done
+  bool active_ = false;          // started and not yet ended
   ScopedConnection focus_moved_;
 };
 

@@ -6,8 +6,8 @@
 
 namespace zemblar {
 
-/// A context on the window of a widget without one of its own, clipped to the exposed area. Its
-/// origin is the corner of a square of `size` pixels that is centred in the widget.
+/// A cairo context for a widget that has no window of its own, clipped to the exposed area. Its
+/// origin is the top left corner of a square of `size` pixels that is centred in the widget.
 [[nodiscard]] inline Cairo::RefPtr<Cairo::Context> centred_context(Gtk::Widget& widget,
                                                                    const GdkEventExpose& event,
                                                                    int size) {

@@ -50,7 +50,8 @@ void ClassBase::adopt_properties(void* g_class, GType interface) {
       Glib::make_unique_ptr_gfree(g_object_interface_list_properties(demanding, &count));
   for (guint id = 1; auto* spec : std::span(specs.get(), count)) {
     if (g_object_class_find_property(object_class, spec->name)) continue;
-    // gtkmm's own look for a C++ property object behind each property, and there is none.
+    // gtkmm's own accessors expect a C++ property object for each property, which does not exist
+    // here.
     object_class->set_property = set_kept;
     object_class->get_property = get_kept;
     g_object_class_override_property(object_class, id++, spec->name);

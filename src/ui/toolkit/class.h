@@ -6,10 +6,10 @@
 
 namespace zemblar {
 
-/// A toolkit class of our own, under its plain name.
+/// A GObject class of our own, registered under its plain name.
 ///
-/// The type is registered at first use, which needs a running toolkit; until then it is 0. Never
-/// destroyed before the process ends, as a registered type is for good.
+/// The type is registered at first use, which needs a running toolkit; until then it is 0. An
+/// object of this class lives until the process ends, because a type cannot be unregistered.
 class ClassBase : public Glib::Class {
  public:
   explicit constexpr ClassBase(const char* name) : Glib::Class(), name_(name) {}
@@ -21,10 +21,10 @@ class ClassBase : public Glib::Class {
   /// Called by the toolkit with the class structure when the first object is about to be made.
   virtual void class_init(void* g_class) = 0;
 
-  /// False when that has been done before.
+  /// False when the type is registered already.
   bool register_type();
-  /// Lets the class have the properties that an interface demands and its parent has not got. The
-  /// values are kept with the object and read by name.
+  /// Adds the properties that an interface requires and the parent class does not have. Their
+  /// values are stored with the object and read by name.
   static void adopt_properties(void* g_class, GType interface);
 
  private:
@@ -33,12 +33,12 @@ class ClassBase : public Glib::Class {
 
 /// The toolkit class of the widget `Self`, a `Base` of gtkmm that implements `Interfaces` as well.
 ///
-/// For an interface's virtual functions to arrive at the widget its constructor passes
-/// `Glib::ConstructParams(X_Class.init())` to `Base` and leaves `Glib::ObjectBase` at its default:
-/// with null or a name there, gtkmm calls none of them and says nothing. An interface that
-/// `Base` has already need not be named, but then its functions stay those of `Base`.
+/// To receive calls of an interface's virtual functions, the constructor of the widget passes
+/// `Glib::ConstructParams(X_Class.init())` to `Base` and does not initialise `Glib::ObjectBase`. If
+/// it passes null or a name there, gtkmm silently calls none of them. An interface that `Base` has
+/// already need not be listed, but then its functions remain those of `Base`.
 ///
-/// The private header of `Base` must be known where the class object is defined.
+/// Include the private header of `Base` where the class object is defined.
 template <typename Self, typename Base, typename... Interfaces>
 class Class final : public ClassBase {
  public:
@@ -51,7 +51,8 @@ class Class final : public ClassBase {
   }
 
  private:
-  // gtkmm's own class on top of it would call its handlers in a circle: it chains up by one step.
+  // The parent is the C class of `Base`. gtkmm's class as the parent would call its handlers in an
+  // endless loop, because its handlers chain up by one class only.
   [[nodiscard]] GType parent_type() const override { return Base::get_base_type(); }
 
   void class_init(void* g_class) override {

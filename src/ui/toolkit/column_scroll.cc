@@ -8,14 +8,14 @@
 namespace zemblar {
 namespace {
 
-constexpr int desktop_height = 70;  // pixels: a window's title, and a bar of the desktop
+constexpr int desktop_height = 70;  // pixels: a window's title bar and a desktop panel
 constexpr int least_height = 80;
 
 }  // namespace
 
 ColumnScroll::ColumnScroll(Gtk::Widget& content) : content_(content) {
   set_policy(Gtk::POLICY_NEVER, Gtk::POLICY_NEVER);
-  set_can_focus(false);  // what does not scroll has nothing that keys could do
+  set_can_focus(false);  // without scrolling there is nothing to operate by keys
   auto* viewport = Gtk::manage(new Gtk::Viewport(*get_hadjustment(), *get_vadjustment()));
   viewport->set_shadow_type(Gtk::SHADOW_NONE);
   viewport->add(content);
@@ -31,7 +31,7 @@ void ColumnScroll::on_size_request(Gtk::Requisition* requisition) {
   requisition->height = shown;
 }
 
-// The height of the screen less the other rows of the column.
+// The height of the screen minus that of the other rows of the column.
 int ColumnScroll::room() const {
   const auto* column = dynamic_cast<const Gtk::Box*>(get_parent());
   if (!column) return least_height;

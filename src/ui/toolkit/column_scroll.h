@@ -4,8 +4,8 @@
 
 namespace zemblar {
 
-/// Shows a widget whole where the screen leaves room for it, and scrolls it where it does not. It
-/// stands in a column that fills a window which takes the size of its content.
+/// Shows a widget at full height if the screen has room for it, and scrolls it otherwise. For use
+/// in a column that fills a window whose size follows its content.
 class ColumnScroll : public Gtk::ScrolledWindow {
  public:
   explicit ColumnScroll(Gtk::Widget& content);
@@ -19,7 +19,7 @@ class ColumnScroll : public Gtk::ScrolledWindow {
   Gtk::Widget& content_;
 };
 
-/// Scrolls the viewport around a widget, if there is one, until a part of the widget is in sight.
+/// Scrolls the viewport around a widget, if there is one, until `part` of the widget is visible.
 void show_in_viewport(Gtk::Widget& widget, const Gdk::Rectangle& part);
 
 }  // namespace zemblar

@@ -40,8 +40,8 @@ void ComboBoxText::set_text(const Glib::ustring& text) {
   }
 }
 
-// The start of the editing is heard by the toolkit's combo box alone. A tree takes in nothing but
-// editors, and does so just before.
+// Only the toolkit's combo box is notified when editing starts. A tree adopts only editors,
+// immediately before that, so being added to a tree means the start.
 void ComboBoxText::on_parent_changed(Gtk::Widget* previous_parent) {
   Gtk::ComboBox::on_parent_changed(previous_parent);
   if (dynamic_cast<Gtk::TreeView*>(get_parent())) editing_.start();

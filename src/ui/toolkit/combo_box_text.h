@@ -11,17 +11,17 @@ namespace zemblar {
 
 /// A choice of texts, also as a cell of a tree. With an entry, any other text can be typed.
 ///
-/// In a cell, a list without an entry opens at once; to choose ends the editing, and to close the
-/// list cancels it. The toolkit's combo box does so already, although gtkmm does not say in its
-/// type that it edits cells.
+/// In a cell, a list without an entry opens at once; choosing ends the editing, and closing the
+/// list cancels it. The toolkit's combo box does this itself, but gtkmm's class does not derive
+/// from Gtk::CellEditable.
 class ComboBoxText : public Gtk::ComboBox, public Gtk::CellEditable {
  public:
   explicit ComboBoxText(bool has_entry = false);
 
   void append(const Glib::ustring& text);
-  /// What is chosen or typed; empty when nothing is.
+  /// The chosen or typed text; empty if there is none.
   [[nodiscard]] Glib::ustring get_text() const;
-  /// Without an entry, chooses the text if it is offered and else nothing.
+  /// Without an entry, selects the text if it is in the list, else nothing.
   void set_text(const Glib::ustring& text);
 
  protected:

@@ -7,10 +7,11 @@
 
 namespace zemblar {
 
-/// A round dial for two speeds of 0 to 126: red for the wanted, black for the actual one.
+/// A round dial for two speeds from 0 to 126: the red needle shows the wanted speed, the black one
+/// the actual speed.
 ///
-/// Speed 0 points 135 degrees to the left of straight up, 126 as far to the right. The face is 240
-/// by 240 pixels, centred in whatever room there is. Draws on its parent's window.
+/// Speed 0 points 135 degrees to the left of straight up, 126 the same to the right. The face is
+/// 240 by 240 pixels, centred in the allocation. Draws on its parent's window.
 class Dial : public Gtk::Widget {
  public:
   Dial();
@@ -31,7 +32,7 @@ class Dial : public Gtk::Widget {
   Glib::PropertyProxy<unsigned> property_red() { return {this, "red"}; }
   Glib::PropertyProxy<bool> property_red_visible() { return {this, "red-visible"}; }
 
-  /// The speeds in words, empty when no needle shows.
+  /// The speeds in words; empty when no needle is visible.
   [[nodiscard]] Glib::ustring describe() const;
 
  protected:
@@ -43,7 +44,7 @@ class Dial : public Gtk::Widget {
 
   template <typename T>
   void change(T& field, T value, const char* property);
-  /// `pivot` is the height in the needle's picture of the point that it turns about.
+  /// `pivot` is the y coordinate, in the needle's picture, of the centre of rotation.
   static void draw_needle(const Cairo::RefPtr<Cairo::Context>& cr, const Picture& needle,
                           unsigned speed, double pivot);
 

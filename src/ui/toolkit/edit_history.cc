@@ -21,9 +21,9 @@ std::map<GtkWidget*, EditHistory*>& histories() {
   return by_window;
 }
 
-/// Where somebody has last pressed something; a menu belongs to it.
+/// The history of the last button or key press; a menu belongs to it.
 EditHistory* latest = nullptr;
-/// While a button is held.
+/// Exists while a mouse button is held down.
 std::unique_ptr<EditJournal::Hold> held;
 
 constexpr auto sharer_key = "zemblar-history-window";
@@ -34,8 +34,8 @@ EditHistory* history_of(GtkWidget* window) {
   return found == histories().end() ? nullptr : found->second;
 }
 
-/// What changes the document when it happens outside all events: assistive technology presses
-/// buttons and chooses from menus without any.
+/// Signals that change the document even outside an event, because assistive technology presses
+/// buttons and chooses from menus without events.
 struct Action {
   GType type;
   const char* signal;
@@ -48,7 +48,7 @@ const std::array actions{Action{GTK_TYPE_BUTTON, "clicked"},
                          Action{GTK_TYPE_ENTRY, "activate"},
                          Action{GTK_TYPE_EDITABLE, "changed"}};
 
-/// The window in which a widget was made use of; for a menu that of the widget it hangs on.
+/// The window that contains a widget; for a menu, the window of the widget that it is attached to.
 GtkWidget* window_of(GtkWidget* widget) {
   auto* window = widget ? gtk_widget_get_toplevel(widget) : nullptr;
   while (GTK_IS_WINDOW(window)) {
@@ -83,7 +83,8 @@ EditHistory::~EditHistory() {
   held.reset();
 }
 
-// A window that is gone by the end needs no step. Nothing but its address may be looked at.
+// A window that is destroyed meanwhile needs no step. Only its address is used, since it may be
+// invalid.
 EditHistory::Work::Work(EditHistory& history) {
   auto* window = GTK_WIDGET(history.window_.gobj());
   EditJournal::get().begin([window](std::unique_ptr<EditStep> step) {
@@ -104,11 +105,11 @@ void EditHistory::install() {
         G_TYPE_IS_INTERFACE(type) ? g_type_default_interface_ref(type) : g_type_class_ref(type);
     g_signal_add_emission_hook(g_signal_lookup(signal, type), 0, &EditHistory::on_action, nullptr,
                                nullptr);
-    static_cast<void>(type_class);  // the hook is there as long as the program
+    static_cast<void>(type_class);  // never released: the hook exists until the program ends
   }
 }
 
-// The step ends with the turn of the main loop.
+// The step ends with the present iteration of the main loop.
 gboolean EditHistory::on_action(GSignalInvocationHint* /*hint*/, guint /*count*/,
                                 const GValue* values, gpointer /*data*/) {
   static std::optional<Work> work;
@@ -147,7 +148,7 @@ void EditHistory::share(Gtk::Window& opened, Gtk::Widget& opener) {
   g_object_set_data(G_OBJECT(opened.gobj()), sharer_key, history->window_.gobj());
 }
 
-// Menus and dialogs are windows of their own.
+// Menus and dialogs are separate windows, which belong to the history of their parent.
 EditHistory* EditHistory::of(GtkWidget* widget) {
   auto* window = window_of(widget);
   if (!window) return nullptr;
@@ -164,39 +165,39 @@ EditHistory* EditHistory::of(GtkWidget* widget) {
 
 void EditHistory::undo() {
   if (const auto* step = prepare().next_undo()) {
-    tell(Glib::ustring::compose(_("Undone: %1."), step->get_name()));
+    announce(Glib::ustring::compose(_("Undone: %1."), step->get_name()));
   }
-  step_back(&EditList::undo);
+  apply_step(&EditList::undo);
 }
 
-void EditHistory::tell(const Glib::ustring& text) {
-  told_ = text;
+void EditHistory::announce(const Glib::ustring& text) {
+  announced_ = text;
   set_status(text);
 }
 
-// A sentence about the step before would read as if it were about this one.
+// Clears the text about the last undo or redo, which would seem to be about the new step.
 void EditHistory::record(std::unique_ptr<EditStep> step) {
   steps_.record(std::move(step));
-  if (!told_.empty() && get_status().raw() == told_.raw()) clear_status();
-  told_.clear();
+  if (!announced_.empty() && get_status().raw() == announced_.raw()) clear_status();
+  announced_.clear();
   signal_changed_.emit();
 }
 
 void EditHistory::redo() {
   if (const auto* step = prepare().next_redo()) {
-    tell(Glib::ustring::compose(_("Redone: %1."), step->get_name()));
+    announce(Glib::ustring::compose(_("Redone: %1."), step->get_name()));
   }
-  step_back(&EditList::redo);
+  apply_step(&EditList::redo);
 }
 
-// What is being typed or dragged is a step of its own, which is the newest.
+// Ends what is being typed or dragged, which becomes the newest step.
 EditList& EditHistory::prepare() {
   if (Layout::dialogs().finish_edits) Layout::dialogs().finish_edits();
   EditJournal::get().flush();
   return steps_;
 }
 
-void EditHistory::step_back(bool (EditList::*step)()) {
+void EditHistory::apply_step(bool (EditList::*step)()) {
   const EditJournal::Pause pause;
   (steps_.*step)();
   signal_changed_.emit();

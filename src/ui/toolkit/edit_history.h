@@ -7,11 +7,12 @@
 
 namespace zemblar {
 
-/// What has been done to the document in one window, and what of it has been undone.
+/// The undo history of one window: what the user has changed in the document there, and what has
+/// been undone.
 ///
-/// What changes while an event for the window is served belongs to it; so does what its menus and
-/// dialogs do, and what assistive technology does in it without events. From the press of a button
-/// to its release all is one step.
+/// All changes during an event of the window belong to its history, also those made by its menus
+/// and dialogs, and by assistive technology without events. Everything between the press of a mouse
+/// button and its release is one step.
 class EditHistory : public sigc::trackable {
  public:
   explicit EditHistory(Gtk::Window& window);
@@ -22,21 +23,22 @@ class EditHistory : public sigc::trackable {
   void undo();
   void redo();
   [[nodiscard]] EditList& steps() { return steps_; }
-  /// Another step may be next.
+  /// The next step to undo or redo may have changed.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
-  /// What is done in `opened` belongs to the history of the window in which `opener` stands.
+  /// Makes changes in the window `opened` belong to the history of the window that contains
+  /// `opener`.
   static void share(Gtk::Window& opened, Gtk::Widget& opener);
-  /// That of the window in which something stands; null for none.
+  /// The history of the window that contains the widget, or null.
   [[nodiscard]] static EditHistory* of(Gtk::Widget& widget);
 
-  /// Serves events from now on, those of windows without a history as well.
+  /// Installs `dispatch` as the handler of all events, also of windows without a history.
   static void install();
-  /// Serves one.
+  /// Handles one event.
   static void dispatch(GdkEvent* event);
 
  private:
-  /// What changes while it lives was done in that window.
+  /// While one exists, changes belong to that window's history.
   class Work {
    public:
     explicit Work(EditHistory& history);
@@ -46,16 +48,16 @@ class EditHistory : public sigc::trackable {
   };
 
   EditList& prepare();
-  void step_back(bool (EditList::*step)());
+  void apply_step(bool (EditList::*step)());
   void record(std::unique_ptr<EditStep> step);
-  void tell(const Glib::ustring& text);
+  void announce(const Glib::ustring& text);
   static EditHistory* of(GtkWidget* widget);
   static gboolean on_action(GSignalInvocationHint* hint, guint count, const GValue* values,
                             gpointer data);
 
   Gtk::Window& window_;
   EditList steps_;
-  Glib::ustring told_;  // of the last step back or forth
+  Glib::ustring announced_;  // the status text about the last undo or redo
   sigc::signal<void> signal_changed_;
 };
 

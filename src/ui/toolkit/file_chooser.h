@@ -6,7 +6,7 @@
 
 namespace zemblar {
 
-/// A file chooser that takes the menus of its lists along when it closes.
+/// A file chooser that closes the menus of its lists when it is hidden or destroyed.
 class FileChooser : public Gtk::FileChooserDialog {
  public:
   using Gtk::FileChooserDialog::FileChooserDialog;

@@ -8,7 +8,7 @@
 namespace zemblar {
 namespace {
 
-/// With those that a composite widget has made for itself.
+/// All children, including internal ones of composite widgets.
 std::vector<GtkWidget*> parts_of(GtkWidget* widget) {
   std::vector<GtkWidget*> parts;
   if (!GTK_IS_CONTAINER(widget)) return parts;

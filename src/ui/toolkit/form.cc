@@ -69,7 +69,7 @@ void Form::show_row(Gtk::Widget& field, bool visible) {
   auto* row = &field;
   while (row->get_parent() != this) row = row->get_parent();
   row->set_no_show_all(!visible);
-  // What was hidden when the form was shown has not been shown in its parts either.
+  // The children of a row that was hidden when the form was shown are hidden as well.
   visible ? row->show_all() : row->hide();
 }
 

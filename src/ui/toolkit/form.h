@@ -15,10 +15,10 @@ class ToggleButton;
 
 namespace zemblar {
 
-/// The base of a property panel: rows of a label and a field, under each other.
+/// The base of a property panel: rows, each with a label and a field.
 ///
-/// All labels stand in one size group, which the panels of a window share, so that the fields of
-/// all of them begin at the same place. A label's access key goes to its field.
+/// All labels are in one size group, which the panels of a window share, so that the fields of all
+/// panels align. A label's access key activates its field.
 class Form : public Gtk::VBox {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -27,18 +27,18 @@ class Form : public Gtk::VBox {
   /// `labels` may be null; the form then has a size group of its own.
   explicit Form(const Labels& labels);
 
-  /// `label` has its access key marked by an underscore. A field that does not stretch keeps its
-  /// natural width, with a unit behind it.
+  /// In `label` an underscore marks the access key. With a unit, or another widget behind it, the
+  /// field keeps its natural width.
   void add_row(const Glib::ustring& label, Gtk::Widget& field);
   void add_row(const Glib::ustring& label, Gtk::Widget& field, const Glib::ustring& unit);
   void add_row(const Glib::ustring& label, Gtk::Widget& field, Gtk::Widget& behind);
-  /// A field without a label, under the other fields.
+  /// Adds a field without a label, aligned with the other fields.
   void add_field(Gtk::Widget& field);
-  /// A heading in markup, with some room above.
+  /// Adds a heading in Pango markup, with some space above.
   Gtk::Label& add_heading(const Glib::ustring& markup);
-  /// Shows or hides the row in which a field or a part of one stands.
+  /// Shows or hides the row that contains a field or a part of a field.
   void show_row(Gtk::Widget& field, bool visible);
-  /// A widget of the whole width.
+  /// Adds a widget over the whole width.
   void add_wide(Gtk::Widget& widget);
 
   [[nodiscard]] const Labels& labels() const { return labels_; }
@@ -49,16 +49,16 @@ class Form : public Gtk::VBox {
   Labels labels_;
 };
 
-/// Bring a widget up to date, leaving alone what a person has typed if nothing changed.
+/// These show a value in a widget, without touching the typed text if the value is the same.
 void show_value(Gtk::SpinButton& spin, double value);
-/// Whether a spin button shows a value, with as many digits as it has: leaving the field rounds
-/// what is in it, though nobody has changed anything.
+/// True if a spin button shows the value, rounded to its number of digits. Leaving the field rounds
+/// its value, which is no change by the user.
 [[nodiscard]] bool shows_value(const Gtk::SpinButton& spin, double value);
 void show_active(Gtk::ToggleButton& button, bool active);
 void show_text(Gtk::Entry& entry, const Glib::ustring& text);
 
-/// Makes Panel(T&, labels) the panel of the objects of exactly class T: a static object in the
-/// panel's file.
+/// Registers Panel(T&, labels) as the panel of objects of exactly class T. Define one static object
+/// in the panel's source file.
 template <typename T, typename Panel>
 struct PanelRegistration {
   PanelRegistration() {

@@ -12,7 +12,7 @@ const char* const names[] = {
     "orvane-scissor", "orvane-signal",    "orvane-zone",     "zemblar",      "zemblar-no-power",
 };
 
-// Menus, tool bars, drags, dialogs.
+// Sizes in pixels for menus, tool bars, drags and dialogs.
 constexpr int sizes[] = {16, 24, 32, 48};
 
 Glib::RefPtr<Gdk::Pixbuf> wrap(GdkPixbuf* pixbuf) {

@@ -2,8 +2,8 @@
 
 namespace zemblar {
 
-/// Lets the toolkit find the program's icons by their names, also when the program has not been
-/// installed: those that the icon theme lacks are rendered from the artwork compiled in.
+/// Makes the program's icons available by name, even if the program is not installed: icons missing
+/// from the icon theme are rendered from compiled-in artwork.
 void add_builtin_icons();
 
 }  // namespace zemblar

@@ -32,7 +32,7 @@ ImageButton::ImageButton(const Glib::ustring& name) : Gtk::HBox(false, 4), title
   row->pack_start(picture_, false, false);
   row->pack_start(label_, true, true);
   choose_.add(*row);
-  // A letter, which every font has: the icon of a theme may come out as nothing.
+  // A character, because an icon may be missing from the theme.
   clear_.add_label("×");
   clear_.get_accessible()->set_name(Glib::ustring::compose(_("Clear %1"), name));
   clear_.set_tooltip_text(_("No picture"));
@@ -40,7 +40,7 @@ ImageButton::ImageButton(const Glib::ustring& name) : Gtk::HBox(false, 4), title
   pack_start(clear_, false, false);
   choose_.signal_clicked().connect(sigc::mem_fun(*this, &ImageButton::on_choose));
   clear_.signal_clicked().connect([this] { choose(""); });
-  // The label of a row hands its access key to this box.
+  // The access key of the row's label activates this box, which focuses the button.
   signal_mnemonic_activate().connect(
       [this](bool cycling) { return choose_.mnemonic_activate(cycling); }, false);
   set_path("");

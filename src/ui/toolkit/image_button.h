@@ -13,18 +13,18 @@ namespace zemblar {
 
 class FileChooser;
 
-/// Shows which picture file is chosen, lets a person choose another, and has a button that chooses
-/// none. A file that is missing or holds no picture keeps its name.
+/// Shows the chosen picture file, lets the user choose another one, and has a button that chooses
+/// none. For a file that is missing or is no picture, the name is shown.
 class ImageButton : public Gtk::HBox {
  public:
-  /// `name` is what screen readers call it.
+  /// `name` is the name for screen readers.
   explicit ImageButton(const Glib::ustring& name);
   ~ImageButton() override;
 
   [[nodiscard]] const std::string& get_path() const { return path_; }
   /// Does not emit `signal_chosen`.
   void set_path(const std::string& path);
-  /// A person has chosen another path, or none.
+  /// The user has chosen another path, or none.
   sigc::signal<void, const std::string&>& signal_chosen() { return signal_chosen_; }
 
   [[nodiscard]] Gtk::Button& choose_button() { return choose_; }

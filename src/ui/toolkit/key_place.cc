@@ -11,8 +11,8 @@ namespace {
 
 struct Meaning {
   guint keyval;
-  int group;  // of the keyboard: a layout
-  int level;  // 1 is that with Shift
+  int group;  // keyboard group: a layout
+  int level;  // shift level; 1 is with Shift
 };
 
 std::vector<Meaning> meanings_of(guint keycode) {
@@ -32,7 +32,7 @@ bool is_digit(guint keyval) {
   return keyval >= GDK_KEY_0 && keyval <= GDK_KEY_9;
 }
 
-/// With Num Lock, Shift turns the digits of the keypad into what they are without it.
+/// With Num Lock on, Shift makes keypad keys act as without Num Lock.
 std::optional<unsigned> keypad_digit_of(const GdkEventKey& event) {
   static constexpr std::array shifted{GDK_KEY_KP_Insert,    GDK_KEY_KP_End,  GDK_KEY_KP_Down,
                                       GDK_KEY_KP_Page_Down, GDK_KEY_KP_Left, GDK_KEY_KP_Begin,

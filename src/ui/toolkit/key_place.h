@@ -7,12 +7,12 @@
 
 namespace zemblar {
 
-/// Whether the key has one of these meanings, in any layout that is set up and with any modifier.
+/// True if the key gives one of these keyvals in any configured keyboard layout, with any modifier.
 [[nodiscard]] bool has_meaning(const GdkEventKey& event, std::initializer_list<guint> meanings);
 
-/// The digit on a key of the upper row, alone or with Shift, whichever of the two the event has;
-/// the layout that types goes first. A key of the keypad counts while it types a digit, or would
-/// without Shift.
+/// The digit on a key of the upper row, typed with or without Shift, whether or not the event has
+/// Shift; the active layout has priority. A keypad key counts if it types a digit, or would without
+/// Shift.
 [[nodiscard]] std::optional<unsigned> digit_of(const GdkEventKey& event);
 
 }  // namespace zemblar

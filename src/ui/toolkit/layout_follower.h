@@ -8,11 +8,11 @@
 
 namespace zemblar {
 
-/// Keeps a window in step with the current layout, which Open replaces by another one.
+/// Connects a window to the current layout, and again whenever Open replaces the layout.
 ///
 /// `attach` is called at once and after each replacement. It fills the window from the layout and
-/// puts its connections in the list that it is given; these end before the next call, and with the
-/// follower. New empties the layout in place and is seen through the layout's own signals.
+/// adds its connections to the given list; these are disconnected before the next call and by the
+/// destructor. New empties the layout in place; the layout's own signals report that.
 class LayoutFollower {
  public:
   using Connections = std::vector<ScopedConnection>;

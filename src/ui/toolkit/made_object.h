@@ -6,7 +6,8 @@ namespace zemblar {
 
 class Object;
 
-/// A person has made an object by a button of the panel of its container. It is in the layout.
+/// Emitted after the user has made an object by a button in the panel of its container. The object
+/// is in the layout already.
 sigc::signal<void, Object&>& signal_object_made();
 
 }  // namespace zemblar

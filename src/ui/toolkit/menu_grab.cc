@@ -5,7 +5,7 @@
 namespace zemblar {
 namespace {
 
-/// With all menus above it.
+/// True if the menu and all its parent menus are on the screen.
 bool is_shown(GtkWidget* menu) {
   for (; GTK_IS_MENU(menu); menu = GTK_MENU_SHELL(menu)->parent_menu_shell) {
     if (!gtk_widget_get_mapped(menu)) return false;

@@ -5,7 +5,7 @@
 namespace zemblar {
 namespace {
 
-/// With those that a container keeps for itself.
+/// Visits a widget and all its descendants, including internal children.
 template <typename Visit>
 void for_each_widget(GtkWidget* widget, const Visit& visit) {
   visit(widget);
@@ -25,8 +25,8 @@ void for_each_window(const Visit& visit) {
   g_list_free(windows);
 }
 
-// A menu keeps the address of what it hangs on, also when that has gone. A widget that is there
-// knows its menus.
+// Searches all windows for the widget, because a menu keeps the address of its attach widget even
+// when that is destroyed. An existing widget knows its menus.
 GtkWidget* attach_window(const GtkMenu* menu) {
   GtkWidget* found = nullptr;
   for_each_window([&](GtkWidget* window) {
@@ -37,7 +37,7 @@ GtkWidget* attach_window(const GtkMenu* menu) {
   return found;
 }
 
-/// Null for a menu that is not shown as well.
+/// The window that a shown menu is transient for; null for a hidden menu.
 GtkWidget* shown_over(GtkMenu* menu) {
   auto* window = gtk_widget_get_toplevel(GTK_WIDGET(menu));
   if (!GTK_IS_WINDOW(window) || !gtk_widget_get_mapped(GTK_WIDGET(menu))) return nullptr;
@@ -60,8 +60,8 @@ std::vector<GtkMenu*> menus_of(GtkWidget* window) {
 
 }  // namespace
 
-// A menu that is shown follows its owner as a transient window; one that is not may never have
-// been, and assistive technology chooses from it all the same.
+// The window of a shown menu is transient for the owner. A hidden menu may never have been shown,
+// yet assistive technology can choose from it.
 GtkWidget* owner_of_menu(GtkMenu* menu) {
   if (gtk_widget_get_mapped(GTK_WIDGET(menu))) return shown_over(menu);
   return attach_window(menu);

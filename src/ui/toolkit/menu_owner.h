@@ -4,12 +4,14 @@
 
 namespace zemblar {
 
-/// The window of the widget that a menu hangs on; null for none, and when that widget has gone.
+/// The window of the widget that a menu is attached to; null if there is none or the widget is
+/// destroyed.
 [[nodiscard]] GtkWidget* owner_of_menu(GtkMenu* menu);
 
-/// Closes all menus that hang on widgets in a window.
+/// Closes all menus attached to widgets in a window.
 ///
-/// The menus of a file chooser's lists stay when these go, with the addresses of what they hung on.
+/// Needed because the menus of a file chooser's lists survive these lists, and keep the address of
+/// the destroyed widget.
 void end_menus_of(GtkWidget* window);
 
 }  // namespace zemblar

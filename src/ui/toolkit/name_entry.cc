@@ -24,7 +24,7 @@ const TextColumn& column() {
   return column;
 }
 
-/// Rows that are wanted stay: the list may be open under what is being typed.
+/// Keeps rows that are still wanted, because the list may be open while the user types.
 void show_strings(Gtk::ListStore& list, const std::vector<Glib::ustring>& strings) {
   auto row = list.children().begin();
   for (const auto& string : strings) {
@@ -52,7 +52,7 @@ void NameEntry::offer(StringPool& pool) {
   follow_pool();
 }
 
-// The object's own name is in there as well, letter by letter as it is typed.
+// Leaves out the object's own name, which the pool contains while it is being typed.
 void NameEntry::follow_pool() {
   if (!pool_) return;
   auto strings = pool_->get_all();
@@ -64,7 +64,8 @@ void NameEntry::follow_pool() {
 void NameEntry::on_changed() {
   Gtk::Entry::on_changed();
   if (updating_ || !object_) return;
-  // A name that differs from what was typed must not move the cursor under the fingers.
+  // If the object's name differs from the typed text, showing it would move the cursor while the
+  // user types.
   renamed_.block();
   object_->set_name(get_text());
   renamed_.unblock();
@@ -86,7 +87,8 @@ bool NameEntry::on_focus_out_event(GdkEventFocus* event) {
   return Gtk::Entry::on_focus_out_event(event);
 }
 
-// A name that is taken was followed up to its last letter but one: that is not what anybody meant.
+// For a taken name, the object has the typed text without its last letter; that name is not
+// intended.
 void NameEntry::finish() {
   if (!object_) return;
   const auto wanted = get_text();

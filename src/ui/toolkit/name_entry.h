@@ -9,18 +9,18 @@ namespace zemblar {
 
 class StringPool;
 
-/// An entry that shows and sets the name of an object as it is typed.
+/// An entry that shows the name of an object, and sets it with each letter typed.
 ///
-/// The object ignores an empty name and one that a sibling has: on Return, and when the entry is
-/// left, it gets back the name it had when typing began, the status line says so, and the entry
-/// shows it.
+/// The object ignores an empty name and one that a sibling has. If the typed text is such a name on
+/// Return, or when the entry loses the focus, the object gets back its name from before typing, and
+/// the entry shows that. For a taken name the status line says so.
 class NameEntry : public Gtk::Entry {
  public:
   explicit NameEntry(zemblar::Object& object);
 
-  /// Offers the strings of a pool while a name is being typed: those that are in it by then.
+  /// Completes the typed text from the present strings of a pool.
   void offer(StringPool& pool);
-  /// As on Return: what is there now was meant.
+  /// Ends typing, as Return does.
   void finish();
 
  protected:
@@ -34,16 +34,16 @@ class NameEntry : public Gtk::Entry {
   void follow_pool();
 
   bool updating_ = false;
-  Glib::ustring before_;  // the name when typing began; empty when nobody types
-  bool refused_ = false;  // the name that was typed last
+  Glib::ustring before_;  // the name when typing began; empty when the entry is not in use
+  bool refused_ = false;  // whether the last typed name was refused
   ObjectRef<zemblar::Object> object_;
   ScopedConnection renamed_;
-  const StringPool* pool_ = nullptr;  // whose strings are offered, if any
+  const StringPool* pool_ = nullptr;  // source of completions, or null
   ScopedConnection pool_changed_;
   Glib::RefPtr<Gtk::ListStore> offered_;
 };
 
-/// Offers strings while a person types into an entry. Returns the list of these strings.
+/// Adds completion from `strings` to an entry. Returns the list of the strings.
 Glib::RefPtr<Gtk::ListStore> offer_strings(Gtk::Entry& entry,
                                            const std::vector<Glib::ustring>& strings);
 

@@ -10,7 +10,8 @@
 
 namespace zemblar {
 
-/// A button of the whole width that puts a new Child into `container`, and has it selected.
+/// Adds a button over the whole width that puts a new Child into `container` and announces it by
+/// `signal_object_made`, so that it gets selected.
 template <typename Child>
 void add_new_button(Form& form, const Glib::ustring& text, zemblar::Object& container) {
   auto* button = Gtk::manage(new Gtk::Button(text, true));

@@ -13,7 +13,7 @@
 namespace zemblar {
 namespace {
 
-/// Below a container; empty for what stands in it directly.
+/// The path of the object below `container`, such as "Reader › Input"; empty for a direct child.
 Glib::ustring path_of(const zemblar::Object& object, const zemblar::Object& container) {
   const auto* parent = object.get_parent();
   if (!parent || parent == &container) return {};
@@ -88,16 +88,16 @@ void ObjectButton::show_name() {
   const auto text = object_ ? object_->get_name() : choices_.none;
   name_.set_text(text);
   get_accessible()->set_name(text);
-  show_place();
+  update_tooltip();
 }
 
 void ObjectButton::explain(const Glib::ustring& text) {
   explanation_ = text;
-  show_place();
+  update_tooltip();
 }
 
-// Inputs of several readers have the same names.
-void ObjectButton::show_place() {
+// Inputs of several readers have the same names, so the tooltip shows the path.
+void ObjectButton::update_tooltip() {
   Glib::ustring text = object_ ? path_of(*object_, choices_.container()) : "";
   if (!text.empty() && !explanation_.empty()) text += "\n";
   set_tooltip_text(text + explanation_);

@@ -12,11 +12,11 @@
 
 namespace zemblar {
 
-/// A button that shows the name of the chosen object, or "(None)", and asks for another one when
-/// pressed.
+/// A button that shows the name of the chosen object, or "(None)". Pressing it lets the user choose
+/// another one.
 ///
-/// It follows the object's name, and chooses nothing once the object has ended, as it does when
-/// another layout is opened.
+/// The name is kept up to date. When the object ends, also because another layout is opened,
+/// nothing is chosen.
 class ObjectButton : public Gtk::Button {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -27,13 +27,14 @@ class ObjectButton : public Gtk::Button {
   void set_object(Object* object);
   Glib::PropertyProxy<Object*> property_object() { return {this, "object"}; }
 
-  /// From now on other objects are offered; the chosen one stays.
+  /// Changes which objects are offered; the chosen one stays.
   void set_choices(ObjectChoices choices);
-  /// The tooltip gets this text, below the path of the chosen object where names repeat.
+  /// Sets the text of the tooltip. The tooltip shows it below the path of the chosen object; a
+  /// direct child of the container has no path.
   void explain(const Glib::ustring& text);
-  /// Shows the name in bold letters.
+  /// Shows the name in bold type.
   void emphasize();
-  /// A new menu of what can be chosen now.
+  /// A new menu of the objects that can be chosen now.
   [[nodiscard]] std::unique_ptr<Gtk::Menu> make_menu();
 
  protected:
@@ -41,7 +42,7 @@ class ObjectButton : public Gtk::Button {
 
  private:
   void show_name();
-  void show_place();
+  void update_tooltip();
   [[nodiscard]] ObjectChoices choices() const;
 
   ObjectChoices choices_;

@@ -34,7 +34,7 @@ struct Columns : Gtk::TreeModelColumnRecord {
     add(name);
     add(where);
   }
-  Gtk::TreeModelColumn<zemblar::Object*> object;  // null: nothing is chosen
+  Gtk::TreeModelColumn<zemblar::Object*> object;  // null in the row that chooses nothing
   Gtk::TreeModelColumn<Glib::ustring> icon;
   Gtk::TreeModelColumn<Glib::ustring> name;
   Gtk::TreeModelColumn<Glib::ustring> where;
@@ -57,8 +57,8 @@ ObjectFinder::ObjectFinder(ObjectChoices choices, ObjectMenuBase::Chosen chosen,
       ends.emplace_back(signal.connect([this](Object* object) { on_changed(*object); }));
     };
     on(layout.signal_object_added());
-    ends.emplace_back(
-        layout.signal_object_removed().connect([this](Object* object) { drop(*object); }));
+    ends.emplace_back(layout.signal_object_removed().connect(
+        [this](Object* object) { remove_rows_of(*object); }));
     on(layout.signal_object_renamed());
     fill();
   });
@@ -112,8 +112,8 @@ void ObjectFinder::build() {
   rows->show_all();
 }
 
-// The first one whose name begins with the text, or else the first that has it, is selected; before
-// anything is typed, what was chosen before.
+// Selects the first object whose name begins with the text, else the first whose name contains it;
+// without text, the object chosen before.
 void ObjectFinder::fill() {
   const auto text = text_.get_text().casefold().raw();
   list_.unset_model();
@@ -143,13 +143,13 @@ void ObjectFinder::fill_from(Object& container, const std::string& text) {
   }
 }
 
-// A new document has nothing to choose from that was offered, and is not whole yet.
+// A changed toplevel means a new document, which is incomplete and has none of the offered objects.
 void ObjectFinder::on_changed(const Object& object) {
-  if (dynamic_cast<const Toplevel*>(&object)) over_ = true;
-  over_ ? hide() : refill();
+  if (dynamic_cast<const Toplevel*>(&object)) document_replaced_ = true;
+  document_replaced_ ? hide() : refill();
 }
 
-// Something else has changed in the layout: the choice is not to jump.
+// Another object in the layout has changed: keeps the selected row.
 void ObjectFinder::refill() {
   const auto row = list_.get_selection()->get_selected();
   auto* chosen = row ? (*row)[columns().object].operator Object*() : nullptr;
@@ -159,8 +159,8 @@ void ObjectFinder::refill() {
   }
 }
 
-// It is still in its place, and has what stands in it.
-void ObjectFinder::drop(const Object& ending) {
+// Removes the rows of an ending object and of its descendants, which are still in the tree.
+void ObjectFinder::remove_rows_of(const Object& ending) {
   const auto rows = rows_->children();
   for (auto row = rows.begin(); row != rows.end();) {
     const Object* object = (*row)[columns().object];
@@ -212,14 +212,15 @@ void ObjectFinder::move_cursor(int rows) {
   list_.set_cursor(Gtk::TreePath(std::to_string(std::clamp(path[0] + rows, 0, count - 1))));
 }
 
-// The window stays for a second press, which would hit the scale of a throttle below.
+// Waits for a possible second press of a double click, which would otherwise hit the throttle's
+// scale below the window.
 void ObjectFinder::choose_soon() {
   const std::chrono::milliseconds second_press{
       Gtk::Settings::get_default()->property_gtk_double_click_time()};
   choose_soon_ = Timeout::once(second_press, [this] { choose(); });
 }
 
-// A handler of `chosen` may end this window.
+// `chosen` may destroy this window.
 void ObjectFinder::choose() {
   const auto row = list_.get_selection()->get_selected();
   if (!row || !get_visible()) return;

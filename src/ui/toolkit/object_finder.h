@@ -13,11 +13,11 @@
 
 namespace zemblar {
 
-/// A small window in which one of many objects is found by typing a part of its name.
+/// A small window to choose one of many objects by typing a part of its name.
 ///
-/// Return and a click choose, Escape, New and another layout close it. The objects are those
-/// of the moment; one that ends leaves the list. `chosen` gets null for the row that chooses
-/// nothing, and is called once at most, after the window has been hidden.
+/// Return and a click choose. Escape, New and opening another layout close the window. The list
+/// follows the layout: an object that ends is removed. `chosen` is called at most once, after the
+/// window has been hidden, with null for the row that chooses nothing.
 class ObjectFinder : public Gtk::Window {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -33,7 +33,7 @@ class ObjectFinder : public Gtk::Window {
   void on_changed(const Object& object);
   void refill();
   void fill_from(Object& container, const std::string& text);
-  void drop(const Object& ending);
+  void remove_rows_of(const Object& ending);
   void append(Object* object, const Glib::ustring& name, const Glib::ustring& where);
   void move_cursor(int rows);
   void choose();
@@ -42,7 +42,7 @@ class ObjectFinder : public Gtk::Window {
   ObjectChoices choices_;
   ObjectMenuBase::Chosen chosen_;
   bool with_none_;
-  bool over_ = false;  // the document that it was for has gone
+  bool document_replaced_ = false;  // the document has been emptied or replaced
   Gtk::Entry text_;
   Gtk::TreeView list_;
   Glib::RefPtr<Gtk::ListStore> rows_;

@@ -13,7 +13,7 @@
 namespace zemblar {
 namespace {
 
-/// By the name under which a class is known to the toolkit: classes of many folders meet here.
+/// Icons by GObject type name, because the classes are defined in many folders.
 const std::map<std::string, Gtk::StockID>& icons_by_class() {
   static const std::map<std::string, Gtk::StockID> icons = {
       {"Layout", Gtk::Stock::HOME},

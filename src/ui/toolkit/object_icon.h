@@ -6,8 +6,8 @@ namespace zemblar {
 
 class Object;
 
-/// The stock item whose icon stands for the object in lists: one for each kind, and for a device
-/// whether it is in service. A class without an icon of its own has that of a plain file.
+/// The stock item with the icon of an object in lists. It depends on the class; for a device also
+/// on whether it is in service. A class without an icon of its own has that of a plain file.
 Gtk::StockID object_icon(const Object& object);
 
 }  // namespace zemblar

@@ -16,7 +16,7 @@
 namespace zemblar {
 namespace {
 
-/// Managed.
+/// A managed item.
 Gtk::MenuItem* make_item(const Glib::ustring& name, bool marked) {
   if (!marked) return Gtk::manage(new Gtk::MenuItem(name));
   auto* item = Gtk::manage(new Gtk::CheckMenuItem(name));
@@ -25,14 +25,14 @@ Gtk::MenuItem* make_item(const Glib::ustring& name, bool marked) {
   return item;
 }
 
-/// An item for an object that may end before it is chosen. Managed.
+/// A managed item for an object, which may end before it is chosen.
 Gtk::MenuItem* make_object_item(zemblar::Object& object, bool marked,
                                 const ObjectMenuBase::Chosen& chosen) {
   auto* item = make_item(object.get_name(), marked);
   const auto what = std::make_shared<ObjectRef<zemblar::Object>>(&object);
   object.signal_deleted().connect(sigc::track_obj([item] { item->set_sensitive(false); }, *item));
   item->signal_activate().connect([what, chosen] {
-    // The choice may end in the destruction of the menu.
+    // The handler may destroy the menu.
     const auto call = chosen;
     if (*what) call(what->get());
   });

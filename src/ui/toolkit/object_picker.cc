@@ -9,7 +9,7 @@
 namespace zemblar {
 namespace {
 
-/// Stops counting above `few`.
+/// Counts the objects, but stops above `few`.
 unsigned count(Object& container, const ObjectChoices& choices) {
   unsigned found = 0;
   for (auto* object : container) {

@@ -11,16 +11,17 @@
 
 namespace zemblar {
 
-/// Asks for one of the objects: by a menu, or by a window to search in when there are many.
+/// Lets the user choose an object: from a menu, or in an ObjectFinder when there are many.
 ///
-/// Whatever is open ends with the picker, so that `chosen` may refer to its owner.
+/// The picker closes its menu or window when it is destroyed, so `chosen` may refer to the owner of
+/// the picker.
 class ObjectPicker {
  public:
-  /// Up to so many objects a menu shows at a glance.
+  /// The largest number of objects for which a menu is shown.
   static constexpr unsigned few = 20;
 
   ~ObjectPicker();
-  /// Below the widget, or at the pointer when there is none.
+  /// Opens below the widget, or at the pointer if `below` is null.
   void ask(Gtk::Window* window, Gtk::Widget* below, const ObjectChoices& choices,
            ObjectMenuBase::Chosen chosen, bool with_none);
 

@@ -5,9 +5,9 @@
 
 namespace zemblar {
 
-/// A pointer to an Object that is not owned, and null once the object has ended.
+/// A non-owning pointer to an Object, which becomes null when the object ends.
 ///
-/// For widgets: a panel may stand for a moment longer than what it shows.
+/// For widgets, because a panel may exist a little longer than the object it shows.
 template <typename T>
 class ObjectRef {
  public:

@@ -22,7 +22,7 @@ Glib::RefPtr<Gdk::Pixbuf> load_resource(const std::string& path) {
 }
 
 Glib::RefPtr<Gdk::Pixbuf> load_picture(const std::string& path, int size) {
-  // A pipe would keep its reader waiting.
+  // Reading a pipe would block.
   if (!Glib::file_test(path, Glib::FILE_TEST_IS_REGULAR)) return {};
   try {
     const auto picture = Gdk::Pixbuf::create_from_file(path);

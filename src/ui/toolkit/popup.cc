@@ -28,7 +28,7 @@ void place_below(Gtk::Menu& menu, const Gdk::Rectangle& area, int& x, int& y) {
   y = std::max(0, fits_below ? below : area.get_y() - size.height);
 }
 
-/// Selects the marked entry, so that Return changes nothing; without one the first.
+/// Selects the marked entry, so that Return changes nothing, or else the first one.
 void select_chosen(Gtk::Menu& menu) {
   for (auto& item : menu.items()) {
     const auto* marked = dynamic_cast<const Gtk::CheckMenuItem*>(&item);
@@ -46,7 +46,8 @@ bool popup_below(Gtk::Menu& menu, Gtk::Widget& button) {
   return popup_below(menu, area_on_screen(button));
 }
 
-// A menu in which an entry is selected gets all input, whether it is seen or not.
+// Selects an entry only if the menu is shown, because a menu with a selected entry gets all input
+// even when hidden.
 bool popup_below(Gtk::Menu& menu, const Gdk::Rectangle& area) {
   menu.popup(
       [&menu, area](int& x, int& y, bool& push_in) {

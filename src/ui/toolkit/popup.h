@@ -14,16 +14,16 @@ class Widget;
 
 namespace zemblar {
 
-/// Pops up a menu under a button, at least as wide as the button, for the event that is being
-/// handled. The caller keeps the menu. Returns whether it is shown: it cannot be while another
-/// program holds the pointer.
+/// Shows a menu below a button, at least as wide as the button, for the present event. The caller
+/// owns the menu. False if the menu could not be shown, because another program has grabbed the
+/// pointer.
 bool popup_below(Gtk::Menu& menu, Gtk::Widget& button);
-/// The same under a part of the screen.
+/// The same below an area of the screen.
 bool popup_below(Gtk::Menu& menu, const Gdk::Rectangle& area);
 
-/// Ends a menu or a window in the turn after it was hidden, when its choice has been made:
-/// thousands of entries that follow their objects would cost much, and nobody sees them. `drop`
-/// belongs to the owner of what is shown.
+/// Destroys a menu or a window in the iteration of the main loop after it was hidden, when its
+/// handlers have run. Otherwise thousands of invisible entries would keep following their objects.
+/// `drop` is a member of the owner of `shown`.
 template <typename T>
 void drop_when_hidden(std::unique_ptr<T>& shown, ScopedConnection& drop) {
   shown->signal_hide().connect([&shown, &drop] {

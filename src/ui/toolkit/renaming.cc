@@ -7,7 +7,7 @@
 namespace zemblar {
 namespace {
 
-/// The last complaint; empty after a success.
+/// The last complaint; empty after an accepted name.
 Glib::ustring& last_complaint() {
   static Glib::ustring text;
   return text;

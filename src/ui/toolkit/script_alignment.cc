@@ -7,7 +7,7 @@ namespace zemblar {
 constinit Class<ScriptAlignment, Gtk::Alignment, Gtk::CellEditable> ScriptAlignment_Class(
     "ScriptAlignment");
 
-// Real numbers pass through the toolkit's argument list as double.
+// A variable argument list passes floating-point numbers as double.
 ScriptAlignment::ScriptAlignment(float xalign, float yalign, float xscale, float yscale)
     : Gtk::Alignment(Glib::ConstructParams(ScriptAlignment_Class.init(), "xalign", double{xalign},
                                            "yalign", double{yalign}, "xscale", double{xscale},

@@ -8,11 +8,11 @@
 
 namespace zemblar {
 
-/// Edits a cell of a tree with one widget that need not cover the cell.
+/// Edits a cell of a tree with one widget, which may be smaller than the cell.
 class ScriptAlignment : public Gtk::Alignment, public Gtk::CellEditable {
  public:
-  /// Where the widget lies in the room that is left, from 0 (left, top) to 1, and which part of
-  /// that room it takes.
+  /// Position of the widget in the free space, from 0 (left, top) to 1, and the fraction of the
+  /// free space that it fills.
   explicit ScriptAlignment(float xalign = 0.5F, float yalign = 0.5F, float xscale = 1,
                            float yscale = 1);
 

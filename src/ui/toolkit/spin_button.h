@@ -9,7 +9,8 @@ namespace zemblar {
 
 /// Edits a number, also as a cell of a tree.
 ///
-/// The arrow keys step the number there too, where the toolkit's own would end the editing.
+/// In a cell too, the arrow keys change the number; those of the toolkit's spin button would end
+/// the editing.
 class SpinButton : public Gtk::SpinButton {
  public:
   explicit SpinButton(double climb_rate = 0, unsigned digits = 0);

@@ -15,7 +15,7 @@ extern const Gtk::StockID track_power_off;
 extern const Gtk::StockID track_power_on;
 extern const Gtk::StockID disconnect;  ///< icon only
 extern const Gtk::StockID connect;     ///< icon only
-extern const Gtk::StockID no_power;    ///< icon only: in service, and the track power is off
+extern const Gtk::StockID no_power;    ///< icon only: a station in service with its track power off
 extern const Gtk::StockID locomotive;  ///< icon only
 extern const Gtk::StockID add_crossing;
 extern const Gtk::StockID add_label;
@@ -24,7 +24,7 @@ extern const Gtk::StockID add_scissor;
 extern const Gtk::StockID add_signal;
 extern const Gtk::StockID add_zone;
 
-/// Makes labels and icons known to the toolkit. Once, after the toolkit has set the locale.
+/// Registers labels and icons with the toolkit. Call once, after the toolkit has set the locale.
 void register_items();
 
 }  // namespace zemblar::stock

@@ -14,12 +14,13 @@ bool is_outside(const XButtonEvent& press) {
   return press.x < 0 || press.y < 0 || press.x >= width || press.y >= height;
 }
 
-/// The number of the first request that may have taken the pointer: each before it came when nobody
-/// held the pointer.
+/// Serial number of the first X request that may have grabbed the pointer. Events with a lower
+/// number happened without a grab.
 unsigned long first_grab = 0;
 
-// An open menu takes presses anywhere on the screen, which close it. GDK asks whether the pointer
-// was held when the press happened, not whether it is held by now.
+// True if the pointer may have been grabbed when the event happened. An open menu grabs it and
+// needs presses anywhere on the screen, which close it. GDK too considers the grab at the time of
+// the press, not the present one.
 bool was_grabbed(const XAnyEvent& event) {
   if (!gdk_pointer_is_grabbed()) first_grab = XNextRequest(event.display);
   return event.serial >= first_grab;

@@ -5,7 +5,7 @@
 namespace zemblar {
 namespace {
 
-constexpr int designed_height = 15;  // of a line of letters, in pixels
+constexpr int designed_height = 15;  // height in pixels of a line of text in the design font
 
 int within(int length, int screen) {
   return std::min(length, screen * 9 / 10);

@@ -2,8 +2,8 @@
 
 namespace zemblar {
 
-/// Marks the time in which a widget is brought up to date with its model, so that the widget's own
-/// signals are not taken for a person's wish.
+/// Sets a flag while a widget is updated from its model, so that the handlers of the widget's
+/// signals can tell this from input by the user.
 ///
 ///     void Panel::follow() {
 ///       const UpdateGuard scope(updating_);

@@ -9,14 +9,15 @@ namespace {
 
 using Widgets = std::vector<GtkWidget*>;
 
-/// Adds references to a widget and to all below it.
+/// Appends a widget and all its descendants to the list, each with a reference.
 void hold(GtkWidget* widget, gpointer widgets) {
   static_cast<Widgets*>(widgets)->push_back(GTK_WIDGET(g_object_ref(widget)));
   if (GTK_IS_CONTAINER(widget)) gtk_container_forall(GTK_CONTAINER(widget), &hold, widgets);
 }
 
-// As the widget's own end would do it, which no longer can by then without a leak of 48 bytes: it
-// notes in the widget's data that the wrapper has gone while these are being cleared.
+// Detaches the C++ wrapper of a managed widget. If the destruction of the widget did it, that would
+// leak 48 bytes, because it stores a note about the wrapper in the widget's data while these are
+// being cleared.
 void end_wrapper(GtkWidget* widget) {
   auto* wrapper = Glib::ObjectBase::_get_current_wrapper(G_OBJECT(widget));
   auto* managed = dynamic_cast<Gtk::Object*>(wrapper);

@@ -7,13 +7,14 @@ class Widget;
 
 namespace zemblar {
 
-/// Ends a managed widget with all managed widgets in it, at once and whoever else holds them.
+/// Destroys a managed widget with all managed widgets in it at once, even if other references
+/// exist.
 ///
-/// Gtk::Container::remove is no way to do that: it takes a reference to a managed widget, which
-/// nobody gives back.
+/// Gtk::Container::remove does not do that: it takes a reference to a managed widget that is never
+/// released.
 void end_widget(Gtk::Widget& widget);
 
-/// The same for each child of a container. All of them are managed.
+/// The same for each child of a container; all children must be managed.
 void end_children(Gtk::Container& container);
 
 }  // namespace zemblar
