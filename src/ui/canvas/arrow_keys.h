@@ -8,7 +8,8 @@
 
 namespace zemblar {
 
-/// The way of an arrow key, the keypad's included, of length 1; nothing for any other key.
+/// The direction of an arrow key, also on the keypad, as a vector of length 1; no value for any
+/// other key.
 [[nodiscard]] inline std::optional<Vector> arrow_way(unsigned key) {
   switch (key) {
     case GDK_KEY_Left:

@@ -8,7 +8,7 @@
 namespace zemblar {
 namespace {
 
-/// As cairo's FORMAT_RGB24 has them.
+/// True if the pixels of the image have the layout of cairo's FORMAT_RGB24.
 bool holds_rgb24(GdkImage* image) {
   const auto* visual = gdk_image_get_visual(image);
   return visual &&

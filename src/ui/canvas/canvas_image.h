@@ -9,31 +9,32 @@
 
 namespace zemblar {
 
-/// What a canvas shows, and the image in which it is drawn: the pixmap is the window system's, from
-/// where copies to a window cost next to nothing; cairo draws in memory several times faster than
-/// there. The memory is shared with the window system if that can be, so that nothing is sent.
+/// The picture of a canvas: a pixmap that is shown, and an image in memory in which it is drawn.
+/// The pixmap is kept by the window system, so copying it to a window costs next to nothing. Cairo
+/// draws in memory several times faster than in a pixmap. If possible, the memory is shared with
+/// the window system, so that no pixels are sent.
 class CanvasImage {
  public:
-  /// Both of that size in pixels, for that window; at least one each.
+  /// Makes both for the window, with this size in pixels; width and height must be at least 1.
   CanvasImage(const Glib::RefPtr<Gdk::Window>& window, int width, int height);
 
   [[nodiscard]] bool has_size(int width, int height) const;
-  /// Where to draw, in pixels. What is there is what was drawn last.
+  /// The context for drawing, in pixels. The image still has what was drawn last.
   [[nodiscard]] Cairo::RefPtr<Cairo::Context> context();
-  /// Not to draw there, but to see how large things are.
+  /// A context for measuring only, not for drawing.
   [[nodiscard]] Cairo::RefPtr<Cairo::Context> measure() const;
-  /// Shows these parts, given in whole pixels.
+  /// Copies these parts, given in whole pixels, to the pixmap.
   void show(const std::vector<PixelBox>& parts);
   [[nodiscard]] const Glib::RefPtr<Gdk::Pixmap>& pixmap() const { return pixmap_; }
 
  private:
   Glib::RefPtr<Gdk::Pixmap> pixmap_;
-  Glib::RefPtr<Gdk::Image> memory_;  // null where cairo knows no such pixels
+  Glib::RefPtr<Gdk::Image> memory_;  // null if cairo cannot draw in its pixel format
   Cairo::RefPtr<Cairo::ImageSurface> surface_;
-  bool read_ = true;  // by the window system, after the last call of `show`
+  bool read_ = true;  // whether the window system has read the image since the last `show`
 };
 
-/// Confines drawing to these parts, given in pixels.
+/// Limits drawing to these parts, given in pixels.
 void clip_to(const Cairo::RefPtr<Cairo::Context>& context, const std::vector<PixelBox>& parts);
 
 }  // namespace zemblar

@@ -14,23 +14,24 @@ namespace {
 
 constexpr double zoom_step = 1.1;
 constexpr double least_zoom = 0.02;
-/// Beyond some forty, letters are larger than the font library can make them, and it stays broken.
+/// Above a zoom of about forty, letters are too large for the font library, which then fails
+/// permanently.
 constexpr double most_zoom = 16;
-constexpr double part_of_canvas = 0.96;  // a margin stays
+constexpr double part_of_canvas = 0.96;  // leaves a margin
 constexpr double sight_margin = 16;      // pixels
 constexpr double key_step = 40;          // pixels
-/// The window system has no larger ones.
+/// In pixels; limit of the window system.
 constexpr int largest_pixmap = 32767;
-/// A rail is drawn within its box by as much; in pixels at zoom 1.
+/// Distance of a rail from the edge of its box, in pixels at zoom 1.
 constexpr double slack = 12;
-/// Beyond this many places the whole is drawn at once.
+/// With more parts than this everything is redrawn.
 constexpr std::size_t most_parts = 64;
 
 }  // namespace
 
 DiagramCanvas::DiagramCanvas(View& view, const Glib::ustring& hint) : view_(view), hint_(hint) {
   set_can_focus();
-  // The canvas keeps a pixmap of its own.
+  // The canvas has its own pixmap.
   set_double_buffered(false);
   add_events(Gdk::BUTTON_PRESS_MASK | Gdk::BUTTON_RELEASE_MASK | Gdk::POINTER_MOTION_MASK |
              Gdk::SCROLL_MASK);
@@ -71,7 +72,7 @@ void DiagramCanvas::on_view_changed() {
   }
 }
 
-// Where it was drawn, and where it will be.
+// Redraws both the former and the new area of the object.
 void DiagramCanvas::on_object_changed(ViewObj& object) {
   if (dirty_) return;
   if (floats(object)) return queue_draw();
@@ -79,7 +80,7 @@ void DiagramCanvas::on_object_changed(ViewObj& object) {
   context->set_matrix(matrix_);
   auto& box = boxes_[&object];
   const auto former = std::exchange(box, box_of(context, object));
-  if (!(former == box)) look_soon();
+  if (!(former == box)) check_visibility_soon();
   const auto part = former.united(box).intersected({0, 0, size().x, size().y}).whole();
   if (part.empty()) return;
   if (stale_.empty() || !(stale_.back() == part)) stale_.push_back(part);
@@ -109,8 +110,8 @@ void DiagramCanvas::update() {
   }
 }
 
-// While somebody could draw on the window by another way, the toolkit spares it the buffer that it
-// makes for each expose otherwise, which the window system clears for nothing.
+// While a cairo context of the window exists, the toolkit does not make a buffer for each expose,
+// which the window system would clear needlessly. So `direct_` is kept.
 bool DiagramCanvas::on_expose_event(GdkEventExpose* event) {
   if (fit_waits_) show_whole();
   update();
@@ -120,13 +121,13 @@ bool DiagramCanvas::on_expose_event(GdkEventExpose* event) {
                               area.width, area.height);
   if (!floating_.empty()) draw_floating(*event);
   const auto former = std::exchange(seen_, visible_box());
-  if (!(seen_ == former)) look_soon();
+  if (!(seen_ == former)) check_visibility_soon();
   return true;
 }
 
 void DiagramCanvas::on_map() {
   Gtk::DrawingArea::on_map();
-  look_soon();
+  check_visibility_soon();
 }
 
 void DiagramCanvas::on_size_allocate(Gtk::Allocation& allocation) {
@@ -182,7 +183,7 @@ void DiagramCanvas::repaint(int width, int height) {
   stale_tags_.clear();
   update_tags_soon();
   dirty_ = false;
-  look_soon();
+  check_visibility_soon();
 }
 
 void DiagramCanvas::paint_background(const Context& context) {
@@ -195,9 +196,9 @@ void DiagramCanvas::paint_background(const Context& context) {
   }
 }
 
-// What lies over or under a part is drawn again as well, and every pixel is as a whole picture
-// would have it. For that the objects are not clipped: an edge that is cut is rounded otherwise.
-// The image holds rubbish around the parts then, which goes nowhere.
+// Redraws everything that overlaps the parts, so that each pixel is the same as after a full
+// repaint. The objects are not clipped, because clipping changes the antialiasing of edges. So the
+// image has wrong pixels around the parts, which are not shown.
 void DiagramCanvas::repaint_parts() {
   ++repaints_.parts;
   const auto parts = std::exchange(stale_, {});
@@ -261,7 +262,7 @@ void DiagramCanvas::paint_tags() {
   whole_table_ = tags_.table().size();
 }
 
-// Tags are numbered on. When there are too many of them, all begin anew.
+// Adds new tag numbers. When there are too many, all tags are painted anew.
 void DiagramCanvas::paint_tags_in(const PixelBox& part) {
   const auto& context = tags_.context();
   context->save();
@@ -285,7 +286,7 @@ Vector DiagramCanvas::size() const {
   return {static_cast<double>(get_width()), static_cast<double>(get_height())};
 }
 
-// A picture stands in the middle; without one the origin of the view does.
+// Centres the picture; without one, the origin of the view.
 void DiagramCanvas::place_view() {
   const Vector picture{static_cast<double>(view_.image().width()),
                        static_cast<double>(view_.image().height())};
@@ -319,7 +320,7 @@ void DiagramCanvas::bring_into_sight(const PixelBox& box) {
   const auto way = [](double from, double to, double seen_from, double seen_to) {
     const double before = seen_from + sight_margin - from;
     const double beyond = to + sight_margin - seen_to;
-    if (before > 0 && beyond > 0) return 0.0;  // the box fills what is seen
+    if (before > 0 && beyond > 0) return 0.0;  // the box exceeds the visible part on both sides
     if (before > 0) return before;
     return beyond > 0 ? std::max(-beyond, before) : 0;
   };
@@ -330,7 +331,8 @@ void DiagramCanvas::bring_into_sight(const PixelBox& box) {
   invalidate();
 }
 
-// In pixels, of the railway without what is there to edit it; empty when there is nothing.
+// The box around the railway, without nodes and handles, and the picture, in pixels; empty for an
+// empty view.
 PixelBox DiagramCanvas::drawn_box() {
   update();
   const auto context = image_->measure();
@@ -347,7 +349,7 @@ PixelBox DiagramCanvas::drawn_box() {
   return all.value_or(PixelBox{});
 }
 
-// In pixels. A canvas with a large picture is seen in part, as it is scrolled.
+// A canvas with a large picture is larger than its window and scrolled, so only a part is visible.
 PixelBox DiagramCanvas::visible_box() const {
   const auto window = const_cast<DiagramCanvas*>(this)->get_window();
   GdkRectangle seen{};
@@ -361,28 +363,29 @@ PixelBox DiagramCanvas::visible_box() const {
           static_cast<double>(seen.x + seen.width), static_cast<double>(seen.y + seen.height)};
 }
 
-void DiagramCanvas::look_soon() {
-  if (look_soon_.connected()) return;
-  look_soon_ = Glib::signal_idle().connect([this] { return look(), false; }, Glib::PRIORITY_LOW);
+void DiagramCanvas::check_visibility_soon() {
+  if (check_soon_.connected()) return;
+  check_soon_ =
+      Glib::signal_idle().connect([this] { return check_visibility(), false; }, Glib::PRIORITY_LOW);
 }
 
-// Not during a drag, at the end of which everything is drawn anew.
-void DiagramCanvas::look() {
+// Skipped during a drag, after which everything is drawn anew.
+void DiagramCanvas::check_visibility() {
   if (!floating_.empty() || !get_mapped()) return;
   const auto box = drawn_box();
   const auto seen = visible_box();
   const auto cut = box.intersected(seen);
   const auto beyond = (box.extent() - cut.extent());
   all_seen_ = box.empty() || (!cut.empty() && beyond.x <= slack && beyond.y <= slack);
-  signal_looked_.emit();
+  signal_visibility_checked_.emit();
 }
 
-// A canvas that has not been laid out is one pixel large.
+// Before the first layout a canvas has a size of one pixel.
 bool DiagramCanvas::has_size() const {
   return get_realized() && get_width() > 1 && get_height() > 1;
 }
 
-// Twice: names and edges have the same size in pixels at any zoom, or nearly so.
+// Computes the zoom twice, because names and edges have nearly the same size in pixels at any zoom.
 void DiagramCanvas::show_whole() {
   fit_waits_ = !has_size();
   if (fit_waits_) return;
@@ -417,7 +420,7 @@ void DiagramCanvas::zoom_out() {
 
 bool DiagramCanvas::on_button_press_event(GdkEventButton* event) {
   if (event->type != GDK_BUTTON_PRESS || event->button != 2) return false;
-  // What another button does goes on.
+  // An action of another button continues.
   if (mode_ != Mode::idle && mode_ != Mode::panning) return false;
   last_x_ = event->x;
   last_y_ = event->y;
@@ -433,7 +436,7 @@ bool DiagramCanvas::on_button_release_event(GdkEventButton* event) {
 
 bool DiagramCanvas::on_motion_notify_event(GdkEventMotion* event) {
   if (mode_ != Mode::panning) return false;
-  // Released where nobody told.
+  // The button was released without an event for the canvas.
   if ((event->state & GDK_BUTTON2_MASK) == 0) {
     mode_ = Mode::idle;
     return true;
@@ -483,7 +486,7 @@ std::shared_ptr<const ViewTag> DiagramCanvas::hit_near(
   return nearest;
 }
 
-// What is under the pointer stays there.
+// Keeps the place under the pointer fixed.
 void DiagramCanvas::zoom_about(const Vector& pointer, double factor, double share) {
   const double zoom = zoom_ * factor;
   if (zoom < least_zoom || zoom > most_zoom) return;

@@ -13,62 +13,63 @@
 
 namespace zemblar {
 
-/// A canvas that shows a view, which must outlive it: zoomed with the wheel about the pointer,
-/// panned with the middle button.
+/// A canvas that shows a view. The wheel zooms at the pointer, the middle button pans. The view
+/// must outlive the canvas.
 ///
-/// What is shown is kept as a pixmap, which is copied when the window system asks. It is drawn in
-/// an image: anew as a whole when anything may have changed, and only around the object when one
-/// has; several changes in a row are one repaint. Beside it a picture of tags says what is under
-/// the pointer. It is brought up to date when the window shows the change and nothing else waits,
-/// or before that if the pointer asks.
+/// The picture is kept in a CanvasImage, whose pixmap is copied at each expose event. When a single
+/// object changes, only the area around it is redrawn; when anything may have changed, everything
+/// is. Several changes in a row cause one repaint. A TagImage of the same size tells what is under
+/// the pointer. It is updated when the window shows the change and the main loop is idle, or
+/// earlier when `hit` is called.
 class DiagramCanvas : public Gtk::DrawingArea {
  public:
-  /// Both displays; the hint stands in the middle of an empty view.
+  /// `hint` is a text in the middle of an empty view.
   DiagramCanvas(View& view, const Glib::ustring& hint);
 
   [[nodiscard]] View& get_view() const { return view_; }
   [[nodiscard]] double get_zoom() const { return zoom_; }
-  /// The place of the view that is under a place of the canvas, and back.
+  /// Converts between places on the canvas, in pixels, and in the view, in diagram units.
   [[nodiscard]] Vector to_view(const Vector& place) const;
   [[nodiscard]] Vector to_canvas(const Vector& place) const;
-  /// What is under a place of the canvas; null for nothing. Only after an update; who keeps it
-  /// beyond the next one copies it.
+  /// The tag at a place of the canvas, or null. Call `update` before; copy the pointer to keep it
+  /// beyond the next update.
   [[nodiscard]] const std::shared_ptr<const ViewTag>& hit(double x, double y) {
     if (tags_wait_) update_tags();
     return tags_.hit(x, y);
   }
 
-  /// The wanted tag that is nearest to a place of the canvas, within `reach` pixels; null for none.
+  /// The nearest tag for which `wanted` is true, within `reach` pixels of a place of the canvas;
+  /// null for none.
   [[nodiscard]] std::shared_ptr<const ViewTag> hit_near(
       const Vector& place, int reach, const std::function<bool(const ViewTag&)>& wanted);
 
-  /// The drawing and the picture as a whole, in the middle of what can be seen of the canvas; no
-  /// larger than they are. A canvas without a size does it when it has got one.
+  /// Zooms and pans so that the whole drawing with its picture is visible, centred in the visible
+  /// part of the canvas, at a zoom of at most 1. If the canvas has no size yet, this happens as
+  /// soon as it has one.
   void show_whole();
-  /// The part of the canvas that the railway of an object covers, in pixels, without nodes and
-  /// handles.
+  /// The area of an object on the canvas, in pixels, without nodes and handles.
   [[nodiscard]] PixelBox box_on_canvas(ViewObj& object);
-  /// By one step of the wheel, about the middle of what can be seen.
+  /// Zoom by one step of the wheel, around the middle of the visible part.
   void zoom_in();
   void zoom_out();
 
-  /// Whether the drawing and the picture were in sight as a whole when that was last looked at.
+  /// True if the whole drawing with its picture was visible at the last check.
   [[nodiscard]] bool is_all_seen() const { return all_seen_; }
-  /// Emitted when is_all_seen is known anew, some time after the picture or its visible part has
-  /// changed.
-  sigc::signal<void>& signal_looked() { return signal_looked_; }
+  /// Emitted after each check for `is_all_seen`, some time after the picture or its visible part
+  /// has changed.
+  sigc::signal<void>& signal_visibility_checked() { return signal_visibility_checked_; }
 
-  /// Everything has to be drawn anew.
+  /// Requests that everything is drawn anew.
   void invalidate();
-  /// How often the canvas has been drawn, as a whole and in part.
+  /// Number of repaints, of the whole picture and of parts.
   struct Repaints {
     unsigned whole = 0;
     unsigned parts = 0;
   };
   [[nodiscard]] const Repaints& repaints() const { return repaints_; }
-  /// Brings image and pixmap up to date; does nothing when they are.
+  /// Brings image and pixmap up to date, if they are not.
   void update();
-  /// What is shown; only after an update.
+  /// The shown picture. Call `update` before.
   [[nodiscard]] const Glib::RefPtr<Gdk::Pixmap>& pixmap() const { return image_->pixmap(); }
 
  protected:
@@ -76,7 +77,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
 
   virtual void draw_object(const Context& context, ViewObj& object) = 0;
   virtual void draw_tags(const Context& context, ViewObj& object, SelectionTable& table) = 0;
-  /// On the window, over objects that are being moved.
+  /// Draws on the window over the floating objects.
   virtual void draw_over(const Context& /*context*/) {}
   [[nodiscard]] virtual PixelBox box_of(const Context& context, ViewObj& object) = 0;
 
@@ -89,25 +90,27 @@ class DiagramCanvas : public Gtk::DrawingArea {
   bool on_button_release_event(GdkEventButton* event) override;
   bool on_motion_notify_event(GdkEventMotion* event) override;
   bool on_scroll_event(GdkEventScroll* event) override;
-  /// Arrows move the picture.
+  /// Arrow keys pan.
   bool on_key_press_event(GdkEventKey* event) override;
 
-  /// What the pointer is doing. A display that is only looked at pans.
+  /// What the pointer is doing. The operating display only pans.
   enum class Mode { idle = 0, pressed = 1, dragging = 2, placing = 3, panning = 4 };
   Mode mode_ = Mode::idle;
   double last_x_ = 0;
   double last_y_ = 0;
 
-  /// The drawing may reach further, or less far.
-  void look_soon();
-  /// Pans until the box lies where the window shows the canvas; its left upper corner if it is too
-  /// large.
+  /// Call when the extent of the drawing may have changed: checks `is_all_seen` when the main loop
+  /// is idle.
+  void check_visibility_soon();
+  /// Pans until the box, given in pixels, is in the visible part. If the box is larger than that,
+  /// its top left corner is shown.
   void bring_into_sight(const PixelBox& box);
 
-  /// The part of the canvas that the window shows, in pixels.
+  /// The visible part of the canvas, in pixels.
   [[nodiscard]] PixelBox visible_box() const;
 
-  /// Objects that are being moved: left out of the kept picture, and drawn over it on the window.
+  /// Sets the floating objects, those that are being moved. They are not drawn in the kept picture,
+  /// but over it on the window.
   void set_floating(std::vector<ViewObj*> objects);
 
  private:
@@ -119,7 +122,7 @@ class DiagramCanvas : public Gtk::DrawingArea {
   [[nodiscard]] bool has_size() const;
   void place_view();
   [[nodiscard]] PixelBox drawn_box();
-  void look();
+  void check_visibility();
 
   void repaint(int width, int height);
   void repaint_parts();
@@ -142,27 +145,27 @@ class DiagramCanvas : public Gtk::DrawingArea {
   Cairo::Matrix matrix_ = Cairo::identity_matrix();
 
   bool dirty_ = true;
-  bool fit_waits_ = false;            // show_whole, for a size
-  std::optional<CanvasImage> image_;  // none before the first update
-  Context direct_;                    // on the window; see on_expose_event
+  bool fit_waits_ = false;            // show_whole waits for a size
+  std::optional<CanvasImage> image_;  // no value before the first update
+  Context direct_;                    // unused, but speeds up exposes; see on_expose_event
   TagImage tags_;
-  bool tags_wait_ = false;            // to be painted anew
-  std::vector<PixelBox> stale_tags_;  // only there; everywhere when empty
-  std::size_t whole_table_ = 0;       // how many tags a whole picture has
+  bool tags_wait_ = false;            // the tag image is out of date
+  std::vector<PixelBox> stale_tags_;  // the parts that are out of date; empty means all
+  std::size_t whole_table_ = 0;       // number of tags when last painted as a whole
   std::unordered_map<const ViewObj*, PixelBox> boxes_;
-  std::vector<PixelBox> stale_;  // to be drawn anew
+  std::vector<PixelBox> stale_;  // parts to be drawn anew
   std::vector<ViewObj*> floating_;
   ScopedConnection floating_removed_;
   Repaints repaints_;
-  PixelBox seen_;  // at the last expose
+  PixelBox seen_;  // the visible box at the last expose
   bool all_seen_ = true;
-  sigc::signal<void> signal_looked_;
+  sigc::signal<void> signal_visibility_checked_;
   ScopedConnection view_changed_;
   ScopedConnection object_added_;
   ScopedConnection colour_changed_;
   ScopedConnection image_changed_;
   ScopedConnection tags_soon_;
-  ScopedConnection look_soon_;
+  ScopedConnection check_soon_;
 };
 
 }  // namespace zemblar

@@ -45,7 +45,7 @@ constexpr Kind with_make(Kind kind, Object& (*make)()) {
   return kind;
 }
 
-/// In the order of DiagramKind.
+/// Indexed by DiagramKind.
 constexpr std::array<Kind, 6> kinds = {
     with_make(kind_of<Point, ViewPoint>(Section::points, N_("Points")), make_point<Point>),
     with_make(kind_of<Zone, ViewZone>(Section::blocks, N_("Zones")), make_block<Zone>),

@@ -7,13 +7,13 @@ namespace zemblar {
 
 class ViewObj;
 
-// What the editor's tools make.
+// Objects made by the editor's tools.
 
-/// A new object of the current layout, to be shown by that kind of diagram object.
+/// Makes a new object in the current layout, of the class that this kind of diagram object shows.
 Object& make_object(DiagramKind kind);
-/// A diagram object for it, at the origin; the caller puts it into a view.
+/// Makes a diagram object for an object, at the origin; the caller puts it into a view.
 [[nodiscard]] ViewObj* draw_object(DiagramKind kind, Object& object);
-/// The objects of the layout that that kind can show.
+/// The objects of the layout that this kind can show.
 [[nodiscard]] ObjectChoices choices_for(DiagramKind kind);
 
 }  // namespace zemblar

@@ -1,4 +1,4 @@
-// How the canvas of the track editor keeps what is drawn on a grid.
+// The grid of the track editor's canvas.
 
 #include <cmath>
 
@@ -10,16 +10,16 @@
 namespace zemblar {
 namespace {
 
-/// Of the arrow keys, without a grid; in diagram units.
+/// Step of the arrow keys without a grid, in diagram units.
 constexpr double coarse = 8;
 
-/// 0 for no grid.
+/// The step of the grid; 0 for no grid, or while Alt is held.
 double grid_step(unsigned state) {
   return (state & GDK_MOD1_MASK) != 0 ? 0 : GlobalOptions::get().get_grid();
 }
 
 double next_multiple(double value, double way, double step) {
-  // A value that is nearly on a line goes on to the one behind it.
+  // A value that is nearly on a grid line goes to the following line.
   constexpr double near = 1e-6;
   if (way == 0) return value;
   return way > 0 ? (std::floor(value / step + near) + 1) * step
@@ -30,7 +30,7 @@ double next_multiple(double value, double way, double step) {
 
 // --- By the pointer ---
 
-// A piece goes by its anchor, which is where its first end lies; a node or a handle by itself.
+// An object snaps with its anchor, the place of its first end; a node or a handle snaps itself.
 void EditorView::drag_to(const Vector& pointer, unsigned state) {
   if (!tag_) return;
   auto& object = *tag_->object;
@@ -39,13 +39,13 @@ void EditorView::drag_to(const Vector& pointer, unsigned state) {
   const auto* part = dynamic_cast<const ViewNode::Tag*>(tag_.get());
   if (!part) return object.drag_move(*tag_, on_grid(place - grip_, step) + grip_);
   object.drag_move(*tag_, on_grid(place, step));
-  // A slanting handle has any length.
+  // A handle that is not horizontal or vertical gets an arbitrary length, which is rounded.
   auto& node = *part->node;
   if (part->part == ViewNode::left_handle) node.set_left_handle(on_grid({node.left, 0}, 0).x);
   if (part->part == ViewNode::right_handle) node.set_right_handle(on_grid({node.right, 0}, 0).x);
 }
 
-// A new object follows the pointer by its middle, and stands on the grid by its anchor.
+// The middle of a new object follows the pointer; its anchor snaps to the grid.
 void EditorView::place_at(const Vector& pointer, unsigned state) {
   if (!placed_) return;
   const auto place = to_view(pointer);

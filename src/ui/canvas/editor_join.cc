@@ -1,4 +1,4 @@
-// How the canvas of the track editor joins ends of track, by the pointer and by keys.
+// Joining ends of track in the track editor, by the pointer and by keys.
 
 #include <atkmm/object.h>
 
@@ -25,7 +25,7 @@ Glib::ustring name_of(const ViewLinkNode& end) {
   return shown ? shown->get_name() : "";
 }
 
-/// Empty for a free end.
+/// The name of the block or object joined to an end; empty for a free end.
 Glib::ustring partner_name(const ViewLinkNode& end) {
   const auto* link = end.get_block_link();
   if (link && link->is_connected()) return link->get_partner()->get_block()->get_name();
@@ -38,7 +38,7 @@ Glib::ustring taken_text(const ViewLinkNode& end) {
                                 name_of(end), partner_name(end));
 }
 
-/// Why the two cannot be joined, `other` being null where no end is.
+/// The message why `end` cannot be joined to `other`, which is null if there is no end.
 Glib::ustring why_not(const ViewLinkNode& end, const ViewLinkNode* other) {
   const Glib::ustring none =
       _("Nothing was joined: no end of another piece is there. A mark shows one that is met.");
@@ -83,7 +83,7 @@ void EditorView::aim(const Vector& pointer, bool joins) {
   if (dragged_end()) queue_draw();
 }
 
-// The target is at the pointer, or at the place where the grid has put the end.
+// The end at the pointer, or at the place of the dragged end, which may differ because of the grid.
 ViewLinkNode* EditorView::target_at(const Vector& pointer) {
   auto* end = dragged_end();
   if (!end) return nullptr;
@@ -91,7 +91,7 @@ ViewLinkNode* EditorView::target_at(const Vector& pointer) {
   return end_of(hit_about(to_canvas(end->pos)).get());
 }
 
-// No other mark of the canvas has this shape.
+// Marks the target with a diamond, a shape that no other mark has.
 void EditorView::draw_over(const Context& context) {
   const auto* target = joins_ ? target_at(pointer_) : nullptr;
   if (!target) return;
@@ -105,7 +105,7 @@ void EditorView::draw_over(const Context& context) {
   context->stroke();
 }
 
-// Any end but the one that is dragged and the one that is joined to it and so moves with it.
+// An end near the pointer, except the dragged one and its joined partner, which moves with it.
 ViewLinkNode* EditorView::end_near(const Vector& pointer) const {
   const auto place = to_view(pointer);
   const auto* dragged = dragged_end();
@@ -131,7 +131,7 @@ void EditorView::join_at(const Vector& pointer) {
   if (auto* target = target_at(pointer)) return join(*end, *target);
   const auto* met = end_near(pointer);
   refuse(why_not(*end, met));
-  // The end goes back: two ends on one place look joined.
+  // Moves the end back, because two ends at the same place look joined.
   if (met) tag_->object->drag_move(*tag_, came_from_);
 }
 
@@ -148,7 +148,7 @@ void EditorView::refuse(const Glib::ustring& reason) {
 
 // --- By keys ---
 
-// The end that is chosen, with the free end of another object that is nearest to it.
+// Joins the chosen end with the nearest free end of another object.
 void EditorView::join_nearest() {
   const auto part = current_part();
   auto* end = end_of(part.get());
@@ -164,11 +164,11 @@ void EditorView::join_nearest() {
     }
   }
   if (nearest) {
-    const auto told =
+    const auto message =
         Glib::ustring::compose(_("Joined “%1” with “%2”."), name_of(*end), name_of(*nearest));
     join(*end, *nearest);
     describe();
-    return set_status(told);
+    return set_status(message);
   }
   if (!partner_name(*end).empty()) return refuse(taken_text(*end));
   refuse(_("Nothing was joined: no other piece of this view has a free end."));
@@ -187,7 +187,7 @@ Glib::ustring EditorView::description_of(const ViewTag& part) const {
   return Glib::ustring::compose(_("end joined with “%1”"), partner);
 }
 
-// The description names the selected object and the part that keys act on, and says where it lies.
+// Sets the accessible description: the selected object, the part that keys act on, and its place.
 void EditorView::describe() {
   Glib::ustring text;
   if (selected_) {

@@ -1,4 +1,4 @@
-// What keys do on the canvas of the track editor: whatever the pointer does there.
+// Keyboard control of the track editor's canvas: everything that the pointer can do.
 
 #include <gdk/gdkkeysyms.h>
 #include <gtkmm/window.h>
@@ -22,7 +22,7 @@ bool is_control(guint key) {
   return key == GDK_KEY_Control_L || key == GDK_KEY_Control_R;
 }
 
-/// Of a node or a handle; nothing for a part without a place of its own.
+/// The place of a node or a handle; no value for any other part.
 std::optional<Vector> place_of(const ViewTag& tag) {
   const auto* part = dynamic_cast<const ViewNode::Tag*>(&tag);
   if (!part) return {};
@@ -79,13 +79,13 @@ bool EditorView::on_key_release_event(GdkEventKey* event) {
 
 bool EditorView::on_focus_out_event(GdkEventFocus* event) {
   nudging_.reset();
-  // Changes in a field of the window are steps of their own.
+  // Later changes in a field of the window are separate steps.
   const auto* window = dynamic_cast<Gtk::Window*>(get_toplevel());
   if (window && window->get_focus() != this) placing_.reset();
   return DiagramCanvas::on_focus_out_event(event);
 }
 
-// The menu opens beside the part.
+// Opens the menu beside the current part.
 bool EditorView::show_part_menu() {
   const auto part = mode_ == Mode::idle ? current_part() : Tag{};
   if (!part) return true;
@@ -102,7 +102,7 @@ bool EditorView::show_part_menu() {
 
 // --- What keys act on ---
 
-// In the order in which they are painted: stretches of track, nodes, handles.
+// The parts in the order of painting: segments of track, nodes, handles.
 SelectionTable EditorView::parts_of(ViewObj& object) {
   const auto nowhere = Cairo::ImageSurface::create(Cairo::FORMAT_RGB24, 1, 1);
   SelectionTable parts;
@@ -117,7 +117,7 @@ EditorView::Tag EditorView::current_part() {
   return parts.at(std::min(part_.value_or(0), parts.size() - 1));
 }
 
-// A node and a handle get a ring, a stretch gets the colour of what is selected.
+// A node or a handle gets a ring, a segment gets the selection colour.
 void EditorView::draw_current_part(const Context& context) {
   const auto part = part_ ? current_part() : Tag{};
   if (!part) return;
@@ -133,7 +133,7 @@ void EditorView::draw_current_part(const Context& context) {
   context->stroke();
 }
 
-// At the end the focus goes on to the next widget.
+// False after the last object, so that the focus moves to the next widget.
 bool EditorView::select_next(bool back) {
   const auto& objects = get_view().get_objects();
   if (objects.empty()) return false;
@@ -149,7 +149,7 @@ bool EditorView::select_next(bool back) {
   return true;
 }
 
-// The whole object comes behind the last part.
+// The whole object follows the last part.
 void EditorView::next_part(bool back) {
   if (!selected_) return;
   const auto count = parts_of(*selected_).size();
@@ -159,7 +159,7 @@ void EditorView::next_part(bool back) {
   choose_part(next == whole ? std::nullopt : std::optional(next));
 }
 
-// A node comes with its surroundings, a stretch with the whole object.
+// Shows the surroundings of a node or handle; for a segment, the whole object.
 void EditorView::bring_part_into_sight(const ViewTag& part) {
   const auto place = place_of(part);
   if (!place) return bring_into_sight(box_on_canvas(*selected_));
@@ -175,7 +175,8 @@ void EditorView::choose_part(std::optional<std::size_t> part) {
   describe();
 }
 
-// To the next line of the grid, or by one unit. As long as the key is held it is one step.
+// Moves the current part to the next grid line, or by one unit if `finely`. All moves while the key
+// is held are one undo step.
 void EditorView::nudge(const Vector& way, bool finely) {
   if (!nudging_) nudging_.emplace();
   if (!selected_) return;

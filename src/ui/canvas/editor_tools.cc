@@ -34,14 +34,14 @@ const Tool tools[] = {
      N_("Add Label for Existing Zone"), true},
 };
 
-/// Managed. The name has a mnemonic.
+/// A managed item; the underscore in the name marks a mnemonic.
 Gtk::MenuItem* make_item(const Glib::ustring& name, Gtk::Menu& submenu) {
   auto* item = Gtk::manage(new Gtk::MenuItem(name, true));
   item->set_submenu(submenu);
   return item;
 }
 
-/// The arrow beside a tool has no text of its own.
+/// Names the arrow beside a tool, which has no text, for screen readers.
 void name_arrow(Gtk::MenuToolButton& button, const Glib::ustring& name) {
   button.set_arrow_tooltip_text(name);
   auto* box = dynamic_cast<Gtk::Container*>(button.get_child());
@@ -60,7 +60,7 @@ EditorTools::EditorTools(Gtk::Toolbar& toolbar) {
     button->set_tooltip_text(tool.takes_existing ? _(tool.add_existing) : _(tool.add_new));
     button->signal_clicked().connect(
         sigc::bind(sigc::mem_fun(*this, &EditorTools::choose), tool.kind, tool.takes_existing));
-    // Where the tool bar is too narrow for it.
+    // For the overflow menu of a narrow tool bar.
     button->set_proxy_menu_item(
         tool.add_new,
         *make_item(_(tool.name), *make_menu(tool.kind, _(tool.add_new), _(tool.add_existing))));
@@ -92,7 +92,8 @@ Gtk::Menu* EditorTools::make_menu(DiagramKind kind, const Glib::ustring& add_new
   return menu;
 }
 
-// Assistive technology reaches the items of a menu whose own item is insensitive.
+// Makes each item insensitive, because assistive technology can use items of a menu that is itself
+// insensitive.
 void EditorTools::choose(DiagramKind kind, bool existing) {
   if (buttons_.front()->get_sensitive()) signal_chosen_.emit(kind, existing);
 }

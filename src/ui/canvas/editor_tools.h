@@ -7,13 +7,13 @@
 
 namespace zemblar {
 
-/// What a tool puts on a view.
+/// The kind of diagram object that a tool adds to a view.
 enum class DiagramKind { point, zone, crossing, scissor, signal, label };
 
-/// The tools that add objects to a view: one button for each kind, with a menu for the choice
-/// between a new object of the layout and one that exists. The button itself adds a new one, but
-/// the label of a zone that exists: a new zone would have no track. The same choices stand in a
-/// menu, for keys.
+/// The tools that add objects to a view: a button for each kind, whose menu offers a new object of
+/// the layout or an existing one. The button itself adds a new one, except for labels, which are
+/// added for an existing zone: a new zone would have no track. For use by keys, `append_items` adds
+/// the same choices to a menu.
 class EditorTools {
  public:
   explicit EditorTools(Gtk::Toolbar& toolbar);

@@ -14,11 +14,11 @@
 namespace zemblar {
 namespace {
 
-/// Objects that float besides the one that is dragged.
+/// The objects that float together with the dragged one.
 constexpr std::size_t most_dependants = 3;
-/// The distance from the middle of track at which it is met at any zoom, in pixels.
+/// The distance in pixels, at any zoom, from the middle of a track up to which a click hits it.
 constexpr double track_reach = 6;
-constexpr double half_track = 4;  // as it is painted for that, in diagram units
+constexpr double half_track = 4;  // half the width of its tag, in diagram units
 
 Vector place_of(double x, double y) {
   return {x, y};
@@ -36,12 +36,12 @@ EditorView::EditorView(View& view)
              Gdk::LEAVE_NOTIFY_MASK);
   signal_popup_menu().connect(sigc::mem_fun(*this, &EditorView::show_part_menu));
   g_signal_connect(gobj(), "grab-broken-event", G_CALLBACK(&EditorView::on_grab_broken), this);
-  object_changed_ = view.signal_changed().connect([this] { look_soon(); });
+  object_changed_ = view.signal_changed().connect([this] { check_visibility_soon(); });
   object_removed_ =
       view.signal_object_removed().connect(sigc::mem_fun(*this, &EditorView::on_object_removed));
 }
 
-// Whatever is done with it ends here.
+// Ends any action on the removed object.
 void EditorView::on_object_removed(ViewObj* object) {
   if (tag_ && tag_->object == object) {
     tag_.reset();
@@ -76,15 +76,15 @@ void EditorView::draw_object(const Context& context, ViewObj& object) {
   if (selected) draw_current_part(context);
 }
 
-// Only what a dragged end could be joined to is to be met. A neighbour that floats with the drag is
-// met as well: its ends that are free stay where they are.
+// During a drag, paints only the tags of ends to which the dragged end can be joined. This includes
+// neighbours that float with it, because their free ends do not move.
 void EditorView::draw_tags(const Context& context, ViewObj& object, SelectionTable& table) {
   if (mode_ != Mode::dragging) return object.draw_tags(context, &object == selected_, table);
   const auto* end = dragged_end();
   if (end && end->get_object() != &object) object.draw_link_target_tags(context, table, *end);
 }
 
-// Handles may reach anywhere.
+// The whole canvas, because handles may be anywhere.
 PixelBox EditorView::box_of(const Context& /*context*/, ViewObj& /*object*/) {
   return {0, 0, static_cast<double>(get_width()), static_cast<double>(get_height())};
 }
@@ -102,8 +102,8 @@ bool EditorView::on_button_press_event(GdkEventButton* event) {
   return true;
 }
 
-// Nodes are met from further away than track, and before the track of their own object. An object
-// exactly under the pointer always comes before others.
+// A node is hit from further away than track, and takes precedence over the track of its own
+// object. An object exactly under the pointer takes precedence over others.
 EditorView::Tag EditorView::hit_about(const Vector& pointer) {
   update();
   const Tag exact = hit(pointer.x, pointer.y);
@@ -217,9 +217,9 @@ void EditorView::place(ViewObj* object, const std::function<void()>& cancelled) 
   grab_soon_ = Glib::signal_idle().connect([this] { return grab_pointer(), false; });
 }
 
-// Not while the click on a tool is being served: the tool would not hear that the pointer has left
-// it, and stay highlighted. Nor outside the canvas, where other widgets get the clicks: a stop
-// button, for example.
+// Called only after the click on a tool has been handled: otherwise the tool button would not learn
+// that the pointer has left it, and would stay highlighted. Does not grab while the pointer is
+// outside the canvas, where other widgets, such as a stop button, must get the clicks.
 void EditorView::grab_pointer() {
   if (mode_ != Mode::placing || !get_mapped()) return;
   int x = 0;
@@ -275,7 +275,7 @@ void EditorView::finish() {
   set_floating({});
 }
 
-// The page of another view is shown, or the window is hidden: nobody could end it any more.
+// When another page is shown or the window is hidden, the user could not end the action any more.
 void EditorView::on_unmap() {
   finish();
   DiagramCanvas::on_unmap();

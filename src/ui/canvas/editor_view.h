@@ -6,37 +6,35 @@
 
 namespace zemblar {
 
-/// The canvas of the track editor: shows a view plainly, with its nodes, and which object is
-/// selected.
+/// The canvas of the track editor: shows a view plainly, with its nodes and the selection.
 ///
-/// A click selects, a drag moves what is under the pointer: an object, a node, a handle. With Ctrl
-/// held an end that is dropped on one of another object joins the two; while it is dragged, only
-/// ends that it can be joined to are met, and the one under the pointer is marked. The status line
-/// says why a drop joins nothing. The right button opens the menu of what is under it. An object
-/// that has just been made follows the pointer until a click places it, or the right button or
-/// Escape takes it away; meanwhile clicks outside the canvas go to the widgets there. Nodes
-/// and track are met some pixels beside them, at any zoom. Delete removes what is selected from the
-/// view.
+/// A click selects; a drag moves the object, node or handle under the pointer. With Ctrl held,
+/// dropping an end on an end of another object joins the two. While it is dragged, only ends that
+/// it can be joined to are hit, and the one under the pointer is marked. The status line says why a
+/// drop joins nothing. The right button opens the menu of the part under the pointer. A new object
+/// follows the pointer until a click places it, or the right button or Escape removes it; meanwhile
+/// clicks outside the canvas go to the widgets there. At any zoom, a click some pixels beside a
+/// node or track hits it. Delete removes the selected object from the view.
 ///
-/// What is dragged or placed keeps to the grid of the options, unless Alt is held.
+/// Parts that are dragged or placed snap to the grid of GlobalOptions, unless Alt is held.
 class EditorView : public DiagramCanvas {
  public:
   explicit EditorView(View& view);
 
-  /// Null when nothing is selected.
+  /// The selected object, or null.
   [[nodiscard]] ViewObj* get_selected() const { return selected_; }
   sigc::signal<void>& signal_selected_changed() { return signal_selected_changed_; }
 
-  /// Puts a new object into the view, which owns it, and has it follow the pointer. When that is
-  /// cancelled it is removed, and `cancelled` is called.
+  /// Adds a new object to the view, which takes ownership, and lets the object follow the pointer.
+  /// Cancelling removes it and calls `cancelled`.
   void place(ViewObj* object, const std::function<void()>& cancelled);
-  /// Ends what is being dragged, where it is, and takes away what is being placed.
+  /// Ends a drag at the present place, and removes an object that is being placed.
   void finish();
   void select(ViewObj* object);
-  /// Puts what is selected, or its chosen end or node, on the grid, and levels what nearly is
-  /// level.
+  /// Puts the selected object, or its chosen end or node, on the grid, and makes nearly horizontal
+  /// or vertical tracks exactly so.
   void align();
-  /// An object has been placed.
+  /// A new object has been placed.
   sigc::signal<void>& signal_placed() { return signal_placed_; }
 
  protected:
@@ -56,7 +54,7 @@ class EditorView : public DiagramCanvas {
 
  private:
   using Tag = std::shared_ptr<const ViewTag>;
-  /// The distance from a node at which it is met at any zoom, in pixels.
+  /// The distance in pixels, at any zoom, up to which a click hits a node.
   static constexpr double node_reach = 9;
 
   void press(const GdkEventButton& event);
@@ -92,17 +90,17 @@ class EditorView : public DiagramCanvas {
   void on_object_removed(ViewObj* object);
 
   ViewObj* selected_ = nullptr;
-  Tag tag_;                    // what is pressed or dragged
-  Vector grip_;                // from the anchor of what is dragged to where it was taken
-  Vector came_from_;           // of the node that is dragged, in the view
-  Vector pointer_;             // while something is dragged
-  bool joins_ = false;         // if it were dropped now
-  Glib::ustring refusal_;      // as it was told
-  ViewObj* placed_ = nullptr;  // what follows the pointer
+  Tag tag_;                // the part that is pressed or dragged
+  Vector grip_;            // from the anchor of the dragged object to the point that was pressed
+  Vector came_from_;       // place of the dragged node before the drag, in the view
+  Vector pointer_;         // place of the pointer during a drag
+  bool joins_ = false;     // whether dropping now would join, because Ctrl is held
+  Glib::ustring refusal_;  // text of the status line about a refused join
+  ViewObj* placed_ = nullptr;  // the new object that follows the pointer
   std::function<void()> cancelled_;
-  std::optional<EditJournal::Hold> placing_;  // making and placing are one step
-  std::optional<std::size_t> part_;           // of what is selected, that keys act on
-  std::optional<EditJournal::Hold> nudging_;  // while an arrow key is held
+  std::optional<EditJournal::Hold> placing_;  // makes creating and placing one step
+  std::optional<std::size_t> part_;           // the part of the selected object that keys act on
+  std::optional<EditJournal::Hold> nudging_;  // makes all moves one step while an arrow key is held
   sigc::signal<void> signal_selected_changed_;
   sigc::signal<void> signal_placed_;
   ScopedConnection object_changed_;

@@ -6,7 +6,7 @@
 namespace zemblar {
 namespace {
 
-/// Room for a scroll bar at the side of a large plan.
+/// Leaves room for the scroll bar of a large plan.
 constexpr guint from_side = 20;
 constexpr guint from_top = 4;
 
@@ -16,7 +16,7 @@ FitHint::FitHint()
     : Gtk::Alignment(Gtk::ALIGN_RIGHT, Gtk::ALIGN_TOP, 0, 0),
       button_(_("Not All Is in Sight: Fit (Ctrl+0)")) {
   set_padding(from_top, 0, 0, from_side);
-  // Keys are for the drawing.
+  // Without focus, so that keys go to the drawing.
   button_.set_can_focus(false);
   button_.set_tooltip_text(
       _("Part of the drawing is outside the window. A click shows all of it."));
@@ -31,12 +31,13 @@ FitHint::FitHint()
 
 void FitHint::follow(DiagramCanvas* canvas) {
   canvas_ = canvas;
-  looked_ = {};
-  if (canvas) looked_ = canvas->signal_looked().connect([this] { refresh(); });
+  visibility_checked_ = {};
+  if (canvas)
+    visibility_checked_ = canvas->signal_visibility_checked().connect([this] { refresh(); });
   refresh();
 }
 
-// A page that is shown again has put its windows on top.
+// When a page is shown again, its windows are on top, so the button is raised.
 void FitHint::refresh() {
   const bool wanted = canvas_ && !canvas_->is_all_seen();
   button_.set_visible(wanted);

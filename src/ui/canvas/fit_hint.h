@@ -10,14 +10,14 @@ namespace zemblar {
 
 class DiagramCanvas;
 
-/// A small button over the upper right corner of a canvas, there while a part of the drawing is out
-/// of sight. A click fits the drawing into the window. What is beside the button is free for the
-/// canvas.
+/// A small button over the top right corner of a canvas, shown while a part of the drawing is not
+/// visible. A click fits the drawing into the window. Only the button covers the canvas, not the
+/// space beside it.
 class FitHint : public Gtk::Alignment {
  public:
   FitHint();
 
-  /// The canvas that is shown now; null for none. It lives until the next call.
+  /// Sets the shown canvas, or null. The canvas must exist until the next call.
   void follow(DiagramCanvas* canvas);
 
  private:
@@ -26,7 +26,7 @@ class FitHint : public Gtk::Alignment {
   DiagramCanvas* canvas_ = nullptr;
   Gtk::EventBox frame_;  // has a window of its own, over that of the canvas
   Gtk::Button button_;
-  ScopedConnection looked_;
+  ScopedConnection visibility_checked_;
 };
 
 }  // namespace zemblar

@@ -11,7 +11,8 @@
 namespace zemblar {
 namespace {
 
-/// Somebody may have written another step into the options.
+/// The steps to offer. They include the present step, because the options file may have an unusual
+/// one.
 std::set<unsigned> steps() {
   return {0, 5, 10, 20, GlobalOptions::get().get_grid()};
 }

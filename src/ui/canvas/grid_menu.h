@@ -4,7 +4,7 @@
 
 namespace zemblar {
 
-/// Appends the choice of the grid that drawings keep to. All such menus show the same choice.
+/// Appends the items that choose the grid of drawings. All such menus show the same choice.
 void append_grid_menu(Gtk::MenuShell& menu);
 
 }  // namespace zemblar

@@ -17,7 +17,8 @@ namespace {
 constexpr double ring_distance = 5;  // pixels
 constexpr double ring_width = 3;
 
-/// The toolkit tells of a double click by a second press, and only then that it was a double one.
+/// True if the present press is a repeated one of a double click. The toolkit delivers that press
+/// first, followed by a GDK_2BUTTON_PRESS event.
 bool is_second_press() {
   GdkEvent* next = gdk_event_peek();
   if (!next) return false;
@@ -26,7 +27,8 @@ bool is_second_press() {
   return repeated;
 }
 
-/// The toolkit moves the focus by itself too, into a window that opens and a page that comes up.
+/// True if the user presses Tab. The toolkit also moves the focus by itself, when a window opens or
+/// a page is shown.
 bool is_tab_pressed() {
   GdkEvent* event = gtk_get_current_event();
   if (!event) return false;
@@ -95,8 +97,8 @@ void RuntimeView::mark(ViewObj* drawn) {
   queue_draw();
 }
 
-// Another widget that had the focus hands it over to the first switch, or the last, when a person
-// presses Tab: a view that comes up by itself lies as it is, and Space throws nothing in it.
+// When Tab moves the focus from another widget to the canvas, the first or last switch is marked.
+// If the toolkit moves the focus by itself, no switch is marked, so that Space throws nothing.
 bool RuntimeView::on_focus(Gtk::DirectionType direction) {
   if (direction != Gtk::DIR_TAB_FORWARD && direction != Gtk::DIR_TAB_BACKWARD) {
     return DiagramCanvas::on_focus(direction);
@@ -110,7 +112,7 @@ bool RuntimeView::on_focus(Gtk::DirectionType direction) {
   return mark_next(direction == Gtk::DIR_TAB_BACKWARD) || enters;
 }
 
-// False at the end, where the focus goes on to the next widget.
+// False after the last switch, so that the focus moves to the next widget.
 bool RuntimeView::mark_next(bool back) {
   auto all = switches_of(get_view());
   if (back) std::ranges::reverse(all);
@@ -120,7 +122,7 @@ bool RuntimeView::mark_next(bool back) {
   return next != all.end();
 }
 
-// A switch that arrows have moved out of sight comes back first.
+// If the marked switch is not visible, the first press only scrolls it into the visible part.
 void RuntimeView::press_marked() {
   const auto box = box_on_canvas(*marked_);
   if (!box.meets(visible_box())) return bring_into_sight(box);
@@ -160,7 +162,7 @@ bool RuntimeView::on_expose_event(GdkEventExpose* event) {
   return handled;
 }
 
-// Over the picture, on a rim that shows it on any paper.
+// Draws the ring over the picture, with a rim so that it is visible on any background.
 void RuntimeView::draw_ring(const GdkEventExpose& event) {
   const auto box = box_on_canvas(*marked_);
   const auto context = get_window()->create_cairo_context();

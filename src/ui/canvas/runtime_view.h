@@ -5,19 +5,20 @@
 
 namespace zemblar {
 
-/// The operating display: shows a view as the railway is now, and turns clicks into actions.
+/// The operating display: shows a view with the present state of the railway, and turns clicks into
+/// actions.
 ///
-/// By keys, Tab goes from switch to switch, a word for points, scissor points and signals here. A
-/// ring shows which one is marked, Return and Space click it, and behind the last one Tab leaves
-/// the canvas. Assistive technology finds each switch as a child of the canvas that can be pressed.
+/// A switch is a point, a scissor point or a signal in the view. Tab goes from switch to switch and
+/// leaves the canvas after the last one. A ring shows the marked switch; Return and Space click it.
+/// For assistive technology each switch is a child of the canvas that can be pressed.
 class RuntimeView : public DiagramCanvas {
  public:
   explicit RuntimeView(View& view);
   ~RuntimeView() override;
 
-  /// Null for none.
+  /// The marked switch, or null.
   [[nodiscard]] ViewObj* get_marked() const { return marked_; }
-  /// Moves the ring, and what is marked into sight.
+  /// Marks a switch, or none for null, and scrolls it into the visible part.
   void mark(ViewObj* drawn);
 
  protected:

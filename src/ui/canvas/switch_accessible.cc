@@ -15,10 +15,10 @@ namespace {
 
 // --- One switch ---
 
-/// The toolkit's object behind a child.
+/// The GObject instance of a child.
 struct SwitchObject {
   AtkObject parent;
-  SwitchAccessibles* all;  // null when the switch has ended
+  SwitchAccessibles* all;  // null after the end of the switch
   ViewObj* drawn;
 };
 
@@ -146,7 +146,7 @@ AtkObject* ref_child(AtkObject* canvas, gint index) {
   return ATK_OBJECT(g_object_ref(child));
 }
 
-/// Derived from what the toolkit gives to a drawing area; 0 where it gives nothing.
+/// A type derived from the toolkit's accessible class for a drawing area; 0 if there is none.
 GType canvas_type() {
   static const GType type = []() -> GType {
     auto* factory = atk_registry_get_factory(atk_get_default_registry(), GTK_TYPE_DRAWING_AREA);
@@ -182,8 +182,8 @@ void SwitchAccessibles::drop(Child& child) {
   g_object_unref(child.accessible);
 }
 
-// The toolkit tells the accessible of the end of the widget, which comes after that of this object:
-// so the widget keeps it as well.
+// The widget holds a reference too, because the toolkit notifies the accessible when the widget is
+// destroyed, which is after this object.
 AtkObject* SwitchAccessibles::get() {
   if (!accessible_ && canvas_type() != 0) {
     accessible_ = ATK_OBJECT(g_object_new(canvas_type(), nullptr));
@@ -223,7 +223,8 @@ void SwitchAccessibles::refresh_name(ViewObj& drawn) {
   atk_object_set_name(child->second.accessible, describe_switch(drawn).c_str());
 }
 
-// A switch that has changed may have been moved. Track changes whenever a train comes or goes.
+// A changed switch may have been moved. Other objects are ignored, because track changes with each
+// train.
 void SwitchAccessibles::on_changed(ViewObj* drawn) {
   if (drawn && !dynamic_cast<PointBase*>(drawn->get_object())) return;
   switches_known_ = false;

@@ -12,11 +12,10 @@ namespace zemblar {
 class RuntimeView;
 class ViewObj;
 
-/// The accessible children of an operating display: one for each switch, named after its state,
-/// with the action "click". Belongs to the canvas.
+/// The accessible children of an operating display: one for each switch, named after the switch and
+/// its state, with the action "click". A member of the canvas.
 ///
-/// Children are made as they are asked for. Nothing at all is made where the toolkit has no
-/// accessibility.
+/// Children are made on demand. Without accessibility in the toolkit, nothing is made.
 class SwitchAccessibles {
  public:
   explicit SwitchAccessibles(RuntimeView& canvas) : canvas_(canvas) {}
@@ -27,17 +26,17 @@ class SwitchAccessibles {
   /// The accessible of the canvas; null without accessibility.
   AtkObject* get();
 
-  /// In reading order, as the children are counted.
+  /// The switches in reading order, which is the order of the children.
   [[nodiscard]] const std::vector<ViewObj*>& switches();
-  /// Null for an object that is no switch of the canvas.
+  /// The child of a switch; null for any other object.
   AtkObject* child_of(ViewObj* drawn);
   [[nodiscard]] RuntimeView& canvas() const { return canvas_; }
 
-  /// Something has changed in the view; null when it may be anything.
+  /// Call when an object in the view has changed; null means that anything may have changed.
   void on_changed(ViewObj* drawn);
   void on_added(ViewObj* drawn);
   void on_removed(ViewObj* drawn);
-  /// The keyboard acts on this one now.
+  /// Call when the marked switch has changed.
   void on_marked(ViewObj* former, ViewObj* drawn);
 
  private:

@@ -10,7 +10,7 @@ namespace {
 
 constexpr double row_height = 32;  // diagram units
 
-/// Where nothing is painted; at zoom 1.
+/// A context for measuring at zoom 1; its pixels are not used.
 Cairo::RefPtr<Cairo::Context> measuring_context() {
   return Cairo::Context::create(Cairo::ImageSurface::create(Cairo::FORMAT_RGB24, 1, 1));
 }
