@@ -15,17 +15,18 @@
 namespace zemblar {
 namespace {
 
-constexpr int margin = 6;       // at both sides of the sentence
+constexpr int margin = 6;       // on both sides of the sentence
 constexpr int chip_margin = 3;  // around the chosen argument
-// How much of its colour the text of a sleeping line keeps, and how much a link has of its own.
+// Colour fractions: what the text and the links of a sleeping line keep, and the share of the link
+// colour in a link.
 constexpr double dimmed_text = 0.65;
 constexpr double dimmed_link = 0.8;
 constexpr double own_link = 0.65;
 
-/// Stands for an argument whose editor is shown in its place.
+/// Placeholder text for an argument whose editor is shown instead.
 constexpr auto gap_text = "\uFFFC";
 
-using Colour = std::array<double, 3>;  // parts of red, green and blue, 0 to 1
+using Colour = std::array<double, 3>;  // red, green and blue, 0 to 1
 
 Colour from(const Gdk::Color& colour) {
   return {colour.get_red_p(), colour.get_green_p(), colour.get_blue_p()};
@@ -38,7 +39,7 @@ Colour mix(const Colour& a, const Colour& b, double part_of_a) {
   return mixed;
 }
 
-/// The theme's colour of links.
+/// The link colour of the theme.
 Colour link_colour(Gtk::Widget& widget) {
   GdkColor* given = nullptr;
   gtk_widget_style_get(widget.gobj(), "link-color", &given, nullptr);
@@ -60,7 +61,7 @@ void insert_colour(Pango::AttrList& list, const Colour& colour, std::size_t begi
   insert(list, Pango::Attribute::create_attr_foreground(part(0), part(1), part(2)), begin, end);
 }
 
-/// Keeps room free in the text.
+/// Makes a range of the text a gap of this width in pixels.
 void insert_gap(Pango::AttrList& list, int width, std::size_t begin, std::size_t end) {
   const Pango::Rectangle room(0, 0, width * Pango::SCALE, Pango::SCALE);
   insert(list, Pango::Attribute::create_attr_shape(room, room), begin, end);
@@ -76,12 +77,12 @@ struct CRScript::Look {
   Gtk::StateType state = Gtk::STATE_NORMAL;
   Colour text;
   Colour link;
-  Colour chosen;  // a link on the colour of the unselected rows
+  Colour chosen;  // colour of the selected argument, on the background of unselected rows
 };
 
 CRScript::Look::Look(const CRScript& cell, Gtk::Widget& widget, Gtk::CellRendererState flags) {
   const bool selected = (flags & Gtk::CELL_RENDERER_SELECTED) != 0;
-  // An open menu takes the focus, and belongs to the tree.
+  // An open menu has the focus but belongs to the tree.
   const bool focused = widget.has_focus() || cell.menu_.is_open();
   if (selected) state = focused ? Gtk::STATE_SELECTED : Gtk::STATE_ACTIVE;
   const auto style = widget.get_style();
@@ -106,7 +107,7 @@ CRScript::~CRScript() = default;
 
 // --- The sentence on the screen ---
 
-// Not before the editor is in the tree: its theme may look otherwise there.
+// Call when the editor is in the tree, where the theme may give it another size.
 int CRScript::Editing::width() const {
   return editor->size_request().width - left;
 }
@@ -146,8 +147,8 @@ CRScript::Layout CRScript::lay_out(Gtk::Widget& widget, const Look& look) const 
   return layout;
 }
 
-// An editor that had to come to the left takes the sentence along, whose beginning goes out of
-// sight.
+// If the editor had to be placed further left, the sentence is shifted by as much; its beginning is
+// then not visible.
 int CRScript::shift(const Layout& layout) const {
   if (!is_editing()) return 0;
   return std::max(0, unshifted_extents(layout, editing_->arg).first - editing_->left);
@@ -223,7 +224,7 @@ void CRScript::render_vfunc(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widg
                    layout->gobj());
 }
 
-// An editor stands on the colour of an unselected row.
+// The background of an editor is that of an unselected row.
 void CRScript::draw_behind(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widget& widget,
                            const Gdk::Rectangle& expose_area, const Gdk::Rectangle& area) const {
   gtk_paint_flat_box(widget.get_style()->gobj(), GDK_WINDOW(window->gobj()), GTK_STATE_NORMAL,

@@ -8,7 +8,7 @@
 #include <optional>
 #include <utility>
 
-#include "scripts/script.h"  // whole: its pointer is to be an object to the toolkit
+#include "scripts/script.h"  // complete type, so that its pointer is an object property
 #include "ui/scripts/script_menu.h"
 #include "ui/scripts/script_row.h"
 
@@ -18,13 +18,13 @@ class TreeView;
 
 namespace zemblar {
 
-/// Draws a row of a script's editor as a sentence, whose arguments look like links, and edits them.
+/// Draws a row of the script editor as a sentence, in which arguments look like links, and edits
+/// the arguments.
 ///
-/// A menu pops up below its argument; the other editors take the place of their argument in the
-/// sentence. In the tree's chosen row one argument is chosen too: the keys edit that one.
+/// A menu opens below its argument; other editors replace their argument in the sentence. In the
+/// selected row of the tree one argument is selected, which the keys edit.
 ///
-/// Whoever removes a row with a line calls `let_go` while the line is there, or removes the row
-/// from the tree: either cancels what is being edited.
+/// Before a line ends, call `let_go` or remove its row from the tree; either cancels the editing.
 class CRScript : public Gtk::CellRenderer {
  public:
   using Type = ScriptRowType;
@@ -35,26 +35,27 @@ class CRScript : public Gtk::CellRenderer {
   Glib::PropertyProxy<Type> property_type() { return {this, "type"}; }
   Glib::PropertyProxy<Script*> property_script() { return {this, "script"}; }
   Glib::PropertyProxy<ScriptLine*> property_script_line() { return {this, "script-line"}; }
-  /// Counts up to have the tree measure a row again.
+  /// Increased to make the tree measure the row again.
   Glib::PropertyProxy<unsigned> property_refresh() { return {this, "refresh"}; }
 
-  /// What a row of the present values looks like.
+  /// The row with the present property values.
   [[nodiscard]] const ScriptRow& row() const { return row_; }
-  /// The argument that a person can change at a place, counted in pixels from the cell's left
-  /// side; none beside them.
+  /// The editable argument at `x`, in pixels from the left side of the cell; no value if there is
+  /// none.
   [[nodiscard]] std::optional<unsigned> arg_at(Gtk::Widget& widget, int x) const;
-  /// Where the argument is: left side and width in the same coordinates.
+  /// Left side and width of the argument, in the same coordinates.
   [[nodiscard]] std::pair<int, int> place_of(Gtk::Widget& widget, unsigned arg) const;
 
-  /// The argument that the keys edit, by its place among those that a person can change.
+  /// The argument that the keys edit, as an index into the editable arguments.
   [[nodiscard]] unsigned chosen() const { return chosen_; }
   void choose(unsigned place) { chosen_ = place; }
 
-  /// Closes the menu that is open, or the one of a line that is about to end.
+  /// `close_menu` closes the open menu; `let_go` closes it if it belongs to a line that is about to
+  /// end.
   void close_menu() { menu_.close(); }
   void let_go(const ScriptLine* line) { menu_.let_go(*line); }
 
-  /// A person has added a line.
+  /// The user has added a line.
   sigc::signal<void, ScriptLine&>& signal_line_added() { return signal_line_added_; }
 
  protected:
@@ -75,7 +76,7 @@ class CRScript : public Gtk::CellRenderer {
     const ScriptLine* line;
     unsigned arg;
     Gtk::Widget* editor;
-    int left;  // of the argument, in the cell
+    int left;  // left side of the argument in the cell
 
     [[nodiscard]] int width() const;
   };
@@ -115,7 +116,7 @@ class CRScript : public Gtk::CellRenderer {
   unsigned refresh_ = 0;
   unsigned chosen_ = 0;
   std::optional<Editing> editing_;
-  mutable int editor_height_ = 0;  // what every row has room for; 0 before it is measured
+  mutable int editor_height_ = 0;  // minimum height of all rows; 0 before it is measured
   ScriptMenu menu_;
   sigc::signal<void, ScriptLine&> signal_line_added_;
 };

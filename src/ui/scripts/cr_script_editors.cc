@@ -18,20 +18,20 @@ namespace {
 
 constexpr int gap = 6;
 
-/// So far left that an editor is seen as a whole, where there is room.
+/// The left side for an editor: at `left`, or further left if needed to show the whole editor.
 int seen_from(Gtk::Widget& tree, int left, Gtk::Widget& editor) {
   const auto* list = dynamic_cast<Gtk::TreeView*>(&tree);
   if (!list) return left;
   editor.show_all();
   Gdk::Rectangle visible;
   list->get_visible_rect(visible);
-  // In the list the theme may make it larger than it is out here.
+  // Assumes a larger width, because in the list the theme may make the editor larger.
   const int editor_width = editor.size_request().width * 4 / 3;
   const int room = visible.get_x() + visible.get_width() - editor_width - gap;
   return std::max(0, std::min(left, room));
 }
 
-/// Holds one widget, `left` pixels from the cell's left side.
+/// A managed cell editor with one widget, `left` pixels from the left side of the cell.
 ScriptAlignment& place_at(int left, Gtk::Widget& widget) {
   auto* place = Gtk::manage(new ScriptAlignment(0, 0.5F, 0, 0));
   place->set_padding(0, 0, static_cast<unsigned>(left), 0);
@@ -68,7 +68,8 @@ Gtk::CellEditable* CRScript::edit(Gtk::Widget& tree, unsigned arg) {
   return nullptr;
 }
 
-// The line lives as long as its editor: that goes with the row, and the row before the line.
+// The line outlives its editor: the editor ends with the row, and the row is removed before the
+// line ends.
 template <typename Editor>
 Gtk::CellEditable* CRScript::show(Editor& editor, unsigned arg, int left, const End& end) {
   editor.show_all();
@@ -82,7 +83,7 @@ Gtk::CellEditable* CRScript::show(Editor& editor, unsigned arg, int left, const 
   return &editor;
 }
 
-// An unchanged value is no edit: it would count as unsaved work.
+// An unchanged value is not set, because that would count as unsaved work.
 Gtk::CellEditable* CRScript::edit_number(Gtk::Widget& tree, unsigned arg, int left) {
   auto* line = row_.line;
   SpinRange range;

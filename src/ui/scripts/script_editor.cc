@@ -67,7 +67,7 @@ void ScriptEditor::add_columns() {
   column_.add_attribute(cell_.property_script(), columns.script);
   column_.add_attribute(cell_.property_script_line(), columns.line);
   column_.add_attribute(cell_.property_refresh(), columns.refresh);
-  // Not on the screen: what a screen reader says of the row.
+  // Invisible: the text of the row for screen readers.
   column_.pack_start(spoken_, false);
   column_.add_attribute(spoken_.property_text(), columns.text);
   spoken_.property_visible() = false;
@@ -90,7 +90,7 @@ void ScriptEditor::build() {
   middle->pack_start(make_side_buttons(), false, false);
   for (auto* label : {&name_, &hint_}) label->set_alignment(0, 0.5);
   name_.set_ellipsize(Pango::ELLIPSIZE_END);
-  // Two lines, so that the list keeps its height.
+  // Always two lines high, so that the height of the list does not change.
   hint_.set_line_wrap();
   hint_.set_text("\n");
   int window_width = 0;
@@ -148,15 +148,15 @@ void ScriptEditor::connect() {
   deleted_ = script_->signal_deleted().connect([this] { on_script_deleted(); });
 }
 
-// What is being edited was meant. Deleted in the next turn: the button that closes the window is
-// still being served.
+// Moves the focus, which applies the value being edited. Deletes the window later, because the
+// click on its close button is still being handled.
 void ScriptEditor::on_hide() {
   if (is_editing()) list_.grab_focus();
   Gtk::Window::on_hide();
   Glib::signal_idle().connect_once([this] { delete this; });
 }
 
-// What is being edited is cancelled while its line is there.
+// Removing the rows cancels the editing while the lines still exist.
 void ScriptEditor::on_script_deleted() {
   cell_.close_menu();
   open_menu_.disconnect();
@@ -174,8 +174,8 @@ Gtk::TreeIter ScriptEditor::row_at(int x, int y, int& cell_x) {
   return rows_.store()->get_iter(path);
 }
 
-// The toolkit takes the first press for choosing the row and only the second one for editing. What
-// is being edited elsewhere ends first.
+// Selects the row and takes the focus, so that the first press edits: the toolkit would only select
+// the row with the first press. Moving the focus also ends editing elsewhere.
 bool ScriptEditor::on_list_pressed(GdkEventButton* event) {
   if (event->window != list_.get_bin_window()->gobj() || event->type != GDK_BUTTON_PRESS) {
     return false;
@@ -215,7 +215,7 @@ bool ScriptEditor::on_list_tooltip(int x, int y, bool keyboard,
   return true;
 }
 
-/// Gives the renderer the values of a row.
+/// Sets the renderer's properties to the values of a row.
 void ScriptEditor::show_cell(const Gtk::TreeIter& row) {
   column_.cell_set_cell_data(rows_.store(), row, false, false);
 }
@@ -248,7 +248,7 @@ bool ScriptEditor::step_back(const GdkEventKey& event) {
   return true;
 }
 
-// Keys that an editor has no use for come by here too, and are not meant for the rows.
+// Keys that an open editor does not handle arrive here as well; these must not act on the rows.
 bool ScriptEditor::on_list_key(GdkEventKey* event) {
   const auto modifiers = event->state & gtk_accelerator_get_default_mod_mask();
   if (is_editing()) return on_editor_key(event->keyval);
@@ -280,7 +280,7 @@ bool ScriptEditor::on_list_key(GdkEventKey* event) {
   }
 }
 
-// From one radio button to the next.
+// Arrow keys move between the radio buttons of an editor.
 bool ScriptEditor::on_editor_key(guint key) {
   static const std::map<guint, Gtk::DirectionType> directions = {
       {GDK_Left, Gtk::DIR_LEFT},
@@ -322,8 +322,8 @@ ScriptRow ScriptEditor::selected() {
   return row ? ScriptRows::at(*row) : ScriptRow{};
 }
 
-// A condition is about something: that is asked for at once, when the menu that it was chosen from
-// has gone.
+// For a condition, opens the menu of its subject, as soon as the menu in which the condition was
+// chosen is closed.
 void ScriptEditor::on_line_added(ScriptLine& line) {
   const auto row = rows_.find(line);
   if (!row) return;
@@ -338,7 +338,7 @@ void ScriptEditor::on_line_added(ScriptLine& line) {
   });
 }
 
-// The one that adds another line of the kind stands below the lines.
+// Scrolls to the entry below the line's list, which adds another line of that kind.
 void ScriptEditor::show_next_entry(Gtk::TreeIter row) {
   while (row && ScriptRows::at(*row).line) ++row;
   if (row) list_.scroll_to_row(rows_.store()->get_path(row));
@@ -356,7 +356,7 @@ void ScriptEditor::remove_selected() {
 
 void ScriptEditor::move_selected(int step) {
   if (!script_) return;
-  // The script ignores places that it has not got; the one before the first is one of them.
+  // The script ignores an invalid index, such as the one before the first.
   with_place(*script_, selected().line, [&](int place, unsigned, auto, auto move) {
     std::invoke(move, *script_, static_cast<unsigned>(place), static_cast<unsigned>(place + step));
   });
@@ -371,9 +371,9 @@ bool ScriptEditor::can_move(int step) {
   return can;
 }
 
-// --- UpdateGuard ---
+// --- Cursor and selection ---
 
-// Another row begins with its first argument.
+// In another row the first argument gets selected.
 void ScriptEditor::follow_cursor() {
   Gtk::TreePath path;
   Gtk::TreeViewColumn* column = nullptr;
@@ -383,14 +383,14 @@ void ScriptEditor::follow_cursor() {
   cell_.choose(0);
 }
 
-// Undo writes all lines anew, and with them the row that was selected.
+// Undo replaces lines, which may remove the selected row; then selects the most similar one.
 void ScriptEditor::keep_chosen() {
   if (!script_ || list_.get_selection()->get_selected()) return;
   list_.set_cursor(Gtk::TreePath(std::to_string(place_of_chosen())));
 }
 
-// The row nearest to the former place that has the same sentence; without one the row that stands
-// there now, or the last.
+// The index of the row with the same sentence that is nearest to the former index; without one, the
+// former index, or that of the last row.
 int ScriptEditor::place_of_chosen() {
   const auto rows = rows_.store()->children();
   const int count = static_cast<int>(rows.size());

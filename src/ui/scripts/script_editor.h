@@ -13,15 +13,15 @@
 
 namespace zemblar {
 
-/// The window in which a script is written: each line a sentence whose words can be clicked.
+/// The window for editing a script: each line is a sentence whose arguments can be clicked.
 ///
-/// Every change goes straight into the script, so that closing the window keeps all. There may be
-/// several for one script. Closing it, by whatever way, deletes it, and it closes when its script
-/// ends; made with `new`.
+/// Every change is applied to the script at once, so closing the window loses nothing. One script
+/// may have several editors. Make it with `new`: it deletes itself when it is closed, by the user
+/// or because the script ends.
 ///
-/// Keys: Up and Down choose a row, Left and Right an argument in it; Return or Space edits that,
-/// Escape cancels, Delete removes the line, Alt with Up or Down moves it. Undo and redo have the
-/// keys that they have in the window from which this one was opened, and the same steps.
+/// Keys: Up and Down select a row, Left and Right an argument in it; Return or Space edits the
+/// argument, Escape cancels, Delete removes the line, Alt with Up or Down moves it. Undo and redo
+/// have the same keys and the same steps as in the window from which this one was opened.
 class ScriptEditor : public Gtk::Window {
  public:
   explicit ScriptEditor(Script& script);
@@ -43,7 +43,8 @@ class ScriptEditor : public Gtk::Window {
   bool on_key_press_event(GdkEventKey* event) override;
   bool step_back(const GdkEventKey& event);
 
-  /// What is there, and the place of the point in its cell; no row beside them.
+  /// The row at a point of the list, with the x coordinate in its cell; an invalid iterator if
+  /// there is no row.
   Gtk::TreeIter row_at(int x, int y, int& cell_x);
   [[nodiscard]] ScriptRow selected();
   [[nodiscard]] bool is_editing();
@@ -70,7 +71,7 @@ class ScriptEditor : public Gtk::Window {
   Gtk::TreeViewColumn column_;
   Gtk::TreeView list_;
   Gtk::TreeRowReference cursor_;
-  int chosen_place_ = 0;       // of the row that was selected last
+  int chosen_place_ = 0;       // index of the row that was selected last
   Glib::ustring chosen_text_;  // its sentence
   Gtk::Label name_;
   Gtk::Label hint_;

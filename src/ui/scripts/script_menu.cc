@@ -24,7 +24,7 @@ bool is_long(const std::vector<ScriptChoice>& choices) {
   return std::ranges::count_if(choices, has_object) > ObjectPicker::few;
 }
 
-/// The choices with one entry in the place of all objects.
+/// The choices, with one entry "Search…" instead of all objects.
 std::vector<ScriptChoice> without_objects(const std::vector<ScriptChoice>& choices,
                                           const std::function<void()>& search) {
   std::vector<ScriptChoice> shorter;
@@ -40,7 +40,7 @@ std::vector<ScriptChoice> without_objects(const std::vector<ScriptChoice>& choic
   return shorter;
 }
 
-/// By what they are about: the finder asks for each object of the layout.
+/// Choices by their objects, for fast look-up: the finder asks for each object of the layout.
 using ByObject = std::unordered_map<const Object*, ScriptChoice>;
 
 ByObject by_object(const std::vector<ScriptChoice>& choices) {

@@ -13,26 +13,26 @@
 
 namespace zemblar {
 
-/// The menu of an argument that is being chosen. Where it would hold many objects, it has an entry
-/// in their place that opens a window to search in.
+/// The open menu of an argument. Instead of many objects, it has one entry that opens an
+/// ObjectFinder.
 ///
-/// Whatever is open ends with it.
+/// The destructor closes an open menu or window.
 class ScriptMenu {
  public:
   ~ScriptMenu();
 
   [[nodiscard]] bool is_open() const { return menu_ || finder_; }
-  /// Below an area of the screen; `parent` is what a window stands in front of. `added` hears of a
-  /// line that was chosen to be added.
+  /// Opens the menu below an area of the screen. `parent` is the parent of the search window.
+  /// `added` is called with a line that the user has added.
   void pop_up(const ScriptRow& row, unsigned arg, const Gdk::Rectangle& area, Gtk::Window* parent,
               const std::function<void(ScriptLine&)>& added);
-  /// Closes it when it belongs to the line.
+  /// Closes the menu if it belongs to the line.
   void let_go(const ScriptLine& line);
   void close();
 
  private:
   void search(const std::vector<ScriptChoice>& choices, Gtk::Window* parent);
-  const ScriptLine* line_ = nullptr;  // whose argument is chosen; null in an entry that adds
+  const ScriptLine* line_ = nullptr;  // the line of the argument; null in an entry that adds a line
   std::unique_ptr<Gtk::Menu> menu_;
   std::unique_ptr<Gtk::Window> finder_;
   ScopedConnection drop_menu_;

@@ -11,34 +11,34 @@ namespace zemblar {
 
 class Script;
 
-/// What a row of a script's editor is for.
+/// The kind of a row in the script editor.
 enum class ScriptRowType : int { line, add_condition, add_command };
 
-/// One row of a script's editor: a line of the script, or the entry that adds one.
+/// One row of the script editor: a line of the script, or an entry that adds one.
 ///
-/// Its argument 0 is the word in front of a condition, and the whole text of an entry that adds.
-/// The others are those of the line.
+/// Argument 0 is the word before a condition, or the whole text of an entry that adds a line. The
+/// other arguments are those of the line.
 struct ScriptRow {
   static constexpr unsigned word = 0;
 
   ScriptRowType type = ScriptRowType::line;
   Script* script = nullptr;
-  ScriptLine* line = nullptr;  ///< null in an entry that adds
+  ScriptLine* line = nullptr;  ///< null in an entry that adds a line
 
   [[nodiscard]] Sentence sentence() const;
-  /// With `replaced` in the place of one argument, which is being edited.
+  /// The sentence with `replaced` instead of one argument, which is being edited.
   [[nodiscard]] Sentence sentence(unsigned arg, const Glib::ustring& replaced) const;
   [[nodiscard]] Glib::ustring arg_text(unsigned arg) const;
-  /// `plain` for what a person cannot change.
+  /// `plain` for an argument that the user cannot change.
   [[nodiscard]] ScriptLine::ArgType arg_type(unsigned arg) const;
-  /// The arguments that a person can change, in the order in which they are read.
+  /// The arguments that the user can change, in reading order.
   [[nodiscard]] std::vector<unsigned> editable_args() const;
-  /// A condition that watches nothing, or can never hold: why, as a sentence. Empty otherwise.
+  /// A sentence why the condition is not armed; empty if it is, and for other rows.
   [[nodiscard]] Glib::ustring asleep_because() const;
   [[nodiscard]] bool sleeps() const;
 
-  /// A new menu for an argument of type `menu`; owned by the caller. `added` hears of a line that
-  /// was chosen to be added.
+  /// A new menu for an argument of type `menu`, owned by the caller. `added` is called with a line
+  /// that the user has added.
   [[nodiscard]] Gtk::Menu* make_menu(unsigned arg,
                                      const std::function<void(ScriptLine&)>& added) const;
 

@@ -48,7 +48,7 @@ void ScriptRows::connect() {
   keep(script_->signal_command_moved().connect(
       [this](unsigned from, unsigned to) { move(command_row(from), command_row(to)); }));
   keep(script_->signal_mode_changed().connect([this] { refresh_changed(); }));
-  // Sentences hold names of objects.
+  // Sentences contain names of objects.
   keep(Layout::get().signal_object_renamed().connect([this](Object*) { refresh_soon(); }));
 }
 
@@ -107,7 +107,7 @@ void ScriptRows::remove(unsigned position) {
   refresh_soon();
 }
 
-// The toolkit puts a row in front of the one that it is given.
+// Gtk::TreeStore::move moves a row before the given one.
 void ScriptRows::move(unsigned from, unsigned to) {
   const auto rows = store_->children();
   store_->move(rows[from], rows[from < to ? to + 1 : to]);
@@ -124,7 +124,7 @@ void ScriptRows::refresh_line(ScriptLine* line) {
   signal_refreshed_.emit();
 }
 
-// A row that is touched gives up its editor: the others are left alone.
+// Writes only changed rows, because writing a row ends its editor.
 void ScriptRows::refresh_changed() {
   for (const auto& row : store_->children()) {
     if (at(row).sentence().text().raw() != row.get_value(columns().text).raw()) refresh(row);
@@ -132,8 +132,8 @@ void ScriptRows::refresh_changed() {
   signal_refreshed_.emit();
 }
 
-// A line that is being removed is still one of the script's when its row goes, and the word in
-// front of a condition depends on its place.
+// Refreshes later, because a line being removed is still in the script when its row is removed, and
+// the word before a condition depends on its index.
 void ScriptRows::refresh_soon() {
   if (refresh_.connected()) return;
   refresh_ = Glib::signal_idle().connect(

@@ -5,17 +5,17 @@
 #include <functional>
 
 #include "runtime/scoped_connection.h"
-#include "scripts/script.h"  // whole: its pointer is to be an object to the toolkit
+#include "scripts/script.h"  // complete type, so that its pointer is an object property
 #include "ui/scripts/script_row.h"
 
 namespace zemblar {
 
 class Object;
 
-/// The rows of a script's editor, kept in step with the script: its conditions, the entry that adds
+/// The rows of the script editor, kept equal to the script: its conditions, the entry that adds
 /// one, its commands, the entry that adds one.
 ///
-/// `clear` lets go of the script, which must happen before that ends.
+/// Call `clear` before the script ends.
 class ScriptRows : public sigc::trackable {
  public:
   struct Columns : Gtk::TreeModelColumnRecord {
@@ -24,7 +24,7 @@ class ScriptRows : public sigc::trackable {
     Gtk::TreeModelColumn<Script*> script;
     Gtk::TreeModelColumn<ScriptLine*> line;
     Gtk::TreeModelColumn<unsigned> refresh;
-    Gtk::TreeModelColumn<Glib::ustring> text;  ///< the sentence, as it is read out
+    Gtk::TreeModelColumn<Glib::ustring> text;  ///< the sentence for screen readers
   };
   static const Columns& columns();
 
@@ -34,12 +34,12 @@ class ScriptRows : public sigc::trackable {
 
   [[nodiscard]] const Glib::RefPtr<Gtk::TreeStore>& store() const { return store_; }
   [[nodiscard]] static ScriptRow at(const Gtk::TreeRow& row);
-  /// Invalid for a line of another script.
+  /// The row of a line; invalid for a line of another script.
   [[nodiscard]] Gtk::TreeIter find(const ScriptLine& line) const;
 
-  /// A line is about to lose its row, and then to end.
+  /// The row of a line is about to be removed, after which the line ends.
   sigc::signal<void, ScriptLine*>& signal_removing() { return signal_removing_; }
-  /// Something is to be drawn otherwise.
+  /// A row has changed its look.
   sigc::signal<void>& signal_refreshed() { return signal_refreshed_; }
 
  private:
@@ -54,7 +54,7 @@ class ScriptRows : public sigc::trackable {
   void refresh_soon();
   static void refresh(const Gtk::TreeRow& row);
 
-  Script* script_;  // null once it is let go
+  Script* script_;  // null after `clear`
   Glib::RefPtr<Gtk::TreeStore> store_;
   sigc::signal<void, ScriptLine*> signal_removing_;
   sigc::signal<void> signal_refreshed_;

@@ -1,4 +1,4 @@
-// What the interface makes of the arguments of a script's lines.
+// Widgets for the arguments of a script's lines.
 
 #include "scripts/script_ui.h"
 
@@ -29,7 +29,7 @@ class ChoiceItem : public Gtk::MenuItem {
  protected:
   void on_activate() override {
     Gtk::MenuItem::on_activate();
-    // The choice may end in the destruction of the menu.
+    // The handler may destroy the menu.
     const auto choose = choose_;
     if (get_sensitive()) choose();
   }
@@ -57,12 +57,13 @@ Gtk::Menu* make_menu(const std::vector<ScriptChoice>& choices) {
 constexpr unsigned most_percent = 100;
 constexpr unsigned most_km_h = 10000;
 
-/// A number with its unit. Keeps the value itself, as its widgets may go before it does.
+/// Edits a number with its unit. Stores the value itself, because the widgets may be destroyed
+/// before it.
 class SpeedEditor : public sigc::trackable {
  public:
   SpeedEditor(Gtk::HBox& box, const SpeedArg& speed);
 
-  /// What was typed, within what the unit allows.
+  /// The typed value, limited to the range of the unit.
   [[nodiscard]] SpeedArg value() const;
 
  private:
@@ -87,8 +88,8 @@ SpeedEditor::SpeedEditor(Gtk::HBox& box, const SpeedArg& speed) : value_(speed) 
       [this] { value_.speed = static_cast<unsigned>(spin_.get_value_as_int()); }, *this));
   spin_.set_range(0, most());
   spin_.set_value(speed.speed);
-  // The unit may be chosen after the number was typed: the field loses the focus to the unit's
-  // button first, which must not clamp the number.
+  // When the user chooses the unit after typing the number, the field first loses the focus to the
+  // unit's button, which must not limit the number to the range of the old unit.
   spin_.signal_focus_out_event().connect(
       sigc::track_obj([this](GdkEventFocus*) { return spin_.set_range(0, most_km_h), false; },
                       *this),
@@ -104,7 +105,7 @@ SpeedEditor::SpeedEditor(Gtk::HBox& box, const SpeedArg& speed) : value_(speed) 
   }
 }
 
-// What was typed counts before the range does: a larger number becomes the largest one.
+// Reads the typed number before limiting it to the new range.
 void SpeedEditor::set_unit(bool km_h) {
   spin_.set_range(0, most_km_h);
   spin_.update();

@@ -8,23 +8,23 @@
 
 namespace zemblar {
 
-/// A text with arguments in it, and where these stand.
+/// A text with arguments, and the positions of these.
 class Sentence {
  public:
-  /// One argument. `begin` and `end` count the bytes of the text, as Pango does.
+  /// One argument. `begin` and `end` are byte offsets in the text, as in Pango.
   struct Argument {
     unsigned number;
     std::size_t begin;
     std::size_t end;
   };
 
-  /// `%n` in the format stands for argument n, `%%` for a percent sign. The arguments' own texts
-  /// are taken as they are.
+  /// In the format `%n` stands for argument n, `%%` for a percent sign. `%` in the text of an
+  /// argument has no meaning.
   Sentence(const Glib::ustring& format,
            const std::function<Glib::ustring(unsigned number)>& text_of);
 
   [[nodiscard]] const Glib::ustring& text() const { return text_; }
-  /// In the order in which they are read.
+  /// The arguments in reading order.
   [[nodiscard]] const std::vector<Argument>& arguments() const { return arguments_; }
 
  private:
