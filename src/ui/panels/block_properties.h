@@ -12,9 +12,10 @@ class Block;
 class Crossing;
 class Zone;
 
-/// The rows of a block's panel that say what reports on it and who holds it.
+/// The rows of a block's panel for its detector and for the locomotive that holds it.
 ///
-/// With the second one the operator takes a block away from a locomotive that has left it unseen.
+/// With the second row the operator can free a block that a locomotive has left without being
+/// detected.
 class BlockRows {
  public:
   explicit BlockRows(Block& block);

@@ -54,7 +54,7 @@ void DecoderForm::add_rows(const Glib::ustring& heading) {
 }
 
 void DecoderForm::connect() {
-  // Slots are members of this form's widgets, so none outlives it.
+  // The signals belong to widgets of this form, so no slot outlives it.
   const auto on = [this](auto signal, auto action) {
     signal.connect([this, action] {
       if (!updating_) action(*decoder_.operator->());

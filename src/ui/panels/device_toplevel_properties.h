@@ -10,8 +10,8 @@ namespace zemblar {
 
 class DeviceToplevel;
 
-/// The panel of all devices: a button with a menu of those that a person makes. Other devices
-/// appear when their hardware is plugged in.
+/// The panel of all devices: a button with a menu of the devices that the user can make. Other
+/// devices appear when their hardware is plugged in.
 class DTProps : public Form {
  public:
   DTProps(DeviceToplevel& toplevel, const Labels& labels);

@@ -74,7 +74,7 @@ void DeviceDummyRailComReaderProperties::add_rows() {
 }
 
 void DeviceDummyRailComReaderProperties::connect() {
-  // Slots are members of this panel's widgets, so none outlives it.
+  // The signals belong to widgets of this panel, so no slot outlives it.
   const auto when = [this](auto action) {
     return [this, action] {
       if (!updating_ && reader_) action(*reader_);

@@ -19,19 +19,19 @@ class DeviceDummyRailComReader;
 /// Eight check buttons in a row, one for each position of a pattern; bit 0 comes first.
 class PatternRow {
  public:
-  /// Announced as `name` and the number of the position, from 1.
+  /// For screen readers each button is called `name` and the number of its position, from 1.
   explicit PatternRow(const Glib::ustring& name);
 
   [[nodiscard]] std::uint8_t get_pattern() const;
   void show_pattern(std::uint8_t pattern);
-  /// A person has set or cleared a position, or `show_pattern` has.
+  /// Called when the user or `show_pattern` has set or cleared a position.
   void connect_toggled(const sigc::slot<void>& slot);
-  /// Puts the row into a form.
+  /// Adds the row to a form.
   void add_to(Form& form, const Glib::ustring& label, const Glib::ustring& tooltip);
 
  private:
   std::array<Gtk::CheckButton, 8> positions_;
-  Gtk::HBox others_;  // all but the first, which has the label's access key
+  Gtk::HBox others_;  // all but the first, to which the label's access key goes
 };
 
 /// The panel of a simulated RailCom reader.

@@ -4,7 +4,7 @@
 
 namespace zemblar {
 
-/// Stands for a throttle outside the program. Without keys and without behaviour of its own.
+/// Represents a throttle outside the program. It has no keys in a layout file and no behaviour.
 class ExternalThrottle : public Object {
  public:
   ExternalThrottle();

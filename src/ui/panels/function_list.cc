@@ -60,7 +60,8 @@ void FunctionList::build() {
   frame->set_policy(Gtk::POLICY_AUTOMATIC, Gtk::POLICY_NEVER);
   frame->set_shadow_type(Gtk::SHADOW_IN);
   frame->add(list_);
-  // Above the list, which grows under the pointer that makes one function after the other.
+  // The buttons are above the list, so that they do not move while the user adds several functions
+  // and the list grows.
   auto* buttons = Gtk::manage(new Gtk::HBox(false, gap));
   buttons->pack_start(new_, false, false);
   buttons->pack_start(delete_, false, false);
@@ -80,7 +81,7 @@ void FunctionList::insert(zemblar::Object* child) {
   place(child);
 }
 
-/// In the order of the locomotive's children.
+/// Moves the row, so that the rows are in the order of the locomotive's children.
 void FunctionList::place(zemblar::Object* child) {
   const auto row = find(child);
   if (!row) return;
@@ -105,7 +106,7 @@ void FunctionList::follow(Function* function) {
 
 void FunctionList::on_new() {
   if (!lok_) return;
-  auto* function = new Function(lok_.get());  // add takes it
+  auto* function = new Function(lok_.get());  // `add` takes ownership
   function->set_function(free_number(*lok_));
   lok_->add(function);
   if (const auto row = find(function)) list_.get_selection()->select(row);
@@ -119,8 +120,8 @@ void FunctionList::on_delete() {
   function->destroy();
 }
 
-// The row below the chosen one, else the row above. The button that deletes stays sensitive, and
-// keeps the focus.
+// Selects the row below the selected one, else the row above. So the delete button stays sensitive
+// and keeps the focus.
 void FunctionList::choose_neighbour() {
   const auto rows = model_->children();
   const auto row = list_.get_selection()->get_selected();

@@ -14,7 +14,7 @@ namespace zemblar {
 class Function;
 class Lok;
 
-/// The functions of a locomotive, by number and name, with buttons that add and delete one.
+/// A list of the functions of a locomotive, by number and name, with buttons to add and delete one.
 class FunctionList : public Gtk::VBox {
  public:
   explicit FunctionList(Lok& lok);

@@ -13,8 +13,8 @@ namespace zemblar {
 
 /// The panel of a locomotive's function.
 ///
-/// It offers the types Toggle and Pulse. A function of another type, which comes from a file,
-/// shows that type as well and keeps it until a person chooses another.
+/// It offers the types Toggle and Pulse. For a function with another type, read from a file, it
+/// offers that as well, and keeps it until the user chooses another.
 class FunctionProperties : public Form {
  public:
   FunctionProperties(Function& function, const Labels& labels);

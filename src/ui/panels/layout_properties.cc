@@ -21,7 +21,7 @@ LayoutProperties::LayoutProperties(Layout& layout, const Glib::RefPtr<Gtk::SizeG
   label_.set_mnemonic_widget(title_);
   attach(label_, 0, 1, 0, 1, Gtk::FILL, Gtk::FILL);
   attach(title_, 1, 2, 0, 1);
-  // New gives the title back without announcing it, and then adds the containers.
+  // New resets the title without a notification, and then adds the toplevels.
   emptied_ = layout.signal_object_added().connect([this, &layout](zemblar::Object* object) {
     if (dynamic_cast<Toplevel*>(object)) show_text(title_, layout.get_name());
   });

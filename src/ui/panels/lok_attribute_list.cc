@@ -99,7 +99,8 @@ void LokAttributeList::on_value_editing(Gtk::CellEditable* editor, const Glib::u
   }
 }
 
-// The toolkit takes the first press for choosing the row and only the second one for editing.
+// Makes the first press edit: the toolkit would only select the row with the first press, and edit
+// with the second.
 bool LokAttributeList::on_list_pressed(GdkEventButton* event) {
   Gtk::TreePath path;
   if (event->window == list_.get_bin_window()->gobj() &&
@@ -122,8 +123,8 @@ void LokAttributeList::remove_chosen() {
   lok_->remove_attribute(key);
 }
 
-// The attribute below the chosen one, else the one above, else the row for a new one. The button
-// that removes keeps the focus while there is something to remove.
+// Selects the attribute below the selected one, else the one above, else the row for a new one. So
+// the remove button keeps the focus while there are attributes.
 void LokAttributeList::choose_neighbour() {
   const auto row = list_.get_selection()->get_selected();
   auto neighbour = std::next(row);

@@ -11,8 +11,8 @@ namespace zemblar {
 
 class Lok;
 
-/// The attributes of a locomotive in a list: a new key is typed into the last row, values are typed
-/// where they stand, and Delete or the button below removes the chosen one.
+/// The attributes of a locomotive in a list. A new key is typed into the last row, a value into its
+/// cell; Delete or the button below removes the selected attribute.
 class LokAttributeList : public Gtk::VBox {
  public:
   explicit LokAttributeList(Lok& lok);
@@ -20,7 +20,7 @@ class LokAttributeList : public Gtk::VBox {
   [[nodiscard]] Gtk::TreeView& list() { return list_; }
   [[nodiscard]] Gtk::Button& remove_button() { return remove_; }
 
-  /// What a person has typed into a row's name or value.
+  /// Apply the text that the user has typed as a new key, or as the value of the row at `path`.
   void enter_key(const Glib::ustring& text);
   void enter_value(const Glib::ustring& path, const Glib::ustring& text);
 

@@ -49,7 +49,7 @@ void LokAttributeModel::follow(const Glib::ustring& key) {
 
 Gtk::TreeModel::iterator LokAttributeModel::successor(const Glib::ustring& key) {
   auto row = children().begin();
-  // By bytes, as the locomotive sorts them.
+  // Compares by bytes, as the locomotive's map does.
   while ((*row)[columns().real] && (*row).get_value(columns().key).raw() < key.raw()) ++row;
   return row;
 }

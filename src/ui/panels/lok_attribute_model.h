@@ -9,8 +9,8 @@ namespace zemblar {
 
 class Lok;
 
-/// The attributes of a locomotive as a list, in the order of their keys, and below them a gray row
-/// that stands for a new one. It follows the locomotive.
+/// The attributes of a locomotive as a list model, sorted by key, with a grey last row for a new
+/// one. It is kept equal to the locomotive's attributes.
 class LokAttributeModel : public Gtk::ListStore {
  public:
   struct Columns : Gtk::TreeModelColumnRecord {

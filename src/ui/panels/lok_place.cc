@@ -18,7 +18,7 @@ Glib::ustring names_of(const std::vector<Block*>& blocks) {
   return names.empty() ? Glib::ustring(_("(None)")) : names;
 }
 
-/// The block beyond an end of the locomotive's span, and why it may not be free.
+/// The text about the block beyond an end of the locomotive's span, and why it is not free.
 Glib::ustring beyond(const Lok& lok, const BlockLink* end) {
   if (!end) return "–";
   const auto* partner = end->get_partner();
@@ -37,7 +37,7 @@ Glib::ustring beyond(const Lok& lok, const BlockLink* end) {
 LokPlace::LokPlace(Lok& lok) : lok_(&lok) {
   for (auto* label : {&blocks_, &ahead_, &behind_}) {
     label->set_alignment(0, 0.5);
-    label->set_ellipsize(Pango::ELLIPSIZE_END);  // as wide as the panel, whatever they say
+    label->set_ellipsize(Pango::ELLIPSIZE_END);  // so that a long text does not widen the panel
   }
   auto& layout = Layout::get();
   const auto follow = sigc::mem_fun(*this, &LokPlace::follow);

@@ -13,7 +13,7 @@ class Block;
 class BlockLink;
 class Lok;
 
-/// Rows of a panel that tell where a locomotive is, and what lies ahead of it and behind it.
+/// Rows of a panel that show where a locomotive is, and the blocks ahead of it and behind it.
 class LokPlace : public sigc::trackable {
  public:
   explicit LokPlace(Lok& lok);

@@ -61,7 +61,7 @@ void LokProperties::add_decoders() {
   new_decoder_.signal_clicked().connect([this] {
     if (lok_) lok_->add_decoder();
   });
-  // The button that removes a decoder stands in the very form that goes.
+  // Rebuilt later, because the button that removes a decoder is in the form that is removed.
   decoders_changed_ = lok_->signal_decoders_changed().connect([this] {
     show_decoders_soon_ = Glib::signal_idle().connect([this] {
       const FocusPlace among_decoders(decoders_);

@@ -11,7 +11,7 @@ using Type = PointOutput::Type;
 
 constexpr int type_count = 4;
 
-/// Those that can do what the type asks for.
+/// The devices that support the type.
 ObjectChoices devices_for(Type type) {
   auto choices = driver_choices(required_feature(type));
   if (type == Type::Servo) choices.how_to_make = _("No device of this program moves servos yet");
@@ -82,7 +82,7 @@ void PointOutputProperties::add_rows(const Glib::ustring& heading) {
 }
 
 void PointOutputProperties::connect() {
-  // Slots are members of this form's widgets, so none outlives it.
+  // The signals belong to widgets of this form, so no slot outlives it.
   const auto on = [this](auto signal, auto action) {
     signal.connect([this, action] {
       if (!updating_) action(*output_.operator->());

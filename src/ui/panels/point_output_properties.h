@@ -14,8 +14,8 @@
 
 namespace zemblar {
 
-/// The part of a point's panel that edits one of its outputs. It shows the rows that the type asks
-/// for.
+/// The part of a point's panel that edits one of its outputs. The type decides which rows are
+/// shown.
 class PointOutputProperties : public Form {
  public:
   PointOutputProperties(const Glib::RefPtr<PointOutput>& output, const Glib::ustring& heading,
@@ -40,7 +40,7 @@ class PointOutputProperties : public Form {
   Gtk::SpinButton function_;
 };
 
-/// What an output switches, as "Address 5, output 1".
+/// A description of an output, such as "Address 5, output 1".
 [[nodiscard]] Glib::ustring output_text(const PointOutput& output);
 
 }  // namespace zemblar

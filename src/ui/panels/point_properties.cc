@@ -39,7 +39,7 @@ const PanelRegistration<PointToplevel, PointToplevelProperties> toplevel_registr
 constexpr int form_gap = 8;
 constexpr int state_width = 15;  // characters; longer names end in an ellipsis
 
-/// A button of its natural width.
+/// Packs a button with its natural width.
 void pack_button(Gtk::Box& box, Gtk::Button& button) {
   auto* row = Gtk::manage(new Gtk::HBox);
   row->pack_start(button, false, false);
@@ -73,7 +73,7 @@ void PointProperties::add_state_row() {
     text->property_ellipsize() = Pango::ELLIPSIZE_MIDDLE;
     text->property_width_chars() = state_width;
   }
-  add_row(_("_State:"), state_);  // on a line of its own: a scissor point's names are long
+  add_row(_("_State:"), state_);  // a separate row, because a scissor point's state names are long
   auto* under_it = Gtk::manage(new Gtk::HBox);
   under_it->pack_start(send_again_, false, false);
   add_field(*under_it);
@@ -146,7 +146,8 @@ void PointProperties::follow_state() {
   send_again_.set_sensitive(point_->get_state() != nullptr);
 }
 
-// The button that removes a state or an output stands in the very form that goes.
+// Rebuilds later, because the button that removes a state or an output is in the form that is
+// removed.
 void PointProperties::show_soon() {
   show_soon_ = Glib::signal_idle().connect([this] {
     show_again();

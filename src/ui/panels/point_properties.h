@@ -14,8 +14,8 @@
 
 namespace zemblar {
 
-/// The panel of a point, a signal or a scissor point: how it lies now, which can be changed here,
-/// and pages for its states, its outputs, and (but for a signal) its occupancy.
+/// The panel of a point, a signal or a scissor point: its current state, which can be changed here,
+/// and pages for its states, its outputs, and (except for a signal) its occupancy.
 class PointProperties : public Form {
  public:
   PointProperties(PointBase& point, const Labels& labels);
@@ -45,7 +45,8 @@ class PointProperties : public Form {
   Gtk::Button add_output_;
   std::unique_ptr<BlockRows> occupancy_;
   std::vector<ScopedConnection> connections_;
-  Gtk::Box* extended_ = nullptr;  // gets the focus in its last part when that is shown
+  Gtk::Box* extended_ =
+      nullptr;  // the box whose last part gets the focus after the next rebuild, or null
   ScopedConnection show_soon_;
 };
 

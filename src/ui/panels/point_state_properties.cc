@@ -83,7 +83,7 @@ void OutputAction::attach_to(Gtk::Table& table, unsigned row) {
 }
 
 void OutputAction::connect() {
-  // Each control changes its own value: another one may be more than it can show.
+  // Each control changes only its own value, since another value may be outside its range.
   const auto on = [this](auto signal, auto change) {
     signal.connect([this, change] {
       if (!state_ || updating_) return;
@@ -133,7 +133,7 @@ PointStateProperties::PointStateProperties(PointState& state, const Labels& labe
   table_.set_col_spacings(column_gap);
   table_.set_row_spacings(row_gap);
   add_row(_("_Name:"), name_);
-  // A point's panel has several such fields below its own.
+  // A point's panel contains several name fields, so each is named for screen readers.
   name_.get_accessible()->set_name(
       Glib::ustring::compose(_("Name of state %1"), state.get_position() + 1));
   add_image();
@@ -178,7 +178,7 @@ void PointStateProperties::show_actions() {
   table_.show_all();
 }
 
-// A control of another type takes the place of the one that has been used to make it so.
+// Rebuilds later, because the signal may come from the control that is replaced.
 void PointStateProperties::follow() {
   bool outdated = false;
   for (const auto& action : actions_) {

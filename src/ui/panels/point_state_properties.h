@@ -16,13 +16,14 @@
 
 namespace zemblar {
 
-/// What one output does in one state: whether it matters, and a control for its type.
+/// The controls for the setting of one output in one state: whether it matters, and a control that
+/// depends on its type.
 class OutputAction {
  public:
   OutputAction(PointState& state, const Glib::RefPtr<PointOutput>& output);
   void attach_to(Gtk::Table& table, unsigned row);
   void follow();
-  /// The control is of another type than the output is now.
+  /// True if the type of the output has changed since the control was made.
   [[nodiscard]] bool is_outdated() const { return output_->get_type() != type_; }
 
  private:

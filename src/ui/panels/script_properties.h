@@ -9,7 +9,7 @@ namespace zemblar {
 
 class Script;
 
-/// The panel of a script: opens its editor, and wakes what sleeps in it.
+/// The panel of a script: buttons to open its editor and to start its sleeping conditions.
 class SProps : public Form {
  public:
   SProps(Script& script, const Labels& labels);

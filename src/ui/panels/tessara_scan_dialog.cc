@@ -75,7 +75,7 @@ void TessaraScanDialog::close() {
   response(Gtk::RESPONSE_CLOSE);
 }
 
-// Closing also happens by Escape and by the window manager.
+// Also called when Escape or the window manager closes the dialog.
 void TessaraScanDialog::on_response(int /*response*/) {
   if (std::exchange(closed_, true)) return;
   std::erase_if(dialogs(), [this](const auto& entry) { return entry.second == this; });

@@ -9,14 +9,15 @@
 
 namespace zemblar {
 
-/// Shows how far a scan of a bus has come and what it has found.
+/// Shows the progress of a scan of a bus, and the devices found.
 ///
-/// One for each bus, beside the other windows, which stay usable. Closing it ends the scan; it
-/// closes by itself when the bus ends.
+/// There is at most one per bus. It is not modal. Closing it ends the scan; it closes by itself
+/// when the bus ends.
 class TessaraScanDialog : public Gtk::Dialog {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
-  /// Begins a scan unless one is running, and shows its dialog over the window. It deletes itself.
+  /// Starts a scan unless one is running, and shows its dialog over `parent`. The dialog deletes
+  /// itself.
   static void run(DeviceTessaraBus& bus, Gtk::Window* parent);
 
   ~TessaraScanDialog() override;
@@ -35,7 +36,7 @@ class TessaraScanDialog : public Gtk::Dialog {
   void note_found(Object* device);
   void show_found();
 
-  bool closed_ = false;  // its end is on the way
+  bool closed_ = false;  // it is about to be deleted
   ObjectRef<DeviceTessaraBus> bus_;
   std::vector<Glib::ustring> found_;
   Gtk::Label state_;

@@ -13,7 +13,7 @@
 namespace zemblar {
 namespace {
 
-/// Labels have no place in the middle, so rows are not numbers of anchors there.
+/// A label cannot have the anchor Centre, so its rows are not numbered as Anchor is.
 constexpr std::array label_anchors = {Anchor::Top,        Anchor::Bottom,     Anchor::Left,
                                       Anchor::Right,      Anchor::TopLeft,    Anchor::TopRight,
                                       Anchor::BottomLeft, Anchor::BottomRight};

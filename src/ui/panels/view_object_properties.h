@@ -11,7 +11,7 @@ class ViewLabel;
 class ViewObj;
 class ViewSignal;
 
-/// How a signal stands in a diagram.
+/// The panel of a signal's diagram object: anchor and angle.
 class ViewSignalProperties : public Form {
  public:
   ViewSignalProperties(ViewSignal& signal, const Labels& labels);
@@ -26,7 +26,7 @@ class ViewSignalProperties : public Form {
   bool updating_ = false;
 };
 
-/// How a label stands in a diagram.
+/// The panel of a label's diagram object: alignment.
 class ViewLabelProperties : public Form {
  public:
   ViewLabelProperties(ViewLabel& label, const Labels& labels);
@@ -40,8 +40,8 @@ class ViewLabelProperties : public Form {
   bool updating_ = false;
 };
 
-/// The panel of a diagram object's own properties; null for a kind that has none. The caller owns
-/// it.
+/// A new panel for a diagram object's own properties, owned by the caller; null for a kind that has
+/// none.
 [[nodiscard]] Gtk::Widget* make_diagram_panel(ViewObj& object, const Form::Labels& labels);
 
 }  // namespace zemblar

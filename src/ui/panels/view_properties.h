@@ -21,7 +21,7 @@ class ViewProperties : public Gtk::Table {
   ViewProperties(View& view, const Glib::RefPtr<Gtk::SizeGroup>& labels);
 
  private:
-  /// One row; `access` is the widget that the label's access key goes to.
+  /// Adds a row; `access` is the widget that the label's access key activates.
   void add_row(const Glib::ustring& label, Gtk::Widget& content, Gtk::Widget& access);
   Gtk::Widget& size_row();
   void describe_controls();
