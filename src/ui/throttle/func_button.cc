@@ -9,7 +9,7 @@ namespace zemblar {
 namespace {
 
 constexpr int picture_size = 48;
-constexpr int widest_name = 24;  // characters; the throttle's window grows with its content
+constexpr int widest_name = 24;  // characters; limits the width of the throttle's window
 
 Glib::RefPtr<Gdk::Pixbuf> picture_of(const Function& function) {
   const bool on = function.get_state_overlay();
@@ -19,7 +19,7 @@ Glib::RefPtr<Gdk::Pixbuf> picture_of(const Function& function) {
   return picture ? picture : load_picture(second, picture_size);
 }
 
-/// The key of the throttle that presses the button.
+/// The name of the key that presses the button in the throttle.
 Glib::ustring key_of(unsigned number) {
   const auto digit = number % 10;
   if (number < 10) return Glib::ustring::compose("%1", digit);
@@ -72,7 +72,7 @@ void FuncButton::on_toggled() {
   Gtk::ToggleButton::on_toggled();
   if (updating_ || !function_) return;
   function_->set_state(get_active());
-  // An overlay may keep the function as it was.
+  // The state in force may be unchanged because of an overlay, so the button shows that again.
   if (function_) follow_state();
 }
 

@@ -11,14 +11,14 @@ namespace zemblar {
 
 class Function;
 
-/// The button of one locomotive function. It shows the state in force after overlays; only a
-/// press by a person sets the function's state. It cannot take the focus.
+/// The button of one locomotive function. It shows the state in force after overlays. Only a press
+/// by the user sets the function's state. It cannot take the focus.
 class FuncButton : public Gtk::ToggleButton {
  public:
   explicit FuncButton(Function* function = nullptr);
 
   [[nodiscard]] Function* get_function() const { return function_; }
-  /// Another function, or none.
+  /// Sets the function, or null.
   void set_function(Function* function);
 
  protected:

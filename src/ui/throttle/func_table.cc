@@ -22,7 +22,7 @@ constexpr double mark_width = 3;  // pixels
 constexpr std::array mark_keys{GDK_KEY_Left, GDK_KEY_Right, GDK_KEY_Up,
                                GDK_KEY_Down, GDK_KEY_Home,  GDK_KEY_End};
 
-/// A key of the keypad as the one that does the same elsewhere.
+/// Converts a keypad key to the main key with the same meaning.
 guint unpadded(guint key) {
   switch (key) {
     case GDK_KEY_KP_Left:
@@ -40,14 +40,14 @@ guint unpadded(guint key) {
   }
 }
 
-/// A wide button and a pair of half-width ones fill what does not fill a row of four.
+/// Splits n buttons into a row of one wide button, a row of two half-width ones, and rows of four.
 struct Layouter {
   explicit Layouter(unsigned n) : wide(n % columns % 2), pair(n % columns >= 2) {}
 
   [[nodiscard]] unsigned rows(unsigned n) const { return wide + pair + n / columns; }
 
-  unsigned wide;  // rows of one button
-  unsigned pair;  // rows of two
+  unsigned wide;  // number of rows with one button
+  unsigned pair;  // number of rows with two
 };
 
 bool is_function(const Object& object) {
@@ -124,7 +124,7 @@ void FuncTable::lay_out() {
   if (n == 0) return resize(1, 1);
   const Layouter layouter(n);
   resize(layouter.rows(n), columns);
-  unsigned cell = 0;  // a wide button fills four
+  unsigned cell = 0;  // counts cells; a wide button fills four
   for (unsigned i = 0; i < n; ++i) {
     const unsigned width = i < layouter.wide ? 4 : i < layouter.wide + 2 * layouter.pair ? 2 : 1;
     const auto& place = places_.emplace_back(Place{cell / columns, cell % columns, width});
@@ -155,7 +155,7 @@ bool FuncTable::press(unsigned number) {
 
 // --- The mark ---
 
-// The first button, when the marked function is shown no more.
+// The index of the marked button; 0 if the marked function is no longer shown.
 std::size_t FuncTable::marked() const {
   const auto shown = buttons();
   const auto found = std::ranges::find(shown, marked_, &FuncButton::get_function);
@@ -170,7 +170,7 @@ void FuncTable::mark(std::size_t index) {
   queue_draw();
 }
 
-// The buttons have no focus that assistive technology could follow.
+// Announces the marked button to assistive technology, which cannot follow the focus here.
 void FuncTable::describe_mark() {
   auto& marked_button = *buttons().at(marked());
   get_accessible()->set_description(marked_button.get_function()->get_name());
@@ -179,7 +179,7 @@ void FuncTable::describe_mark() {
                         marked_button.get_accessible()->gobj());
 }
 
-// Where an arrow leads to; the marked one itself at the edge.
+// The index of the button that a key moves the mark to; at an edge the marked one itself.
 std::size_t FuncTable::neighbour(guint key) const {
   const auto from = marked();
   const auto last = places_.size() - 1;

@@ -16,12 +16,12 @@ class Function;
 class Lok;
 class Object;
 
-/// The functions of one locomotive as a block of buttons whose rows are always full: an odd one
-/// takes a row of its own, an odd pair shares one, the others stand four to a row. Hidden functions
-/// are left out.
+/// The functions of one locomotive as a block of buttons with full rows: first a single button if
+/// the count is odd, then a pair if two more remain, then rows of four. Hidden functions are left
+/// out.
 ///
-/// The buttons take no focus, so the table is one stop of Tab: arrow keys move a mark over the
-/// buttons, and Return presses the marked one.
+/// The buttons take no focus, so Tab stops once at the whole table. Arrow keys move a mark over the
+/// buttons, and Return presses the marked button.
 class FuncTable : public Gtk::Table {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -32,7 +32,7 @@ class FuncTable : public Gtk::Table {
   void set_lok(Lok* lok);
   Glib::PropertyProxy<Lok*> property_lok() { return {this, "lok"}; }
 
-  /// The buttons that are shown, in the order of the locomotive's children.
+  /// The visible buttons, in the order of the locomotive's children.
   [[nodiscard]] std::vector<FuncButton*> buttons() const;
   /// Presses the button of a function number; false if there is none.
   bool press(unsigned number);
@@ -49,7 +49,7 @@ class FuncTable : public Gtk::Table {
     std::unique_ptr<FuncButton> button;
     ScopedConnection hidden_changed;
   };
-  /// Of a button, counted along the rows.
+  /// The place of a button, in cells.
   struct Place {
     unsigned row;
     unsigned column;
@@ -69,7 +69,7 @@ class FuncTable : public Gtk::Table {
 
   Lok* lok_ = nullptr;
   std::deque<Entry> entries_;
-  std::vector<Place> places_;         // of the buttons that are shown
+  std::vector<Place> places_;         // of the visible buttons
   const Function* marked_ = nullptr;  // only compared: it may have ended
   ScopedConnection child_added_;
   ScopedConnection child_removed_;

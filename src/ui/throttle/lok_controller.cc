@@ -22,8 +22,8 @@ constexpr int gap = 4;
 constexpr double max_speed = 126;
 constexpr int sentence_width = 290;
 
-/// A throttle's window. Its keys go before those of the focused control, so that Space stops the
-/// train wherever the focus is.
+/// A throttle's window. It handles its keys before the focused control does, so that Space stops
+/// the train wherever the focus is.
 class ThrottleWindow : public Gtk::Window {
  public:
   ThrottleWindow() {
@@ -53,8 +53,8 @@ class ThrottleWindow : public Gtk::Window {
   }
 
  private:
-  // Two throttles one upon the other look like one. Beyond the edge of the screen the window
-  // manager finds a place.
+  // Puts the window beside the last one, because two throttles on top of each other look like one.
+  // If the screen is too narrow, the window manager chooses the place.
   void place_beside_last() {
     if (!last_ || !last_->get_window() || !last_->get_visible()) return;
     Gdk::Rectangle frame;
@@ -64,10 +64,10 @@ class ThrottleWindow : public Gtk::Window {
     move(left, frame.get_y());
   }
 
-  static inline ThrottleWindow* last_ = nullptr;  // that was opened
+  static inline ThrottleWindow* last_ = nullptr;  // the one opened last
 };
 
-/// The function that a key stands for, whose modifiers count in tens.
+/// The function number of a key: Shift adds 10, Ctrl adds 20.
 std::optional<unsigned> function_of(const GdkEventKey& event) {
   const auto digit = digit_of(event);
   if (!digit) return {};
@@ -81,7 +81,7 @@ std::optional<unsigned> function_of(const GdkEventKey& event) {
 }  // namespace
 
 LokController& LokController::open(Lok* lok) {
-  auto* window = new ThrottleWindow;  // ends itself
+  auto* window = new ThrottleWindow;  // deletes itself
   window->controller.chooser_.set_object(lok);
   return window->controller;
 }
@@ -95,7 +95,7 @@ LokController::LokController()
       stop_image_(Gtk::Stock::STOP, Gtk::ICON_SIZE_LARGE_TOOLBAR),
       function_scroll_(functions_),
       pulse_([this](Layout& layout, auto& connections) {
-        connections.emplace_back(layout.signal_pulse().connect([this] { tell_condition(); }));
+        connections.emplace_back(layout.signal_pulse().connect([this] { update_sentence(); }));
       }) {
   set_border_width(gap);
   direction_.add(direction_image_);
@@ -164,7 +164,7 @@ void LokController::on_lok_changed() {
     scale_.grab_focus();
   }
   show_wanted_speed();
-  tell_condition();
+  update_sentence();
 }
 
 void LokController::connect(Lok& lok) {
@@ -176,7 +176,7 @@ void LokController::connect(Lok& lok) {
       sigc::mem_fun(*this, &LokController::follow_actual_speed));
   emergency_stop_changed_ = lok.signal_emergency_stop_changed().connect([this] {
     if (lok_->get_emergency_stop()) scale_.let_go();
-    tell_condition();
+    update_sentence();
   });
   follow_speed();
   follow_direction();
@@ -188,13 +188,13 @@ void LokController::on_scale_moved() {
   dial_.set_red(speed);
   if (lok_ && !updating_) lok_->set_speed(speed);
   show_wanted_speed();
-  tell_condition();
+  update_sentence();
 }
 
 void LokController::on_direction_clicked() {
   if (!lok_) return;
   lok_->set_direction(opposite(lok_->get_direction()));
-  // Under a script's overlay the change is recorded without being announced.
+  // Under a script's overlay the locomotive records the change without a notification.
   if (lok_) follow_direction();
 }
 
@@ -226,7 +226,8 @@ void LokController::show_wanted_speed() {
                              : "");
 }
 
-// The window keeps its size while a train drives, and never cuts off the advice.
+// Keeps the height of the longest sentence so far, so that the window does not change its size all
+// the time, and the whole sentence is visible.
 void LokController::keep_room_for_sentence() {
   const int width = for_type(sentence_, sentence_width);
   sentence_.set_size_request(width, -1);
@@ -234,7 +235,7 @@ void LokController::keep_room_for_sentence() {
   sentence_.set_size_request(width, sentence_height_);
 }
 
-void LokController::tell_condition() {
+void LokController::update_sentence() {
   const auto text = lok_ ? train_sentence(*lok_) : _("Choose a locomotive above.");
   if (text.raw() == sentence_.get_text().raw()) return;
   sentence_.set_text(text);
@@ -249,7 +250,7 @@ bool LokController::press_key(const GdkEventKey& event) {
     on_stop_clicked();
     return true;
   }
-  // A digit without a function is not to mean something else to the scale.
+  // A digit is used even without such a function, so that it has no effect on the scale.
   const auto function = function_of(event);
   if (function) functions_.press(*function);
   return function.has_value();

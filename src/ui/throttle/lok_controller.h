@@ -18,25 +18,25 @@ namespace zemblar {
 
 class Lok;
 
-/// The throttle: drives one locomotive by hand, chosen at its top.
+/// The throttle: controls one locomotive, which is chosen at its top.
 ///
-/// It writes only to the locomotive and its functions, and follows them, so that a change made
-/// elsewhere shows at once. What it shows because it follows is never sent: an emergency stop lets
-/// the scale fall to 0 without being lifted, and choosing a locomotive sends it nothing.
+/// It changes only the locomotive and its functions, and shows changes made elsewhere at once.
+/// Values shown because of such a change are not sent again: in an emergency stop the scale falls
+/// to 0 without ending the stop, and choosing a locomotive sends nothing to it.
 ///
-/// Under the dial stand the wanted speed as a number and a sentence about what the train does and
-/// why. The throttle looks for a new sentence with each pulse of the layout, and not when the brake
-/// changes: that notification comes before the stop is sent.
+/// Below the dial are the wanted speed as a number and a sentence about what the train does and
+/// why. The sentence is updated at each pulse of the layout, not at the brake's notification, which
+/// comes before the stop is sent.
 class LokController : public Gtk::VBox {
  public:
   LokController();
 
-  /// A throttle in a window of its own, which ends itself when it is closed. The locomotive may be
+  /// Opens a throttle in a window that deletes itself when it is closed. The locomotive may be
   /// null.
   static LokController& open(Lok* lok = nullptr);
 
-  /// The digits press the function buttons of those numbers, with Shift from 10 and with Ctrl from
-  /// 20 on; Space is the emergency stop. Returns whether the key had a meaning.
+  /// Digits press the buttons of functions 0 to 9, with Shift 10 to 19, with Ctrl 20 to 29; Space
+  /// is the emergency stop. True if the key was used.
   bool press_key(const GdkEventKey& event);
 
   [[nodiscard]] Lok* get_lok() const { return lok_; }
@@ -46,7 +46,7 @@ class LokController : public Gtk::VBox {
   [[nodiscard]] Gtk::Button& direction_button() { return direction_; }
   [[nodiscard]] Gtk::Button& stop_button() { return stop_; }
   [[nodiscard]] FuncTable& functions() { return functions_; }
-  /// Of the wanted speed, and the sentence about the train.
+  /// The labels of the wanted speed and of the sentence about the train.
   [[nodiscard]] const Gtk::Label& speed_label() const { return speed_label_; }
   [[nodiscard]] const Gtk::Label& sentence() const { return sentence_; }
 
@@ -62,7 +62,7 @@ class LokController : public Gtk::VBox {
   void follow_direction();
   void follow_actual_speed();
   void show_wanted_speed();
-  void tell_condition();
+  void update_sentence();
   void keep_room_for_sentence();
 
   bool updating_ = false;
@@ -76,7 +76,7 @@ class LokController : public Gtk::VBox {
   Gtk::Button stop_;
   Gtk::Label speed_label_;
   Gtk::Label sentence_;
-  int sentence_height_ = 3 * 18;  // pixels; three lines at first
+  int sentence_height_ = 3 * 18;  // pixels; initially three lines
   FuncTable functions_;
   ColumnScroll function_scroll_;
   LayoutFollower pulse_;

@@ -36,7 +36,7 @@ void SpeedScale::let_go() {
 
 // --- Keys ---
 
-// The toolkit has Ctrl+Left for faster, upside down as the scale is.
+// Because the scale is inverted, the toolkit's Ctrl+Left would increase the speed.
 bool SpeedScale::on_key_press_event(GdkEventKey* event) {
   if (event->hardware_keycode == ended_key_ && ended_key_ != 0) return true;
   held_key_ = event->hardware_keycode;
@@ -59,8 +59,8 @@ bool SpeedScale::on_focus_out_event(GdkEventFocus* event) {
   return Gtk::VScale::on_focus_out_event(event);
 }
 
-// The toolkit takes an upside-down scale for one that is turned about as well. A key that would
-// leap to the highest speed lies beside those that page.
+// The toolkit also swaps left and right on an inverted scale, which is corrected here. The key End
+// would jump to the highest speed and is next to the paging keys, so it is ignored.
 void SpeedScale::on_move_slider(Gtk::ScrollType scroll) {
   if (scroll == Gtk::SCROLL_END) return;
   if (scroll == Gtk::SCROLL_STEP_LEFT) scroll = Gtk::SCROLL_STEP_DOWN;
@@ -82,10 +82,10 @@ bool SpeedScale::is_beside_slider(double y) const {
 
 // --- The pointer ---
 
-// A train must not leap to the speed of the place that was hit. Where the theme has the primary
-// button jump there, another button pages.
+// A press must not make a train jump to the speed at the pointer. If the theme makes the primary
+// button jump, the press is passed on as that of another button, which pages.
 bool SpeedScale::on_button_press_event(GdkEventButton* event) {
-  // Paging ends with the release of its button, whatever is pressed besides.
+  // During paging other buttons are ignored.
   const bool is_new = event->type == GDK_BUTTON_PRESS && event->button != 2;
   if (!is_new || (pages_ && event->button != 1)) return true;
   auto passed = *event;

@@ -5,15 +5,15 @@
 
 namespace zemblar {
 
-/// An upright scale for a speed: whole numbers, fast at the top. Up and Right are faster. A press
-/// beside the slider moves by pages towards the pointer in every theme. No press and no key jumps,
-/// but Home, to 0.
+/// A vertical scale for a speed in whole numbers, with the highest speed at the top. Up and Right
+/// increase the speed. In every theme a press beside the slider moves it by pages towards the
+/// pointer. Only the key Home jumps, to 0; no other key and no press does.
 class SpeedScale : public Gtk::VScale {
  public:
   explicit SpeedScale(Gtk::Adjustment& speed);
 
-  /// The pointer or the key that holds the scale moves it no more until it is pressed anew. It
-  /// would set a train that was stopped out again.
+  /// Ends a drag, and ignores a held key, until the button or the key is pressed again: otherwise
+  /// these would start a train that has just been stopped.
   void let_go();
 
  protected:
@@ -28,9 +28,10 @@ class SpeedScale : public Gtk::VScale {
   bool take_whole(Gtk::ScrollType scroll, double value);
   [[nodiscard]] bool is_beside_slider(double y) const;
 
-  bool pages_ = false;   // while the primary button is held
-  guint held_key_ = 0;   // hardware codes; 0 for none
-  guint ended_key_ = 0;  // is held, and repeats in vain
+  bool pages_ =
+      false;  // whether a press of the primary button is passed on as the button that pages
+  guint held_key_ = 0;   // hardware code; 0 for none
+  guint ended_key_ = 0;  // a held key whose repetitions are ignored
 };
 
 }  // namespace zemblar
