@@ -81,7 +81,8 @@ StatusHistory::StatusHistory() : rows_(Gtk::ListStore::create(columns())), list_
   refresh();
 }
 
-// Rows stay, so that the list does not move under a reader. The newest one may have another time.
+// Keeps the existing rows, so that the list does not scroll while somebody reads it. The newest row
+// may have a new time.
 void StatusHistory::refresh() {
   const auto& history = status_history();
   auto rows = rows_->children();

@@ -6,8 +6,8 @@
 
 namespace zemblar {
 
-/// A window with what the status line has told, each with its time, the newest first. It goes on
-/// with what is told while it is open; Escape and Ctrl+W close it. Deleted when it is closed.
+/// A window with the history of the status line, with times, the newest entry first. It is updated
+/// while it is open. Escape and Ctrl+W close it, which deletes it.
 class StatusHistory : public Gtk::Window {
  public:
   /// Opens the one window, or brings it to the front.

@@ -36,7 +36,7 @@ Glib::ustring clock_time(Clock::time_point moment) {
   return Glib::DateTime::create_now_local().add(-ago.count()).format("%X");
 }
 
-/// A line for each station, with its power.
+/// One line per station, with the state of its track power.
 Glib::ustring list_of_stations() {
   const auto& devices = Layout::get().get_devices();
   Glib::ustring lines;
@@ -50,7 +50,7 @@ Glib::ustring list_of_stations() {
   return lines;
 }
 
-/// The beginning and the end of a long name.
+/// Shortens a long name to its beginning and its end.
 Glib::ustring shortened(const Glib::ustring& name) {
   constexpr std::size_t longest = 28;
   constexpr std::size_t part = longest / 2 - 1;
@@ -58,7 +58,7 @@ Glib::ustring shortened(const Glib::ustring& name) {
   return name.substr(0, part) + "…" + name.substr(name.length() - part);
 }
 
-/// A line for each locomotive, with what there is to say of it.
+/// One line per locomotive, with a sentence about it.
 template <typename Sentence>
 Glib::ustring list_of(const std::vector<Lok*>& loks, const Sentence& sentence) {
   Glib::ustring lines;

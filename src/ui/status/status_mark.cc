@@ -11,7 +11,7 @@ constexpr auto style_name = "zemblar-status-mark";
 
 }  // namespace
 
-// As low as the line of text beside them.
+// A style without padding, so that the marks are no higher than a line of text.
 void StatusMark::prepare_style() {
   [[maybe_unused]] static const bool known = [] {
     Gtk::RC::parse_string(
@@ -37,7 +37,8 @@ StatusMark::StatusMark() {
   row->pack_start(shape_, false, false);
   row->pack_start(text_, false, false);
   add(*row);
-  // The toolkit does not announce a first name, and the button has one from its label before.
+  // Sets an empty name first, because the toolkit does not announce the first name that is set.
+  // Until then the button has a name from its label.
   get_accessible()->set_name("");
   row->show();
   shape_.show();

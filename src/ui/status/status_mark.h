@@ -7,14 +7,14 @@
 
 namespace zemblar {
 
-/// A sign in the status bar: a shape and a word or two, with a sentence as its tooltip. A click
-/// leads to the mark's object. Tab reaches the mark, and a click does not take the focus.
+/// A mark in the status bar: a shape and a word or two, with a sentence as the tooltip. A click
+/// shows the mark's object. Tab reaches the mark, but a click does not focus it.
 class StatusMark : public Gtk::Button {
  public:
   struct Look {
     StatusShape::Kind shape = StatusShape::Kind::none;
-    Glib::ustring text{};      ///< beside the shape; empty for the shape alone
-    Glib::ustring name{};      ///< for a screen reader
+    Glib::ustring text{};      ///< shown beside the shape; may be empty
+    Glib::ustring name{};      ///< for screen readers
     Glib::ustring sentence{};  ///< the tooltip
 
     bool operator==(const Look& other) const;
@@ -22,7 +22,7 @@ class StatusMark : public Gtk::Button {
 
   StatusMark();
 
-  /// Makes the marks' style known, which takes a while: before the first window needs it.
+  /// Installs the style of the marks. Call it before the first window, because it takes a while.
   static void prepare_style();
 
   void show_look(const Look& look);

@@ -67,7 +67,7 @@ void octagon(const Context& cr) {
 struct Figure {
   StatusShape::Kind kind;
   const Colour& colour;
-  void (*outline)(const Context& cr);  // in a square of 1 by 1
+  void (*outline)(const Context& cr);  // in a unit square
   void (Cairo::Context::*draw)();
 };
 const Figure figures[] = {

@@ -4,12 +4,12 @@
 
 namespace zemblar {
 
-/// A small picture of a state, told by its shape as well as by its colour. Draws on its parent's
+/// A small picture of a state, distinguished by both shape and colour. Draws on its parent's
 /// window.
 class StatusShape : public Gtk::Widget {
  public:
   enum class Kind {
-    none,     ///< nothing, and takes no room
+    none,     ///< draws nothing and has no size
     well,     ///< a green disc
     off,      ///< a red square
     waiting,  ///< an amber triangle with its point up

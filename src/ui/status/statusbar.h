@@ -6,9 +6,9 @@
 
 namespace zemblar {
 
-/// Shows the one status line, as every other Statusbar does. Its tooltip has the whole text, which
-/// a narrow window cuts off, with its time. A text that has stood for a minute is shown grey,
-/// unless it tells of a trouble that lasts.
+/// Shows the text of the one status line; all Statusbars show the same. The tooltip has the whole
+/// text, which may be cut off in a narrow window, and its time. After a minute the text becomes
+/// grey, unless it is about a lasting trouble.
 class Statusbar : public Gtk::Statusbar {
  public:
   Statusbar();

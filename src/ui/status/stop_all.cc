@@ -23,18 +23,19 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A key that is held down comes again sooner than that. A release can be lost with the focus, and
-/// must not make the next press a repetition.
+/// Repetitions of a held key come at shorter intervals. A later press is a new one even if no
+/// release was seen, since that can be lost with the focus.
 constexpr auto longest_pause_of_repetition = 800ms;
 
 constexpr auto nothing_to_stop =
     N_("No command station is in service: nothing on the track could be stopped.");
 
-/// A Shift key does not repeat, and its release can be lost.
+/// After this time a Shift key counts as released, because it does not repeat and its release can
+/// be lost.
 constexpr auto longest_shift = 5s;
 
-/// The names of the trains that no station could be told of, each with the reason. Without track
-/// power none of them moves.
+/// The names of the trains that cannot be reached, each with the reason. Empty if the track power
+/// is off, because then no train moves.
 Glib::ustring unreached(const std::vector<Lok*>& moving) {
   Glib::ustring list;
   if (power_state(Layout::get().get_devices()) == PowerState::off) return list;
@@ -98,7 +99,7 @@ void StopAll::install() {
                           nullptr);
 }
 
-/// Returns whether no widget may see the event.
+/// True if no widget may get the event.
 bool StopAll::on_key(const GdkEventKey& event) {
   watch_shift(event);
   const bool pressed = event.type == GDK_KEY_PRESS;
@@ -109,7 +110,8 @@ bool StopAll::on_key(const GdkEventKey& event) {
   return pressed;
 }
 
-// Some systems change the layout by Control and Shift. Shift is not among the modifiers then.
+// Tracks Shift itself: on some systems Control and Shift switch the keyboard layout, and then
+// events lack the Shift modifier.
 void StopAll::watch_shift(const GdkEventKey& event) {
   if (!has_meaning(event, {GDK_KEY_Shift_L, GDK_KEY_Shift_R})) return;
   shift_is_down_.reset();

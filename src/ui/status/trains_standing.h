@@ -6,8 +6,9 @@ namespace zemblar {
 
 class Device;
 
-/// Calls `action` when the trains stand that a device drives, or all: they are stopped first, which
-/// the status line tells. One action waits at a time; another one is refused with a word there.
+/// Stops the trains that a device drives, or all trains for null, and calls `action` when they
+/// stand. The status line says that they are being stopped. Only one action can wait at a time;
+/// another one is refused with a text in the status line.
 void when_trains_stand(std::function<void()> action, const Device* device = nullptr);
 
 }  // namespace zemblar
