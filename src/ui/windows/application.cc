@@ -32,11 +32,11 @@
 namespace zemblar {
 namespace {
 
-/// The splash is seen before anything else.
+/// Gives the user time to see the splash first.
 constexpr unsigned first_window_delay = 1500;  // ms
 
-/// What left a handler must reach the person. Called while the exception is being handled.
-void tell_of_exception() {
+/// Shows an exception that has left a handler in the status line. Call it in a catch block.
+void report_exception() {
   try {
     throw;
   } catch (const Glib::Exception& error) {
@@ -50,17 +50,17 @@ void tell_of_exception() {
 
 void start_document() {
   auto& layout = Layout::get();
-  layout.new_document(true);  // drops the file as well
+  layout.new_document(true);  // also resets the file
   const auto path = GlobalOptions::get().get_layout();
   if (!path.empty()) Layout::open(path);
 }
 
-// Measuring a text loads the fonts.
+// Measures a text, which loads the fonts.
 void load_fonts() {
   Gtk::Label("Zemblar").size_request();
 }
 
-/// Loads the pictures and fonts that every window needs, the splash excepted. A window that comes
+/// Loads the pictures and fonts that every window except the splash needs. A window that opens
 /// earlier loads them itself.
 void prepare_windows() {
   add_builtin_icons();
@@ -69,7 +69,7 @@ void prepare_windows() {
   StatusMark::prepare_style();
 }
 
-/// Opens the window of a start without options.
+/// The function that opens the window of a start without options.
 auto* usual_window() {
   return GlobalOptions::get().get_layout().empty() ? TrackEditor::open : TrackView::open;
 }
@@ -91,7 +91,7 @@ void set_up_process() {
 }
 
 Application::Application(StartOptions options) {
-  Glib::add_exception_handler(sigc::ptr_fun(tell_of_exception));
+  Glib::add_exception_handler(sigc::ptr_fun(report_exception));
   stock::register_items();
   EditHistory::install();
   StopAll::install();
@@ -99,8 +99,8 @@ Application::Application(StartOptions options) {
   install_layout_dialogs();
   GlobalOptions::get();
   Gtk::Settings::get_default()->property_gtk_toolbar_style() = Gtk::TOOLBAR_BOTH;
-  new SplashScreen;                                                  // ends itself
-  Glib::signal_idle().connect_once(sigc::ptr_fun(prepare_windows));  // while it is looked at
+  new SplashScreen;                                                  // deletes itself
+  Glib::signal_idle().connect_once(sigc::ptr_fun(prepare_windows));  // while the splash is shown
   if (options.guarded) guard_ = std::make_unique<TrainGuard>();
   start_document();
   if (options.keep_unsaved) {
@@ -117,12 +117,11 @@ Application::Application(StartOptions options) {
   first_windows_ = Timeout::once(std::chrono::milliseconds(first_window_delay), [] {});
 }
 
-// The main loop goes on until the stations have answered. A person who quits once more need not
-// wait.
+// Runs the main loop until the stations have answered, or the user quits once more.
 void Application::stop_trains() {
   if (!any_train_moves()) return;
-  StandStill standing;
-  standing.begin([] { Gtk::Main::quit(); });
+  StandStill stand_still;
+  stand_still.begin([] { Gtk::Main::quit(); });
   Gtk::Main::run();
 }
 

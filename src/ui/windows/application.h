@@ -14,27 +14,27 @@ namespace zemblar {
 struct StartOptions {
   bool track_view = false;
   bool track_editor = false;
-  /// Whether work that is in no file is kept.
+  /// Whether recovery copies of unsaved work are kept.
   bool keep_unsaved = true;
-  /// Whether a guard stops the trains when the program ends without taking leave.
+  /// Whether a guard process stops the trains when the program crashes.
   bool guarded = true;
 };
 
-/// What comes before everything else in a process, the toolkit included: the user's language, and
-/// the floating-point flags that fibers want equal.
+/// Call first in the process, before the toolkit starts: sets the user's language, and the
+/// floating-point flags that all fibers should share.
 void set_up_process();
 
-/// Everything between the toolkit's start and its main loop: shared items, splash, document,
-/// hardware, tray and the first windows. Made once, on the toolkit's thread; its end leaves
-/// windows, devices and documents as they are.
+/// Sets up everything between the toolkit's start and its main loop: shared items, splash,
+/// document, hardware, tray and the first windows. Make one, on the toolkit's thread. Its
+/// destructor leaves windows, devices and documents as they are.
 class Application {
  public:
   explicit Application(StartOptions options);
 
-  /// Does what a later start of the program asks for.
+  /// Carries out the wish of a later start of the program.
   void serve(const Instance::Wish& wish) const;
-  /// Runs until Quit. Closing every window does not end it. The trains are stopped then, unless the
-  /// person wants them to go on, and what is in no file is kept.
+  /// Runs until Quit; closing all windows does not end it. Then stops the trains, unless the option
+  /// "trains go on" is set, and writes the recovery copy.
   void run();
 
  private:
@@ -43,7 +43,7 @@ class Application {
   std::unique_ptr<TrainGuard> guard_;
   std::unique_ptr<RecoveryCopy> recovery_copy_;
   std::unique_ptr<Tray> tray_;
-  Timeout first_windows_;  // armed until they open
+  Timeout first_windows_;  // armed until the first windows open
 };
 
 }  // namespace zemblar

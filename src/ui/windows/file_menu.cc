@@ -23,7 +23,7 @@
 namespace zemblar {
 namespace {
 
-// The layout is looked up when the entry is chosen: Open replaces it.
+// Gets the layout when the item is chosen, because Open replaces the layout.
 void open_layout() {
   Layout::get().open_dialog();
 }

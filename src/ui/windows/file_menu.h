@@ -7,30 +7,30 @@
 
 namespace zemblar {
 
-/// Empties the document in the windows' way, when the trains stand: the remembered path goes first,
-/// so that the next start begins afresh too.
+/// The command New: stops the trains, clears the remembered path, so that the next start begins
+/// with an empty layout as well, and empties the document.
 void new_layout();
 
-/// Ends the main loop, and nothing else: neither windows nor devices nor files are touched. A file
-/// chooser that is open closes first, since its nested loop would go on.
+/// Ends the main loop; does not touch windows, devices or files. Closes an open file chooser first,
+/// because its nested loop would continue.
 void quit();
 
-/// Appends an entry with the stock's label, icon and, with an accelerator group, its key.
+/// Appends an item with the label and icon of a stock item and, if `keys` is given, its key.
 Gtk::MenuItem* append_stock_item(Gtk::MenuShell& menu, const Gtk::StockID& id,
                                  const sigc::slot<void>& action,
                                  const Glib::RefPtr<Gtk::AccelGroup>& keys = {});
-/// Appends the label of a stock item as a submenu, and returns the submenu.
+/// Appends a submenu with the label of a stock item, and returns the submenu.
 Gtk::Menu* append_submenu(Gtk::MenuShell& bar, const Gtk::StockID& id,
                           const Glib::RefPtr<Gtk::AccelGroup>& keys);
 
-/// The menus that all main windows share. Their entries act on the layout that is current when
-/// they are chosen.
+/// The menus that all main windows share. Their items act on the layout that is current when they
+/// are chosen.
 void append_file_menu(Gtk::MenuShell& bar, Gtk::Window& window);
 Gtk::Menu& append_view_menu(Gtk::MenuShell& bar, Gtk::Window& window);
-/// The entries of the view menu: what windows can be opened.
+/// Appends the items of the view menu that open windows.
 void append_window_items(Gtk::MenuShell& menu);
 
-/// New, Open, Save and Save As.
+/// Appends New, Open, Save and Save As.
 void append_file_buttons(Gtk::Toolbar& toolbar);
 
 }  // namespace zemblar

@@ -9,7 +9,7 @@
 #include "core/recovery_copy.h"
 #include "core/status.h"
 
-// The last one: it defines macros with names of ours.
+// Included last, because it defines macros with names used in our headers.
 #include <X11/Xlib.h>
 
 namespace zemblar {
@@ -33,7 +33,7 @@ bool is_ignored(int number) {
   return ::sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 }
 
-// No window may be touched any more: nothing is shown in the status line.
+// Windows must not be used any more, so the status line is not updated.
 int end_without_display(Display* /*display*/) {
   signal_status_changed().block();
   keep_work();

@@ -31,7 +31,7 @@ Gtk::Window* active_window() {
   return nullptr;
 }
 
-/// A chooser for layout files that starts where the present file is.
+/// A file chooser for layout files, which starts in the folder of the present file.
 class LayoutChooser : public FileChooser {
  public:
   LayoutChooser(const Glib::ustring& title, Gtk::FileChooserAction action,
@@ -46,11 +46,11 @@ class LayoutChooser : public FileChooser {
     const auto file = Layout::get().get_file();
     const auto folder = file ? file->get_parent()->get_path() : Glib::get_current_dir();
     set_current_folder(folder);
-    // A tray menu stays reachable beside a dialog and may replace the layout.
+    // While the dialog is open, the layout can be replaced from the tray menu.
     layout_ended_ = Layout::get().signal_deleted().connect([this] { response(cancelled); });
   }
 
-  /// Whether the person chose a file; the dialog is gone from the screen then.
+  /// Runs the dialog and hides it. True if the user has chosen a file.
   bool choose() {
     const bool chosen = run() == accepted;
     layout_ended_.disconnect();
@@ -100,12 +100,12 @@ void save_layout(Layout& layout) {
   if (!uri.empty()) layout.save_to(uri, complete);
 }
 
-/// Ends the editing of a cell in which a widget stands.
+/// Ends the editing of the tree cell whose editor contains the widget.
 void finish_cell(Gtk::Widget* widget) {
   for (; widget; widget = widget->get_parent()) {
     auto* editor = dynamic_cast<Gtk::CellEditable*>(widget);
     if (!editor || !dynamic_cast<Gtk::TreeView*>(widget->get_parent())) continue;
-    auto* const editable = editor->gobj();  // which may end with any of the two
+    auto* const editable = editor->gobj();  // either call may destroy it
     g_object_ref(editable);
     gtk_cell_editable_editing_done(editable);
     gtk_cell_editable_remove_widget(editable);
@@ -113,7 +113,7 @@ void finish_cell(Gtk::Widget* widget) {
   }
 }
 
-/// What is done to one window may end others, which the toolkit's list does not notice.
+/// Calls `visit` for each window. A call may destroy other windows, so references are held.
 template <typename Visit>
 void visit_windows(const Visit& visit) {
   auto* windows = gtk_window_list_toplevels();
@@ -123,7 +123,8 @@ void visit_windows(const Visit& visit) {
   g_list_free_full(windows, g_object_unref);
 }
 
-// What is being typed counts when its field is left, and no menu or key makes that happen.
+// Applies text that is being typed. Normally a field does that when it loses the focus, but
+// choosing a menu item or pressing a key does not move the focus.
 void finish_edits() {
   visit_windows([](GtkWindow* window) {
     auto* focused = gtk_window_get_focus(window);

@@ -4,13 +4,13 @@
 
 namespace zemblar {
 
-/// Gives the layout its two file choosers, "Open" and "Save As".
+/// Sets Layout::dialogs: the file choosers "Open" and "Save As", and `finish_edits`.
 void install_layout_dialogs();
 
-/// Opens that file as if it had been chosen in the dialog "Open".
+/// Opens a file as if it had been chosen in the dialog "Open".
 void open_as_chosen(const std::string& path);
 
-/// Answers every open dialog as if it had been closed, so that its nested loop ends.
+/// Closes every open dialog, so that its nested main loop ends.
 void close_dialogs();
 
 }  // namespace zemblar

@@ -14,8 +14,8 @@ namespace {
 constexpr guint margin = 3;
 constexpr unsigned retry_interval = 100;  // milliseconds
 
-/// A key that is meant for the drawing must not start an empty layout. All tools have entries in
-/// the menus as well.
+/// Prevents buttons from taking the focus, so that a key meant for the drawing does not activate
+/// one, for example New. All tools are in the menus as well.
 void keep_focus_out(GtkWidget* widget, gpointer unused) {
   if (GTK_IS_BUTTON(widget)) gtk_widget_set_can_focus(widget, FALSE);
   if (GTK_IS_CONTAINER(widget))
@@ -76,8 +76,9 @@ void LayoutWindow::on_hide() {
   end_soon();
 }
 
-// The menu entry that closes the window is still being served, and so may be a button of its own
-// whose dialog is open: assistive technology closes windows behind dialogs.
+// Deletes the window later, because the menu item that closes it is still being handled. Waits
+// until no nested main loop is running: assistive technology can close a window behind its own
+// dialog.
 void LayoutWindow::end_soon() {
   Glib::signal_idle().connect_once([this] {
     if (g_main_depth() == 1) {

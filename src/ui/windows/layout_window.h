@@ -14,22 +14,22 @@ namespace zemblar {
 
 class ViewPages;
 
-/// What the main windows have in common: menu bar, tool bar with the file buttons, content, and the
-/// status line with its marks, from top to bottom. A click on the line shows earlier messages.
-/// Closing it, by whatever way, deletes it; made with `new`.
+/// The base of the main windows: from top to bottom the menu bar, the tool bar with the file
+/// buttons, the content, and the status line with its marks. A click on the status line opens its
+/// history. Make it with `new`; closing the window deletes it.
 class LayoutWindow : public Gtk::Window {
  public:
-  /// Brings all of them before other windows. False when there is none.
+  /// Brings all main windows to the front. False if there is none.
   static bool present_all();
 
  protected:
   explicit LayoutWindow(const Glib::ustring& title);
 
-  /// Take all spare height, and can be zoomed by the menu. The canvas gets the focus, and the
-  /// buttons that are in the tool bar by then no more do.
+  /// Adds the content, which fills the remaining height, and the zoom items for `pages` to the
+  /// menu. The canvas gets the focus; the present buttons of the tool bar can no longer get it.
   void set_content(Gtk::Widget& content, ViewPages& pages);
 
-  /// Under "View".
+  /// The menu "View".
   [[nodiscard]] Gtk::Menu& view_menu() { return *view_menu_; }
 
   Gtk::MenuBar menu_bar_;

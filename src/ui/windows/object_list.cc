@@ -24,16 +24,16 @@
 namespace zemblar {
 namespace {
 
-// Groups with more children start folded, so that all groups are seen at once.
+// Containers with more children start folded, so that all containers are visible at once.
 constexpr auto few = ObjectRows::few;
 
 constexpr int context_button = 3;
-constexpr int row_height = 24;  // as the largest icon needs
+constexpr int row_height = 24;  // pixels; fits the largest icon
 
 }  // namespace
 
 ObjectList::ObjectList() {
-  // Connected before whatever assistive technology connects, which begins with the next line.
+  // Connected before the handlers of assistive technology, which the next line connects.
   signal_row_expanded().connect(
       [this](const auto& /*row*/, const auto& /*path*/) {
         if (unfolding_all_) g_signal_stop_emission_by_name(gobj(), "row-expanded");
@@ -50,8 +50,8 @@ ObjectList::ObjectList() {
   rows_->drop = sigc::mem_fun(*this, &ObjectList::drop);
   set_headers_visible(false);
   set_model(rows_);
-  // The toolkit's search window for typed letters takes all input. It stays for good when the menu
-  // of its text field could not be shown.
+  // Disables the toolkit's search for typed letters. Its window grabs all input, permanently if the
+  // menu of its text field could not be shown.
   set_enable_search(false);
   selection_changed_ =
       get_selection()->signal_changed().connect(sigc::mem_fun(*this, &ObjectList::announce));
@@ -66,7 +66,7 @@ ObjectList::~ObjectList() {
 
 // --- Appearance ---
 
-// Rows of one height: the toolkit need not measure each of thousands.
+// A fixed row height saves the toolkit from measuring each of thousands of rows.
 void ObjectList::build_column() {
   auto* icon_cell = Gtk::manage(new Gtk::CellRendererPixbuf);
   icon_cell->property_height() = row_height;
@@ -106,7 +106,7 @@ void ObjectList::build_menu() {
   });
 }
 
-// --- UpdateGuard the document ---
+// --- Following the document ---
 
 void ObjectList::attach(Layout& layout, LayoutFollower::Connections& connections) {
   refill();
@@ -121,8 +121,9 @@ void ObjectList::attach(Layout& layout, LayoutFollower::Connections& connections
   });
 }
 
-// The same object stays selected while it has a row. One that loses its row by being edited would
-// take its panel away under the hands of the person.
+// The selected object stays selected as long as it has a row. With `keep_selected` it keeps its row
+// even if it does not match the filter, so that its panel does not vanish while the user is editing
+// it.
 void ObjectList::refill(bool keep_selected) {
   refill_later_.disconnect();
   auto* layout = &Layout::get();
@@ -152,8 +153,8 @@ void ObjectList::refill_later() {
   });
 }
 
-// Assistive technology is told of the new rows as a whole, when they are all there. Told of each
-// that is unfolded, it would look at every row above it each time.
+// Suppresses "row-expanded", because assistive technology would examine all rows above at each of
+// these signals. It learns of all rows together when the model is set.
 void ObjectList::unfold_all() {
   unfolding_all_ = true;
   expand_all();
@@ -168,8 +169,8 @@ void ObjectList::unfold_small_ones() {
   }
 }
 
-// Whoever adds one object wants to see it, but not what it consists of; whoever adds hundreds does
-// not.
+// Unfolds the parent of a new object so that it is visible, unless the parent has many children.
+// The children of the new object stay folded.
 void ObjectList::on_added(Object& object) {
   const bool is_hit = rows_->add(object);
   if (is_hit) refill_later();
@@ -181,12 +182,12 @@ void ObjectList::on_added(Object& object) {
     set_status(Glib::ustring::compose(_("“%1” is there, but is not what Find looks for."),
                                       object.get_name()));
   }
-  // New has renamed the layout without a word.
+  // New resets the layout's name without a notification.
   if (dynamic_cast<Toplevel*>(&object)) rows_->refresh(*object.get_parent());
 }
 
-// The button that made the object stands in the panel of its container, and goes with that panel.
-// So the row of the new object gets the keys.
+// Selecting the new object removes the panel with the button that made it, so the list takes the
+// focus.
 void ObjectList::on_made(Object& object) {
   if (refill_later_.connected()) refill(true);
   if (object.get_parent() != selected() || !rows_->row_of(object)) return;
@@ -194,7 +195,7 @@ void ObjectList::on_made(Object& object) {
   grab_focus();
 }
 
-// What it stands in, not the row itself.
+// Unfolds the ancestors of a row, not the row itself.
 void ObjectList::unfold_to(Gtk::TreePath path) {
   if (path.size() > 1 && path.up()) expand_to_path(path);
 }
@@ -204,7 +205,7 @@ void ObjectList::on_moved(Object& object) {
   const auto from = rows_->row_of(object);
   const bool unfolded = from && row_expanded(rows_->get_path(from));
   refilling_ = true;
-  // The toolkit leaks what it keeps of the rows below an unfolded one that goes.
+  // Folds the row first, because the toolkit leaks memory when an unfolded row is removed.
   if (unfolded) collapse_row(rows_->get_path(from));
   rows_->move(object);
   const auto to = rows_->row_of(object);
@@ -308,7 +309,8 @@ void ObjectList::pop_up(unsigned button, guint32 time) {
   popup_below(menu_, {x + row.get_x(), y + row.get_y(), row.get_width(), row.get_height()});
 }
 
-// Names can be edited only from here: a click on the selected row is just a click.
+// The name cell is editable only during this, so that a click on the selected row does not start
+// editing.
 void ObjectList::start_rename() {
   const auto row = get_selection()->get_selected();
   const auto* object = selected();
@@ -329,7 +331,8 @@ void ObjectList::rename(const Glib::ustring& path, const Glib::ustring& text) {
   if (object) rename_by_hand(*object, text);
 }
 
-// The one below, else the one above, else what it stands in; of those that are seen.
+// The object to select after deleting one: the next visible sibling, else the previous one, else
+// the parent.
 Object* ObjectList::neighbour(Object& object) {
   for (auto next = ObjectIter(object); ++next;) {
     if (rows_->row_of(**next)) return *next;
@@ -347,7 +350,8 @@ void ObjectList::delete_selected() {
   if (!object || !object->get_deletable()) return;
   const auto* device = dynamic_cast<Device*>(object);
   if (!device) return delete_now(*object);
-  // No other device reaches what it drives. The slot goes with the list.
+  // Trains of a device must stand before it is deleted, because no other device can stop them. The
+  // slot is disconnected when the list ends.
   const auto going = std::make_shared<ObjectRef<Object>>(object);
   const sigc::slot<void, Object&> go_on = sigc::mem_fun(*this, &ObjectList::delete_now);
   when_trains_stand(
@@ -367,7 +371,7 @@ void ObjectList::delete_now(Object& object) {
 
 // --- Moving it ---
 
-/// All containers below an object that take this one, but the one that it is in.
+/// Appends items for all containers below `below` that accept the object, except its parent.
 void ObjectList::offer_containers(Gtk::Menu& menu, Object& object, Object& below) {
   for (auto* container : below) {
     if (container != object.get_parent() && object.can_move_to(*container)) {
@@ -387,7 +391,7 @@ void ObjectList::move_selected(bool down) {
   auto* object = selected();
   auto* parent = object ? object->get_parent() : nullptr;
   if (!parent || !object->can_move_to(*parent)) return;
-  // Past the next one that is seen.
+  // Moves past the next visible sibling.
   auto other = ObjectIter(*object);
   do {
     if (!down && other == parent->begin()) return;
@@ -408,7 +412,8 @@ bool ObjectList::on_drag_drop(const Glib::RefPtr<Gdk::DragContext>& context, int
   return Gtk::TreeView::on_drag_drop(context, x, y, time);
 }
 
-// The toolkit takes a drop on a container for one before its first child.
+// For a drop on a container the toolkit reports its first child as the next one; the object goes to
+// the end instead.
 void ObjectList::drop(Object& object, Object& parent, const Object* next) {
   if (std::exchange(dropped_on_, nullptr) == &parent) next = nullptr;
   if (next == &object) return;

@@ -11,10 +11,11 @@ namespace zemblar {
 
 /// The tree of all objects of the current layout; its first row is the layout itself.
 ///
-/// Rows stand in the order of the document and follow it. F2 renames in place, Delete deletes,
-/// Alt+Up and Alt+Down move among the siblings; the context menu offers all that, and to move the
-/// object to another container. Rows can be dragged to wherever their objects may be. A row with
-/// many children starts folded, and is filled while nothing else is to be done.
+/// Rows are in the order of the document and kept up to date. F2 renames in place, Delete deletes,
+/// Alt+Up and Alt+Down move an object among its siblings. The context menu offers the same, and
+/// moving the object to another container. Rows can be dragged to any container that accepts their
+/// objects. A row with many children starts folded, and its children are added while the main loop
+/// is idle.
 class ObjectList : public Gtk::TreeView {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -22,17 +23,18 @@ class ObjectList : public Gtk::TreeView {
   ObjectList();
   ~ObjectList() override;
 
-  /// Null when no row is selected.
+  /// The object of the selected row, or null.
   [[nodiscard]] Object* selected() const;
   void select(Object& object);
-  /// Shows only the objects whose names have the text, in any case, and what they stand in; all for
-  /// an empty text.
+  /// Shows only the objects whose names contain the text, ignoring case, and their ancestors. An
+  /// empty text shows all.
   void set_filter(const Glib::ustring& text);
-  /// Whether any name has that text.
+  /// True if any name contains the filter text.
   [[nodiscard]] bool finds_any() const { return rows_->finds_any(); }
-  /// Selects the first object that the filter asks for, else the first row, and takes the focus.
+  /// Selects the best match of the filter, else keeps the selection or selects the first row, and
+  /// takes the focus.
   void enter();
-  /// Another object, or none, is selected now. Emitted before a selected object ends.
+  /// Another object, or none (null), is selected. Also emitted before the selected object ends.
   sigc::signal<void, Object*>& signal_selected() { return signal_selected_; }
 
  private:
@@ -76,12 +78,12 @@ class ObjectList : public Gtk::TreeView {
   Gtk::MenuItem* up_item_ = nullptr;
   Gtk::MenuItem* down_item_ = nullptr;
   Gtk::MenuItem* move_item_ = nullptr;
-  const Object* dropped_on_ = nullptr;  // only compared; null between two rows
+  const Object* dropped_on_ = nullptr;  // only for comparison; null if dropped between two rows
   Glib::ustring filter_;
   bool unfolding_all_ = false;
-  bool refilling_ = false;  // what is selected is not to be told
+  bool refilling_ = false;  // suppresses `signal_selected`
   Object* announced_ = nullptr;
-  const Layout* announced_layout_ = nullptr;  // only compared
+  const Layout* announced_layout_ = nullptr;  // only for comparison
   sigc::signal<void, Object*> signal_selected_;
   ScopedConnection selection_changed_;
   ScopedConnection refill_later_;

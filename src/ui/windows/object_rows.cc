@@ -16,9 +16,9 @@ namespace {
 using namespace std::chrono_literals;
 using RealClock = std::chrono::steady_clock;
 
-/// So that nobody feels it who types or drags meanwhile.
+/// Short enough not to be noticed while typing or dragging.
 constexpr auto slice = 4ms;
-/// More than any rank of what has the text.
+/// Rank of an object whose name does not contain the text; above all other ranks.
 constexpr int misses = 6;
 
 }  // namespace
@@ -101,7 +101,8 @@ void ObjectRows::insert(Object& object) {
   filling_ = Glib::signal_idle().connect(sigc::mem_fun(*this, &ObjectRows::fill_slice));
 }
 
-// Before the next one that has a row: the toolkit need not walk all the rows to the end.
+// Inserts the row before that of the next sibling that has one, because appending makes the toolkit
+// walk all rows to the end.
 Gtk::TreeIter ObjectRows::insert_row(Object& object) {
   if (&object == root_) return prepend();
   for (ObjectIter next(object); ++next;) {
@@ -133,7 +134,7 @@ bool ObjectRows::fill_slice() {
   return false;
 }
 
-// From the last child to the first: see insert_row.
+// Adds children from the last to the first, which makes insert_row fast.
 template <typename IsOver>
 bool ObjectRows::fill_children(Object& container, const IsOver& is_over) {
   const auto first = container.begin();
@@ -146,7 +147,7 @@ bool ObjectRows::fill_children(Object& container, const IsOver& is_over) {
   return true;
 }
 
-// --- UpdateGuard the document ---
+// --- Following the document ---
 
 bool ObjectRows::add(Object& object) {
   if (rows_.contains(&object)) return false;
@@ -235,7 +236,7 @@ bool ObjectRows::drag_data_received_vfunc(const Gtk::TreePath& at, const Gtk::Se
   return true;
 }
 
-// The row has moved with its object.
+// Nothing to delete: the row has moved together with its object.
 bool ObjectRows::drag_data_delete_vfunc(const Gtk::TreePath& /*path*/) {
   return false;
 }

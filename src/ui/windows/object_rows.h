@@ -13,12 +13,12 @@
 
 namespace zemblar {
 
-/// The rows of an ObjectList: all objects below a root, or those that a filter lets through with
-/// what they stand in.
+/// The rows of an ObjectList: all objects below a root, or those that match a filter, with their
+/// ancestors.
 ///
-/// Without a filter the children of a container that holds many come a few thousandths of a second
-/// at a time, when the main loop is idle. Rows stand in the order of the document; a row's object
-/// is null while it is being taken out.
+/// Without a filter the children of a large container are added in slices of a few milliseconds,
+/// when the main loop is idle. Rows are in the order of the document. The object of a row is null
+/// while the row is being removed.
 class ObjectRows : public Gtk::TreeStore {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -32,36 +32,39 @@ class ObjectRows : public Gtk::TreeStore {
     Gtk::TreeModelColumn<Glib::ustring> name;
     Gtk::TreeModelColumn<Object*> object;
   };
-  /// With more children than that, a container is filled bit by bit when there is no filter.
+  /// Largest number of children that are added at once when there is no filter.
   static constexpr unsigned few = 12;
 
   static Glib::RefPtr<ObjectRows> create();
   static const Columns& columns();
 
-  /// Starts anew; no view may show the rows meanwhile, which is much quicker. `text` is looked for
-  /// in the names, in any case; empty for all objects. The root is always there, and so is `kept`.
+  /// Makes all rows anew. No view may show the rows meanwhile, which would be much slower. `text`
+  /// is searched in the names, ignoring case; an empty text matches all objects. The root and
+  /// `kept` always have a row.
   void fill(Object& root, const Glib::ustring& text, const Object* kept = nullptr);
   [[nodiscard]] bool is_filtered() const { return !text_.empty(); }
-  /// Whether the text is in any name; so it is when it is empty.
+  /// True if any name contains the text, or the text is empty.
   [[nodiscard]] bool finds_any() const { return text_.empty() || first_hit(); }
-  /// The one whose own name is the text, or else begins with it, or else has it: the first such in
-  /// the document, a container of kinds after all others. Null for none.
+  /// The best match: an object whose name equals the text, else begins with it, else contains it.
+  /// Among equals the first in the document; toplevels and the root come last. Null without a
+  /// match.
   [[nodiscard]] Object* first_hit() const;
 
-  /// Null when the object has no row, or none yet.
+  /// The row of an object; invalid if it has none, or none yet.
   [[nodiscard]] Gtk::TreeIter row_of(const Object& object) const;
-  /// The same with a row for each object that the filter lets through.
+  /// The same, but makes the row first if the object matches the filter and has no row yet.
   Gtk::TreeIter make_row_of(Object& object);
   [[nodiscard]] Object* object_at(const Gtk::TreePath& path) const;
 
-  /// What has happened to the document. The results of the first two say whether the filter may let
-  /// through others now.
+  /// Call these after a change in the document. `add` and `refresh` return true if the set of
+  /// objects that match the filter may have changed.
   bool add(Object& object);
   bool refresh(const Object& object);
   void remove(const Object& object);
   void move(Object& object);
 
-  /// Asked while a row is dragged: `parent` may get the object before `next`, null for the end.
+  /// Callbacks for dragging a row. `may_drop` tells whether `parent` accepts the object; `drop`
+  /// moves it to `parent` before `next`, or to the end for null.
   std::function<bool(Object& object, Object& parent)> may_drop;
   std::function<void(Object& object, Object& parent, const Object* next)> drop;
 
@@ -76,9 +79,10 @@ class ObjectRows : public Gtk::TreeStore {
  private:
   struct Row {
     Gtk::TreeIter iter;
-    std::array<ScopedConnection, 2> service{};  // of a device: active, and its power
+    std::array<ScopedConnection, 2>
+        service{};  // for a device: property "active", and its track power
   };
-  /// Where a row is dropped.
+  /// The place where a row is dropped.
   struct Place {
     Object* object = nullptr;
     Object* parent = nullptr;
@@ -97,7 +101,7 @@ class ObjectRows : public Gtk::TreeStore {
   void set_row(Object& object, const Gtk::TreeIter& row);
   void forget(const Object& object);
   bool fill_slice();
-  /// False when the time was over before all children had their rows.
+  /// False if `is_over` became true before all children had rows.
   template <typename IsOver>
   bool fill_children(Object& container, const IsOver& is_over);
   [[nodiscard]] Place place_of(const Gtk::TreePath& at, const Gtk::SelectionData& data) const;

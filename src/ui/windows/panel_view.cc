@@ -15,7 +15,8 @@ namespace {
 
 constexpr int text_padding = 12;
 
-/// Ends the panel in the next turn: it may be one of its own buttons that is being served.
+/// Removes the panel now and destroys it later, because one of its own buttons may be being
+/// handled.
 void end_later(Gtk::Widget& panel) {
   auto* widget = panel.gobj();
   g_object_ref(widget);
@@ -31,7 +32,7 @@ void end_later(Gtk::Widget& panel) {
 PanelView::PanelView(const Glib::ustring& hint) : hint_(hint), frame_(0.0, 0.0, 1.0, 0.0) {
   set_policy(Gtk::POLICY_NEVER, Gtk::POLICY_AUTOMATIC);
   set_shadow_type(Gtk::SHADOW_NONE);
-  set_can_focus(false);  // a text alone has nothing that keys could do
+  set_can_focus(false);  // a text needs no keyboard focus
   text_.set_line_wrap();
   text_.set_padding(text_padding, text_padding);
   text_.set_alignment(0.0, 0.0);
@@ -41,23 +42,23 @@ PanelView::PanelView(const Glib::ustring& hint) : hint_(hint), frame_(0.0, 0.0, 
   viewport->add(frame_);
   add(*viewport);
   frame_.set_focus_vadjustment(*get_vadjustment());  // scrolls to the field that has the focus
-  say(hint_);
+  show_text(hint_);
 }
 
 PanelView::~PanelView() {
-  take_away();
+  remove_panel();
 }
 
 void PanelView::show_object(Object* object, ViewObj* drawn) {
   if (object == object_ && drawn == drawn_) return;
-  take_away();
+  remove_panel();
   object_ = object;
   drawn_ = drawn;
   object_deleted_.disconnect();
-  if (!object) return say(hint_);
+  if (!object) return show_text(hint_);
   object_deleted_ = object->signal_deleted().connect([this] { show_object(nullptr); });
-  if (auto* panel = make_panel(*object, drawn)) return put(*panel);
-  say(Glib::ustring::compose(_("%1 has no properties."), object->get_name()));
+  if (auto* panel = make_panel(*object, drawn)) return add_panel(*panel);
+  show_text(Glib::ustring::compose(_("%1 has no properties."), object->get_name()));
 }
 
 Gtk::Widget* PanelView::make_panel(Object& object, ViewObj* drawn) {
@@ -73,14 +74,14 @@ Gtk::Widget* PanelView::make_panel(Object& object, ViewObj* drawn) {
   return both;
 }
 
-void PanelView::put(Gtk::Widget& panel) {
-  take_away();
+void PanelView::add_panel(Gtk::Widget& panel) {
+  remove_panel();
   frame_.add(*Gtk::manage(&panel));
   panel.show();
   frame_.show();
 }
 
-void PanelView::take_away() {
+void PanelView::remove_panel() {
   auto* child = frame_.get_child();
   if (child == &text_) {
     frame_.remove();
@@ -89,8 +90,8 @@ void PanelView::take_away() {
   }
 }
 
-void PanelView::say(const Glib::ustring& text) {
-  take_away();
+void PanelView::show_text(const Glib::ustring& text) {
+  remove_panel();
   text_.set_text(text);
   frame_.add(text_);
   text_.show();

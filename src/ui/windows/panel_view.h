@@ -11,8 +11,8 @@ namespace zemblar {
 
 class ViewObj;
 
-/// Shows the properties panel of one object in a scrolled viewport, or else a text that says what
-/// to do. The panel of an object that ends is gone before the object is.
+/// Shows the properties panel of one object in a scrolled viewport, or a text. When an object ends,
+/// its panel is removed before that.
 class PanelView : public Gtk::ScrolledWindow {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
@@ -21,19 +21,19 @@ class PanelView : public Gtk::ScrolledWindow {
   explicit PanelView(const Glib::ustring& hint);
   ~PanelView() override;
 
-  /// Null for none. Nothing happens when the object is shown already. With the diagram object that
-  /// stands for it, how that is drawn comes first.
+  /// Shows the panel of an object, or the hint for null. Does nothing if the object is shown
+  /// already. If `drawn` is given, the properties of that diagram object come first.
   void show_object(Object* object, ViewObj* drawn = nullptr);
 
  private:
   [[nodiscard]] Gtk::Widget* make_panel(Object& object, ViewObj* drawn);
-  void put(Gtk::Widget& panel);
-  void take_away();
-  void say(const Glib::ustring& text);
+  void add_panel(Gtk::Widget& panel);
+  void remove_panel();
+  void show_text(const Glib::ustring& text);
 
   Glib::ustring hint_;
   Object* object_ = nullptr;
-  const ViewObj* drawn_ = nullptr;  // only compared
+  const ViewObj* drawn_ = nullptr;  // only for comparison
   Gtk::Alignment frame_;
   Gtk::Label text_;
   ScopedConnection object_deleted_;

@@ -12,13 +12,13 @@ namespace zemblar {
 
 class Device;
 
-/// "Track Power On" and "Track Power Off" for all devices that can switch it. Both are insensitive
-/// while no such device is in service.
+/// "Track Power On" and "Track Power Off" for all devices that can switch track power. Both are
+/// insensitive while no such device is in service.
 class PowerButtons : public sigc::trackable {
  public:
   explicit PowerButtons(Gtk::Toolbar& toolbar);
 
-  /// Entries that do the same, for keys.
+  /// Appends menu items that do the same, for use by keys.
   void append_items(Gtk::MenuShell& menu);
 
  private:

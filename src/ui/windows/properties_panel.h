@@ -11,20 +11,20 @@
 
 namespace zemblar {
 
-/// The right side of the editor: "Selected" shows the properties of what the window works on,
-/// "All" the tree of all objects, with a field to find some by what is typed, and below it the
-/// properties of the selected row.
+/// The right side of the editor. The page "Selected" shows the properties of the object that is
+/// selected in the window. The page "All" shows the tree of all objects with a search field, and
+/// below it the properties of the selected row.
 class PropertiesPanel : public BottomTabs {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
 
   PropertiesPanel();
 
-  /// What the page "Selected" shows; null for nothing.
+  /// Sets the object of the page "Selected", or null.
   void show_object(Object* object, ViewObj* drawn = nullptr) {
     selected_.show_object(object, drawn);
   }
-  /// Turns to the page "All" and selects the object there.
+  /// Shows the page "All" and selects the object there.
   void reveal(Object& object);
 
  private:

@@ -25,7 +25,8 @@ Glib::ustring label_of(const KeptText& kept) {
                                 time.format("%x %X"));
 }
 
-/// The entries are made anew when one has been opened: not while it is being served.
+/// Rebuilds the submenu later, because opening an entry changes the entries while its item is being
+/// handled.
 void open_later(const std::string& file) {
   Glib::signal_idle().connect_once([file] {
     when_trains_stand([file] {

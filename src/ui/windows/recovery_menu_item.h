@@ -7,8 +7,8 @@
 
 namespace zemblar {
 
-/// The entry of the file menu that opens what has been kept besides layout files: work that was
-/// not saved, and what Save As has replaced. Insensitive while there is nothing.
+/// The item of the file menu that opens the entries of RecoveryCopy: unsaved work, and files that
+/// Save As has replaced. Insensitive while there are none.
 class RecoveryMenuItem : public Gtk::MenuItem {
  public:
   RecoveryMenuItem();

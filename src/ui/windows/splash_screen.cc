@@ -21,7 +21,7 @@ SplashScreen::SplashScreen()
   set_skip_taskbar_hint(true);
   set_position(Gtk::WIN_POS_CENTER_ALWAYS);
   set_type_hint(Gdk::WINDOW_TYPE_HINT_SPLASHSCREEN);
-  set_accept_focus(false);  // whoever is typing elsewhere goes on
+  set_accept_focus(false);  // does not take the keyboard from another program
   show_opacity();
   add(image_);
   show_all();

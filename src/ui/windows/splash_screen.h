@@ -7,8 +7,8 @@
 
 namespace zemblar {
 
-/// The picture that greets at start: fades in for a second, stays for three, fades out and deletes
-/// itself. Made with `new`; nobody holds it.
+/// The picture at the start: fades in for one second, stays for three, fades out and deletes
+/// itself. Make it with `new`.
 class SplashScreen : public Gtk::Window {
  public:
   SplashScreen();

@@ -26,7 +26,8 @@ namespace {
 constexpr int gap = 2;
 constexpr int full_support = 2;
 
-/// With more of them, those that stand under another one are seen only while they are not well.
+/// With more devices than this, those below another device are shown only while they are not in
+/// service.
 constexpr std::size_t most_devices = 12;
 
 bool is_well_below_another(const Device* device) {
@@ -34,7 +35,7 @@ bool is_well_below_another(const Device* device) {
          device->link_state().phase == LinkPhase::in_service;
 }
 
-/// The inputs of a reader have no link of their own.
+/// The devices that have a link; inputs of a reader have none.
 std::vector<Device*> linked_devices() {
   std::vector<Device*> devices;
   for_each_device(Layout::get().get_devices(), [&devices](Device& device) {
@@ -119,7 +120,7 @@ void StatusMarks::attach(Layout& layout, LayoutFollower::Connections& connection
   refresh_later();
 }
 
-// A burst of messages is looked at once.
+// Several messages in a row cause one update.
 void StatusMarks::refresh_later() {
   if (refresh_later_.connected()) return;
   refresh_later_ = Glib::signal_idle().connect([this] {

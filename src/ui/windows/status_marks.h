@@ -20,15 +20,15 @@ namespace zemblar {
 class Device;
 class Lok;
 
-/// The right end of the status line: what a person at the railway must see at one glance, and the
-/// one stop for everything.
+/// The right end of the status line: marks for what the operator must see at a glance, and the
+/// button "Stop All".
 ///
-/// Track power; each device that has a link of its own, by its state; how many trains block control
-/// holds, and how many drive whose place nobody knows; the file, and whether there is work that is
-/// not in it. A click goes to the object: a device and the layout are shown in a track editor, a
-/// train gets a throttle.
+/// The marks show: the track power; the link state of each device that has a link; how many trains
+/// block control holds, and how many move with an unknown place; the file, and whether there is
+/// unsaved work. A click shows the object: a device or the layout in a track editor, a train in a
+/// throttle.
 ///
-/// All of it is looked at with each pulse of the layout, and at once when the status line changes.
+/// The marks are updated at each pulse of the layout, and at once when the status line changes.
 class StatusMarks : public Gtk::HBox {
  public:
   StatusMarks();
@@ -38,7 +38,7 @@ class StatusMarks : public Gtk::HBox {
   [[nodiscard]] StatusMark& unplaced() { return unplaced_; }
   [[nodiscard]] StatusMark& file() { return file_; }
   [[nodiscard]] StatusMark& stop() { return stop_; }
-  /// In the order of the document.
+  /// The marks of devices, in the order of the document.
   [[nodiscard]] std::vector<StatusMark*> devices() const;
 
  private:
@@ -55,7 +55,7 @@ class StatusMarks : public Gtk::HBox {
   void refresh();
   void refresh_devices();
   void make_device_marks(const std::vector<Device*>& devices);
-  /// Does it with the object if there is one, else asks which one.
+  /// Calls `action` with the only object, or lets the user choose one of several.
   template <typename T>
   void choose(StatusMark& mark, const std::vector<T*>& objects, void (*action)(T& object));
 

@@ -26,7 +26,7 @@ constexpr int default_width = 1100;
 constexpr int default_height = 700;
 constexpr int panel_width = 400;
 
-/// For a label, in which an underscore marks the key of the entry.
+/// Doubles underscores for a menu label, where a single one would mark the mnemonic.
 Glib::ustring without_marks(const Glib::ustring& name) {
   std::string text;
   for (const char c : name.raw()) text += c == '_' ? "__" : std::string(1, c);
@@ -38,7 +38,7 @@ Gtk::Toolbar& with_separator(Gtk::Toolbar& toolbar) {
   return toolbar;
 }
 
-/// The devices that are there and would not be after the step was undone, or redone.
+/// The devices that undoing or redoing the step would end.
 std::vector<const Device*> devices_ended_by(const EditStep& step, bool is_undo) {
   std::vector<const Device*> ended;
   const auto& objects = EditJournal::get().numbers().objects;
@@ -131,10 +131,10 @@ const EditStep* TrackEditor::next_step(void (EditHistory::*way)()) {
   return way == &EditHistory::undo ? history_.steps().next_undo() : history_.steps().next_redo();
 }
 
-// No other device reaches what a station drives that ends with the step. The slot goes with the
-// window.
+// If the step ends a station, its trains must stand first, because no other station can stop them.
+// The slot is disconnected when the window ends.
 void TrackEditor::step(void (EditHistory::*way)()) {
-  // An edit that is not finished is a step of its own.
+  // First ends an unfinished edit, which becomes a separate step.
   if (auto* canvas = current_canvas()) canvas->finish();
   if (Layout::dialogs().finish_edits) Layout::dialogs().finish_edits();
   EditJournal::get().flush();
@@ -153,7 +153,7 @@ void TrackEditor::step_if_next(void (EditHistory::*way)(), const EditStep* wante
   set_status(_("Something else has been changed meanwhile: choose that again."));
 }
 
-// What was selected stays so, though it may be another one in the memory now.
+// Restores the selection by number, because undo may have made a new object in its place.
 void TrackEditor::step_now(void (EditHistory::*way)()) {
   auto* canvas = current_canvas();
   if (canvas) canvas->finish();
@@ -197,14 +197,14 @@ void TrackEditor::use_tool(DiagramKind kind, bool existing) {
 
 void TrackEditor::place_new(EditorView& canvas, DiagramKind kind) {
   auto& made = make_object(kind);
-  // What was made for the tool goes with it.
+  // Cancelling also destroys the object that was made for the tool.
   canvas.place(draw_object(kind, made),
                [object = std::make_shared<ObjectRef<zemblar::Object>>(&made)] {
                  if (*object) object->get()->destroy();
                });
 }
 
-// The selected object of the page, or else its view.
+// Shows the properties of the page's selected object, or of its view.
 void TrackEditor::refresh_panel() {
   auto* view = pages_.current();
   tools_.set_sensitive(view != nullptr);

@@ -16,14 +16,14 @@ namespace zemblar {
 
 class EditorView;
 
-/// The window in which views are drawn and all objects of the layout are edited. Views that are
-/// hidden in the track view have their page here.
+/// The window for drawing views and editing all objects of the layout. It has pages also for views
+/// that are hidden in the track view.
 class TrackEditor : public LayoutWindow {
  public:
-  /// Opens one more window, which owns itself.
+  /// Opens another window, which deletes itself when closed.
   static void open();
-  /// Selects the object in the tree of all objects, in an editor that is open or in a new one, and
-  /// brings that to the front.
+  /// Selects the object in the tree of all objects, in an open editor or in a new one, and brings
+  /// the window to the front.
   static void show_object(zemblar::Object& object);
 
  private:
@@ -42,11 +42,11 @@ class TrackEditor : public LayoutWindow {
   static void place_new(EditorView& canvas, DiagramKind kind);
 
   EditHistory history_;
-  Gtk::MenuItem* undo_ = nullptr;  // in the menu
+  Gtk::MenuItem* undo_ = nullptr;  // owned by the menu
   Gtk::MenuItem* redo_ = nullptr;
   EditorTools tools_;
   Gtk::HPaned sides_;
-  std::map<const View*, EditorView*> canvases_;  // only that of the current view is looked at
+  std::map<const View*, EditorView*> canvases_;  // only the entry of the current view is valid
   ViewPages pages_;
   PropertiesPanel panel_;
   ObjectPicker picker_;

@@ -8,11 +8,11 @@
 
 namespace zemblar {
 
-/// The operator's window: one page for each view that is not hidden, and the switches for track
-/// power and block control. Nothing is edited here.
+/// The operator's window: one page for each view that is not hidden, and the controls for track
+/// power and block control. Nothing can be edited here.
 class TrackView : public LayoutWindow {
  public:
-  /// Opens one more window, which owns itself.
+  /// Opens another window, which deletes itself when closed.
   static void open();
 
  private:

@@ -14,7 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// A panel needs a moment to take an icon in.
+// A desktop panel needs some time to show an icon.
 constexpr auto patience = 6s;
 
 }  // namespace
@@ -44,7 +44,7 @@ void Tray::append_document_items(Layout& layout) {
 }
 
 void Tray::watch_for_a_place() {
-  look_ = Timeout::once(patience, [icon = icon_] {
+  place_check_ = Timeout::once(patience, [icon = icon_] {
     if (icon->is_embedded() || !get_status().empty()) return;
     set_status(
         _("This desktop shows no status icons, so Zemblar's menu has no place there. Open "

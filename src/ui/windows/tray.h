@@ -9,15 +9,15 @@
 
 namespace zemblar {
 
-/// The status icon with the program's menu: how a program without windows is reached.
+/// The status icon with the program's menu, for use when no window is open.
 ///
-/// Open, Save and Save As act on the layout that is current when the menu is built, and can no
-/// longer be chosen when that one has been replaced. New is there for the shape of the menu.
+/// Open, Save and Save As act on the layout that is current when the menu is built, and become
+/// insensitive when that layout is replaced. New is always insensitive.
 class Tray {
  public:
   explicit Tray(Layout& layout);
 
-  /// Some seconds from now the status line says so if the desktop shows no status icons.
+  /// Checks after some seconds whether the desktop shows the icon; if not, the status line says so.
   void watch_for_a_place();
 
  private:
@@ -26,7 +26,7 @@ class Tray {
   Gtk::Menu menu_;
   Glib::RefPtr<Gtk::StatusIcon> icon_;
   ScopedConnection layout_ended_;
-  Timeout look_;
+  Timeout place_check_;
 };
 
 }  // namespace zemblar

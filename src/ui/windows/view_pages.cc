@@ -48,7 +48,7 @@ ViewPages::ViewPages(MakeCanvas make_canvas, Hidden hidden)
   hint_.pack_start(hint_text_, Gtk::PACK_SHRINK);
   pack_start(hint_, Gtk::PACK_EXPAND_PADDING);
   hint_text_.show();
-  // Which of the two is seen depends on the views, whoever calls show_all.
+  // show_all must not show both; which one is visible depends on the views.
   stack_.set_no_show_all();
   notebook_.set_no_show_all();
   hint_.set_no_show_all();
@@ -60,7 +60,7 @@ ViewPages::ViewPages(MakeCanvas make_canvas, Hidden hidden)
       });
 }
 
-// The toolkit takes the pages away one by one; nobody wants to hear of it.
+// The toolkit removes the pages one by one, which must not be announced.
 ViewPages::~ViewPages() {
   page_switched_.disconnect();
   fit_hint_.follow(nullptr);
@@ -112,7 +112,8 @@ void ViewPages::remove_page(const View& view) {
   const auto page = std::ranges::find_if(pages_, [&](auto& p) { return &p->view == &view; });
   if (page == pages_.end()) return;
   auto* canvas = (*page)->canvas;
-  // The connections go with the page, one of which may have led here: it stays until the end.
+  // Keeps the page until the end of this function, because one of its connections may have called
+  // it.
   const auto ended = std::move(*page);
   pages_.erase(page);
   fit_hint_.follow(nullptr);
@@ -122,14 +123,14 @@ void ViewPages::remove_page(const View& view) {
   announce_focus_later();
 }
 
-// Assistive technology is told of the next page's tab as if that had the focus, in an idle turn of
-// the toolkit.
+// Announces the focus again, because in an idle handler the toolkit tells assistive technology that
+// the next page's tab has it.
 void ViewPages::announce_focus_later() {
   announce_focus_ = Glib::signal_idle().connect(
       [this] {
         auto* window = dynamic_cast<Gtk::Window*>(get_toplevel());
         auto* focus = window ? window->get_focus() : nullptr;
-        // Deprecated, and all that the bridge to assistive technology of this toolkit listens to.
+        // Deprecated, but the only announcement that the toolkit's accessibility bridge uses.
         G_GNUC_BEGIN_IGNORE_DEPRECATIONS
         if (focus) atk_focus_tracker_notify(focus->get_accessible()->gobj());
         G_GNUC_END_IGNORE_DEPRECATIONS
@@ -138,7 +139,8 @@ void ViewPages::announce_focus_later() {
       Glib::PRIORITY_LOW);
 }
 
-// The notebook turns to a page that is shown only when it is laid out next, if at all.
+// Selects a page that becomes visible, because the notebook does that only at its next layout, if
+// at all.
 void ViewPages::show_page(Page& page) {
   page.canvas->set_visible(is_seen(page.view));
   refresh_hint();
@@ -156,7 +158,7 @@ void ViewPages::refresh_hint() {
                                      : _("All views of this layout are hidden."));
 }
 
-// The last page stays the notebook's current one when it is hidden.
+// When the last page is hidden, it is still the notebook's current page, but does not count.
 Gtk::Widget* ViewPages::current_page() const {
   auto& notebook = const_cast<BottomTabs&>(notebook_);
   const int number = notebook.get_current_page();
@@ -170,7 +172,7 @@ View* ViewPages::current() const {
   return page == pages_.end() ? nullptr : &(*page)->view;
 }
 
-// The canvas is somewhere in what makes it scroll.
+// Finds the canvas inside its scrolled window.
 DiagramCanvas* ViewPages::current_canvas() const {
   auto* widget = current_page();
   while (auto* frame = dynamic_cast<Gtk::Bin*>(widget)) widget = frame->get_child();

@@ -19,37 +19,37 @@ namespace zemblar {
 
 class DiagramCanvas;
 
-/// A page's content for a canvas that may ask for more room than there is, as one with a large
-/// picture does. Managed.
+/// A managed scrolled window around a canvas, which may be larger than the page if it has a large
+/// picture.
 [[nodiscard]] Gtk::Widget* scrolled(Gtk::Widget* canvas);
 
-/// A notebook with one page for each view of the current layout, labelled with its name. It
-/// follows views that are added, renamed and removed, and New and Open. Where there is no view,
-/// a text in its place says so.
+/// A notebook with one page for each view of the current layout, labelled with its name. It is kept
+/// up to date when views are added, renamed or removed, and after New and Open. If there is no
+/// page, a text is shown instead.
 class ViewPages : public Gtk::VBox {
  public:
   using Object = zemblar::Object;  // Gtk::Object is not meant
 
-  /// Makes the page's content; the notebook owns it. The view outlives the content.
+  /// Makes the content of a page, owned by the notebook. The view outlives the content.
   using MakeCanvas = std::function<Gtk::Widget*(View&)>;
-  /// With `skip_hidden` the page of a hidden view has no tab while it is hidden.
+  /// With `skip`, a view has no page while it is hidden.
   enum class Hidden { show, skip };
 
   ViewPages(MakeCanvas make_canvas, Hidden hidden);
   ~ViewPages() override;
 
-  /// The view on the page that is shown; null when there is none.
+  /// The view on the current page, or null.
   [[nodiscard]] View* current() const;
-  /// What shows that view; null when there is none.
+  /// The canvas on the current page, or null.
   [[nodiscard]] DiagramCanvas* current_canvas() const;
-  /// Gives the focus to the canvas that is shown if no widget of the window has it.
+  /// Focuses the current canvas if no widget of the window has the focus.
   void take_free_focus();
-  /// Entries that zoom the page that is shown, with their keys.
+  /// Appends items, with keys, that zoom the current page.
   void append_zoom_items(Gtk::Menu& menu, const Glib::RefPtr<Gtk::AccelGroup>& keys);
-  /// The page that is shown, or its being there at all, changed.
+  /// The current page has changed, also from or to none.
   sigc::signal<void>& signal_current_changed() { return signal_current_changed_; }
 
-  /// Stands below the text that takes the notebook's place; managed.
+  /// Adds a managed widget below the text that is shown when there is no page.
   void add_to_hint(Gtk::Widget& widget);
 
  private:
@@ -62,14 +62,14 @@ class ViewPages : public Gtk::VBox {
   void announce_focus_later();
   void show_page(Page& page);
   [[nodiscard]] bool is_seen(const View& view) const;
-  /// Null when no page is seen.
+  /// The content of the current page; null when no page is visible.
   [[nodiscard]] Gtk::Widget* current_page() const;
   void refresh_hint();
   void announce();
 
   MakeCanvas make_canvas_;
   Hidden hidden_;
-  Gtk::Table stack_{1, 1};  // the notebook, and over it the hint
+  Gtk::Table stack_{1, 1};  // the notebook, and the FitHint over it
   BottomTabs notebook_;
   FitHint fit_hint_;
   Gtk::VBox hint_;
