@@ -36,7 +36,7 @@ void CommandStation::set_use_as_default(bool on) {
   use_as_default_ = on;
   on ? join_default() : leave_default();
   notify_property(*this, default_property_);
-  // Those whom nobody served until now.
+  // Makes decoders try again that no station has served until now.
   if (on && active()) signal_in_service().emit(*this);
 }
 
@@ -79,8 +79,8 @@ void CommandStation::talk_in_turn(const std::function<void()>& talk) {
   talk();
 }
 
-// Each of them once: a locomotive that is not answered for must not keep others from their turn.
-// Power that is to be off comes before the next one, since each may take its time.
+// Sends each stop once, so that a locomotive without an answer does not block others. Switching the
+// power off is sent before each stop, because each may take a while.
 void CommandStation::send_stops() {
   const auto alive = liveness();
   Decoders tried;
@@ -111,7 +111,7 @@ void CommandStation::update(DrivenDecoder* decoder, std::uint32_t item) {
   DecoderTask task(this, decoder);
   if (!task.leads()) return;
   converse([&] {
-    // Another turn may have sent it, or a newer wish have made it void.
+    // Another conversation may have sent the item, or the wish may have changed.
     const bool is_due = !task.is_answered() && (decoder->state().mask & item) != 0;
     if (is_due) task.finish(deliver(*decoder, item));
   });
@@ -169,8 +169,8 @@ void CommandStation::power_off() {
   converse([] {});
 }
 
-// Any answer settles it. Without one it is tried again, but not before others have had their turn;
-// after a loss of service it is due as soon as the station is back.
+// Any answer of the station settles the wish. Without an answer it is tried again, but only after
+// other conversations; after a loss of service, as soon as the station is back.
 void CommandStation::send_power_off() {
   if (!power_off_is_due() || power_retry_.armed()) return;
   const auto alive = liveness();

@@ -11,34 +11,34 @@ namespace zemblar {
 
 class DefaultDevice;
 
-/// A device that drives locomotives and switches points over the whole railway.
+/// A device that drives locomotives and switches points on the whole railway.
 ///
-/// Marked for default use, it serves all decoders and points for which no device is chosen: it is a
-/// member of the layout's DefaultDevice as long as it is in service.
+/// A station marked for default use serves all decoders and points that have no device of their
+/// own: while in service, it is a member of the layout's DefaultDevice.
 ///
-/// Whoever has its turn to talk first sends what stops trains: switching the track power off, and
-/// the speed of each locomotive that is to stand. So a stop waits for the conversation that is
-/// under way, and for none of those that wait behind it. Power that was to be off is switched off
-/// after a loss of service too, and when that was wished out of service, unless somebody wished it
-/// on again; power that was to be on then is not switched on later.
+/// Each conversation first sends all waiting stops: switching the track power off, and speed 0 for
+/// each locomotive that is to stop. So a stop waits only for the conversation in progress, not for
+/// others that wait. A wish to switch the track power off is kept across a loss of service, also
+/// when it was made out of service, until it is carried out or somebody switches the power on. A
+/// wish to switch it on is not kept.
 class CommandStation : public Device {
  public:
   [[nodiscard]] bool get_use_as_default() const { return use_as_default_; }
   /// Takes effect at once.
   void set_use_as_default(bool on);
-  /// A station is about to leave default use, though it stays in service.
+  /// A station is about to leave default use but stays in service.
   static sigc::signal<void, Device&>& signal_leaving_default();
   void restore(const EntryChange& change) override;
 
-  /// "DCC/Power" fully; "DCC" and all else of it partly.
+  /// 2 for "DCC/Power", 1 for "DCC" and other "DCC/..." features.
   [[nodiscard]] int supports(std::string_view feature) const override;
 
  protected:
-  /// `default_property` is the name of the property that makes it a default device; a string
-  /// literal.
+  /// `default_property` is the name of the property for default use, a string literal.
   CommandStation(const Glib::ustring& name_format, const char* default_property);
 
-  /// A driver calls these when its `start` has succeeded, and in its `stop`.
+  /// A driver calls `join_default` when its `start` has succeeded, and `leave_default` in its
+  /// `stop`.
   void join_default();
   void leave_default();
   void on_deleting() override;
@@ -52,18 +52,19 @@ class CommandStation : public Device {
   void remember_power(bool on) override;
   void on_in_service() override;
 
-  /// Runs `talk` when the device is free, inside a BusyLock, and stops before it. What `talk`
-  /// throws goes through `on_failed_talk`.
+  /// Waits for a BusyLock, sends all waiting stops, and runs `talk`. If `talk` throws, calls
+  /// `on_failed_talk` and throws on.
   void converse(const std::function<void()>& talk);
 
-  // What a driver says, inside `converse`.
+  // Implemented by the driver; called inside `converse`.
 
-  /// Sends one item, a bit of DecoderUpdate, as the decoder wants it now. Returns what has been
-  /// delivered, which may be more.
+  /// Sends the present value of one item, a bit of DecoderUpdate. Returns the delivered items,
+  /// which may be more.
   virtual DecoderUpdate deliver(DrivenDecoder& decoder, std::uint32_t item) = 0;
-  /// Switches the track power and notes what the station says.
+  /// Switches the track power, and reports the station's answer by `track_power_is_on` or
+  /// `track_power_is_off`.
   virtual void switch_power(bool on) = 0;
-  /// A conversation ends with the exception that is being handled; it is thrown on.
+  /// A conversation has ended with the exception being handled, which is thrown on.
   virtual void on_failed_talk() {}
 
   bool use_as_default_ = true;
@@ -82,9 +83,9 @@ class CommandStation : public Device {
   void send_due_power_off();
 
   const char* default_property_;
-  std::optional<bool> due_power_;  // wished, and not confirmed yet
-  bool power_is_unknown_ = false;  // a command to switch it on had no answer
-  unsigned power_wishes_ = 0;      // counts them: a newer one makes an older one void
+  std::optional<bool> due_power_;  // the wished power, until confirmed
+  bool power_is_unknown_ = false;  // a command to switch the power on was not answered
+  unsigned power_wishes_ = 0;      // number of wishes; a newer wish replaces an older one
   Timeout power_retry_;
 };
 

@@ -6,22 +6,21 @@ namespace zemblar {
 
 class fiber;
 
-/// Stands in for a decoder while one command goes out to several devices, and collects their
-/// answers.
+/// Represents a decoder while one command goes to several devices, and collects their answers.
 ///
-/// Made by Glib::RefPtr inside a fiber; the mask starts full and only ever loses bits, so that what
-/// is left after all answers is what every device delivered with the proxy's value. It carries the
-/// values of the moment at which it was made.
+/// Made inside a fiber and held by Glib::RefPtr. It has the decoder's values at the time of
+/// construction. Its mask starts full and each answer clears bits, so after all answers it has the
+/// items that every device has delivered with these values.
 class DecoderProxy : public DrivenDecoder {
  public:
   static Glib::RefPtr<DecoderProxy> create(const DrivenDecoder* parent);
 
-  /// Collects one answer, and resumes the waiting fiber after the last: the caller must touch
-  /// nothing of the fan-out after this.
+  /// Collects one answer. The last one resumes the waiting fiber, so the caller must not use
+  /// anything of the fan-out afterwards.
   void complete(const DecoderUpdate& delivered) override;
 
-  /// Suspends the running fiber until as many answers have come. Answers that came before count.
-  /// Asserts "count >= 0".
+  /// Suspends the running fiber until `count` answers have come, including earlier ones. Asserts
+  /// "count >= 0".
   void wait(int count);
 
  protected:
@@ -30,7 +29,7 @@ class DecoderProxy : public DrivenDecoder {
 
  private:
   fiber* waiter_ = nullptr;
-  int pending_ = 0;  // answers still to come; negative while more have come than were asked for
+  int pending_ = 0;  // answers still to come; negative if more have come than awaited
 };
 
 }  // namespace zemblar

@@ -7,10 +7,10 @@
 
 namespace zemblar {
 
-/// What a decoder should receive, or what a device has delivered to one.
+/// The values that a decoder should receive, or those that a device has delivered to it.
 ///
-/// `mask` says which items are meant: in a decoder those that are out of date, in a record that a
-/// device hands back those that were delivered.
+/// `mask` selects items: in a decoder those that are out of date, in a device's answer those that
+/// were delivered.
 struct DecoderUpdate {
   static constexpr std::uint32_t speed_bit = 1u << 0;
   static constexpr std::uint32_t direction_bit = 1u << 1;
@@ -26,25 +26,25 @@ struct DecoderUpdate {
   Direction direction = Direction::Forwards;
   std::uint32_t functions = 0;  ///< bit n: function n is on
 
-  /// The number of the function whose bit that is.
+  /// The number of the function with this bit.
   static constexpr unsigned function_of(std::uint32_t bit) {
     return static_cast<unsigned>(std::countr_zero(bit)) - 2;
   }
 
   [[nodiscard]] bool function(unsigned fn) const { return (functions >> fn & 1u) != 0; }
-  /// The items named in `mask` whose values are the same in both records.
+  /// The items in `mask` whose values are equal in both records.
   [[nodiscard]] std::uint32_t agreeing(const DecoderUpdate& other) const;
   /// The value of one item: the speed, the direction, or 1 for a function that is on.
   [[nodiscard]] std::uint32_t value_of(std::uint32_t item) const;
-  /// The speed is out of date, and the locomotive is to stand.
+  /// True if the speed is out of date, and the locomotive is to stop.
   [[nodiscard]] bool is_stop() const {
     return (mask & speed_bit) != 0 && (speed == 0 || speed == emergency_stop);
   }
 };
 
-/// In which order wishes go out where many wait: what stops a train first.
+/// The order in which waiting commands are sent: stops first.
 enum class Urgency { stop, speed, direction, function, nothing };
-/// Of the most urgent item in the mask.
+/// The urgency of the most urgent item in the mask.
 [[nodiscard]] Urgency urgency_of(const DecoderUpdate& wish);
 
 }  // namespace zemblar

@@ -14,7 +14,7 @@ DefaultDevice::DefaultDevice() : Glib::ObjectBase("DefaultDevice"), Device(_("De
 
 void DefaultDevice::add_device(Device* device) {
   if (!devices_.insert(device).second) return;
-  // The commands in flight have not been asked of this one.
+  // The new member has not got the commands in flight.
   for (auto& [item, newest] : newest_) newest.reaches_all = false;
   members_[device] = {
       sigc::connection(device->signal_deleted().connect([this, device] { forget(device); })),
@@ -22,7 +22,8 @@ void DefaultDevice::add_device(Device* device) {
           device->signal_link_changed().connect([this, device] { follow_link(*device); }))};
 }
 
-// Nobody waits any longer for what it has not answered; it gets that when it joins again.
+// Ends the errands at the station without an answer; the station gets these items when it joins
+// again.
 void DefaultDevice::remove_device(Device* device) {
   if (devices_.erase(device) == 0) return;
   members_.erase(device);
@@ -61,7 +62,7 @@ std::vector<DefaultDevice::Errand> DefaultDevice::errands_at(const Device& devic
   return found;
 }
 
-// Where a station answers nobody, the others go on without it.
+// When a station stops answering, fan-outs continue without it.
 void DefaultDevice::follow_link(Device& device) {
   const auto alive = liveness();
   if (device.link_state().phase != LinkPhase::waiting_for_answer) return;
@@ -75,7 +76,7 @@ void DefaultDevice::follow_link(Device& device) {
 void DefaultDevice::go_on_without_held_up(const Item& item,
                                           const std::vector<Glib::RefPtr<StationProxy>>& errands) {
   const auto alive = liveness();
-  const auto all = errands;  // the last answer ends the command
+  const auto all = errands;  // a copy, since the last answer ends the fan-out
   const auto waits = [](const auto& errand) { return errand->is_held_up(); };
   if (std::ranges::all_of(all, waits)) return;
   for (const auto& errand : all) {
@@ -99,7 +100,8 @@ int DefaultDevice::supports(std::string_view feature) const {
   return std::ranges::any_of(devices_, [&](auto* device) { return answers(device) != 0; }) ? 1 : 0;
 }
 
-// Members come and go while operations run: the walk is over a copy, and skips who has left.
+// Stations may join and leave during an operation, so iterates over a copy and skips those that
+// have left.
 void DefaultDevice::for_each_in_service(const std::function<void(Device&)>& visit) {
   const auto alive = liveness();
   const auto members = devices_;
@@ -162,24 +164,25 @@ void DefaultDevice::fan_out(DrivenDecoder* decoder, std::uint32_t bit) {
   if (!*alive) return;
   const auto newest = newest_.find(item);
   const bool is_newest = newest != newest_.end() && newest->second.serial == serial;
-  // A station that has joined meanwhile has not got it.
+  // A station that has joined meanwhile has not got the item.
   const bool counts = is_newest && newest->second.reaches_all;
   if (is_newest) newest_.erase(newest);
-  // Those who are there may have delivered more than was asked of them.
+  // The stations may have delivered more items than this one.
   if (counts) note_missing(decoder, answers->state().mask);
   decoder->complete(counts ? answers->state() : DecoderUpdate());
 }
 
-/// Stations that have left get these items when they join again.
+/// Records the items for stations that have left, which get them when they join again.
 void DefaultDevice::note_missing(const DrivenDecoder* decoder, std::uint32_t items) {
   for (auto& [device, missed] : missed_) {
     if (!members_.contains(device)) missed.items[decoder] |= items;
   }
 }
 
-// A message may carry more than its item: a station that has answered for the direction is told
-// another one with the next speed, while others have still to answer.
-void DefaultDevice::note_told(const DrivenDecoder* decoder, const DecoderUpdate& delivered) {
+// A message may contain more than its item. For example a station that has delivered the direction
+// may get another direction together with the next speed, while other stations have not answered
+// yet.
+void DefaultDevice::note_sent(const DrivenDecoder* decoder, const DecoderUpdate& delivered) {
   for (auto entry = newest_.lower_bound({decoder, 0});
        entry != newest_.end() && entry->first.first == decoder; ++entry) {
     const auto bit = entry->first.second;
@@ -188,7 +191,7 @@ void DefaultDevice::note_told(const DrivenDecoder* decoder, const DecoderUpdate&
   }
 }
 
-// A newer wish takes their place.
+// Ends errands of the item that a newer command replaces.
 void DefaultDevice::abandon_let_go(const Item& item) {
   std::erase_if(let_go_, [&item](const auto& entry) {
     if (entry.first.second != item) return false;
@@ -197,7 +200,7 @@ void DefaultDevice::abandon_let_go(const Item& item) {
   });
 }
 
-/// How many answers there will be.
+/// Sends the item to all stations; returns the number of answers to wait for.
 int DefaultDevice::send_errands(DrivenDecoder* decoder, const Item& item,
                                 const Glib::RefPtr<DecoderProxy>& answers) {
   const auto alive = liveness();
@@ -208,10 +211,10 @@ int DefaultDevice::send_errands(DrivenDecoder* decoder, const Item& item,
     if (!device.can_address(*decoder)) return;
     errands.push_back(StationProxy::create(parent, item.second, device, answers));
     errands.back()->on_more_delivered([this, alive, decoder](const DecoderUpdate& delivered) {
-      if (*alive) note_told(decoder, delivered);
+      if (*alive) note_sent(decoder, delivered);
     });
   });
-  const auto sent = errands;  // what is answered at once may begin the next fan-out
+  const auto sent = errands;  // a copy, since an answer at once may begin the next fan-out
   for (const auto& errand : sent) errand->ask();
   if (*alive) go_on_without_held_up(item, sent);
   return static_cast<int>(sent.size());

@@ -19,7 +19,7 @@ Glib::RefPtr<DrivenDecoder> hold(DrivenDecoder* decoder) {
   return Glib::RefPtr<DrivenDecoder>(decoder);
 }
 
-/// Toolkit code calls this: nothing may be thrown through it.
+/// Must not throw, because toolkit code calls it.
 void request_active(Device& device, bool on) {
   on ? device.set_active(true) : device.go_out_of_service();
 }
@@ -80,7 +80,7 @@ void Device::activate() {
   const auto alive = liveness();
   activating_ = true;
   active_ = true;
-  // Whoever waited for the lock has had a turn by now, and may have found the link gone.
+  // Fibers that waited for the lock have run meanwhile, and may have found that the link is lost.
   if (!run_start() || !*alive || !active_) return;
   catching_up_ = true;
   set_link(LinkPhase::in_service);
@@ -89,8 +89,8 @@ void Device::activate() {
   if (*alive && active_) signal_in_service().emit(*this);
 }
 
-// Whoever asks for an operation while `start` runs waits for the lock, and finds the device out of
-// service when `start` has failed.
+// An operation that is requested while `start` runs waits for the lock, and finds the device out of
+// service if `start` fails.
 bool Device::run_start() {
   const auto alive = liveness();
   bool started = false;
@@ -101,7 +101,7 @@ bool Device::run_start() {
     activating_ = false;
     if (!started) active_ = false;
   } catch (const DeviceInactiveException&) {
-    // Destroyed while an older conversation still had the lock.
+    // The device was destroyed while an older conversation had the lock.
     return false;
   }
   return started;
@@ -120,7 +120,7 @@ void Device::deactivate() {
   const auto round = round_;
   active_ = false;
   activating_ = false;
-  // A driver that knows why has said so before.
+  // A driver that knows the reason has set the link before.
   if (link_.phase == LinkPhase::in_service || link_.phase == LinkPhase::waiting_for_answer) {
     set_link(LinkPhase::lost);
   }
@@ -128,7 +128,7 @@ void Device::deactivate() {
   try {
     stop();
   } catch (...) {
-    // Out of service all the same.
+    // The device is out of service nevertheless.
   }
   if (*alive) release(round);
   if (*alive) wake_waiters();
@@ -150,7 +150,7 @@ void Device::set_link(LinkPhase phase, const Glib::ustring& why, Clock::time_poi
   link_.why = why;
   was_in_service_ = was_in_service_ || phase == LinkPhase::in_service;
   const auto alive = liveness();
-  tell_link();
+  report_link();
   const bool answers_again =
       former == LinkPhase::waiting_for_answer && phase == LinkPhase::in_service;
   if (*alive && answers_again && get_status().empty()) {
@@ -163,7 +163,7 @@ void Device::set_link_down(const Glib::ustring& why) {
   set_link(was_in_service_ ? LinkPhase::lost : LinkPhase::connecting, why);
 }
 
-void Device::tell_link() {
+void Device::report_link() {
   const bool silent = link_.phase == LinkPhase::in_service ||
                       link_.phase == LinkPhase::looking_for_hardware || link_.why.empty();
   if (silent) {
@@ -275,7 +275,7 @@ unsigned Device::rank(const DrivenDecoder& decoder) const {
   return static_cast<unsigned>(urgency_of(decoder.state()));
 }
 
-// The order in which those who wait are told is that in which they ask anew.
+// Decoders ask again in the order in which they are answered.
 Device::Pending Device::take_pending() {
   ++round_;
   auto taken = std::exchange(pending_, {});
@@ -286,7 +286,7 @@ Device::Pending Device::take_pending() {
   return taken;
 }
 
-// The answers may ask for the next updates, destroy decoders, or destroy the device.
+// A call of `complete` may request the next update, destroy decoders, or destroy the device.
 void Device::finish_update(DrivenDecoder* decoder, const DecoderUpdate& delivered) {
   const auto answered = hold(decoder);
   const auto waiting = take_pending();

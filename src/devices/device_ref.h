@@ -7,13 +7,14 @@
 
 namespace zemblar {
 
-/// A device that may end at any time, for those who suspend or call handlers while they hold it.
+/// A pointer to a device that may end at any time, for code that suspends or calls handlers while
+/// it uses the device.
 template <typename T>
 class DeviceRef {
  public:
   explicit DeviceRef(T* device) : device_(device), alive_(device->liveness()) {}
 
-  /// Null once it has ended.
+  /// The device, or null if it has ended.
   [[nodiscard]] T* get() const { return *alive_ ? device_ : nullptr; }
   T* operator->() const { return device_; }
   explicit operator bool() const { return *alive_; }

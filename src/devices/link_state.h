@@ -6,22 +6,22 @@
 
 namespace zemblar {
 
-/// What the link between a device and its hardware is doing.
+/// The phase of the link between a device and its hardware.
 enum class LinkPhase {
-  not_set_up,            ///< something has to be entered first, such as an address
-  looking_for_hardware,  ///< nothing is plugged in that the device could use
+  not_set_up,            ///< a setting is missing, such as an address
+  looking_for_hardware,  ///< no hardware is plugged in that the device could use
   connecting,            ///< the hardware is known and has not been in service yet
   in_service,
   waiting_for_answer,  ///< in service or starting, and a command has had no answer for too long
   lost,                ///< was in service; the driver tries to get it back
 };
 
-/// The state of a device's link, as far as its driver knows it: panels, the status bar and tests
-/// read this and nothing else.
+/// The state of a device's link, as known to its driver; the only source for panels, the status bar
+/// and tests.
 struct LinkState {
   LinkPhase phase = LinkPhase::not_set_up;
   Clock::time_point since{};  ///< the moment at which the phase began
-  Glib::ustring why{};        ///< a sentence for the person; empty when there is nothing to say
+  Glib::ustring why{};        ///< a sentence for the user; may be empty
 };
 
 /// "in service" and so on, translated.

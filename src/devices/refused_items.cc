@@ -5,7 +5,7 @@
 namespace zemblar {
 namespace {
 
-/// What a decoder sends next: its speed before its direction, all functions together.
+/// The items that a decoder sends next: speed before direction before all functions together.
 std::uint32_t next_items(const DrivenDecoder& decoder) {
   const auto mask = decoder.state().mask;
   for (const auto bit : {DecoderUpdate::speed_bit, DecoderUpdate::direction_bit}) {
@@ -67,7 +67,7 @@ void RefusedItems::suspect(Address address, const DecoderUpdate& sent) {
 void RefusedItems::accept(Address address, std::uint32_t item) {
   const auto found = entries_.find({address, item});
   if (found == entries_.end()) return;
-  // Another decoder of that address may wait for another value of it.
+  // Another decoder with this address may be waiting with another value.
   const auto asking = std::move(found->second.asking);
   entries_.erase(found);
   for (const auto& decoder : asking) decoder->complete({});
@@ -85,7 +85,7 @@ bool RefusedItems::withhold(DrivenDecoder& decoder, std::uint32_t item) {
   return true;
 }
 
-// A decoder that is asked may be refused again at once, or end the device.
+// `complete` may lead to another refusal at once, or end the device.
 void RefusedItems::ask_again(const Key& key) {
   auto& entry = entries_[key];
   entry.waits = false;

@@ -10,40 +10,42 @@
 
 namespace zemblar {
 
-/// The speeds, directions and functions that a station has not taken, so that one that it never
-/// takes does not keep all others from it.
+/// The speeds, directions and functions that a station has refused. Keeping them back prevents an
+/// item that is always refused from blocking all others.
 ///
-/// A refused item is kept back for 2 s, then for twice as long after each refusal that follows, up
-/// to 60 s; another value of it is a new wish and goes out at once. An item during which the
-/// connection ended is not kept back, but goes last among its like. The entry of an item, and its
-/// note in the status line, end when the station takes the item or nobody wishes it any more.
+/// A refused item is kept back for 2 s, and twice as long after each further refusal, up to 60 s.
+/// Another value of the item is a new command and is sent at once. An item during which the
+/// connection has ended is not kept back, but is sent last in its rank. The entry of an item, with
+/// its note in the status line, ends when the station accepts the item or no decoder wants it any
+/// more.
 ///
-/// An item is a bit of DecoderUpdate, its decoder is known by the address. Timers run here:
-/// decoders are held, and asked again by `complete` when the time has come.
+/// An item is a bit of DecoderUpdate; its decoder is identified by the address. A decoder whose
+/// item is kept back is held, and its `complete` is called when the time has passed, so that it
+/// asks again.
 class RefusedItems {
  public:
   static constexpr std::chrono::seconds first_pause{2};
   static constexpr std::chrono::seconds longest_pause{60};
 
-  // `sent` has the item in its mask, and the value.
+  // In all of these, `sent` has the item in its mask, and its value.
 
-  /// The station has refused it, or a person has cut it off: it is kept back for `pause`. `message`
-  /// is for the status line.
+  /// Call when the station has refused the item, or its operator has taken control away. Keeps the
+  /// item back for `pause`, and shows `message` in the status line.
   void refuse(Address address, const DecoderUpdate& sent, std::chrono::seconds pause,
               const Glib::ustring& message);
-  /// For how long it will be kept back if it is refused now.
+  /// How long the item should be kept back if it is refused now.
   [[nodiscard]] std::chrono::seconds next_pause(Address address, const DecoderUpdate& sent) const;
-  /// The connection has ended during it.
+  /// Call when the connection has ended while the item was being sent.
   void suspect(Address address, const DecoderUpdate& sent);
-  /// The station has taken the item.
+  /// Call when the station has accepted the item.
   void accept(Address address, std::uint32_t item);
 
-  /// True when the value that the decoder wants has to wait; it is asked again then.
+  /// True if the present value of the item must wait; the decoder's `complete` is called later.
   bool withhold(DrivenDecoder& decoder, std::uint32_t item);
-  /// All that the decoder would send next has been refused.
+  /// True if all items that the decoder would send next have been refused.
   [[nodiscard]] bool refuses_all(const DrivenDecoder& decoder) const;
-  /// Something of that locomotive has been refused, or the connection has ended during it. What
-  /// else is sent to it may be refused as well, and end the connection for all who wait.
+  /// True if an item of the decoder has been refused, or the connection has ended during one. Other
+  /// items for it may then be refused too, or end the connection for all waiting decoders.
   [[nodiscard]] bool suspects(const DrivenDecoder& decoder) const;
 
  private:
@@ -51,7 +53,7 @@ class RefusedItems {
   struct Entry {
     std::uint32_t value = 0;
     bool refused = false;
-    bool waits = false;  // its time has not come yet
+    bool waits = false;  // kept back until `timer` ends
     std::chrono::seconds pause{0};
     std::vector<Glib::RefPtr<DrivenDecoder>> asking{};
     StatusNote note{};

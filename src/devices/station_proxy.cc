@@ -20,7 +20,8 @@ StationProxy::StationProxy(const Glib::RefPtr<DrivenDecoder>& parent, std::uint3
       station_(&station),
       answers_(answers) {}
 
-// What else is out of date tells the station which functions are the decoder's own wish.
+// The mask includes the decoder's other items that are out of date, which tell a driver which
+// functions this decoder wants to change.
 const DecoderUpdate& StationProxy::state() const {
   newest_ = parent_->state();
   newest_.mask = station_ && !parent_->is_retired() ? newest_.mask | item_ : 0;
@@ -38,7 +39,7 @@ bool StationProxy::is_held_up() const {
          (station_ && station_->link_state().phase == LinkPhase::waiting_for_answer);
 }
 
-// The decoder does not wait for what was let go of, and counts it as delivered.
+// After `let_go` the decoder counts the item as delivered, so its mask does not decide any more.
 bool StationProxy::is_wanted() const {
   const bool is_awaited = (parent_->state().mask & item_) != 0 || !answers_;
   return is_awaited && !parent_->is_retired();
@@ -58,7 +59,7 @@ void StationProxy::abandon() {
   if (station_) end({});
 }
 
-// What the others answer counts for this one as well, but nothing that they deliver besides.
+// Answers with the common value of the other stations' answers, limited to this item.
 void StationProxy::let_go() {
   const auto answers = std::exchange(answers_, {});
   if (!answers) return;
@@ -67,7 +68,7 @@ void StationProxy::let_go() {
   answers->complete(same);
 }
 
-// The answer may be the last one, and end the command.
+// The answer may be the last one, which ends the command.
 void StationProxy::end(const DecoderUpdate& delivered) {
   station_ = nullptr;
   const auto answers = answers_;

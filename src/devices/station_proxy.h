@@ -9,17 +9,17 @@ namespace zemblar {
 
 class Device;
 
-/// One item of a decoder on its way to one of the stations that a command goes out to.
+/// One item of a decoder, to be delivered to one of several stations.
 ///
-/// It asks its station again until that has delivered the value, and answers once: when it has been
-/// delivered, when the station goes out of service, when the decoder wishes something else, or when
-/// it is abandoned. After that it wants nothing, and a station leaves it out when its turn comes.
+/// It asks its station again until that has delivered the value. It answers once: when the value
+/// has been delivered, when the station goes out of service, when the decoder wants another value,
+/// or when it is abandoned. After that its mask is empty, and the station skips it.
 ///
-/// Where the station keeps the item back or does not answer to anything, and another one serves the
-/// decoder, the command goes on without it: let go of, it waits by itself for its station.
+/// If the station keeps the item back or does not answer, while another station serves the decoder,
+/// `let_go` makes the command continue without this proxy, which then waits for its station alone.
 ///
-/// Its address and its values are always those that the decoder has now: a station may send several
-/// items in one message, and what is older must not follow what is newer.
+/// Its address and values are always the present ones of the decoder: a station may send several
+/// items in one message, and an old value must not be sent after a new one.
 class StationProxy : public DecoderProxy {
  public:
   /// `item` is a bit of DecoderUpdate; `answers` collects for all stations.
@@ -27,9 +27,10 @@ class StationProxy : public DecoderProxy {
                                            std::uint32_t item, Device& station,
                                            const Glib::RefPtr<DecoderProxy>& answers);
 
-  /// `tell` learns of what the station was sent besides the item.
-  void on_more_delivered(std::function<void(const DecoderUpdate&)> tell) {
-    more_ = std::move(tell);
+  /// Sets a function that is called with the other items that the station was sent together with
+  /// this one.
+  void on_more_delivered(std::function<void(const DecoderUpdate&)> call) {
+    more_ = std::move(call);
   }
   /// Asks the station. The answer may come at once.
   void ask();
@@ -37,14 +38,14 @@ class StationProxy : public DecoderProxy {
   [[nodiscard]] const DecoderUpdate& state() const override;
   [[nodiscard]] DecoderType get_type() const override { return parent_->get_type(); }
   [[nodiscard]] Address get_address() const override { return parent_->get_address(); }
-  /// A newer wish takes its place, or the station has left.
+  /// Call when a newer command replaces this one, or the station has left.
   void abandon();
-  /// The station keeps the item back, or answers nobody.
+  /// True if the station keeps the item back, or does not answer.
   [[nodiscard]] bool is_held_up() const;
-  /// Answers for the command's sake, and waits on by itself.
+  /// Answers, so that the command can end, but continues to wait for the station.
   void let_go();
   [[nodiscard]] const DrivenDecoder& origin() const override { return *parent_.operator->(); }
-  /// Null when it has answered.
+  /// The station; null after the answer.
   [[nodiscard]] const Device* station() const { return station_; }
 
  private:
@@ -57,9 +58,9 @@ class StationProxy : public DecoderProxy {
   std::uint32_t item_;
   Device* station_;
   bool is_withheld_ = false;
-  Glib::RefPtr<DecoderProxy> answers_;  // null when it was let go of
+  Glib::RefPtr<DecoderProxy> answers_;  // null after `let_go`
   std::function<void(const DecoderUpdate&)> more_;
-  mutable DecoderUpdate newest_;  // what `state` has given
+  mutable DecoderUpdate newest_;  // the last result of `state`
 };
 
 }  // namespace zemblar

@@ -63,7 +63,7 @@ void LIUSB::wait_for_hardware() {
 bool LIUSB::attach(SerialPort* port) {
   if (is_deleting() || !hold_.take(port, [this] { lose_port(); })) return false;
   set_link(LinkPhase::connecting);
-  // While an older conversation still winds up, its end tries again.
+  // If an older conversation has not ended yet, its end tries again.
   set_active(true);
   return true;
 }
@@ -74,7 +74,7 @@ void LIUSB::let_go_of_port() {
   hold_.let_go();
 }
 
-// Not by set_active: a `start` that is still running finds by itself that the port has gone.
+// Does not call set_active, because a running `start` notices the loss of the port itself.
 void LIUSB::lose_port() {
   const auto alive = liveness();
   const bool was_there = link_state().phase != LinkPhase::connecting;
@@ -108,7 +108,7 @@ bool LIUSB::start() {
     join_default();
     return true;
   } catch (...) {
-    // Told where it arose.
+    // The reason has been reported where the error arose.
   }
   if (*alive) try_again(port);
   return false;
@@ -162,8 +162,8 @@ void LIUSB::require_service(const Port& port) const {
   if (!active() || hold_.port() != port) throw DeviceInactiveException();
 }
 
-/// One request and its answer. Only inside a BusyLock. `power` is the track power that it asks for:
-/// a station may confirm that to everybody, and to whoever asked not at all.
+/// Sends one request and returns its answer; only inside a BusyLock. `power` is the track power
+/// that the request asks for: a station may confirm it by a broadcast only, without an answer.
 liusb::Bytes LIUSB::exchange(const liusb::Bytes& message, std::optional<bool> power) {
   const auto alive = liveness();
   const auto port = hold_.port();
@@ -187,10 +187,11 @@ liusb::Bytes LIUSB::exchange(const liusb::Bytes& message, std::optional<bool> po
       note_silence();
       throw DeviceInactiveException();
     }
-    // The system's number for a device that has gone, ENODEV, is that of a cancelled operation.
+    // ENODEV, the error of a removed device, has the same number as the toolkit's code for a
+    // cancelled operation.
     const bool was_cancelled = error.code() == Gio::Error::CANCELLED && !port->is_lost();
     if (was_cancelled || hold_.port() != port) throw;
-    // Nothing goes over this port any more, and trying would not take time.
+    // The port has failed, so retrying would fail immediately, without a pause.
     lose_port();
     if (*alive) {
       set_link(LinkPhase::lost,
@@ -214,7 +215,7 @@ void LIUSB::note_silence() {
   set_link(LinkPhase::waiting_for_answer, why);
 }
 
-// Others who talk meanwhile, with or without an answer, put it off or end it.
+// Other requests meanwhile postpone it if they are not answered, and end it if they are.
 void LIUSB::ask_for_life() {
   if (link_state().phase != LinkPhase::waiting_for_answer) return;
   converse([this] { read_status(); });
@@ -228,7 +229,7 @@ liusb::Bytes LIUSB::talk(const Port& port, const liusb::Bytes& message) {
     require_service(port);
   };
   check();
-  // The answer to a request that was given up would pass for the answer to this one.
+  // Drops a late answer to an earlier request, which would be taken for the answer to this one.
   port->discard_input();
   const auto request = liusb::frame(message);
   for (std::size_t sent = 0; sent < request.size();) {
@@ -268,10 +269,10 @@ std::optional<StopOrder> LIUSB::stop_order() const {
   const int line = active() && hold_ ? hold_.port()->descriptor() : -1;
   if (line < 0) return std::nullopt;
   const auto order = liusb::frame(liusb::power_off);
-  const auto& told = liusb::power_is_off;
+  const auto& confirmation = liusb::power_is_off;
   return StopOrder{.line = line,
                    .bytes = {order.begin(), order.end()},
-                   .confirmation = {told.begin(), told.end()}};
+                   .confirmation = {confirmation.begin(), confirmation.end()}};
 }
 
 bool LIUSB::has_address_for(const DrivenDecoder& decoder) const {
@@ -289,10 +290,9 @@ bool LIUSB::can_address(const DrivenDecoder& decoder) {
   return false;
 }
 
-// Values and address are read only now that the device is free: others may have gone first, and the
-// newest wish is the one to send.
+// Reads values and address only now, after waiting for the device, to send the newest values.
 DecoderUpdate LIUSB::deliver(DrivenDecoder& decoder, std::uint32_t item) {
-  // Its address may be another one by now.
+  // The address may have changed meanwhile.
   if (!can_address(decoder)) throw DeviceInactiveException();
   const bool moves = item == DecoderUpdate::speed_bit || item == DecoderUpdate::direction_bit;
   return moves ? drive(decoder) : set_functions(decoder, DecoderUpdate::function_of(item));
@@ -305,8 +305,9 @@ DecoderUpdate LIUSB::drive(const DrivenDecoder& decoder) {
   return sent;
 }
 
-// The frame carries a whole group. Several decoders may share the address, such as outputs of
-// accessories: what is not out of date in this one stays as the address is known to have it.
+// A frame has a whole group of functions. Several decoders, for example accessory outputs, may
+// share the address, so functions that are not out of date in this decoder are sent as last sent to
+// the address.
 DecoderUpdate LIUSB::set_functions(const DrivenDecoder& decoder, unsigned fn) {
   const auto& group = liusb::group_of(fn);
   const auto address = decoder.get_address();
@@ -314,8 +315,9 @@ DecoderUpdate LIUSB::set_functions(const DrivenDecoder& decoder, unsigned fn) {
   const auto own = (sent.mask | DecoderUpdate::function_bit(fn)) >> 2;
   sent.functions = functions_[address].merge(sent.functions, own);
   sent.mask = group.mask();
-  // What is not answered may have been carried out, and must not be taken back by what follows.
-  functions_[address].tell(sent.functions, sent.mask >> 2);
+  // Recorded even without an answer, because the request may have been carried out and must not be
+  // undone by the next one.
+  functions_[address].record(sent.functions, sent.mask >> 2);
   exchange(liusb::set_functions(address, group, sent.functions));
   return sent;
 }

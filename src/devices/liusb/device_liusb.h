@@ -10,25 +10,24 @@
 
 namespace zemblar {
 
-/// A Lenz LI-USB: the way to an XpressNet command station over a serial port.
+/// A Lenz LI-USB: an interface to an XpressNet command station over a serial port.
 ///
-/// It waits for its hardware: the first LI-USB without a port takes one that is offered. With a
-/// port it comes into service by asking for the interface's version and the station's status; an
-/// interface that does not answer is asked again a second later. Unplugged, it waits for the
-/// next one.
+/// It waits for its hardware: the first LI-USB without a port takes a port that is offered. It
+/// comes into service by asking for the interface's version and the station's status; if there is
+/// no answer, it tries again a second later. When unplugged, it waits for the next port.
 ///
-/// One request and its answer at a time. Without an answer within 750 ms the operation fails, but
-/// the device stays in service, and decoders try again; when nobody wishes anything, the station's
-/// status is asked for once a second until there is an answer. Answers are not told apart, but for
-/// those about points: the station's word that it is busy counts as delivered. What a station tells
-/// everybody of its track power is followed, and confirms a switching that is not answered
-/// otherwise. A port that fails is let go of.
+/// There is one request with its answer at a time. Without an answer within 750 ms the operation
+/// fails, but the device stays in service, and decoders try again; when there are no requests, it
+/// asks for the station's status once a second until there is an answer. Any answer counts as
+/// success, even "station busy", except for points. Broadcasts of the track power are followed, and
+/// also confirm a request to switch it. A port that fails is released.
 ///
-/// Functions go out by the group. Decoders that share an address do not undo each other's: all but
-/// what a decoder wants changed goes out as the address was last told.
+/// Functions are sent in groups. Functions that a decoder does not want to change are sent with the
+/// value last sent to the address, so that decoders with the same address do not undo each other's
+/// functions.
 ///
-/// The station has fewer addresses than decoders can have (see liusb::can_drive). Others are
-/// refused with a word in the status line, and their decoders stay out of date.
+/// The station supports fewer addresses than decoders can have (see liusb::can_drive). Other
+/// addresses are refused with a text in the status line, and their decoders stay out of date.
 ///
 /// In a layout file: the keys `name`, `id`, `use-as-default`.
 class LIUSB : public CommandStation {
@@ -38,7 +37,7 @@ class LIUSB : public CommandStation {
   ~LIUSB() override;
   void save(YAML::Emitter& out) const override;
 
-  /// Takes the port and begins to talk; false when it has one or is being destroyed.
+  /// Takes the port and activates the device. False if it has a port already or is being destroyed.
   bool attach(SerialPort* port);
 
   [[nodiscard]] bool has_address_for(const DrivenDecoder& decoder) const override;
@@ -58,19 +57,19 @@ class LIUSB : public CommandStation {
  private:
   using Port = Glib::RefPtr<SerialPort>;
 
-  /// The functions that an address was last told of: bit n is function n.
+  /// The functions last sent to an address: bit n is function n.
   struct KnownFunctions {
-    std::uint32_t told = 0;
-    std::uint32_t on = 0;
+    std::uint32_t sent = 0;  ///< functions that were ever sent
+    std::uint32_t on = 0;    ///< those of them that are on
 
-    /// `functions` where they are the sender's own or never told, the rest as told.
+    /// `functions` for the bits in `own` and those never sent, the last sent value for the rest.
     [[nodiscard]] std::uint32_t merge(std::uint32_t functions, std::uint32_t own) const {
-      const auto others = told & ~own;
+      const auto others = sent & ~own;
       return (functions & ~others) | (on & others);
     }
-    void tell(std::uint32_t functions, std::uint32_t which) {
+    void record(std::uint32_t functions, std::uint32_t which) {
       on = (on & ~which) | (functions & which);
-      told |= which;
+      sent |= which;
     }
   };
 
@@ -96,9 +95,9 @@ class LIUSB : public CommandStation {
 
   PortHold hold_;  // empty until hardware is attached
   std::map<Address, KnownFunctions> functions_;
-  std::optional<bool> power_heard_;  // from a broadcast, in this exchange
+  std::optional<bool> power_heard_;  // track power from a broadcast during this exchange
   Timeout retry_;
-  // Each exchange has its own: it ends the one in flight.
+  // Cancels the present exchange; each has its own.
   Glib::RefPtr<Gio::Cancellable> cancel_ = Gio::Cancellable::create();
   ScopedConnection attached_;
 };

@@ -23,7 +23,7 @@ std::uint8_t byte(unsigned value) {
   return static_cast<std::uint8_t>(value & 0xff);
 }
 
-/// The address as the station wants it, 0xC000 marking a long one.
+/// The address as the station expects it; 0xC000 marks a long one.
 unsigned number_of(Address address) {
   if (!address.is_long()) {
     assert((address.get_addr() > 0) && (address.get_addr() < 100));
@@ -38,7 +38,7 @@ Bytes to_locomotive(unsigned id, Address address, unsigned data) {
   return {0xe4, byte(id), byte(number >> 8), byte(number), byte(data)};
 }
 
-/// DCC baseline packets keep the lowest bit of a step above the others (NMRA S-9.2).
+/// In DCC baseline packets the lowest bit of a speed step is above the others (NMRA S-9.2).
 unsigned fold(unsigned step) {
   return (step & 1) << 4 | step >> 1;
 }
@@ -149,7 +149,7 @@ const FunctionGroup& group_of(unsigned fn) {
 Bytes set_functions(Address address, const FunctionGroup& group, std::uint32_t functions) {
   const auto count = group.last - group.first + 1;
   auto bits = functions >> group.first & ((1u << count) - 1);
-  // The headlight comes above the four that follow it.
+  // The headlight's bit is above those of the four functions that follow it.
   if (group.first == 0) bits = (bits & 1) << 4 | bits >> 1;
   return to_locomotive(group.id, address, bits);
 }

@@ -11,12 +11,12 @@
 #include "core/direction.h"
 #include "devices/driven_decoder.h"
 
-/// What a Lenz LI-USB says and hears: XpressNet messages behind a header of two bytes. Pure.
+/// The messages of a Lenz LI-USB: XpressNet messages after a header of two bytes. Pure functions.
 ///
 /// Standard (the XpressNet protocol that Lenz publishes): a message is a header byte, whose low
 /// four bits count the data bytes that follow, the data, and a check byte, the exclusive or of them
-/// all. On USB 0xFF 0xFE comes before a request and its answer, 0xFF 0xFD before what the station
-/// tells everybody. Messages are held here without header and check byte.
+/// all. On USB 0xFF 0xFE precedes a request and its answer, 0xFF 0xFD a broadcast of the station.
+/// Here messages are without these bytes and the check byte.
 namespace zemblar::liusb {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -24,17 +24,17 @@ using Bytes = std::vector<std::uint8_t>;
 /// The longest frame: two bytes, a header, 15 data bytes, the check byte.
 inline constexpr std::size_t max_frame = 19;
 
-/// The message as it goes over the line. Its length must be what its first byte says.
+/// The message as sent on the line. Its length must agree with its first byte.
 [[nodiscard]] Bytes frame(const Bytes& message);
 
-/// Finds the answers in what arrives, in whatever pieces. Broadcasts are skipped, and bytes that
-/// begin no good frame dropped one at a time. A stray 0xFF 0xFE may so swallow the answer behind
-/// it: nothing in the frames tells.
+/// Extracts the answers from the received bytes, which may arrive in any pieces. Skips broadcasts,
+/// and drops bytes that begin no valid frame one at a time. A stray 0xFF 0xFE may therefore swallow
+/// the answer after it, since frames have no other mark.
 class AnswerReader {
  public:
   void add(std::span<const std::uint8_t> bytes);
   [[nodiscard]] std::optional<Bytes> next();
-  /// The track power that the last of the skipped broadcasts spoke of, once.
+  /// The track power in the last skipped broadcast, returned once.
   [[nodiscard]] std::optional<bool> take_power() { return std::exchange(power_, {}); }
 
  private:
@@ -49,29 +49,29 @@ class AnswerReader {
 
 inline const Bytes interface_version = {0xf0};
 inline const Bytes station_status = {0x21, 0x24};
-/// What the station does with its locomotives when it is switched on: nothing.
+/// Sets the station's start mode: do nothing with locomotives when switched on.
 inline const Bytes start_mode = {0x22, 0x22, 0x00};
 inline const Bytes power_on = {0x21, 0x81};
 inline const Bytes power_off = {0x21, 0x80};
 
-/// Whether the station has that address: short ones from 1 to 99, long ones from 100 to 9999.
+/// True if the station supports the address: short ones from 1 to 99, long ones from 100 to 9999.
 [[nodiscard]] bool can_drive(Address address);
-/// Accessory decoders from 1 to 256.
+/// True for accessory decoders from 1 to 256.
 [[nodiscard]] bool can_switch(unsigned address);
 
 /// Speed 0 to 126 or DecoderUpdate::emergency_stop. Fails an assertion unless `can_drive`.
 [[nodiscard]] Bytes drive(Address address, DecoderType type, std::uint32_t speed,
                           Direction direction);
-/// The last byte of it.
+/// The last byte of a `drive` message.
 [[nodiscard]] std::uint8_t speed_byte(DecoderType type, std::uint32_t speed, Direction direction);
 
-/// Functions that are sent together.
+/// A group of functions that are sent together.
 struct FunctionGroup {
   std::uint8_t id;
   unsigned first;
   unsigned last;
 
-  /// As in DecoderUpdate.
+  /// The functions' bits as in DecoderUpdate.
   [[nodiscard]] std::uint32_t mask() const;
 };
 /// The group of a function from 0 to 28.
@@ -80,27 +80,27 @@ struct FunctionGroup {
 [[nodiscard]] Bytes set_functions(Address address, const FunctionGroup& group,
                                   std::uint32_t functions);
 
-/// What a point's output needs: energised, then released. Outputs count from 1 to 4; `on` chooses
-/// one coil of the pair. A value out of range fails an assertion.
+/// To switch an output of a point, energise it and then release it. Outputs count from 1 to 4; `on`
+/// selects one coil of the pair. A value out of range fails an assertion.
 [[nodiscard]] Bytes energise(unsigned address, unsigned output, bool on);
 [[nodiscard]] Bytes release(unsigned address, unsigned output, bool on);
 
 // --- Answers ---
 
-/// Whether the station says that it did as told.
+/// True if the answer says that the request was carried out.
 [[nodiscard]] bool is_done(const Bytes& answer);
 
 struct StationStatus {
   bool power = false;
   bool wants_start_mode = false;
 };
-/// Nothing for another message.
+/// No value for another message.
 [[nodiscard]] std::optional<StationStatus> read_status(const Bytes& answer);
 
-/// The track power that a broadcast tells of: 0x61 0x00 is off, 0x61 0x01 on. Nothing for another.
+/// The track power in a broadcast: 0x61 0x00 is off, 0x61 0x01 is on. No value for another one.
 [[nodiscard]] std::optional<bool> read_power(const Bytes& broadcast);
-/// The frame in which a station tells everybody that its track power is off, as it answers the
-/// order to switch it off. An answer to the asker alone may belong to an earlier request.
+/// The broadcast frame by which a station confirms that its track power is off. An answer that is
+/// no broadcast may belong to an earlier request.
 inline const Bytes power_is_off = {0xff, 0xfd, 0x61, 0x00, 0x61};
 
 }  // namespace zemblar::liusb

@@ -7,7 +7,7 @@
 namespace zemblar {
 namespace {
 
-/// Until a piece that has lost its line is given up.
+/// Time after which hardware with a lost line is given up.
 constexpr std::chrono::seconds patience(2);
 
 std::unique_ptr<HWSource>& chosen_source() {
@@ -20,7 +20,7 @@ std::vector<HWList::Kind>& kinds() {
   return all;
 }
 
-/// Null when nobody knows it.
+/// The kind with the highest score; null if none fits.
 const HWList::Kind* best_for(const HWDevice& record) {
   const HWList::Kind* best = nullptr;
   int most = 0;
@@ -41,7 +41,7 @@ HWList::Kind::Registration::Registration(const Kind& kind) {
   kinds().push_back(kind);
 }
 
-// The former source's hardware goes with it.
+// The rescan removes the hardware of the former source.
 void HWList::use_source(std::unique_ptr<HWSource> source) {
   if (!the_list) {
     chosen_source() = std::move(source);
@@ -51,8 +51,8 @@ void HWList::use_source(std::unique_ptr<HWSource> source) {
   the_list->rescan();
 }
 
-// The first scan takes some milliseconds, which the first window need not wait for. The list is
-// never destroyed: ports close with the process.
+// Scans later, because the first scan takes some milliseconds, for which the first window should
+// not wait. The list is never destroyed: ports close when the process ends.
 HWList& HWList::get() {
   if (!the_list) {
     the_list = new HWList(chosen_source() ? std::move(chosen_source()) : make_udev_source());
@@ -76,7 +76,7 @@ HWList::~HWList() {
 
 void HWList::refresh() {
   rescan();
-  // Whoever takes one may make the list scan again.
+  // A device that takes a port may make the list scan again.
   std::vector<AttachedHardware*> all;
   for (const auto& [name, hardware] : attached_) all.push_back(hardware.get());
   for (auto* hardware : all) {
@@ -98,7 +98,7 @@ void HWList::rescan() {
   if (some_gone || some_new) signal_changed_.emit();
 }
 
-// Out of the list first: whoever hears of the removal may look at what is left.
+// Takes the hardware out of the list first, because a handler of its removal may look at the list.
 bool HWList::drop_all_but(const std::vector<HWDevice>& present) {
   std::vector<std::unique_ptr<AttachedHardware>> gone;
   const auto count = std::erase_if(records_, [&](const auto& entry) {
@@ -115,7 +115,8 @@ bool HWList::drop_all_but(const std::vector<HWDevice>& present) {
   return count > 0;
 }
 
-// The system is about to tell, as a rule, and a line that was only disturbed works again.
+// Scans later: usually the system is about to report the removal, and a line that was only
+// disturbed works again.
 void HWList::rescan_soon() {
   if (!rescan_.armed()) rescan_ = Timeout::once(patience, [this] { rescan(); });
 }

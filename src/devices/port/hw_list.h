@@ -15,15 +15,17 @@
 
 namespace zemblar {
 
-/// What stands for a piece of hardware as long as that is there, such as a serial port.
+/// Represents a piece of hardware while it is plugged in, for example a serial port.
 class AttachedHardware {
  public:
   virtual ~AttachedHardware() = default;
-  /// Asks the devices of the current document which of them wants it; nothing while one has it.
+  /// Offers the hardware to the devices of the current document; does nothing while a device has
+  /// it.
   virtual void offer() = 0;
-  /// It has been pulled out.
+  /// Call when the hardware has been unplugged.
   virtual void remove() = 0;
-  /// Its line has failed as one does that has gone, whatever the system tells of the hardware.
+  /// True if its line has failed like that of unplugged hardware, even if the system still lists
+  /// the hardware.
   [[nodiscard]] virtual bool is_lost() const { return false; }
   sigc::signal<void>& signal_lost() { return signal_lost_; }
 
@@ -33,18 +35,19 @@ class AttachedHardware {
 
 /// The serial hardware that is plugged in.
 ///
-/// A new piece goes to the class that knows it best; without one it is only counted. What is pulled
-/// out is removed from its user, and when it returns it is a new piece, that whoever waits for it
-/// takes. So is what was replaced under the same name between two scans, and what has lost its line
-/// and not found it again within two seconds. After a document was opened or emptied everything
-/// that nobody holds is offered again.
+/// The kind with the highest score gets a new piece; unknown hardware is only counted. Unplugged
+/// hardware is removed from its user; when it returns, it is a new piece, which a waiting device
+/// takes. The same holds for hardware that was replaced under the same name between two scans, or
+/// whose line has been lost for two seconds. After a document was opened or emptied, all hardware
+/// that no device holds is offered again.
 class HWList {
  public:
-  /// A kind of hardware that the program can use: a static object in the file of the class.
+  /// A kind of hardware that the program can use, registered by a static object in the source file
+  /// of the class.
   struct Kind {
-    /// How well it fits; 0 is not at all.
+    /// How well the kind fits the hardware; 0 means not at all.
     int (*score)(const HWDevice& record);
-    /// `line` leads to its port, if it has one.
+    /// Makes the object for the hardware. `line` leads to its port, if it has one.
     std::unique_ptr<AttachedHardware> (*attach)(const HWDevice& record,
                                                 std::unique_ptr<SerialLine> line);
 
@@ -53,20 +56,19 @@ class HWList {
     };
   };
 
-  /// The one list; its first use starts discovery, on the main loop.
+  /// The one list. Its first use starts the discovery on the main loop.
   static HWList& get();
-  /// The one list reads `source` from now on, in the place of the system's hardware or of the
-  /// source before.
+  /// Makes the one list read `source` instead of the system's hardware or the former source.
   static void use_source(std::unique_ptr<HWSource> source);
   /// The list is empty before the first `rescan`.
   explicit HWList(std::unique_ptr<HWSource> source);
   ~HWList();
 
-  /// Looks again, and offers what no device holds to those who wait for it.
+  /// Scans again, and offers all hardware that no device holds.
   void refresh();
-  /// Looks what has come and gone, and offers what has come.
+  /// Scans for added and removed hardware, and offers what was added.
   void rescan();
-  /// How many pieces there are, known kinds and others.
+  /// Number of pieces of hardware, of known and of other kinds.
   [[nodiscard]] std::size_t count() const { return records_.size(); }
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
@@ -78,12 +80,12 @@ class HWList {
 
   std::unique_ptr<HWSource> source_;
   std::map<std::string, HWDevice> records_;
-  Timeout rescan_;  // armed when something has lost its line
+  Timeout rescan_;  // armed when hardware has lost its line
   std::map<std::string, std::unique_ptr<AttachedHardware>> attached_;
   sigc::signal<void> signal_changed_;
 };
 
-/// A serial port, which knows by itself how it is offered.
+/// A serial port as attached hardware; the class of the port does the offering.
 template <typename Port>
 class AttachedPort : public AttachedHardware {
  public:
@@ -98,7 +100,7 @@ class AttachedPort : public AttachedHardware {
   ScopedConnection lost_;
 };
 
-/// The kind of hardware that a class of ports stands for.
+/// The kind of hardware for a class of ports.
 template <typename Port>
 HWList::Kind port_kind() {
   return {Port::score,

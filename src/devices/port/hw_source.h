@@ -10,18 +10,18 @@
 
 namespace zemblar {
 
-/// The seam under HWList: what serial hardware the system has.
+/// The seam under HWList: the source of the list of serial hardware.
 class HWSource {
  public:
   virtual ~HWSource() = default;
 
-  /// All that is there now.
+  /// All hardware that is plugged in now.
   [[nodiscard]] virtual std::vector<HWDevice> list() = 0;
-  /// The way to the port of one of them.
+  /// The line to the port of one of them.
   [[nodiscard]] virtual std::unique_ptr<SerialLine> line_to(const HWDevice& /*record*/) {
     return make_tty_line();
   }
-  /// Something was plugged in or pulled out. Emitted on the main loop.
+  /// Hardware was plugged in or unplugged. Emitted on the main loop.
   sigc::signal<void>& signal_changed() { return signal_changed_; }
 
  protected:

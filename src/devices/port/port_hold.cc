@@ -12,7 +12,7 @@
 namespace zemblar {
 namespace {
 
-/// The group that may use a device; the usual one when that cannot be found out.
+/// The group whose members may use a device file; the usual one if that is unknown.
 std::string owning_group(const std::string& path) {
   struct stat status {};
   const auto* group = stat(path.c_str(), &status) == 0 ? getgrgid(status.st_gid) : nullptr;

@@ -9,8 +9,8 @@
 
 namespace zemblar {
 
-/// The answer of a slot that was offered a port. libsigc++ asks no slot that has ended during the
-/// emission, and passes on a default answer that it never set: here that is a refusal.
+/// The answer of a slot that was offered a port. If a slot is disconnected during the emission,
+/// libsigc++ returns a default-constructed answer for it, which here means a refusal.
 class PortTaken {
  public:
   PortTaken(bool taken = false) : taken_(taken) {}
@@ -20,7 +20,7 @@ class PortTaken {
   bool taken_;
 };
 
-/// Asks until one has taken the port.
+/// Calls slots until one has taken the port.
 struct FirstToTake {
   using result_type = bool;
   template <typename Iterator>
@@ -32,22 +32,22 @@ struct FirstToTake {
   }
 };
 
-/// Offers a port; a slot that takes it returns true, and those after it are not asked. A slot may
-/// suspend, and other slots and offers may come and go meanwhile.
+/// Offers a port. A slot that takes the port returns true, and later slots are not called. A slot
+/// may suspend; other slots and offers may come and go meanwhile.
 using PortOffer = sigc::signal<PortTaken, SerialPort*>::accumulated<FirstToTake>;
 
-/// A device's hold on the port that it has taken. No other device gets that port meanwhile.
+/// A device's ownership of the port that it has taken. No other device gets the port meanwhile.
 class PortHold {
  public:
   ~PortHold() { let_go(); }
 
-  /// False when this holds a port already, or somebody else holds that one. Calls `removed` when
-  /// the hardware goes; the hold is still there then.
+  /// Takes a port. False if this holds a port already, or another device holds that port. Calls
+  /// `removed` when the hardware is unplugged, while the port is still held.
   bool take(SerialPort* port, const std::function<void()>& removed);
-  /// Closes the port, which may go to others now.
+  /// Closes and releases the port, so that other devices can take it.
   void let_go();
 
-  /// Null without a port.
+  /// The held port, or null.
   [[nodiscard]] const Glib::RefPtr<SerialPort>& port() const { return port_; }
   explicit operator bool() const { return static_cast<bool>(port_); }
 
@@ -56,7 +56,7 @@ class PortHold {
   ScopedConnection removed_;
 };
 
-/// For the status line: why a device could not open its port, and what to do about that.
+/// A text for the status line: why a device could not open its port, and what to do.
 [[nodiscard]] Glib::ustring why_not_opened(const Glib::ustring& device, const SerialPort& port,
                                            const Gio::Error& error);
 

@@ -11,7 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// 0 for an entry of /proc that is no process.
+/// The process id of an entry of /proc; 0 if it is no process.
 int process_of(const fs::path& entry) {
   const auto name = entry.filename().string();
   int number = 0;
@@ -19,7 +19,8 @@ int process_of(const fs::path& entry) {
   return read.ptr == name.data() + name.size() ? number : 0;
 }
 
-/// The first entry of a folder that fits. What ends in the middle, as processes do, is no error.
+/// The first matching entry of a folder. An entry that vanishes meanwhile, because a process has
+/// ended, is no error.
 template <typename Fits>
 std::optional<fs::path> find_entry(const fs::path& folder, const Fits& fits) {
   std::error_code error;

@@ -11,8 +11,8 @@ struct Program {
   int process = 0;
 };
 
-/// Another program that has a file of the system open, such as a serial port. Knows only of
-/// programs that this one may look into: as a rule those of the same user. Takes some milliseconds.
+/// Another program that has a device file open, such as a serial port. Finds only programs that
+/// this process may inspect, as a rule those of the same user. Takes some milliseconds.
 [[nodiscard]] std::optional<Program> program_using(const std::string& path);
 
 }  // namespace zemblar

@@ -18,7 +18,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// Of a transfer that waits for as long as it takes.
+/// Time limit of a transfer that may wait without a limit.
 constexpr auto no_limit = milliseconds::max();
 
 constexpr std::array<unsigned, 18> baud_rates = {50,   75,    110,   134,   150,    200,
@@ -29,14 +29,14 @@ bool is_baud_rate(unsigned baud) {
   return std::ranges::find(baud_rates, baud) != baud_rates.end();
 }
 
-/// The system's numbers go beyond the toolkit's codes, hence not by its enumeration.
+/// Uses numbers, because values of errno exceed the toolkit's enumeration.
 Gio::Error error_of(int code, const char* text) {
   return Gio::Error(g_error_new_literal(G_IO_ERROR, code, text));
 }
 
 }  // namespace
 
-/// A read or a write under way.
+/// A read or a write in progress.
 struct SerialPort::Transfer {
   Glib::RefPtr<SerialPort> port;
   Slot done;
@@ -216,7 +216,7 @@ void SerialPort::begin(std::shared_ptr<Transfer> transfer, const Cancel& cancel,
   transfer_->awaited == SerialLine::Awaited::bytes ? turns_.take(attempt) : attempt();
 }
 
-// The time of a read begins here: a wait for its turn says nothing about the line.
+// The time limit of a read starts here, because waiting for its turn says nothing about the line.
 void SerialPort::try_or_wait(const Cancel& cancel, milliseconds limit) {
   if (cancel && cancel->is_cancelled()) return fail(G_IO_ERROR_CANCELLED, "Cancelled");
   if (try_transfer()) return;
@@ -226,8 +226,8 @@ void SerialPort::try_or_wait(const Cancel& cancel, milliseconds limit) {
       end_transfer()->succeed(0);
     });
   }
-  // Whoever cancels may use the cancellable again as soon as the operation has ended, which inside
-  // the emission would wait for itself.
+  // Ends the transfer later, because the caller may reuse the cancellable as soon as the operation
+  // has ended, which would deadlock inside its emission.
   if (cancel) {
     transfer_->cancelled = sigc::connection(cancel->signal_cancelled().connect([this] {
       line_->stop_watching();
@@ -248,7 +248,7 @@ void SerialPort::wait_until_ready() {
   });
 }
 
-/// False when it has to wait. Otherwise the transfer has ended, and the port may be gone.
+/// False if the transfer has to wait. Otherwise it has ended, and the port may be destroyed.
 bool SerialPort::try_transfer() {
   const auto [bytes, error] = transfer_->attempt(*line_);
   if (error == EAGAIN) return false;
@@ -273,7 +273,7 @@ void SerialPort::fail(int code, const char* text) {
   end_transfer()->fail(code, text);
 }
 
-/// The port is free from here on: what the transfer wakes may begin the next one.
+/// Frees the port before the completion, which may begin the next transfer.
 std::shared_ptr<SerialPort::Transfer> SerialPort::end_transfer() {
   if (!transfer_) return {};
   turns_.cancel();

@@ -16,27 +16,28 @@ namespace zemblar {
 
 /// A serial port whose operations look synchronous to the fiber that calls them.
 ///
-/// `open`, `read` and `write` suspend the running fiber until they have ended; all else needs no
-/// fiber. One operation at a time: a fiber must not read while another writes. The port lives until
-/// its last operation has ended, whoever lets go of it.
+/// `open`, `read` and `write` suspend the running fiber until they have ended; all others need no
+/// fiber. Only one operation at a time: a fiber must not read while another writes. The port exists
+/// until its last operation has ended, even if all other references are released.
 ///
 /// Throws Gio::Error: CLOSED "Closed", PENDING "Pending Operation", CANCELLED "Cancelled", and with
-/// the system's own error number "GetLastError" from `read` and `write` and
-/// "SerialPort::open_async Failed" from `open`. A line that has gone gives an error and never
-/// counts of 0 for ever. A line that never runs dry leaves the main loop its turns (see ReadTurns).
+/// the system's own error number "GetLastError" from `read` and `write` and "SerialPort::open_async
+/// Failed" from `open`. Reading from a line that is gone gives an error, not endless counts of 0. A
+/// line that delivers without a pause does not block the main loop (see ReadTurns).
 ///
-/// The line below it is a seam, so that one in memory can stand in.
+/// The line is a seam, so that tests can use one in memory.
 class SerialPort : public Glib::Object, public HWDevice {
  public:
   using Cancel = Glib::RefPtr<Gio::Cancellable>;
-  /// How long a read waits for its first byte, unless it is told.
+  /// How long a read waits for its first byte by default.
   static constexpr std::chrono::milliseconds read_timeout{1000};
 
   static Glib::RefPtr<SerialPort> create(const HWDevice& record,
                                          std::unique_ptr<SerialLine> line = make_tty_line());
   ~SerialPort() override;
 
-  // On an open port these take effect at once. A value outside the range fails an assertion.
+  // Settings. On an open port they take effect at once. A value outside the range fails an
+  // assertion.
 
   /// The usual rates from 50 to 230400; 14400 is none of them.
   void set_baud(unsigned baud);
@@ -50,11 +51,11 @@ class SerialPort : public Glib::Object, public HWDevice {
   [[nodiscard]] bool get_dcd() const { return lines().dcd; }
   [[nodiscard]] bool get_ri() const { return lines().ri; }
   void set_dtr(bool on);
-  /// Without effect when the handshake is RTS's own.
+  /// Has no effect with the RTS/CTS handshake.
   void set_rts(bool on);
 
-  /// Takes the port for this program alone. An open one stays open. Besides the errors above throws
-  /// FAILED "Invalid Baud Rate", "Invalid Data Bits" or "Invalid Stop Bits".
+  /// Opens the port exclusively; does nothing if it is open. Besides the errors above throws FAILED
+  /// "Invalid Baud Rate", "Invalid Data Bits" or "Invalid Stop Bits".
   void open(const Cancel& cancel = {});
   /// The count read: what is there at once, or what comes first within `timeout`, or 0. The buffer
   /// must stay until the operation has ended.
@@ -69,21 +70,22 @@ class SerialPort : public Glib::Object, public HWDevice {
   void discard_input();
 
   [[nodiscard]] bool is_open() const { return open_; }
-  /// The system's descriptor of the open port, else -1. Stays the port's.
+  /// The file descriptor of the open port, owned by the port; else -1.
   [[nodiscard]] int descriptor() const { return open_ ? line_->descriptor() : -1; }
   [[nodiscard]] bool busy() const { return transfer_ != nullptr; }
-  /// The hardware has gone for good.
+  /// True if the hardware has been unplugged.
   [[nodiscard]] bool is_removed() const { return removed_; }
-  /// A transfer has failed as it does on a line that has gone (EIO, ENODEV, ENXIO), and the port
-  /// was not opened again since. Hardware that was replaced may look like that, and a driver that
-  /// failed.
+  /// True if a transfer has failed like on unplugged hardware (EIO, ENODEV, ENXIO), and the port
+  /// has not been opened since. Replaced hardware or a failed kernel driver can have the same
+  /// effect.
   [[nodiscard]] bool is_lost() const { return lost_; }
   sigc::signal<void>& signal_lost() { return signal_lost_; }
-  /// Some device has taken the port for itself. See PortHold.
+  /// True if a device has taken the port. See PortHold.
   [[nodiscard]] bool is_held() const { return held_; }
   void set_held(bool held) { held_ = held; }
 
-  /// The hardware has gone: closes the port and tells its user, who lets go of it.
+  /// Call when the hardware is unplugged: closes the port and emits `signal_removed`, upon which
+  /// the user releases the port.
   void remove();
   sigc::signal<void>& signal_removed() { return signal_removed_; }
 
@@ -116,9 +118,9 @@ class SerialPort : public Glib::Object, public HWDevice {
   bool held_ = false;
   bool removed_ = false;
   bool lost_ = false;
-  std::shared_ptr<Transfer> transfer_;  // holds the port; null unless one is under way
+  std::shared_ptr<Transfer> transfer_;  // holds a reference to the port; null without a transfer
   ReadTurns turns_;
-  Clock::time_point waits_since_{};  // the transfer, for the line
+  Clock::time_point waits_since_{};  // when the transfer began to wait for the line
   sigc::signal<void> signal_removed_;
   sigc::signal<void> signal_lost_;
 };

@@ -15,16 +15,16 @@ namespace {
 using Slot = Gio::SlotAsyncReady;
 using Result = Glib::RefPtr<Gio::AsyncResult>;
 
-/// A precondition that fails completes with an error of our own; the toolkit knows only its own
-/// results.
+/// A failed precondition completes with our own kind of result, which the toolkit's finish
+/// functions do not accept.
 void rethrow_own(const Result& result) {
   const auto error = Glib::RefPtr<AsyncResult<std::exception_ptr>>::cast_dynamic(result);
   if (error) std::rethrow_exception(error->value());
 }
 
-/// The far end may go without a word: its cable is pulled, its power fails. The system asks it when
-/// the connection is idle, and gives it up when what was sent is not acknowledged; either way
-/// within 15 s (tcp(7)).
+/// The far end may vanish without closing the connection, because its cable is unplugged or its
+/// power fails. The system probes an idle connection, and gives up when sent data is not
+/// acknowledged; both take at most 15 s (tcp(7)).
 constexpr int idle_time = 5;       // seconds until the first probe
 constexpr int probe_interval = 3;  // seconds
 constexpr int probe_count = 3;
@@ -42,9 +42,9 @@ void watch_peer(GSocket* socket) {
   set_tcp_option(socket, TCP_USER_TIMEOUT, sent_limit);
 }
 
-std::function<Glib::RefPtr<Socket>()> maker;  // null for real ones
+std::function<Glib::RefPtr<Socket>()> maker;  // null for real sockets
 
-/// What a transfer that does not wait has moved; none when it would have to wait.
+/// The number of bytes that a non-blocking transfer has moved; no value if it would block.
 std::optional<gssize> outcome(gssize moved, GError* error) {
   if (!error) return moved;
   if (!g_error_matches(error, G_IO_ERROR, G_IO_ERROR_WOULD_BLOCK)) {
@@ -91,7 +91,7 @@ std::optional<Socket::Peer> Socket::peer() const {
     if (!address) return std::nullopt;
     return Peer{.host = address->get_address()->to_string(), .port = address->get_port()};
   } catch (const Glib::Error&) {
-    return std::nullopt;  // it has gone already
+    return std::nullopt;  // the far end has vanished already
   }
 }
 
@@ -131,7 +131,7 @@ bool Socket::connect(const Glib::RefPtr<Gio::SocketConnectable>& address, const 
 }
 
 void Socket::take(const Glib::RefPtr<Gio::SocketConnection>& connection) {
-  // Two attempts may run at once; the second connection is closed by letting go of it.
+  // Two attempts may run at once; releasing the second connection closes it.
   if (connection_) throw Gio::Error(Gio::Error::BUSY, "Already Connected");
   auto* socket = connection->get_socket()->gobj();
   set_tcp_option(socket, TCP_NODELAY, 1);
@@ -156,9 +156,9 @@ void Socket::drop() {
   connection_.reset();
 }
 
-// A station answers quickly, and nearly every line fits into the system's buffer. Asking first
-// saves the turns of the main loop in which the toolkit would begin the transfer and tell its
-// result; a read that has to wait does so without it.
+// A station answers quickly, and nearly every line fits into the system's buffer. Trying a
+// non-blocking transfer first saves the iterations of the main loop that the toolkit's asynchronous
+// transfer needs. A read that has to wait uses ReadWatch instead.
 
 std::optional<gssize> Socket::read_at_once(Gio::InputStream& stream, void* buffer, gsize count,
                                            const Cancel& cancel) {

@@ -38,7 +38,7 @@ tcflag_t character_flags(const LineSettings& settings) {
   return flags;
 }
 
-/// Raw bytes. A read finds one byte at least, so that none is the end and not a pause.
+/// Raw mode. A read returns at least one byte, so that 0 bytes mean the end and not a pause.
 termios with_settings(termios state, const LineSettings& settings) {
   cfmakeraw(&state);
   state.c_iflag &= static_cast<tcflag_t>(~(IXON | IXOFF | IXANY | INPCK));
@@ -73,11 +73,11 @@ class TtyLine : public SerialLine {
     stop_watching();
     if (fd_ < 0) return;
     if (taken_) {
-      // What could not be sent would hold up the close.
+      // Discards unsent bytes, which would make close() wait.
       tcflush(fd_, TCIOFLUSH);
       tcsetattr(fd_, TCSANOW, &found_);
       ioctl(fd_, TIOCNXCL);
-      // A copy of the descriptor in another process would keep the lock.
+      // Releases the lock, which a copy of the descriptor in another process would keep.
       flock(fd_, LOCK_UN);
     }
     taken_ = false;
@@ -86,7 +86,7 @@ class TtyLine : public SerialLine {
 
   Transferred read(void* buffer, std::size_t count) override {
     const auto read = outcome(::read(fd_, buffer, count));
-    // Ready and yet nothing there: the line has hung up.
+    // The line is ready but returns no bytes: it has hung up.
     return read.bytes == 0 && read.error == 0 && count > 0 ? Transferred{0, EIO} : read;
   }
   Transferred write(const void* bytes, std::size_t count) override {
@@ -94,7 +94,7 @@ class TtyLine : public SerialLine {
   }
   void discard_input() override { tcflush(fd_, TCIFLUSH); }
 
-  // A line that has hung up stays ready for ever: the watch ends with its first call.
+  // Ends the watch with its first call, because a line that has hung up stays ready for ever.
   void watch(Awaited what, std::function<void()> call) override {
     const auto ready = what == Awaited::bytes ? Glib::IO_IN : Glib::IO_OUT;
     const auto once = [call = std::move(call)](Glib::IOCondition) {
@@ -108,7 +108,7 @@ class TtyLine : public SerialLine {
 
   int descriptor() const override { return fd_; }
 
-  // A pseudo-terminal has no modem lines: the requests fail there, and all lines are off.
+  // On a pseudo-terminal, which has no modem lines, the request fails and all lines count as off.
   ModemLines modem_lines() const override {
     int lines = 0;
     if (ioctl(fd_, TIOCMGET, &lines) != 0) return {};
@@ -119,7 +119,7 @@ class TtyLine : public SerialLine {
 
  private:
   int take(const LineSettings& settings) {
-    // The lock keeps off those whom the exclusive mark does not: the superuser's programs.
+    // The lock also excludes programs of the superuser, which exclusive mode does not.
     if (flock(fd_, LOCK_EX | LOCK_NB) != 0) return EBUSY;
     if (tcgetattr(fd_, &found_) != 0 && tcgetattr(fd_, &found_) != 0) return errno;
     if (ioctl(fd_, TIOCEXCL) != 0) return errno;
@@ -140,7 +140,7 @@ class TtyLine : public SerialLine {
 
   int fd_ = -1;
   bool taken_ = false;
-  termios found_{};  // given back on close
+  termios found_{};  // restored by `close`
   ScopedConnection watch_;
 };
 

@@ -1,5 +1,5 @@
-// Serial ports as udev knows them. What a port belongs to is asked of its USB device: the
-// properties of the port's own node may be those of a hub or of a converter in between.
+// Serial ports from udev. The ids are read from the port's USB device, because the properties of
+// the port's own node may be those of a hub or a converter in between.
 
 #include <gudev/gudev.h>
 
@@ -24,14 +24,15 @@ std::string upper(std::string text) {
   return text;
 }
 
-/// The name under which drivers look for it: "USB\VID_0403&PID_D780".
+/// The hardware id that drivers look for, such as "USB\VID_0403&PID_D780".
 std::string hardware_id(GUdevDevice* usb) {
   const auto vendor = upper(text_of(g_udev_device_get_sysfs_attr(usb, "idVendor")));
   const auto product = upper(text_of(g_udev_device_get_sysfs_attr(usb, "idProduct")));
   return "USB\\VID_" + vendor + "&PID_" + product;
 }
 
-/// Another one each time: the number that the USB gives, and when the port came up.
+/// Changes each time that hardware is plugged in: the USB device number and the time at which the
+/// port appeared.
 std::string instance(GUdevDevice* port, GUdevDevice* usb) {
   return text_of(g_udev_device_get_sysfs_attr(usb, "busnum")) + "/" +
          text_of(g_udev_device_get_sysfs_attr(usb, "devnum")) + " " +

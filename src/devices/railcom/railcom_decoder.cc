@@ -12,7 +12,7 @@ namespace {
 constexpr std::uint8_t control = 0x80;  // marks the symbols that are not data
 constexpr std::uint8_t invalid = 0xff;
 
-/// The bytes that stand for 0 to 63.
+/// The bytes that encode 0 to 63.
 constexpr std::array<std::uint8_t, 64> data_codes = {
     0xac, 0xaa, 0xa9, 0xa5, 0xa3, 0xa6, 0x9c, 0x9a,  //
     0x99, 0x95, 0x93, 0x96, 0x8e, 0x8d, 0x8b, 0xb1,  //
@@ -50,8 +50,8 @@ constexpr unsigned id_last_reserved = 14;
 constexpr unsigned id_long = 15;  // of four symbols
 constexpr std::uint8_t top_bit = 0x80;
 
-/// The number of a locomotive's address, 0 when there is none. An Address is made of it only for
-/// somebody who listens.
+/// The number of a locomotive's address, 0 if there is none. It is converted to an Address only if
+/// the signal has handlers.
 struct MobileNumber {
   unsigned number = 0;
   bool is_long = false;
@@ -69,13 +69,13 @@ MobileNumber addressed_by(std::string_view dcc) {
 
 }  // namespace
 
-/// Who is told what a datagram said, and which of its bits.
+/// The signal for a datagram, and the bits that are passed.
 struct RailComDecoder::Route {
   Feedback State::*signal = nullptr;
   std::uint8_t bits = 0x7f;
 };
 
-/// One call of `decode`. Its steps say whether the decoder is still there.
+/// One call of `decode`. Its steps return whether the decoder still exists.
 class RailComDecoder::Run {
  public:
   Run(const std::shared_ptr<State>& state, std::string_view dcc)
@@ -97,7 +97,7 @@ class RailComDecoder::Run {
   }
 
  private:
-  /// By the identifier and the top bit of the payload.
+  /// Indexed by the identifier and the top bit of the payload.
   static constexpr auto routes = [] {
     std::array<Route, 32> table{};
     table[3 << 1] = {&State::id3_low};
@@ -137,7 +137,7 @@ class RailComDecoder::Run {
   }
 
   const std::shared_ptr<State>& state_;  // the decoder's own
-  std::shared_ptr<State> kept_{};        // once a handler may have destroyed that
+  std::shared_ptr<State> kept_{};        // keeps the state while handlers may destroy the decoder
   MobileNumber addressed_;
 };
 
@@ -145,7 +145,7 @@ void RailComDecoder::decode(std::string_view dcc, std::string_view packet) {
   assert(!dcc.empty());
   assert(!packet.empty());
   Run run(state_, dcc);
-  // A last symbol that stands alone says nothing.
+  // A single last symbol has no meaning.
   for (std::size_t pos = 0; pos + 1 < packet.size(); pos += 2) {
     const auto first = symbol(packet[pos]);
     const auto second = symbol(packet[pos + 1]);

@@ -10,16 +10,16 @@
 
 namespace zemblar {
 
-/// Says which decoders have answered on the track, from a DCC packet and the RailCom bytes that
-/// were heard after it (RCN-217, NMRA S-9.3.2).
+/// Determines which decoders have answered on the track, from a DCC packet and the RailCom bytes
+/// received after it (RCN-217, NMRA S-9.3.2).
 ///
-/// One for each detector, because the two halves of an address come one after the other, each after
-/// a packet of its own. The bytes are read as one run of datagrams of two symbols, and channel 1 is
-/// not told from channel 2: identifiers 1 and 2 name a locomotive after any packet, and whatever
-/// else follows a packet to a locomotive counts as the answer of that one. The larger datagrams of
-/// the standard are read as pairs all the same. What is no symbol ends the run.
+/// Use one per detector, because the two halves of an address arrive after different packets. The
+/// bytes are read as one run of datagrams of two symbols, without distinguishing channels 1 and 2:
+/// identifiers 1 and 2 name a locomotive after any packet, and all other datagrams after a packet
+/// to a locomotive count as that locomotive's answer. Larger datagrams of the standard are also
+/// read as pairs. A byte that is no symbol ends the run.
 ///
-/// Handlers may destroy the decoder; nothing more comes out of it then. No I/O, no clock.
+/// Handlers may destroy the decoder, which ends the emission of signals. No I/O, no clock.
 class RailComDecoder {
  public:
   using Seen = sigc::signal<void, const Address&>;
@@ -30,16 +30,16 @@ class RailComDecoder {
   RailComDecoder& operator=(const RailComDecoder&) = delete;
   ~RailComDecoder() { state_->alive = false; }
 
-  /// `dcc` is the packet from its address byte on, `packet` what was heard in its cutout. Asserts
-  /// that neither is empty. The bytes must stay unchanged for as long as the decoder is there.
+  /// `dcc` is the packet from its address byte on, `packet` the bytes received in its cutout.
+  /// Asserts that neither is empty. The bytes must stay unchanged as long as the decoder exists.
   void decode(std::string_view dcc, std::string_view packet);
 
-  /// A decoder of that address answered: once for each datagram. A number that is no address of a
-  /// locomotive is not told.
+  /// A decoder with this address has answered; emitted once per datagram. Not emitted for a number
+  /// that is no locomotive address.
   Seen& signal_seen() { return state_->seen; }
 
-  // What the answer was, after `signal_seen`. Where the top bit tells two signals apart it is
-  // removed. Identifier 8 is told only when that bit is clear.
+  // The content of the answer, emitted after `signal_seen`. If the top bit selects between two
+  // signals, it is removed. Identifier 8 is reported only if that bit is clear.
   Feedback& signal_id3_low() { return state_->id3_low; }
   Feedback& signal_id3_high() { return state_->id3_high; }
   Feedback& signal_id4() { return state_->id4; }
@@ -55,10 +55,11 @@ class RailComDecoder {
 
   static constexpr std::uint16_t no_address_high = 65535;
 
-  /// Outlives a decoder that is destroyed in a handler until the emission has ended.
+  /// Exists until the emission has ended, even if a handler destroys the decoder.
   struct State {
     bool alive = true;
-    std::uint16_t address_high = no_address_high;  // what identifier 1 last brought
+    std::uint16_t address_high =
+        no_address_high;  // high part from the last datagram with identifier 1
     Seen seen{};
     Feedback id3_low{}, id3_high{};
     Feedback id4{}, id5{}, id6{};

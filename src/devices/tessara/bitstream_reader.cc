@@ -38,7 +38,7 @@ std::string BitstreamReader::read_bytes(std::size_t count) {
   return bytes;
 }
 
-// `bits` is at most what is left of the byte.
+// `bits` must not exceed the number of unread bits in the byte.
 std::uint32_t BitstreamReader::take_from_current(unsigned bits) {
   require_byte();
   const auto value = static_cast<unsigned>(current()) >> bit_ & ((1u << bits) - 1);

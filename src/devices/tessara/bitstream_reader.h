@@ -7,14 +7,14 @@
 
 namespace zemblar {
 
-/// Takes bit fields and byte strings out of bytes that someone else keeps alive.
+/// Reads bit fields and byte strings from bytes, which must outlive the reader.
 ///
-/// Within a byte, fields run from the least significant bit upwards; a field that crosses bytes is
-/// put together most significant part first. That mixture is the frame format of the readers that
-/// this is for. Pure.
+/// Within a byte, fields are read from the least significant bit upwards; a field that crosses
+/// bytes has its most significant part first. This mixture is the frame format of the Tessara
+/// readers. Pure.
 class BitstreamReader {
  public:
-  /// The bytes end before what was asked for does. What had been read by then is lost.
+  /// The bytes end within the requested field. The part that was read is lost.
   class EOS : public std::exception {
    public:
     const char* what() const noexcept override { return "End of Stream"; }
@@ -23,9 +23,9 @@ class BitstreamReader {
   explicit BitstreamReader(std::string_view bytes)
       : pos_(bytes.data()), end_(bytes.data() + bytes.size()) {}
 
-  /// Every bit has been read; a last byte that has been read in part still counts.
+  /// True if every bit has been read; a partly read last byte counts as unread.
   [[nodiscard]] bool eos() const { return pos_ == end_; }
-  /// Leaves out what is unread of a byte that has been read in part.
+  /// Skips the rest of a partly read byte.
   void align();
   /// The next whole byte. Throws EOS.
   std::uint8_t read_byte();
@@ -43,7 +43,7 @@ class BitstreamReader {
 
   const char* pos_;
   const char* end_;
-  std::uint8_t bit_ = 0;  // used of the byte at `pos_`, 0 to 7; 0 at the end
+  std::uint8_t bit_ = 0;  // number of bits read of the byte at `pos_`, 0 to 7; 0 at the end
 };
 
 }  // namespace zemblar

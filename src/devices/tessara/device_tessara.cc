@@ -111,7 +111,7 @@ void DeviceTessara::wait_for_hardware() {
       SerialPortTessara::signal_attached().connect(sigc::mem_fun(*this, &DeviceTessara::claim)));
 }
 
-// Runs inside an emission, from which the slot may be disconnected meanwhile.
+// Called from a signal's emission, during which the slot may be disconnected.
 bool DeviceTessara::claim(SerialPort* port) {
   if (hold_ || serial_nr_.empty() || is_deleting()) return false;
   const auto alive = liveness();
@@ -120,7 +120,7 @@ bool DeviceTessara::claim(SerialPort* port) {
   if (!hold_.take(port, [this] { lose_port(); })) return false;
   set_link_down({});
   if (!*alive) return true;
-  // While an older conversation still winds up, its end tries again.
+  // If an older conversation has not ended yet, its end tries again.
   set_active(true);
   return true;
 }
@@ -139,7 +139,7 @@ void DeviceTessara::come_up_on_bus() {
   come_up();
 }
 
-// The lock comes free when `start` has ended.
+// Waits for `start` to end, by taking the lock.
 void DeviceTessara::come_up() {
   const auto alive = liveness();
   set_active(true);
@@ -151,7 +151,7 @@ void DeviceTessara::come_up() {
   }
 }
 
-// Not by set_active: a `start` that is still running finds by itself that the port has gone.
+// Does not call set_active, because a running `start` notices the loss of the port itself.
 void DeviceTessara::lose_port() {
   const auto alive = liveness();
   retry_.cancel();
@@ -168,7 +168,7 @@ void DeviceTessara::try_again() {
 
 void DeviceTessara::give_up(const Glib::ustring& why) {
   const auto alive = liveness();
-  tell_down(why);
+  report_down(why);
   if (*alive) go_out_of_service();
   if (*alive) try_again();
 }
@@ -183,7 +183,7 @@ bool DeviceTessara::start() {
   try {
     port->open(cancel_);
   } catch (const Gio::Error& error) {
-    if (*alive) tell_down(why_not_opened(get_name(), *port.operator->(), error));
+    if (*alive) report_down(why_not_opened(get_name(), *port.operator->(), error));
     throw;
   }
   port->set_dtr(false);
@@ -206,25 +206,25 @@ bool DeviceTessara::bring_up(const std::function<void(const std::string& info)>&
   } catch (const std::runtime_error& error) {
     if (!*alive) return false;
     fault_ = error.what();
-    tell_down(Glib::ustring::compose(_("%1 stays out of service: %2"), get_name(), fault_));
+    report_down(Glib::ustring::compose(_("%1 stays out of service: %2"), get_name(), fault_));
   } catch (const TessaraCmdFailed& failure) {
     if (*alive) note_failed_start(failure);
   } catch (...) {
-    // Told where it arose, or the bus has gone.
+    // The reason has been reported where the error arose, or the bus has ended.
   }
   if (*alive) try_again();
   return false;
 }
 
-// What is not there at all leaves the line quiet, which is an answer of no bytes.
+// Missing hardware does not drive the line, which reads as an answer of no bytes.
 std::string DeviceTessara::ask(const std::string& question) {
   auto answer = command(question);
   if (answer.empty()) throw TessaraCmdFailed();
   return answer;
 }
 
-// The wire has no check sum, and noise becomes a part of an answer. Whoever has no number yet takes
-// one for good, and therefore asks twice.
+// Messages have no check sum, so noise can become part of an answer. A device without a number
+// takes the answer permanently, so it asks twice.
 std::string DeviceTessara::identify(const std::string& info) {
   auto serial_nr = ask(tessara::ask_serial());
   if (serial_nr_.empty()) {
@@ -257,7 +257,7 @@ std::string DeviceTessara::command(const std::string& bytes) {
   const auto alive = liveness();
   const auto late = when_answer_is_late();
   auto answer = bus_->relay(address_, bytes);
-  // The bus may have talked on for a device that has ended.
+  // The device may have ended while the bus relayed the message.
   if (*alive) note_answer();
   if (!*alive) throw TessaraCmdFailed(answer);
   return answer;
@@ -282,7 +282,7 @@ void DeviceTessara::set_speed(std::uint8_t index) {
 void DeviceTessara::change_speed(std::uint8_t index) {
   if (!bus_) return;
   const auto alive = liveness();
-  told_speed_ = index;
+  sent_speed_ = index;
   command(tessara::use_speed(index));
   if (!*alive || !bus_) throw TessaraCmdFailed();
   bus_->set_speed(address_, index);
@@ -300,13 +300,13 @@ bool DeviceTessara::find_on_bus() {
   return find_at_speed(0, speed);
 }
 
-// An exchange that failed may have changed the speed at one end only.
-bool DeviceTessara::find_at_told_speed() {
-  if (!bus_ || told_speed_ == 0) return false;
+// A failed exchange may have changed the speed on one side only.
+bool DeviceTessara::find_at_sent_speed() {
+  if (!bus_ || sent_speed_ == 0) return false;
   const auto alive = liveness();
   const auto speed = bus_->get_speed(address_);
-  if (!*alive || !bus_ || speed == told_speed_) return false;
-  return find_at_speed(told_speed_, speed);
+  if (!*alive || !bus_ || speed == sent_speed_) return false;
+  return find_at_speed(sent_speed_, speed);
 }
 
 bool DeviceTessara::find_at_speed(std::uint8_t index, std::uint8_t former) {
@@ -341,7 +341,7 @@ std::string DeviceTessara::exchange(const std::string& bytes) {
   throw TessaraCmdFailed(exchange.received());
 }
 
-// Nothing goes over a port that fails, and trying would not take time.
+// The port has failed, so retrying would fail immediately, without a pause.
 void DeviceTessara::lose_line(SerialPort& port) {
   port.close();
   give_up(Glib::ustring::compose(_("%1 has lost its port %2, and tries to get it back."),

@@ -136,7 +136,7 @@ std::string DeviceTessaraBus::relay(std::uint8_t address, const std::string& byt
   return fetch_answer(given_up);
 }
 
-// A master that is there answers each of these with some bytes.
+// Sends a message that a connected master always answers with at least one byte.
 std::string DeviceTessaraBus::hear(const std::string& message) {
   const auto alive = liveness();
   auto reply = command(message);
@@ -181,7 +181,7 @@ bool DeviceTessaraBus::ping(std::uint8_t address) {
   }
 }
 
-// An answer that is no count may be a master that is not ready: the frame goes out again.
+// If the answer is no count, the master may not be ready, so the frame is sent again.
 bool DeviceTessaraBus::ping_once(std::uint8_t address, const bool& too_late) {
   using Status = tessara::Fetched::Status;
   tessara::Relay message(address, tessara::ask_info());
@@ -215,11 +215,11 @@ void DeviceTessaraBus::bring_back(DeviceTessara& device) {
   const auto device_lives = device.liveness();
   try {
     bool found = device.find_on_bus();
-    if (!found && *device_lives) found = device.find_at_told_speed();
+    if (!found && *device_lives) found = device.find_at_sent_speed();
     if (!*device_lives) return;
     found ? device.set_active(true) : device.note_absence();
   } catch (const std::exception&) {
-    // The next round tries again.
+    // The next iteration tries again.
   }
 }
 
@@ -254,7 +254,7 @@ void DeviceTessaraBus::end_scan() {
   show_scan(-1);
 }
 
-// Another scan may have begun when a step of this one ends.
+// Checks `cancel` after each step, because another scan may have begun meanwhile.
 void DeviceTessaraBus::scan(const Cancel& cancel) {
   const auto alive = liveness();
   for (int address = 0; address < address_count; ++address) {
@@ -274,7 +274,7 @@ void DeviceTessaraBus::look_at(std::uint8_t address, const Cancel& cancel) {
         speed_scan_ ? find_at_known_speed(address, cancel) : find_at_any_speed(address, cancel);
     if (found && !cancel->is_cancelled()) add_found(address);
   } catch (const std::exception&) {
-    // Nobody there.
+    // There is no device at the address.
   }
 }
 
@@ -297,7 +297,8 @@ bool DeviceTessaraBus::find_at_known_speed(std::uint8_t address, const Cancel& c
   return !cancel->is_cancelled() && ping(address);
 }
 
-// Goes on when the scan has ended: the next one must not disturb what has been told to the device.
+// Continues even if the scan ends meanwhile. `joining_` keeps a new scan from interfering with the
+// device.
 void DeviceTessaraBus::add_found(std::uint8_t address) {
   const auto alive = liveness();
   DetachedPtr<DeviceTessara> device;
@@ -305,7 +306,7 @@ void DeviceTessaraBus::add_found(std::uint8_t address) {
   try {
     device.reset(TessaraClass::create_found(this, address));
   } catch (const std::exception&) {
-    // Nobody whom the program could talk to.
+    // The program does not support the device.
   }
   if (!*alive) return;
   joining_.reset(address);

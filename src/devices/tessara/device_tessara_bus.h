@@ -8,16 +8,17 @@ namespace zemblar {
 
 /// The master of a Tessara bus: relays messages to up to 256 devices, its children.
 ///
-/// A scan looks for new devices at all addresses that no child has, for each at one bus speed after
-/// the other unless the master need not. A monitor looks once a second for each child that is out
-/// of service and brings back those that answer, from the master's start until it goes.
+/// A scan searches for new devices at all addresses without a child; it tries all bus speeds at
+/// each address, unless the master makes that unnecessary. While the master is in service, a
+/// monitor searches once a second for each child that is out of service, and activates those that
+/// answer.
 ///
-/// Relaying is one conversation with the master, so that scan, monitor and the polls of the readers
-/// take turns. It has no limit on tries, as a device may take its time; but a whole relay that
-/// takes two seconds is given up, so that one device cannot keep all others from being heard.
+/// Relaying a message is one conversation with the master, so that scan, monitor and the polls of
+/// readers take turns. The number of tries is not limited, because a device may be slow; but a
+/// relay that takes two seconds in all is given up, so that one device cannot block the others.
 ///
-/// In a layout file: the keys `name`, `id`, `address` when it hangs on another bus itself,
-/// `serial-nr`, and `devices` with its children when it has some.
+/// In a layout file: the keys `name`, `id`, `address` if it is itself on another bus, `serial-nr`,
+/// and `devices` with its children if it has any.
 class DeviceTessaraBus : public DeviceTessara {
  public:
   DeviceTessaraBus() : DeviceTessaraBus(nullptr, 0) {}
@@ -28,26 +29,26 @@ class DeviceTessaraBus : public DeviceTessara {
   void restore(const EntryChange& change) override;
 
   [[nodiscard]] bool get_scanning() const { return scan_address_ >= 0; }
-  /// Begins a scan at the first address, or ends the one that is running.
+  /// Starts a scan at the first address, or ends the present one.
   void set_scanning(bool on);
-  /// How much of a scan is done, 0 to 1; 0 without one.
+  /// Progress of the scan, 0 to 1; 0 without a scan.
   [[nodiscard]] double get_scan_progress() const;
 
-  /// False when a device has that address already. From now on one has.
+  /// Marks the address as used. False if it was already.
   bool mark_used(std::uint8_t address);
   void clear_used(std::uint8_t address) { used_.reset(address); }
 
-  // The rest is for fibers. All throw TessaraCmdFailed, and DeviceInactiveException while they wait
-  // for their turn.
+  // The following are for fibers. All throw TessaraCmdFailed, and DeviceInactiveException if the
+  // bus goes out of service while they wait for their turn.
 
-  /// Whether something answers at the address within a tenth of a second; does not throw
+  /// True if a device answers at the address within a tenth of a second. Does not throw
   /// TessaraCmdFailed.
   bool ping(std::uint8_t address);
-  /// At which speed the master talks to the address, by index.
+  /// The index of the speed that the master uses for the address.
   std::uint8_t get_speed(std::uint8_t address);
   void set_speed(std::uint8_t address, std::uint8_t index);
   using DeviceTessara::set_speed;
-  /// A message to the device at the address, and its answer.
+  /// Sends a message to the device at the address, and returns the answer.
   std::string relay(std::uint8_t address, const std::string& bytes);
 
   Glib::PropertyProxy<bool> property_scanning() { return {this, "scanning"}; }
@@ -82,9 +83,9 @@ class DeviceTessaraBus : public DeviceTessara {
   std::uint8_t max_speed_ = 0;
   bool speed_scan_ = false;
   std::bitset<256> used_;
-  std::bitset<256> joining_;  // found there, and being asked what it is
+  std::bitset<256> joining_;  // addresses where a device was found and is being identified
   int scan_address_ = -1;     // -1 without a scan
-  // Each scan and each monitor has its own.
+  // Each scan and each monitor has its own cancellable.
   Cancel scan_cancel_;
   Cancel monitor_cancel_;
 };

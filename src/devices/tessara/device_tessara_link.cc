@@ -1,4 +1,4 @@
-// What a device of the Tessara family tells of its link.
+// The link state of a Tessara device.
 
 #include "core/i18n.h"
 #include "devices/tessara/device_tessara.h"
@@ -7,7 +7,7 @@
 namespace zemblar {
 namespace {
 
-/// Without an answer, until the person is told.
+/// Time without an answer until it is reported.
 constexpr std::chrono::seconds patience(1);
 
 }  // namespace
@@ -18,7 +18,7 @@ bool DeviceTessara::was_in_service() const {
          phase == LinkPhase::lost;
 }
 
-// It has just come out of a file.
+// Sets the link state of a device that was just read from a file.
 void DeviceTessara::note_origin() {
   if (!bus_ && serial_nr_.empty()) {
     set_link(LinkPhase::not_set_up,
@@ -49,8 +49,8 @@ Glib::ustring DeviceTessara::why_no_answer() const {
                                 static_cast<unsigned>(address_), bus_->get_name());
 }
 
-// What nobody has added yet says by an exception what is wrong with it.
-void DeviceTessara::tell_down(const Glib::ustring& why) {
+// A device that is not in a layout yet reports the reason by an exception instead.
+void DeviceTessara::report_down(const Glib::ustring& why) {
   set_link_down(get_parent() ? why : Glib::ustring());
 }
 
@@ -74,11 +74,11 @@ void DeviceTessara::note_late_answer(Clock::time_point asked) {
   if (active() && !activating()) set_link(LinkPhase::waiting_for_answer, why_no_answer(), asked);
 }
 
-// Of a port or a bus that has gone the person knows already.
+// Does nothing if the port or the bus is lost, which is reported elsewhere.
 void DeviceTessara::note_failed_start(const TessaraCmdFailed& failure) {
   if (bus_ ? !bus_->active() : !hold_ || hold_.port()->is_lost()) return;
   const bool no_end = hold_ && dynamic_cast<const TessaraNoEnd*>(&failure);
-  tell_down(no_end ? why_no_end() : why_no_answer());
+  report_down(no_end ? why_no_end() : why_no_answer());
 }
 
 void DeviceTessara::note_absence() {

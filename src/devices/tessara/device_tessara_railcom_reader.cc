@@ -21,7 +21,7 @@ namespace zemblar {
 namespace {
 
 constexpr auto dcc_device_key = "dcc-device";
-constexpr std::uint8_t highest_speed = 4;  // index, of those in use
+constexpr std::uint8_t highest_speed = 4;  // index of the highest speed to use
 constexpr unsigned poll_ms = 50;
 constexpr std::chrono::milliseconds poll_time{poll_ms};
 
@@ -30,7 +30,8 @@ const TessaraRegistration<DeviceTessaraRailComReader> registration(
 
 }  // namespace
 
-/// Takes a poll answer to the inputs, as long as the poll is wanted. Then the reader is there.
+/// Passes a poll answer to the inputs, until the poll is cancelled. While it is not, the reader
+/// exists.
 class DeviceTessaraRailComReader::PollAnswerSink : public RailComPollSink {
  public:
   PollAnswerSink(DeviceTessaraRailComReader& reader, const Cancel& cancel)
@@ -104,7 +105,7 @@ void DeviceTessaraRailComReader::save(YAML::Emitter& out) const {
   out << YAML::EndMap;
 }
 
-// A place without an input has a number all the same: a file has one for each.
+// A missing input is written with an unused number, because a file has one for each input.
 void DeviceTessaraRailComReader::save_input(YAML::Emitter& out, const Input* input) const {
   const auto id = input ? Layout::get().get_id(input) : Layout::get().spare_id();
   out << YAML::BeginMap << YAML::Key << "id" << YAML::Value << id;
@@ -155,7 +156,7 @@ bool DeviceTessaraRailComReader::start() {
 void DeviceTessaraRailComReader::set_up(const std::string& info) {
   const auto read = tessara::read_reader_info(info);
   if (!read) throw std::runtime_error(_("it is no RailCom reader that this program knows."));
-  // Blocks lose the inputs that the hardware has no more.
+  // Asks twice before inputs are removed, because blocks would lose their detectors.
   if (read->input_count < inputs_.size()) confirm(tessara::ask_info(), info);
   set_speeds(read->table.speeds);
   input_count_ = read->input_count;
@@ -210,7 +211,7 @@ void DeviceTessaraRailComReader::match_inputs() {
   if (!*alive) throw TessaraCmdFailed();
 }
 
-// Both ends begin anew.
+// Resets the history of packets in the hardware and in the inputs.
 void DeviceTessaraRailComReader::reset_stream() {
   command(tessara::reset_stream());
   for (auto* input : inputs_) {
@@ -229,7 +230,7 @@ void DeviceTessaraRailComReader::stop() {
   }
 }
 
-// Its inputs have no link of their own.
+// Passes the link state to the inputs, which have no link themselves.
 void DeviceTessaraRailComReader::show_link() {
   const auto inputs = device_children<Input>(*this);
   for (const auto& input : inputs) {
@@ -246,7 +247,7 @@ void DeviceTessaraRailComReader::fill_places() {
   }
 }
 
-// Whoever hears of the new one may end it at once.
+// A handler may destroy the new input at once.
 void DeviceTessaraRailComReader::fill_place(unsigned place) {
   auto* input = new Input;
   const DeviceRef<Input> added(input);
@@ -265,7 +266,7 @@ void DeviceTessaraRailComReader::poll(const Cancel& cancel) {
   try {
     while (sleep_for(poll_time, cancel) && active()) poll_once(cancel);
   } catch (const TessaraCmdFailed&) {
-    // Nobody there.
+    // The reader does not answer.
   } catch (...) {
     understood = false;
   }
@@ -289,7 +290,7 @@ void DeviceTessaraRailComReader::poll_once(const Cancel& cancel) {
   read_poll_answer(answer, answers);
 }
 
-// Where nothing is told, nothing ages.
+// With another encoding than 0 nothing is reported, so nothing is timed.
 void DeviceTessaraRailComReader::tick(const Cancel& cancel) {
   for (unsigned i = 0; !cancel->is_cancelled() && encoding_ == 0 && i < inputs_.size(); ++i) {
     if (auto* input = inputs_[i]) input->tick(poll_ms);

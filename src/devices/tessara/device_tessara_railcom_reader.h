@@ -9,18 +9,18 @@
 
 namespace zemblar {
 
-/// A RailCom reader on a Tessara bus, or on a port of its own: as many detectors as it has inputs.
+/// A RailCom reader on a Tessara bus, or on its own port: each of its inputs is a detector.
 ///
-/// In service it is polled from a fiber of its own with pauses of 50 ms, and its inputs, which are
-/// its children, tell what they were told. A poll that fails, or an answer that cannot be read,
-/// takes the reader out of service; the bus looks for it from then on. Its inputs keep what they
-/// saw until it is back, so that a track does not become free by a broken wire.
+/// In service it is polled from its own fiber with pauses of 50 ms, and its children, the inputs,
+/// report what they detect. A failed poll, or an unreadable answer, takes the reader out of
+/// service; then the bus searches for it. Its inputs keep their state until it is back, so that a
+/// broken wire does not make a track free.
 ///
-/// The hardware says how many inputs there are. An input that somebody ends leaves its place to a
-/// new one, which nobody uses yet, so that all others stay with their pieces of track.
+/// The hardware reports the number of inputs. If an input is deleted, a new one takes its index, so
+/// that all other inputs keep their blocks.
 ///
-/// Of two encodings of poll answers it prefers 0, the only one that says anything: in encoding 1 it
-/// polls and detects nothing.
+/// There are two encodings of poll answers. Encoding 0 is preferred; with encoding 1 the reader is
+/// polled, but nothing is detected.
 ///
 /// In a layout file: the keys `name`, `id`, `address` on a bus, `serial-nr`, and `inputs`, a
 /// sequence with a mapping for each.
@@ -35,22 +35,22 @@ class DeviceTessaraRailComReader : public DeviceTessara {
   void save(YAML::Emitter& out) const override;
   void restore(const EntryChange& change) override;
 
-  /// The command station that knows whose an address is; null stands for the layout's default
-  /// device. Not in a layout file.
+  /// The command station whose map of addresses identifies detected locomotives; null stands for
+  /// the layout's default device. Not in a layout file.
   [[nodiscard]] Device* get_dcc_device() const { return dcc_device_; }
   void set_dcc_device(Device* device);
 
-  /// In the hardware's order. Null where one has ended and its place is not filled yet.
+  /// The inputs in the hardware's order; null where an input has ended and is not replaced yet.
   [[nodiscard]] const std::vector<Input*>& inputs() const { return inputs_; }
 
-  // For fibers. Both throw TessaraCmdFailed, and DeviceInactiveException while they wait for their
-  // turn.
+  // For fibers. Both throw TessaraCmdFailed, and DeviceInactiveException if the reader goes out of
+  // service while they wait for their turn.
 
-  /// Which inputs the hardware listens to. Throws std::runtime_error
-  /// "Incorrect Vector Size" unless there is one value for each.
+  /// Selects the inputs that the hardware evaluates. Throws std::runtime_error "Incorrect Vector
+  /// Size" unless there is one value per input.
   void enable_inputs(const std::vector<bool>& enabled);
-  /// From the next poll on. Throws std::runtime_error "Unsupported Encoding" for one that the
-  /// hardware has not offered.
+  /// Selects the encoding from the next poll on. Throws std::runtime_error "Unsupported Encoding"
+  /// if the hardware does not support it.
   void set_encoding(std::uint8_t encoding);
 
   Glib::PropertyProxy<Device*> property_dcc_device() { return {this, "dcc-device"}; }
@@ -88,10 +88,10 @@ class DeviceTessaraRailComReader : public DeviceTessara {
   void fill_place(unsigned place);
 
   std::vector<Input*> inputs_;
-  // What the hardware said last of each input, which counts for reading what it says next whoever
-  // is in that place.
+  // The last state of each input from the hardware, needed to read the next answer even if the
+  // input was replaced.
   std::vector<std::uint8_t> states_;
-  std::uint8_t encodings_ = 0;  // bit n for encoding n
+  std::uint8_t encodings_ = 0;  // supported encodings; bit n is encoding n
   std::uint8_t encoding_ = 0;   // of the poll answers
   std::uint8_t input_count_ = 0;
   Device* dcc_device_ = nullptr;

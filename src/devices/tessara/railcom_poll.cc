@@ -8,17 +8,17 @@
 namespace zemblar {
 namespace {
 
-// The first byte of a record.
+// Fields of the first byte of a record.
 constexpr unsigned is_empty = 0x80;
 constexpr unsigned has_states = 0x40;
-constexpr unsigned packet_size = 0x3f;  // less one
+constexpr unsigned packet_size = 0x3f;  // the size minus one
 
 constexpr unsigned state_bits = 2;
 constexpr unsigned repeat_bits = 2;
 constexpr unsigned length_bits = 4;
 constexpr unsigned highest_silent_state = 1;
 
-/// The records of an answer, one after the other. Its steps say whether reading goes on.
+/// Reads the records of an answer. Its steps return whether reading continues.
 class Records {
  public:
   Records(std::string_view answer, RailComPollSink& sink)
@@ -77,7 +77,7 @@ class Records {
     return true;
   }
 
-  // Nothing is read for no bytes: at the end of the stream there would be none to read.
+  // Skips reading 0 bytes, which would throw at the end of the stream.
   bool read_answer(unsigned i) {
     const auto input = heard_[i];
     if (repeats_[i] > 0) return sink_.on_repeat(input, dcc_, repeats_[i]);
@@ -88,7 +88,7 @@ class Records {
   BitstreamReader stream_;
   RailComPollSink& sink_;
   unsigned input_count_;
-  std::string dcc_;  // the packet of the present record
+  std::string dcc_;  // DCC packet of the present record
   // The inputs of which each record says what they heard, and what it says of them.
   unsigned heard_count_ = 0;
   std::array<unsigned, 256> heard_;

@@ -20,7 +20,8 @@ bool takes_devices() {
   return Layout::exists() && !Layout::get().is_emptying();
 }
 
-/// A device of the layout has that number, and did not recognise its hardware: an answer was lost.
+/// True if a device of the layout has this serial number. It has not recognised its hardware,
+/// because an answer was lost.
 bool is_awaited(const Layout& layout, const std::string& serial_nr) {
   return std::ranges::any_of(layout.get_devices(), [&](const Object* object) {
     const auto* device = dynamic_cast<const DeviceTessara*>(object);
@@ -35,7 +36,7 @@ Glib::RefPtr<SerialPortTessara> SerialPortTessara::create(const HWDevice& record
   return Glib::RefPtr<SerialPortTessara>(new SerialPortTessara(record, std::move(line)));
 }
 
-// 8 data bits, 1 stop bit, neither parity nor a handshake.
+// 8 data bits, 1 stop bit, no parity, no handshake.
 SerialPortTessara::SerialPortTessara(const HWDevice& record, std::unique_ptr<SerialLine> line)
     : SerialPort(record, std::move(line)) {
   set_baud(115200);
@@ -75,7 +76,7 @@ void SerialPortTessara::find_owner() {
   offering_ = false;
 }
 
-// Whoever is asked whether it knows the hardware only finds that nobody answers.
+// Opens the port first for its error message: the devices would only find that there is no answer.
 bool SerialPortTessara::can_be_opened() {
   try {
     open();
@@ -94,7 +95,7 @@ void SerialPortTessara::try_later(StatusNote& note, const Glib::ustring& why) {
   note.tell(why);
 }
 
-/// True when a new device has it.
+/// Makes a new device for the port. True on success.
 bool SerialPortTessara::make_device() {
   if (!takes_devices()) return false;
   const auto* layout = &Layout::get();
@@ -108,7 +109,7 @@ bool SerialPortTessara::make_device() {
     }
     offer_again_ = takes_devices();
   } catch (const std::exception& error) {
-    // It may not have its power yet.
+    // The hardware may not have power yet.
     try_later(unknown_,
               Glib::ustring::compose(
                   _("What is plugged in at %1 does not answer as a Tessara device does (%2)."),

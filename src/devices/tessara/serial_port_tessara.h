@@ -8,21 +8,21 @@ namespace zemblar {
 
 /// The serial port of a Tessara device: a bus master, or a device that has a port of its own.
 ///
-/// Whoever finds the hardware makes the port, keeps it while the hardware is there, offers it, and
-/// calls `remove` when the hardware has gone. A port that nobody holds can be offered again.
+/// HWList makes the port when it finds the hardware, offers it, and calls `remove` when the
+/// hardware is unplugged. A port that no device holds can be offered again.
 class SerialPortTessara : public SerialPort {
  public:
   static Glib::RefPtr<SerialPortTessara> create(const HWDevice& record,
                                                 std::unique_ptr<SerialLine> line = make_tty_line());
 
-  /// How well the class fits the hardware: 20 when it is a Tessara device with a port, else 0.
+  /// How well the class fits the hardware: 20 for a Tessara device with a port, else 0.
   [[nodiscard]] static int score(const HWDevice& record);
 
-  /// Finds out, on a fiber, whose hardware this is: a device that waits for it knows it by its
-  /// serial number. When there is none, a new device in the current layout takes the port, of the
-  /// class that the hardware says it is. A port that cannot be opened, as while another program has
-  /// it, and hardware that does not answer are tried again every five seconds. Does nothing while
-  /// the port is held; what comes while an offer is under way is another one after it.
+  /// Finds the device for the hardware, on a fiber: a waiting device recognises it by its serial
+  /// number. If there is none, makes a new device in the current layout, of the class that the
+  /// hardware reports. If the port cannot be opened, for example because another program uses it,
+  /// or the hardware does not answer, tries again every five seconds. Does nothing while the port
+  /// is held. A call during an offer starts another offer after it.
   void offer();
   /// A slot that takes the port returns true. The slots run on a fiber and may suspend.
   static PortOffer& signal_attached();
@@ -37,8 +37,8 @@ class SerialPortTessara : public SerialPort {
 
   bool offering_ = false;
   bool offer_again_ = false;
-  StatusNote unopened_;  // why it cannot be opened
-  StatusNote unknown_;   // why nobody knows what is plugged in
+  StatusNote unopened_;  // why the port cannot be opened
+  StatusNote unknown_;   // why the hardware is not recognised
   Timeout retry_;
 };
 

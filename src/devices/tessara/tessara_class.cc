@@ -12,7 +12,7 @@ std::vector<TessaraClass>& classes() {
   return all;
 }
 
-/// Null when nobody knows it; of equals the first one.
+/// The class that fits best, the first among equals; null if none fits.
 const TessaraClass* best_for(DeviceTessara* device) {
   const TessaraClass* best = nullptr;
   int most = -1;
@@ -38,8 +38,8 @@ const TessaraClass* TessaraClass::find(const std::string& tag) {
   return nullptr;
 }
 
-// The one that asks has to let go of the port, or of its turn on the bus, before the real one can
-// have it.
+// The probing device must release the port, or its turn on the bus, before the real device can use
+// it.
 
 DeviceTessara* TessaraClass::create_found(SerialPort* port) {
   DetachedPtr<DeviceTessara> device(new DeviceTessara);
@@ -67,7 +67,7 @@ std::optional<std::string> serial_nr_on(SerialPort* port) {
     device->come_up_on(port);
     return device->read_serial();
   } catch (...) {
-    // Nobody there, or somebody else.
+    // There is no answer, or from another kind of hardware.
     return {};
   }
 }

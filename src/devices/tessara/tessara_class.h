@@ -12,22 +12,24 @@ namespace zemblar {
 
 /// A class of Tessara devices that the program can drive.
 ///
-/// The file of the class registers it by a static `TessaraClass::Registration`; scans, ports and
-/// layout files need no knowledge of the class itself.
+/// The source file of the class registers it by a static `TessaraClass::Registration`, so that
+/// scans, ports and layout files need not know the class.
 struct TessaraClass {
   std::string name;  ///< in a tag of a layout file, after "!device/Tessara/"
-  /// How well it fits the hardware behind a device, higher is better; -1 is not at all. Suspends.
+  /// How well the class fits the hardware of a device: higher is better, -1 means not at all.
+  /// Suspends.
   int (*probe)(DeviceTessara* device);
-  /// A new one for hardware that was found, in service. They suspend, and throw when that fails.
+  /// These make a new device, in service, for hardware that was found. They suspend, and throw on
+  /// failure.
   DeviceTessara* (*create_on_port)(SerialPort* port);
   DeviceTessara* (*create_on_bus)(DeviceTessaraBus* bus, std::uint8_t address);
-  /// One that a layout file holds as a part of a bus.
+  /// Reads a device in the entry of a bus.
   DeviceTessara* (*load)(const YAML::Node& node, DeviceTessaraBus* bus);
 
-  /// The class for a tag of a layout file; null for an unknown one.
+  /// The class with this tag in a layout file, or null.
   static const TessaraClass* find(const std::string& tag);
-  /// A device for hardware that nobody knows yet, of the class that fits best; null when none does.
-  /// Otherwise as the operations above.
+  /// Makes a device of the class that fits the hardware best; null if none does. Suspends and
+  /// throws like the functions above.
   static DeviceTessara* create_found(SerialPort* port);
   static DeviceTessara* create_found(DeviceTessaraBus* bus, std::uint8_t address);
 
@@ -36,21 +38,21 @@ struct TessaraClass {
   };
 };
 
-/// The end of a device that belongs to no layout.
+/// Destroys a device that belongs to no layout.
 struct DestroyObject {
   void operator()(Object* object) const { object->destroy(); }
 };
 template <typename T>
 using DetachedPtr = std::unique_ptr<T, DestroyObject>;
 
-/// The serial number of what hangs on a port; none when nothing answers. Suspends.
+/// The serial number of the hardware on a port; no value if there is no answer. Suspends.
 [[nodiscard]] std::optional<std::string> serial_nr_on(SerialPort* port);
 
-/// 0 when the device's info block begins like that, else -1. Suspends.
+/// 0 if the device's info block begins with `model`, else -1. Suspends.
 [[nodiscard]] int probe_by_info(DeviceTessara* device, std::string_view model);
 
-/// Registers a class T, which can be made from nothing, from a bus and an address, and from a node
-/// of a layout file with a bus or without one.
+/// Registers a class T with three constructors: without arguments, from a bus and an address, and
+/// from a node of a layout file with an optional bus.
 template <typename T>
 class TessaraRegistration {
  public:

@@ -11,17 +11,17 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// From the last byte sent until DTR falls: what the driver still holds has to go out first.
+/// Time between the last write and lowering DTR, in which the driver sends its buffered bytes.
 constexpr auto transmit_time = 20ms;
 constexpr auto read_time = 5ms;
-/// For a whole exchange; the longest that is meant takes a tenth of it.
+/// Time limit of a whole exchange; the longest valid one takes a tenth of it.
 constexpr auto exchange_limit = 500ms;
-/// Of an answer, 64 frames of the bus. A master says 256 bytes at a time. A reader on a port of its
-/// own says all at once that it has heard since the last poll: in 50 ms seven DCC packets, each
-/// with at most 255 inputs that answer with 8 bytes, and what counts them.
+/// Maximum length of an answer: 64 frames of the bus. A master sends 256 bytes at a time. A reader
+/// on its own port sends everything since the last poll at once: in 50 ms seven DCC packets, each
+/// with up to 255 inputs that answer with 8 bytes, plus counts.
 constexpr std::size_t longest_answer = 64 * 256;
 
-/// The program has the line while this is there.
+/// Keeps DTR up while it exists, so that the program may send.
 class Transmission {
  public:
   explicit Transmission(SerialPort& port) : port_(port) { port_.set_dtr(true); }
@@ -52,7 +52,7 @@ std::string TessaraExchange::run(const std::string& message) {
     collect();
     return received_;
   } catch (const Gio::Error& error) {
-    // The system's numbers for a line that has gone are among the toolkit's for a cancelled one.
+    // Errno values of a line that is gone have the same numbers as toolkit codes such as CANCELLED.
     if (port_.is_lost() || !is_cut(error)) throw;
   }
   if (too_late) throw TessaraNoEnd(received_);
@@ -74,8 +74,8 @@ void TessaraExchange::send(const std::string& message) {
   sleep_for(transmit_time, cancel_);
 }
 
-// DSR is up as long as the device has something to say, and it may fall before the last bytes have
-// come through: hence two reads without any.
+// DSR is up while the device sends, and may fall before the last bytes have arrived. So two reads
+// without bytes are needed at the end.
 void TessaraExchange::collect() {
   std::array<char, 256> buffer{};
   bool was_silent = false;
