@@ -8,15 +8,15 @@
 
 namespace zemblar::simulator {
 
-/// A bus with readers at the addresses from 1 on, what it is plugged into, and where its faults
-/// come from.
+/// A bus with readers at the addresses from 1 on, the hardware list that it is plugged into, and
+/// the source of random faults.
 struct FailingBus {
   SimulatedBus& bus;
   MemoryHardware& hardware;
   Chance& chance;
 };
 
-/// What the master of a bus, its cable or a reader may do.
+/// A fault of the master, of its cable or of a reader.
 struct BusFault {
   const char* name;
   void (*begin)(const FailingBus& failing);

@@ -17,7 +17,7 @@ namespace zemblar::simulator {
 /// A simulated bus that the program has found, scanned and taken into service with its own drivers,
 /// in the current layout and in virtual time.
 ///
-/// Throws std::runtime_error when that does not happen.
+/// Throws std::runtime_error if that fails.
 class BusInService {
  public:
   static constexpr unsigned inputs_each = 8;
@@ -29,7 +29,7 @@ class BusInService {
   BusInService& operator=(const BusInService&) = delete;
 
   [[nodiscard]] unsigned readers() const { return static_cast<unsigned>(readers_.size()); }
-  /// What the program has of the bus. Readers and their inputs are counted from 0.
+  /// The program's devices for the bus. Readers and inputs are counted from 0.
   [[nodiscard]] Device& master() { return *master_; }
   [[nodiscard]] Device& reader(unsigned index) { return *readers_.at(index); }
   [[nodiscard]] Device& input(unsigned reader, unsigned index);
@@ -41,7 +41,7 @@ class BusInService {
   [[nodiscard]] ReaderHardware& hardware_of(unsigned reader) {
     return bus.reader(address_of(reader));
   }
-  /// Wires the block to an input and has it reported there.
+  /// Wires the block's rails to an input, and makes that input the block's detector.
   void assign(Block& block, unsigned reader, unsigned index);
 
   /// Starts a scan, or ends it.

@@ -10,13 +10,13 @@
 
 namespace zemblar::simulator {
 
-/// Serial hardware in memory that is plugged in and pulled out, as discovery finds it.
+/// A hardware source in memory, for simulated hardware that is plugged in and unplugged.
 class MemoryHardware : public HWSource {
  public:
-  /// Leads to the port; called for each port that is made of it.
+  /// Makes a line to the hardware's port; called for each port object.
   using Plug = std::function<std::unique_ptr<SerialLine>()>;
 
-  /// Its `object_name` is the key. Each time is another `instance`.
+  /// Plugs hardware in; `object_name` is the key. Sets a new `instance` each time.
   void plug_in(const HWDevice& record, Plug plug);
   void pull_out(const std::string& object_name);
 
@@ -29,7 +29,7 @@ class MemoryHardware : public HWSource {
     Plug plug;
   };
   std::map<std::string, Piece> pieces_;
-  unsigned plugged_ = 0;  // how often something was plugged in
+  unsigned plugged_ = 0;  // counts the calls of `plug_in`
 };
 
 }  // namespace zemblar::simulator

@@ -15,14 +15,16 @@
 
 namespace zemblar::simulator {
 
-/// A RailCom reader on a Tessara bus, from the wire's side and from the rails'.
+/// A simulated RailCom reader on a Tessara bus, with its bus protocol and the inputs connected to
+/// the rails.
 ///
-/// Whatever it hears after a DCC packet, and whatever changes at its inputs, waits as one record
-/// until it is polled. An answer that is one of the last three of its input goes out as its place
-/// among those, the most recently used first. A reader that is not polled drops its oldest records;
-/// what it tells next still fits what it told last.
+/// What it receives after a DCC packet, and each change of its inputs, is stored as one record
+/// until it is polled. An answer that equals one of the input's last three is sent as its index
+/// among these, the most recently used first. A reader that is not polled drops its oldest records;
+/// its next answer is still consistent with its last one.
 ///
-/// It says nothing before its stream was reset for the first time. Follows runtime/timer.
+/// It sends no records before its stream was reset for the first time. Uses the time of
+/// runtime/timer.
 class ReaderHardware : public TessaraDevice {
  public:
   using Milliseconds = std::chrono::milliseconds;
@@ -33,7 +35,7 @@ class ReaderHardware : public TessaraDevice {
   ReaderHardware(const ReaderHardware&) = delete;
   ReaderHardware& operator=(const ReaderHardware&) = delete;
 
-  /// What it is like; may be changed at any time.
+  /// Properties of the hardware; may be changed at any time.
   struct Options {
     std::string kind = "QVRN";
     std::string serial_nr = "RR-0001";
@@ -41,24 +43,24 @@ class ReaderHardware : public TessaraDevice {
     std::uint8_t version = 1;
     std::uint8_t encodings = 1;  ///< bit 0 is encoding 0, bit 1 encoding 1
 
-    std::size_t most_records = 256;     ///< that wait
+    std::size_t most_records = 256;     ///< stored at the same time
     std::size_t longest_answer = 1000;  ///< bytes after which a poll answer takes no more records
-    unsigned other_packets = 0;         ///< per second on the track, that nobody answers
-    bool empty_records = false;         ///< one after each other record
-    Milliseconds silence{1000};         ///< without an answer until the side is unknown again
+    unsigned other_packets = 0;         ///< packets per second on the track that no decoder answers
+    bool empty_records = false;         ///< adds an empty record after each other one
+    Milliseconds silence{1000};         ///< time without an answer until the side is unknown again
   };
   Options options;
 
   /// How it misbehaves, from the next poll on.
   struct Faults {
-    std::size_t missing_end = 0;  ///< bytes of each poll answer
+    std::size_t missing_end = 0;  ///< bytes missing at the end of each poll answer
     std::string garbage;          ///< in place of each poll answer
   };
   Faults faults;
 
   [[nodiscard]] unsigned input_count() const { return static_cast<unsigned>(inputs_.size()); }
   [[nodiscard]] TrackDetector& input(unsigned index);
-  /// As the host is told: 0 free, 1 current, 2 and 3 with answers from side 1 and 2.
+  /// The state as reported to the host: 0 free, 1 current, 2 and 3 with answers from side 1 and 2.
   [[nodiscard]] unsigned state(unsigned index) const;
 
   [[nodiscard]] unsigned speed() const override { return speed_; }
@@ -66,18 +68,18 @@ class ReaderHardware : public TessaraDevice {
   void restart() override;
 
   [[nodiscard]] bool streaming() const { return streaming_; }
-  /// Records that were dropped because nobody asked.
+  /// Number of records that were dropped because the reader was not polled.
   [[nodiscard]] std::uint64_t dropped() const { return dropped_; }
 
  private:
   class Input;
   using States = std::vector<std::uint8_t>;
-  /// What happened on the track with one packet.
+  /// The events on the track for one packet.
   struct Record {
     std::string dcc;
     States states;
-    unsigned input = 0;   // whose answer it is
-    std::string bytes{};  // empty when nobody answered
+    unsigned input = 0;   // the input that received the answer
+    std::string bytes{};  // empty without an answer
   };
   class Writer;
 
@@ -97,8 +99,8 @@ class ReaderHardware : public TessaraDevice {
   unsigned encoding_ = 0;
   bool streaming_ = false;
   std::deque<Record> records_;
-  std::optional<States> told_;        // to the host; none since the stream was reset
-  Clock::time_point others_until_{};  // packets that nobody answers are recorded until then
+  std::optional<States> told_;        // last sent to the host; no value after a reset of the stream
+  Clock::time_point others_until_{};  // packets without an answer are recorded up to this time
   std::uint64_t dropped_ = 0;
 };
 

@@ -17,9 +17,8 @@ namespace zemblar::simulator {
 ///     const auto port = SerialPort::create({.port_name = "memory"}, cable.plug());
 ///     cable.on_bytes([&](std::string_view bytes) { cable.send(answer_to(bytes)); });
 ///
-/// Whatever the program's end waits for happens in a later turn of the main loop, never inside
-/// `send`; time passes only where the hardware lets it. Must outlive the use of what it is plugged
-/// into.
+/// The program's end is notified in a later iteration of the main loop, never inside `send`. A
+/// transfer takes no time by itself. The cable must outlive the use of the port.
 class SerialCable {
  public:
   SerialCable() = default;
@@ -29,32 +28,32 @@ class SerialCable {
 
   /// The program's end; one at a time.
   [[nodiscard]] std::unique_ptr<SerialLine> plug();
-  /// The hardware has gone: all that the program tries from now on fails.
+  /// Unplugs the hardware: all later operations of the program fail.
   void unplug();
 
-  /// Bytes towards the program; lost while it has not opened the line.
+  /// Sends bytes to the program; they are lost while the program has not opened the line.
   void send(std::string_view bytes);
   /// Called with the bytes that the program sends, as it sends them.
   void on_bytes(std::function<void(std::string_view)> listener) { listener_ = std::move(listener); }
-  /// Called when DTR changes; it falls when the program closes the line or lets go of it.
+  /// Called when DTR changes; DTR falls when the program closes or releases the line.
   void on_dtr(std::function<void(bool)> listener) { dtr_listener_ = std::move(listener); }
-  /// Holds up the program's bytes, as CTS does, or lets them go.
+  /// Holds up the program's bytes, as CTS does, or stops doing so.
   void hold_up(bool on);
 
-  // What the hardware drives: DSR, RI and DCD.
+  // The modem lines that the hardware drives: DSR, RI and DCD.
   ModemLines lines;
 
-  // What the program has done to the line.
+  // The state of the line as set by the program.
   [[nodiscard]] bool is_open() const { return open_; }
   [[nodiscard]] bool dtr() const { return dtr_; }
   [[nodiscard]] bool rts() const { return rts_; }
   [[nodiscard]] const LineSettings& settings() const { return settings_; }
 
-  /// Each read finds as many bytes as it asks for, without an end.
+  /// Makes each read return as many bytes as requested, endlessly.
   bool floods = false;
 
-  int refusal = 0;                 // the system's error number for an attempt to open
-  int loss = EIO;                  // the same for transfers when the hardware has gone
+  int refusal = 0;                 // errno of an attempt to open the line; 0 for success
+  int loss = EIO;                  // errno of transfers after `unplug`
   std::size_t write_limit = 4096;  // bytes that one write takes
 
  private:

@@ -35,30 +35,31 @@ class SimulatedBus {
   SimulatedBus(const SimulatedBus&) = delete;
   SimulatedBus& operator=(const SimulatedBus&) = delete;
 
-  /// At an address without one; or another one in place of what is there. Its serial number is made
-  /// of the address.
+  /// Adds a reader at an address, or replaces the one there. Its serial number is derived from the
+  /// address.
   ReaderHardware& add_reader(std::uint8_t address, unsigned inputs = 8);
   [[nodiscard]] ReaderHardware& reader(std::uint8_t address) { return *readers_.at(address); }
   [[nodiscard]] std::size_t reader_count() const { return readers_.size(); }
-  /// Off the bus, or on it again: it keeps what it was told.
+  /// Disconnects a reader from the bus, or reconnects it; the reader keeps its state.
   void disconnect(std::uint8_t address) { master.detach(address); }
   void reconnect(std::uint8_t address) { master.attach(address, reader(address)); }
 
-  /// Wires a block's rails to an input. The block's own choice of a detector is another matter.
+  /// Wires a block's rails to an input, independently of the detector that the block has in the
+  /// layout.
   void wire(const Block& block, std::uint8_t address, unsigned input);
-  /// The same, to the hardware of the input that the block has chosen: by its place in its reader
-  /// and the reader's address. Does nothing when that is no input of such a reader.
+  /// Wires the rails to the hardware of the input that the block has in the layout, by the reader's
+  /// address and the input's index. Does nothing if the block has no such input.
   void wire_to_input(const Block& block);
-  /// What the block's rails are wired to; null for a block without wires.
+  /// The detector that the block's rails are wired to, or null.
   [[nodiscard]] TrackDetector* detector_of(const Block* block) const;
-  /// What the model's trains do to wired blocks goes to the readers. The model must not outlive the
+  /// Connects the model's trains on wired blocks to the readers. The model must not outlive the
   /// bus.
   void serve(TrackModel& model);
 
-  /// As the system tells of it.
+  /// The system's description of the master.
   [[nodiscard]] HWDevice record() const;
   void plug_into(MemoryHardware& hardware);
-  /// The cable first, as it really happens: the system notices later.
+  /// Unplugs the cable first, as in reality, where the system notices it later.
   void unplug();
   [[nodiscard]] bool plugged_in() const { return hardware_ != nullptr; }
 

@@ -8,18 +8,18 @@
 
 namespace zemblar::simulator {
 
-/// Hardware with an address on a Tessara bus, as its master meets it. One that stands at another
-/// speed than the one its master speaks with does not hear it.
+/// Hardware with an address on a Tessara bus, as seen by its master. It receives a message only if
+/// the master uses the device's speed.
 class TessaraDevice {
  public:
   virtual ~TessaraDevice() = default;
 
   /// The index of the bus speed at which it listens; 0 after power on.
   [[nodiscard]] virtual unsigned speed() const = 0;
-  /// The answer to a message, or nothing when it refuses. A change of speed counts from the next
-  /// message on.
+  /// Carries out a message and returns the answer; no value if the device refuses. A change of
+  /// speed takes effect with the next message.
   virtual std::optional<std::string> execute(std::string_view message) = 0;
-  /// Off and on again: it has forgotten what it was told.
+  /// Switches the power off and on, which resets the state.
   virtual void restart() = 0;
 };
 
@@ -28,7 +28,7 @@ class TessaraDevice {
 /// speed k + 1 in place of what the first one said of that, and so on.
 [[nodiscard]] std::string tessara_info(std::string_view kind,
                                        const std::vector<std::uint16_t>& speeds);
-/// Whether the words of such a table hold the speed.
+/// True if the table contains the speed.
 [[nodiscard]] bool has_speed(const std::vector<std::uint16_t>& speeds, unsigned index);
 
 }  // namespace zemblar::simulator

@@ -18,14 +18,14 @@ namespace zemblar::simulator {
 
 /// The master of a Tessara bus at the far end of a serial cable, from the wire's side.
 ///
-/// What the host sends while it holds DTR up is one frame; it ends when DTR falls. From then on DSR
-/// is high until the answer is through, and RI is high afterwards when the frame was refused. Bytes
-/// without DTR are lost. A frame that comes while an answer is under way cuts that off.
+/// The bytes that the host sends while DTR is up are one frame, which ends when DTR falls. Then DSR
+/// is up until the answer has been sent; RI is up afterwards if the frame was refused. Bytes sent
+/// without DTR are lost. A new frame cuts off an answer in progress.
 ///
-/// A message for a device comes in one frame or in parts, of which the master may take less than it
-/// was offered; it tells the count, and the host sends the rest again. The answer is fetched in
-/// pieces. Knows the protocol by itself and follows runtime/timer. The cable and the devices must
-/// live longer.
+/// A message for a device arrives in one frame or in parts. The master may accept less than the
+/// frame; it returns the count, and the host sends the rest again. The host fetches the answer in
+/// pieces. This class implements the protocol independently of the drivers, and uses the time of
+/// runtime/timer. The cable and the devices must outlive it.
 class TessaraMaster {
  public:
   using Milliseconds = std::chrono::milliseconds;
@@ -56,39 +56,39 @@ class TessaraMaster {
 
   /// How it misbehaves, from the next frame on.
   struct Faults {
-    bool silent = false;              ///< hears nothing and says nothing
-    bool never_ready = false;         ///< takes nothing
-    bool never_done = false;          ///< the answer of a device never comes
+    bool silent = false;              ///< ignores all frames
+    bool never_ready = false;         ///< accepts no frame
+    bool never_done = false;          ///< a device's answer never arrives
     bool endless = false;             ///< DSR stays high
-    unsigned errors = 0;              ///< frames from now on that are refused
+    unsigned errors = 0;              ///< number of next frames that are refused
     std::size_t lost_byte = no_byte;  ///< of each answer, counted from 0, does not arrive
     std::size_t cut_at = no_byte;     ///< the cable is pulled before this byte of the next answer
   };
   Faults faults;
-  /// All is well again, also with an answer that did not end.
+  /// Ends all faults, also an endless answer.
   void end_faults();
 
   void attach(std::uint8_t address, TessaraDevice& device) { devices_[address] = &device; }
   void detach(std::uint8_t address) { devices_.erase(address); }
-  /// The speed with which it speaks to the address.
+  /// The speed that the master uses for the address.
   [[nodiscard]] unsigned speed(std::uint8_t address) const { return speeds_[address]; }
-  /// Off and on again, and with it all that it feeds.
+  /// Switches the power of the master and of its devices off and on.
   void restart();
 
-  /// Frames that it took for itself, as in "07 03 04", and messages for a device, in order. With
-  /// `log` false nothing is kept.
+  /// Logs of frames for the master, such as "07 03 04", and of messages for a device, in order.
+  /// With `log` false nothing is logged.
   bool log = true;
   [[nodiscard]] std::vector<std::string> take_frames() { return std::exchange(frames_, {}); }
   [[nodiscard]] std::vector<std::string> take_messages(std::uint8_t address) {
     return std::exchange(messages_[address], {});
   }
-  /// Frames since it was made, also those that were refused.
+  /// Number of frames since construction, including refused ones.
   [[nodiscard]] std::uint64_t frame_count() const { return frame_count_; }
 
  private:
   using Answer = std::optional<std::string>;
   enum class Status : char { complete = 0, more = 1, refused = 2, absent = 3 };
-  /// On its way from the host, or from the device.
+  /// A message on its way from the host, and its answer on the way back.
   struct Message {
     std::uint8_t address = 0;
     std::string bytes{};
@@ -118,7 +118,7 @@ class TessaraMaster {
   std::array<std::uint8_t, 256> speeds_{};
   std::string frame_;
   std::optional<Message> message_;
-  unsigned refusals_ = 0;  // counts of 0 since a frame was last taken
+  unsigned refusals_ = 0;  // number of counts of 0 since a frame was last accepted
   std::string outgoing_;
   bool error_ = false;
   std::vector<std::string> frames_;

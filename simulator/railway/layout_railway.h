@@ -10,11 +10,10 @@
 
 namespace zemblar::simulator {
 
-/// The railway that one of the sample layouts is the plan of: track of the real lengths, RailCom
-/// readers at the addresses that the layout has, and trains that stand where they do in the
-/// morning.
+/// The railway of one of the sample layouts: track with realistic lengths, RailCom readers at the
+/// addresses in the layout, and trains at their initial places.
 ///
-/// Speeds and directions come from whoever simulates the command station, through `track`.
+/// Speeds and directions come from a simulated command station, through `track`.
 class LayoutRailway {
  public:
   explicit LayoutRailway(std::uint64_t seed = 1);
@@ -25,7 +24,7 @@ class LayoutRailway {
   /// the track of the open layout. Returns the trains that have found their place: none in a layout
   /// without these locomotives and blocks. For another layout it may be called again.
   std::vector<const Train*> build();
-  /// The wires are laid anew, for blocks and inputs that have come or changed.
+  /// Wires the blocks again, after blocks or inputs were added or changed.
   void wire_blocks();
   /// The train of that name, or null.
   [[nodiscard]] Train* find_train(std::string_view name) const;

@@ -13,7 +13,7 @@ namespace zemblar::simulator {
 
 enum class StationKind { ecos, liusb };
 
-/// What is wished while trains run, each wish after a random time.
+/// Random commands while trains run, each after a random time.
 struct Traffic {
   std::chrono::milliseconds mean_pause{100};
   /// Share of the speeds that are 0 or emergency stops; of the favourite alone, if there is one.

@@ -14,8 +14,8 @@ namespace zemblar::simulator {
 /// One of the sample layouts as it is shipped, opened and in service: over the program's own
 /// drivers, a simulated ECoS, and the bus and the trains of a `LayoutRailway`. In virtual time.
 ///
-/// The program's list of hardware looks at this railway from then on: one at a time. Throws
-/// std::runtime_error when the layout cannot be opened or a train is not seen.
+/// The program's hardware list reads from this railway, so only one can exist at a time. Throws
+/// std::runtime_error if the layout cannot be opened or a train is not detected.
 class SampleRailway {
  public:
   SampleRailway(const std::string& path, std::uint64_t seed);

@@ -12,7 +12,7 @@ namespace zemblar::simulator {
 
 class Chance;
 
-/// What a simulated station has been told and has carried out.
+/// A command that a simulated station has carried out.
 struct Executed {
   enum class Kind { item, power, point };
 

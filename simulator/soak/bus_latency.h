@@ -7,12 +7,12 @@
 
 namespace zemblar::simulator {
 
-/// What else the program has to do meanwhile.
+/// The other work of the program during the measurement.
 enum class Load {
   quiet,
-  scanning,           ///< for new devices
-  other_locomotives,  ///< change their speeds, 40 of them twice a second each
-  every_packet,       ///< readers tell of each packet on the track, not only of answered ones
+  scanning,           ///< scanning for new devices
+  other_locomotives,  ///< 40 other locomotives change their speed twice a second each
+  every_packet,       ///< readers report each packet on the track, not only answered ones
 };
 
 /// How long it takes from the moment that the hardware's input ahead of a train sees current to the

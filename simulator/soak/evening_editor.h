@@ -16,18 +16,18 @@ class Device;
 
 namespace zemblar::simulator {
 
-/// Somebody who works at the track editor while trains run, at random: objects come, go, move and
-/// get other names and settings, and much of it is undone again.
+/// A simulated user who edits at random while trains run: adds, deletes, moves, renames and changes
+/// objects, and undoes much of it.
 ///
-/// As in the program's windows, each turn is one step that can be undone, and a device goes when
-/// the trains stand.
+/// As in the program's windows, each action is one undo step, and a device is deleted only when the
+/// trains stand.
 class EveningEditor {
  public:
   explicit EveningEditor(Chance& chance);
   EveningEditor(const EveningEditor&) = delete;
   EveningEditor& operator=(const EveningEditor&) = delete;
 
-  /// Does one thing in the current layout, and says what.
+  /// Does one action in the current layout, and returns its name.
   std::string_view act();
 
  private:
@@ -38,7 +38,7 @@ class EveningEditor {
   };
   static const std::vector<Deed>& deeds();
 
-  /// What changes meanwhile is one step.
+  /// Records all changes made by `work` as one step.
   void record(const std::function<void()>& work);
 
   template <typename T>

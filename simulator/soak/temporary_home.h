@@ -4,8 +4,8 @@
 
 namespace zemblar::simulator {
 
-/// An empty folder for files of the operator, and for what the program keeps of its user: the
-/// program looks there from then on. Ends with all that is in it.
+/// A temporary folder used as the user's home, for layout files and the program's own files. The
+/// destructor removes it with its content.
 class TemporaryHome {
  public:
   TemporaryHome();

@@ -8,11 +8,11 @@
 
 namespace zemblar::simulator {
 
-/// Lines that a person types in the terminal, carried out one by one on the main loop.
+/// Reads lines that the user types in the terminal, and runs them as commands on the main loop.
 ///
-/// `obey` takes a line and returns what there is to say; what it throws as std::exception is said
-/// as well. The end of the input is no end of the program, which may run in the background. One for
-/// a process; it lives as long as that.
+/// `obey` takes a line and returns the text to print; the text of a std::exception is printed as
+/// well. The end of the input does not end the program, which may run in the background. Make one
+/// per process; it must exist as long as the process.
 class ConsoleInput {
  public:
   using Obey = std::function<std::string(std::string_view line)>;

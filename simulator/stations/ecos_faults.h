@@ -11,8 +11,8 @@
 
 namespace zemblar::simulator {
 
-/// How the station misbehaves. Changes count from the next command on. The commands that a fault
-/// hits are not carried out, so that their effect is missing as well as their answer.
+/// The faults of the station. Changes take effect with the next command. A command hit by a fault
+/// is not carried out, so that both its effect and its answer are missing.
 class EcosFaults {
  public:
   /// What happens to a command instead of being carried out.
@@ -22,8 +22,8 @@ class EcosFaults {
   struct Rule {
     Effect effect = Effect::fail;
     std::string prefix;             ///< of the command lines it is for, empty for all
-    unsigned skip = 0;              ///< so many of these pass first
-    std::optional<unsigned> times;  ///< so many are hit then, without a value all
+    unsigned skip = 0;              ///< number of matching commands that pass first
+    std::optional<unsigned> times;  ///< number of commands hit after that; all without a value
     unsigned status = 0;            ///< of the reply, for Effect::fail
   };
 
@@ -41,10 +41,10 @@ class EcosFaults {
   void drop_after(unsigned commands, std::string prefix = "");
   void add(Rule rule) { rules_.push_back(std::move(rule)); }
 
-  /// Behaves well from now on.
+  /// Ends all faults.
   void clear() { *this = EcosFaults(); }
 
-  /// The rule that hits this command, if any. Counts the command, so ask once for each.
+  /// The rule that hits this command, if any. Counts the command, so call it once per command.
   [[nodiscard]] std::optional<Rule> hit(std::string_view line);
 
  private:

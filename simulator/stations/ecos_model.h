@@ -28,7 +28,7 @@ struct EcosLocomotive {
   unsigned speed = 0;      ///< 0 to 127
   unsigned direction = 0;  ///< 0 forward, 1 backward
   std::bitset<function_count> functions;
-  std::optional<EcosClient> holder;  ///< who has control
+  std::optional<EcosClient> holder;  ///< the client that has control
 };
 
 /// What the station sends to one connection: a whole reply or event.
@@ -37,8 +37,8 @@ struct EcosMessage {
   std::string text;
 };
 
-/// What the station knows and how it answers: objects, who controls them, who views them. Pure, no
-/// input or output; the messages that result are returned in the order in which they are sent.
+/// The station's state and behaviour: objects, and the clients that control and view them. Pure, no
+/// input or output; the resulting messages are returned in the order of sending.
 ///
 /// Objects: 1 the station, 10 the locomotive manager, 11 the switching manager, 1000 and above the
 /// locomotives. Standard: options, control and view. Guessed: the order of reply and event, that
@@ -54,7 +54,7 @@ class EcosModel {
   /// Carries out a command line and returns the reply, first, and the events.
   [[nodiscard]] std::vector<EcosMessage> execute(EcosClient client, std::string_view line);
 
-  /// The client is gone: releases all that it controls and views. Nobody is told.
+  /// Releases everything that a disconnected client controls and views, without events.
   void leave(EcosClient client);
 
   /// The keys on the station's front. An emergency also sets all speeds to 0.
@@ -62,17 +62,17 @@ class EcosModel {
   [[nodiscard]] std::vector<EcosMessage> press_stop() { return press(false, false); }
   [[nodiscard]] std::vector<EcosMessage> press_emergency() { return press(false, true); }
 
-  /// Someone enters a locomotive at the station, which allows several of one address; returns its
-  /// object id in `id` and the events.
+  /// Adds a locomotive at the station's own panel, where several may have one address. Stores its
+  /// object id in `id` and returns the events.
   [[nodiscard]] std::vector<EcosMessage> add_locomotive(unsigned address, std::string name,
                                                         unsigned* id = nullptr);
 
   [[nodiscard]] bool track_power() const { return power_; }
-  /// By object id.
+  /// The locomotives by object id.
   [[nodiscard]] const std::map<unsigned, EcosLocomotive>& locomotives() const {
     return locomotives_;
   }
-  /// The locomotive of that address, the youngest of several, or null.
+  /// The locomotive with this address, the newest of several, or null.
   [[nodiscard]] const EcosLocomotive* locomotive(unsigned address) const;
   /// The last position, 'g' or 'r', of each output by protocol and number, as in "DCC17".
   [[nodiscard]] const std::map<std::string, char>& switches() const { return switches_; }

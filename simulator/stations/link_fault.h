@@ -4,15 +4,15 @@
 
 namespace zemblar::simulator {
 
-/// What a command station, the port to it or the wire may do.
+/// A fault of a command station, of its port or of the wire.
 enum class LinkFault {
   refuse_item,        ///< function 2 of one locomotive is refused
   refuse_locomotive,  ///< all of one locomotive is refused
   no_answer,          ///< the commands of one locomotive have no effect and no answer
   late_answer,        ///< each answer comes late
   drop,               ///< the connection ends, or the plug is pulled
-  half_open,          ///< bytes vanish both ways, and nobody is told
-  flood,              ///< unasked messages and garbage without a pause
+  half_open,          ///< bytes are lost in both directions without an error
+  flood,              ///< unsolicited messages and garbage without a pause
   slow,               ///< bytes come and go one at a time
 };
 

@@ -7,9 +7,8 @@
 
 namespace zemblar::simulator {
 
-/// Carries out what a person types to make a LI-USB misbehave, and returns the answer; `help` lists
-/// the commands. Throws std::invalid_argument, with a text for the person, when the line makes no
-/// sense.
+/// Runs a command that controls the faults of a LI-USB, and returns the answer; `help` lists the
+/// commands. Throws std::invalid_argument, with a text for the user, if the line is no command.
 std::string run_liusb_command(LiUsbInterface& liusb, std::string_view line);
 
 }  // namespace zemblar::simulator

@@ -13,31 +13,31 @@
 
 namespace zemblar::simulator {
 
-/// A LI-USB and the station behind it, from the wire's side.
+/// A simulated LI-USB with its station.
 ///
 ///     LiUsbInterface liusb(after, [&](std::string_view bytes) { terminal.send(bytes); });
 ///     terminal.on_bytes([&](std::string_view bytes) { liusb.receive(bytes); });
 ///
-/// Any transport of bytes will do. Time is a function given at construction, so that delays can run
-/// on the main loop or on a clock of a test. One thread.
+/// Works with any transport of bytes. The time comes from a function given to the constructor, so
+/// that delays can use the main loop or the clock of a test. One thread.
 class LiUsbInterface {
  public:
   using Milliseconds = std::chrono::milliseconds;
   using Message = XpressNetStation::Message;
-  /// Calls the function once after the time, in order of time and then of asking.
+  /// Calls the function once after the time; calls due at the same time in the order of requests.
   using After = std::function<void(Milliseconds, std::function<void()>)>;
   using Send = std::function<void(std::string_view)>;
 
   LiUsbInterface(After after, Send send) : after_(std::move(after)), send_(std::move(send)) {}
 
-  /// How it misbehaves, from the next request on.
+  /// The faults; changes take effect with the next request.
   struct Faults {
-    bool silent = false;              ///< hears nothing and says nothing
-    bool mute = false;                ///< does as told and says nothing
+    bool silent = false;              ///< ignores all requests
+    bool mute = false;                ///< carries out requests without answering
     Milliseconds late{2};             ///< until an answer
     std::size_t lost_byte = no_byte;  ///< of each answer, counted from 0, does not arrive
     std::string garbage;              ///< bytes before each answer
-    bool broadcasts = false;          ///< tells of its power before each answer
+    bool broadcasts = false;          ///< broadcasts its track power before each answer
     bool pieces = false;              ///< answers byte by byte, a millisecond each
     /// Requests that are lost: those that begin with the bytes of one of these numbers.
     std::vector<std::uint32_t> deaf_to{};
@@ -49,11 +49,11 @@ class LiUsbInterface {
   static constexpr std::size_t no_byte = static_cast<std::size_t>(-1);
   Faults faults;
 
-  /// Bytes from the program, in whatever pieces.
+  /// Takes bytes from the program, in any pieces.
   void receive(std::string_view bytes);
-  /// Unplugged: what was on its way never arrives.
+  /// Unplugs the interface: bytes on their way are lost.
   void lose_power();
-  /// Tells all what a hand throttle, or the station itself, has caused.
+  /// Broadcasts a message about an action of a hand throttle or of the station itself.
   void broadcast(const Message& message);
 
   /// Called with each request that the station has carried out.
@@ -77,7 +77,8 @@ class LiUsbInterface {
   After after_;
   Send send_;
   std::function<void(const Message&)> observer_;
-  std::shared_ptr<char> life_ = std::make_shared<char>();  // ends with each loss of power
+  std::shared_ptr<char> life_ =
+      std::make_shared<char>();  // replaced at each loss of power, so that pending answers expire
   std::string received_;
   std::vector<std::string> requests_;
 };

@@ -8,7 +8,7 @@
 
 namespace zemblar::simulator {
 
-/// A serial device of the system without hardware: the far end of a pseudo-terminal.
+/// A serial device without hardware: the far end of a pseudo-terminal.
 ///
 /// It carries bytes, but has no modem lines. Runs on the default main loop.
 class PseudoTerminal {
@@ -19,12 +19,12 @@ class PseudoTerminal {
   PseudoTerminal(const PseudoTerminal&) = delete;
   PseudoTerminal& operator=(const PseudoTerminal&) = delete;
 
-  /// What a program opens.
+  /// The path that a program opens.
   [[nodiscard]] const std::string& path() const { return path_; }
   void send(std::string_view bytes) const;
   /// Called with the bytes that come from the program.
   void on_bytes(std::function<void(std::string_view)> listener) { listener_ = std::move(listener); }
-  /// Gone, like hardware that is unplugged.
+  /// Closes the terminal, like hardware that is unplugged.
   void hang_up();
 
  private:

@@ -8,10 +8,9 @@
 
 namespace zemblar::simulator {
 
-/// The commands that a person types to operate a station: its keys, its locomotives, its faults.
+/// The commands that the user types to operate a station: its keys, its locomotives, its faults.
 ///
-/// Each takes the words after its name; `help` lists them. The station is seen and must live
-/// longer.
+/// `help` lists the commands. The station must outlive the console.
 class StationConsole {
  public:
   /// `quit` is called by the command of that name.

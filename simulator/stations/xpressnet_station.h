@@ -9,7 +9,7 @@
 
 namespace zemblar::simulator {
 
-/// A command station as XpressNet shows it: requests in, answers out. Pure.
+/// A simulated XpressNet command station: requests in, answers out. Pure.
 ///
 /// Standard (the XpressNet protocol that Lenz publishes). Messages are held with their header and
 /// without their check byte.
@@ -22,19 +22,20 @@ class XpressNetStation {
     unsigned step = 0;   ///< 0 stands still; up to 14, 27, 28, 126
     bool forwards = false;
     bool emergency = false;
-    std::map<unsigned, bool> functions{};  ///< those that it was told of
+    std::map<unsigned, bool> functions{};  ///< functions that were ever set
   };
 
-  /// The answer to a request, and what everybody is told because of it.
+  /// The answer to a request, and a broadcast caused by it.
   struct Reaction {
     Message answer;
     std::optional<Message> broadcast{};
   };
   Reaction execute(const Message& request);
 
-  /// As commanded last; null for one that never was. Long addresses from 100 on.
+  /// The last commanded state; null if the locomotive was never commanded. Addresses from 100 on
+  /// are long.
   [[nodiscard]] const Locomotive* locomotive(unsigned address) const;
-  /// Output 1 to 8 of a decoder from 1 to 256: true while energised, nothing if it never was.
+  /// Output 1 to 8 of a decoder from 1 to 256: true while energised; no value if it never was.
   [[nodiscard]] std::optional<bool> coil(unsigned decoder, unsigned output) const;
 
   bool power = true;

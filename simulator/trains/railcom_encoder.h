@@ -18,14 +18,14 @@ struct DccAddress {
 [[nodiscard]] std::string speed_packet(DccAddress address, unsigned step, bool forwards);
 /// The same with the emergency stop in place of a step.
 [[nodiscard]] std::string stop_packet(DccAddress address, bool forwards);
-/// The packet for no decoder in particular.
+/// The idle packet, which addresses no decoder.
 [[nodiscard]] std::string idle_packet();
 
-/// What a locomotive's decoder sends in the RailCom cutout, byte for byte (RCN-217).
+/// The bytes that a locomotive's decoder sends in the RailCom cutout (RCN-217).
 ///
-/// Channel 1 has room for one datagram of two bytes: the two halves of the address in turn, after
-/// any packet. Channel 2 has room for six bytes and belongs to the decoder that the packet was for.
-/// Knows the standard from the decoder's side; shares nothing with those who read it.
+/// Channel 1 has one datagram of two bytes: the two halves of the address in turn, after any
+/// packet. Channel 2 has six bytes and is used by the addressed decoder. This class implements the
+/// decoder's side of the standard and shares no code with the program's RailCom reader.
 class RailComEncoder {
  public:
   explicit RailComEncoder(DccAddress address) : address_(address) {}
@@ -38,7 +38,7 @@ class RailComEncoder {
 
   /// Any datagram of 12 bits: identifier 0 to 15.
   [[nodiscard]] static std::string datagram(unsigned id, std::uint8_t payload);
-  /// The decoder has understood, and has nothing to say.
+  /// The decoder acknowledges without data.
   static constexpr char acknowledge = 0b00001111;
 
  private:

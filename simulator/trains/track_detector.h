@@ -6,7 +6,7 @@
 
 namespace zemblar::simulator {
 
-/// The rails' side of a detector: what it is told of the trains on its stretch of track.
+/// The track side of a detector: receives the current and RailCom answers of trains on its track.
 class TrackDetector {
  public:
   TrackDetector() = default;
@@ -14,16 +14,16 @@ class TrackDetector {
   TrackDetector(const TrackDetector&) = delete;
   TrackDetector& operator=(const TrackDetector&) = delete;
 
-  /// Current flows or not; the side that RailCom answers come from: 0 unknown, 1 or 2.
+  /// Sets whether current flows, and the side that RailCom answers come from: 0 unknown, 1 or 2.
   virtual void set_current(bool on, unsigned side = 0) = 0;
-  /// Hands in what was heard in the cutout after a DCC packet; no bytes are no answer.
+  /// Passes the bytes of the cutout after a DCC packet; empty for no answer.
   virtual void receive(std::string_view dcc, std::string_view bytes) = 0;
 
   [[nodiscard]] virtual bool current() const = 0;
-  /// As it was told last; 0 without current.
+  /// The side set last; 0 without current.
   [[nodiscard]] virtual unsigned side() const = 0;
 
-  /// It must not be told anything any more. May come twice.
+  /// The detector must not be used any more. May be emitted twice.
   sigc::signal<void>& signal_ended() { return signal_ended_; }
 
  private:

@@ -20,34 +20,34 @@ class BlockLink;
 
 namespace zemblar::simulator {
 
-/// Something that has happened on the track.
+/// An event on the track.
 struct TrackEvent {
   enum class Kind {
     entered,    ///< the leading end has come into `block`
     left,       ///< the last part has gone from some block
-    turned,     ///< it goes the other way from now on
-    ran_off,    ///< it came to an open end, or to a point set against it, and stopped dead
-    collision,  ///< it came into `block`, where `other` is: both stopped dead
+    turned,     ///< it has reversed its direction
+    ran_off,    ///< it reached an open end, or a point set against it, and stopped abruptly
+    collision,  ///< it entered `block`, where `other` is; both stopped abruptly
   };
 
   Kind kind;
   Train* train;
-  Block* block;        ///< of its leading end
-  Train* other;        ///< null but for a collision
-  bool point_against;  ///< it ran off where a block had no way through
+  Block* block;        ///< the block of its leading end
+  Train* other;        ///< null except for a collision
+  bool point_against;  ///< it ran off at a block without a route
 };
 
-/// Trains that move over the blocks of the current layout, as the points lie when they come, and
-/// what the detectors see of them.
+/// Trains that move over the blocks of the current layout, along the present routes, and their
+/// effect on the detectors.
 ///
-/// Speeds and directions come from a command station: whoever stands for one hands every command to
-/// `command`. What happens on a block is told to its detector; several may share one.
+/// Speeds and directions come from a simulated command station, which passes every command to
+/// `command`. Events on a block are passed to its detector; several blocks may share one.
 ///
-/// It follows time from event to event by runtime/timer: a train has a timer only while it moves,
-/// an input only while something is on its way. Everything that is random comes from the seed.
+/// It advances from event to event, using runtime/timer: a train has a timer only while it moves,
+/// an input only while a report is pending. All randomness comes from the seed.
 ///
-/// The layout's blocks may end while trains stand on them: these are taken from the track. The
-/// model must not be destroyed by its own observers.
+/// When a block ends, the trains on it are taken from the track. Handlers of the model's signals
+/// must not destroy it.
 class TrackModel {
  public:
   explicit TrackModel(std::uint64_t seed = 1);
@@ -55,30 +55,30 @@ class TrackModel {
   TrackModel(const TrackModel&) = delete;
   TrackModel& operator=(const TrackModel&) = delete;
 
-  /// In mm; a metre unless told otherwise. For trains that come into the block from then on.
+  /// The length in mm, by default one metre. Takes effect for trains that enter the block later.
   void set_length(const Block* block, double length);
   void set_default_length(double length) { default_length_ = length; }
   [[nodiscard]] double length_of(const Block* block) const;
 
-  /// A train beside the track. The model owns it.
+  /// Adds a train, beside the track at first; owned by the model.
   Train& add_train(TrainOptions options);
   [[nodiscard]] const std::vector<std::unique_ptr<Train>>& trains() const { return trains_; }
-  /// Puts it into the middle of the link's block, the decoder's leading end towards the link;
-  /// false when it is too long for the track behind, or another train is there.
+  /// Puts a train in the middle of the link's block, with the decoder's leading end towards the
+  /// link. False if it is too long for the track behind, or another train is there.
   bool place(Train& train, BlockLink& towards);
-  /// Takes it from the track.
+  /// Takes a train from the track.
   void lift(Train& train);
 
-  /// What is wired to the block's rails, or null: unless told otherwise its input, when that is in
-  /// memory.
+  /// The detector that is wired to the block's rails, or null. By default the block's input, if
+  /// that is in memory.
   std::function<TrackDetector*(const Block*)> detector_of;
 
-  // From the command station.
+  // Commands from the station.
   /// Speed step 0 to 126. An address that no train has is ignored.
   void command(unsigned address, unsigned step, bool forwards);
   void emergency_stop(unsigned address);
-  /// Without track power everything stops as in an emergency; what is commanded meanwhile counts
-  /// when it is back. Detectors have a supply of their own and go on.
+  /// Without track power all trains stop as in an emergency; commands given meanwhile take effect
+  /// when the power returns. Detectors have their own supply and keep working.
   void set_power(bool on);
 
   [[nodiscard]] SensorOptions& sensor_options() { return sensors_.options; }
@@ -89,9 +89,9 @@ class TrackModel {
 
   [[nodiscard]] std::uint64_t collisions() const { return collisions_; }
   [[nodiscard]] std::uint64_t times_run_off() const { return times_run_off_; }
-  /// How fast the train is now, in mm/s.
+  /// The present speed of the train, in mm/s.
   [[nodiscard]] double speed(const Train& train) const;
-  /// How far it has travelled since it was made, in mm.
+  /// The distance that the train has travelled since it was made, in mm.
   [[nodiscard]] double travelled(const Train& train) const;
 
  private:

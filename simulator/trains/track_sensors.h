@@ -50,8 +50,8 @@ class Chance {
   std::mt19937_64 engine_;
 };
 
-/// How detectors fall short of the truth. Shares are 0 to 1. The first group is what good hardware
-/// does all the time, the second what should not happen.
+/// The imperfections of detectors. Shares are 0 to 1. The first group is normal for good hardware,
+/// the second are faults.
 struct SensorOptions {
   using Time = std::chrono::milliseconds;
 
@@ -67,11 +67,11 @@ struct SensorOptions {
   double mute = 0;     ///< share of RailCom answers that get lost
 };
 
-/// What the detectors of a track see of the trains: hands to each detector, late and imperfect as
-/// it is in reality, current, orientation and encoded RailCom answers.
+/// The effect of trains on the detectors of a track: passes current, orientation and encoded
+/// RailCom answers to each detector, with realistic delays and imperfections.
 ///
-/// Never calls a detector at once, but from timers, so that what a report leads to never meets a
-/// train half-way. Detectors may end at any time; trains outlive their entries.
+/// Calls detectors only from timers, so that the consequences of a report never meet a train in an
+/// intermediate state. Detectors may end at any time; trains outlive their entries.
 class TrackSensors {
  public:
   explicit TrackSensors(std::uint64_t seed);
@@ -79,7 +79,7 @@ class TrackSensors {
 
   SensorOptions options;
 
-  /// How a locomotive stands at an input: 0 unknown, 1 or 2.
+  /// The orientation of a locomotive at an input: 0 unknown, 1 or 2.
   std::function<unsigned(const Train&, const TrackDetector&)> orientation;
 
   /// The inputs at which the train draws current from now on, each once, and the one at which its

@@ -8,16 +8,16 @@ namespace zemblar::simulator {
 
 class TrackModel;
 
-/// A command station in memory: what it is told goes straight to the trains of a track model, which
-/// must live longer. Not in a layout file.
+/// A command station in memory, which passes commands directly to the trains of a track model. The
+/// model must outlive it. Not in a layout file.
 class TrackStation : public Device {
  public:
   explicit TrackStation(TrackModel& model);
-  /// One in the current layout's devices, in service, for decoders without a device of their own.
+  /// Adds one to the current layout's devices, in service and in default use.
   static TrackStation* in_service(TrackModel& model);
   void save(YAML::Emitter& out) const override;
 
-  /// From the command to the train, and from there to the answer; the fiber sleeps before.
+  /// Delay from the command to its effect and answer, in which the fiber sleeps.
   std::chrono::milliseconds delay{0};
 
   [[nodiscard]] int supports(std::string_view feature) const override;

@@ -14,7 +14,7 @@
 
 namespace zemblar::simulator {
 
-/// A train, the locomotive that the layout has for it, and what it has been through lately.
+/// A train, its locomotive in the layout, and its recent history.
 struct Driven {
   using Time = Clock::time_point;
   static constexpr Time never{};
@@ -45,8 +45,8 @@ struct Driven {
   [[nodiscard]] bool faces_forwards() const;
 };
 
-/// Knows what trains and blocks of a track model have been through, so that the cause of a
-/// collision can be told afterwards.
+/// Records the history of a track model's trains and blocks, so that the cause of a collision can
+/// be found afterwards.
 class TrackWitness {
  public:
   /// `longest_report` is from the rails to block control, `longest_command` from there to the
@@ -65,7 +65,7 @@ class TrackWitness {
   void note_freed(const Block& block) { freed_[&block] = Clock::now(); }
   /// The block's detector is not heard now.
   void note_silence(const Block& block) { silences_[&block] = Clock::now(); }
-  /// Looks who has moved since the last call.
+  /// Records which trains have moved since the last call.
   void look();
 
   [[nodiscard]] std::vector<Driven>& trains() { return trains_; }

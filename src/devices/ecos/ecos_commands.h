@@ -14,7 +14,7 @@ inline constexpr unsigned locomotive_manager = 10;  ///< object that lists and m
 inline constexpr unsigned switching_manager = 11;   ///< object of accessories
 inline constexpr unsigned unknown_object = 15;      ///< the status of an answer about no object
 
-/// Asks for the events of an object.
+/// Requests the events of an object.
 [[nodiscard]] std::string request_view(unsigned object);
 [[nodiscard]] std::string get_status();
 /// Track power.
@@ -25,7 +25,7 @@ inline constexpr unsigned unknown_object = 15;      ///< the status of an answer
 [[nodiscard]] std::string query_locomotives();
 [[nodiscard]] std::string create_locomotive(Address address, std::string_view name);
 
-/// Takes control of a locomotive away from whoever has it.
+/// Takes control of a locomotive, also from another client.
 [[nodiscard]] std::string request_control(unsigned locomotive);
 [[nodiscard]] std::string release_control(unsigned locomotive);
 /// 0 to 126, or DecoderUpdate::emergency_stop.
@@ -33,10 +33,10 @@ inline constexpr unsigned unknown_object = 15;      ///< the status of an answer
 [[nodiscard]] std::string set_direction(unsigned locomotive, Direction direction);
 [[nodiscard]] std::string set_function(unsigned locomotive, unsigned fn, bool on);
 
-/// One of the four outputs of an accessory decoder, by its address from 1 and its number.
+/// Switches one of the four outputs of an accessory decoder; `address` counts from 1.
 [[nodiscard]] std::string switch_output(unsigned address, unsigned output, bool on);
 
-/// Between double quotes, those inside doubled.
+/// The text between double quotes, with double quotes inside doubled.
 [[nodiscard]] std::string quoted(std::string_view text);
 
 }  // namespace zemblar::ecos

@@ -15,8 +15,8 @@ namespace zemblar {
 /// A reply is a head line `<REPLY command>`, a body and an end line `<END status (text)>`; an event
 /// has the head `<EVENT object>`. Lines end with LF or CR LF. A body line is an object id and then
 /// keys, each with or without a value: `1000 addr[3] name["Shunter"]`. In a quoted value a double
-/// quote is doubled. Keys and plain values are letters and digits; anything else, such as the comma
-/// of `func[2,1]`, makes the message a broken one.
+/// quote is doubled. Keys and plain values are letters and digits; any other character, such as the
+/// comma of `func[2,1]`, makes the message broken.
 ///
 /// Pure: no I/O, no clock, no locale.
 class ECoSMsg {
@@ -41,21 +41,21 @@ class ECoSMsg {
     const char* what() const noexcept override { return "No Such Object"; }
   };
 
-  /// Reads the first message in `n` bytes; what stands before it is skipped. Stores in `n` how many
-  /// bytes that took. Throws ErrorPartial and ErrorBroken, and leaves `n` alone then.
+  /// Reads the first message in `n` bytes, skipping what precedes it. Stores the number of bytes
+  /// used in `n`. Throws ErrorPartial and ErrorBroken without changing `n`.
   ECoSMsg(const char* bytes, std::size_t& n);
 
   [[nodiscard]] unsigned get_type() const { return type_; }
-  /// Of an event.
+  /// The object of an event.
   [[nodiscard]] unsigned get_object() const { return object_; }
   /// The command that a reply answers, as it was sent.
   [[nodiscard]] const std::string& get_command() const { return command_; }
   [[nodiscard]] const Objects& get_objects() const { return objects_; }
-  /// What the body says of one object. Throws ErrorNoObject.
+  /// The values of one object in the body. Throws ErrorNoObject.
   [[nodiscard]] const Values& get_object(unsigned id) const;
   /// 0 is success.
   [[nodiscard]] unsigned get_status() const { return status_; }
-  /// The station's own words for it, without their parentheses.
+  /// The station's text for the status, without parentheses.
   [[nodiscard]] const std::string& get_status_text() const { return status_text_; }
 
  private:
@@ -71,34 +71,34 @@ class ECoSMsg {
   std::string status_text_;
 };
 
-/// The value of a key, empty when it is not there.
+/// The value of a key; empty if there is no such key.
 [[nodiscard]] std::string value_of(const ECoSMsg::Values& values, const char* key);
-/// A decimal number at the start of the text, 0 when there is none; too large a one becomes the
-/// largest.
+/// The decimal number at the start of the text; 0 if there is none, the largest `unsigned` if it is
+/// too large.
 [[nodiscard]] unsigned leading_number(std::string_view text);
 
 /// Cuts the stream from a station into messages.
 ///
-/// Holds `capacity` bytes: a longer message never becomes whole, and then there is no room left.
-/// Around bytes that are no message it goes on from one byte further.
+/// Holds `capacity` bytes, so a longer message can never be completed, and `room` becomes 0. If
+/// bytes are no message, it skips one byte and tries again.
 class ECoSFraming {
  public:
   static constexpr std::size_t capacity = 1024;
 
-  /// Where the next bytes go, and how many fit.
+  /// The place for the next bytes, and how many fit.
   [[nodiscard]] char* tail() { return buffer_.data() + fill_; }
   [[nodiscard]] std::size_t room() const { return capacity - fill_; }
-  /// `count` bytes have been put at `tail`.
+  /// Call after writing `count` bytes to `tail`.
   void add(std::size_t count) { fill_ += count; }
-  /// The next whole message; none when more bytes are needed.
+  /// The next whole message; no value if more bytes are needed.
   [[nodiscard]] std::optional<ECoSMsg> next();
-  /// Forgets what it holds.
+  /// Discards all bytes.
   void clear() { fill_ = pos_ = 0; }
 
  private:
   std::array<char, capacity> buffer_;
   std::size_t fill_ = 0;
-  std::size_t pos_ = 0;  // before it everything has been dealt with
+  std::size_t pos_ = 0;  // the bytes before this have been processed
 };
 
 }  // namespace zemblar

@@ -57,16 +57,17 @@ class SerialPort : public Glib::Object, public HWDevice {
   /// Opens the port exclusively; does nothing if it is open. Besides the errors above throws FAILED
   /// "Invalid Baud Rate", "Invalid Data Bits" or "Invalid Stop Bits".
   void open(const Cancel& cancel = {});
-  /// The count read: what is there at once, or what comes first within `timeout`, or 0. The buffer
-  /// must stay until the operation has ended.
+  /// Returns the number of bytes read: what is available at once, else what arrives first within
+  /// `timeout`, else 0. The buffer must exist until the operation has ended.
   std::size_t read(void* buffer, std::size_t count, const Cancel& cancel = {},
                    std::chrono::milliseconds timeout = read_timeout);
-  /// The count written, which may be less. Waits for as long as the far end holds up the line.
+  /// Returns the number of bytes written, which may be less than `count`. Waits without a limit
+  /// while the far end holds up the line.
   std::size_t write(const void* bytes, std::size_t count, const Cancel& cancel = {});
-  /// Gives the line back with the settings that it had. An operation under way ends with CLOSED in
-  /// the next turn of the main loop; the port can be opened again at once.
+  /// Closes the port and restores the line's former settings. An operation in progress ends with
+  /// CLOSED in the next iteration of the main loop; the port can be opened again at once.
   void close();
-  /// Forgets what has arrived and was not read.
+  /// Discards received bytes that were not read.
   void discard_input();
 
   [[nodiscard]] bool is_open() const { return open_; }
