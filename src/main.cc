@@ -21,7 +21,7 @@ Glib::OptionEntry flag(const char* long_name, char short_name, const char* descr
   return entry;
 }
 
-/// Asks whether to start although the running program does not answer.
+/// Asks the user whether to start although the running program does not answer.
 bool starts_beside(const Glib::ustring& problem) {
   Gtk::MessageDialog dialog(_("Zemblar runs already, but it does not answer."), false,
                             Gtk::MESSAGE_WARNING, Gtk::BUTTONS_CANCEL);
@@ -31,12 +31,12 @@ bool starts_beside(const Glib::ustring& problem) {
       problem));
   dialog.add_button(_("_Start Another"), Gtk::RESPONSE_OK);
   dialog.set_title("Zemblar");
-  dialog.set_keep_above();  // the other program's windows do not give way
+  dialog.set_keep_above();  // above the windows of the program that does not answer
   return dialog.run() == Gtk::RESPONSE_OK;
 }
 
-/// True if this process is to go on. Otherwise another program has been told of the options, or the
-/// person has decided against a second program.
+/// True if this process is to continue. False if the running program has received the options, or
+/// the user has decided against a second program.
 bool find_or_become(std::optional<zemblar::Instance>& instance,
                     const zemblar::StartOptions& options) {
   try {

@@ -1,4 +1,4 @@
-// Opens a layout file in the program that runs, or starts the program with it.
+// Opens a layout file in the running program, or starts the program with the file.
 
 #include <giomm/file.h>
 #include <giomm/init.h>
@@ -24,7 +24,7 @@ void complain(const Glib::ustring& message) {
   std::cerr << "zemblar-open: " << message.raw() << '\n';
 }
 
-/// The program that was installed, or built, with this one.
+/// The path of the program that was installed, or built, with this one.
 std::string program_path() {
   return std::filesystem::read_symlink("/proc/self/exe").replace_filename("zemblar").string();
 }

@@ -59,7 +59,7 @@ class Address {
   /// Keeps the type, except that a SHORT address becomes LONG when the number is above 127.
   void set_addr(unsigned addr);
   [[nodiscard]] bool is_long() const { return type() == LONG; }
-  /// Only for mobile addresses. A number above 127 becomes 127 when made SHORT.
+  /// Makes a mobile address LONG or SHORT. A number above 127 becomes 127 when made SHORT.
   void set_long(bool is_long);
 
   auto operator<=>(const Address&) const = default;

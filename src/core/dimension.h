@@ -19,7 +19,7 @@ class Dimension : public Glib::Object {
   [[nodiscard]] double get_value_mm() const { return value_mm_; }
   void set_value_mm(double mm);
   [[nodiscard]] double get_value() const { return value_; }
-  /// In the chosen unit.
+  /// Sets the value in the chosen unit.
   void SetValue(double value);
   [[nodiscard]] Units get_units() const { return units_; }
   void set_units(Units units);

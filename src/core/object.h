@@ -77,7 +77,7 @@ class Object : public Glib::Object {
   void set_name(const Glib::ustring& name);
 
   [[nodiscard]] Object* get_parent() const;
-  /// From the parent up to the root.
+  /// The ancestors, from the parent up to the root.
   [[nodiscard]] std::vector<Object*> get_ancestors() const;
   [[nodiscard]] Object* child_at(unsigned n) const;
   /// Place among the siblings, from 0; -1 for a root.
@@ -93,7 +93,7 @@ class Object : public Glib::Object {
   /// it.
   void before_change();
 
-  /// Whether `child` may be dropped here in an object list.
+  /// True if `child` may be dropped on this object in an object list.
   [[nodiscard]] virtual bool can_contain(Object* child) const;
   [[nodiscard]] virtual bool get_deletable() const { return true; }
   /// True if a layout file holds the object's name.

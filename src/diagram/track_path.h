@@ -26,9 +26,8 @@ class TrackPaths {
   static constexpr double halo_width = 8.0;
   static constexpr double glow_width = 13.0;
 
-  /// What is drawn below the rails. Sleepers are short black lines across the white halo, longer
-  /// than its width: they mark a track also for users who cannot tell the colours of the rails
-  /// apart.
+  /// The bed below the rails. Sleepers are short black lines across the white halo, longer than its
+  /// width: they mark a track also for users who cannot tell the colours of the rails apart.
   enum class Bed { none, halo, sleepers };
 
   /// Ignores a path with fewer than two nodes.

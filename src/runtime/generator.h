@@ -21,7 +21,7 @@ class generator {
   /// called after the end. An exception that leaves the body is swallowed and ends it.
   static std::uint32_t next(generator* g, std::uint32_t value);
 
-  /// Only in a generator's body: makes `next` return `value`, and returns the argument of the
+  /// Call only in a generator's body. Makes `next` return `value`, and returns the argument of the
   /// following `next`.
   static std::uint32_t yield(std::uint32_t value);
 

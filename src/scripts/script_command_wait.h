@@ -19,7 +19,7 @@ class ScriptCommandWait : public ScriptCommand {
   void set_spin_value(unsigned arg, double value) override;
   void run(ScriptContext& context) override;
 
-  /// In tenths of a second.
+  /// The delay in tenths of a second.
   [[nodiscard]] unsigned get_delay() const { return delay; }
 
  private:

@@ -30,7 +30,7 @@ class ScriptVariable {
   };
 
   ScriptVariable() = default;
-  /// Of kind 1, 2, 4 or 6; asserts that it is one of those.
+  /// Makes a value of kind 1, 2, 4 or 6; asserts that `kind` is one of these.
   ScriptVariable(Kind kind, Word word);
   explicit ScriptVariable(const Words& words) : kind_(Kind::speed), words_(words) {}
   explicit ScriptVariable(std::uint8_t byte) : kind_(Kind::byte), words_{byte, 0} {}

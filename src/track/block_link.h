@@ -34,7 +34,7 @@ class BlockLink {
   virtual ~BlockLink();
 
   [[nodiscard]] Block* get_block() const { return block_; }
-  /// Null at a dead end.
+  /// The partner; null at a dead end.
   [[nodiscard]] BlockLink* get_partner() const { return partner_; }
   [[nodiscard]] bool is_connected() const { return partner_ != nullptr; }
   /// The link by which a train that enters the block here leaves it; null when the points give no

@@ -18,7 +18,7 @@ struct Corners {
   BlockLink bottom_right;
 
   static constexpr std::array names{"top-left", "top-right", "bottom-left", "bottom-right"};
-  /// In the order of their names.
+  /// The links in the order of `names`.
   [[nodiscard]] std::array<BlockLink*, 4> all() {
     return {&top_left, &top_right, &bottom_left, &bottom_right};
   }
@@ -26,9 +26,9 @@ struct Corners {
     return {&top_left, &top_right, &bottom_left, &bottom_right};
   }
 
-  /// Null for another name.
+  /// The link with this name, or null.
   [[nodiscard]] BlockLink* find(const std::string& name);
-  /// Empty for another link.
+  /// The name of a link; empty for another link.
   [[nodiscard]] std::string name_of(const BlockLink* link) const;
 };
 

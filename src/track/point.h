@@ -26,7 +26,7 @@ class Point : public PointBase {
   BlockLink* next_link(BlockLink* in) override;
   [[nodiscard]] BlockLink* get_link(const std::string& name) override;
   [[nodiscard]] std::string get_link_name(const BlockLink* link) const override;
-  /// Null for the state of another point.
+  /// The link of a state; null for a state of another point.
   [[nodiscard]] BlockLink* state_link(const PointState* state) const;
 
   BlockLink common;

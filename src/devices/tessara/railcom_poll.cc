@@ -89,7 +89,7 @@ class Records {
   RailComPollSink& sink_;
   unsigned input_count_;
   std::string dcc_;  // DCC packet of the present record
-  // The inputs of which each record says what they heard, and what it says of them.
+  // The inputs in state 2 or 3, and their answers in the present record.
   unsigned heard_count_ = 0;
   std::array<unsigned, 256> heard_;
   std::array<unsigned, 256> repeats_;

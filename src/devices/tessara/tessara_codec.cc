@@ -89,8 +89,8 @@ Relay::Relay(std::uint8_t address, std::string_view message)
   rest_ += message;
 }
 
-// The master is told by the command whether the message goes on after the frame. A full frame at
-// the beginning always counts as one that does.
+// The command byte tells the master whether more of the message follows the frame. A full first
+// frame always counts as followed by more.
 std::string Relay::frame() const {
   const bool all = rest_.size() < frame_data;
   const auto command = begun_ ? (all ? 0x09 : 0x08) : (all ? 0x0b : 0x0a);
