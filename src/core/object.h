@@ -28,11 +28,10 @@ class SiblingNames;
 
 /// A named node in the one tree whose root is the Layout.
 ///
-/// Everything that a layout holds is an Object. A concrete class constructs `Glib::ObjectBase`
-/// with its own class name, so that it has a toolkit type, and with that a property table, of its
-/// own. Parents own their children; `destroy()` is the only way to end an object that has been
-/// added, and whoever keeps a pointer connects to `signal_deleted`. Objects are made with `new`
-/// and handed to `add`.
+/// Everything in a layout is an Object. A concrete class constructs `Glib::ObjectBase` with its own
+/// class name, so that it has its own toolkit type and property table. Objects are made with `new`
+/// and passed to `add`. Parents own their children. `destroy()` is the only way to end an object
+/// that has been added; code that keeps a pointer to an object connects to `signal_deleted`.
 ///
 /// Names are unique among siblings. They hold no control characters, since a layout file could
 /// not carry them; such characters become blanks. `add` and `destroy` never suspend a fiber.
