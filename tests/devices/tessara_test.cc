@@ -179,7 +179,7 @@ TEST_F(TessaraTest, returns_to_a_line_that_was_lost_while_the_system_saw_nothing
   auto hardware = std::make_unique<simulator::MemoryHardware>();
   hardware->plug_in(record, [&] { return cable.plug(); });
   HWList list(std::move(hardware));
-  list.look();
+  list.rescan();
   clock.advance(1s);
   ASSERT_TRUE(bus() && bus()->active());
   cable.unplug();
