@@ -20,23 +20,13 @@ bool is_set(unsigned pattern, unsigned position) {
   return (pattern >> position & 1u) != 0;
 }
 
-/// Takes a copy: a signal that ends inside its own emission would leak its slots.
-template <typename Signal, typename... Values>
-void tell(const Signal signal, Values... values) {
-  signal.emit(values...);
-}
-
 }  // namespace
 
 // --- The input ---
 
 DeviceDummyRailComReaderInput::DeviceDummyRailComReaderInput()
-    : Glib::ObjectBase("DeviceDummyRailComReaderInput"), Device(_("Input %1")) {
+    : Glib::ObjectBase("DeviceDummyRailComReaderInput"), Detector(_("Input %1")) {
   enter_service();
-}
-
-int DeviceDummyRailComReaderInput::supports(std::string_view feature) const {
-  return feature == "Occupancy" || feature == "RailCom" ? 2 : 0;
 }
 
 std::vector<Lok*> DeviceDummyRailComReaderInput::detected() const {

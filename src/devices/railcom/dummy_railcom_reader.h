@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "devices/device.h"
+#include "devices/railcom/detector.h"
 #include "runtime/scoped_connection.h"
 
 namespace zemblar {
@@ -13,11 +13,10 @@ namespace zemblar {
 ///
 /// A Block takes the free state from `signal_changed` alone: on the way to free nobody is told that
 /// a locomotive has left, but on the way to occupied it is told so of the one reported before.
-class DeviceDummyRailComReaderInput : public Device {
+class DeviceDummyRailComReaderInput : public Detector {
  public:
   DeviceDummyRailComReaderInput();
 
-  [[nodiscard]] int supports(std::string_view feature) const override;
   [[nodiscard]] bool occupied() const override { return occupied_; }
   [[nodiscard]] unsigned orientation() const override { return occupied_ ? orientation_ : 0; }
   [[nodiscard]] std::vector<Lok*> detected() const override;
