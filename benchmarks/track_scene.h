@@ -3,25 +3,13 @@
 #include <vector>
 
 #include "core/layout.h"
-#include "devices/device.h"
 #include "locomotives/lok.h"
+#include "simulator/trains/told_detector.h"
 #include "track/zone.h"
 
 namespace zemblar::bench {
 
-/// A detector that is told what it detects.
-class Detector : public Device {
- public:
-  Detector() : Glib::ObjectBase("BenchDetector"), Device("Detector %1") {}
-  [[nodiscard]] bool occupied() const override { return occupied_; }
-  void occupy(bool on) {
-    occupied_ = on;
-    signal_changed().emit();
-  }
-
- private:
-  bool occupied_ = false;
-};
+using Detector = simulator::ToldDetector;
 
 /// Zones in a row, each with a detector.
 inline std::vector<Zone*> row_of_zones(std::size_t count) {

@@ -1,43 +1,17 @@
-#include "devices/device.h"
-#include "runtime/scoped_connection.h"
-#include "tests/support/layout_fixture.h"
+#include "tests/support/fake_station.h"
 
 namespace zemblar::test {
 namespace {
-
-/// Switches power as far as `support` says, and reports it at once.
-class PowerSupply : public Device {
- public:
-  explicit PowerSupply(int support)
-      : Glib::ObjectBase("PowerSupply"), Device("Supply %1"), support_(support) {
-    enter_service();
-  }
-  int supports(std::string_view feature) const override {
-    return feature == "DCC/Power" ? support_ : 0;
-  }
-  int switched = 0;
-
- protected:
-  void power_on() override {
-    ++switched;
-    track_power_is_on();
-  }
-  void power_off() override {
-    ++switched;
-    track_power_is_off();
-  }
-
- private:
-  int support_;
-};
 
 class TrackPower : public LayoutTest {
  protected:
   TrackPower() {
     layout().connect_property_changed("track-power", [this] { ++told; });
   }
-  PowerSupply* supply(int support, Object* parent = nullptr) {
-    return (parent ? parent : &layout().get_devices())->add(new PowerSupply(support));
+  FakeStation* supply(int support, Object* parent = nullptr) {
+    auto* added = (parent ? parent : &layout().get_devices())->add(new FakeStation(support));
+    added->set_active(true);
+    return added;
   }
   int told = 0;
 };
@@ -55,7 +29,7 @@ TEST_F(TrackPower, is_on_when_every_device_that_can_switch_it_reports_it) {
   EXPECT_TRUE(get_status().empty());
   EXPECT_TRUE(layout().get_track_power());
   EXPECT_EQ(told, 1);
-  EXPECT_EQ(partly->switched, 0);
+  EXPECT_EQ(partly->sent(), Log{});
 
   nested->set_track_power(false);
   EXPECT_FALSE(layout().get_track_power());

@@ -12,12 +12,14 @@
 namespace zemblar::test {
 
 /// A station that writes down what it should send, as "3 speed 63", and answers at once or when it
-/// is told to.
+/// is told to. Its track power follows at once.
 class FakeStation : public Device {
  public:
   using Log = std::vector<std::string>;
 
-  FakeStation() : Glib::ObjectBase("FakeStation"), Device("Station %1") {}
+  /// `power` is how far it supports "DCC/Power".
+  explicit FakeStation(int power = 0)
+      : Glib::ObjectBase("FakeStation"), Device("Station %1"), power_(power) {}
 
   /// In the layout's devices and in service; for decoders without a device too if `by_default`.
   static FakeStation* in_service(bool by_default = true) {
@@ -28,7 +30,7 @@ class FakeStation : public Device {
   }
 
   [[nodiscard]] int supports(std::string_view feature) const override {
-    return feature == "DCC" ? 2 : 0;
+    return feature == "DCC" ? 2 : feature == "DCC/Power" ? power_ : 0;
   }
   /// What was asked for since the last call.
   Log sent() { return std::exchange(sent_, {}); }
@@ -40,6 +42,14 @@ class FakeStation : public Device {
   }
 
  protected:
+  void power_on() override {
+    sent_.emplace_back("power on");
+    track_power_is_on();
+  }
+  void power_off() override {
+    sent_.emplace_back("power off");
+    track_power_is_off();
+  }
   void update_speed(DrivenDecoder* decoder) override {
     converse(decoder, DecoderUpdate::speed_bit, [](const DecoderUpdate& wish) {
       return wish.speed == DecoderUpdate::emergency_stop ? "stop"
@@ -78,6 +88,7 @@ class FakeStation : public Device {
     if (*alive) task.finish(delivered);
   }
 
+  int power_;
   Log sent_;
   std::vector<fiber*> waiting_;
 };

@@ -3,55 +3,14 @@
 #include <string>
 #include <vector>
 
-#include "devices/device.h"
 #include "locomotives/lok.h"
+#include "simulator/trains/told_detector.h"
 #include "tests/support/layout_fixture.h"
 #include "track/zone.h"
 
 namespace zemblar::test {
 
-/// A detector that reports what a test says.
-class Detector : public Device {
- public:
-  Detector() : Glib::ObjectBase("Detector"), Device("Detector %1") {}
-
-  [[nodiscard]] int supports(std::string_view feature) const override {
-    return feature == "Occupancy" || feature == "RailCom" ? 2 : 0;
-  }
-  [[nodiscard]] bool occupied() const override { return occupied_; }
-  [[nodiscard]] unsigned orientation() const override { return orientation_; }
-  [[nodiscard]] std::vector<Lok*> detected() const override { return seen_; }
-
-  void occupy(bool on = true) {
-    occupied_ = on;
-    signal_changed().emit();
-  }
-  /// As readers do: the occupancy first, then who it is.
-  void see(Lok* lok, unsigned orientation = 1) {
-    note(lok, orientation);
-    report(lok);
-  }
-  /// The first half of `see`: the new state, of which nobody has been told.
-  void note(Lok* lok, unsigned orientation) {
-    occupied_ = true;
-    orientation_ = orientation;
-    seen_.push_back(lok);
-  }
-  /// The second half.
-  void report(Lok* lok) {
-    signal_changed().emit();
-    signal_arrived().emit(lok);
-  }
-  void lose(Lok* lok) {
-    std::erase(seen_, lok);
-    signal_left().emit(lok);
-  }
-
- private:
-  bool occupied_ = false;
-  unsigned orientation_ = 0;
-  std::vector<Lok*> seen_;
-};
+using Detector = simulator::ToldDetector;
 
 /// A stretch that can be opened and closed like a point, one end to the other.
 class Gate : public Block {

@@ -9,11 +9,10 @@
 
 #include "core/panel_factory.h"
 #include "core/status.h"
-#include "devices/device.h"
 #include "diagram/view.h"
 #include "diagram/view_zone.h"
 #include "locomotives/lok.h"
-#include "tests/support/layout_fixture.h"
+#include "tests/support/fake_station.h"
 #include "tests/ui/keys.h"
 #include "tests/ui/widget_search.h"
 #include "track/zone.h"
@@ -30,22 +29,11 @@
 namespace zemblar {
 namespace {
 
+using test::FakeStation;
 using test::find_widget;
 using test::fresh_layout;
 using test::handle_events;
 using test::shows;
-
-/// A piece of hardware that may be able to switch track power.
-class Booster : public Device {
- public:
-  explicit Booster(int power) : Glib::ObjectBase("Booster"), Device("Booster %1"), power_(power) {}
-  [[nodiscard]] int supports(std::string_view feature) const override {
-    return feature == "DCC/Power" ? power_ : 0;
-  }
-
- private:
-  int power_;
-};
 
 /// Its panel has a button that ends it.
 class Mayfly : public Object {
@@ -351,10 +339,10 @@ TEST(PowerButtons, are_sensitive_while_a_device_in_service_can_switch_track_powe
     return on;
   };
   EXPECT_FALSE(sensitive());
-  layout.get_devices().add(new Booster(1))->set_active(true);
+  layout.get_devices().add(new FakeStation(1))->set_active(true);
   EXPECT_FALSE(sensitive());
-  auto* bus = new Booster(0);
-  auto* booster = bus->add(new Booster(2));
+  auto* bus = new FakeStation(0);
+  auto* booster = bus->add(new FakeStation(2));
   layout.get_devices().add(bus);
   EXPECT_FALSE(sensitive());
   booster->set_active(true);
@@ -365,7 +353,7 @@ TEST(PowerButtons, are_sensitive_while_a_device_in_service_can_switch_track_powe
   EXPECT_TRUE(sensitive());
   bus->destroy();
   EXPECT_FALSE(sensitive());
-  layout.get_devices().add(new Booster(2))->set_active(true);
+  layout.get_devices().add(new FakeStation(2))->set_active(true);
   layout.new_document(true);
   EXPECT_FALSE(sensitive());
 }

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <vector>
+
+#include "devices/railcom/detector.h"
+
+namespace zemblar::simulator {
+
+/// A detector that reports at once what its caller says.
+class ToldDetector : public Detector {
+ public:
+  ToldDetector() : Glib::ObjectBase("ToldDetector"), Detector("Detector %1") {}
+
+  [[nodiscard]] bool occupied() const override { return occupied_; }
+  [[nodiscard]] unsigned orientation() const override { return orientation_; }
+  [[nodiscard]] std::vector<Lok*> detected() const override { return seen_; }
+
+  void occupy(bool on = true) {
+    occupied_ = on;
+    signal_changed().emit();
+  }
+  /// As readers do: the occupancy first, then who it is.
+  void see(Lok* lok, unsigned orientation = 1) {
+    note(lok, orientation);
+    report(lok);
+  }
+  /// The first half of `see`: the new state, of which nobody has been told.
+  void note(Lok* lok, unsigned orientation) {
+    occupied_ = true;
+    orientation_ = orientation;
+    seen_.push_back(lok);
+  }
+  /// The second half.
+  void report(Lok* lok) {
+    signal_changed().emit();
+    signal_arrived().emit(lok);
+  }
+  void lose(Lok* lok) {
+    std::erase(seen_, lok);
+    signal_left().emit(lok);
+  }
+
+ private:
+  bool occupied_ = false;
+  unsigned orientation_ = 0;
+  std::vector<Lok*> seen_;
+};
+
+}  // namespace zemblar::simulator
