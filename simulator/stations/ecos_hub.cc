@@ -27,13 +27,13 @@ unsigned status_of(const std::string& reply) {
 
 struct EcosHub::Client {
   EcosClient number;
-  EcosLink* link;  // null when the client is gone
+  ClientLink* link;  // null when the client is gone
   LineSplitter lines{};
   std::deque<std::shared_ptr<Outgoing>> outbox{};
   bool pausing = false;  // between two pieces
 };
 
-EcosClient EcosHub::join(EcosLink& link) {
+EcosClient EcosHub::join(ClientLink& link) {
   const auto number = ++last_client_;
   clients_.emplace(number, std::make_shared<Client>(Client{number, &link}));
   log_.add(number, EcosLog::Kind::note, "connected");

@@ -12,26 +12,15 @@
 #include "simulator/stations/ecos_faults.h"
 #include "simulator/stations/ecos_log.h"
 #include "simulator/stations/ecos_model.h"
+#include "simulator/stations/station_hub.h"
 
 namespace zemblar::simulator {
 
-/// The way to one client: TCP, or anything in memory.
-class EcosLink {
- public:
-  virtual ~EcosLink() = default;
-
-  /// Takes the bytes, all of them; must not call back into the hub.
-  virtual void write(std::string_view bytes) = 0;
-  /// The station hangs up: the hub has forgotten the link and does not use it again.
-  virtual void close() = 0;
-};
-
 /// The station without a network: clients, their command lines, its answers and its misbehaviour.
 ///
-/// Transports join a link for each connection and hand in the bytes that they receive, in
-/// whatever pieces. Time is a function given at construction, so that delays can run on the main
+/// Time is a function given at construction, so that delays can run on the main
 /// loop or on a clock of a test. One thread.
-class EcosHub {
+class EcosHub : public StationHub {
  public:
   using Milliseconds = std::chrono::milliseconds;
   /// Calls the function once after the time, in order of time and then of asking.
@@ -39,14 +28,10 @@ class EcosHub {
 
   explicit EcosHub(After after) : after_(std::move(after)) {}
 
-  /// A new client. The link is seen, not owned, until `leave` or its `close`.
-  EcosClient join(EcosLink& link);
-  /// The client sent bytes. May end in the link's `close`.
-  void receive(EcosClient client, std::string_view bytes);
-  /// The client is gone. Unknown clients are ignored.
-  void leave(EcosClient client);
-  /// Hangs up on all clients.
-  void drop_all();
+  EcosClient join(ClientLink& link) override;
+  void receive(EcosClient client, std::string_view bytes) override;
+  void leave(EcosClient client) override;
+  void drop_all() override;
 
   /// Called with each command line when it has been dealt with, and the status of its reply; none
   /// for one that gets no reply and has no effect.

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <stdexcept>
+#include <string>
 
 namespace zemblar::simulator {
 namespace {
@@ -24,7 +25,7 @@ bool would_block(const Glib::Error& error) {
 }  // namespace
 
 /// One connection, shared by the server and whoever is in the middle of using it.
-class TcpServer::Connection : public EcosLink, public std::enable_shared_from_this<Connection> {
+class TcpServer::Connection : public ClientLink, public std::enable_shared_from_this<Connection> {
  public:
   Connection(TcpServer& server, Glib::RefPtr<Gio::Socket> socket)
       : server_(server), socket_(std::move(socket)) {}
@@ -112,13 +113,13 @@ class TcpServer::Connection : public EcosLink, public std::enable_shared_from_th
 
   TcpServer& server_;
   Glib::RefPtr<Gio::Socket> socket_;
-  EcosClient client_ = 0;
+  StationClient client_ = 0;
   std::string backlog_;  // what the socket did not take yet
   sigc::connection readable_;
   sigc::connection writable_;
 };
 
-TcpServer::TcpServer(EcosHub& hub) : hub_(hub) {
+TcpServer::TcpServer(StationHub& hub) : hub_(hub) {
   Gio::init();
 }
 
@@ -140,7 +141,7 @@ std::uint16_t TcpServer::listen(std::uint16_t port) {
     port_ = bound->get_port();
     listener_ = listener;
   } catch (const Glib::Error& error) {
-    throw std::runtime_error("Cannot listen on 127.0.0.1:" + decimal(port) + ": " +
+    throw std::runtime_error("Cannot listen on 127.0.0.1:" + std::to_string(port) + ": " +
                              error.what().raw());
   }
   acceptable_ = Glib::signal_io().connect([this](Glib::IOCondition) { return accept(); },

@@ -7,7 +7,7 @@
 #include <memory>
 #include <set>
 
-#include "simulator/stations/ecos_hub.h"
+#include "simulator/stations/station_hub.h"
 
 namespace zemblar::simulator {
 
@@ -16,7 +16,7 @@ namespace zemblar::simulator {
 /// The hub is seen and must live longer.
 class TcpServer {
  public:
-  explicit TcpServer(EcosHub& hub);
+  explicit TcpServer(StationHub& hub);
   ~TcpServer();
   TcpServer(const TcpServer&) = delete;
   TcpServer& operator=(const TcpServer&) = delete;
@@ -34,7 +34,7 @@ class TcpServer {
 
   bool accept();
 
-  EcosHub& hub_;
+  StationHub& hub_;
   std::set<std::shared_ptr<Connection>> connections_;
   Glib::RefPtr<Gio::Socket> listener_;
   std::uint16_t port_ = 0;

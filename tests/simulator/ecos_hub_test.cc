@@ -13,7 +13,7 @@ using Strings = std::vector<std::string>;
 const std::string status_reply = "<REPLY get(1,status)>\r\n1 status[STOP]\r\n<END 0 (OK)>\r\n";
 
 // What reached a client, one element for each write.
-class Link : public EcosLink {
+class Link : public ClientLink {
  public:
   void write(std::string_view bytes) override { writes.emplace_back(bytes); }
   void close() override { closed = true; }

@@ -12,11 +12,11 @@ const PanelRegistration<ECoS, ECoSProperties> registration;
 
 }  // namespace
 
-ECoSProperties::ECoSProperties(ECoS& ecos, const Glib::RefPtr<Gtk::SizeGroup>& labels)
+ECoSProperties::ECoSProperties(NetworkStation& station, const Glib::RefPtr<Gtk::SizeGroup>& labels)
     : Gtk::Table(3, 2),
-      ecos_(&ecos),
-      name_(ecos),
-      host_(ecos),
+      station_(&station),
+      name_(station),
+      host_(station),
       service_(false, 4),
       use_as_default_(_("_Use as a default DCC Device"), true),
       reconnect_(_("_Reconnect"), true) {
@@ -48,21 +48,21 @@ ECoSProperties::ECoSProperties(ECoS& ecos, const Glib::RefPtr<Gtk::SizeGroup>& l
         "answer to is tried again after all else."));
   reconnect_.signal_clicked().connect([this] {
     host_.finish();
-    if (ecos_) ecos_->reconnect();
+    if (station_) station_->reconnect();
   });
   const auto follow = [this] { follow_link(); };
-  link_changed_ = sigc::connection(ecos.signal_link_changed().connect(follow));
-  host_changed_ = ecos.property_host().signal_changed().connect(follow);
+  link_changed_ = sigc::connection(station.signal_link_changed().connect(follow));
+  host_changed_ = station.property_host().signal_changed().connect(follow);
   host_.signal_changed().connect(follow);
   follow();
-  bind_property(ecos, "use-as-default", use_as_default_, "active");
+  bind_property(station, "use-as-default", use_as_default_, "active");
 }
 
 // A connection outlives a change of the address.
 void ECoSProperties::follow_link() {
-  if (!ecos_) return;
-  reconnect_.set_sensitive(ecos_->link_state().phase != LinkPhase::not_set_up);
-  const auto used = ecos_->connected_host();
+  if (!station_) return;
+  reconnect_.set_sensitive(station_->link_state().phase != LinkPhase::not_set_up);
+  const auto used = station_->connected_host();
   in_use_.set_visible(!used.empty() && used.raw() != host_.get_text().raw());
   in_use_.set_text(Glib::ustring::compose(
       _("“%1” is still in use. Reconnect goes over to the address above."), used));

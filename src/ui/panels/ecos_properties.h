@@ -13,17 +13,17 @@
 
 namespace zemblar {
 
-class ECoS;
+class NetworkStation;
 
-/// The panel of an ECoS command station.
+/// The panel of an ECoS, and of any command station that is reached over TCP.
 class ECoSProperties : public Gtk::Table {
  public:
-  ECoSProperties(ECoS& ecos, const Glib::RefPtr<Gtk::SizeGroup>& labels);
+  ECoSProperties(NetworkStation& station, const Glib::RefPtr<Gtk::SizeGroup>& labels);
 
  private:
   void follow_link();
 
-  ObjectRef<ECoS> ecos_;
+  ObjectRef<NetworkStation> station_;
   NameEntry name_;
   HostEntry host_;
   Gtk::Label in_use_;

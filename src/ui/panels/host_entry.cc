@@ -1,6 +1,6 @@
 #include "ui/panels/host_entry.h"
 
-#include "devices/ecos/device_ecos.h"
+#include "devices/port/network_station.h"
 #include "ui/toolkit/form.h"
 #include "ui/toolkit/update_guard.h"
 
@@ -13,16 +13,16 @@ constexpr auto pause = 1s;
 
 }  // namespace
 
-HostEntry::HostEntry(ECoS& ecos) : ecos_(&ecos) {
-  changed_ = ecos.property_host().signal_changed().connect([this] { follow(); });
+HostEntry::HostEntry(NetworkStation& station) : station_(&station) {
+  changed_ = station.property_host().signal_changed().connect([this] { follow(); });
   follow();
 }
 
 void HostEntry::follow() {
-  if (!ecos_) return;
+  if (!station_) return;
   const UpdateGuard scope(updating_);
   pause_.cancel();
-  show_text(*this, ecos_->get_host());
+  show_text(*this, station_->get_host());
 }
 
 // The signal of Return makes a step of what happens, to be undone.
@@ -43,7 +43,7 @@ bool HostEntry::on_focus_out_event(GdkEventFocus* event) {
 
 void HostEntry::finish() {
   pause_.cancel();
-  if (ecos_ && !ecos_->is_deleting()) ecos_->set_host(get_text());
+  if (station_ && !station_->is_deleting()) station_->set_host(get_text());
 }
 
 }  // namespace zemblar

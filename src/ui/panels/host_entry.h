@@ -7,13 +7,13 @@
 
 namespace zemblar {
 
-class ECoS;
+class NetworkStation;
 
 /// An entry for the address of a station. What is typed counts after Return, when the entry is
 /// left, and a second after the last key: a part of an address may be that of another station.
 class HostEntry : public Gtk::Entry {
  public:
-  explicit HostEntry(ECoS& ecos);
+  explicit HostEntry(NetworkStation& station);
 
   /// As on Return: what is there now was meant.
   void finish();
@@ -27,7 +27,7 @@ class HostEntry : public Gtk::Entry {
   void follow();
 
   bool updating_ = false;
-  ObjectRef<ECoS> ecos_;
+  ObjectRef<NetworkStation> station_;
   Timeout pause_;
   ScopedConnection changed_;
 };

@@ -1,4 +1,5 @@
-// How an ECoS talks: the reader, one exchange at a time, and the commands built from exchanges.
+// How a station talks: the reader, one exchange at a time, and the conversations built from
+// exchanges.
 
 #include <giomm/error.h>
 #include <glibmm/ustring.h>
@@ -7,8 +8,7 @@
 #include "core/layout.h"
 #include "core/status.h"
 #include "devices/default_device.h"
-#include "devices/ecos/device_ecos.h"
-#include "devices/ecos/ecos_commands.h"
+#include "devices/port/network_station.h"
 #include "locomotives/lok.h"
 #include "runtime/fiber.h"
 
@@ -20,17 +20,8 @@ using namespace std::chrono_literals;
 /// A read that fails is tried again, but not so soon that nothing else gets a turn.
 constexpr auto pause_after_failed_read = 100ms;
 
-/// A command that has no answer by then is told of.
+/// A command without an answer is shown in the link state after this.
 constexpr auto silence_limit = 3s;
-
-std::string value_command(unsigned object, const DecoderUpdate& wanted) {
-  if (wanted.mask == DecoderUpdate::speed_bit) return ecos::set_speed(object, wanted.speed);
-  if (wanted.mask == DecoderUpdate::direction_bit) {
-    return ecos::set_direction(object, wanted.direction);
-  }
-  const auto fn = DecoderUpdate::function_of(wanted.mask);
-  return ecos::set_function(object, fn, wanted.function(fn));
-}
 
 Glib::ustring item_name(const DecoderUpdate& wanted) {
   if (wanted.mask == DecoderUpdate::direction_bit) return _("the direction");
@@ -45,28 +36,26 @@ Glib::ustring item_name(const DecoderUpdate& wanted) {
 
 // --- Reading ---
 
-void ECoS::keep_reading(const Cancel& cancel) {
+void NetworkStation::keep_reading(const Cancel& cancel) {
   const auto alive = liveness();
-  ECoSFraming framing;
+  const auto reader = make_reader();
   is_silent_ = false;
-  while (read_some(framing, cancel)) {
-    while (const auto message = framing.next()) {
-      dispatch(*message);
-      // Whoever was resumed may have ended the connection or the device.
+  while (read_some(*reader, cancel)) {
+    while (reader->pass_message()) {
+      // A resumed fiber may have ended the connection or the device.
       if (!*alive || cancel->is_cancelled()) return;
     }
   }
 }
 
 /// False when there is nothing more to read for this fiber.
-bool ECoS::read_some(ECoSFraming& framing, const Cancel& cancel) {
+bool NetworkStation::read_some(Reader& reader, const Cancel& cancel) {
   const auto alive = liveness();
   const auto socket = socket_;
-  const bool has_room = framing.room() > 0;
   gssize count = -1;
   try {
     // Without room this reads nothing, which is what the end of the connection looks like.
-    count = socket->read(framing.tail(), static_cast<gsize>(framing.room()), cancel);
+    count = socket->read(reader.tail(), static_cast<gsize>(reader.room()), cancel);
   } catch (const Glib::Error& error) {
     if (!*alive) return false;
     is_silent_ = is_silent_ || error.matches(G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
@@ -77,13 +66,13 @@ bool ECoS::read_some(ECoSFraming& framing, const Cancel& cancel) {
     }
   }
   if (!*alive || cancel->is_cancelled()) return false;
-  if (count == 0) end_reading(has_room);
-  if (count > 0) framing.add(static_cast<std::size_t>(count));
+  if (count == 0) end_reading(reader);
+  if (count > 0) reader.add(static_cast<std::size_t>(count));
   return count != 0;
 }
 
-void ECoS::end_reading(bool had_room) {
-  if (had_room) {
+void NetworkStation::end_reading(const Reader& reader) {
+  if (reader.room() > 0) {
     const auto* text = is_silent_
                            ? _("%1 does not answer any more: look at its power and its cable.")
                            : _("%1 ended the connection.");
@@ -96,58 +85,49 @@ void ECoS::end_reading(bool had_room) {
           "connection is opened anew. Remove locomotives that you do not need from the station.",
           "%1 sent a message longer than %2 bytes, as a station with many locomotives does: its "
           "connection is opened anew. Remove locomotives that you do not need from the station.",
-          ECoSFraming::capacity),
-      get_name(), ECoSFraming::capacity);
+          reader.capacity()),
+      get_name(), reader.capacity());
   give_up(why);
   // To be read when the connection is there again.
   set_status(why);
 }
 
-void ECoS::dispatch(const ECoSMsg& message) {
-  if (message.get_type() == ECoSMsg::event) {
-    if (message.get_object() != ecos::station) return;
-    const auto body = message.get_objects().find(ecos::station);
-    if (body != message.get_objects().end() && body->second.contains("status")) {
-      follow_power(body->second);
-    }
-  } else if (exchange_ && !exchange_->answer && message.get_command() == exchange_->command) {
-    exchange_->answer = message;
-    wake_exchange();
-  }
-}
-
-void ECoS::follow_power(const ECoSMsg::Values& station) {
-  value_of(station, "status") == "GO" ? track_power_is_on() : track_power_is_off();
-}
-
 // --- One exchange ---
 
-void ECoS::wake_exchange() {
+void NetworkStation::wake_exchange() {
   auto* waiter = std::exchange(exchange_->waiter, nullptr);
   if (waiter) fiber::resume(waiter, 0);
 }
 
-void ECoS::cut_exchange() {
+void NetworkStation::cut_exchange() {
   if (!exchange_) return;
   exchange_->cut = true;
   wake_exchange();
 }
 
-/// One command and its answer. Only inside a BusyLock.
-ECoSMsg ECoS::command(const std::string& text) {
+NetworkStation::Exchange* NetworkStation::waiting_exchange() const {
+  return exchange_ && !exchange_->answered ? exchange_ : nullptr;
+}
+
+void NetworkStation::answered() {
+  exchange_->answered = true;
+  wake_exchange();
+}
+
+void NetworkStation::run(Exchange& exchange, const std::string& bytes) {
   const auto alive = liveness();
   if (!active()) throw DeviceInactiveException();
   if (exchange_) throw CmdFailed();
   // The answer may be read before the send is reported complete, so it is expected from here on.
-  Exchange exchange{text, Clock::now()};
+  exchange.sent = Clock::now();
   exchange_ = &exchange;
   watch_for_silence();
   const auto forget = [&] {
     if (*alive) exchange_ = nullptr;
   };
   try {
-    send(text + '\n');
-    if (!exchange.answer && !exchange.cut) {
+    send(bytes);
+    if (!exchange.answered && !exchange.cut) {
       fiber::yield([&exchange](fiber* f) { exchange.waiter = f; });
     }
   } catch (...) {
@@ -156,14 +136,12 @@ ECoSMsg ECoS::command(const std::string& text) {
   }
   forget();
   if (!*alive || exchange.cut) throw DeviceInactiveException();
-  if (link_state().phase == LinkPhase::waiting_for_answer) {
-    note_answer();
-    if (!*alive) throw DeviceInactiveException();
-  }
-  return *std::move(exchange.answer);
+  if (link_state().phase != LinkPhase::waiting_for_answer) return;
+  note_answer();
+  if (!*alive) throw DeviceInactiveException();
 }
 
-void ECoS::send(const std::string& bytes) {
+void NetworkStation::send(const std::string& bytes) {
   const auto alive = liveness();
   const auto socket = socket_;
   const auto cancel = write_cancel_;
@@ -178,27 +156,14 @@ void ECoS::send(const std::string& bytes) {
   }
 }
 
-ECoSMsg ECoS::expect_success(const std::string& text) {
-  auto answer = command(text);
-  refusal_ = {answer.get_status(), readable(answer.get_status_text())};
-  if (answer.get_status() != 0) throw CmdFailed();
-  return answer;
-}
-
-/// "25 (no control)"
-Glib::ustring ECoS::refusal_words() const {
-  if (refusal_.status == 0) return _("something that is of no use");
-  return Glib::ustring::compose("%1 (%2)", refusal_.status, refusal_.text);
-}
-
 // --- Answers that do not come ---
 
 // One timer for many commands: it is armed anew only when it has fallen due.
-void ECoS::watch_for_silence() {
+void NetworkStation::watch_for_silence() {
   if (!silence_.armed()) silence_ = Timeout::once(silence_limit, [this] { look_for_silence(); });
 }
 
-void ECoS::look_for_silence() {
+void NetworkStation::look_for_silence() {
   if (!exchange_) return;
   const auto waited = Clock::now() - exchange_->sent;
   if (waited < silence_limit) {
@@ -214,15 +179,15 @@ void ECoS::look_for_silence() {
            exchange_->sent);
 }
 
-void ECoS::note_answer() {
+void NetworkStation::note_answer() {
   activating() ? set_link_down({}) : set_link(LinkPhase::in_service);
 }
 
 // --- What the railway asks for ---
 
-// A failure takes the device out of service while it is still busy: nobody who waits goes on with
-// a connection that is of no use.
-void ECoS::on_failed_talk() {
+// A failure takes the device out of service while it is still busy, so that no waiting conversation
+// goes on with a useless connection.
+void NetworkStation::on_failed_talk() {
   auto why = std::exchange(failure_, {});
   if (why.empty()) why = Glib::ustring::compose(_("%1 is connected anew."), get_name());
   const auto alive = liveness();
@@ -232,10 +197,8 @@ void ECoS::on_failed_talk() {
   if (stays && *alive) set_status(why);
 }
 
-void ECoS::switch_power(bool on) {
-  const auto answer = command(on ? ecos::go() : ecos::stop());
-  refusal_ = {answer.get_status(), readable(answer.get_status_text())};
-  if (answer.get_status() == 0) {
+void NetworkStation::switch_power(bool on) {
+  if (send_power(on)) {
     on ? track_power_is_on() : track_power_is_off();
   } else {
     set_status(Glib::ustring::compose(_("%1 refused to switch the track power: %2."), get_name(),
@@ -243,10 +206,10 @@ void ECoS::switch_power(bool on) {
   }
 }
 
-void ECoS::set_point(unsigned address, unsigned output, bool on) {
+void NetworkStation::set_point(unsigned address, unsigned output, bool on) {
   converse([&] {
     try {
-      expect_success(ecos::switch_output(address, output, on));
+      send_output(address, output, on);
     } catch (const CmdFailed&) {
       failure_ = Glib::ustring::compose(_("%1 refused to switch output %2 of the accessory decoder "
                                           "%3: %4."),
@@ -257,26 +220,22 @@ void ECoS::set_point(unsigned address, unsigned output, bool on) {
   });
 }
 
-// The newest wish is read only now: others may have gone first.
-DecoderUpdate ECoS::deliver(DrivenDecoder& decoder, std::uint32_t item) {
+// Reads the decoder's wish only now: other conversations may have come first.
+DecoderUpdate NetworkStation::deliver(DrivenDecoder& decoder, std::uint32_t item) {
   const auto alive = liveness();
   auto wanted = decoder.state();
   wanted.mask = item;
   const auto address = decoder.get_address();
-  const bool number_was_known = objects_.contains(address);
   was_cut_ = false;
   try {
     send_item(address, wanted);
   } catch (const CmdFailed&) {
-    // A station that was set up anew knows its locomotives by other numbers, or not at all.
-    if (number_was_known && refusal_.status == ecos::unknown_object) {
-      objects_.clear();
+    if (forget_after_refusal(address)) {
       refused_.suspect(address, wanted);
-      throw;
+    } else {
+      note_refusal(address, wanted, refused_.next_pause(address, wanted),
+                   _("%1 refused %2 of %3: %4. It is tried again in %5 s."));
     }
-    objects_.erase(address);
-    note_refusal(address, wanted, refused_.next_pause(address, wanted),
-                 _("%1 refused %2 of %3: %4. It is tried again in %5 s."));
     throw;
   } catch (...) {
     if (!*alive) throw;
@@ -293,68 +252,30 @@ DecoderUpdate ECoS::deliver(DrivenDecoder& decoder, std::uint32_t item) {
   return wanted;
 }
 
-void ECoS::send_item(Address address, const DecoderUpdate& wanted) {
-  const auto object = object_id(address);
-  expect_success(ecos::request_control(object));
-  expect_success(value_command(object, wanted));
-  expect_success(ecos::release_control(object));
-}
-
 // --- Refusals ---
 
-bool ECoS::withholds(DrivenDecoder& decoder, std::uint32_t item) {
+bool NetworkStation::withholds(DrivenDecoder& decoder, std::uint32_t item) {
   return refused_.withhold(decoder, item);
 }
 
-unsigned ECoS::rank(const DrivenDecoder& decoder) const {
+unsigned NetworkStation::rank(const DrivenDecoder& decoder) const {
   if (refused_.refuses_all(decoder)) return ~0u;
   return 2 * CommandStation::rank(decoder) + (refused_.suspects(decoder) ? 1 : 0);
 }
 
 /// `text` has places for the station, the item, the locomotive, the station's words and the time.
-void ECoS::note_refusal(Address address, const DecoderUpdate& sent, std::chrono::seconds pause,
-                        const char* text) {
+void NetworkStation::note_refusal(Address address, const DecoderUpdate& sent,
+                                  std::chrono::seconds pause, const char* text) {
   failure_ = Glib::ustring::compose(text, get_name(), item_name(sent), locomotive_name(address),
                                     refusal_words(), pause.count());
   refused_.refuse(address, sent, pause, failure_);
 }
 
-Glib::ustring ECoS::locomotive_name(Address address) const {
+Glib::ustring NetworkStation::locomotive_name(Address address) const {
   const auto* lok = find_lok(address);
   if (!lok && layout()) lok = layout()->get_default_device().find_lok(address);
   return lok ? lok->get_name()
              : Glib::ustring::compose(_("the locomotive with address %1"), address.get_addr());
-}
-
-// --- Locomotives at the station ---
-
-unsigned ECoS::object_id(Address address) {
-  const auto known = objects_.find(address);
-  if (known != objects_.end()) return known->second;
-  const auto found = find_locomotive(address);
-  const auto object = found ? *found : create_locomotive(address);
-  objects_[address] = object;
-  return object;
-}
-
-std::optional<unsigned> ECoS::find_locomotive(Address address) {
-  const auto answer = expect_success(ecos::query_locomotives());
-  for (const auto& [object, values] : answer.get_objects()) {
-    const auto number = leading_number(value_of(values, "addr"));
-    // A station may list locomotives without an address, and numbers beyond DCC.
-    if (Address::is_mobile_number(number) && Address(number) == address) return object;
-  }
-  return std::nullopt;
-}
-
-unsigned ECoS::create_locomotive(Address address) {
-  const auto name = Glib::ustring::compose(_("Locomotive %1"), address.get_addr());
-  const auto answer = expect_success(ecos::create_locomotive(address, name.raw()));
-  const auto manager = answer.get_objects().find(ecos::locomotive_manager);
-  if (manager == answer.get_objects().end()) throw CmdFailed();
-  const auto object = leading_number(value_of(manager->second, "id"));
-  if (object == 0) throw CmdFailed();
-  return object;
 }
 
 }  // namespace zemblar

@@ -1,4 +1,4 @@
-#include "simulator/railway/memory_station.h"
+#include "simulator/railway/memory_server.h"
 
 #include <giomm/error.h>
 
@@ -9,38 +9,38 @@
 
 namespace zemblar::simulator {
 
-using Milliseconds = MemoryStation::Milliseconds;
+using Milliseconds = MemoryServer::Milliseconds;
 
 /// An attempt to connect that is not answered is repeated by the system after this, then after
 /// twice that, and so on (tcp(7)).
 constexpr Milliseconds first_repeat{1000};
 
-static void later(Milliseconds delay, std::function<void()> call) {
+void after_on_clock(Milliseconds delay, std::function<void()> call) {
   Timeout::once(delay, std::move(call)).release();
 }
 
 /// One connection: what the station has sent and nobody has read yet.
-class MemoryStation::Link : public EcosLink, public std::enable_shared_from_this<Link> {
+class MemoryServer::Link : public ClientLink, public std::enable_shared_from_this<Link> {
  public:
-  explicit Link(MemoryStation& station) : station_(station), client_(station.hub.join(*this)) {}
+  explicit Link(MemoryServer& server) : server_(server), client_(server.hub_.join(*this)) {}
   ~Link() override { leave(); }
 
   void write(std::string_view bytes) override { arrive(std::string(bytes)); }
   void close() override { station_closed_ = true, wake(); }
 
   void arrive(std::string bytes) {
-    later(station_.latency, [weak = weak_from_this(), bytes] {
+    after_on_clock(server_.latency, [weak = weak_from_this(), bytes] {
       if (const auto link = weak.lock(); link && !link->dead_) link->inbox += bytes, link->wake();
     });
   }
   void send(std::string bytes) {
-    later(station_.latency, [weak = weak_from_this(), bytes] {
+    after_on_clock(server_.latency, [weak = weak_from_this(), bytes] {
       const auto link = weak.lock();
-      if (link && !link->dead_) link->station_.hub.receive(link->client_, bytes);
+      if (link && !link->dead_) link->server_.hub_.receive(link->client_, bytes);
     });
   }
   void leave() {
-    if (!left_ && !station_closed_ && !dead_) station_.hub.leave(client_);
+    if (!left_ && !station_closed_ && !dead_) server_.hub_.leave(client_);
     left_ = true;
     wake();
   }
@@ -48,8 +48,8 @@ class MemoryStation::Link : public EcosLink, public std::enable_shared_from_this
   void die() {
     if (dead_) return;
     dead_ = true;
-    station_.hub.leave(client_);
-    later(station_.keep_alive, [weak = weak_from_this()] {
+    server_.hub_.leave(client_);
+    after_on_clock(server_.keep_alive, [weak = weak_from_this()] {
       if (const auto link = weak.lock()) link->given_up_ = true, link->close();
     });
   }
@@ -71,12 +71,12 @@ class MemoryStation::Link : public EcosLink, public std::enable_shared_from_this
  private:
   void wake() {
     if (auto* reader = std::exchange(reader_, nullptr)) {
-      later(Milliseconds(0), [reader] { fiber::resume(reader, 0); });
+      after_on_clock(Milliseconds(0), [reader] { fiber::resume(reader, 0); });
     }
   }
 
-  MemoryStation& station_;
-  EcosClient client_;
+  MemoryServer& server_;
+  StationClient client_;
   bool station_closed_ = false;
   bool dead_ = false;
   bool given_up_ = false;
@@ -84,21 +84,21 @@ class MemoryStation::Link : public EcosLink, public std::enable_shared_from_this
   fiber* reader_ = nullptr;
 };
 
-class MemoryStation::MemorySocket : public Socket {
+class MemoryServer::MemorySocket : public Socket {
  public:
-  explicit MemorySocket(MemoryStation& station) : station_(station) {}
+  explicit MemorySocket(MemoryServer& server) : server_(server) {}
   ~MemorySocket() override { drop(); }
 
   bool is_connected() const override { return link_ != nullptr; }
 
   bool connect(const Glib::RefPtr<Gio::SocketConnectable>&, const Cancel& cancel) override {
     if (link_) throw Gio::Error(Gio::Error::BUSY, "Already Connected");
-    station_.attempts.push_back(Clock::now());
-    pass(station_.latency, cancel);
-    for (auto pause = first_repeat; station_.away_; pause *= 2) pass(pause, cancel);
-    if (!station_.up) throw Gio::Error(Gio::Error::CONNECTION_REFUSED, "Connection refused");
-    link_ = std::make_shared<Link>(station_);
-    station_.newest_ = link_;
+    server_.attempts.push_back(Clock::now());
+    pass(server_.latency, cancel);
+    for (auto pause = first_repeat; server_.away_; pause *= 2) pass(pause, cancel);
+    if (!server_.up) throw Gio::Error(Gio::Error::CONNECTION_REFUSED, "Connection refused");
+    link_ = std::make_shared<Link>(server_);
+    server_.newest_ = link_;
     return true;
   }
 
@@ -132,9 +132,9 @@ class MemoryStation::MemorySocket : public Socket {
   gssize write(const void* bytes, gsize count, const Cancel& cancel) override {
     const auto link = connected();
     if (link->broken()) throw Gio::Error(Gio::Error::BROKEN_PIPE, "Broken pipe");
-    const auto length = std::min(static_cast<std::size_t>(count), station_.write_limit);
+    const auto length = std::min(static_cast<std::size_t>(count), server_.write_limit);
     link->send(std::string(static_cast<const char*>(bytes), length));
-    pass(station_.write_time, cancel);
+    pass(server_.write_time, cancel);
     if (link->left()) throw Gio::Error(Gio::Error::CLOSED, "Closed");
     return static_cast<gssize>(length);
   }
@@ -148,35 +148,26 @@ class MemoryStation::MemorySocket : public Socket {
     if (!sleep_for(time, cancel)) throw Gio::Error(Gio::Error::CANCELLED, "Cancelled");
   }
 
-  MemoryStation& station_;
+  MemoryServer& server_;
   std::shared_ptr<Link> link_;
 };
 
-MemoryStation::MemoryStation() : hub(later) {}
-MemoryStation::~MemoryStation() = default;
-
-Glib::RefPtr<Socket> MemoryStation::socket() {
+Glib::RefPtr<Socket> MemoryServer::socket() {
   return Glib::RefPtr<Socket>(new MemorySocket(*this));
 }
 
-void MemoryStation::kill() {
+void MemoryServer::kill() {
   up = false;
-  hub.drop_all();
+  hub_.drop_all();
 }
 
-void MemoryStation::vanish() {
+void MemoryServer::vanish() {
   away_ = true;
   if (const auto link = newest_.lock()) link->die();
 }
 
-void MemoryStation::inject(std::string bytes) {
+void MemoryServer::inject(std::string bytes) {
   if (const auto link = newest_.lock()) link->arrive(std::move(bytes));
-}
-
-std::vector<std::string> MemoryStation::take_commands() {
-  auto commands = hub.log().commands();
-  hub.log().clear();
-  return commands;
 }
 
 }  // namespace zemblar::simulator
