@@ -24,14 +24,14 @@ void later(std::chrono::milliseconds delay, std::function<void()> call) {
 
 Railway::Railway() : liusb_(later, [this](std::string_view bytes) { liusb_cable_.send(bytes); }) {
   liusb_cable_.on_bytes([this](std::string_view bytes) { on_liusb(bytes); });
-  station_.on_log([this](const simulator::EcosLogEntry& entry) { on_station(entry); });
+  station_.log().on_entry([this](const simulator::EcosLogEntry& entry) { on_station(entry); });
   station_.listen();
   station_.press_go();
   railway_.track.signal_event().connect([this](const TrackEvent& event) { on_track(event); });
 }
 
 Railway::~Railway() {
-  station_.on_log({});
+  station_.log().on_entry({});
   liusb_.lose_power();
 }
 
@@ -59,10 +59,10 @@ std::string Railway::obey(std::string_view line) {
 // The station's own state says what its decoders are told: asked after each answer.
 void Railway::on_station(const simulator::EcosLogEntry& entry) {
   std::cout << simulator::format(entry) << std::endl;
-  railway_.track.set_power(station_.track_power());
+  railway_.track.set_power(station_.model().track_power());
   for (const auto& train : railway_.track.trains()) {
     const auto address = train->options().address.number;
-    const auto known = station_.locomotive(address);
+    const auto* known = station_.locomotive(address);
     if (!known) continue;
     const auto id = std::to_string(known->id);
     if (entry.text.starts_with("<REPLY set(" + id + ",stop"))

@@ -17,11 +17,11 @@ class MemoryStation : public MemoryServer {
 
   /// Entered at the station itself.
   void add_locomotive(unsigned address, const std::string& name) {
-    hub.post(hub.model().add_locomotive(address, name));
+    hub.add_locomotive(address, name);
   }
   /// What the station last did with it; it must know it.
   [[nodiscard]] const EcosLocomotive& locomotive(unsigned address) const {
-    return *hub.model().locomotive(address);
+    return *hub.locomotive(address);
   }
   /// Takes the commands received so far out of the log.
   std::vector<std::string> take_commands() {

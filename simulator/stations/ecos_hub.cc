@@ -65,6 +65,12 @@ void EcosHub::drop_all() {
   while (!clients_.empty()) drop(clients_.begin()->first, "hung up");
 }
 
+unsigned EcosHub::add_locomotive(unsigned address, std::string name) {
+  unsigned id = 0;
+  post(model_.add_locomotive(address, std::move(name), &id));
+  return id;
+}
+
 void EcosHub::post(const std::vector<EcosMessage>& messages) {
   for (const auto& message : messages) send(message.to, message.text);
 }

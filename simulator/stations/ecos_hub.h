@@ -39,8 +39,19 @@ class EcosHub : public StationHub {
       std::function<void(EcosClient, const std::string& line, std::optional<unsigned> status)>;
   void on_command(Observer observer) { observer_ = std::move(observer); }
 
-  /// Sends messages, as those that result from the model's keys, to their clients.
-  void post(const std::vector<EcosMessage>& messages);
+  /// The keys on the station's front: track power, and the emergency that also sets all speeds
+  /// to 0.
+  void press_go() { post(model_.press_go()); }
+  void press_stop() { post(model_.press_stop()); }
+  void press_emergency() { post(model_.press_emergency()); }
+
+  /// Entered at the station itself; returns its object id. Several may have the same address;
+  /// address 0 is a locomotive without one.
+  unsigned add_locomotive(unsigned address, std::string name);
+  /// The first locomotive of that address; null for none.
+  [[nodiscard]] const EcosLocomotive* locomotive(unsigned address) const {
+    return model_.locomotive(address);
+  }
 
   [[nodiscard]] std::size_t client_count() const { return clients_.size(); }
   [[nodiscard]] EcosModel& model() { return model_; }
@@ -52,6 +63,7 @@ class EcosHub : public StationHub {
  private:
   struct Client;
 
+  void post(const std::vector<EcosMessage>& messages);
   void execute(EcosClient client, const std::string& line);
   std::optional<unsigned> react(EcosClient client, const std::string& line);
   void send(EcosClient client, const std::string& message);

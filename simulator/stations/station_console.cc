@@ -47,7 +47,7 @@ class Words {
 
 std::string locomotive_list(EcosStation& station) {
   std::string list;
-  for (const auto& [id, locomotive] : station.hub().model().locomotives()) {
+  for (const auto& [id, locomotive] : station.model().locomotives()) {
     if (!list.empty()) list += '\n';
     list += decimal(id) + " address " + decimal(locomotive.address) + " speed " +
             decimal(locomotive.speed) + (locomotive.direction ? " backward" : " forward") +
@@ -118,7 +118,7 @@ constexpr std::array commands{
             return std::string();
           }},
     Entry{"drop", "hang up on all clients",
-          [](EcosStation& s, Words&) { return s.drop_connections(), std::string(); }},
+          [](EcosStation& s, Words&) { return s.drop_all(), std::string(); }},
     Entry{
         "drop-after", "N  hang up on the command after the next N",
         [](EcosStation& s, Words& w) { return s.faults().drop_after(w.number()), std::string(); }},

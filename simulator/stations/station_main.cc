@@ -64,7 +64,7 @@ int Program::run(int argc, char* argv[]) {
     std::cout << usage;
     return 0;
   }
-  station_.on_log([this](const EcosLogEntry& entry) { write_log(entry); });
+  station_.log().on_entry([this](const EcosLogEntry& entry) { write_log(entry); });
   std::cout << "listening on 127.0.0.1:" << decimal(station_.listen(port_)) << std::endl;
 
   const auto quit = [](gpointer loop) -> gboolean {

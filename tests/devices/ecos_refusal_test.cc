@@ -208,7 +208,7 @@ TEST_F(ECoSTest, delivers_the_latest_wish_after_the_station_was_lost_during_a_co
 }
 
 TEST_F(ECoSTest, switches_the_power_off_that_was_wished_while_nobody_could_hear_it) {
-  station.hub.post(station.hub.model().press_go());
+  station.hub.press_go();
   auto* ecos = add_started_ecos();
   station.kill();
   clock.advance(10ms);
@@ -225,7 +225,7 @@ TEST_F(ECoSTest, switches_the_power_off_that_was_wished_while_nobody_could_hear_
   station.kill();
   clock.advance(10ms);
   for (const bool on : {false, true}) layout().set_track_power(on);
-  station.hub.post(station.hub.model().press_go());
+  station.hub.press_go();
   station.up = true;
   clock.advance(2s);
   EXPECT_TRUE(station.hub.model().track_power()) << "an older wish";

@@ -146,7 +146,7 @@ TEST_F(ECoSTest, drives_through_the_default_device_all_stations_that_are_marked_
 // --- Power ---
 
 TEST_F(ECoSTest, follows_and_switches_track_power) {
-  station.hub.post(station.hub.model().press_go());
+  station.hub.press_go();
   auto* ecos = add_started_ecos();
   EXPECT_TRUE(ecos->track_power());
   const auto after = [&](auto action) {
@@ -154,7 +154,7 @@ TEST_F(ECoSTest, follows_and_switches_track_power) {
     clock.advance(10ms);
     return ecos->track_power();
   };
-  EXPECT_FALSE(after([&] { station.hub.post(station.hub.model().press_stop()); }));
+  EXPECT_FALSE(after([&] { station.hub.press_stop(); }));
   EXPECT_FALSE(after([&] { station.inject("<EVENT 1>\n1 name[x]\n<END 0 (OK)>\n"); }));
   EXPECT_FALSE(after([&] { station.inject("<EVENT 1>\n<END 0 (OK)>\n"); }));
   EXPECT_FALSE(after([&] { station.inject("<EVENT 10>\n1 status[GO]\n<END 0 (OK)>\n"); }));

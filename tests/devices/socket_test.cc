@@ -319,7 +319,7 @@ TEST_F(LoopbackTest, drives_a_station_over_tcp_that_comes_and_goes) {
   EXPECT_EQ(0u, station.locomotive(3)->speed);
 
   ecos->destroy();
-  EXPECT_TRUE(wait_until([&] { return station.connection_count() == 0; }));
+  EXPECT_TRUE(wait_until([&] { return station.client_count() == 0; }));
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ class Road : public LayoutTest {
       device->set_host("127.0.0.1:" + std::to_string(port));
     }
     ASSERT_TRUE(until([this] { return device->active(); }));
-    station.clear_log();
+    station.log().clear();
   }
 
   bool until(const std::function<bool()>& done) {
@@ -63,8 +63,8 @@ class Road : public LayoutTest {
   }
   Commands commands() {
     EXPECT_TRUE(settled());
-    auto received = station.commands();
-    station.clear_log();
+    auto received = station.log().commands();
+    station.log().clear();
     return received;
   }
 
@@ -127,7 +127,7 @@ TEST_F(Road, brings_every_locomotive_to_its_latest_wish_with_fewer_commands_than
     EXPECT_EQ(driven_by.locomotive(i + 1)->speed, loks[i]->get_speed()) << i;
   }
   for (const auto* one : {&station, &other}) {
-    sent += std::ranges::count_if(one->commands(), [](const std::string& command) {
+    sent += std::ranges::count_if(one->log().commands(), [](const std::string& command) {
       return command.find("speed[") != std::string::npos;
     });
   }
@@ -167,7 +167,7 @@ TEST_F(Road, switches_power_and_follows_the_station) {
   EXPECT_FALSE(layout().get_track_power());
   layout().set_track_power(true);
   ASSERT_TRUE(until([this] { return layout().get_track_power(); }));
-  EXPECT_EQ(station.commands(), (Commands{"set(1,go)"}));
+  EXPECT_EQ(station.log().commands(), (Commands{"set(1,go)"}));
   station.press_stop();
   EXPECT_TRUE(until([this] { return !layout().get_track_power(); }));
   device->destroy();

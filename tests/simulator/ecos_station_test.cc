@@ -118,7 +118,7 @@ TEST(EcosStation, releases_control_when_a_client_goes_away) {
     client.messages(1);
     EXPECT_TRUE(station.locomotive(3)->holder);
   }
-  EXPECT_TRUE(run_until([&] { return station.connection_count() == 0; }));
+  EXPECT_TRUE(run_until([&] { return station.client_count() == 0; }));
   EXPECT_FALSE(station.locomotive(3)->holder);
 }
 
@@ -134,8 +134,8 @@ TEST(EcosStation, vanishes_and_returns_on_the_same_port) {
     EXPECT_FALSE(Client(port).connected());
     EXPECT_EQ(port, station.listen(port));
   }
-  EXPECT_EQ('g', station.switch_position(17));
-  EXPECT_EQ(3U, station.commands().size());
+  EXPECT_EQ('g', station.model().switches().at("DCC17"));
+  EXPECT_EQ(3U, station.log().commands().size());
 
   EcosStation other;
   EXPECT_THROW(other.listen(port), std::runtime_error);
@@ -153,7 +153,7 @@ TEST(EcosStation, hangs_up_in_the_middle_of_a_command_and_goes_on_listening) {
   Client second(station.port());
   second.send("get(1,status)\n");
   EXPECT_EQ("<REPLY get(1,status)>\r\n1 status[STOP]\r\n<END 0 (OK)>\r\n", second.messages(1));
-  station.drop_connections();
+  station.drop_all();
   EXPECT_TRUE(second.hung_up());
 }
 
@@ -164,7 +164,7 @@ TEST(EcosStation, keeps_everything_for_a_client_that_reads_slowly) {
   for (unsigned i = 1; i <= 2000; ++i) station.add_locomotive(i, std::string(200, 'x'));
   const int count = 30;  // more than the sockets of both sides hold
   for (int i = 0; i < count; ++i) client.send("queryObjects(10,addr,name)\n");
-  EXPECT_TRUE(run_until([&] { return station.commands().size() == count; }));
+  EXPECT_TRUE(run_until([&] { return station.log().commands().size() == count; }));
   const auto text = client.messages(count);
   EXPECT_NE(std::string::npos, text.rfind("\r\n2999 addr[2000]"));
   EXPECT_GT(text.size(), 6'000'000U);
@@ -179,7 +179,7 @@ TEST(StationConsole, operates_the_station_by_typed_words) {
         "garbage <x", "fail 42 2 set(", "fail 43 all get(", "refuse-control on", "quit"}) {
     EXPECT_EQ("", console.run(line)) << line;
   }
-  EXPECT_TRUE(station.track_power());
+  EXPECT_TRUE(station.model().track_power());
   EXPECT_EQ("V60 \"Karl\"", station.locomotive(3)->name);
   EXPECT_EQ("Locomotive 1234", station.locomotive(1234)->name);
   EXPECT_EQ(50ms, station.faults().late);
