@@ -26,6 +26,8 @@ struct DocumentClass {
   Object* (*load)(const YAML::Node&) = nullptr;
   Object* (*make)() = nullptr;  ///< a new one with default values
   bool in_files = true;         ///< else entries are found in the private form alone
+  /// The translated text of the menu in which the user makes one; null for a class without.
+  const char* (*menu_text)() = nullptr;
 
   struct Registration {
     explicit Registration(const DocumentClass& document_class);
@@ -41,9 +43,14 @@ DocumentClass document_class(const char* tag, Section section) {
 
 /// The same for a class that has no entry in a layout file.
 template <typename T>
-DocumentClass private_class(const char* tag, Section section) {
-  return {tag, section, [](const YAML::Node& node) -> Object* { return new T(node); },
-          []() -> Object* { return new T; }, false};
+DocumentClass private_class(const char* tag, Section section,
+                            const char* (*menu_text)() = nullptr) {
+  return {tag,
+          section,
+          [](const YAML::Node& node) -> Object* { return new T(node); },
+          []() -> Object* { return new T; },
+          false,
+          menu_text};
 }
 
 /// The class with this tag; null for an unknown tag, and outside the private form for a class that

@@ -10,8 +10,8 @@
 namespace zemblar {
 namespace {
 
-const DocumentClass::Registration registration(private_class<ECoS>("!device/ESU/ECoS",
-                                                                   Section::devices));
+const DocumentClass::Registration registration(private_class<ECoS>(
+    "!device/ESU/ECoS", Section::devices, [] { return C_("New Device", "ESU ECoS"); }));
 
 std::string value_command(unsigned object, const DecoderUpdate& wanted) {
   if (wanted.mask == DecoderUpdate::speed_bit) return ecos::set_speed(object, wanted.speed);

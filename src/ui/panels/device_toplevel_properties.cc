@@ -7,7 +7,6 @@
 
 #include "core/i18n.h"
 #include "core/toplevel.h"
-#include "devices/ecos/device_ecos.h"
 #include "ui/toolkit/made_object.h"
 #include "ui/toolkit/popup.h"
 
@@ -21,10 +20,9 @@ const PanelRegistration<DeviceToplevel, DTProps> registration;
 DTProps::DTProps(DeviceToplevel& toplevel, const Labels& labels)
     : Form(labels), toplevel_(&toplevel) {
   add_button();
-  auto* ecos =
-      Gtk::manage(new Gtk::MenuItem(g_dpgettext2(GETTEXT_PACKAGE, "New Device", "ESU ECoS")));
-  ecos->signal_activate().connect(sigc::mem_fun(*this, &DTProps::add_ecos));
-  menu_.append(*ecos);
+  for (const auto& [tag, known] : document_classes()) {
+    if (known.section == Section::devices && known.menu_text) add_item(known);
+  }
   menu_.show_all();
 }
 
@@ -40,8 +38,15 @@ void DTProps::add_button() {
   add_wide(button_);
 }
 
-void DTProps::add_ecos() {
-  if (toplevel_) signal_object_made().emit(*toplevel_->add(new ECoS));
+void DTProps::add_item(const DocumentClass& device_class) {
+  auto* item = Gtk::manage(new Gtk::MenuItem(device_class.menu_text()));
+  item->signal_activate().connect(
+      sigc::bind(sigc::mem_fun(*this, &DTProps::add_device), device_class.make));
+  menu_.append(*item);
+}
+
+void DTProps::add_device(Object* (*make)()) {
+  if (toplevel_) signal_object_made().emit(*toplevel_->add(make()));
 }
 
 }  // namespace zemblar

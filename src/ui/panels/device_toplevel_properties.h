@@ -9,6 +9,8 @@
 namespace zemblar {
 
 class DeviceToplevel;
+class Object;
+struct DocumentClass;
 
 /// The panel of all devices: a button with a menu of the devices that the user can make. Other
 /// devices appear when their hardware is plugged in.
@@ -20,7 +22,8 @@ class DTProps : public Form {
 
  private:
   void add_button();
-  void add_ecos();
+  void add_item(const DocumentClass& device_class);
+  void add_device(Object* (*make)());
 
   ObjectRef<DeviceToplevel> toplevel_;
   Gtk::Button button_;
