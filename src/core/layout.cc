@@ -8,11 +8,9 @@
 #include "core/collections.h"
 #include "core/document_keeper.h"
 #include "core/i18n.h"
+#include "core/layout_devices.h"
 #include "core/property.h"
 #include "core/status.h"
-#include "devices/default_device.h"
-#include "devices/port/hw_list.h"
-#include "devices/track_power.h"
 
 namespace zemblar {
 namespace {
@@ -40,6 +38,16 @@ sigc::signal<void>& Layout::signal_replaced() {
   return signal;
 }
 
+sigc::signal<void>& Layout::signal_emptied() {
+  static sigc::signal<void> signal;
+  return signal;
+}
+
+LayoutDevices::Make& LayoutDevices::make() {
+  static Make filled;
+  return filled;
+}
+
 Layout::Dialogs& Layout::dialogs() {
   static Dialogs hooks;
   return hooks;
@@ -48,7 +56,6 @@ Layout::Dialogs& Layout::dialogs() {
 Layout::Layout()
     : Glib::ObjectBase("Layout"),
       Object(_("Layout")),
-      default_device_(new DefaultDevice),
       all_blocks_(new MemberSet("All Blocks", MemberKind::block, signal_object_added_)),
       all_points_(new MemberSet("All Points", MemberKind::point, signal_object_added_)),
       all_loks_(new AllLoks) {
@@ -60,19 +67,17 @@ Layout::Layout()
     signal_pulse_.emit();
     return true;
   });
-  signal_object_added_.connect(sigc::mem_fun(*this, &Layout::track_device));
-  signal_object_removed_.connect([this](Object* object) {
-    written_.forget(object);
-    if (dynamic_cast<Device*>(object)) recompute_track_power();
-  });
+  layout_devices_ = LayoutDevices::make()(*this);
+  signal_object_removed_.connect([this](Object* object) { written_.forget(object); });
 }
 
 Layout::~Layout() {
   toplevels_.fill(nullptr);  // already destroyed, but the default device asks for them as it ends
   for (Object* part : {static_cast<Object*>(all_loks_), static_cast<Object*>(all_points_),
-                       static_cast<Object*>(all_blocks_), static_cast<Object*>(default_device_)}) {
+                       static_cast<Object*>(all_blocks_)}) {
     part->destroy();
   }
+  layout_devices_->end();
   if (current == this) current = nullptr;
 }
 
@@ -96,8 +101,7 @@ void Layout::new_document(bool with_view) {
   put(new ScriptToplevel);
   const auto* view = find_document_class("!view");
   if (with_view && view) get_views().add(view->make());
-  // Ports of the destroyed devices are free now: offer them again.
-  if (with_view) Glib::signal_idle().connect_once([] { HWList::get().refresh(); });
+  if (with_view) signal_emptied().emit();
   if (keeper) keeper->document_begun();
 }
 
@@ -119,37 +123,17 @@ void Layout::set_simulating(bool on) {
   notify_property(*this, "simulating");
 }
 
-// The property may already have the value while a single device differs, so each device is
-// switched.
+DefaultDevice& Layout::get_default_device() const {
+  return layout_devices_->default_device();
+}
+
+bool Layout::get_track_power() const {
+  return layout_devices_->track_power();
+}
+
 void Layout::set_track_power(bool on) {
   clear_status();
-  for_each_device(get_devices(), [on](Device& device) {
-    if (switches_power(device)) device.set_track_power(on);
-  });
-}
-
-void Layout::track_device(Object* object) {
-  auto* device = dynamic_cast<Device*>(object);
-  if (!device || !switches_power(*device)) return;
-  device->property_track_power().signal_changed().connect(
-      sigc::mem_fun(*this, &Layout::recompute_track_power));
-  recompute_track_power();
-}
-
-void Layout::recompute_track_power() {
-  bool any = false;
-  bool all = true;
-  if (auto* devices = toplevels_[static_cast<std::size_t>(Section::devices)]) {
-    for_each_device(*devices, [&](Device& device) {
-      if (!switches_power(device)) return;
-      any = true;
-      all = all && device.track_power();
-    });
-  }
-  const bool on = any && all;
-  if (on == track_power_) return;
-  track_power_ = on;
-  notify_property(*this, "track-power");
+  layout_devices_->set_track_power(on);
 }
 
 void Layout::on_child_removing(Object* child) {
@@ -160,9 +144,7 @@ void Layout::on_child_removing(Object* child) {
 // end.
 void Layout::on_deleting() {
   emptying_ = true;
-  if (auto* devices = toplevels_[static_cast<std::size_t>(Section::devices)]) {
-    for_each_device(*devices, [](Device& device) { device.go_out_of_service(); });
-  }
+  layout_devices_->go_out_of_service();
   Glib::MainContext::get_default()->iteration(false);
   pulse_.cancel();
 }

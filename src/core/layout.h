@@ -23,7 +23,7 @@ namespace zemblar {
 
 class AllLoks;
 class DefaultDevice;
-class Device;
+class LayoutDevices;
 class MemberSet;
 class ScriptOverlay;
 
@@ -105,11 +105,15 @@ class Layout : public Object {
   /// True if the document was read from its layout file, false if from the complete file beside it.
   [[nodiscard]] bool is_whole_file() const { return file_ && known_complete_.empty(); }
 
-  [[nodiscard]] DefaultDevice& get_default_device() const { return *default_device_; }
+  [[nodiscard]] DefaultDevice& get_default_device() const;
   [[nodiscard]] MemberSet& get_all_blocks() const { return *all_blocks_; }
   [[nodiscard]] MemberSet& get_all_points() const { return *all_points_; }
   [[nodiscard]] AllLoks& get_all_loks() const { return *all_loks_; }
   [[nodiscard]] Toplevel& get_toplevel(Section section) const;
+  /// False before the layout has its document, and while that ends.
+  [[nodiscard]] bool has_toplevel(Section section) const {
+    return toplevels_[static_cast<std::size_t>(section)] != nullptr;
+  }
   [[nodiscard]] Toplevel& get_views() const { return get_toplevel(Section::views); }
   [[nodiscard]] Toplevel& get_loks() const { return get_toplevel(Section::locomotives); }
   [[nodiscard]] Toplevel& get_points() const { return get_toplevel(Section::points); }
@@ -123,7 +127,7 @@ class Layout : public Object {
 
   [[nodiscard]] bool get_block_control() const { return block_control_; }
   void set_block_control(bool on);
-  [[nodiscard]] bool get_track_power() const { return track_power_; }
+  [[nodiscard]] bool get_track_power() const;
   /// Switches every device that can switch track power. The property itself follows the devices:
   /// it is true while each of them reports power.
   void set_track_power(bool on);
@@ -164,6 +168,8 @@ class Layout : public Object {
 
   /// A successful Open has replaced the current layout; the former one is gone.
   static sigc::signal<void>& signal_replaced();
+  /// New has emptied the current layout.
+  static sigc::signal<void>& signal_emptied();
 
   /// Functions of the user interface: the file choosers (without them the two dialogs do nothing),
   /// and `finish_edits`, which applies text that is still being typed before the document is saved.
@@ -192,8 +198,6 @@ class Layout : public Object {
   ObjectNumbers& writing() { return numbers_ ? *numbers_ : written_; }
   ObjectNumbers& reading() { return numbers_ ? *numbers_ : read_; }
   [[nodiscard]] const ObjectNumbers& reading() const { return numbers_ ? *numbers_ : read_; }
-  void track_device(Object* object);
-  void recompute_track_power();
 
   // Declared first: the constructors of the members below connect to these signals.
   sigc::signal<void, Object*> signal_object_added_;
@@ -205,7 +209,6 @@ class Layout : public Object {
   LoadSignal signal_post_resolve_;
 
   bool block_control_ = true;
-  bool track_power_ = false;
   bool simulating_ = false;
   bool emptying_ = false;
   Timeout pulse_;
@@ -217,8 +220,8 @@ class Layout : public Object {
   std::string known_complete_;             // of the complete file's text, likewise
   Timeout trouble_returns_;                // shows the trouble in the status line again
   const Object* first_unsaved_ = nullptr;  // the first object that the last text could not hold
-  DefaultDevice* default_device_;          // these four are owned, but not in the tree
-  MemberSet* all_blocks_;
+  std::unique_ptr<LayoutDevices> layout_devices_;
+  MemberSet* all_blocks_;  // these three are owned, but not in the tree
   MemberSet* all_points_;
   AllLoks* all_loks_;
   std::array<Toplevel*, section_count> toplevels_{};

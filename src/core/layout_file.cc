@@ -13,7 +13,6 @@
 #include "core/private_form.h"
 #include "core/status.h"
 #include "core/yaml_io.h"
-#include "devices/port/hw_list.h"
 
 namespace zemblar {
 std::string Layout::get_path() const {
@@ -108,7 +107,6 @@ bool Layout::replace_by(Layout* opened, const std::function<void()>& load,
     return false;
   }
   previous->destroy();
-  HWList::get().refresh();
   signal_replaced().emit();
   if (keeper) keeper->document_begun();
   return true;

@@ -18,6 +18,10 @@ namespace zemblar {
 class Layout;
 class Lok;
 
+/// Returns the locomotive as the object that it is: its name, its end. The layer of the locomotives
+/// defines the function; no layer below knows the class.
+[[nodiscard]] Object& as_object(Lok& lok);
+
 /// A piece of hardware, or a channel to it: a command station, a bus, a reader, or an input of a
 /// reader.
 ///

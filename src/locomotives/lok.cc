@@ -17,6 +17,10 @@ constexpr auto stopped = DecoderUpdate::emergency_stop;
 
 }  // namespace
 
+Object& as_object(Lok& lok) {
+  return lok;
+}
+
 Lok::Lok(NoDecoder /*tag*/) : Glib::ObjectBase("Lok"), Object(_("Locomotive %1")), registry_(this) {
   register_property<int>(this, "top-speed", &Lok::get_top_speed, &Lok::set_top_speed);
   register_property<unsigned>(this, "speed", &Lok::get_speed, &Lok::set_speed);

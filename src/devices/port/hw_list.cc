@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "core/layout.h"
+
 namespace zemblar {
 namespace {
 
@@ -34,6 +36,15 @@ const HWList::Kind* best_for(const HWDevice& record) {
 }
 
 HWList* the_list = nullptr;  // made on first use
+
+// Ports of the former document's devices are free now: the list offers them again. After New it
+// waits for the main loop, because the devices let go of their ports there.
+const bool follows_documents = [] {
+  Layout::signal_replaced().connect([] { HWList::get().refresh(); });
+  Layout::signal_emptied().connect(
+      [] { Glib::signal_idle().connect_once([] { HWList::get().refresh(); }); });
+  return true;
+}();
 
 }  // namespace
 

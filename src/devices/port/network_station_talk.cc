@@ -9,7 +9,6 @@
 #include "core/status.h"
 #include "devices/default_device.h"
 #include "devices/port/network_station.h"
-#include "locomotives/lok.h"
 #include "runtime/fiber.h"
 
 namespace zemblar {
@@ -272,9 +271,9 @@ void NetworkStation::note_refusal(Address address, const DecoderUpdate& sent,
 }
 
 Glib::ustring NetworkStation::locomotive_name(Address address) const {
-  const auto* lok = find_lok(address);
+  auto* lok = find_lok(address);
   if (!lok && layout()) lok = layout()->get_default_device().find_lok(address);
-  return lok ? lok->get_name()
+  return lok ? as_object(*lok).get_name()
              : Glib::ustring::compose(_("the locomotive with address %1"), address.get_addr());
 }
 

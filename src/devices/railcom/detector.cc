@@ -5,7 +5,6 @@
 
 #include "core/layout.h"
 #include "devices/default_device.h"
-#include "locomotives/lok.h"
 
 namespace zemblar {
 
@@ -74,8 +73,8 @@ void RailComDetector::on_seen(const Address& address) {
 }
 
 void RailComDetector::detect(Address address, Lok* lok) {
-  detections_[address] = {now(), lok,
-                          lok->signal_deleted().connect([this, address] { drop(address); })};
+  detections_[address] = {
+      now(), lok, as_object(*lok).signal_deleted().connect([this, address] { drop(address); })};
   const auto alive = liveness();
   tell(signal_changed());
   if (!*alive) return;

@@ -6,7 +6,6 @@
 #include "core/layout.h"
 #include "core/property.h"
 #include "devices/default_device.h"
-#include "locomotives/lok.h"
 #include "runtime/fiber.h"
 #include "runtime/timer.h"
 
@@ -64,7 +63,7 @@ void DeviceDummyRailComReaderInput::set_lok(Lok* lok) {
   if (lok == lok_) return;
   lok_ = lok;
   lok_deleted_ = {};
-  if (lok) lok_deleted_ = lok->signal_deleted().connect([this] { set_lok(nullptr); });
+  if (lok) lok_deleted_ = as_object(*lok).signal_deleted().connect([this] { set_lok(nullptr); });
 }
 
 // --- The reader ---
