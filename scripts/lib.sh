@@ -1,6 +1,10 @@
 # Common to the scripts here; they source it first.
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+# A precompiled header is the same for ccache when its sources are; and so is a file that another
+# folder has compiled.
+export CCACHE_SLOPPINESS=pch_defines,time_macros CCACHE_NOHASHDIR=1
+
 # The system's own Python: the accessibility modules are installed for that one.
 python=/usr/bin/python3
 

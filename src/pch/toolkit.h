@@ -1,4 +1,4 @@
-// Included ahead of every file of the desktop library; its headers are guarded themselves.
+// Included ahead of every file of diagrams and windows; its headers are guarded themselves.
 #include <gtkmm/box.h>
 #include <gtkmm/button.h>
 #include <gtkmm/entry.h>
@@ -11,7 +11,4 @@
 #include <gtkmm/treeview.h>
 #include <gtkmm/window.h>
 
-#include <functional>
-#include <memory>
-#include <string>
-#include <vector>
+#include "model.h"
