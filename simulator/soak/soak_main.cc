@@ -21,6 +21,7 @@
 #include "simulator/soak/soak_kill.h"
 #include "simulator/soak/soak_links.h"
 #include "simulator/soak/soak_process.h"
+#include "source_dir.h"
 
 namespace zemblar::simulator {
 namespace {
@@ -71,7 +72,7 @@ struct Options {
   std::uint64_t seed = 1;
   unsigned seeds = 1;
   std::string only{};
-  std::string layouts{SAMPLE_LAYOUTS};
+  std::string layouts{ZEMBLAR_SOURCE_DIR "/data/layouts"};
 };
 
 template <typename T>

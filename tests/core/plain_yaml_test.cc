@@ -6,6 +6,7 @@
 #include <random>
 #include <vector>
 
+#include "source_dir.h"
 #include "tests/support/yaml_events.h"
 
 namespace zemblar::test {

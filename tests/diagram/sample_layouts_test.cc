@@ -6,6 +6,7 @@
 #include "diagram/view.h"
 #include "diagram/view_label.h"
 #include "diagram/view_link_node.h"
+#include "source_dir.h"
 #include "tests/support/layout_fixture.h"
 #include "track/corners.h"
 #include "track/point_base.h"
@@ -55,7 +56,7 @@ using SampleLayouts = test::LayoutTest;
 
 TEST_F(SampleLayouts, come_back_byte_for_byte_and_draw_all_of_their_track) {
   for (const auto* name : {"sample.zblt", "club.zblt"}) {
-    const auto path = Glib::build_filename(SAMPLE_LAYOUTS, name);
+    const auto path = Glib::build_filename(ZEMBLAR_SOURCE_DIR "/data/layouts", name);
     ASSERT_TRUE(Layout::open(path)) << get_status();
     EXPECT_EQ(get_status().raw(), status_of(name));
     EXPECT_EQ(Layout::get().serialize(), test::bytes_of(path));
@@ -78,7 +79,7 @@ TEST_F(SampleLayouts, come_back_byte_for_byte_and_draw_all_of_their_track) {
 TEST_F(SampleLayouts, come_back_from_a_copy_that_is_written_in_small_parts) {
   constexpr std::size_t largest = 16384;
   for (const auto* name : {"sample.zblt", "club.zblt"}) {
-    const auto path = Glib::build_filename(SAMPLE_LAYOUTS, name);
+    const auto path = Glib::build_filename(ZEMBLAR_SOURCE_DIR "/data/layouts", name);
     ASSERT_TRUE(Layout::open(path)) << get_status();
     DocumentText text;
     for (auto before = text.size(); text.write_part(); before = text.size()) {
@@ -99,7 +100,8 @@ TEST_F(SampleLayouts, let_a_train_go_round_as_the_points_lie) {
     unsigned distance;
   } cases[] = {{"sample.zblt", "Station 1", 10}, {"club.zblt", "Central 3 East", 19}};
   for (const auto& [name, start, distance] : cases) {
-    ASSERT_TRUE(Layout::open(Glib::build_filename(SAMPLE_LAYOUTS, name))) << get_status();
+    ASSERT_TRUE(Layout::open(Glib::build_filename(ZEMBLAR_SOURCE_DIR "/data/layouts", name)))
+        << get_status();
     auto* block = dynamic_cast<Block*>(layout().get_blocks().find_child(start));
     ASSERT_TRUE(block) << start;
     EXPECT_EQ(block->get_link("right")->find_distance_to(block->get_link("left")), distance);

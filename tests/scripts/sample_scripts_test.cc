@@ -13,6 +13,7 @@
 #include "simulator/trains/track_model.h"
 #include "simulator/trains/track_reader.h"
 #include "simulator/trains/track_station.h"
+#include "source_dir.h"
 #include "tests/support/layout_fixture.h"
 #include "track/block.h"
 
@@ -25,7 +26,8 @@ using simulator::TrackEvent;
 class SampleScripts : public test::LayoutTest {
  protected:
   SampleScripts() {
-    EXPECT_TRUE(Layout::open(Glib::build_filename(SAMPLE_LAYOUTS, "sample.zblt")));
+    EXPECT_TRUE(
+        Layout::open(Glib::build_filename(ZEMBLAR_SOURCE_DIR "/data/layouts", "sample.zblt")));
     simulator::TrackStation::in_service(model);
     auto* reader = layout().get_devices().add(new simulator::TrackReader);
     std::map<const Device*, simulator::TrackInput*> inputs;
@@ -110,7 +112,8 @@ using SampleLaps = test::LayoutTest;
 // What a run of laps finds has to be found when it is there.
 TEST_F(SampleLaps, end_in_a_collision_when_the_railcar_does_not_wait_for_the_line) {
   const simulator::LapsOptions hour{.folder = folder.path(), .hours = 0.2, .seed = 2, .order = 3};
-  const auto text = test::bytes_of(Glib::build_filename(SAMPLE_LAYOUTS, "sample.zblt"));
+  const auto text =
+      test::bytes_of(Glib::build_filename(ZEMBLAR_SOURCE_DIR "/data/layouts", "sample.zblt"));
   folder.write("sample.zblt", text);
   const auto good = run_laps(hour);
   EXPECT_EQ("", good.trouble);

@@ -12,6 +12,7 @@
 #include "simulator/soak/soak_following.h"
 #include "simulator/soak/soak_links.h"
 #include "simulator/soak/soak_scene.h"
+#include "source_dir.h"
 
 namespace zemblar::simulator {
 namespace {
