@@ -1,6 +1,7 @@
 #include "ui/canvas/switch_accessible.h"
 
 #include <gtk/gtk.h>
+#include <gtkmm/container.h>
 
 #include <algorithm>
 #include <utility>

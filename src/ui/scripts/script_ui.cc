@@ -2,6 +2,7 @@
 
 #include "scripts/script_ui.h"
 
+#include <gtkmm/box.h>
 #include <gtkmm/menuitem.h>
 #include <gtkmm/radiobutton.h>
 #include <gtkmm/separatormenuitem.h>

@@ -1,5 +1,6 @@
 #include "ui/toolkit/column_scroll.h"
 
+#include <gtkmm/adjustment.h>
 #include <gtkmm/box.h>
 #include <gtkmm/viewport.h>
 
