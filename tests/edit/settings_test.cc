@@ -1,9 +1,12 @@
-// Every setting of every class is a step, and comes back with what was deleted and from a copy.
+// Every setting of every class is a step, comes back with what was deleted and from a copy, and is
+// in the page of the layout file.
 
+#include <glibmm/fileutils.h>
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <set>
+#include <sstream>
 
 #include "core/document_class.h"
 #include "core/document_text.h"
@@ -21,6 +24,7 @@
 #include "scripts/script.h"
 #include "scripts/script_registry.h"
 #include "scripts/script_ui.h"
+#include "simulator/soak/random_layout.h"
 #include "tests/edit/edit_fixture.h"
 #include "track/crossing.h"
 #include "track/scissor.h"
@@ -348,6 +352,59 @@ TEST_F(EverySetting, is_a_step_and_comes_back_with_what_was_deleted_and_from_a_c
   }
   ASSERT_TRUE(Layout::open_copy(DocumentText::whole(), true, "copy")) << get_status();
   expect_same({}, known);
+}
+
+/// Keys by the heading of their mapping, its tag. Mappings without a tag belong to the outer one.
+using Keys = std::map<std::string, std::set<std::string>>;
+
+void add_keys(Keys& keys, const YAML::Node& node, const std::string& outer) {
+  const bool has_tag = node.IsMap() && node.Tag().starts_with("!");
+  const auto heading = has_tag ? "`" + node.Tag() + "`" : outer;
+  for (const auto& entry : node) {
+    if (node.IsSequence()) add_keys(keys, entry, heading);
+    if (!node.IsMap()) continue;
+    // Other keys are names and numbers of states.
+    const auto& key = entry.first.Scalar();
+    if (key.find_first_of(":0123456789") == key.npos) keys[heading].insert(key);
+    add_keys(keys, entry.second, heading);
+  }
+}
+
+/// The keys in the first column below a heading of the page, and below those to which it links.
+std::set<std::string> keys_below(const std::string& heading) {
+  static const auto path = SAMPLE_LAYOUTS "/../../docs/layout-file.md";
+  static const auto page = Glib::ustring(Glib::file_get_contents(path)).lowercase().raw();
+  const auto start = page.find("# " + heading + '\n');
+  std::set<std::string> keys;
+  if (start == page.npos) return keys;
+  std::istringstream section(page.substr(start, page.find("\n#", start) - start));
+  for (std::string line, key; std::getline(section, line);) {
+    for (auto at = line.find("(#"); at != line.npos; at = line.find("(#", at + 1)) {
+      keys.merge(keys_below(line.substr(at + 2, line.find(')', at) - at - 2)));
+    }
+    std::istringstream cell(line.starts_with("| `") ? line.substr(0, line.find(" |")) : "");
+    while (std::getline(cell, key, '`') && std::getline(cell, key, '`')) keys.insert(key);
+  }
+  return keys;
+}
+
+TEST_F(EverySetting, stands_under_its_tag_in_the_page_of_the_layout_file) {
+  for (const auto& [tag, known] : document_classes()) {
+    if (known.in_files) furnish(*layout().get_toplevel(known.section).add(known.make()));
+  }
+  simulator::Chance chance(1);
+  simulator::fill_at_random(chance, false);
+  Keys written;
+  add_keys(written, YAML::Load(layout().serialize()), "frame");
+  for (const auto& [key, kind] : script_events()) written["`!script`"].insert(key);
+  for (const auto& [key, kind] : script_cmds()) written["`!script`"].insert(key);
+  std::set<std::string> all;
+  for (const auto& [heading, keys] : written) all.insert(keys.begin(), keys.end());
+  for (const auto& [heading, keys] : written) {
+    const auto described = keys_below(Glib::ustring(heading).lowercase());
+    for (const auto& key : keys) EXPECT_TRUE(described.contains(key)) << key << " of " << heading;
+    for (const auto& key : described) EXPECT_TRUE(all.contains(key)) << key << ": not written";
+  }
 }
 
 }  // namespace
