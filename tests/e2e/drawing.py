@@ -7,10 +7,9 @@ import tempfile
 import time
 import unittest
 
-from zemblar_ui import Program, wait_for
+from zemblar_ui import SPLASH, Program, wait_for
 
 TITLE = 'Zemblar 0.1 — Track Editor'
-SPLASH = 5.5  # seconds until it has gone
 
 
 def pointer(*commands):

@@ -14,7 +14,8 @@ import time
 import unittest
 
 import two_trains
-from drawing import SPLASH, DrawingTest, pointer
+from drawing import DrawingTest, pointer
+from zemblar_ui import SPLASH
 
 ZEMBLAR, DEMONSTRATION, LAYOUT = sys.argv[1:4]
 # In the order in which they are drawn. The demonstration puts a train on the third.

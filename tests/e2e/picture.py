@@ -3,10 +3,10 @@
 import subprocess
 import time
 
-from zemblar_ui import wait_for
+import zemblar_ui
+from zemblar_ui import SPLASH, wait_for
 
 TITLE = 'Zemblar 0.1 — Track View'
-SPLASH = 5.5  # seconds until it has gone
 
 # On either leg of East Point, away from the other; where Exit Signal 1 stands, which looks to the
 # right; and in the middle of a zone.
@@ -22,9 +22,7 @@ def pointer(*commands):
 
 def pixels(x, y, width=1, height=1):
     """Red, green and blue of each pixel around a place on the screen."""
-    area = f'{width}x{height}+{x - width // 2}+{y - height // 2}'
-    data = subprocess.run(['import', '-window', 'root', '-crop', area, '-depth', '8', 'rgb:-'],
-                          check=True, capture_output=True).stdout
+    data = zemblar_ui.pixels(x - width // 2, y - height // 2, width, height)
     return list(zip(data[0::3], data[1::3], data[2::3]))
 
 

@@ -10,21 +10,18 @@ import time
 import unittest
 
 from demonstration import DemonstrationTest
-from zemblar_ui import NotSeen, press_keys, type_keys, wait_for
+from zemblar_ui import SPLASH, NotSeen, pixels, press_keys, type_keys, wait_for
 
 DEMONSTRATION, LAYOUT = sys.argv[1:3]
 TITLE = 'Script Editor'
-SPLASH = 5.5  # seconds until it has gone
 SHORTEST_WORD = 8  # pixels of a line under a word
 
 
 def colours(x, y, width, height):
     """Of a part of the screen, row by row."""
-    area = f'{width}x{height}+{x}+{y}'
-    data = subprocess.run(['import', '-window', 'root', '-crop', area, '-depth', '8', 'rgb:-'],
-                          check=True, capture_output=True).stdout
-    pixels = list(zip(data[0::3], data[1::3], data[2::3]))
-    return [pixels[i:i + width] for i in range(0, len(pixels), width)]
+    data = pixels(x, y, width, height)
+    points = list(zip(data[0::3], data[1::3], data[2::3]))
+    return [points[i:i + width] for i in range(0, len(points), width)]
 
 
 def underlined(row):

@@ -17,6 +17,7 @@ import time
 import pyatspi
 
 TIME_LIMIT = 15.0  # seconds
+SPLASH = 5.5  # seconds until it has gone
 
 
 class NotSeen(AssertionError):
@@ -47,10 +48,10 @@ def screenshot(path):
 
 
 def pixels(x, y, width, height):
-    """What a part of the screen shows, to be compared."""
+    """What a part of the screen shows: red, green and blue, a byte each, row by row."""
     part = f'{width}x{height}+{x}+{y}'
-    return subprocess.run(['import', '-window', 'root', '-crop', part, 'rgb:-'], check=True,
-                          capture_output=True).stdout
+    return subprocess.run(['import', '-window', 'root', '-crop', part, '-depth', '8', 'rgb:-'],
+                          check=True, capture_output=True).stdout
 
 
 class Item:

@@ -72,14 +72,12 @@ class CanvasTest : public SmallRailway {
   /// Through the toolkit's queue, as the window system's own events come.
   template <typename Event>
   void send(GdkEventType type, const Vector& place, const std::function<void(Event&)>& fill) {
-    auto* event = gdk_event_new(type);
+    const auto event = make_event(type, canvas.get_window()->gobj());
     auto& sent = reinterpret_cast<Event&>(*event);
-    sent.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
     sent.x = place.x;
     sent.y = place.y;
     fill(sent);
-    gdk_event_put(event);
-    gdk_event_free(event);
+    gdk_event_put(event.get());
   }
   void button(GdkEventType type, const Vector& place, unsigned number = 1) {
     send<GdkEventButton>(type, place, [number](auto& event) { event.button = number; });

@@ -46,10 +46,7 @@ class EditHistoryTest : public LayoutTest {
   static void add_zone() { layout().get_blocks().add(new Zone); }
   static unsigned zones() { return layout().get_blocks().child_count(); }
   static void send(Gtk::Widget& widget, GdkEventType type) {
-    auto* event = gdk_event_new(type);
-    event->any.window = GDK_WINDOW(g_object_ref(widget.get_window()->gobj()));
-    EditHistory::dispatch(event);
-    gdk_event_free(event);
+    EditHistory::dispatch(make_event(type, widget.get_window()->gobj()).get());
   }
   unsigned steps() {
     unsigned count = 0;
@@ -153,10 +150,7 @@ TEST_F(EditHistoryTest, what_is_done_without_an_event_is_a_step_as_well) {
 TEST_F(EditHistoryTest, an_undo_that_ends_a_station_waits_until_its_trains_stand) {
   VirtualClock clock;
   TrackEditor::open();
-  Gtk::Window* editor = nullptr;
-  for (auto* one : Gtk::Window::list_toplevels()) {
-    if (dynamic_cast<TrackEditor*>(one)) editor = one;
-  }
+  Gtk::Window* editor = shown_window<TrackEditor>();
   ASSERT_TRUE(editor);
   Gtk::Window dialog;
   Gtk::Button add;

@@ -36,16 +36,14 @@ class EditorTest : public LayoutTest {
   template <typename Event>
   void send(GdkEventType type, const Vector& place, unsigned button, unsigned state) {
     const auto point = canvas.to_canvas(place);
-    auto* event = gdk_event_new(type);
+    const auto event = make_event(type, canvas.get_window()->gobj());
     auto& sent = reinterpret_cast<Event&>(*event);
-    sent.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
     sent.x = point.x;
     sent.y = point.y;
     sent.state = state;
     sent.time = long_ago;
     if constexpr (std::is_same_v<Event, GdkEventButton>) sent.button = button;
-    canvas.event(event);
-    gdk_event_free(event);
+    canvas.event(event.get());
   }
   void press(const Vector& place, unsigned button = 1, unsigned state = 0) {
     send<GdkEventButton>(GDK_BUTTON_PRESS, place, button, state);
@@ -74,13 +72,10 @@ class EditorTest : public LayoutTest {
     return object;
   }
   bool key(guint value, unsigned state = 0, GdkEventType type = GDK_KEY_PRESS) {
-    auto* event = gdk_event_new(type);
-    event->key.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
+    const auto event = make_event(type, canvas.get_window()->gobj());
     event->key.keyval = value;
     event->key.state = state;
-    const bool used = canvas.event(event);
-    gdk_event_free(event);
-    return used;
+    return canvas.event(event.get());
   }
   /// What the window shows in a square round a place of the view.
   std::vector<unsigned> pixels_round(const Vector& place, int half) {
@@ -260,10 +255,7 @@ TEST_F(EditorTest, placing_goes_on_under_the_wheel_and_ends_when_the_pointer_is_
   EXPECT_TRUE(OtherProgram().has_pointer());
   EXPECT_EQ(end(view.get_objects().back().operator->(), "left").pos, (Vector{-20, 30}));
   place();
-  auto* broken = gdk_event_new(GDK_GRAB_BROKEN);
-  broken->any.window = GDK_WINDOW(g_object_ref(canvas.get_window()->gobj()));
-  canvas.event(broken);
-  gdk_event_free(broken);
+  canvas.event(make_event(GDK_GRAB_BROKEN, canvas.get_window()->gobj()).get());
   EXPECT_EQ(cancelled, 1);
   EXPECT_EQ(view.get_objects().size(), 1u);
   place();

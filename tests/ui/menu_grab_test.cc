@@ -86,10 +86,7 @@ TEST_F(MenuGrabTest, the_menu_of_a_text_field_lets_go_with_the_next_event) {
     while (!gtk_grab_get_current() && !given_up) Gtk::Main::iteration(true);
     ASSERT_FALSE(given_up) << "the toolkit has learned it";
   }
-  auto* event = gdk_event_new(GDK_MOTION_NOTIFY);
-  event->any.window = GDK_WINDOW(g_object_ref(entry.get_window()->gobj()));
-  EditHistory::dispatch(event);
-  gdk_event_free(event);
+  EditHistory::dispatch(make_event(GDK_MOTION_NOTIFY, entry.get_window()->gobj()).get());
   EXPECT_EQ(gtk_grab_get_current(), nullptr);
 }
 
@@ -104,10 +101,7 @@ TEST_F(MenuGrabTest, a_submenu_closes_when_the_menu_above_it_is_not_shown) {
   gtk_menu_popup(submenu.gobj(), GTK_WIDGET(menu.gobj()), GTK_WIDGET(item.gobj()), nullptr, nullptr,
                  0, GDK_CURRENT_TIME);
   ASSERT_TRUE(submenu.get_mapped());
-  auto* event = gdk_event_new(GDK_ENTER_NOTIFY);
-  event->any.window = GDK_WINDOW(g_object_ref(entry.get_window()->gobj()));
-  EditHistory::dispatch(event);
-  gdk_event_free(event);
+  EditHistory::dispatch(make_event(GDK_ENTER_NOTIFY, entry.get_window()->gobj()).get());
   EXPECT_FALSE(submenu.get_mapped());
   EXPECT_EQ(gtk_grab_get_current(), nullptr);
   item.remove_submenu();
@@ -159,10 +153,7 @@ TEST_F(MenuGrabTest, the_menus_of_a_file_chooser_close_with_it_and_belong_to_nob
   EXPECT_FALSE(menus.empty());
   EXPECT_EQ(shown_menus(), std::vector<GtkWidget*>{});
   for (auto* menu : menus) {
-    auto* event = gdk_event_new(GDK_KEY_RELEASE);
-    event->any.window = GDK_WINDOW(g_object_ref(gtk_widget_get_window(menu)));
-    EditHistory::dispatch(event);
-    gdk_event_free(event);
+    EditHistory::dispatch(make_event(GDK_KEY_RELEASE, gtk_widget_get_window(menu)).get());
     g_object_unref(menu);
   }
   handle_events();

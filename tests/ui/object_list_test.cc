@@ -39,12 +39,10 @@ std::string rows(ObjectList& list) {
 }
 
 void press_key(ObjectList& list, guint key, unsigned modifiers = 0) {
-  auto* event = gdk_event_new(GDK_KEY_PRESS);
-  event->key.window = GDK_WINDOW(g_object_ref(list.get_window()->gobj()));
+  const auto event = make_event(GDK_KEY_PRESS, list.get_window()->gobj());
   event->key.keyval = key;
   event->key.state = modifiers;
-  list.event(event);
-  gdk_event_free(event);
+  list.event(event.get());
 }
 
 TEST(ObjectList, follows_what_is_added_renamed_removed_and_emptied) {

@@ -19,6 +19,7 @@
 #include "simulator/bus/tessara_master.h"
 #include "simulator/railway/memory_station.h"
 #include "tests/support/layout_fixture.h"
+#include "tests/ui/panel_of.h"
 #include "tests/ui/widget_search.h"
 #include "ui/panels/decoder_form.h"
 #include "ui/panels/device_toplevel_properties.h"
@@ -42,10 +43,6 @@ class PanelTest : public LayoutTest {
  protected:
   ~PanelTest() override { layout().new_document(false); }
 
-  static std::unique_ptr<Gtk::Widget> panel_of(Object& object) {
-    return std::unique_ptr<Gtk::Widget>(
-        object.make_properties_panel(Gtk::SizeGroup::create(Gtk::SIZE_GROUP_HORIZONTAL)));
-  }
   static Decoder& decoder_of(Lok& lok, unsigned index = 0) {
     return *lok.get_decoders().at(index).operator->();
   }
@@ -484,19 +481,10 @@ TEST_F(PanelTest, a_li_usb_is_named_and_made_a_default_device_in_its_panel) {
   EXPECT_FALSE(liusb->get_use_as_default());
   liusb->set_use_as_default(true);
   EXPECT_TRUE(check.get_active());
-  auto& name = get_widget<NameEntry>(*panel);
-  EXPECT_EQ(name.get_text(), "Lenz LI-USB 1");
-}
-
-Gtk::Window* find_window(const std::string& title) {
-  for (auto* window : Gtk::Window::list_toplevels()) {
-    if (window->get_title() == title && window->get_visible()) return window;
-  }
-  return nullptr;
+  EXPECT_EQ(get_widget<NameEntry>(*panel).get_text(), "Lenz LI-USB 1");
 }
 
 TEST_F(PanelTest, a_bus_is_scanned_from_its_panel) {
-  using namespace std::chrono_literals;
   simulator::SerialCable cable;
   simulator::TessaraMaster master(cable);
   const auto port = SerialPortTessara::create({.port_name = "memory"}, cable.plug());

@@ -56,14 +56,6 @@ void choose(const std::string& text) {
   ADD_FAILURE() << testing::PrintToString(offered()) << " have not " << text;
 }
 
-ObjectFinder* open_finder() {
-  for (auto* window : Gtk::Window::list_toplevels()) {
-    auto* finder = dynamic_cast<ObjectFinder*>(window);
-    if (finder && finder->get_visible()) return finder;
-  }
-  return nullptr;
-}
-
 /// One window on a script.
 class Window {
  public:
@@ -152,13 +144,11 @@ class Window {
 
  private:
   void send_press(int x, int y, unsigned button) const {
-    auto* event = gdk_event_new(GDK_BUTTON_PRESS);
-    event->button.window = GDK_WINDOW(g_object_ref(list().get_bin_window()->gobj()));
+    const auto event = make_event(GDK_BUTTON_PRESS, list().get_bin_window()->gobj());
     event->button.button = button;
     event->button.x = x;
     event->button.y = y;
-    gtk_main_do_event(event);
-    gdk_event_free(event);
+    gtk_main_do_event(event.get());
     handle_events();
   }
 
@@ -562,7 +552,7 @@ TEST_F(Editor, searches_among_many_blocks_by_what_is_typed) {
     window.click(script.get_num_conditions() - 1, 1);
     EXPECT_THAT(offered(), ElementsAre("Any Block", "This Block", "", "Search…"));
     choose("Search…");
-    auto* finder = open_finder();
+    auto* finder = shown_window<ObjectFinder>();
     ASSERT_TRUE(finder);
     get_widget<Gtk::Entry>(*finder).set_text("große");
     if (ends) {
@@ -572,7 +562,7 @@ TEST_F(Editor, searches_among_many_blocks_by_what_is_typed) {
       EXPECT_EQ(line.get_block(), &zone);
     }
     handle_events();
-    EXPECT_FALSE(open_finder());
+    EXPECT_FALSE(shown_window<ObjectFinder>());
   }
 }
 
@@ -614,11 +604,8 @@ TEST_F(Editor, its_edits_are_steps_of_the_window_from_which_it_was_opened) {
   panels.add(*Gtk::manage(script.make_properties_panel({})));
   get_widget<Gtk::Button>(panels, "_Edit Script").clicked();
   handle_events();
-  const std::vector<Gtk::Window*> windows = Gtk::Window::list_toplevels();
-  const auto found = std::ranges::find_if(
-      windows, [](auto* window) { return dynamic_cast<ScriptEditor*>(window) != nullptr; });
-  ASSERT_NE(found, windows.end());
-  auto& editor = **found;
+  ASSERT_TRUE(shown_window<ScriptEditor>());
+  auto& editor = *shown_window<ScriptEditor>();
   auto& list = get_widget<Gtk::TreeView>(editor);
   const auto chosen = [&list] {
     handle_events();

@@ -218,10 +218,7 @@ TEST_F(StatusBarTest, the_last_fifty_messages_can_be_read_again) {
   EXPECT_FALSE(is_grey());
   trouble.take_back();
   StatusHistory::open();
-  Gtk::Window* window = nullptr;
-  for (auto* one : Gtk::Window::list_toplevels()) {
-    if (one->get_title() == "Messages") window = one;
-  }
+  auto* window = find_window("Messages");
   ASSERT_TRUE(window);
   auto& list = get_widget<Gtk::TreeView>(*window, "Messages");
   set_status("The newest");

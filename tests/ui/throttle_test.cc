@@ -364,10 +364,7 @@ TEST_F(ThrottleTest, a_window_that_is_closed_ends_with_its_throttle) {
   });
   handle_events();
   // As the window manager closes it.
-  auto* event = gdk_event_new(GDK_DELETE);
-  event->any.window = GDK_WINDOW(g_object_ref(window->get_window()->gobj()));
-  gtk_main_do_event(event);
-  gdk_event_free(event);
+  gtk_main_do_event(make_event(GDK_DELETE, window->get_window()->gobj()).get());
   handle_events();
   EXPECT_TRUE(ended);
   lok->set_speed(20);

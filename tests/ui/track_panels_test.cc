@@ -3,12 +3,12 @@
 #include <gtkmm/label.h>
 #include <yaml-cpp/yaml.h>
 
-#include <algorithm>
 #include <memory>
 
 #include "core/collections.h"
 #include "tests/support/fake_station.h"
 #include "tests/support/small_railway.h"
+#include "tests/ui/panel_of.h"
 #include "tests/ui/widget_search.h"
 #include "track/crossing.h"
 #include "track/point.h"
@@ -27,10 +27,6 @@ class TrackPanelTest : public SmallRailway {
  protected:
   ~TrackPanelTest() override { layout().new_document(false); }
 
-  static std::unique_ptr<Gtk::Widget> panel_of(Object& object) {
-    return std::unique_ptr<Gtk::Widget>(
-        object.make_properties_panel(Gtk::SizeGroup::create(Gtk::SIZE_GROUP_HORIZONTAL)));
-  }
   /// All that is saved of the track.
   static std::string track() {
     YAML::Emitter out;
@@ -46,14 +42,6 @@ class TrackPanelTest : public SmallRailway {
       texts.push_back(dynamic_cast<Gtk::MenuItem&>(*item).get_label());
     }
     return texts;
-  }
-
-  static bool says(Gtk::Widget& widget, const char* text) {
-    if (auto* label = dynamic_cast<Gtk::Label*>(&widget)) return label->get_text() == text;
-    auto* container = dynamic_cast<Gtk::Container*>(&widget);
-    if (!container) return false;
-    const std::vector<Gtk::Widget*> children = container->get_children();
-    return std::ranges::any_of(children, [&](auto* child) { return says(*child, text); });
   }
 
   FakeStation* station = FakeStation::in_service();
@@ -242,10 +230,10 @@ TEST_F(TrackPanelTest, a_block_offers_detectors_and_its_holder_can_be_set_free) 
   auto& detector = get_widget<ObjectButton>(panel, "Reader");
   EXPECT_EQ(texts(*detector.make_menu()), (Log{"(None)", "", "Detectors", "Reader"}));
   const auto lok_panel = panel_of(*lok);
-  EXPECT_TRUE(says(*lok_panel, "A"));
+  EXPECT_TRUE(shows(*lok_panel, "A"));
   get_widget<ObjectButton>(panel, "lok").set_object(nullptr);
   EXPECT_EQ(a->get_lok(), nullptr);
-  EXPECT_FALSE(says(*lok_panel, "A"));
+  EXPECT_FALSE(shows(*lok_panel, "A"));
   a->set_lok(lok);
   EXPECT_TRUE(find_widget<ObjectButton>(panel, "lok"));
   detector.set_object(nullptr);
@@ -259,11 +247,11 @@ TEST_F(TrackPanelTest, a_locomotive_tells_what_lies_ahead_and_behind) {
   auto* lok = new_lok_in(zones[1]);
   const auto panel = panel_of(*lok);
   at(zones[2]).occupy();
-  EXPECT_TRUE(says(*panel, "B, C"));
-  EXPECT_TRUE(says(*panel, "End of track"));
-  EXPECT_TRUE(says(*panel, "A"));
+  EXPECT_TRUE(shows(*panel, "B, C"));
+  EXPECT_TRUE(shows(*panel, "End of track"));
+  EXPECT_TRUE(shows(*panel, "A"));
   zones[0]->set_lok(new_lok("other"));
-  EXPECT_TRUE(says(*panel, "A, held by other"));
+  EXPECT_TRUE(shows(*panel, "A, held by other"));
   lok->destroy();
   zones[0]->replace_lok(nullptr);  // the panel stands a little longer
 }

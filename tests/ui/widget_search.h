@@ -8,6 +8,7 @@
 #include <gtkmm/window.h>
 
 #include <algorithm>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -49,6 +50,14 @@ T* shown_window() {
   return nullptr;
 }
 
+/// The window of a title that is shown; null for none.
+inline Gtk::Window* find_window(const std::string& title) {
+  for (auto* window : Gtk::Window::list_toplevels()) {
+    if (window->get_title() == title && window->get_visible()) return window;
+  }
+  return nullptr;
+}
+
 /// Whether a label in there has this text.
 inline bool shows(Gtk::Widget& widget, const std::string& text) {
   if (auto* label = dynamic_cast<Gtk::Label*>(&widget)) return label->get_text().raw() == text;
@@ -60,6 +69,13 @@ inline bool shows(Gtk::Widget& widget, const std::string& text) {
 
 inline void handle_events() {
   while (Gtk::Main::events_pending()) Gtk::Main::iteration(false);
+}
+
+/// An event on a window, as the window system reports it.
+inline auto make_event(GdkEventType type, GdkWindow* window) {
+  std::unique_ptr<GdkEvent, decltype(&gdk_event_free)> event(gdk_event_new(type), gdk_event_free);
+  event->any.window = GDK_WINDOW(g_object_ref(window));
+  return event;
 }
 
 }  // namespace zemblar::test
