@@ -25,6 +25,7 @@
 #include "scripts/script_registry.h"
 #include "scripts/script_ui.h"
 #include "simulator/soak/random_layout.h"
+#include "source_dir.h"
 #include "tests/edit/edit_fixture.h"
 #include "track/crossing.h"
 #include "track/scissor.h"
@@ -372,7 +373,7 @@ void add_keys(Keys& keys, const YAML::Node& node, const std::string& outer) {
 
 /// The keys in the first column below a heading of the page, and below those to which it links.
 std::set<std::string> keys_below(const std::string& heading) {
-  static const auto path = SAMPLE_LAYOUTS "/../../docs/layout-file.md";
+  static const auto path = ZEMBLAR_SOURCE_DIR "/docs/layout-file.md";
   static const auto page = Glib::ustring(Glib::file_get_contents(path)).lowercase().raw();
   const auto start = page.find("# " + heading + '\n');
   std::set<std::string> keys;
