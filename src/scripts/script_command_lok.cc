@@ -45,10 +45,6 @@ ScriptLine::ArgType ScriptCommandLok::get_arg_type(unsigned arg) const {
   return arg == 1 ? ArgType::menu : ScriptCommand::get_arg_type(arg);
 }
 
-Gtk::Menu* ScriptCommandLok::get_menu(unsigned arg) {
-  return menu_of(choices(arg));
-}
-
 std::vector<ScriptChoice> ScriptCommandLok::choices(unsigned arg) {
   if (arg != 1) return ScriptCommand::choices(arg);
   auto all = lok_choices([this](Lok* chosen) {

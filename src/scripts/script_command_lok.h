@@ -14,7 +14,6 @@ class ScriptCommandLok : public ScriptCommand {
   void save(YAML::Emitter& out) const override;
   [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
   [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  [[nodiscard]] Gtk::Menu* get_menu(unsigned arg) override;
   [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
 
   [[nodiscard]] Lok* get_lok() const { return lok.get_lok(); }

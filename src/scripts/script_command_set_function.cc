@@ -119,10 +119,6 @@ ScriptLine::ArgType ScriptCommandSetFunction::get_arg_type(unsigned arg) const {
   return arg >= 1 && arg <= 3 ? ArgType::menu : ScriptCommand::get_arg_type(arg);
 }
 
-Gtk::Menu* ScriptCommandSetFunction::get_menu(unsigned arg) {
-  return menu_of(choices(arg));
-}
-
 std::vector<ScriptChoice> ScriptCommandSetFunction::choices(unsigned arg) {
   if (arg == 2) return function_choices();
   if (arg == 3) {

@@ -16,7 +16,6 @@ class ScriptCommandSetFunction : public ScriptCommand {
   [[nodiscard]] Glib::ustring get_format() const override;
   [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
   [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  [[nodiscard]] Gtk::Menu* get_menu(unsigned arg) override;
   [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
   void run(ScriptContext& context) override;
 

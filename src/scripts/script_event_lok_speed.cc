@@ -120,10 +120,6 @@ ScriptLine::ArgType ScriptEventLokSpeed::get_arg_type(unsigned arg) const {
   return arg >= 1 && arg <= 4 ? ArgType::menu : ScriptEvent::get_arg_type(arg);
 }
 
-Gtk::Menu* ScriptEventLokSpeed::get_menu(unsigned arg) {
-  return menu_of(choices(arg));
-}
-
 std::vector<ScriptChoice> ScriptEventLokSpeed::choices(unsigned arg) {
   std::vector<ScriptChoice> all;
   const auto offer = [this, &all](const Glib::ustring& text, const std::function<void()>& choose) {

@@ -20,7 +20,6 @@ class ScriptEventLokSpeed : public ScriptEvent {
   [[nodiscard]] Glib::ustring get_format() const override;
   [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
   [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  [[nodiscard]] Gtk::Menu* get_menu(unsigned arg) override;
   [[nodiscard]] void* create_editor(unsigned arg, Gtk::HBox& box) override;
   void finish_editor(unsigned arg, bool cancelled, void* state) override;
   [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;

@@ -69,10 +69,6 @@ ScriptLine::ArgType ScriptEventOccupied::get_arg_type(unsigned arg) const {
   return arg == 1 || arg == 2 ? ArgType::menu : ScriptEvent::get_arg_type(arg);
 }
 
-Gtk::Menu* ScriptEventOccupied::get_menu(unsigned arg) {
-  return menu_of(choices(arg));
-}
-
 std::vector<ScriptChoice> ScriptEventOccupied::choices(unsigned arg) {
   if (arg == 2) {
     const auto offer = [this](bool on) {

@@ -22,7 +22,6 @@ class ScriptEventOccupied : public ScriptEvent {
   [[nodiscard]] Glib::ustring get_format() const override;
   [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
   [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  [[nodiscard]] Gtk::Menu* get_menu(unsigned arg) override;
   [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
   void generate_instances(const EventInstance& partial) override;
 

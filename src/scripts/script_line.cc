@@ -35,8 +35,10 @@ void ScriptLine::set_spin_value(unsigned /*arg*/, double /*value*/) {
   assert(false);
 }
 
-Gtk::Menu* ScriptLine::get_menu(unsigned /*arg*/) {
-  assert(false);
+Gtk::Menu* ScriptLine::get_menu(unsigned arg) {
+  const auto offered = choices(arg);
+  const auto& make = ScriptUi::get().make_menu;
+  return make ? make(offered) : nullptr;
 }
 
 void* ScriptLine::create_editor(unsigned /*arg*/, Gtk::HBox& /*box*/) {
@@ -67,11 +69,6 @@ ScriptChoice ScriptLine::choice(const Glib::ustring& text, const std::function<v
 ScriptUi& ScriptUi::get() {
   static ScriptUi ui;
   return ui;
-}
-
-Gtk::Menu* menu_of(const std::vector<ScriptChoice>& choices) {
-  const auto& make = ScriptUi::get().make_menu;
-  return make ? make(choices) : nullptr;
 }
 
 }  // namespace zemblar

@@ -42,7 +42,4 @@ struct ScriptUi {
   static ScriptUi& get();
 };
 
-/// A menu with these choices; null without a user interface.
-[[nodiscard]] Gtk::Menu* menu_of(const std::vector<ScriptChoice>& choices);
-
 }  // namespace zemblar
