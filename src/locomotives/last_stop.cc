@@ -13,8 +13,7 @@ constexpr unsigned most_attempts = 20;
 
 }  // namespace
 
-LastStop::LastStop(const Decoder& decoder, Device& device)
-    : device_(device), device_lives_(device.liveness()) {
+LastStop::LastStop(const Decoder& decoder, Device& device) : device_(&device) {
   type_ = decoder.get_type();
   address_ = decoder.get_address();
   state_ = decoder.state();
@@ -39,7 +38,7 @@ Glib::RefPtr<LastStop> LastStop::hold() {
 
 void LastStop::request() {
   ++attempts_;
-  if (*device_lives_) device_.run_update_speed(this);
+  if (device_) device_->run_update_speed(this);
 }
 
 void LastStop::complete(const DecoderUpdate& delivered) {

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <memory>
-
-#include "devices/device.h"
+#include "devices/device_ref.h"
 #include "devices/driven_decoder.h"
 
 namespace zemblar {
@@ -27,8 +25,7 @@ class LastStop : public DrivenDecoder {
   void request();
   Glib::RefPtr<LastStop> hold();
 
-  Device& device_;
-  std::shared_ptr<const bool> device_lives_;
+  DeviceRef<Device> device_;
   unsigned attempts_ = 0;
 };
 

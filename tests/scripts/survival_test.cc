@@ -7,9 +7,9 @@ namespace zemblar::test {
 namespace {
 
 /// Two runs that stand in a wait, in levels of theirs, over one locomotive.
-class AliveGuard : public ScriptScene {
+class Survival : public ScriptScene {
  protected:
-  AliveGuard() { build(); }
+  Survival() { build(); }
 
   void build() {
     block = zone("A");
@@ -40,7 +40,7 @@ class AliveGuard : public ScriptScene {
   int gone_on = 0;
 };
 
-TEST_F(AliveGuard, documents_that_are_left) {
+TEST_F(Survival, documents_that_are_left) {
   ASSERT_EQ(runs(), 2u);
   ASSERT_EQ(gone_on, 1);
   unsigned started = 0;
@@ -73,7 +73,7 @@ TEST_F(AliveGuard, documents_that_are_left) {
   EXPECT_EQ(gone_on, 4);
 }
 
-TEST_F(AliveGuard, a_run_ends_what_the_next_one_was_to_be_for) {
+TEST_F(Survival, a_run_ends_what_the_next_one_was_to_be_for) {
   layout().new_document(false);
   std::vector<Lok*> loks;
   for (const auto* name : {"A", "B", "C"}) {
@@ -94,7 +94,7 @@ TEST_F(AliveGuard, a_run_ends_what_the_next_one_was_to_be_for) {
   EXPECT_EQ(made->num_runs(), 0u);
 }
 
-TEST_F(AliveGuard, objects_that_end_under_runs_that_wait) {
+TEST_F(Survival, objects_that_end_under_runs_that_wait) {
   const struct {
     const char* name;
     std::function<void()> end;
@@ -127,7 +127,7 @@ TEST_F(AliveGuard, objects_that_end_under_runs_that_wait) {
   }
 }
 
-TEST_F(AliveGuard, the_old_key_still_ends_a_run_whose_locomotive_has_gone) {
+TEST_F(Survival, the_old_key_still_ends_a_run_whose_locomotive_has_gone) {
   auto* made = script_on("A", true);
   unsigned ended = 0;
   made->signal_instance_finished().connect([&](const EventInstance& key) {
@@ -143,7 +143,7 @@ TEST_F(AliveGuard, the_old_key_still_ends_a_run_whose_locomotive_has_gone) {
   EXPECT_EQ(gone_on, 101) << "the sleeper went on, with nobody to command";
 }
 
-TEST_F(AliveGuard, what_a_command_ends_under_itself) {
+TEST_F(Survival, what_a_command_ends_under_itself) {
   const std::vector<std::function<void(Script&)>> deeds = {
       [&](Script& made) { made.destroy(); },
       [&](Script& made) { made.remove_command(0); },
@@ -176,7 +176,7 @@ TEST_F(AliveGuard, what_a_command_ends_under_itself) {
 }
 
 // One wakes the run in the midst of the other's announcement.
-TEST_F(AliveGuard, a_run_is_woken_once_when_it_is_cancelled_as_its_instance_ends) {
+TEST_F(Survival, a_run_is_woken_once_when_it_is_cancelled_as_its_instance_ends) {
   for (const bool edit_first : {true, false}) {
     layout().new_document(false);
     build();
@@ -195,7 +195,7 @@ TEST_F(AliveGuard, a_run_is_woken_once_when_it_is_cancelled_as_its_instance_ends
   }
 }
 
-TEST_F(AliveGuard, triggers_out_of_an_evaluation_are_looked_at_after_it) {
+TEST_F(Survival, triggers_out_of_an_evaluation_are_looked_at_after_it) {
   auto* other = zone("B");
   auto* target = zone("C");
   other->set_lok(new_lok("y"));
@@ -213,7 +213,7 @@ TEST_F(AliveGuard, triggers_out_of_an_evaluation_are_looked_at_after_it) {
   EXPECT_EQ(told, "end;end;start C;end C;");
 }
 
-TEST_F(AliveGuard, scripts_run_when_block_control_has_done) {
+TEST_F(Survival, scripts_run_when_block_control_has_done) {
   auto* ahead = zone("B");
   auto* train = new_lok("y");
   auto* start = zone("S");

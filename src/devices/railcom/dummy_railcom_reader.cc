@@ -6,6 +6,7 @@
 #include "core/layout.h"
 #include "core/property.h"
 #include "devices/default_device.h"
+#include "devices/device_ref.h"
 #include "runtime/fiber.h"
 #include "runtime/timer.h"
 
@@ -152,11 +153,11 @@ bool DeviceDummyRailComReader::for_each_input(unsigned phase, const Step& step) 
 
 void DeviceDummyRailComReader::occupy(Input& input, unsigned position) {
   if (!is_set(pattern_, position)) return;
-  const auto input_lives = input.liveness();
+  const DeviceRef told(&input);
   const bool reports = is_set(railcom_, position);
   if (reports) input.set_lok(find_reported());
   input.set_railcom(reports);
-  if (*input_lives) input.set_occupied(true);
+  if (told) input.set_occupied(true);
 }
 
 Lok* DeviceDummyRailComReader::find_reported() const {

@@ -205,19 +205,18 @@ void DeviceTessaraBus::watch_devices(const Cancel& cancel) {
   while (sleep_for(monitor_time, cancel)) {
     const auto devices = device_children<DeviceTessara>(*this);
     for (const auto& device : devices) {
-      if (device && !device->active()) bring_back(*device.get());
+      if (device && !device->active()) bring_back(device);
       if (cancel->is_cancelled()) return;
     }
   }
 }
 
-void DeviceTessaraBus::bring_back(DeviceTessara& device) {
-  const auto device_lives = device.liveness();
+void DeviceTessaraBus::bring_back(const DeviceRef<DeviceTessara>& device) {
   try {
-    bool found = device.find_on_bus();
-    if (!found && *device_lives) found = device.find_at_sent_speed();
-    if (!*device_lives) return;
-    found ? device.set_active(true) : device.note_absence();
+    bool found = device->find_on_bus();
+    if (!found && device) found = device->find_at_sent_speed();
+    if (!device) return;
+    found ? device->set_active(true) : device->note_absence();
   } catch (const std::exception&) {
     // The next iteration tries again.
   }

@@ -2,6 +2,7 @@
 
 #include <bitset>
 
+#include "devices/device_ref.h"
 #include "devices/tessara/device_tessara.h"
 
 namespace zemblar {
@@ -70,7 +71,7 @@ class DeviceTessaraBus : public DeviceTessara {
   std::string fetch_answer(const bool& given_up);
 
   void watch_devices(const Cancel& cancel);
-  void bring_back(DeviceTessara& device);
+  void bring_back(const DeviceRef<DeviceTessara>& device);
 
   void scan(const Cancel& cancel);
   void look_at(std::uint8_t address, const Cancel& cancel);

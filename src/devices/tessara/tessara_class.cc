@@ -51,13 +51,13 @@ DeviceTessara* TessaraClass::create_found(SerialPort* port) {
 }
 
 DeviceTessara* TessaraClass::create_found(DeviceTessaraBus* bus, std::uint8_t address) {
-  const auto bus_lives = bus->liveness();
+  const DeviceRef parent(bus);
   DetachedPtr<DeviceTessara> device(new DeviceTessara(bus, address));
   device->set_name("Probe");
   device->set_active(true);
   const auto* best = best_for(device.get());
   device.reset();
-  return best && *bus_lives ? best->create_on_bus(bus, address) : nullptr;
+  return best && parent ? best->create_on_bus(bus, address) : nullptr;
 }
 
 std::optional<std::string> serial_nr_on(SerialPort* port) {
