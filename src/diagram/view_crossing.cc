@@ -5,7 +5,15 @@
 namespace zemblar {
 namespace {
 
-const ViewClass::Registration registration(view_class<ViewCrossing>("!view-crossing"));
+const ViewClass::Registration registration(
+    view_class<ViewCrossing, Crossing>("!view-crossing", Section::blocks,
+                                       {.place = 2,
+                                        .icon = "orvane-crossing",
+                                        .label = N_("Crossing"),
+                                        .name = N_("_Crossing"),
+                                        .add_new = N_("Add New Crossing"),
+                                        .add_existing = N_("Add Existing Crossing"),
+                                        .heading = N_("Crossings")}));
 
 }  // namespace
 

@@ -27,7 +27,17 @@ using Rgb = std::array<double, 3>;
 constexpr Rgb note_on_light{0.72, 0.25, 0};
 constexpr Rgb note_on_dark{1, 0.7, 0.2};
 
-const ViewClass::Registration registration(view_class<ViewLabel>("!view-label"));
+const ViewClass::Registration registration(view_class<ViewLabel, Zone>(
+    "!view-label", Section::blocks,
+    {.place = 5,
+     .icon = "orvane-label",
+     .label = N_("Label"),
+     .name = N_("_Label"),
+     .add_new = N_("Add Label for New Zone"),
+     .add_existing = N_("Add Label for Existing Zone"),
+     .heading = N_("Zones"),
+     .how_to_make = N_("There is no zone yet. Draw one first, with the tool Zone."),
+     .takes_existing = true}));
 
 std::string in_capitals(Anchor anchor) {
   std::string text = anchor_name(anchor);

@@ -12,7 +12,15 @@ namespace {
 constexpr double half_length = 25.0;
 constexpr double leg_distance = 20.0;
 
-const ViewClass::Registration registration(view_class<ViewPoint>("!view-point"));
+const ViewClass::Registration registration(
+    view_class<ViewPoint, Point>("!view-point", Section::points,
+                                 {.place = 0,
+                                  .icon = "orvane-points",
+                                  .label = N_("Point"),
+                                  .name = N_("_Point"),
+                                  .add_new = N_("Add New Point"),
+                                  .add_existing = N_("Add Existing Point"),
+                                  .heading = N_("Points")}));
 
 }  // namespace
 

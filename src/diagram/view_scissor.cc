@@ -19,7 +19,15 @@ constexpr std::array<Role, 4> roles = {{{"tl-tr", Corner::top_left, Corner::top_
                                         {"bl-tr", Corner::bottom_left, Corner::top_right},
                                         {"bl-br", Corner::bottom_left, Corner::bottom_right}}};
 
-const ViewClass::Registration registration(view_class<ViewScissor>("!view-scissor"));
+const ViewClass::Registration registration(
+    view_class<ViewScissor, Scissor>("!view-scissor", Section::points,
+                                     {.place = 3,
+                                      .icon = "orvane-scissor",
+                                      .label = N_("Scissor Point"),
+                                      .name = N_("Sc_issor Point"),
+                                      .add_new = N_("Add New Scissor Point"),
+                                      .add_existing = N_("Add Existing Scissor Point"),
+                                      .heading = N_("Scissor Points")}));
 
 }  // namespace
 

@@ -26,7 +26,15 @@ struct Colour {
 /// Colours for the first, the second and all further states.
 constexpr std::array<Colour, 3> disc_colours = {{{0.85, 0, 0}, {0, 0.7, 0}, {1, 0.8, 0}}};
 
-const ViewClass::Registration registration(view_class<ViewSignal>("!view-signal"));
+const ViewClass::Registration registration(
+    view_class<ViewSignal, Signal>("!view-signal", Section::points,
+                                   {.place = 4,
+                                    .icon = "orvane-signal",
+                                    .label = N_("Signal"),
+                                    .name = N_("_Signal"),
+                                    .add_new = N_("Add New Signal"),
+                                    .add_existing = N_("Add Existing Signal"),
+                                    .heading = N_("Signals")}));
 
 }  // namespace
 

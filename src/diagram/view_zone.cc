@@ -13,7 +13,15 @@ namespace {
 /// Distance from the place of a new one to its ends.
 constexpr double half_length = 40.0;
 
-const ViewClass::Registration registration(view_class<ViewZone>("!view-zone"));
+const ViewClass::Registration registration(
+    view_class<ViewZone, Zone>("!view-zone", Section::blocks,
+                               {.place = 1,
+                                .icon = "orvane-zone",
+                                .label = N_("Zone"),
+                                .name = N_("_Zone"),
+                                .add_new = N_("Add New Zone (Block Section)"),
+                                .add_existing = N_("Add Existing Zone (Block Section)"),
+                                .heading = N_("Zones")}));
 
 /// The link of the block towards which the locomotive travels; null when the block is not in the
 /// locomotive's span.

@@ -7,13 +7,13 @@
 
 #include "core/global_options.h"
 #include "core/toplevel.h"
+#include "diagram/view_class.h"
 #include "diagram/view_zone.h"
 #include "edit/edit_list.h"
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/other_program.h"
 #include "tests/ui/pixels.h"
 #include "tests/ui/widget_search.h"
-#include "ui/canvas/diagram_kinds.h"
 #include "ui/canvas/editor_view.h"
 
 namespace zemblar::test {
@@ -224,7 +224,7 @@ TEST_F(EditorTest, placing_goes_on_under_the_wheel_and_ends_when_the_pointer_is_
   int cancelled = 0;
   canvas.signal_placed().connect([&] { ++placed; });
   const auto place = [&] {
-    canvas.place(draw_object(DiagramKind::zone, make_object(DiagramKind::zone)),
+    canvas.place(ViewClass::find("!view-zone")->draw(ViewClass::find("!view-zone")->make_object()),
                  [&] { ++cancelled; });
   };
   const auto move_pointer = [&](int x, int y) {
@@ -269,8 +269,8 @@ TEST_F(EditorTest, places_what_is_new_or_takes_it_away_again) {
   int cancelled = 0;
   canvas.signal_placed().connect([&] { ++placed; });
   const auto place = [&] {
-    auto& made = make_object(DiagramKind::scissor);
-    canvas.place(draw_object(DiagramKind::scissor, made), [&] { ++cancelled; });
+    auto& made = ViewClass::find("!view-scissor")->make_object();
+    canvas.place(ViewClass::find("!view-scissor")->draw(made), [&] { ++cancelled; });
     return view.get_objects().back().operator->();
   };
   auto* first = place();
@@ -327,8 +327,8 @@ TEST_F(EditorTest, keeps_what_is_dragged_or_placed_on_the_grid_unless_alt_is_hel
   for (const auto& [step, place] : {std::pair{20u, Vector{20, -20}}, std::pair{0u, Vector{13, -16}},
                                     std::pair{10u, Vector{10, -20}}}) {
     options.set_grid(step);
-    auto& point = make_object(DiagramKind::point);
-    canvas.place(draw_object(DiagramKind::point, point), {});
+    auto& point = ViewClass::find("!view-point")->make_object();
+    canvas.place(ViewClass::find("!view-point")->draw(point), {});
     const auto common = Vector{13, -16} + Vector{100.0 / 3, 20.0 / 3};
     move(common, 0);
     press(common);
@@ -432,7 +432,8 @@ TEST_F(EditorTest, does_by_keys_what_the_pointer_does) {
   EXPECT_TRUE(key(GDK_KEY_ISO_Left_Tab, GDK_SHIFT_MASK));
   EXPECT_EQ(canvas.get_selected(), a);
 
-  canvas.place(draw_object(DiagramKind::zone, make_object(DiagramKind::zone)), {});
+  canvas.place(ViewClass::find("!view-zone")->draw(ViewClass::find("!view-zone")->make_object()),
+               {});
   auto* placed = canvas.get_selected();
   const auto from = end(placed, "left").pos;
   key(GDK_KEY_Left);
@@ -449,8 +450,8 @@ TEST_F(EditorTest, takes_away_what_was_made_for_the_tool_when_its_view_ends) {
   window.remove();
   window.add(*page);
   page->show();
-  auto& made = make_object(DiagramKind::zone);
-  page->place(draw_object(DiagramKind::zone, made), [&] { made.destroy(); });
+  auto& made = ViewClass::find("!view-zone")->make_object();
+  page->place(ViewClass::find("!view-zone")->draw(made), [&] { made.destroy(); });
   other->destroy();
   EXPECT_TRUE(layout().get_blocks().empty());
 }

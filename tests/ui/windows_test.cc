@@ -317,13 +317,13 @@ TEST(TrackEditor, makes_what_a_tool_shows_where_there_is_a_view_and_no_zone_for_
     }
     handle_events();
   };
-  click(stock::add_label);
+  click(Gtk::StockID("add-label"));
   EXPECT_TRUE(blocks.empty());
-  click(stock::add_zone);
+  click(Gtk::StockID("add-zone"));
   EXPECT_EQ(blocks.child_count(), 1u);
   // What was being placed goes with its view. Assistive technology presses insensitive tools too.
   while (!layout.get_views().empty()) (*layout.get_views().begin())->destroy();
-  click(stock::add_zone);
+  click(Gtk::StockID("add-zone"));
   EXPECT_TRUE(blocks.empty());
   editor->hide();
   handle_events();

@@ -5,34 +5,10 @@
 #include <gtkmm/togglebutton.h>
 
 #include "core/i18n.h"
-#include "ui/toolkit/stock.h"
+#include "diagram/view_class.h"
 
 namespace zemblar {
 namespace {
-
-struct Tool {
-  DiagramKind kind;
-  const Gtk::StockID& icon;
-  const char* name;  ///< with a mnemonic
-  const char* add_new;
-  const char* add_existing;
-  bool takes_existing = false;  ///< by a plain click
-};
-
-const Tool tools[] = {
-    {DiagramKind::point, stock::add_point, N_("_Point"), N_("Add New Point"),
-     N_("Add Existing Point")},
-    {DiagramKind::zone, stock::add_zone, N_("_Zone"), N_("Add New Zone (Block Section)"),
-     N_("Add Existing Zone (Block Section)")},
-    {DiagramKind::crossing, stock::add_crossing, N_("_Crossing"), N_("Add New Crossing"),
-     N_("Add Existing Crossing")},
-    {DiagramKind::scissor, stock::add_scissor, N_("Sc_issor Point"), N_("Add New Scissor Point"),
-     N_("Add Existing Scissor Point")},
-    {DiagramKind::signal, stock::add_signal, N_("_Signal"), N_("Add New Signal"),
-     N_("Add Existing Signal")},
-    {DiagramKind::label, stock::add_label, N_("_Label"), N_("Add Label for New Zone"),
-     N_("Add Label for Existing Zone"), true},
-};
 
 /// A managed item; the underscore in the name marks a mnemonic.
 Gtk::MenuItem* make_item(const Glib::ustring& name, Gtk::Menu& submenu) {
@@ -54,38 +30,36 @@ void name_arrow(Gtk::MenuToolButton& button, const Glib::ustring& name) {
 }  // namespace
 
 EditorTools::EditorTools(Gtk::Toolbar& toolbar) {
-  for (const auto& tool : tools) {
-    auto* button = Gtk::manage(new Gtk::MenuToolButton(tool.icon));
-    button->set_menu(*make_menu(tool.kind, _(tool.add_new), _(tool.add_existing)));
-    button->set_tooltip_text(tool.takes_existing ? _(tool.add_existing) : _(tool.add_new));
-    button->signal_clicked().connect(
-        sigc::bind(sigc::mem_fun(*this, &EditorTools::choose), tool.kind, tool.takes_existing));
+  for (const auto& kind : ViewClass::all()) {
+    const auto& tool = kind.tool;
+    const Glib::ustring add_new = _(tool.add_new);
+    const Glib::ustring add_existing = _(tool.add_existing);
+    auto* button = Gtk::manage(new Gtk::MenuToolButton(Gtk::StockID(kind.stock_id())));
+    button->set_menu(*make_menu(kind));
+    button->set_tooltip_text(tool.takes_existing ? add_existing : add_new);
+    button->signal_clicked().connect([this, &kind] { choose(kind, kind.tool.takes_existing); });
     // For the overflow menu of a narrow tool bar.
-    button->set_proxy_menu_item(
-        tool.add_new,
-        *make_item(_(tool.name), *make_menu(tool.kind, _(tool.add_new), _(tool.add_existing))));
+    button->set_proxy_menu_item(tool.add_new, *make_item(_(tool.name), *make_menu(kind)));
     button->signal_create_menu_proxy().connect([] { return true; }, false);
-    name_arrow(*button, Glib::ustring::compose("%1 / %2", _(tool.add_new), _(tool.add_existing)));
+    name_arrow(*button, Glib::ustring::compose("%1 / %2", add_new, add_existing));
     toolbar.append(*button);
     buttons_.push_back(button);
   }
 }
 
 void EditorTools::append_items(Gtk::MenuShell& menu) {
-  for (const auto& tool : tools) {
-    items_.push_back(
-        make_item(_(tool.name), *make_menu(tool.kind, _(tool.add_new), _(tool.add_existing))));
+  for (const auto& kind : ViewClass::all()) {
+    items_.push_back(make_item(_(kind.tool.name), *make_menu(kind)));
     menu.append(*items_.back());
   }
 }
 
-Gtk::Menu* EditorTools::make_menu(DiagramKind kind, const Glib::ustring& add_new,
-                                  const Glib::ustring& add_existing) {
+Gtk::Menu* EditorTools::make_menu(const ViewClass& kind) {
   auto* menu = Gtk::manage(new Gtk::Menu);
   for (const bool existing : {false, true}) {
-    auto* item = Gtk::manage(new Gtk::MenuItem(existing ? add_existing : add_new));
-    item->signal_activate().connect(
-        sigc::bind(sigc::mem_fun(*this, &EditorTools::choose), kind, existing));
+    const auto* text = existing ? kind.tool.add_existing : kind.tool.add_new;
+    auto* item = Gtk::manage(new Gtk::MenuItem(_(text)));
+    item->signal_activate().connect([this, &kind, existing] { choose(kind, existing); });
     menu->append(*item);
   }
   menu->show_all();
@@ -94,7 +68,7 @@ Gtk::Menu* EditorTools::make_menu(DiagramKind kind, const Glib::ustring& add_new
 
 // Makes each item insensitive, because assistive technology can use items of a menu that is itself
 // insensitive.
-void EditorTools::choose(DiagramKind kind, bool existing) {
+void EditorTools::choose(const ViewClass& kind, bool existing) {
   if (buttons_.front()->get_sensitive()) signal_chosen_.emit(kind, existing);
 }
 

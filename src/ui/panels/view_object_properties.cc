@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
+#include <typeindex>
 
 #include "core/i18n.h"
 #include "core/property.h"
@@ -12,6 +14,14 @@
 
 namespace zemblar {
 namespace {
+
+const DiagramPanelRegistration<ViewSignal, ViewSignalProperties> signal_registration;
+const DiagramPanelRegistration<ViewLabel, ViewLabelProperties> label_registration;
+
+std::map<std::type_index, DiagramPanelFactory>& factories() {
+  static std::map<std::type_index, DiagramPanelFactory> all;
+  return all;
+}
 
 /// A label cannot have the anchor Centre, so its rows are not numbered as Anchor is.
 constexpr std::array label_anchors = {Anchor::Top,        Anchor::Bottom,     Anchor::Left,
@@ -74,14 +84,15 @@ void ViewLabelProperties::follow() {
   align_.set_active(static_cast<int>(row));
 }
 
+void register_diagram_panel(const std::type_info& type, DiagramPanelFactory factory) {
+  factories().emplace(type, factory);
+}
+
 Gtk::Widget* make_diagram_panel(ViewObj& object, const Form::Labels& labels) {
-  Gtk::Widget* panel = nullptr;
-  if (auto* signal = dynamic_cast<ViewSignal*>(&object)) {
-    panel = new ViewSignalProperties(*signal, labels);
-  } else if (auto* label = dynamic_cast<ViewLabel*>(&object)) {
-    panel = new ViewLabelProperties(*label, labels);
-  }
-  if (panel) panel->show_all();
+  const auto found = factories().find(typeid(object));
+  if (found == factories().end()) return nullptr;
+  auto* panel = found->second(object, labels);
+  panel->show_all();
   return panel;
 }
 

@@ -3,6 +3,8 @@
 #include <gtkmm/comboboxtext.h>
 #include <gtkmm/spinbutton.h>
 
+#include <typeinfo>
+
 #include "ui/toolkit/form.h"
 
 namespace zemblar {
@@ -40,8 +42,22 @@ class ViewLabelProperties : public Form {
   bool updating_ = false;
 };
 
-/// A new panel for a diagram object's own properties, owned by the caller; null for a kind that has
-/// none.
+using DiagramPanelFactory = Gtk::Widget* (*)(ViewObj& object, const Form::Labels& labels);
+void register_diagram_panel(const std::type_info& type, DiagramPanelFactory factory);
+
+/// Registers Panel(T&, labels) as the panel of diagram objects of exactly class T. Define one
+/// static object in the panel's source file.
+template <typename T, typename Panel>
+struct DiagramPanelRegistration {
+  DiagramPanelRegistration() {
+    register_diagram_panel(typeid(T), [](ViewObj& object, const Form::Labels& labels) {
+      return static_cast<Gtk::Widget*>(new Panel(dynamic_cast<T&>(object), labels));
+    });
+  }
+};
+
+/// A new panel for a diagram object's own properties, owned by the caller; null for a class that
+/// has none.
 [[nodiscard]] Gtk::Widget* make_diagram_panel(ViewObj& object, const Form::Labels& labels);
 
 }  // namespace zemblar

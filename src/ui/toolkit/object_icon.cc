@@ -8,12 +8,14 @@
 #include "core/toplevel.h"
 #include "devices/device.h"
 #include "devices/track_power.h"
+#include "diagram/view_class.h"
 #include "ui/toolkit/stock.h"
 
 namespace zemblar {
 namespace {
 
-/// Icons by GObject type name, because the classes are defined in many folders.
+/// Icons by GObject type name, because the classes are defined in many folders. Classes that
+/// diagrams show have the icon of the tool.
 const std::map<std::string, Gtk::StockID>& icons_by_class() {
   static const std::map<std::string, Gtk::StockID> icons = {
       {"Layout", Gtk::Stock::HOME},
@@ -22,11 +24,6 @@ const std::map<std::string, Gtk::StockID>& icons_by_class() {
       {"LokGroup", Gtk::Stock::DIRECTORY},
       {"LokHolder", Gtk::Stock::JUMP_TO},
       {"Function", Gtk::Stock::EXECUTE},
-      {"Point", stock::add_point},
-      {"Scissor", stock::add_scissor},
-      {"Signal", stock::add_signal},
-      {"Zone", stock::add_zone},
-      {"Crossing", stock::add_crossing},
       {"Script", Gtk::Stock::MEDIA_PLAY},
       {"PointState", Gtk::Stock::GO_FORWARD},
       {"SignalState", Gtk::Stock::GO_FORWARD},
@@ -42,6 +39,9 @@ Gtk::StockID object_icon(const Object& object) {
     return switches_power(*device) && !device->track_power() ? stock::no_power : stock::connect;
   }
   if (dynamic_cast<const Toplevel*>(&object)) return Gtk::Stock::DIRECTORY;
+  for (const auto& kind : ViewClass::all()) {
+    if (kind.shows(object)) return Gtk::StockID(kind.stock_id());
+  }
   std::string name = G_OBJECT_TYPE_NAME(object.gobj());
   constexpr std::string_view prefix = "gtkmm__CustomObject_";
   if (name.starts_with(prefix)) name.erase(0, prefix.size());

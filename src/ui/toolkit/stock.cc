@@ -7,6 +7,7 @@
 #include <gtkmm/stockitem.h>
 
 #include "core/i18n.h"
+#include "diagram/view_class.h"
 
 namespace zemblar::stock {
 
@@ -22,12 +23,6 @@ const Gtk::StockID disconnect("disconnect");
 const Gtk::StockID connect("connect");
 const Gtk::StockID no_power("no-power");
 const Gtk::StockID locomotive("locomotive");
-const Gtk::StockID add_crossing("add-crossing");
-const Gtk::StockID add_label("add-label");
-const Gtk::StockID add_point("add-point");
-const Gtk::StockID add_scissor("add-scissor");
-const Gtk::StockID add_signal("add-signal");
-const Gtk::StockID add_zone("add-zone");
 
 namespace {
 
@@ -50,12 +45,6 @@ const Item items[] = {
     {connect, nullptr, "orvane-green-dot"},
     {no_power, nullptr, "zemblar-no-power"},
     {locomotive, nullptr, "zemblar"},
-    {add_crossing, N_("Crossing"), "orvane-crossing"},
-    {add_label, N_("Label"), "orvane-label"},
-    {add_point, N_("Point"), "orvane-points"},
-    {add_scissor, N_("Scissor Point"), "orvane-scissor"},
-    {add_signal, N_("Signal"), "orvane-signal"},
-    {add_zone, N_("Zone"), "orvane-zone"},
 };
 
 Gtk::IconSet icon_set(const char* icon) {
@@ -70,11 +59,13 @@ Gtk::IconSet icon_set(const char* icon) {
 
 void register_items() {
   const auto factory = Gtk::IconFactory::create();
-  for (const auto& item : items) {
-    if (item.label) {
-      Gtk::Stock::add(Gtk::StockItem(item.id, _(item.label), Gdk::ModifierType(0), 0, ""));
-    }
-    if (item.icon) factory->add(item.id, icon_set(item.icon));
+  const auto add = [&factory](const Gtk::StockID& id, const char* label, const char* icon) {
+    if (label) Gtk::Stock::add(Gtk::StockItem(id, _(label), Gdk::ModifierType(0), 0, ""));
+    if (icon) factory->add(id, icon_set(icon));
+  };
+  for (const auto& item : items) add(item.id, item.label, item.icon);
+  for (const auto& kind : ViewClass::all()) {
+    add(Gtk::StockID(kind.stock_id()), kind.tool.label, kind.tool.icon);
   }
   factory->add_default();
 }

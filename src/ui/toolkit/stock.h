@@ -17,12 +17,6 @@ extern const Gtk::StockID disconnect;  ///< icon only
 extern const Gtk::StockID connect;     ///< icon only
 extern const Gtk::StockID no_power;    ///< icon only: a station in service with its track power off
 extern const Gtk::StockID locomotive;  ///< icon only
-extern const Gtk::StockID add_crossing;
-extern const Gtk::StockID add_label;
-extern const Gtk::StockID add_point;
-extern const Gtk::StockID add_scissor;
-extern const Gtk::StockID add_signal;
-extern const Gtk::StockID add_zone;
 
 /// Registers labels and icons with the toolkit. Call once, after the toolkit has set the locale.
 void register_items();

@@ -12,7 +12,7 @@
 #include "core/i18n.h"
 #include "core/status.h"
 #include "devices/device.h"
-#include "ui/canvas/diagram_kinds.h"
+#include "diagram/view_class.h"
 #include "ui/canvas/editor_view.h"
 #include "ui/canvas/grid_menu.h"
 #include "ui/status/trains_standing.h"
@@ -184,24 +184,30 @@ EditorView* TrackEditor::current_canvas() const {
   return canvas == canvases_.end() ? nullptr : canvas->second;
 }
 
-void TrackEditor::use_tool(DiagramKind kind, bool existing) {
+void TrackEditor::use_tool(const ViewClass& kind, bool existing) {
   auto* canvas = current_canvas();
   assert(canvas && "editor");
   if (!existing) return place_new(*canvas, kind);
-  const auto place = [this, kind](zemblar::Object* chosen) {
+  const auto place = [this, &kind](zemblar::Object* chosen) {
     auto* page = current_canvas();
-    if (chosen && page) page->place(draw_object(kind, *chosen), {});
+    if (chosen && page) page->place(kind.draw(*chosen), {});
   };
-  picker_.ask(this, nullptr, choices_for(kind), place, false);
+  const ObjectChoices choices{.heading = _(kind.tool.heading),
+                              .none = {},
+                              .how_to_make = _(kind.tool.how_to_make),
+                              .container = [&kind]() -> zemblar::Object& {
+                                return Layout::get().get_toplevel(kind.section);
+                              },
+                              .offers = kind.shows};
+  picker_.ask(this, nullptr, choices, place, false);
 }
 
-void TrackEditor::place_new(EditorView& canvas, DiagramKind kind) {
-  auto& made = make_object(kind);
+void TrackEditor::place_new(EditorView& canvas, const ViewClass& kind) {
+  auto& made = kind.make_object();
   // Cancelling also destroys the object that was made for the tool.
-  canvas.place(draw_object(kind, made),
-               [object = std::make_shared<ObjectRef<zemblar::Object>>(&made)] {
-                 if (*object) object->get()->destroy();
-               });
+  canvas.place(kind.draw(made), [object = std::make_shared<ObjectRef<zemblar::Object>>(&made)] {
+    if (*object) object->get()->destroy();
+  });
 }
 
 // Shows the properties of the page's selected object, or of its view.

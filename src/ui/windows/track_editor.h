@@ -38,8 +38,8 @@ class TrackEditor : public LayoutWindow {
   void step_if_next(void (EditHistory::*way)(), const EditStep* wanted);
   void step_now(void (EditHistory::*way)());
   void refresh_edit_menu();
-  void use_tool(DiagramKind kind, bool existing);
-  static void place_new(EditorView& canvas, DiagramKind kind);
+  void use_tool(const ViewClass& kind, bool existing);
+  static void place_new(EditorView& canvas, const ViewClass& kind);
 
   EditHistory history_;
   Gtk::MenuItem* undo_ = nullptr;  // owned by the menu
