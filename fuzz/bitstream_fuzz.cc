@@ -1,14 +1,10 @@
 // Reads bytes in ways that the data chooses, and compares each step with a model that goes bit by
 // bit.
 
-#include <algorithm>
-#include <cstdint>
 #include <optional>
-#include <string>
-#include <string_view>
 
 #include "devices/tessara/bitstream_reader.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz.h"
 
 namespace zemblar {
 namespace {
@@ -63,19 +59,17 @@ auto unless_eos(Read read) -> std::optional<decltype(read())> {
 }
 
 }  // namespace
-}  // namespace zemblar
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace zemblar;
-  if (size == 0) return 0;
+void try_input(std::string_view input) {
+  if (input.empty()) return;
   // The first byte says how many bytes are read; the others say how, one step each.
-  const std::size_t count = std::min<std::size_t>(data[0], size - 1);
-  const std::string bytes(reinterpret_cast<const char*>(data) + 1, count);
+  const auto bytes = input.substr(1, byte_at(input, 0));
   BitstreamReader reader(bytes);
   Model model(bytes);
-  for (const auto* step = data + 1 + count; step < data + size; ++step) {
-    const unsigned n = *step / 4;
-    switch (*step % 4) {
+  for (auto place = 1 + bytes.size(); place < input.size(); ++place) {
+    const auto step = byte_at(input, place);
+    const auto n = step / 4;
+    switch (step % 4) {
       case 0:
         reader.align();
         model.align();
@@ -92,5 +86,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     require(reader.eos() == model.eos(), "the end\n");
   }
-  return 0;
 }
+
+}  // namespace zemblar

@@ -1,11 +1,7 @@
 // Feeds bytes to the reader of an ECoS station's messages, whole and in pieces.
 
-#include <cstdint>
-#include <string>
-#include <string_view>
-
 #include "devices/ecos/ecos_msg.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz.h"
 
 namespace zemblar {
 namespace {
@@ -54,19 +50,17 @@ std::string read_stream(std::string_view stream, std::size_t step) {
 }
 
 }  // namespace
-}  // namespace zemblar
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace zemblar;
-  if (size == 0) return 0;
+void try_input(std::string_view input) {
+  if (input.empty()) return;
   // The first byte says how the rest is cut.
-  const std::size_t step = data[0] % 64 + 1;
-  const std::string bytes(reinterpret_cast<const char*>(data) + 1, size - 1);
+  const std::string bytes(input.substr(1));
   parse_once(bytes);
-  const auto pieces = read_stream(bytes, step);
+  const auto pieces = read_stream(bytes, byte_at(input, 0) % 64 + 1);
   // Longer streams may fill the buffer sooner or later, as they are cut.
   if (bytes.size() <= ECoSFraming::capacity) {
     require(pieces == read_stream(bytes, ECoSFraming::capacity), "cuts make no difference\n");
   }
-  return 0;
 }
+
+}  // namespace zemblar

@@ -1,23 +1,20 @@
 // Opens any bytes as a layout. What opens must be written to bytes that open again and are written
 // the same.
 
-#include <giomm/init.h>
 #include <yaml-cpp/yaml.h>
 
-#include <cstdint>
-#include <cstdlib>
 #include <iostream>
 
 #include "core/layout.h"
 #include "core/status.h"
+#include "fuzz/fuzz.h"
 
+namespace zemblar {
 namespace {
 
-using zemblar::Layout;
-
-[[noreturn]] void report(const char* what, const std::string& bytes) {
-  std::cerr << what << ": " << zemblar::get_status() << "\n" << bytes << std::endl;
-  std::abort();
+void require_for(const std::string& bytes, bool condition, const char* what) {
+  if (!condition) std::cerr << get_status() << "\n" << bytes << std::endl;
+  require(condition, what);
 }
 
 bool open(const std::string& bytes) {
@@ -26,22 +23,16 @@ bool open(const std::string& bytes) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  Gio::init();
-  Layout::get().new_document(false);
-  return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string bytes(reinterpret_cast<const char*>(data), size);
+void try_input(std::string_view input) {
+  const std::string bytes(input);
   const auto* const before = &Layout::get();
   if (!open(bytes)) {
-    if (&Layout::get() != before) report("a failed load has replaced the document", bytes);
-    return 0;
+    return require_for(bytes, &Layout::get() == before, "a failed load leaves the document\n");
   }
   const auto written = Layout::get().serialize();
-  if (!open(written)) report("what was written does not open", written);
-  if (Layout::get().serialize() != written) report("it is not written the same again", written);
+  require_for(written, open(written), "what was written opens\n");
+  require_for(written, Layout::get().serialize() == written, "and is written the same again\n");
   Layout::get().new_document(false);
-  return 0;
 }
+
+}  // namespace zemblar

@@ -1,14 +1,10 @@
 // Feeds DCC packets and what was heard after them to the RailCom decoder, several in a row.
 
-#include <algorithm>
-#include <cstdint>
 #include <memory>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "devices/railcom/railcom_decoder.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz.h"
 
 namespace zemblar {
 namespace {
@@ -22,7 +18,7 @@ struct Answer {
 std::vector<Answer> cut(std::string_view data) {
   std::vector<Answer> answers;
   while (data.size() > 2) {
-    const auto head = static_cast<std::uint8_t>(data[0]);
+    const auto head = byte_at(data, 0);
     data.remove_prefix(1);
     const auto take = [&data](std::size_t count) {
       const std::string taken(data.substr(0, count));
@@ -82,34 +78,26 @@ class Detector {
   std::unique_ptr<RailComDecoder> decoder_ = std::make_unique<RailComDecoder>();
 };
 
-bool begins_with(const Events& whole, const Events& part) {
-  return part.size() <= whole.size() && std::equal(part.begin(), part.end(), whole.begin());
-}
-
-void hear_all(Detector& detector, const std::vector<Answer>& answers) {
+Events hear(const std::vector<Answer>& answers, std::size_t end_after = 0) {
+  Detector detector(end_after);
   for (const auto& answer : answers) detector.hear(answer);
+  return detector.events;
 }
 
 }  // namespace
-}  // namespace zemblar
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace zemblar;
-  auto answers = cut({reinterpret_cast<const char*>(data), size});
-  if (answers.empty()) return 0;
-  Detector whole;
-  hear_all(whole, answers);
-
-  const std::size_t end_after = 1 + data[0] % (whole.events.size() + 1);
-  Detector ended(end_after);
-  hear_all(ended, answers);
-  require(begins_with(whole.events, ended.events), "the same until the decoder ends\n");
-  require(ended.events.size() == std::min(end_after, whole.events.size()), "and nothing after\n");
+void try_input(std::string_view input) {
+  auto answers = cut(input);
+  if (answers.empty()) return;
+  const auto whole = hear(answers);
+  const std::size_t end_after = 1 + byte_at(input, 0) % (whole.size() + 1);
+  const auto ended = hear(answers, end_after);
+  require(begins_with(whole, ended), "the same until the decoder ends\n");
+  require(ended.size() == std::min(end_after, whole.size()), "and nothing after\n");
 
   auto& last = answers.back().bytes;
-  last.resize(1 + data[1] % last.size());
-  Detector shorter;
-  hear_all(shorter, answers);
-  require(begins_with(whole.events, shorter.events), "what is cut off changes nothing before it\n");
-  return 0;
+  last.resize(1 + byte_at(input, 1) % last.size());
+  require(begins_with(whole, hear(answers)), "what is cut off changes nothing before it\n");
 }
+
+}  // namespace zemblar

@@ -1,15 +1,8 @@
 // Feeds bytes to the reader of a RailCom reader's poll answers, and what comes out of it to inputs,
 // next to a second reading of the same bytes by the letter of the format.
 
-#include <giomm/init.h>
-
-#include <algorithm>
-#include <array>
-#include <cstdint>
 #include <memory>
 #include <set>
-#include <string>
-#include <string_view>
 #include <vector>
 
 #include "core/layout.h"
@@ -18,7 +11,7 @@
 #include "devices/tessara/bitstream_reader.h"
 #include "devices/tessara/device_tessara_railcom_reader.h"
 #include "devices/tessara/railcom_poll.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz.h"
 #include "locomotives/lok.h"
 
 namespace zemblar {
@@ -37,72 +30,56 @@ struct Event {
 };
 using Events = std::vector<Event>;
 
-/// The format once more: the whole answer as a row of bits, and where in it one stands.
+/// The format once more, over the bits as they come.
 class Expected {
  public:
-  Expected(std::string_view answer, States states) : answer_(answer), states_(std::move(states)) {
-    while (!short_ && place_ < bit_count()) read_record();
+  Expected(std::string_view answer, States states) : stream_(answer), states_(std::move(states)) {
+    try {
+      while (!stream_.eos()) read_record();
+    } catch (const BitstreamReader::EOS&) {
+      is_short = true;
+    }
   }
 
   Events events;
-  [[nodiscard]] bool is_short() const { return short_; }
+  bool is_short = false;
 
  private:
-  [[nodiscard]] std::size_t bit_count() const { return answer_.size() * 8; }
-
-  unsigned bits(unsigned count) {
-    unsigned value = 0;
-    for (unsigned i = 0; i < count; ++i, ++place_) {
-      if (place_ >= bit_count()) short_ = true;
-      if (short_) return 0;
-      value |= (static_cast<std::uint8_t>(answer_[place_ / 8]) >> place_ % 8 & 1u) << i;
-    }
-    return value;
-  }
-  void align() { place_ = (place_ + 7) / 8 * 8; }
-  std::string bytes(std::size_t count) {
-    std::string value;
-    for (std::size_t i = 0; i < count; ++i) value += static_cast<char>(bits(8));
-    return value;
-  }
+  std::string bytes(std::size_t count) { return count == 0 ? "" : stream_.read_bytes(count); }
 
   void read_record() {
-    const auto head = bits(8);
+    const auto head = stream_.read_byte();
     if (head >= 0x80) return;
     const auto dcc = bytes(head % 64 + 1);
     if (head & 0x40) {
       for (unsigned i = 0; i < states_.size(); ++i) {
-        const auto state = bits(2);
-        if (short_) return;
-        states_[i] = static_cast<std::uint8_t>(state);
-        events.push_back({Event::What::state, i, state});
+        states_[i] = static_cast<std::uint8_t>(stream_.read_bits(2));
+        events.push_back({Event::What::state, i, states_[i]});
       }
-      align();
+      stream_.align();
     }
     read_answers(dcc);
   }
   void read_answers(const std::string& dcc) {
     Events answers;
     for (unsigned i = 0; i < states_.size(); ++i) {
-      if (states_[i] >= 2) answers.push_back({Event::What::repeat, i, bits(2), dcc});
+      if (states_[i] < 2) continue;
+      answers.push_back({Event::What::repeat, i, stream_.read_bits(2), dcc});
     }
-    align();
+    stream_.align();
     std::vector<unsigned> lengths;
-    for (const auto& answer : answers) lengths.push_back(answer.number ? 0 : bits(4));
-    align();
+    for (const auto& each : answers) lengths.push_back(each.number ? 0 : stream_.read_bits(4));
+    stream_.align();
     for (std::size_t i = 0; i < answers.size(); ++i) {
       auto& answer = answers[i];
       if (answer.number == 0) answer.what = Event::What::packet;
       answer.bytes = bytes(lengths[i]);
-      if (short_) return;
       events.push_back(answer);
     }
   }
 
-  std::string_view answer_;
+  BitstreamReader stream_;
   States states_;
-  std::size_t place_ = 0;
-  bool short_ = false;
 };
 
 /// What comes out of the program's reading, until it has had enough.
@@ -147,14 +124,10 @@ class Listener : public RailComPollSink {
 
 constexpr std::size_t never = static_cast<std::size_t>(-1);
 
-bool begins_with(const Events& whole, const Events& part) {
-  return part.size() <= whole.size() && std::equal(part.begin(), part.end(), whole.begin());
-}
-
 void check_reading(std::string_view answer, const States& states, unsigned choice) {
   const Expected expected(answer, states);
   Listener whole(states, never);
-  require(whole.hear(answer) != expected.is_short(), "it is known where an answer ends\n");
+  require(whole.hear(answer) != expected.is_short, "it is known where an answer ends\n");
   require(whole.events == expected.events, "the same as by the letter\n");
 
   const std::size_t enough = 1 + choice % (whole.events.size() + 1);
@@ -259,31 +232,29 @@ void feed_inputs(const Events& events, std::size_t count, unsigned choice) {
   reader->destroy();
 }
 
-}  // namespace
-}  // namespace zemblar
-
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-  using namespace zemblar;
-  Gio::init();
-  auto& layout = Layout::get();
-  layout.new_document(false);
+bool add_locomotives() {
   for (unsigned address = 1; address <= addresses; address += 2) {
-    layout.get_loks().add(new Lok)->get_decoders().front()->set_address(Address(address));
+    auto* lok = Layout::get().get_loks().add(new Lok);
+    lok->get_decoders().front()->set_address(Address(address));
   }
-  return 0;
+  return true;
 }
+
+}  // namespace
 
 // A byte that chooses, one that says how many inputs there are, and their states before; then comes
 // the answer.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace zemblar;
-  if (size < 2) return 0;
-  const std::size_t count = 1 + data[1] % 17;
-  if (size < 2 + count) return 0;
-  States states(data + 2, data + 2 + count);
-  for (auto& state : states) state %= 4;
-  const std::string_view answer(reinterpret_cast<const char*>(data) + 2 + count, size - 2 - count);
-  check_reading(answer, states, data[0]);
-  feed_inputs(Expected(answer, states).events, count, data[0]);
-  return 0;
+void try_input(std::string_view input) {
+  [[maybe_unused]] static const bool are_there = add_locomotives();
+  if (input.size() < 2) return;
+  const auto choice = byte_at(input, 0);
+  const std::size_t count = 1 + byte_at(input, 1) % 17;
+  if (input.size() < 2 + count) return;
+  States states;
+  for (std::size_t i = 0; i < count; ++i) states.push_back(input[2 + i] & 3);
+  const auto answer = input.substr(2 + count);
+  check_reading(answer, states, choice);
+  feed_inputs(Expected(answer, states).events, count, choice);
 }
+
+}  // namespace zemblar

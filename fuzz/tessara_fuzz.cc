@@ -1,18 +1,16 @@
 // Feeds bytes to whoever reads what Tessara devices answer: info blocks, and what a master says
 // while a message is relayed through it.
 
-#include <algorithm>
-#include <cstdint>
 #include <optional>
 #include <stdexcept>
-#include <string>
-#include <string_view>
 
 #include "devices/tessara/tessara_codec.h"
-#include "fuzz/require.h"
+#include "fuzz/fuzz.h"
 
-namespace zemblar::tessara {
+namespace zemblar {
 namespace {
+
+using namespace tessara;
 
 constexpr std::size_t table_begin = 4;
 
@@ -24,9 +22,9 @@ void check_table(const SpeedTable& table, std::string_view info) {
   require(words * 2 == table.end - table_begin, "a table has whole words\n");
   require(table.speeds.size() == words + 14, "each word but the first adds one speed\n");
   for (std::size_t word = 0; word < words; ++word) {
-    const bool more = (static_cast<std::uint8_t>(info[table_begin + 2 * word]) & 0x80) != 0;
+    const bool more = (byte_at(info, table_begin + 2 * word) & 0x80) != 0;
     require(more == (word + 1 < words), "the table ends with the word that says so\n");
-    const bool first = (static_cast<std::uint8_t>(info[table_begin + 2 * word + 1]) & 1) != 0;
+    const bool first = (byte_at(info, table_begin + 2 * word + 1) & 1) != 0;
     require(table.has(word) == first, "nothing comes after the first bit of a word\n");
   }
 }
@@ -86,7 +84,6 @@ class Master {
     require(whole_.starts_with(taken_), "the message comes as it is\n");
     require(relay_.done() == (taken_ == whole_), "and is done when all of it has come\n");
   }
-  void take_all_offered() { take(relay_.frame().size() - 1); }
 
  private:
   void check(const std::string& frame) const {
@@ -109,9 +106,8 @@ void relay(std::string_view data) {
   const auto length = accepted_count(data.substr(1, 2)).value() % 1500;
   std::string message;
   for (std::size_t i = 0; i < length; ++i) message += static_cast<char>(i * 7 + i / 256);
-  const auto address = static_cast<std::uint8_t>(data[0]);
-  Relay relay(address, message);
-  Master master(relay, data.substr(0, 1).data()[0] + message);
+  Relay relay(static_cast<std::uint8_t>(data[0]), message);
+  Master master(relay, data[0] + message);
   for (data.remove_prefix(3); !relay.done() && !data.empty();) {
     const auto reply = data.substr(0, 2);
     data.remove_prefix(reply.size());
@@ -119,27 +115,25 @@ void relay(std::string_view data) {
     require(count.has_value() == (reply.size() == 2), "a count has two bytes\n");
     if (count) master.take(*count);
   }
-  while (!relay.done()) master.take_all_offered();
+  while (!relay.done()) master.take(relay.frame().size() - 1);
 }
 
 void fetch_from(std::string_view reply) {
   const auto fetched = read_fetched(reply);
-  const auto status = reply.empty() ? -1 : int{static_cast<std::uint8_t>(reply[0])};
+  const auto status = reply.empty() ? -1 : static_cast<int>(byte_at(reply, 0));
   require((fetched.status == Fetched::Status::complete) == (status == 0), "0 is complete\n");
   require((fetched.status == Fetched::Status::more) == (status == 1), "1 is more\n");
   require(reply.empty() || fetched.data == reply.substr(1), "all the rest is data\n");
 }
 
 }  // namespace
-}  // namespace zemblar::tessara
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace zemblar::tessara;
-  const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-  read_block(bytes);
-  read_block(std::string(bus_model).append(bytes));
-  read_block(std::string(reader_model).append(bytes));
-  relay(bytes);
-  fetch_from(bytes);
-  return 0;
+void try_input(std::string_view input) {
+  read_block(input);
+  read_block(std::string(bus_model).append(input));
+  read_block(std::string(reader_model).append(input));
+  relay(input);
+  fetch_from(input);
 }
+
+}  // namespace zemblar

@@ -119,35 +119,21 @@ TEST(RecoverySlot, belongs_to_one_program_whatever_stands_in_its_way) {
 TEST_F(RecoveryTest, leaves_nothing_behind_when_everything_is_in_the_file) {
   add_zone("Quay");
   save();
-  const struct {
-    const char* what;
-    std::function<void()> work;
-  } cases[] = {
-      {"nothing done", [] {}},
-      {"saved after a change",
-       [this] {
-         add_zone("Yard");
-         settle();
-         layout().save();
-       }},
-      {"changed and changed back",
-       [this] {
-         layout().set_name("Other");
-         settle();
-         layout().set_name("New Layout");
-         settle();
-       }},
-      {"a change that is in no file",
-       [] { layout().set_block_control(!layout().get_block_control()); }},
+  const std::function<void()> cases[] = {
+      [] {},
+      [this] { add_zone("Yard"), settle(), layout().save(); },
+      [this] { layout().set_name("Other"), settle(), layout().set_name("New Layout"), settle(); },
+      // In no file:
+      [] { layout().set_block_control(!layout().get_block_control()); },
   };
-  for (const auto& one : cases) {
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
     for (bool in_good_order : {true, false}) {
       settle();
-      one.work();
+      cases[i]();
       in_good_order ? quit() : kill();
       start_again(path());
-      EXPECT_EQ(get_status(), "") << one.what;
-      EXPECT_TRUE(copy->offered().empty()) << one.what;
+      EXPECT_EQ(get_status(), "") << i;
+      EXPECT_TRUE(copy->offered().empty()) << i;
     }
   }
 }
@@ -297,19 +283,12 @@ TEST_F(RecoveryTest, keeps_twenty_of_each_layout_and_unsaved_work_longest) {
   for (int i = 0; i < 5; ++i) put(path(), 10 + i, KeptText::Kind::unsaved);
   for (int i = 0; i < 30; ++i) put(path(), 100 + i, KeptText::Kind::replaced);
   copies.prune();
-  int unsaved = 0;
-  gint64 oldest_replaced = G_MAXINT64;
   const auto entries = copies.entries();
   ASSERT_EQ(entries.size(), 21u);
-  for (const auto& entry : entries) {
-    if (entry.about.layout != path()) continue;
-    if (entry.about.kind == KeptText::Kind::unsaved)
-      ++unsaved;
-    else
-      oldest_replaced = std::min(oldest_replaced, entry.about.time);
-  }
-  EXPECT_EQ(unsaved, 5);
-  EXPECT_EQ(oldest_replaced, 115);
+  // The newest come first: the layout's 15 replaced ones, its unsaved ones, the other layout's.
+  EXPECT_EQ(entries[14].about.time, 115);
+  EXPECT_EQ(entries[15].about.time, 14);
+  EXPECT_EQ(entries[19].about.time, 10);
   for (int i = 0; i < 20; ++i) put(path(), 20 + i, KeptText::Kind::unsaved);
   put(path(), 1000, KeptText::Kind::replaced);
   copies.prune();
@@ -327,20 +306,19 @@ TEST_F(RecoveryTest, passes_over_what_cannot_be_an_entry_and_says_so_once) {
   const auto copies = [&] { return RecoveryFolder(folder.file("recovery")); };
   const auto name = [&](int n) { return copies().free_file(path(), n); };
   const auto in_year = [](gint64 year) { return (year - 1970) * 31'556'952 * G_USEC_PER_SEC; };
-  const std::function<void(const std::string&)> oddities[] = {
-      [](const auto& file) { ASSERT_EQ(mkfifo(file.c_str(), 0600), 0); },
-      [](const auto& file) { ASSERT_EQ(g_mkdir(file.c_str(), 0700), 0); },
-      [](const auto& file) { Glib::file_set_contents(file, "damaged"); },
-      [&](const auto& file) {
-        Glib::file_set_contents(file, KeptText{.time = in_year(10000)}.bytes());
-      },
-      [&](const auto& file) { Glib::file_set_contents(file, KeptText{.time = -1}.bytes()); },
-      [&](const auto& /*file*/) {
-        ASSERT_EQ(mkfifo(copies().current_file(path()).c_str(), 0600), 0);
-      },
+  const auto put = [](const std::string& file, const std::string& bytes) {
+    Glib::file_set_contents(file, bytes);
   };
-  for (const auto& put : oddities) {
-    put(name(1));
+  const std::function<void()> oddities[] = {
+      [&] { ASSERT_EQ(mkfifo(name(1).c_str(), 0600), 0); },
+      [&] { ASSERT_EQ(mkfifo(copies().current_file(path()).c_str(), 0600), 0); },
+      [&] { ASSERT_EQ(g_mkdir(name(1).c_str(), 0700), 0); },
+      [&] { put(name(1), "damaged"); },
+      [&] { put(name(1), KeptText{.time = in_year(10000)}.bytes()); },
+      [&] { put(name(1), KeptText{.time = -1}.bytes()); },
+  };
+  for (const auto& oddity : oddities) {
+    oddity();
     start_again(path());
     EXPECT_TRUE(says("A recovery copy was found, but it is damaged")) << get_status();
     EXPECT_TRUE(copy->offered().empty());
@@ -395,17 +373,17 @@ TEST_F(RecoveryTest, goes_on_when_no_copy_can_be_written) {
   folder.write("recovery", "a file where the folder should be");
   begin();
   add_zone("Quay");
-  for (int wait = 0; wait < 1000 && get_status().empty(); ++wait) {
-    settle();
-    g_usleep(1000);  // the disk has a time of its own
-  }
+  const auto wait_for_status = [this](bool any) {
+    for (int wait = 0; wait < 1000 && get_status().empty() == any; ++wait) {
+      settle();
+      g_usleep(1000);  // the disk has a time of its own
+    }
+  };
+  wait_for_status(true);
   EXPECT_TRUE(says("The recovery copy could not be written")) << get_status();
   // It is tried again, though nothing changes any more.
   g_unlink(folder.file("recovery").c_str());
-  for (int wait = 0; wait < 1000 && !get_status().empty(); ++wait) {
-    settle();
-    g_usleep(1000);
-  }
+  wait_for_status(false);
   EXPECT_EQ(get_status().raw(), "") << "it has been written after all";
   quit();
   start_again({});

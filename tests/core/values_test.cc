@@ -12,12 +12,6 @@
 namespace zemblar::test {
 namespace {
 
-std::string shown(Address address) {
-  std::ostringstream out;
-  out << address;
-  return out.str();
-}
-
 TEST(Address, tells_types_apart_and_sorts_by_type_first) {
   const Address short3(3);
   const Address long3(3, true);
@@ -58,8 +52,9 @@ TEST(AddressDeathTest, refuses_numbers_outside_the_range) {
 }
 
 TEST(Address, is_written_so_that_it_reads_back) {
-  EXPECT_EQ(shown(Address(5, true)), "!long 5");
-  EXPECT_EQ(shown(Address(200)), "200");
+  std::ostringstream shown;
+  shown << Address(5, true) << " " << Address(200);
+  EXPECT_EQ(shown.str(), "!long 5 200");
   for (const auto address : {Address(5), Address(5, true), Address(127, true), Address(10239)}) {
     YAML::Emitter out;
     out << address;

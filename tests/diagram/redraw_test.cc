@@ -9,16 +9,8 @@
 #include <map>
 #include <set>
 
-#include "diagram/view.h"
-#include "diagram/view_crossing.h"
-#include "diagram/view_label.h"
 #include "diagram/view_menu.h"
-#include "diagram/view_point.h"
-#include "diagram/view_scissor.h"
-#include "diagram/view_signal.h"
-#include "diagram/view_zone.h"
-#include "locomotives/lok.h"
-#include "tests/support/small_railway.h"
+#include "tests/diagram/diagram_scene.h"
 
 namespace zemblar::test {
 namespace {
@@ -61,7 +53,7 @@ class Alone {
 };
 
 /// One object of each kind, some of them joined, a locomotive in the first zone.
-class RedrawTest : public SmallRailway {
+class RedrawTest : public DiagramScene {
  protected:
   RedrawTest() {
     at(west).occupy();
@@ -70,15 +62,6 @@ class RedrawTest : public SmallRailway {
     end(*b, "left").connect(end(*points, straight_end));
     b->make_curved(b->segments()[0]);
     end(*b, "left").refresh();
-  }
-  template <typename T, typename Shown>
-  T* show(Shown& shown, const Vector& place) {
-    auto* object = new T(shown, place);
-    view->add_object(object);
-    return object;
-  }
-  static ViewLinkNode& end(ViewObj& object, const std::string& name) {
-    return *object.get_link_node(name);
   }
   std::map<ViewObj*, std::string> pictures() const {
     std::map<ViewObj*, std::string> all;
@@ -94,21 +77,20 @@ class RedrawTest : public SmallRailway {
     end(*a, "left").drag(ViewNode::body, middle - half);
   }
 
-  View* view = layout().get_views().add(new View);
   Zone* west = zone("West");
   Zone* east = zone("East");
-  Point* point = layout().get_points().add(new Point);
-  Scissor* scissor = layout().get_points().add(new Scissor);
-  Signal* signal = layout().get_points().add(new Signal);
+  Point* turnout = point();
+  Scissor* slip = scissor();
+  Signal* lamp = signal();
   ViewZone* a = show<ViewZone>(*west, {0, 0});
   ViewZone* b = show<ViewZone>(*east, {100, 0});
-  ViewPoint* points = show<ViewPoint>(*point, {60, 0});
-  ViewScissor* scissors = show<ViewScissor>(*scissor, {0, 100});
-  ViewSignal* aspect = show<ViewSignal>(*signal, {-100, 0});
+  ViewPoint* points = show<ViewPoint>(*turnout, {60, 0});
+  ViewScissor* scissors = show<ViewScissor>(*slip, {0, 100});
+  ViewSignal* aspect = show<ViewSignal>(*lamp, {-100, 0});
   ViewLabel* label = show<ViewLabel>(*west, {-100, -100});
-  ViewCrossing* cross = show<ViewCrossing>(*layout().get_blocks().add(new Crossing), {0, 200});
+  ViewCrossing* cross = show<ViewCrossing>(*crossing(), {0, 200});
   Lok* lok = nullptr;
-  const std::string straight_end = "state:" + point->states()[0]->get_name().raw();
+  const std::string straight_end = "state:" + turnout->states()[0]->get_name().raw();
 };
 
 TEST_F(RedrawTest, whatever_looks_different_has_said_so) {
@@ -116,28 +98,16 @@ TEST_F(RedrawTest, whatever_looks_different_has_said_so) {
   const TemporaryFolder pictures_folder;
   const auto plate = pictures_folder.file("plate.png");
   Gdk::Pixbuf::create(Gdk::COLORSPACE_RGB, false, 8, 40, 60)->save(plate, "png");
+  const auto drag = [](ViewObj& object, const std::string& name, ViewNode::Part part, Vector to) {
+    return [&end = end(object, name), part, to] { end.drag(part, to); };
+  };
   const std::vector<std::pair<const char*, std::function<void()>>> steps = {
-      {"a zone's end",
-       [&] {
-         end(*a, "left").drag(ViewNode::body, {-40, 60});
-       }},
-      {"an end that is joined",
-       [&] {
-         end(*a, "right").drag(ViewNode::body, {45, 5});
-       }},
-      {"a handle",
-       [&] {
-         end(*b, "left").drag(ViewNode::right_handle, {120, 40});
-       }},
-      {"a leg",
-       [&] {
-         end(*points, straight_end).drag(ViewNode::body, {90, 20});
-       }},
+      {"a zone's end", drag(*a, "left", ViewNode::body, {-40, 60})},
+      {"an end that is joined", drag(*a, "right", ViewNode::body, {45, 5})},
+      {"a handle", drag(*b, "left", ViewNode::right_handle, {120, 40})},
+      {"a leg", drag(*points, straight_end, ViewNode::body, {90, 20})},
       {"a leg that bends", [&] { points->make_curved(points->segments()[0]); }},
-      {"a handle of the partner",
-       [&] {
-         end(*points, straight_end).drag(ViewNode::left_handle, {70, -30});
-       }},
+      {"a handle of the partner", drag(*points, straight_end, ViewNode::left_handle, {70, -30})},
       {"a leg that is straight", [&] { points->make_straight(points->segments()[0]); }},
       {"nodes apart", [&] { end(*points, "common").disconnect(); }},
       {"turned alone", [&] { turn_first_zone(1); }},
@@ -145,14 +115,14 @@ TEST_F(RedrawTest, whatever_looks_different_has_said_so) {
       {"blocks apart", [&] { west->right.disconnect(); }},
       {"a new node", [&] { b->add_node(0); }},
       {"one node less", [&] { b->delete_node(0); }},
-      {"the point", [&] { point->set_state(point->states()[1]); }},
-      {"a state more", [&] { third = &point->add_state(); }},
+      {"the point", [&] { turnout->set_state(turnout->states()[1]); }},
+      {"a state more", [&] { third = &turnout->add_state(); }},
       {"a state less", [&] { third->destroy(); }},
-      {"the scissor point", [&] { scissor->set_state(scissor->states()[2]); }},
-      {"one of its states", [&] { scissor->states()[0]->destroy(); }},
-      {"the signal", [&] { signal->set_state(signal->states()[1]); }},
-      {"one of its states", [&] { signal->states()[0]->destroy(); }},
-      {"its picture", [&] { dynamic_cast<SignalState&>(*signal->states()[0]).set_image(plate); }},
+      {"the scissor point", [&] { slip->set_state(slip->states()[2]); }},
+      {"one of its states", [&] { slip->states()[0]->destroy(); }},
+      {"the signal", [&] { lamp->set_state(lamp->states()[1]); }},
+      {"one of its states", [&] { lamp->states()[0]->destroy(); }},
+      {"its picture", [&] { dynamic_cast<SignalState&>(*lamp->states()[0]).set_image(plate); }},
       {"its angle", [&] { aspect->set_angle(30); }},
       {"its anchor", [&] { aspect->set_anchor(Anchor::TopLeft); }},
       {"heading", [&] { lok->set_direction(Direction::Reverse); }},

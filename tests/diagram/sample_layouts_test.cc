@@ -8,20 +8,10 @@
 #include "diagram/view_link_node.h"
 #include "source_dir.h"
 #include "tests/support/layout_fixture.h"
-#include "track/corners.h"
-#include "track/point_base.h"
+#include "tests/track/link_names.h"
 
 namespace zemblar {
 namespace {
-
-std::vector<std::string> link_names(const Block& block) {
-  std::vector<std::string> names{"left", "right", "common"};
-  names.insert(names.end(), Corners::names.begin(), Corners::names.end());
-  if (const auto* point = dynamic_cast<const PointBase*>(&block)) {
-    for (const auto* state : point->states()) names.push_back("state:" + state->get_name());
-  }
-  return names;
-}
 
 /// The pictures of each block, signals among them. A block may be drawn in several views.
 std::multimap<const Object*, ViewObj*> pictures() {
@@ -60,12 +50,20 @@ TEST_F(SampleLayouts, come_back_byte_for_byte_and_draw_all_of_their_track) {
     ASSERT_TRUE(Layout::open(path)) << get_status();
     EXPECT_EQ(get_status().raw(), status_of(name));
     EXPECT_EQ(Layout::get().serialize(), test::bytes_of(path));
+    DocumentText text;
+    for (auto before = text.size(); text.write_part(); before = text.size()) {
+      EXPECT_LT(text.size() - before, 16384U) << "the program pauses while it writes a part";
+    }
+    ASSERT_TRUE(Layout::open_copy(std::string(text.text()), true, "copy")) << get_status();
+    EXPECT_EQ(DocumentText::whole(), text.text());
+    EXPECT_EQ(layout().get_path(), path);
+    EXPECT_EQ(Layout::get().serialize(), test::bytes_of(path)) << "from a copy";
     const auto drawn = pictures();
     for (const auto section : {Section::blocks, Section::points}) {
       for (auto* child : layout().get_toplevel(section)) {
         auto& block = dynamic_cast<Block&>(*child);
         EXPECT_TRUE(drawn.contains(&block)) << block.get_name();
-        for (const auto& end : link_names(block)) {
+        for (const auto& end : test::link_names(block)) {
           const auto* link = block.get_link(end);
           if (!link) continue;
           EXPECT_EQ(drawn_partner(drawn.equal_range(&block), end), link->get_partner())

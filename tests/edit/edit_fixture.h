@@ -40,6 +40,19 @@ class EditTest : public LayoutTest {
     const EditJournal::Pause pause;
     return steps.redo();
   }
+  /// Undoes to the first of the texts, or redoes to the last of them.
+  void expect_undo(const std::vector<std::string>& known) {
+    for (auto i = known.size() - 1; i-- > 0;) {
+      ASSERT_TRUE(undo());
+      ASSERT_EQ(difference(bytes(), known[i]), "") << i;
+    }
+  }
+  void expect_redo(const std::vector<std::string>& known) {
+    for (auto i = 1U; i < known.size(); ++i) {
+      ASSERT_TRUE(redo());
+      ASSERT_EQ(difference(bytes(), known[i]), "") << i;
+    }
+  }
   /// The layout file, and what it cannot hold.
   std::string bytes() {
     auto text = layout().serialize();

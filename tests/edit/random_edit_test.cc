@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 
 #include "core/document_text.h"
@@ -20,14 +21,12 @@
 #include "scripts/script_registry.h"
 #include "scripts/script_ui.h"
 #include "tests/edit/edit_fixture.h"
+#include "tests/track/link_names.h"
 #include "track/scissor.h"
 #include "track/signal.h"
 
 namespace zemblar::test {
 namespace {
-
-constexpr const char* end_names[] = {"left",      "right",       "common",      "top-left",
-                                     "top-right", "bottom-left", "bottom-right"};
 
 /// Does things that a person could do, by chance.
 class RandomEdits : public EditTest {
@@ -43,12 +42,8 @@ class RandomEdits : public EditTest {
   Object* child_of(Object& parent) { return parent.child_at(below(parent.child_count())); }
   static std::vector<ViewLinkNode*> ends_of(ViewObj& object) {
     std::vector<ViewLinkNode*> ends;
-    for (const auto* name : end_names) {
+    for (const auto& name : link_names(dynamic_cast<Block&>(*object.get_object()))) {
       if (auto* end = object.get_link_node(name)) ends.push_back(end);
-    }
-    const auto* point = dynamic_cast<Point*>(object.get_object());
-    for (const auto* state : point ? point->states() : std::vector<PointState*>()) {
-      if (auto* end = object.get_link_node("state:" + state->get_name().raw())) ends.push_back(end);
     }
     return ends;
   }
@@ -62,42 +57,37 @@ class RandomEdits : public EditTest {
     return dynamic_cast<T*>(child_of(layout().get_toplevel(section)));
   }
 
+  void one_of(std::initializer_list<std::function<void()>> deeds) {
+    deeds.begin()[below(static_cast<unsigned>(deeds.size()))]();
+  }
+
   void add() {
     auto& points = layout().get_points();
-    switch (below(7)) {
-      case 0:
-        return static_cast<void>(draw<ViewPoint>(*points.add(new Point), place()));
-      case 1:
-        return static_cast<void>(draw<ViewScissor>(*points.add(new Scissor), place()));
-      case 2:
-        return static_cast<void>(draw<ViewSignal>(*points.add(new Signal), place()));
-      case 3:
-        return static_cast<void>(
-            draw<ViewCrossing>(*layout().get_blocks().add(new Crossing), place()));
-      case 4:
-        if (auto* zone = some<Zone>(Section::blocks)) draw<ViewLabel>(*zone, place());
-        return;
-      default:
-        draw_zone(place());
-    }
+    one_of({
+        [&] { draw<ViewPoint>(*points.add(new Point), place()); },
+        [&] { draw<ViewScissor>(*points.add(new Scissor), place()); },
+        [&] { draw<ViewSignal>(*points.add(new Signal), place()); },
+        [&] { draw<ViewCrossing>(*layout().get_blocks().add(new Crossing), place()); },
+        [&] { label(some<Zone>(Section::blocks)); },
+        [&] { draw_zone(place()); },
+        [&] { draw_zone(place()); },
+    });
+  }
+  void label(Zone* zone) {
+    if (zone) draw<ViewLabel>(*zone, place());
   }
   void shape() {
     auto* track = dynamic_cast<ViewTrack*>(drawing());
     if (!track) return;
     const auto segments = track->segments();
-    const auto& segment = segments[below(static_cast<unsigned>(segments.size()))];
+    const auto number = below(static_cast<unsigned>(segments.size()));
     auto* zone = dynamic_cast<ViewZone*>(track);
-    switch (below(4)) {
-      case 0:
-        return track->make_curved(segment);
-      case 1:
-        return track->make_straight(segment);
-      case 2:
-        if (zone) zone->add_node(below(static_cast<unsigned>(segments.size())));
-        return;
-      default:
-        if (zone) zone->delete_node(below(3));
-    }
+    one_of({
+        [&] { track->make_curved(segments[number]); },
+        [&] { track->make_straight(segments[number]); },
+        [&] { zone ? zone->add_node(number) : void(); },
+        [&] { zone ? zone->delete_node(below(3)) : void(); },
+    });
   }
   void drag() {
     auto* node = end();
@@ -120,84 +110,59 @@ class RandomEdits : public EditTest {
   void alter_point() {
     auto* point = some<PointBase>(Section::points);
     if (!point) return;
+    const auto& outputs = point->get_outputs();
     auto* state = dynamic_cast<PointState*>(child_of(*point));
-    switch (below(7)) {
-      case 0:
-        return static_cast<void>(point->add_output());
-      case 1:
-        if (point->get_outputs().size() > 1) point->remove_output(1);
-        return;
-      case 2:
-        if (!point->has_fixed_states()) point->add_state();
-        return;
-      case 3:
-        if (state && state->get_deletable()) state->destroy();
-        return;
-      case 4:
-        if (state) state->set_name("State " + std::to_string(below(9)));
-        return;
-      case 5:
-        return point->get_outputs()[0]->set_type(static_cast<PointOutput::Type>(below(4)));
-      default:
-        if (state && !point->get_outputs().empty()) {
-          state->set_setting(*point->get_outputs()[0].operator->(), PointStateOutput::on());
-        }
-    }
+    const auto thrown = PointStateOutput::on();
+    one_of({
+        [&] { point->add_output(); },
+        [&] { outputs.size() > 1 ? point->remove_output(1) : void(); },
+        [&] { point->has_fixed_states() ? void() : void(point->add_state()); },
+        [&] { state && state->get_deletable() ? state->destroy() : void(); },
+        [&] { state ? state->set_name("State " + std::to_string(below(9))) : void(); },
+        [&] { outputs[0]->set_type(static_cast<PointOutput::Type>(below(4))); },
+        [&] { state ? state->set_setting(*outputs[0].operator->(), thrown) : void(); },
+    });
   }
   void alter_lok() {
     auto* lok = some<Lok>(Section::locomotives);
     if (!lok) return static_cast<void>(layout().get_loks().add(new Lok));
     auto& decoder = *lok->get_decoders()[0].operator->();
-    switch (below(6)) {
-      case 0:
-        return static_cast<void>(lok->add_decoder());
-      case 1:
-        return lok->remove_decoder(below(3));
-      case 2:
-        return decoder.set_device(some<Device>(Section::devices));
-      case 3:
-        return decoder.set_reverse(!decoder.get_reverse());
-      case 4:
-        return static_cast<void>(lok->add(new Function(lok)));
-      default:
-        if (auto* function = child_of(*lok)) function->destroy();
-    }
+    auto* function = child_of(*lok);
+    one_of({
+        [&] { lok->add_decoder(); },
+        [&] { lok->remove_decoder(below(3)); },
+        [&] { decoder.set_device(some<Device>(Section::devices)); },
+        [&] { decoder.set_reverse(!decoder.get_reverse()); },
+        [&] { lok->add(new Function(lok)); },
+        [&] { function ? function->destroy() : void(); },
+    });
   }
-  /// As by the menus of its lines.
   void alter_script() {
     auto* script = some<Script>(Section::scripts);
     if (!script || below(8) == 0) return static_cast<void>(layout().get_scripts().add(new Script));
-    auto* line = static_cast<ScriptLine*>(script->get_command(below(5)));
+    const auto command = std::next(script_cmds().begin(), below(8));
+    const auto event = std::next(script_events().begin(), below(2));
     auto* condition = script->get_condition(below(4));
-    switch (below(9)) {
-      case 0:
-        return script->set_while(below(2));
-      case 1:
-        return script->move_command(below(4), below(4));
-      case 2:
-        return script->move_condition(below(3), below(3));
-      case 3:
-        return script->remove_command(below(6));
-      case 4:
-        return script->remove_condition(below(5));
-      case 5:
-        return static_cast<void>(script->add_command(
-            std::next(script_cmds().begin(), below(8))->second.create(*script)));
-      case 6:
-        return static_cast<void>(
-            script->add_condition(std::next(script_events().begin(), below(2))->second.create()));
-      case 7:
-        if (condition) condition->set_or_flag(below(2));
-        line = condition;
-        [[fallthrough]];
-      default:
-        for (unsigned arg = 1; line && arg <= 4; ++arg) {
-          if (line->get_arg_type(arg) != ScriptLine::ArgType::menu) continue;
-          const auto choices = line->choices(arg);
-          if (choices.empty()) continue;
-          const auto& chosen = choices[below(static_cast<unsigned>(choices.size()))];
-          if (chosen.choose) chosen.choose();
-        }
+    one_of({
+        [&] { script->set_while(below(2)); },
+        [&] { script->move_command(below(4), below(4)); },
+        [&] { script->move_condition(below(3), below(3)); },
+        [&] { script->remove_command(below(6)); },
+        [&] { script->remove_condition(below(5)); },
+        [&] { script->add_command(command->second.create(*script)); },
+        [&] { script->add_condition(event->second.create()); },
+        [&] { condition ? condition->set_or_flag(below(2)), choose(condition) : void(); },
+        [&] { choose(script->get_command(below(5))); },
+    });
+  }
+  /// As by the menus of the line.
+  void choose(ScriptLine* line) {
+    for (unsigned arg = 1; line && arg <= 4; ++arg) {
+      if (line->get_arg_type(arg) != ScriptLine::ArgType::menu) continue;
+      const auto choices = line->choices(arg);
+      if (choices.empty()) continue;
+      const auto& chosen = choices[below(static_cast<unsigned>(choices.size()))];
+      if (chosen.choose) chosen.choose();
     }
   }
   void rename() {
@@ -229,41 +194,27 @@ class RandomEdits : public EditTest {
   }
   void edit() {
     auto* object = drawing();
-    switch (below(20)) {
-      case 0:
-      case 1:
-      case 2:
-        return add();
-      case 3:
-        return shape();
-      case 4:
-        return drag();
-      case 5:
-      case 6:
-        return join();
-      case 7:
-        return part();
-      case 8:
-        return alter_point();
-      case 9:
-        return alter_lok();
-      case 10:
-        return rename();
-      case 11:
-        return below(3) == 0 ? end_something() : void();
-      case 12:
-        return object ? object->move_to_bottom() : void();
-      case 13:
-      case 14:
-        return move_something();
-      case 15:
-      case 16:
-      case 17:
-      case 18:
-        return alter_script();
-      default:
-        return object && below(2) == 0 ? object->remove() : void();
-    }
+    const auto move_to_bottom = [&] { object ? object->move_to_bottom() : void(); };
+    const auto remove = [&] { object&& below(2) == 0 ? object->remove() : void(); };
+    const std::pair<unsigned, std::function<void()>> deeds[] = {
+        {3, [&] { add(); }},
+        {1, [&] { shape(); }},
+        {1, [&] { drag(); }},
+        {2, [&] { join(); }},
+        {1, [&] { part(); }},
+        {1, [&] { alter_point(); }},
+        {1, [&] { alter_lok(); }},
+        {1, [&] { rename(); }},
+        {1, [&] { below(3) == 0 ? end_something() : void(); }},
+        {1, move_to_bottom},
+        {2, [&] { move_something(); }},
+        {4, [&] { alter_script(); }},
+        {1, remove},
+    };
+    auto left = below(20);
+    const auto* deed = deeds;
+    while (left >= deed->first) left -= deed++->first;
+    deed->second();
   }
 
   void expect_joins_agree(const char* when) {

@@ -42,30 +42,8 @@ const std::set<std::string> running{"active", "track-power",    "scanning",
 struct Setting {
   std::string name;
   std::function<void()> change;  ///< to another value than the present one
-  std::string value;
 };
 using Settings = std::vector<Setting>;
-
-std::string text_of(bool value) {
-  return value ? "true" : "false";
-}
-std::string text_of(const Glib::ustring& value) {
-  return value.raw();
-}
-std::string text_of(const Gdk::Color& value) {
-  return value.to_string().raw();
-}
-std::string text_of(Address value) {
-  return std::to_string(static_cast<int>(value.get_kind())) + "/" +
-         std::to_string(value.get_addr()) + text_of(value.is_long());
-}
-std::string text_of(const Device* value) {
-  return value ? value->get_name().raw() : "none";
-}
-template <typename T>
-requires std::is_enum_v<T> || std::is_arithmetic_v<T> std::string text_of(T value) {
-  return std::to_string(static_cast<double>(value));
-}
 
 bool other(bool value) {
   return !value;
@@ -106,8 +84,7 @@ bool add_property(Settings& all, Glib::ObjectBase& object, const GParamSpec& spe
   T value{};
   object.get_property(spec.name, value);
   const std::string name = spec.name;
-  all.push_back({name, [&object, name, value] { object.set_property<T>(name, other(value)); },
-                 text_of(value)});
+  all.push_back({name, [&object, name, value] { object.set_property<T>(name, other(value)); }});
   return true;
 }
 
@@ -139,7 +116,7 @@ Settings properties_of(Glib::ObjectBase& object) {
 
 void add_decoder(Settings& all, Decoder& decoder) {
   const auto add = [&]<typename T>(const char* name, T value, void (Decoder::*set)(T)) {
-    all.push_back({name, [&decoder, set, value] { (decoder.*set)(other(value)); }, text_of(value)});
+    all.push_back({name, [&decoder, set, value] { (decoder.*set)(other(value)); }});
   };
   add("decoder type", decoder.get_type(), &Decoder::set_type);
   add("decoder address", decoder.get_address(), &Decoder::set_address);
@@ -151,10 +128,8 @@ void add_decoder(Settings& all, Decoder& decoder) {
 }
 
 void add_lok(Settings& all, Lok& lok) {
-  std::string attributes;
-  for (const auto& [key, value] : lok.get_attributes()) attributes += key + "=" + value + ";";
   for (const auto* value : {"Anna", ""}) {
-    all.push_back({"attribute", [&lok, value] { lok.set_attribute("Owner²", value); }, attributes});
+    all.push_back({"attribute", [&lok, value] { lok.set_attribute("Owner²", value); }});
   }
   for (const auto& decoder : lok.get_decoders()) add_decoder(all, *decoder.operator->());
 }
@@ -166,13 +141,11 @@ void add_state(Settings& all, PointState& state) {
     const auto add = [&]<typename T>(const char* name, T PointStateOutput::*member) {
       auto changed = setting;
       changed.*member = static_cast<T>(other(setting.*member));
-      all.push_back({name, [&state, &output, changed] { state.set_setting(output, changed); },
-                     text_of(setting.*member)});
+      all.push_back({name, [&state, &output, changed] { state.set_setting(output, changed); }});
     };
     auto thrown = setting;
     thrown.basic = setting.basic == 0 ? 1 : 0;
-    all.push_back({"basic", [&state, &output, thrown] { state.set_setting(output, thrown); },
-                   text_of(setting.basic)});
+    all.push_back({"basic", [&state, &output, thrown] { state.set_setting(output, thrown); }});
     add("servo", &PointStateOutput::servo);
     add("extended", &PointStateOutput::extended);
     add("function", &PointStateOutput::function);
@@ -206,18 +179,15 @@ void add_line(Settings& all, ScriptLine& line) {
       if (type == Type::text) line.set_text(arg, "Seven²");
       if (type == Type::custom) change_speed(line, arg);
     };
-    all.push_back({"argument " + std::to_string(arg) + " of " + line.get_format().raw(), change,
-                   line.get_arg_text(arg).raw()});
+    all.push_back({"argument " + std::to_string(arg) + " of " + line.get_format().raw(), change});
   }
 }
 
 void add_script(Settings& all, Script& script) {
-  all.push_back(
-      {"while", [&script] { script.set_while(!script.get_while()); }, text_of(script.get_while())});
+  all.push_back({"while", [&script] { script.set_while(!script.get_while()); }});
   for (unsigned i = 0; i < script.get_num_conditions(); ++i) {
     auto& line = *script.get_condition(i);
-    all.push_back(
-        {"or", [&line] { line.set_or_flag(!line.get_or_flag()); }, text_of(line.get_or_flag())});
+    all.push_back({"or", [&line] { line.set_or_flag(!line.get_or_flag()); }});
     add_line(all, line);
   }
   for (unsigned i = 0; i < script.get_num_commands(); ++i) add_line(all, *script.get_command(i));
@@ -253,12 +223,6 @@ class EverySetting : public EditTest {
     }
     return all;
   }
-  static std::string values(const Settings& settings) {
-    std::string all;
-    for (const auto& [name, change, value] : settings) all += name + " = " + value + "\n";
-    return all;
-  }
-
   static void furnish(Lok& lok) {
     lok.add_decoder();
     for (int i = 0; i < 2; ++i) lok.add(new Function(&lok));
@@ -311,48 +275,33 @@ class EverySetting : public EditTest {
     draw_all();
     layout().resolve();
   }
-  /// The document, and what can be set of it.
-  struct Known {
-    std::string text = DocumentText::whole();
-    Settings all = settings();
-  };
-  static void expect_same(const Known& is, const Known& expected) {
-    EXPECT_EQ(difference(is.text, expected.text), "");
-    EXPECT_EQ(difference(values(is.all), values(expected.all)), "");
-  }
-  /// How it is with the setting changed.
-  Known expect_step(const Known& before, const Setting& setting) {
+  void expect_step(const Setting& setting) {
     SCOPED_TRACE(setting.name);
+    std::vector<std::string> known{bytes()};
     act(setting.change);
-    const Known after;
-    EXPECT_TRUE(values(after.all) != values(before.all)) << "the change does nothing";
-    EXPECT_TRUE(after.text != before.text) << "the private form does not have it";
-    EXPECT_TRUE(undo()) << "no step knows it";
-    expect_same({}, before);
-    EXPECT_TRUE(redo());
-    Known now;
-    expect_same(now, after);
+    known.push_back(bytes());
+    EXPECT_TRUE(known[0] != known[1]) << "the change does nothing, or no document has it";
+    expect_undo(known);
+    expect_redo(known);
     steps.clear();
-    return now;
   }
 };
 
 TEST_F(EverySetting, is_a_step_and_comes_back_with_what_was_deleted_and_from_a_copy) {
   make_one_of_each();
-  Known known;
-  for (std::size_t i = 0; i < known.all.size() && !HasFailure(); ++i) {
-    known = expect_step(known, known.all[i]);
-  }
+  // What a step brings back may be another object.
+  for (std::size_t i = 0; i < settings().size() && !HasFailure(); ++i) expect_step(settings()[i]);
+  const auto known = bytes();
   for (auto* toplevel : layout()) {
     for (unsigned i = 0; i < toplevel->child_count(); ++i) {
       SCOPED_TRACE(toplevel->child_at(i)->get_name());
       act([&] { toplevel->child_at(i)->destroy(); });
       ASSERT_TRUE(undo());
-      expect_same({}, known);
+      EXPECT_EQ(difference(bytes(), known), "");
     }
   }
   ASSERT_TRUE(Layout::open_copy(DocumentText::whole(), true, "copy")) << get_status();
-  expect_same({}, known);
+  EXPECT_EQ(difference(bytes(), known), "");
 }
 
 /// Keys by the heading of their mapping, its tag. Mappings without a tag belong to the outer one.

@@ -12,7 +12,7 @@ using namespace std::chrono_literals;
 class MovingTrainsTest : public LayoutTest {
  protected:
   Lok* add_lok(unsigned speed) {
-    auto* lok = dynamic_cast<Lok*>(layout().get_loks().add(new Lok));
+    auto* lok = layout().get_loks().add(new Lok);
     lok->set_speed(speed);
     station->sent();
     return lok;
@@ -25,21 +25,14 @@ class MovingTrainsTest : public LayoutTest {
 
 TEST_F(MovingTrainsTest, stop_where_they_were_addressed_before_they_are_out_of_reach) {
   auto* other = FakeStation::in_service(false);
-  const struct {
-    const char* what;
-    std::function<void(Lok&)> act;
-  } actions[] = {
+  const auto set_address = [](Lok& lok, unsigned address) {
+    lok.get_decoders()[0]->set_address(Address(address));
+  };
+  const std::pair<const char*, std::function<void(Lok&)>> actions[] = {
       {"deleted", [](Lok& lok) { lok.destroy(); }},
-      {"decoder removed",
-       [](Lok& lok) {
-         lok.add_decoder();
-         lok.remove_decoder(0);
-       }},
+      {"decoder removed", [](Lok& lok) { lok.add_decoder(), lok.remove_decoder(0); }},
       {"another address, and another",
-       [](Lok& lok) {
-         lok.get_decoders()[0]->set_address(Address(77));
-         lok.get_decoders()[0]->set_address(Address(78));
-       }},
+       [&](Lok& lok) { set_address(lok, 77), set_address(lok, 78); }},
       {"another device", [&](Lok& lok) { lok.get_decoders()[0]->set_device(other); }},
       {"disabled, and enabled again",
        [](Lok& lok) {
@@ -52,9 +45,8 @@ TEST_F(MovingTrainsTest, stop_where_they_were_addressed_before_they_are_out_of_r
     for (const unsigned speed : {60u, 0u}) {
       auto& lok = *add_lok(speed);
       act(lok);
-      EXPECT_EQ(station->sent(), speed ? FakeStation::Log{"3 speed 0"} : FakeStation::Log{})
-          << what << " at " << speed;
-      EXPECT_EQ(other->sent(), FakeStation::Log{});
+      EXPECT_EQ(station->sent(), speed ? Log{"3 speed 0"} : Log{}) << what << " at " << speed;
+      EXPECT_EQ(other->sent(), Log{});
       layout().get_loks().destroy_children();
       station->sent();
       other->sent();
@@ -70,13 +62,13 @@ TEST_F(MovingTrainsTest, stop_when_their_station_leaves_default_use) {
   own->get_decoders()[0]->set_device(other);
   station->sent();
   stop_before_leaving_default(*other);
-  EXPECT_EQ(station->sent(), FakeStation::Log{}) << "it never was in default use";
+  EXPECT_EQ(station->sent(), Log{}) << "it never was in default use";
   stop_before_leaving_default(*station);
-  EXPECT_EQ(station->sent(), FakeStation::Log{"3 speed 0"});
+  EXPECT_EQ(station->sent(), Log{"3 speed 0"});
   layout().get_default_device().remove_device(station);
   layout().get_default_device().add_device(station);
   Device::signal_in_service().emit(*station);
-  EXPECT_EQ(station->sent(), FakeStation::Log{"3 speed 60"}) << "as its throttle still says";
+  EXPECT_EQ(station->sent(), Log{"3 speed 60"}) << "as its throttle still says";
 }
 
 TEST_F(MovingTrainsTest, are_waited_for_until_they_stand_or_the_station_is_mute_for_too_long) {
@@ -91,7 +83,7 @@ TEST_F(MovingTrainsTest, are_waited_for_until_they_stand_or_the_station_is_mute_
   station->hold_answers = true;
   begin();
   begin();
-  EXPECT_EQ(station->sent(), FakeStation::Log{"3 speed 0"});
+  EXPECT_EQ(station->sent(), Log{"3 speed 0"});
   EXPECT_EQ(lok->get_speed(), 0u) << "the throttle shows it";
   clock.advance(500ms);
   EXPECT_EQ(done, 1);

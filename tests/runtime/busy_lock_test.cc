@@ -43,13 +43,6 @@ class Conversations : public testing::Test {
   }
 
   void end() { fiber::resume(std::exchange(holder, nullptr), 0); }
-  void fail() {
-    try {
-      throw 1;
-    } catch (...) {
-      fiber::resume_exception(std::exchange(holder, nullptr));
-    }
-  }
 
   std::unique_ptr<Device> device = std::make_unique<Device>();
   fiber* holder = nullptr;
@@ -73,7 +66,11 @@ TEST_F(Conversations, are_held_in_order_of_arrival) {
 TEST_F(Conversations, end_when_an_exception_passes) {
   begin('a');
   begin('b');
-  fail();
+  try {
+    throw 1;
+  } catch (...) {
+    fiber::resume_exception(std::exchange(holder, nullptr));
+  }
   EXPECT_EQ(log, "abx") << "the next one begins during the unwinding";
   end();
   EXPECT_FALSE(device->busy());

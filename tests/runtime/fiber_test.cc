@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -22,6 +21,15 @@ using Log = std::vector<std::string>;
 /// Suspends the running fiber and leaves it in `place` for the test to resume.
 std::uint32_t park(fiber*& place) {
   return fiber::yield([&place](fiber* f) { place = f; });
+}
+
+template <typename T>
+void resume_with(fiber* f, const T& exception) {
+  try {
+    throw exception;
+  } catch (...) {
+    fiber::resume_exception(f);
+  }
 }
 
 TEST(Fiber, runs_until_its_first_yield_and_is_freed_at_its_end) {
@@ -71,16 +79,7 @@ TEST(Fiber, runs_its_continuation_after_it_is_suspended_on_the_side_that_gets_co
 }
 
 TEST(Fiber, needs_no_more_stack_the_more_often_it_is_resumed_at_once) {
-  const auto resume_with_exception = [](fiber* f) {
-    try {
-      throw 1;
-    } catch (...) {
-      fiber::resume_exception(f);
-    }
-  };
-  const auto resume = [](fiber* f) { fiber::resume(f, 1); };
-  for (const std::function<void(fiber*)>& resume_at_once :
-       {std::function<void(fiber*)>(resume), std::function<void(fiber*)>(resume_with_exception)}) {
+  for (const bool with_exception : {false, true}) {
     std::uintptr_t highest = 0;
     std::uintptr_t lowest = UINTPTR_MAX;
     int waits = 0;
@@ -91,7 +90,7 @@ TEST(Fiber, needs_no_more_stack_the_more_often_it_is_resumed_at_once) {
             const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
             highest = std::max(highest, here);
             lowest = std::min(lowest, here);
-            resume_at_once(f);
+            with_exception ? resume_with(f, 1) : fiber::resume(f, 1);
           });
         } catch (int) {
         }
@@ -141,11 +140,7 @@ TEST(Fiber, keeps_the_captures_of_its_continuation_for_the_length_of_the_wait) {
   EXPECT_FALSE(seen.expired());
   fiber::resume(parked, 0);
   EXPECT_FALSE(seen.expired());
-  try {
-    throw 1;
-  } catch (...) {
-    fiber::resume_exception(parked);
-  }
+  resume_with(parked, 1);
 }
 
 TEST(Fiber, rethrows_an_exception_where_it_waits_and_can_wait_on) {
@@ -159,11 +154,7 @@ TEST(Fiber, rethrows_an_exception_where_it_waits_and_can_wait_on) {
     EXPECT_THROW(park(parked), Failure);
     later = park(parked);
   });
-  try {
-    throw Failure{token};
-  } catch (...) {
-    fiber::resume_exception(parked);
-  }
+  resume_with(parked, Failure{token});
   EXPECT_EQ(token.use_count(), 1) << "the exception is kept after it was delivered";
   fiber::resume(parked, 9);
   EXPECT_EQ(later, 9u);

@@ -49,6 +49,18 @@ bool run_until(const std::function<bool()>& condition) {
   return !late;
 }
 
+/// How many of 60 reads are taken within the call.
+int taken_at_once(ReadTurns& turns, const std::function<void()>& between) {
+  int at_once = 0;
+  for (int i = 0; i < 60; ++i) {
+    bool in_call = true;
+    turns.take([&] { at_once += in_call; });
+    in_call = false;
+    between();
+  }
+  return at_once;
+}
+
 const std::initializer_list<int> all_priorities = {Glib::PRIORITY_DEFAULT,
                                                    Glib::PRIORITY_HIGH_IDLE + 20,
                                                    Glib::PRIORITY_DEFAULT_IDLE, Glib::PRIORITY_LOW};
@@ -83,30 +95,23 @@ TEST(ReadTurnsTest, shares_the_loop_with_others_however_many_sources_never_run_d
   // What one waits while another reads is no rest for anybody else.
   VirtualClock clock;
   ReadTurns reading, waiting;
-  int at_once = 0;
-  for (int i = 0; i < 60; ++i) {
-    bool in_call = true;
-    waiting.take([&] { at_once += in_call; });
-    in_call = false;
-    clock.advance(2ms);
-    reading.take([] {});
-    waiting.rested(2ms);
-  }
-  EXPECT_LT(at_once, 60);
+  EXPECT_LT(taken_at_once(waiting,
+                          [&] {
+                            clock.advance(2ms);
+                            reading.take([] {});
+                            waiting.rested(2ms);
+                          }),
+            60);
 }
 
 TEST(ReadTurnsTest, does_not_wait_where_the_source_runs_dry) {
   for (const auto pause : {0ms, 1ms, 20ms}) {
     VirtualClock clock;
     ReadTurns turns;
-    int at_once = 0;
-    for (int i = 0; i < 60; ++i) {
-      bool in_call = true;
-      turns.take([&] { at_once += in_call; });
-      in_call = false;
+    const int at_once = taken_at_once(turns, [&] {
       clock.advance(1ms);
       turns.rested(pause);
-    }
+    });
     EXPECT_EQ(pause >= ReadTurns::rest, at_once == 60) << pause.count() << " ms, " << at_once;
   }
 }

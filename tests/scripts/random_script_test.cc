@@ -56,6 +56,9 @@ class RandomScripts : public ScriptScene {
   unsigned most_runs = 0;
 
  private:
+  void one_of(std::initializer_list<std::function<void()>> deeds) {
+    deeds.begin()[below(static_cast<unsigned>(deeds.size()))]();
+  }
   unsigned below(unsigned limit) { return static_cast<unsigned>(random_()) % limit; }
   template <typename T>
   static std::vector<T*> all(const Object& parent) {
@@ -147,33 +150,25 @@ class RandomScripts : public ScriptScene {
     auto* block = any(blocks());
     auto* lok = any(loks());
     if (!block || !lok) return;
-    switch (below(5)) {
-      case 0:
-        return block->replace_lok(below(2) ? lok : nullptr);
-      case 1:
-        return at(block).see(lok, below(3));
-      case 2:
-        return at(block).lose(lok);
-      default:
-        return at(block).occupy(below(2));
-    }
+    one_of({
+        [&] { block->replace_lok(below(2) ? lok : nullptr); },
+        [&] { at(block).see(lok, below(3)); },
+        [&] { at(block).lose(lok); },
+        [&] { at(block).occupy(below(2)); },
+        [&] { at(block).occupy(below(2)); },
+    });
   }
   void drive() {
     auto* lok = any(loks());
     auto* function = any(functions());
-    switch (below(6)) {
-      case 0:
-        return lok->set_brake(below(2));
-      case 1:
-        return lok->set_emergency_stop(below(2));
-      case 2:
-        return lok->set_direction(opposite(lok->get_direction()));
-      case 3:
-        if (function) function->set_state(below(2));
-        return;
-      default:
-        return lok->set_speed(below(127));
-    }
+    one_of({
+        [&] { lok->set_brake(below(2)); },
+        [&] { lok->set_emergency_stop(below(2)); },
+        [&] { lok->set_direction(opposite(lok->get_direction())); },
+        [&] { function ? function->set_state(below(2)) : void(); },
+        [&] { lok->set_speed(below(127)); },
+        [&] { lok->set_speed(below(127)); },
+    });
   }
   void edit() {
     auto* made = any(scripts());
@@ -182,7 +177,7 @@ class RandomScripts : public ScriptScene {
     const auto at_condition = below(made->get_num_conditions() + 1);
     auto* command_line = made->get_command(at_command);
     auto* condition_line = made->get_condition(at_condition);
-    const std::function<void()> edits[] = {
+    one_of({
         [&] { made->remove_command(at_command); },
         [&] { made->move_command(at_command, below(4)); },
         [&] { add_command(*made); },
@@ -194,33 +189,31 @@ class RandomScripts : public ScriptScene {
         [&] { command_line ? alter(*command_line) : void(); },
         [&] { condition_line ? alter(*condition_line) : void(); },
         [&] { made->start(); },
-    };
-    edits[below(std::size(edits))]();
+    });
   }
   void end_something() {
-    switch (below(5)) {
-      case 0:
-        for (auto* lok = any(loks()); lok && !lok->is_deleting(); lok = nullptr) {
-          for (auto* block : blocks()) at(block).lose(lok);
-          lok->destroy();
-          add_lok();
-        }
-        return;
-      case 1:
-        if (auto* function_there = any(functions())) function_there->destroy();
-        return;
-      case 2:
-        for (auto* block = any(blocks()); block && !block->is_deleting(); block = nullptr) {
-          block->destroy();
-          add_block();
-        }
-        return;
-      default:
-        for (auto* made = any(scripts()); made && !made->is_deleting(); made = nullptr) {
-          made->destroy();
-          add_script();
-        }
-    }
+    auto* lok = any(loks());
+    auto* block = any(blocks());
+    auto* button = any(functions());
+    one_of({
+        [&] { end(any(scripts()), [this] { add_script(); }); },
+        [&] { end(any(scripts()), [this] { add_script(); }); },
+        [&] { button ? button->destroy() : void(); },
+        [&] { end(block, [this] { add_block(); }); },
+        [&] {
+          for (auto* each : lok && !lok->is_deleting() ? blocks() : std::vector<Zone*>()) {
+            at(each).lose(lok);
+          }
+          end(lok, [this] { add_lok(); });
+        },
+    });
+  }
+  /// Another one comes in the place of the object.
+  template <typename Add>
+  static void end(Object* object, const Add& add) {
+    if (!object || object->is_deleting()) return;
+    object->destroy();
+    add();
   }
 
   // --- What must hold ---

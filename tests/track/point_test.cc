@@ -19,12 +19,6 @@ class PointTest : public SmallRailway {
   static T* add() {
     return layout().get_points().add(new T);
   }
-  static Log names(const PointBase& point) {
-    Log names;
-    for (const auto* state : point.states()) names.push_back(state->get_name());
-    return names;
-  }
-
   FakeStation* station = FakeStation::in_service();
   Point* point = add<Point>();
   PointState* straight = point->states()[0];
@@ -32,11 +26,7 @@ class PointTest : public SmallRailway {
 };
 
 TEST_F(PointTest, sends_what_the_type_of_an_output_asks_for) {
-  struct {
-    Type type;
-    Log on_curved;
-    Log on_straight;
-  } const cases[] = {
+  const std::tuple<Type, Log, Log> cases[] = {
       {Type::Basic, {"100/1 right"}, {"100/1 left"}},
       {Type::Extended, {"100 aspect 1"}, {"100 aspect 0"}},
       {Type::Function, {"100 f1 on"}, {"100 f1 off"}},
@@ -45,18 +35,18 @@ TEST_F(PointTest, sends_what_the_type_of_an_output_asks_for) {
   auto& output = point->get_output(1);
   output.set_address(Address(Address::Kind::accessory, 100));
   auto* own = FakeStation::in_service(false);
-  for (const auto& one : cases) {
-    output.set_type(one.type);
+  for (const auto& [type, on_curved, on_straight] : cases) {
+    output.set_type(type);
     for (auto* device : {static_cast<Device*>(nullptr), static_cast<Device*>(own)}) {
       output.set_device(device);
       curved->activate();
-      EXPECT_EQ((device ? own : station)->sent(), one.on_curved);
+      EXPECT_EQ((device ? own : station)->sent(), on_curved);
       curved->activate();
       point->set_state(nullptr);
       point->set_state(add<Point>()->states()[0]);
       EXPECT_EQ((device ? own : station)->sent(), Log());
       straight->activate();
-      EXPECT_EQ((device ? own : station)->sent(), one.on_straight);
+      EXPECT_EQ((device ? own : station)->sent(), on_straight);
       EXPECT_EQ((device ? station : own)->sent(), Log());
     }
   }
@@ -250,50 +240,39 @@ TEST_F(PointTest, forgets_a_function_that_was_never_sent_with_what_it_was_sent_t
   EXPECT_EQ(own->sent(), Log{"20 f7 off"});
 }
 
-TEST_F(PointTest, begins_as_a_signal_or_a_scissor_point_in_the_first_state) {
-  const auto* signal = add<Signal>();
-  EXPECT_EQ(names(*signal), (Log{"Stop", "Go"}));
-  signal->states()[1]->activate();
-  EXPECT_EQ(station->sent(), Log{"1/1 right"});
-  signal->states()[0]->activate();
-  EXPECT_EQ(station->sent(), Log{"1/1 left"});
-  EXPECT_EQ(signal->states()[0]->get_setting(signal->get_output(1)).servo, -90);
-
-  const auto* scissor = add<Scissor>();
-  EXPECT_EQ(names(*scissor), (Log{"Top Left to Top Right", "Top Left to Bottom Right",
-                                  "Bottom Left to Top Right", "Bottom Left to Bottom Right"}));
-  const Log coils[] = {{"1/1 left", "1/2 left"},
-                       {"1/1 left", "1/2 right"},
-                       {"1/1 right", "1/2 left"},
-                       {"1/1 right", "1/2 right"}};
-  for (const unsigned i : {3u, 2u, 1u, 0u}) {
-    scissor->states()[i]->activate();
-    EXPECT_EQ(station->sent(), coils[i]);
-  }
-}
-
 TEST_F(PointTest, joins_two_ends_of_a_scissor_point_and_none_of_a_signal) {
   auto* scissor = add<Scissor>();
-  const char* const ends[][2] = {{"top-left", "top-right"},
-                                 {"top-left", "bottom-right"},
-                                 {"bottom-left", "top-right"},
-                                 {"bottom-left", "bottom-right"}};
+  const struct {
+    const char* left;
+    const char* right;
+    Log coils;
+  } states[] = {
+      {"top-left", "top-right", {"1/1 left", "1/2 left"}},
+      {"top-left", "bottom-right", {"1/1 left", "1/2 right"}},
+      {"bottom-left", "top-right", {"1/1 right", "1/2 left"}},
+      {"bottom-left", "bottom-right", {"1/1 right", "1/2 right"}},
+  };
   const auto way = [&](const char* name) {
     return scissor->get_link_name(scissor->next_link(scissor->get_link(name)));
   };
-  for (unsigned i = 0; i < 4; ++i) {
+  for (const unsigned i : {3u, 2u, 1u, 0u}) {
     scissor->states()[i]->activate();
-    unsigned open = 0;
-    for (const auto* name : Corners::names) open += way(name).empty() ? 0 : 1;
-    EXPECT_EQ(open, 2u);
-    EXPECT_EQ(way(ends[i][0]), ends[i][1]);
-    EXPECT_EQ(way(ends[i][1]), ends[i][0]);
+    EXPECT_EQ(station->sent(), states[i].coils);
+    EXPECT_EQ(way(states[i].left), states[i].right);
+    EXPECT_EQ(way(states[i].right), states[i].left);
+    const auto is_closed = [&](const char* name) { return way(name).empty(); };
+    EXPECT_EQ(std::ranges::count_if(Corners::names, is_closed), 2);
   }
+  scissor->states()[1]->activate();
   scissor->get_state()->destroy();
   EXPECT_EQ(way("top-left"), "top-right");
   EXPECT_EQ(scissor->next_link(nullptr), nullptr);
+  station->sent();
 
   auto* signal = add<Signal>();
+  signal->states()[1]->activate();
+  EXPECT_EQ(station->sent(), Log{"1/1 right"});
+  EXPECT_EQ(signal->states()[0]->get_setting(signal->get_output(1)).servo, -90);
   EXPECT_EQ(signal->get_link("common"), nullptr);
   EXPECT_EQ(signal->next_link(&point->common), nullptr);
   EXPECT_EQ(signal->get_link_name(&point->common), "");

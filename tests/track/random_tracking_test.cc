@@ -4,8 +4,8 @@
 // of points end.
 //
 // The environment variable ZEMBLAR_TRACKING_RUNS asks for more than 3000 runs. Runs share a process
-// in batches, so a crash or an endless walk ends one batch. The events of a run that fails are
-// shrunk to a short list, which is printed.
+// in batches, so a crash or an endless walk ends one batch. A failure names the run by its seed,
+// and the event.
 
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -15,11 +15,11 @@
 #include <cstdlib>
 #include <functional>
 #include <random>
-#include <sstream>
 #include <stdexcept>
 
 #include "simulator/soak/soak_process.h"
 #include "tests/support/small_railway.h"
+#include "tests/track/link_names.h"
 #include "tests/track/plain_tracking.h"
 #include "track/crossing.h"
 #include "track/point.h"
@@ -46,17 +46,13 @@ enum class Kind {
   wire
 };
 
-/// Numbers are taken modulo what there is, so that any part of a list is a list.
+/// Numbers are taken modulo what there is.
 struct Event {
   Kind kind;
   unsigned a;
   unsigned b;
 };
 using Events = std::vector<Event>;
-
-constexpr const char* kind_names[] = {"occupy", "free",      "see",     "set way",      "turn",
-                                      "brake",  "end block", "end lok", "end detector", "cut",
-                                      "join",   "free up",   "wire"};
 
 /// Mostly what trains do, some of what people do, and rarely what ends things.
 Events make_events(unsigned seed) {
@@ -128,10 +124,7 @@ class RandomRailway {
 
   static std::vector<BlockLink*> links_of(Block* block) {
     std::vector<BlockLink*> links;
-    std::vector<std::string> names{"left",        "right",        "top-left", "top-right",
-                                   "bottom-left", "bottom-right", "common"};
-    for (const auto* child : *block) names.push_back("state:" + child->get_name());
-    for (const auto& name : names) {
+    for (const auto& name : link_names(*block)) {
       auto* link = block->get_link(name);
       if (link && std::ranges::find(links, link) == links.end()) links.push_back(link);
     }
@@ -325,6 +318,7 @@ class RandomRailway {
 /// Outlives the process of a batch.
 struct Progress {
   unsigned seed;
+  std::size_t event;
   std::array<unsigned, PlainTracking::endings> reached;
 };
 
@@ -335,59 +329,27 @@ Progress& progress = *static_cast<Progress*>(
 /// Throws after the first event that leaves a difference.
 void play(unsigned seed, const Events& events) {
   RandomRailway railway(seed);
-  for (const auto& event : events) {
-    const auto complaint = railway.play(event);
+  for (std::size_t i = 0; i < events.size(); ++i) {
+    progress.event = i;
+    const auto complaint = railway.play(events[i]);
     if (!complaint.empty()) throw std::runtime_error(complaint);
   }
   auto& total = progress.reached;
   std::ranges::transform(total, railway.plain().reached(), total.begin(), std::plus());
 }
 
-/// An endless walk ends the part's process. The limit is processor time, which a busy machine does
-/// not use up.
-simulator::Outcome in_process(rlim_t seconds, const std::function<void()>& part) {
-  return simulator::run_in_process([&] {
+/// Plays the runs of these seeds until one fails. An endless walk ends the process. The limit is
+/// processor time, which a busy machine does not use up.
+simulator::Outcome play_batch(unsigned first, unsigned end) {
+  return simulator::run_in_process([=] {
+    const rlim_t seconds = 10 + (end - first) / 10;
     const rlimit limit{seconds, seconds};
     setrlimit(RLIMIT_CPU, &limit);
-    part();
-  });
-}
-
-/// Plays the runs of these seeds until one fails.
-simulator::Outcome play_batch(unsigned first, unsigned end) {
-  return in_process(10 + (end - first) / 10, [=] {
     for (auto seed = first; seed < end; ++seed) {
       progress.seed = seed;
       play(seed, make_events(seed));
     }
   });
-}
-
-/// Leaves out whatever the failure does without, in ever smaller pieces.
-Events shrink(unsigned seed, Events events) {
-  for (std::size_t piece = events.size() / 2; piece > 0; piece /= 2) {
-    for (std::size_t at = 0; at < events.size();) {
-      auto fewer = events;
-      const auto first = fewer.begin() + static_cast<std::ptrdiff_t>(at);
-      fewer.erase(first, first + static_cast<std::ptrdiff_t>(std::min(piece, events.size() - at)));
-      if (in_process(10, [&] { play(seed, fewer); }).ended_well) {
-        at += piece;
-      } else {
-        events = fewer;
-      }
-    }
-  }
-  return events;
-}
-
-std::string shrunk(unsigned seed) {
-  std::ostringstream text;
-  text << "shrunk to\n";
-  for (const auto& event : shrink(seed, make_events(seed))) {
-    text << "  " << kind_names[static_cast<int>(event.kind)] << ' ' << event.a << ' ' << event.b
-         << '\n';
-  }
-  return text.str();
 }
 
 TEST(RandomTracking, does_what_the_plain_rules_say_on_any_railway) {
@@ -397,7 +359,7 @@ TEST(RandomTracking, does_what_the_plain_rules_say_on_any_railway) {
   for (unsigned first = 1; first <= runs; first += batch) {
     const auto outcome = play_batch(first, std::min(first + batch, runs + 1));
     ASSERT_TRUE(outcome.ended_well)
-        << "seed " << progress.seed << ": " << outcome.said << shrunk(progress.seed);
+        << "seed " << progress.seed << ", event " << progress.event << ": " << outcome.said;
   }
   constexpr const char* names[] = {"walks to the target",
                                    "jumps before a block held",
