@@ -54,24 +54,20 @@ Glib::ustring ScriptCommandGetSpeed::get_format() const {
   return _("Get %1 Speed as %2");
 }
 
-Glib::ustring ScriptCommandGetSpeed::get_arg_text(unsigned arg) const {
-  return arg == 2 ? variable : ScriptCommandLok::get_arg_text(arg);
+std::vector<ScriptLine::Argument> ScriptCommandGetSpeed::arguments() {
+  auto all = ScriptCommandLok::arguments();
+  all.push_back({.type = ArgType::text,
+                 .text = [this] { return variable; },
+                 .variable_type = speed_type,
+                 .set_text = [this](const Glib::ustring& name) { set_variable(name); }});
+  return all;
 }
 
-ScriptLine::ArgType ScriptCommandGetSpeed::get_arg_type(unsigned arg) const {
-  return arg == 2 ? ArgType::text : ScriptCommandLok::get_arg_type(arg);
-}
-
-int ScriptCommandGetSpeed::get_variable_type(unsigned arg) const {
-  return arg == 2 ? speed_type : ScriptCommandLok::get_variable_type(arg);
-}
-
-void ScriptCommandGetSpeed::set_text(unsigned arg, const Glib::ustring& text) {
-  if (arg != 2) return ScriptCommandLok::set_text(arg, text);
-  if (text.raw() == variable.raw() || !script->add_variable(text, speed_type)) return;
+void ScriptCommandGetSpeed::set_variable(const Glib::ustring& name) {
+  if (name.raw() == variable.raw() || !script->add_variable(name, speed_type)) return;
   signal_changing().emit();
   script->remove_variable(variable);
-  variable = text;
+  variable = name;
   signal_line_changed().emit(2);
 }
 

@@ -14,14 +14,13 @@ class ScriptCommandGetSpeed : public ScriptCommandLok {
 
   void save(YAML::Emitter& out) const override;
   [[nodiscard]] Glib::ustring get_format() const override;
-  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
-  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  [[nodiscard]] int get_variable_type(unsigned arg) const override;
-  /// Refuses a name that has another type.
-  void set_text(unsigned arg, const Glib::ustring& text) override;
   void run(ScriptContext& context) override;
 
  private:
+  [[nodiscard]] std::vector<Argument> arguments() override;
+  /// Refuses a name that has another type.
+  void set_variable(const Glib::ustring& name);
+
   Glib::ustring variable;
 };
 

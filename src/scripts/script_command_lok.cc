@@ -35,24 +35,20 @@ void ScriptCommandLok::save(YAML::Emitter& out) const {
   }
 }
 
-Glib::ustring ScriptCommandLok::get_arg_text(unsigned arg) const {
-  if (arg != 1) return ScriptCommand::get_arg_text(arg);
-  if (lok.get_lok()) return lok.get_lok()->get_name();
-  return this_lok ? _("This Locomotive") : _("(No Locomotive Selected)");
-}
-
-ScriptLine::ArgType ScriptCommandLok::get_arg_type(unsigned arg) const {
-  return arg == 1 ? ArgType::menu : ScriptCommand::get_arg_type(arg);
-}
-
-std::vector<ScriptChoice> ScriptCommandLok::choices(unsigned arg) {
-  if (arg != 1) return ScriptCommand::choices(arg);
-  auto all = lok_choices([this](Lok* chosen) {
-    return choice(
-        chosen->get_name(), [this, chosen] { set_lok(chosen); }, chosen);
-  });
-  all.push_back(choice(_("This Locomotive"), [this] { set_this_lok(); }));
-  return all;
+std::vector<ScriptLine::Argument> ScriptCommandLok::arguments() {
+  const auto text = [this]() -> Glib::ustring {
+    if (lok.get_lok()) return lok.get_lok()->get_name();
+    return this_lok ? _("This Locomotive") : _("(No Locomotive Selected)");
+  };
+  const auto choices = [this] {
+    auto all = lok_choices([this](Lok* chosen) {
+      return choice(
+          chosen->get_name(), [this, chosen] { set_lok(chosen); }, chosen);
+    });
+    all.push_back(choice(_("This Locomotive"), [this] { set_this_lok(); }));
+    return all;
+  };
+  return {{.type = ArgType::menu, .text = text, .choices = choices}};
 }
 
 void ScriptCommandLok::set_lok(Lok* chosen) {

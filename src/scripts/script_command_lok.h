@@ -12,9 +12,6 @@ namespace zemblar {
 class ScriptCommandLok : public ScriptCommand {
  public:
   void save(YAML::Emitter& out) const override;
-  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
-  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
 
   [[nodiscard]] Lok* get_lok() const { return lok.get_lok(); }
   [[nodiscard]] bool get_this_lok() const { return this_lok; }
@@ -22,6 +19,7 @@ class ScriptCommandLok : public ScriptCommand {
   void set_this_lok();
 
  protected:
+  [[nodiscard]] std::vector<Argument> arguments() override;
   explicit ScriptCommandLok(Script& owner);
   ScriptCommandLok(Script& owner, const YAML::Node& entry);
 

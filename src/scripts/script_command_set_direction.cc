@@ -38,27 +38,14 @@ Glib::ustring ScriptCommandSetDirection::get_format() const {
   return C_("Set Direction", "Set %1 %2");
 }
 
-Glib::ustring ScriptCommandSetDirection::get_arg_text(unsigned arg) const {
-  return arg == 2 ? direction_text(direction) : ScriptCommandLok::get_arg_text(arg);
-}
-
-ScriptLine::ArgType ScriptCommandSetDirection::get_arg_type(unsigned arg) const {
-  return arg == 2 ? ArgType::menu : ScriptCommandLok::get_arg_type(arg);
-}
-
-std::vector<ScriptChoice> ScriptCommandSetDirection::choices(unsigned arg) {
-  if (arg != 2) return ScriptCommandLok::choices(arg);
-  const auto offer = [this](Direction value) {
-    return choice(direction_text(value), [this, value] { set_direction(value); });
-  };
-  return {offer(Direction::Forwards), offer(Direction::Reverse)};
+std::vector<ScriptLine::Argument> ScriptCommandSetDirection::arguments() {
+  auto all = ScriptCommandLok::arguments();
+  all.push_back(one_of(2, direction, {Direction::Forwards, Direction::Reverse}, direction_text));
+  return all;
 }
 
 void ScriptCommandSetDirection::set_direction(Direction value) {
-  if (value == direction) return;
-  signal_changing().emit();
-  direction = value;
-  signal_line_changed().emit(2);
+  change(2, direction, value);
 }
 
 void ScriptCommandSetDirection::run(ScriptContext& context) {

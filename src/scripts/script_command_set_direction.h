@@ -14,15 +14,13 @@ class ScriptCommandSetDirection : public ScriptCommandLok {
 
   void save(YAML::Emitter& out) const override;
   [[nodiscard]] Glib::ustring get_format() const override;
-  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
-  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
   void run(ScriptContext& context) override;
 
   [[nodiscard]] Direction get_direction() const { return direction; }
   void set_direction(Direction value);
 
  private:
+  [[nodiscard]] std::vector<Argument> arguments() override;
   Direction direction = Direction::Forwards;
 };
 

@@ -97,37 +97,26 @@ Glib::ustring ScriptCommandSetFunction::get_format() const {
   return C_("Set Function", "Set %1 %2 %3");
 }
 
-Glib::ustring ScriptCommandSetFunction::get_arg_text(unsigned arg) const {
+std::vector<ScriptLine::Argument> ScriptCommandSetFunction::arguments() {
+  const auto subject = [this]() -> Glib::ustring {
+    if (const auto* lok = function.get_lok()) return lok->get_name();
+    return this_lok ? _("This Locomotive") : _("(No Locomotive Selected)");
+  };
+  return {{.type = ArgType::menu, .text = subject, .choices = [this] { return subject_choices(); }},
+          {.type = ArgType::menu,
+           .text = [this] { return function_text(); },
+           .choices = [this] { return function_choices(); }},
+          one_of(3, state, {true, false}, state_text)};
+}
+
+Glib::ustring ScriptCommandSetFunction::function_text() const {
   const auto* lok = function.get_lok();
-  switch (arg) {
-    case 1:
-      if (lok) return lok->get_name();
-      return this_lok ? _("This Locomotive") : _("(No Locomotive Selected)");
-    case 2: {
-      const auto named = function.get_function() || this_lok;
-      if (named && !function.get_name().empty()) return function.get_name();
-      return lok && functions_of(*lok).empty() ? _("(No Functions)") : _("(No Function Selected)");
-    }
-    case 3:
-      return state_text(state);
-    default:
-      return ScriptCommand::get_arg_text(arg);
-  }
+  const bool named = function.get_function() || this_lok;
+  if (named && !function.get_name().empty()) return function.get_name();
+  return lok && functions_of(*lok).empty() ? _("(No Functions)") : _("(No Function Selected)");
 }
 
-ScriptLine::ArgType ScriptCommandSetFunction::get_arg_type(unsigned arg) const {
-  return arg >= 1 && arg <= 3 ? ArgType::menu : ScriptCommand::get_arg_type(arg);
-}
-
-std::vector<ScriptChoice> ScriptCommandSetFunction::choices(unsigned arg) {
-  if (arg == 2) return function_choices();
-  if (arg == 3) {
-    const auto offer = [this](bool on) {
-      return choice(state_text(on), [this, on] { set_state(on); });
-    };
-    return {offer(true), offer(false)};
-  }
-  if (arg != 1) return ScriptCommand::choices(arg);
+std::vector<ScriptChoice> ScriptCommandSetFunction::subject_choices() {
   auto all = lok_choices([this](Lok* lok) {
     return choice(
         lok->get_name(), [this, lok] { set_lok(lok); }, lok);
@@ -181,10 +170,7 @@ void ScriptCommandSetFunction::set_function_name(const Glib::ustring& name) {
 }
 
 void ScriptCommandSetFunction::set_state(bool on) {
-  if (on == state) return;
-  signal_changing().emit();
-  state = on;
-  signal_line_changed().emit(3);
+  change(3, state, on);
 }
 
 Function* ScriptCommandSetFunction::target(const ScriptContext& context) const {

@@ -14,9 +14,6 @@ class ScriptCommandSetFunction : public ScriptCommand {
 
   void save(YAML::Emitter& out) const override;
   [[nodiscard]] Glib::ustring get_format() const override;
-  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
-  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
   void run(ScriptContext& context) override;
 
   [[nodiscard]] const FuncHolder& get_function() const { return function; }
@@ -30,8 +27,11 @@ class ScriptCommandSetFunction : public ScriptCommand {
   void set_state(bool on);
 
  private:
+  [[nodiscard]] std::vector<Argument> arguments() override;
   [[nodiscard]] Function* target(const ScriptContext& context) const;
+  [[nodiscard]] std::vector<ScriptChoice> subject_choices();
   [[nodiscard]] std::vector<ScriptChoice> function_choices();
+  [[nodiscard]] Glib::ustring function_text() const;
   void save_wanted(YAML::Emitter& out) const;
   void read_wanted(const YAML::Node& entry);
   /// Announces that the first two arguments have changed.

@@ -42,29 +42,14 @@ Glib::ustring ScriptCommandSetSpeed::get_format() const {
   return C_("Set Speed", "Set %1 Speed to %2");
 }
 
-Glib::ustring ScriptCommandSetSpeed::get_arg_text(unsigned arg) const {
-  return arg == 2 ? speed_text(speed) : ScriptCommandLok::get_arg_text(arg);
-}
-
-ScriptLine::ArgType ScriptCommandSetSpeed::get_arg_type(unsigned arg) const {
-  return arg == 2 ? ArgType::custom : ScriptCommandLok::get_arg_type(arg);
-}
-
-void* ScriptCommandSetSpeed::create_editor(unsigned arg, Gtk::HBox& box) {
-  return arg == 2 ? create_speed_editor(box, speed) : ScriptCommandLok::create_editor(arg, box);
-}
-
-void ScriptCommandSetSpeed::finish_editor(unsigned arg, bool cancelled, void* state) {
-  if (arg != 2) return;
-  const auto edited = end_speed_editor(state, speed);
-  if (!cancelled) set_speed(edited);
+std::vector<ScriptLine::Argument> ScriptCommandSetSpeed::arguments() {
+  auto all = ScriptCommandLok::arguments();
+  all.push_back(speed_argument(2, speed));
+  return all;
 }
 
 void ScriptCommandSetSpeed::set_speed(const SpeedArg& value) {
-  if (value == speed) return;
-  signal_changing().emit();
-  speed = value;
-  signal_line_changed().emit(2);
+  change(2, speed, value);
 }
 
 void ScriptCommandSetSpeed::run(ScriptContext& context) {

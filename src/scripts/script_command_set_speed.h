@@ -16,16 +16,13 @@ class ScriptCommandSetSpeed : public ScriptCommandLok {
 
   void save(YAML::Emitter& out) const override;
   [[nodiscard]] Glib::ustring get_format() const override;
-  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
-  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  [[nodiscard]] void* create_editor(unsigned arg, Gtk::HBox& box) override;
-  void finish_editor(unsigned arg, bool cancelled, void* state) override;
   void run(ScriptContext& context) override;
 
   [[nodiscard]] SpeedArg get_speed() const { return speed; }
   void set_speed(const SpeedArg& value);
 
  private:
+  [[nodiscard]] std::vector<Argument> arguments() override;
   SpeedArg speed{.speed = 100, .km_h = false};
 };
 

@@ -53,25 +53,21 @@ Glib::ustring ScriptCommandWait::get_format() const {
   return _("Wait %1 seconds");
 }
 
-Glib::ustring ScriptCommandWait::get_arg_text(unsigned arg) const {
-  return arg == 1 ? Glib::ustring::format(delay / 10.0) : ScriptCommand::get_arg_text(arg);
+std::vector<ScriptLine::Argument> ScriptCommandWait::arguments() {
+  const auto range = [this] {
+    return SpinRange{.min = 0.1, .max = 3600.0, .value = delay / 10.0, .step = 0.1, .digits = 1};
+  };
+  return {{.type = ArgType::number,
+           .text = [this] { return Glib::ustring::format(delay / 10.0); },
+           .range = range,
+           .set_number = [this](double seconds) { set_seconds(seconds); }}};
 }
 
-ScriptLine::ArgType ScriptCommandWait::get_arg_type(unsigned arg) const {
-  return arg == 1 ? ArgType::number : ScriptCommand::get_arg_type(arg);
-}
-
-void ScriptCommandWait::get_spin_range(unsigned arg, SpinRange& range) const {
-  if (arg != 1) return ScriptCommand::get_spin_range(arg, range);
-  range = {.min = 0.1, .max = 3600.0, .value = delay / 10.0, .step = 0.1, .digits = 1};
-}
-
-void ScriptCommandWait::set_spin_value(unsigned arg, double value) {
-  if (arg != 1) return ScriptCommand::set_spin_value(arg, value);
-  const unsigned tenths = value < shortest ? 1
-                          : static_cast<float>(value) > longest
+void ScriptCommandWait::set_seconds(double seconds) {
+  const unsigned tenths = seconds < shortest ? 1
+                          : static_cast<float>(seconds) > longest
                               ? 36000
-                              : static_cast<unsigned>(std::lround(value * 10.0));
+                              : static_cast<unsigned>(std::lround(seconds * 10.0));
   if (tenths != delay) signal_changing().emit();
   delay = tenths;
   signal_line_changed().emit(1);

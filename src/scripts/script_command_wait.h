@@ -12,17 +12,16 @@ class ScriptCommandWait : public ScriptCommand {
 
   void save(YAML::Emitter& out) const override;
   [[nodiscard]] Glib::ustring get_format() const override;
-  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
-  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  void get_spin_range(unsigned arg, SpinRange& range) const override;
-  /// Seconds, limited to 0.1 to 3600.
-  void set_spin_value(unsigned arg, double value) override;
   void run(ScriptContext& context) override;
 
   /// The delay in tenths of a second.
   [[nodiscard]] unsigned get_delay() const { return delay; }
 
  private:
+  [[nodiscard]] std::vector<Argument> arguments() override;
+  /// Seconds, limited to 0.1 to 3600.
+  void set_seconds(double seconds);
+
   unsigned delay = 100;
 };
 

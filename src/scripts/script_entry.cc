@@ -40,16 +40,6 @@ Glib::ustring speed_text(const SpeedArg& speed) {
   return Glib::ustring::compose("%1 %2", speed.speed, _("km/h"));
 }
 
-void* create_speed_editor(Gtk::HBox& box, const SpeedArg& speed) {
-  const auto& make = ScriptUi::get().make_speed_editor;
-  return make ? make(box, speed) : nullptr;
-}
-
-SpeedArg end_speed_editor(void* state, const SpeedArg& speed) {
-  const auto& end = ScriptUi::get().end_speed_editor;
-  return state && end ? end(state) : speed;
-}
-
 std::vector<ScriptChoice> lok_choices(const std::function<ScriptChoice(Lok*)>& make_choice) {
   std::vector<Lok*> loks;
   collect(Layout::get(), loks);

@@ -20,11 +20,6 @@ class Lok;
 [[nodiscard]] SpeedArg read_speed(const YAML::Node& entry, unsigned place);
 void write_speed(YAML::Emitter& out, const SpeedArg& speed);
 [[nodiscard]] Glib::ustring speed_text(const SpeedArg& speed);
-/// Creates an editor of a speed in the box. `end_speed_editor` returns the edited value and frees
-/// the state.
-[[nodiscard]] void* create_speed_editor(Gtk::HBox& box, const SpeedArg& speed);
-[[nodiscard]] SpeedArg end_speed_editor(void* state, const SpeedArg& speed);
-
 /// Appends all objects of class T below `parent`, in the order of the tree.
 template <typename T>
 void collect(const Object& parent, std::vector<T*>& found) {

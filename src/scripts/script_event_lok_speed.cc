@@ -54,6 +54,10 @@ Glib::ustring negate_text(bool negate) {
   return negate ? _("is not") : _("is");
 }
 
+Glib::ustring compare_text(unsigned compare) {
+  return _(comparisons[compare].text);
+}
+
 }  // namespace
 
 ScriptEventLokSpeed::ScriptEventLokSpeed() {
@@ -98,51 +102,15 @@ Glib::ustring ScriptEventLokSpeed::get_format() const {
   return _("%1 %2 Speed %3 %4 %5");
 }
 
-Glib::ustring ScriptEventLokSpeed::get_arg_text(unsigned arg) const {
-  switch (arg) {
-    case 1:
-      return lok.get_lok() ? lok.get_lok()->get_name() : subject_text(lok_type);
-    case 2:
-      return travel_text(travel);
-    case 3:
-      return negate_text(negate);
-    case 4:
-      return _(comparisons[compare].text);
-    case 5:
-      return speed_text(speed);
-    default:
-      return ScriptEvent::get_arg_text(arg);
-  }
-}
-
-ScriptLine::ArgType ScriptEventLokSpeed::get_arg_type(unsigned arg) const {
-  if (arg == 5) return ArgType::custom;
-  return arg >= 1 && arg <= 4 ? ArgType::menu : ScriptEvent::get_arg_type(arg);
-}
-
-std::vector<ScriptChoice> ScriptEventLokSpeed::choices(unsigned arg) {
-  std::vector<ScriptChoice> all;
-  const auto offer = [this, &all](const Glib::ustring& text, const std::function<void()>& choose) {
-    all.push_back(choice(text, choose));
+std::vector<ScriptLine::Argument> ScriptEventLokSpeed::arguments() {
+  const auto subject = [this] {
+    return lok.get_lok() ? lok.get_lok()->get_name() : subject_text(lok_type);
   };
-  switch (arg) {
-    case 1:
-      return subject_choices();
-    case 2:
-      for (const bool value : {false, true})
-        offer(travel_text(value), [this, value] { change(2, travel, value); });
-      return all;
-    case 3:
-      for (const bool value : {false, true})
-        offer(negate_text(value), [this, value] { change(3, negate, value); });
-      return all;
-    case 4:
-      for (unsigned i = 0; i < comparisons.size(); ++i)
-        offer(_(comparisons[i].text), [this, i] { change(4, compare, i); });
-      return all;
-    default:
-      return ScriptEvent::choices(arg);
-  }
+  return {{.type = ArgType::menu, .text = subject, .choices = [this] { return subject_choices(); }},
+          one_of(2, travel, {false, true}, travel_text),
+          one_of(3, negate, {false, true}, negate_text),
+          one_of(4, compare, {0U, 1U, 2U, 3U, 4U}, compare_text),
+          speed_argument(5, speed)};
 }
 
 std::vector<ScriptChoice> ScriptEventLokSpeed::subject_choices() {
@@ -154,24 +122,6 @@ std::vector<ScriptChoice> ScriptEventLokSpeed::subject_choices() {
     all.push_back(choice(subject_text(type), [this, type] { choose_subject(nullptr, type); }));
   }
   return all;
-}
-
-void* ScriptEventLokSpeed::create_editor(unsigned arg, Gtk::HBox& box) {
-  return arg == 5 ? create_speed_editor(box, speed) : ScriptEvent::create_editor(arg, box);
-}
-
-void ScriptEventLokSpeed::finish_editor(unsigned arg, bool cancelled, void* state) {
-  if (arg != 5) return;
-  const auto edited = end_speed_editor(state, speed);
-  if (!cancelled) change(5, speed, edited);
-}
-
-template <typename T>
-void ScriptEventLokSpeed::change(unsigned arg, T& field, T value) {
-  if (value == field) return;
-  signal_changing().emit();
-  field = value;
-  signal_line_changed().emit(arg);
 }
 
 void ScriptEventLokSpeed::choose_subject(Lok* named, Subject type) {

@@ -18,11 +18,6 @@ class ScriptEventLokSpeed : public ScriptEvent {
 
   void save(YAML::Emitter& out) const override;
   [[nodiscard]] Glib::ustring get_format() const override;
-  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
-  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  [[nodiscard]] void* create_editor(unsigned arg, Gtk::HBox& box) override;
-  void finish_editor(unsigned arg, bool cancelled, void* state) override;
-  [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
   void generate_instances(const EventInstance& /*partial*/) override {}
 
   [[nodiscard]] bool is_armed() const override { return false; }
@@ -31,9 +26,7 @@ class ScriptEventLokSpeed : public ScriptEvent {
  private:
   enum Subject : int { chosen = 0, any = 1, this_one = 2 };
 
-  /// Changes the value of an argument.
-  template <typename T>
-  void change(unsigned arg, T& field, T value);
+  [[nodiscard]] std::vector<Argument> arguments() override;
   void choose_subject(Lok* named, Subject type);
   [[nodiscard]] std::vector<ScriptChoice> subject_choices();
   void read_compare(const YAML::Node& node);

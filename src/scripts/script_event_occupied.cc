@@ -58,25 +58,24 @@ Glib::ustring ScriptEventOccupied::get_format() const {
   return _("%1 is %2");
 }
 
-Glib::ustring ScriptEventOccupied::get_arg_text(unsigned arg) const {
-  if (arg == 2) return occupied_text(occupied);
-  if (arg != 1) return ScriptEvent::get_arg_text(arg);
-  if (block) return block->get_name();
-  return any ? _("Any Block") : _("This Block");
-}
-
-ScriptLine::ArgType ScriptEventOccupied::get_arg_type(unsigned arg) const {
-  return arg == 1 || arg == 2 ? ArgType::menu : ScriptEvent::get_arg_type(arg);
-}
-
-std::vector<ScriptChoice> ScriptEventOccupied::choices(unsigned arg) {
-  if (arg == 2) {
+std::vector<ScriptLine::Argument> ScriptEventOccupied::arguments() {
+  const auto subject = [this]() -> Glib::ustring {
+    if (block) return block->get_name();
+    return any ? _("Any Block") : _("This Block");
+  };
+  const auto states = [this] {
     const auto offer = [this](bool on) {
       return choice(occupied_text(on), [this, on] { choose_occupied(on); });
     };
-    return {offer(true), offer(false)};
-  }
-  if (arg != 1) return ScriptEvent::choices(arg);
+    return std::vector{offer(true), offer(false)};
+  };
+  return {{.type = ArgType::menu, .text = subject, .choices = [this] { return block_choices(); }},
+          {.type = ArgType::menu,
+           .text = [this] { return occupied_text(occupied); },
+           .choices = states}};
+}
+
+std::vector<ScriptChoice> ScriptEventOccupied::block_choices() {
   std::vector<ScriptChoice> all;
   all.push_back(choice(_("Any Block"), [this] { choose_any(); }));
   all.push_back(choice(_("This Block"), [this] { choose_this(); }));

@@ -20,9 +20,6 @@ class ScriptEventOccupied : public ScriptEvent {
 
   void save(YAML::Emitter& out) const override;
   [[nodiscard]] Glib::ustring get_format() const override;
-  [[nodiscard]] Glib::ustring get_arg_text(unsigned arg) const override;
-  [[nodiscard]] ArgType get_arg_type(unsigned arg) const override;
-  [[nodiscard]] std::vector<ScriptChoice> choices(unsigned arg) override;
   void generate_instances(const EventInstance& partial) override;
 
   [[nodiscard]] bool is_armed() const override;
@@ -44,6 +41,8 @@ class ScriptEventOccupied : public ScriptEvent {
   [[nodiscard]] bool get_occupied() const { return occupied; }
 
  private:
+  [[nodiscard]] std::vector<Argument> arguments() override;
+  [[nodiscard]] std::vector<ScriptChoice> block_choices();
   void set_subject(Block* chosen, bool is_any);
   void follow();
   void announce(unsigned arg);

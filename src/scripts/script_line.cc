@@ -3,7 +3,7 @@
 #include <cassert>
 
 #include "core/object.h"
-#include "scripts/script_ui.h"
+#include "scripts/script_entry.h"
 
 namespace zemblar {
 
@@ -11,28 +11,42 @@ void ScriptLine::save(YAML::Emitter& /*out*/) const {
   assert(false && "ScriptLine: Unimplemented Save");
 }
 
-Glib::ustring ScriptLine::get_arg_text(unsigned /*arg*/) const {
-  assert(false);
+// The list is the same for a line that is const; only what its functions do changes the line.
+ScriptLine::Argument ScriptLine::argument(unsigned arg) const {
+  auto all = const_cast<ScriptLine*>(this)->arguments();
+  return arg >= 1 && arg <= all.size() ? std::move(all[arg - 1]) : Argument();
 }
 
-ScriptLine::ArgType ScriptLine::get_arg_type(unsigned /*arg*/) const {
-  return ArgType::plain;
+Glib::ustring ScriptLine::get_arg_text(unsigned arg) const {
+  const auto shown = argument(arg);
+  if (!shown.text) assert(false);
+  return shown.text();
+}
+
+ScriptLine::ArgType ScriptLine::get_arg_type(unsigned arg) const {
+  return argument(arg).type;
 }
 
 bool ScriptLine::is_arg_editable(unsigned /*arg*/) const {
   return true;
 }
 
-void ScriptLine::get_spin_range(unsigned /*arg*/, SpinRange& /*range*/) const {
-  assert(false);
+void ScriptLine::get_spin_range(unsigned arg, SpinRange& range) const {
+  const auto edited = argument(arg);
+  if (!edited.range) assert(false);
+  range = edited.range();
 }
 
-int ScriptLine::get_variable_type(unsigned /*arg*/) const {
-  assert(false);
+int ScriptLine::get_variable_type(unsigned arg) const {
+  const auto edited = argument(arg);
+  if (!edited.set_text) assert(false);
+  return edited.variable_type;
 }
 
-void ScriptLine::set_spin_value(unsigned /*arg*/, double /*value*/) {
-  assert(false);
+void ScriptLine::set_spin_value(unsigned arg, double value) {
+  const auto edited = argument(arg);
+  if (!edited.set_number) assert(false);
+  edited.set_number(value);
 }
 
 Gtk::Menu* ScriptLine::get_menu(unsigned arg) {
@@ -41,18 +55,41 @@ Gtk::Menu* ScriptLine::get_menu(unsigned arg) {
   return make ? make(offered) : nullptr;
 }
 
-void* ScriptLine::create_editor(unsigned /*arg*/, Gtk::HBox& /*box*/) {
-  assert(false);
+std::unique_ptr<ArgumentEditor> ScriptLine::create_editor(unsigned arg, Gtk::HBox& box) {
+  const auto edited = argument(arg);
+  if (!edited.create_editor) assert(false);
+  return edited.create_editor(box);
 }
 
-void ScriptLine::finish_editor(unsigned /*arg*/, bool /*cancelled*/, void* /*state*/) {}
-
-void ScriptLine::set_text(unsigned /*arg*/, const Glib::ustring& /*text*/) {
-  assert(false);
+void ScriptLine::finish_editor(unsigned arg, bool cancelled,
+                               std::unique_ptr<ArgumentEditor> state) {
+  const auto edited = argument(arg);
+  if (edited.take_over && state && !cancelled) edited.take_over(*state);
 }
 
-std::vector<ScriptChoice> ScriptLine::choices(unsigned /*arg*/) {
-  assert(false);
+void ScriptLine::set_text(unsigned arg, const Glib::ustring& text) {
+  const auto edited = argument(arg);
+  if (!edited.set_text) assert(false);
+  edited.set_text(text);
+}
+
+std::vector<ScriptChoice> ScriptLine::choices(unsigned arg) {
+  const auto edited = argument(arg);
+  if (!edited.choices) assert(false);
+  return edited.choices();
+}
+
+ScriptLine::Argument ScriptLine::speed_argument(unsigned arg, SpeedArg& speed) {
+  return {.type = ArgType::custom,
+          .text = [&speed] { return speed_text(speed); },
+          .create_editor = [&speed](Gtk::HBox& box) -> std::unique_ptr<ArgumentEditor> {
+            const auto& make = ScriptUi::get().make_speed_editor;
+            return make ? make(box, speed) : nullptr;
+          },
+          .take_over =
+              [this, arg, &speed](const ArgumentEditor& editor) {
+                change(arg, speed, dynamic_cast<const SpeedEditor&>(editor).value());
+              }};
 }
 
 ScriptChoice ScriptLine::choice(const Glib::ustring& text, const std::function<void()>& choose,

@@ -5,12 +5,12 @@
 #include <sigc++/trackable.h>
 
 #include <functional>
+#include <initializer_list>
+#include <memory>
 #include <vector>
 
-namespace Gtk {
-class HBox;
-class Menu;
-}  // namespace Gtk
+#include "scripts/script_ui.h"
+
 namespace YAML {
 class Emitter;
 class Node;
@@ -19,7 +19,6 @@ class Node;
 namespace zemblar {
 
 class Object;
-struct ScriptChoice;
 
 /// The range and the present value of a number argument.
 struct SpinRange {
@@ -35,8 +34,8 @@ struct SpinRange {
 /// Arguments count from 1, as `%1`, `%2`, ... in the sentence do. The script owns its lines. Texts
 /// contain the present names of objects; see Layout::signal_object_renamed.
 ///
-/// The functions of this class assert when called for an argument that the kind of line does not
-/// have.
+/// A kind of line describes its arguments by `arguments`; the functions with the number of an
+/// argument look there. They assert when the line does not have the argument, or not of that type.
 class ScriptLine : public sigc::trackable {
  public:
   /// How an argument is edited.
@@ -61,11 +60,11 @@ class ScriptLine : public sigc::trackable {
   virtual void set_spin_value(unsigned arg, double value);
   /// A new menu of the argument's choices, owned by the caller. Null without a user interface.
   [[nodiscard]] virtual Gtk::Menu* get_menu(unsigned arg);
-  /// Builds an editor in the box and returns its state. Pass the state to `finish_editor`, exactly
-  /// once.
-  [[nodiscard]] virtual void* create_editor(unsigned arg, Gtk::HBox& box);
-  /// Applies the edited value, unless `cancelled`, and frees the state.
-  virtual void finish_editor(unsigned arg, bool cancelled, void* state);
+  /// Builds an editor in the box and returns its state, for `finish_editor`; null without a user
+  /// interface.
+  [[nodiscard]] virtual std::unique_ptr<ArgumentEditor> create_editor(unsigned arg, Gtk::HBox& box);
+  /// Applies the edited value, unless `cancelled`.
+  virtual void finish_editor(unsigned arg, bool cancelled, std::unique_ptr<ArgumentEditor> state);
   virtual void set_text(unsigned arg, const Glib::ustring& text);
 
   /// The entries of `get_menu`. `choose` does nothing once the line or the chosen object has ended.
@@ -77,11 +76,56 @@ class ScriptLine : public sigc::trackable {
   sigc::signal<void>& signal_changing() { return signal_changing_; }
 
  protected:
+  /// What an argument shows and how it is edited. Each type needs its own functions.
+  struct Argument {
+    ArgType type = ArgType::plain;
+    std::function<Glib::ustring()> text;
+    std::function<std::vector<ScriptChoice>()> choices{};                        // menu
+    std::function<SpinRange()> range{};                                          // number
+    std::function<void(double)> set_number{};                                    // number
+    int variable_type = 0;                                                       // text
+    std::function<void(const Glib::ustring&)> set_text{};                        // text
+    std::function<std::unique_ptr<ArgumentEditor>(Gtk::HBox&)> create_editor{};  // custom
+    std::function<void(const ArgumentEditor&)> take_over{};                      // custom
+  };
+
+  /// In the order of their numbers. The functions in it are called while the line exists.
+  [[nodiscard]] virtual std::vector<Argument> arguments() { return {}; }
+
+  /// Gives a field another value, and announces that: the argument with this number shows it.
+  template <typename T>
+  void change(unsigned arg, T& field, const T& value) {
+    if (value == field) return;
+    signal_changing().emit();
+    field = value;
+    signal_line_changed().emit(arg);
+  }
+  /// The argument with this number: a menu of values for a field.
+  template <typename T>
+  [[nodiscard]] Argument one_of(unsigned arg, T& field, std::initializer_list<T> values,
+                                Glib::ustring (*text)(T)) {
+    return {.type = ArgType::menu,
+            .text = [&field, text] { return text(field); },
+            .choices =
+                [this, arg, &field, all = std::vector<T>(values), text] {
+                  std::vector<ScriptChoice> choices;
+                  for (const T value : all) {
+                    choices.push_back(choice(
+                        text(value), [this, arg, &field, value] { change(arg, field, value); }));
+                  }
+                  return choices;
+                }};
+  }
+  /// The argument with this number: a speed.
+  [[nodiscard]] Argument speed_argument(unsigned arg, SpeedArg& speed);
+
   /// A choice that calls `choose` while the line exists, and `object` if there is one.
   [[nodiscard]] ScriptChoice choice(const Glib::ustring& text, const std::function<void()>& choose,
                                     Object* object = nullptr);
 
  private:
+  [[nodiscard]] Argument argument(unsigned arg) const;
+
   sigc::signal<void, unsigned> signal_line_changed_;
   sigc::signal<void> signal_changing_;
 };

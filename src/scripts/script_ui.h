@@ -3,6 +3,7 @@
 #include <glibmm/ustring.h>
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace Gtk {
@@ -30,14 +31,27 @@ struct SpeedArg {
   bool operator==(const SpeedArg&) const = default;
 };
 
+/// The state of an editor of an argument; the widgets belong to their box.
+class ArgumentEditor {
+ public:
+  ArgumentEditor() = default;
+  virtual ~ArgumentEditor() = default;
+  ArgumentEditor(const ArgumentEditor&) = delete;
+  ArgumentEditor& operator=(const ArgumentEditor&) = delete;
+};
+
+class SpeedEditor : public ArgumentEditor {
+ public:
+  /// The edited value, limited to the range of its unit.
+  [[nodiscard]] virtual SpeedArg value() const = 0;
+};
+
 /// Widgets for the arguments of lines. The user interface sets these functions before `main`;
 /// without one they are empty.
 struct ScriptUi {
   std::function<Gtk::Menu*(const std::vector<ScriptChoice>&)> make_menu;
-  /// Builds an editor in the box and returns its state.
-  std::function<void*(Gtk::HBox&, const SpeedArg&)> make_speed_editor;
-  /// Returns the edited value and frees the state.
-  std::function<SpeedArg(void* state)> end_speed_editor;
+  /// Builds an editor in the box.
+  std::function<std::unique_ptr<SpeedEditor>(Gtk::HBox&, const SpeedArg&)> make_speed_editor;
 
   static ScriptUi& get();
 };

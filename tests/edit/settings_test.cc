@@ -161,10 +161,10 @@ void choose_another(ScriptLine& line, unsigned arg) {
 }
 
 void change_speed(ScriptLine& line, unsigned arg) {
-  auto& end = ScriptUi::get().end_speed_editor;
-  const auto real = std::exchange(end, [](void*) { return SpeedArg{77, true}; });
-  line.finish_editor(arg, false, &line);
-  end = real;
+  struct Seven : SpeedEditor {
+    SpeedArg value() const override { return {77, true}; }
+  };
+  line.finish_editor(arg, false, std::make_unique<Seven>());
 }
 
 void add_line(Settings& all, ScriptLine& line) {

@@ -143,16 +143,16 @@ TEST_F(Lines, names_of_variables_are_claimed_and_given_back) {
 
 // The editor's state is freed in any case, and its value is taken unless it was cancelled.
 TEST_F(Lines, an_editor_of_a_speed_is_ended_once_whatever_comes_of_it) {
-  int open = 0;
-  auto& ui = ScriptUi::get();
-  ui.make_speed_editor = [&](Gtk::HBox&, const SpeedArg& speed) {
-    ++open;
-    return new SpeedArg(speed);
+  static int open = 0;
+  struct Halving : SpeedEditor {
+    explicit Halving(const SpeedArg& speed) : shown(speed) { ++open; }
+    ~Halving() override { --open; }
+    SpeedArg value() const override { return {shown.speed / 2, true}; }
+    SpeedArg shown;
   };
-  ui.end_speed_editor = [&](void* state) {
-    --open;
-    const std::unique_ptr<SpeedArg> edited(static_cast<SpeedArg*>(state));
-    return SpeedArg{edited->speed / 2, true};
+  auto& ui = ScriptUi::get();
+  ui.make_speed_editor = [](Gtk::HBox&, const SpeedArg& speed) {
+    return std::make_unique<Halving>(speed);
   };
   char place = 0;
   auto& box = reinterpret_cast<Gtk::HBox&>(place);  // nobody looks at it

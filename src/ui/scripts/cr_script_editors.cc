@@ -118,14 +118,16 @@ Gtk::CellEditable* CRScript::edit_text(Gtk::Widget& tree, unsigned arg, int left
 Gtk::CellEditable* CRScript::edit_custom(Gtk::Widget& tree, unsigned arg, int left) {
   auto* line = row_.line;
   auto& box = *Gtk::manage(new ScriptHBox(false, gap));
-  void* state = line->create_editor(arg, box);
+  const auto state =
+      std::make_shared<std::unique_ptr<ArgumentEditor>>(line->create_editor(arg, box));
   left = seen_from(tree, left, box);
   auto& before = *Gtk::manage(new Gtk::Alignment);
   before.set_size_request(std::max(0, left - gap), -1);
   box.pack_start(before, false, false);
   box.reorder_child(before, 0);
-  return show(box, arg, left,
-              [line, arg, state](bool cancelled) { line->finish_editor(arg, cancelled, state); });
+  return show(box, arg, left, [line, arg, state](bool cancelled) {
+    line->finish_editor(arg, cancelled, std::move(*state));
+  });
 }
 
 }  // namespace zemblar

@@ -60,12 +60,11 @@ constexpr unsigned most_km_h = 10000;
 
 /// Edits a number with its unit. Stores the value itself, because the widgets may be destroyed
 /// before it.
-class SpeedEditor : public sigc::trackable {
+class SpinAndUnit : public SpeedEditor, public sigc::trackable {
  public:
-  SpeedEditor(Gtk::HBox& box, const SpeedArg& speed);
+  SpinAndUnit(Gtk::HBox& box, const SpeedArg& speed);
 
-  /// The typed value, limited to the range of the unit.
-  [[nodiscard]] SpeedArg value() const;
+  [[nodiscard]] SpeedArg value() const override;
 
  private:
   void set_unit(bool km_h);
@@ -77,7 +76,7 @@ class SpeedEditor : public sigc::trackable {
   Gtk::RadioButton& km_h_ = *Gtk::manage(new Gtk::RadioButton(_("km/h")));
 };
 
-SpeedEditor::SpeedEditor(Gtk::HBox& box, const SpeedArg& speed) : value_(speed) {
+SpinAndUnit::SpinAndUnit(Gtk::HBox& box, const SpeedArg& speed) : value_(speed) {
   auto group = percent_.get_group();
   km_h_.set_group(group);
   (speed.km_h ? km_h_ : percent_).set_active();
@@ -107,32 +106,25 @@ SpeedEditor::SpeedEditor(Gtk::HBox& box, const SpeedArg& speed) : value_(speed) 
 }
 
 // Reads the typed number before limiting it to the new range.
-void SpeedEditor::set_unit(bool km_h) {
+void SpinAndUnit::set_unit(bool km_h) {
   spin_.set_range(0, most_km_h);
   spin_.update();
   value_.km_h = km_h;
   spin_.set_range(0, most());
 }
 
-SpeedArg SpeedEditor::value() const {
+SpeedArg SpinAndUnit::value() const {
   auto value = value_;
   value.speed = std::min(value.speed, most());
   return value;
 }
 
-void* make_speed_editor(Gtk::HBox& box, const SpeedArg& speed) {
-  return new SpeedEditor(box, speed);
-}
-
-SpeedArg end_speed_editor(void* state) {
-  const std::unique_ptr<SpeedEditor> editor(static_cast<SpeedEditor*>(state));
-  return editor->value();
+std::unique_ptr<SpeedEditor> make_speed_editor(Gtk::HBox& box, const SpeedArg& speed) {
+  return std::make_unique<SpinAndUnit>(box, speed);
 }
 
 [[maybe_unused]] const bool filled_in = [] {
-  ScriptUi::get() = {.make_menu = make_menu,
-                     .make_speed_editor = make_speed_editor,
-                     .end_speed_editor = end_speed_editor};
+  ScriptUi::get() = {.make_menu = make_menu, .make_speed_editor = make_speed_editor};
   return true;
 }();
 
