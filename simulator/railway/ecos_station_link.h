@@ -13,7 +13,7 @@ class EcosStationLink : public StationLink {
 
   /// A socket that leads to the station, for another device of the program.
   [[nodiscard]] Glib::RefPtr<Socket> socket() { return station_.socket(); }
-  /// Forgets what it has logged.
+  /// Clears the station's log.
   void clear_log() { station_.hub.log().clear(); }
 
   [[nodiscard]] const char* name() const override { return "ECoS"; }
@@ -42,8 +42,8 @@ class EcosStationLink : public StationLink {
   MemoryStation station_;
   ECoS* device_;
   std::optional<Unanswered> unanswered_;
-  std::chrono::milliseconds exchange_;    // a command and its answer take that long
-  std::optional<Clock::time_point> cut_;  // a connection stood when the station vanished
+  std::chrono::milliseconds exchange_;    // the time of a command and its answer
+  std::optional<Clock::time_point> cut_;  // when the station vanished during a connection
   Timeout flood_;
 };
 

@@ -19,9 +19,10 @@ struct Traffic {
   /// Share of the speeds that are 0 or emergency stops; of the favourite alone, if there is one.
   double stops = 0;
   double power = 0;  ///< share of the wishes that switch the track power
-  /// Gets a third of the wishes; half of its functions are number 2.
+  /// The address of the locomotive that gets a third of the wishes; half of its functions are
+  /// number 2.
   unsigned favourite = 0;
-  unsigned spared = 0;  ///< the locomotive with that address is left alone
+  unsigned spared = 0;  ///< the address of a locomotive that gets no commands
 };
 
 /// Locomotives in the current layout, with the addresses from 1 on, that simulated stations drive
@@ -50,7 +51,7 @@ class LinkedRailway {
   /// Called after each wish of the traffic with the locomotive's address, 0 for the track power.
   void on_wish(std::function<void(unsigned)> listener) { listener_ = std::move(listener); }
 
-  /// Whether the last wish about the track power was to have it on.
+  /// True if the last wish about the track power was to switch it on.
   [[nodiscard]] bool power_wished() const { return power_wished_; }
 
   static constexpr unsigned functions = 9;  ///< of a locomotive

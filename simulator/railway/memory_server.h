@@ -11,13 +11,13 @@
 
 namespace zemblar::simulator {
 
-/// Calls once after a time, by the clock.
+/// Calls the function once after the delay.
 void after_on_clock(std::chrono::milliseconds delay, std::function<void()> call);
 
-/// Joins sockets that lead through memory to a hub, which is seen and must live longer.
+/// Connects sockets to a hub through memory. The hub must outlive the server.
 ///
-/// Everything that a socket does completes later, by the clock: under a VirtualClock a
-/// conversation always runs the same way.
+/// Each operation of a socket completes later, by the clock of runtime/timer, so that under a
+/// VirtualClock a conversation is the same each time.
 class MemoryServer {
  public:
   using Milliseconds = std::chrono::milliseconds;
@@ -26,24 +26,24 @@ class MemoryServer {
   MemoryServer(const MemoryServer&) = delete;
   MemoryServer& operator=(const MemoryServer&) = delete;
 
-  /// A socket whose every connection leads to the hub; the server must outlive its use.
+  /// A socket that connects to the hub. The server must outlive its use.
   Glib::RefPtr<Socket> socket();
 
-  bool up = true;           // takes new connections
+  bool up = true;           // accepts connections
   Milliseconds latency{1};  // of bytes, each way
   Milliseconds keep_alive{14'000};
   Milliseconds write_time{0};                 // until a write is reported complete
   std::size_t write_limit = 1024;             // bytes that one write takes
   std::vector<Clock::time_point> attempts{};  // to connect
 
-  /// Connections end and new ones are refused.
+  /// Ends all connections, and refuses new ones.
   void kill();
-  /// Goes without a word, as behind a pulled cable: on connections that there are, bytes vanish
-  /// both ways, and reading fails when the system has asked in vain for `keep_alive`. Attempts to
-  /// connect are not answered. After `appear` those are, each when the system asks the next time.
+  /// Disappears without a message, as behind an unplugged cable. On present connections bytes are
+  /// lost in both directions, and reading fails after `keep_alive`. Attempts to connect get no
+  /// answer until `appear`; then each is answered when the system repeats it.
   void vanish();
   void appear() { away_ = false; }
-  /// Bytes that arrive at the newest connection as they are.
+  /// Sends bytes on the newest connection, unchanged.
   void inject(std::string bytes);
 
  private:

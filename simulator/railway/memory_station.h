@@ -15,11 +15,11 @@ class MemoryStation : public MemoryServer {
 
   EcosHub hub{after_on_clock};
 
-  /// Entered at the station itself.
+  /// Adds a locomotive at the station's own panel.
   void add_locomotive(unsigned address, const std::string& name) {
     hub.add_locomotive(address, name);
   }
-  /// What the station last did with it; it must know it.
+  /// The state of a locomotive, which must be known to the station.
   [[nodiscard]] const EcosLocomotive& locomotive(unsigned address) const {
     return *hub.locomotive(address);
   }

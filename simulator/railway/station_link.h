@@ -37,31 +37,32 @@ class StationLink {
     listener_ = std::move(listener);
   }
 
-  /// `victim` is the address of the locomotive that the fault is about, if it is about one.
+  /// `victim` is the address of the locomotive that the fault affects, for a fault that affects
+  /// one.
   void begin(LinkFault fault, unsigned victim, Chance& chance);
-  /// `by_hand`: a person does what the driver cannot do by itself, such as "Reconnect".
+  /// `by_hand`: the user does what the driver cannot do by itself, such as "Reconnect".
   void end(bool by_hand);
 
-  /// From the later of the wish and the moment at which the link could carry it, to its arrival.
-  /// The latest fault makes that impossible when it is
+  /// The time until a command arrived, from the wish, or from the moment at which the link could
+  /// carry the command if that is later. The link cannot carry commands while the latest fault is
   ///  - dropped: until the far end takes a connection again, or is plugged in;
   ///  - half-open: until the far end answers again; an ECoS connection that stood is of no use
   ///    until the system gives it up after 14 s or a person presses "Reconnect";
   ///  - no answer, an ECoS alone: from the command that is not answered until the answer comes or a
   ///    person presses "Reconnect", since an answer is waited for without a limit.
-  /// All other faults leave the link able to carry.
+  /// All other faults leave the link usable.
   [[nodiscard]] Clock::duration delay(Clock::time_point wished, Clock::time_point arrived) const;
 
-  /// Since when it can carry, as far as the latest fault has ended.
+  /// The time since which the link can carry commands, if the latest fault has ended.
   [[nodiscard]] Clock::time_point able_since() const { return blocked_until_; }
-  /// From a wish that stops trains to its arrival, at most, when the link can carry it: one second,
-  /// and a time-out or the exchanges of a start.
+  /// The longest time that a stop may take over a usable link: one second, and a time-out or the
+  /// exchanges of a start.
   [[nodiscard]] virtual std::chrono::milliseconds allowed() const = 0;
 
-  /// What the station has of a locomotive: values without a mask; nothing if it does not know it.
+  /// The values that the station has of a locomotive, without a mask; no value for an unknown one.
   [[nodiscard]] virtual std::optional<DecoderUpdate> locomotive(unsigned address) const = 0;
   [[nodiscard]] virtual bool power() const = 0;
-  /// A refused command is known to have had no effect.
+  /// True if the driver learns that a command was refused, so that it had no effect.
   [[nodiscard]] virtual bool tells_refusals() const = 0;
 
  protected:

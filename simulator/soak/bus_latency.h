@@ -15,18 +15,18 @@ enum class Load {
   every_packet,       ///< readers report each packet on the track, not only answered ones
 };
 
-/// How long it takes from the moment that the hardware's input ahead of a train sees current to the
-/// speed 0 at the station, over a simulated bus and the program's drivers, in virtual time.
+/// The time from the first current on the detector ahead of a train to the speed 0 at the station,
+/// over a simulated bus and the program's drivers, in virtual time.
 struct BusLatency {
   using Milliseconds = std::chrono::milliseconds;
 
   unsigned readers = 1;
   Load load = Load::quiet;
   std::vector<Milliseconds> times{};  ///< in order of length
-  /// No time may be longer: the rest of a poll that has just missed it, the pause, one poll of
-  /// each reader, a step of a scan, and the station's conversations ahead.
+  /// The longest time that is allowed: the rest of a poll that has just missed it, the pause, one
+  /// poll of each reader, a step of a scan, and the station's conversations ahead.
   Milliseconds bound{};
-  /// How long the block stays occupied after the current has gone; in order of length.
+  /// The times that the block stays occupied after the current has ended; in order of length.
   std::vector<Milliseconds> holds{};
 
   [[nodiscard]] bool good() const { return !times.empty() && times.back() <= bound; }

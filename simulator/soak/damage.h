@@ -6,8 +6,8 @@
 
 namespace zemblar::simulator {
 
-/// The text of a layout after some accidents: bits that fell over, lost and doubled pieces, edits
-/// by hand that went wrong, and aliases that name what they should not.
+/// The text of a layout with random damage: flipped bits, lost and doubled pieces, wrong edits by
+/// hand, and wrong aliases.
 [[nodiscard]] std::string damaged(std::string text, Chance& chance);
 
 }  // namespace zemblar::simulator

@@ -20,14 +20,14 @@ class EveningRuns {
 
  private:
   void judge(const EveningOptions& evening, const Outcome& outcome);
-  /// What is wrong with it, if anything.
+  /// Adds a line of results; returns what is wrong with it, or nothing.
   [[nodiscard]] std::string add(const std::string& kind, std::istream& values);
 
   std::map<std::string, unsigned> deeds_;
   Causes collisions_;
   double travelled_ = 0;                        // metres
-  long most_rise_ = 0;                          // of the memory, in kB
-  std::chrono::milliseconds longest_return_{};  // of what was wished
+  long most_rise_ = 0;                          // growth of the memory, in kB
+  std::chrono::milliseconds longest_return_{};  // until a wished state was reached
   std::string failures_;
 };
 

@@ -23,7 +23,7 @@ constexpr milliseconds after = 1500ms;
 constexpr milliseconds shortest_fault = 200ms;
 constexpr milliseconds longest_fault = 6s;
 constexpr milliseconds longest_half_open = 25s;  // beyond what the system needs to notice
-constexpr milliseconds patience = 20s;
+constexpr milliseconds arrival_limit = 20s;
 /// Of a healthy link: the conversation that is under way, and its own.
 constexpr milliseconds at_once = 50ms;
 
@@ -80,7 +80,7 @@ class Trial {
     const auto end = Timeout::once(before + length, [&] { failing().end(by_hand); });
     const auto make = Timeout::once(moment(length), [this] { make_wish(); });
     railway_.clock.advance(before + length + after);
-    for (auto waited = 0ms; waited < patience && !all_arrived(); waited += 100ms) {
+    for (auto waited = 0ms; waited < arrival_limit && !all_arrived(); waited += 100ms) {
       railway_.clock.advance(100ms);
     }
     // A second one may follow.

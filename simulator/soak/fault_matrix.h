@@ -11,12 +11,11 @@
 
 namespace zemblar::simulator {
 
-/// What a person wishes before, during or after a fault.
+/// A wish of the user before, during or after a fault.
 enum class Wish { emergency_stop, power_off, point };
 inline constexpr std::array wishes{Wish::emergency_stop, Wish::power_off, Wish::point};
 
-/// How long a wish took to a station, many times: from the later of the wish and the moment at
-/// which the link could carry it (see StationLink) to its arrival.
+/// The times that a wish took to a station; see StationLink::delay.
 struct FaultCell {
   using Milliseconds = std::chrono::milliseconds;
 
@@ -30,11 +29,11 @@ struct FaultCell {
   [[nodiscard]] bool holds(Wish wish) const;
 };
 
-/// Trains are driven while one station fails in each of the ways, and wishes come at random moments
-/// before, during and after that.
+/// Drives trains while one station fails in each of the ways, with wishes at random moments before,
+/// during and after the fault.
 class FaultMatrix {
  public:
-  /// So many wishes in each cell.
+  /// `times`: number of wishes in each cell.
   FaultMatrix(unsigned times, std::uint64_t seed);
 
   [[nodiscard]] bool holds() const;

@@ -11,7 +11,7 @@ namespace zemblar::simulator {
 
 struct Outcome;
 
-/// Evenings on a sample layout: each order of starting with each seed, in a process of its own.
+/// Evenings on a sample layout: each starting order with each seed, each in its own process.
 class LapRuns {
  public:
   LapRuns(std::string folder, std::string evening);

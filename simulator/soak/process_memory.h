@@ -8,7 +8,7 @@
 
 namespace zemblar::simulator {
 
-/// A line of what the system tells of this process, in kB; 0 where it tells nothing.
+/// A value from the system's status of this process, in kB; 0 if there is none.
 inline std::size_t process_memory(const std::string& key) {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);) {
@@ -17,7 +17,7 @@ inline std::size_t process_memory(const std::string& key) {
   return 0;
 }
 
-/// How far the memory of the process rises above what it is now while `work` is done, in kB.
+/// The growth of the process's memory during `work`, in kB.
 template <typename Work>
 std::size_t rise_of_memory(const Work& work) {
   ::malloc_trim(0);

@@ -4,8 +4,8 @@
 
 namespace zemblar::simulator {
 
-/// Fills the current layout, which is empty, with some objects of every kind and with settings,
-/// joins and diagrams as people make them.
+/// Fills the current layout, which is empty, with some objects of every kind, with settings, links
+/// and diagrams.
 void fill_at_random(Chance& chance, bool with_groups);
 
 }  // namespace zemblar::simulator

@@ -30,7 +30,7 @@ milliseconds allowed(unsigned readers) {
   return poll_pause + turn + monitor_period + readers * probe + start_relays * turn + scan_step;
 }
 
-constexpr auto patience = 3min;
+constexpr auto longest_stand = 3min;
 /// In which traffic gets the states of all inputs told anew, and locomotives that have gone are
 /// forgotten.
 constexpr auto settling = 15s;
@@ -93,7 +93,7 @@ class BusFaultRun {
 
   void keep_trains_running() {
     for (auto& driven : scene_.trains()) {
-      const bool stuck = driven.train->on_track() && scene_.held_up(driven) > patience;
+      const bool stuck = driven.train->on_track() && scene_.held_up(driven) > longest_stand;
       if (stuck) collided_.push_back(driven.train);
       if (scene_.chance.happens(0.01)) {
         driven.lok->set_speed(static_cast<unsigned>(30 + scene_.chance.below(90)));

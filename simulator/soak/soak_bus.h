@@ -9,24 +9,26 @@
 
 namespace zemblar::simulator {
 
-/// Trains over a simulated bus whose master, readers and cable fail at random, one fault after the
-/// other, while the program's drivers are in service.
+/// A run of trains over a simulated bus whose master, readers and cable fail at random, one fault
+/// after the other, with the program's drivers in service.
 struct BusFaultOptions {
   double hours = 1;
   std::uint64_t seed = 1;
   unsigned readers = 3;
-  /// From the end of a fault until all is in service again; unless given, what the wire takes.
+  /// The time allowed from the end of a fault until all is in service; by default the time that the
+  /// wire needs.
   std::optional<std::chrono::milliseconds> allowed{};
 };
 
-/// What became of one kind of fault.
+/// The results of one kind of fault.
 struct BusFaultCount {
   unsigned times = 0;
-  std::chrono::milliseconds longest_return{};  ///< from its end until all is in service again
+  std::chrono::milliseconds
+      longest_return{};  ///< from the end of the fault until all is in service
 };
 
 struct BusFaultResult {
-  std::string trouble{};  ///< empty when all went as it must
+  std::string trouble{};  ///< empty for a good run
   std::map<std::string, BusFaultCount> faults{};
   std::chrono::milliseconds longest_allowed{};
 };

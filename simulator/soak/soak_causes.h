@@ -67,11 +67,11 @@ inline constexpr std::array<std::string_view, 22> cause_titles = {
 /// How often each cause led to a collision or a stall.
 using Causes = std::map<Cause, unsigned>;
 
-/// The cause of what has just happened, from where the trains really are, what block control
-/// believes, and what has happened on the way. `unexplained` says that none applies, and so that
-/// block control has broken its word.
+/// The cause of a collision that has just happened, from the real places of the trains, the places
+/// that block control assumes, and the recent events. `unexplained` means that no cause applies: a
+/// fault of block control.
 [[nodiscard]] Cause cause_of_collision(TrackWitness& witness, const TrackEvent& event);
-/// For a train that wants to move and has not for minutes.
+/// The cause of a stall: the train has had a speed for minutes and has not moved.
 [[nodiscard]] Cause cause_of_stall(TrackWitness& witness, const Driven& stalled);
 
 }  // namespace zemblar::simulator

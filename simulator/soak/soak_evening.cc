@@ -38,7 +38,7 @@ constexpr milliseconds longest_fault = 6s;
 /// An ECoS connection that stood is given up after 14 s, and trains are told within 5 s.
 constexpr milliseconds allowed_return = 25s;
 constexpr milliseconds longest_new = 20s;
-constexpr milliseconds patience = 1min;  // with a train that does not move
+constexpr milliseconds longest_stand = 1min;  // with a train that does not move
 /// From the rails over the bus with two readers, and from there over the ECoS.
 constexpr milliseconds longest_report = 300ms;
 constexpr milliseconds longest_command = 50ms;
@@ -379,7 +379,7 @@ class EveningRun {
 
   void clear_away() {
     for (auto& driven : witness_.trains()) {
-      if (scene_.clock.now() - driven.moved > patience) ended_.push_back(driven.train);
+      if (scene_.clock.now() - driven.moved > longest_stand) ended_.push_back(driven.train);
       if (!driven.train->on_track()) bring_back(driven);
     }
     for (const auto* train : std::exchange(ended_, {})) take_away(*witness_.find(train));

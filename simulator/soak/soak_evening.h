@@ -9,14 +9,13 @@
 
 namespace zemblar::simulator {
 
-/// The sample layout as it is shipped and somebody who does the README's first drive, and then
-/// whatever a person may do, at random: throttles, points, signals, scripts, track power, the track
-/// editor, Save, New and Open, while the station, the bus and its readers fail. Over the program's
-/// own drivers, in virtual time.
+/// A run of the shipped sample layout with a simulated user, who does the README's first drive, and
+/// then anything that a user can do, at random: throttles, points, signals, scripts, track power,
+/// the track editor, Save, New and Open, while the station, the bus and its readers fail. Over the
+/// program's own drivers, in virtual time.
 ///
-/// Every few minutes the operator lets go for a moment and the faults end: then all that was wished
-/// has to arrive. After a collision the trains are put on the track afresh, since their journey is
-/// over.
+/// Every few minutes the user and the faults pause: then all wished states must be reached. After a
+/// collision the trains are put on the track again.
 struct EveningOptions {
   std::string folder{};  ///< of the sample layouts
   double hours = 2;

@@ -5,8 +5,8 @@
 
 namespace zemblar::simulator {
 
-/// Trains one after another on a ring, wired as block control needs it: every block has an input
-/// and is longer than the way that a train needs to stop once it has been reported there.
+/// A run of trains that follow each other on a ring, wired as block control needs it: every block
+/// has an input, and is longer than the distance in which a reported train stops.
 struct FollowingOptions {
   double hours = 1;
   std::uint64_t seed = 1;
@@ -16,7 +16,8 @@ struct FollowingOptions {
   /// report of 120 ms and a command of 50 ms.
   double shortest_block = 400;
   double longest_block = 2500;
-  /// On a simulated bus, with inputs for all blocks; without any, detectors report at once.
+  /// Number of readers on a simulated bus, with inputs for all blocks; for 0, detectors report at
+  /// once.
   unsigned readers = 0;
 };
 
@@ -25,8 +26,8 @@ struct SoakResult {
   std::string report{};
 };
 
-/// Runs until the time is over or a train has entered another's block, has come to an end of the
-/// track or has not moved for minutes although it should.
+/// Ends when the time is over, or when a train enters the block of another one, reaches an end of
+/// the track, or stands for minutes with a speed.
 [[nodiscard]] SoakResult run_following(const FollowingOptions& options);
 
 }  // namespace zemblar::simulator

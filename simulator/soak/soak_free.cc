@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto patience = 3min;
+constexpr auto longest_stand = 3min;
 
 class FreeRun {
  public:
@@ -153,7 +153,7 @@ class FreeRun {
   // All are looked at before one is taken away, which lets others go on.
   void clear_away() {
     for (auto& driven : scene_.trains()) {
-      if (!driven.train->on_track() || scene_.held_up(driven) < patience) continue;
+      if (!driven.train->on_track() || scene_.held_up(driven) < longest_stand) continue;
       if (std::ranges::find(ended_, driven.train) != ended_.end()) continue;
       count(cause_of_stall(scene_.witness, driven),
             driven.train->options().name + " stands in " +

@@ -7,9 +7,8 @@
 
 namespace zemblar::simulator {
 
-/// A sample layout as an evening sees it: each train is started once, and the scripts, and nobody
-/// touches anything after that. Over the program's own drivers, a simulated ECoS and a simulated
-/// Tessara bus, in virtual time.
+/// A run of a sample layout without a user: each train and the scripts are started once. Over the
+/// program's own drivers, a simulated ECoS and a simulated Tessara bus, in virtual time.
 struct LapsOptions {
   std::string folder{};  ///< of the sample layouts
   std::string evening{"sample"};
@@ -23,21 +22,19 @@ enum class LapsFault { none, collision, stands, ran_off, too_few };
 
 struct LapsResult {
   LapsFault fault = LapsFault::none;
-  std::string trouble{};  ///< a sentence about it
-  /// By train: how often it came back to the block in which it was started. For a train that goes
-  /// to and fro that is a shuttle.
+  std::string trouble{};  ///< a sentence about the fault
+  /// For each train, how often it returned to the block in which it was started.
   std::map<std::string, unsigned> laps{};
   double longest_stand = 0;  ///< seconds, of a train that was started
 };
 
 /// The names of the evenings; each is a layout and the trains that are started in it.
 [[nodiscard]] std::vector<std::string> evening_names();
-/// How many orders of starting there are.
+/// The number of starting orders.
 [[nodiscard]] unsigned count_orders(const std::string& evening);
 
-/// Runs until the time is over or a train has run into another one, has come to an end of the
-/// track, or has stood for more than three minutes. At the end every train must have done ten laps
-/// an hour.
+/// Ends when the time is over, or when a train collides, reaches an end of the track, or stands for
+/// more than three minutes. Every train must do ten laps an hour.
 [[nodiscard]] LapsResult run_laps(const LapsOptions& options);
 
 }  // namespace zemblar::simulator

@@ -9,24 +9,23 @@
 
 namespace zemblar::simulator {
 
-/// Ten trains that two stations drive, an ECoS and a LI-USB or two ECoS, while links fail ten times
-/// a minute and wishes come without a pause.
+/// A run of ten trains that two stations drive, an ECoS and a LI-USB or two ECoS. Links fail ten
+/// times a minute, and wishes come without a pause.
 ///
-/// Always, at each station and for each item of each train, values arrive in the order in which
-/// they were wished; some may be skipped, the newest may be repeated. Every few minutes faults and
-/// wishes pause: after `allowed` every item that was ever wished has its newest value at every
-/// station, power that was wished off is off, links are in service, and the status line tells of no
-/// trouble.
+/// At each station the values of each item of each train must arrive in the order of the wishes;
+/// some may be skipped, and the newest may be repeated. Every few minutes faults and wishes pause:
+/// after `allowed` each item has its newest value at every station, power that was switched off is
+/// off, links are in service, and the status line shows no fault.
 struct LinkFaultOptions {
   double hours = 1;
   std::uint64_t seed = 1;
-  /// From the moment at which all links could carry until all has arrived.
+  /// The time from the moment at which all links are usable until all values have arrived.
   std::chrono::milliseconds allowed{5000};
 };
 
 struct LinkFaultResult {
   std::string trouble{};  ///< empty when all went as it must; else with the seed and the time
-  std::map<std::string, unsigned> faults{};  ///< how often each was there
+  std::map<std::string, unsigned> faults{};  ///< the number of each fault
   std::uint64_t wishes = 0;
   std::uint64_t arrivals = 0;
   unsigned pauses = 0;

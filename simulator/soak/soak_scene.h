@@ -19,14 +19,14 @@ namespace zemblar::simulator {
 /// in memory and in virtual time.
 class SoakScene {
  public:
-  /// With so many readers on a simulated bus, which the program's own drivers poll; without any,
-  /// detectors tell the layout directly.
+  /// `readers` is the number of readers on a simulated bus, which the program's drivers poll; for
+  /// 0, detectors report to the layout directly.
   explicit SoakScene(std::uint64_t seed, unsigned readers = 0);
   ~SoakScene();
   SoakScene(const SoakScene&) = delete;
   SoakScene& operator=(const SoakScene&) = delete;
 
-  /// With an input of its own, or with that of another block.
+  /// Adds a block, with its own input or with the input of another block.
   template <typename T>
   T& add_block(const std::string& name, double length, const Block* shares_with = nullptr) {
     auto* block = new T;
@@ -35,24 +35,24 @@ class SoakScene {
   }
   [[nodiscard]] const std::vector<Block*>& blocks() const { return blocks_; }
   [[nodiscard]] TrackStation& station() { return *station_; }
-  /// Null without a bus.
+  /// The bus, or null.
   [[nodiscard]] BusInService* bus() { return bus_.get(); }
 
-  /// Beside the track, with a locomotive of its address.
+  /// Adds a train that is not on the track, and a locomotive with its address.
   Driven& add_train(TrainOptions options);
   [[nodiscard]] std::vector<Driven>& trains() { return witness.trains(); }
   [[nodiscard]] Driven* find(const Train* train) { return witness.find(train); }
   [[nodiscard]] Driven* find(const Lok* lok) { return witness.find(lok); }
   bool place(Driven& driven, BlockLink& towards);
-  /// Takes the train from the track and enters its locomotive anew: nothing is left of it.
+  /// Takes the train from the track, and replaces its locomotive by a new one.
   void clear_away(Driven& driven);
 
-  /// Lets time pass, and notes who moves.
+  /// Lets time pass, and records which trains move.
   void pass(std::chrono::milliseconds time);
-  /// How long it has wanted to move, and has not.
+  /// The time for which the train has had a speed and has not moved.
   [[nodiscard]] Clock::duration held_up(const Driven& driven) const;
 
-  /// Where the trains are and what block control believes, a line for each.
+  /// The place of each train, and the place that block control assumes, a line for each.
   [[nodiscard]] std::string describe();
 
   static constexpr std::chrono::milliseconds station_delay{50};

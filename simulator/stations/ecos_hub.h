@@ -23,7 +23,7 @@ namespace zemblar::simulator {
 class EcosHub : public StationHub {
  public:
   using Milliseconds = std::chrono::milliseconds;
-  /// Calls the function once after the time, in order of time and then of asking.
+  /// Calls the function once after the time; calls due at the same time in the order of requests.
   using After = std::function<void(Milliseconds, std::function<void()>)>;
 
   explicit EcosHub(After after) : after_(std::move(after)) {}
@@ -33,8 +33,8 @@ class EcosHub : public StationHub {
   void leave(EcosClient client) override;
   void drop_all() override;
 
-  /// Called with each command line when it has been dealt with, and the status of its reply; none
-  /// for one that gets no reply and has no effect.
+  /// Called with each command line after the hub has handled it, and with the status of the reply;
+  /// no value for a command that gets no reply and has no effect.
   using Observer =
       std::function<void(EcosClient, const std::string& line, std::optional<unsigned> status)>;
   void on_command(Observer observer) { observer_ = std::move(observer); }
@@ -45,8 +45,8 @@ class EcosHub : public StationHub {
   void press_stop() { post(model_.press_stop()); }
   void press_emergency() { post(model_.press_emergency()); }
 
-  /// Entered at the station itself; returns its object id. Several may have the same address;
-  /// address 0 is a locomotive without one.
+  /// Adds a locomotive at the station's own panel, and returns its object id. Several locomotives
+  /// may have the same address; 0 stands for no address.
   unsigned add_locomotive(unsigned address, std::string name);
   /// The first locomotive of that address; null for none.
   [[nodiscard]] const EcosLocomotive* locomotive(unsigned address) const {

@@ -24,7 +24,7 @@ struct EcosLogEntry {
 /// received, "->" what it sent, "**" a note. Bytes that are not printable are shown as "?".
 [[nodiscard]] std::string format(const EcosLogEntry& entry);
 
-/// The newest lines of the conversation, also handed to a listener as they come.
+/// The newest lines of the conversation. A listener gets each new line.
 class EcosLog {
  public:
   using Kind = EcosLogEntry::Kind;
@@ -35,7 +35,7 @@ class EcosLog {
   /// Enters each line of `text`.
   void add(unsigned client, Kind kind, std::string_view text);
 
-  /// The listener is called after an entry is kept; it may replace itself by nothing, not throw.
+  /// The listener is called after each new entry. It may remove itself, and must not throw.
   void on_entry(std::function<void(const EcosLogEntry&)> listener) {
     listener_ = std::move(listener);
   }

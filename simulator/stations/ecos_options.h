@@ -8,20 +8,20 @@
 /// The options of the station's objects: how they are read from a command and written in a body.
 namespace zemblar::simulator {
 
-/// Thrown while a command is carried out, ends in the reply.
+/// The error of a command, which becomes the status of the reply.
 struct EcosRefusal {
   EcosStatus status;
-  std::string detail;  ///< more words for the end line, may be empty
+  std::string detail;  ///< added to the end line; may be empty
 };
 
 [[noreturn]] void refuse_option(const EcosOption& option);
 [[noreturn]] void refuse_parameter(const std::string& option_name);
 
-/// Sets what drives a locomotive or describes it: speed, dir, func, stop, addr, name, protocol.
-/// Throws EcosRefusal.
+/// Sets an option of a locomotive: speed, dir, func, stop, addr, name or protocol. Throws
+/// EcosRefusal.
 void apply(const EcosOption& option, EcosLocomotive& locomotive);
 
-/// The same for what describes a locomotive alone: addr, name, protocol. Throws EcosRefusal.
+/// Sets an option that describes a locomotive: addr, name or protocol. Throws EcosRefusal.
 void describe(const EcosOption& option, EcosLocomotive& locomotive);
 
 /// The value of an option as it stands in a body, as "func[2,1]". Throws EcosRefusal.

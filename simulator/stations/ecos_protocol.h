@@ -43,13 +43,13 @@ struct EcosCommand {
   unsigned object = 0;
   std::vector<EcosOption> options;
 
-  /// The first option of that name, or null.
+  /// The first option with this name, or null.
   [[nodiscard]] const EcosOption* find(std::string_view name) const;
 
   bool operator==(const EcosCommand&) const = default;
 };
 
-/// Why a line is not a command, and after how many of its characters that was clear.
+/// The reason why a line is no command, and the position of the error in it.
 struct EcosSyntaxError {
   std::string reason;
   std::size_t position = 0;

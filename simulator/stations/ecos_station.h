@@ -15,8 +15,8 @@ namespace zemblar::simulator {
 ///     EXPECT_EQ(63u, station.locomotive(3)->speed);
 ///     station.faults().late = std::chrono::milliseconds(200);
 ///
-/// Runs on the default main loop: nothing happens while that does not run. What the station knows
-/// outlives its connections and `stop`; the track power is off at first. One thread.
+/// Runs on the default main loop. The station keeps its state when connections end and when it is
+/// stopped; the track power is off at first. One thread.
 class EcosStation : public EcosHub {
  public:
   EcosStation();

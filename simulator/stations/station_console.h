@@ -17,9 +17,9 @@ class StationConsole {
   StationConsole(EcosStation& station, std::function<void()> quit)
       : station_(station), quit_(std::move(quit)) {}
 
-  /// Carries out one line and returns the answer, lines ended by line feeds except the last;
-  /// empty when there is nothing to say. Throws std::invalid_argument, with a text for the person,
-  /// when the line makes no sense, std::runtime_error when the station cannot do it.
+  /// Carries out one line and returns the answer, which may be empty; its lines are separated by
+  /// line feeds. Throws std::invalid_argument, with a text for the user, if the line is no command,
+  /// and std::runtime_error if the station cannot carry it out.
   std::string run(std::string_view line);
 
  private:

@@ -7,32 +7,30 @@ namespace zemblar::simulator {
 /// Tells the clients of a station apart.
 using StationClient = unsigned;
 
-/// The way to one client: TCP, or anything in memory.
+/// The connection to one client, over TCP or through memory.
 class ClientLink {
  public:
   virtual ~ClientLink() = default;
 
-  /// Takes the bytes, all of them; must not call back into the hub.
+  /// Sends all the bytes. Must not call the hub.
   virtual void write(std::string_view bytes) = 0;
-  /// The station hangs up: the hub has forgotten the link and does not use it again.
+  /// Ends the connection. The hub does not use the link any more.
   virtual void close() = 0;
 };
 
-/// A simulated station without a network, as transports see it.
-///
-/// Transports join a link for each connection and hand in the bytes that they receive, in
-/// whatever pieces.
+/// A simulated station without a network. A transport joins a link for each connection, and passes
+/// the received bytes, in any pieces.
 class StationHub {
  public:
   virtual ~StationHub() = default;
 
-  /// A new client. The link is seen, not owned, until `leave` or its `close`.
+  /// Adds a client. The link must exist until `leave`, or until the hub calls its `close`.
   virtual StationClient join(ClientLink& link) = 0;
-  /// The client sent bytes. May end in the link's `close`.
+  /// Takes bytes from the client. May call the link's `close`.
   virtual void receive(StationClient client, std::string_view bytes) = 0;
-  /// The client is gone. Unknown clients are ignored.
+  /// Removes the client. Does nothing for an unknown one.
   virtual void leave(StationClient client) = 0;
-  /// Hangs up on all clients.
+  /// Ends all connections.
   virtual void drop_all() = 0;
 };
 

@@ -11,9 +11,8 @@
 
 namespace zemblar::simulator {
 
-/// Joins TCP connections on the loopback interface to a hub, on the default main loop.
-///
-/// The hub is seen and must live longer.
+/// Connects TCP clients on the loopback interface to a hub, on the default main loop. The hub must
+/// outlive the server.
 class TcpServer {
  public:
   explicit TcpServer(StationHub& hub);
@@ -21,8 +20,8 @@ class TcpServer {
   TcpServer(const TcpServer&) = delete;
   TcpServer& operator=(const TcpServer&) = delete;
 
-  /// Listens on 127.0.0.1, on any free port for 0, and returns the port. An address that the
-  /// last connections still occupy is taken over. Throws std::runtime_error.
+  /// Listens on 127.0.0.1, on any free port for 0, and returns the port. A port that earlier
+  /// connections still occupy can be used again. Throws std::runtime_error.
   std::uint16_t listen(std::uint16_t port);
   /// Closes the listening socket and all connections.
   void stop();

@@ -19,18 +19,18 @@ class ToldDetector : public Detector {
     occupied_ = on;
     signal_changed().emit();
   }
-  /// As readers do: the occupancy first, then who it is.
+  /// Reports as readers do: the occupancy first, then the locomotive.
   void see(Lok* lok, unsigned orientation = 1) {
     note(lok, orientation);
     report(lok);
   }
-  /// The first half of `see`: the new state, of which nobody has been told.
+  /// The first half of `see`: sets the state and reports nothing.
   void note(Lok* lok, unsigned orientation) {
     occupied_ = true;
     orientation_ = orientation;
     seen_.push_back(lok);
   }
-  /// The second half.
+  /// The second half of `see`: reports the state.
   void report(Lok* lok) {
     signal_changed().emit();
     signal_arrived().emit(lok);

@@ -16,7 +16,7 @@ namespace zemblar::simulator {
 class Train;
 class TrackDetector;
 
-/// Random numbers that are the same again from the same seed.
+/// Random numbers, the same for the same seed.
 class Chance {
  public:
   explicit Chance(std::uint64_t seed) : engine_(seed) {}
@@ -35,7 +35,7 @@ class Chance {
   [[nodiscard]] std::size_t below(std::size_t count) {
     return static_cast<std::size_t>(fraction() * static_cast<double>(count));
   }
-  /// One of those, each as often as its `weight` says.
+  /// One of them, with a probability in proportion to its `weight`.
   template <typename T>
   [[nodiscard]] const T& weighted(const std::vector<T>& all) {
     std::size_t sum = 0;
@@ -88,7 +88,7 @@ class TrackSensors {
 
   /// Reports that were lost, doubled or late, and answers lost so far.
   [[nodiscard]] std::uint64_t faults() const { return faults_; }
-  /// When the input's reports were last falsified, if ever.
+  /// The last time when a report of the input was falsified; no value if none was.
   [[nodiscard]] std::optional<Clock::time_point> last_fault(const TrackDetector* input) const;
 
  private:

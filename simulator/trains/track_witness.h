@@ -20,28 +20,29 @@ struct Driven {
   static constexpr Time never{};
 
   Train* train = nullptr;
-  Lok* lok = nullptr;                                   // null while the layout has none for it
-  std::deque<std::pair<const Block*, Time>> entered{};  // by its leading end, the latest first
+  Lok* lok = nullptr;  // null while the layout has none for it
+  std::deque<std::pair<const Block*, Time>>
+      entered{};  // blocks that its leading end entered, newest first
   Time turned = never;
   Time placed = never;
-  Time reversed = never;  // the locomotive's direction was changed
-  Time braked = never;    // its brake has risen
-  Time released = never;  // its brake has fallen
+  Time reversed = never;  // the time when the locomotive's direction changed
+  Time braked = never;    // the time when its brake went on
+  Time released = never;  // the time when its brake went off
   const BlockLink* front_at_brake = nullptr;
-  Time misplaced = never;  // block control had it elsewhere, or the wrong way round
-  Time moved = never;      // as far as `watch` has seen
-  double travelled = 0;    // the same
-  Time unheard = never;    // what it was told may not have reached it
-  Time freed = never;      // its brake was released by hand
+  Time misplaced = never;  // the last time when block control had it in another place or direction
+  Time moved = never;      // the last time when `look` saw it move
+  double travelled = 0;    // mm, at the last `look`
+  Time unheard = never;    // the last time when a command may have been lost
+  Time freed = never;      // the time when its brake was released by hand
   std::array<ScopedConnection, 3> followed{};  // of the locomotive
 
   void enter(const Block* block, Time time);
-  /// When its leading end came into the block, or it was put there.
+  /// The time when its leading end entered the block, or when it was put there.
   [[nodiscard]] Time came_into(const Block* block) const;
-  /// Whether block control has it where it is: both ends in blocks that it holds, the tail's among
-  /// those that it is really in.
+  /// True if block control has the train in its real place: both ends are in blocks that it holds,
+  /// and the block of the tail is one that the train is in.
   [[nodiscard]] bool place_is_right() const;
-  /// Whether block control takes the end for its head that it really leads with.
+  /// True if block control has the train's real leading end as its head.
   [[nodiscard]] bool faces_forwards() const;
 };
 
@@ -49,21 +50,21 @@ struct Driven {
 /// be found afterwards.
 class TrackWitness {
  public:
-  /// `longest_report` is from the rails to block control, `longest_command` from there to the
-  /// train.
+  /// `longest_report` is the longest time from the rails to block control, `longest_command` that
+  /// from block control to the train.
   TrackWitness(TrackModel& model, std::chrono::milliseconds longest_report,
                std::chrono::milliseconds longest_command);
 
   /// Follows the block until it ends.
   void follow(Block& block);
   Driven& add(Train& train, Lok* lok);
-  /// The train has another locomotive in the layout, or null for none.
+  /// Call when the train gets another locomotive in the layout, or none (null).
   void assign(Driven& driven, Lok* lok);
-  /// The train has been put on the track afresh.
+  /// Call when the train has been put on the track.
   void note_placed(Driven& driven);
-  /// Somebody has taken the block from its holder by hand.
+  /// Call when the user has taken the block from its holder.
   void note_freed(const Block& block) { freed_[&block] = Clock::now(); }
-  /// The block's detector is not heard now.
+  /// Call while nothing is received from the block's detector.
   void note_silence(const Block& block) { silences_[&block] = Clock::now(); }
   /// Records which trains have moved since the last call.
   void look();
@@ -71,19 +72,19 @@ class TrackWitness {
   [[nodiscard]] std::vector<Driven>& trains() { return trains_; }
   [[nodiscard]] Driven* find(const Train* train);
   [[nodiscard]] Driven* find(const Lok* lok);
-  /// When a point was last set in the block.
+  /// The last time when a point was set in the block.
   [[nodiscard]] Driven::Time thrown(const Block* block) const;
-  /// When the block's holder last changed.
+  /// The last time when the block got another holder.
   [[nodiscard]] Driven::Time changed_hands(const Block* block) const;
-  /// When the block was last freed by hand.
+  /// The last time when the block was freed by hand.
   [[nodiscard]] Driven::Time freed(const Block* block) const;
-  /// When the detector of the block was last not heard.
+  /// The last time when nothing was received from the block's detector.
   [[nodiscard]] Driven::Time silent(const Block* block) const;
-  /// When the detector of the block was last wrong, if ever.
+  /// The last time when the block's detector reported falsely; `never` if it did not.
   [[nodiscard]] Driven::Time false_report(const Block* block) const;
-  /// From the rails to block control, at most.
+  /// The longest time from the rails to block control.
   [[nodiscard]] std::chrono::milliseconds longest_report() const;
-  /// From the rails to the train's brake, at most.
+  /// The longest time from the rails to the train's brake.
   [[nodiscard]] std::chrono::milliseconds longest_reaction() const {
     return longest_report() + longest_command_;
   }

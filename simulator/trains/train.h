@@ -15,7 +15,7 @@ class BlockLink;
 
 namespace zemblar::simulator {
 
-/// A speed that goes over to another one at an even rate. Millimetres and seconds.
+/// A speed that changes to a target at a constant rate. In millimetres and seconds.
 struct Motion {
   double speed = 0;   ///< not negative
   double target = 0;  ///< not negative
@@ -23,12 +23,12 @@ struct Motion {
 
   [[nodiscard]] double distance_after(double time) const;
   [[nodiscard]] double speed_after(double time) const;
-  /// Nothing when it stops before.
+  /// Seconds until the distance is travelled; no value when the motion stops before.
   [[nodiscard]] std::optional<double> time_to(double distance) const;
   [[nodiscard]] double time_to_target() const;
 };
 
-/// What a train is like. Millimetres and seconds; a model locomotive runs 200 to 600 mm/s.
+/// The properties of a train. In millimetres and seconds; a model locomotive runs 200 to 600 mm/s.
 struct TrainOptions {
   std::string name;
   DccAddress address;
@@ -42,7 +42,7 @@ struct TrainOptions {
   bool last_vehicle_draws = true;
 };
 
-/// A stretch of the way that a train stands on: a block with the two ends it was passed through.
+/// A block that a train is in, with the two ends of its route.
 struct WayPiece {
   Block* block;
   BlockLink* rear;   ///< towards the end of the train that is not the decoder's leading one
@@ -62,55 +62,57 @@ class Train {
  public:
   Train(TrainOptions options, BlockLength length_of);
 
-  /// Stands in the block's middle, the decoder's leading end towards the link `towards`. One that
-  /// is longer reaches back into the blocks behind; false when these do not go on so far.
-  /// A speed that it was commanded before counts at once: stations repeat what they have sent.
+  /// Puts the train in the middle of the link's block, with the decoder's leading end towards the
+  /// link. A train that is longer than the block reaches into the blocks behind; false when these
+  /// are too short. A speed that was commanded before takes effect at once, because stations
+  /// repeat their commands.
   bool place(BlockLink& towards);
   void lift();
   [[nodiscard]] bool on_track() const { return !pieces_.empty(); }
 
-  /// The decoder's speed step and direction. Against the present direction it brakes first.
+  /// Sets the speed step and the direction of the decoder. A change of direction brakes first.
   void command(unsigned step, bool forwards);
   void emergency_stop();
-  /// Stops where it is, as against a buffer, until it is commanded away from there.
+  /// Stops at once, as at a buffer, until a command leads away from there.
   void stop_dead();
 
-  /// Without track power it stops as in an emergency; what was commanded counts when it is back.
+  /// Without track power the train stops as in an emergency; the commanded speed takes effect when
+  /// the power returns.
   void set_power(bool on);
 
-  /// Travels on for `time` seconds, at most to the next thing that happens; how far, in mm.
+  /// Travels for `time` seconds, but not beyond the next event; returns the distance in mm.
   double run(double time);
-  /// Seconds until something happens: the train passes from block to block with one of its ends,
-  /// or it has stopped. Nothing while it stands.
+  /// Seconds until the next event: one end of the train reaches another block, or the train stops.
+  /// No value while the train stands.
   [[nodiscard]] std::optional<double> next_event() const;
 
-  /// The leading end has come to the end of its last block.
+  /// True if the leading end is at the end of its block.
   [[nodiscard]] bool at_border() const;
-  /// The link through which it goes on there.
+  /// The link through which the train leaves that block.
   [[nodiscard]] BlockLink* leading_link() const;
   [[nodiscard]] BlockLink* trailing_link() const;
-  /// Enters the block beyond that link.
+  /// Enters the block of the two links.
   void enter(BlockLink* in, BlockLink* out);
-  /// Drops the pieces that it has left. True when there were some.
+  /// Removes the pieces that the train has left; true if there were any.
   bool leave();
-  /// Turns round after it has stopped, when that is what was commanded. True when it did.
+  /// Changes the direction of a train that has stopped, if that was commanded; true if it did.
   bool turn_if_wanted();
 
   [[nodiscard]] const TrainOptions& options() const { return options_; }
   [[nodiscard]] RailComEncoder& encoder() { return encoder_; }
   [[nodiscard]] const std::deque<WayPiece>& pieces() const { return pieces_; }
-  /// Whether some part of it is in the block.
+  /// True if some part of the train is in the block.
   [[nodiscard]] bool is_in(const Block* block) const;
-  /// Whether it leads through this end of a block.
+  /// True if the train leads through this end of a block.
   [[nodiscard]] bool is_at(const BlockLink* link) const;
-  /// The blocks in which it draws current; some may come twice.
+  /// The blocks in which the train draws current; a block may be listed twice.
   [[nodiscard]] std::vector<Block*> drawing_blocks() const;
-  /// Where the locomotive's middle is.
+  /// The piece with the middle of the locomotive.
   [[nodiscard]] const WayPiece& locomotive_piece() const;
-  /// As it was when it last was told to run.
+  /// The motion at the last `run`.
   [[nodiscard]] const Motion& motion() const { return motion_; }
   [[nodiscard]] bool moving() const { return motion_.speed > 0 || motion_.target > 0; }
-  /// As it travels or would start to.
+  /// The direction in which the train runs, or would start.
   [[nodiscard]] bool forwards() const { return forwards_; }
   [[nodiscard]] unsigned step() const { return step_; }
   [[nodiscard]] bool wanted_forwards() const { return wanted_forwards_; }
@@ -131,7 +133,8 @@ class Train {
   BlockLength length_of_;
   RailComEncoder encoder_;
   std::vector<Contact> contacts_;
-  std::vector<double> marks_;  // the ends of the train and of its contacts, behind its leading end
+  std::vector<double>
+      marks_;  // distances of the ends of the train and of its contacts from its leading end
   std::deque<WayPiece> pieces_;
   double front_ = 0;  // place of the decoder's leading end
   Motion motion_;

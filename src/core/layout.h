@@ -85,7 +85,7 @@ class Layout : public Object {
   [[nodiscard]] unsigned get_id(const Object* object);
   /// A number that no object has or will get, for a place in a file that needs a number without an
   /// object.
-  [[nodiscard]] unsigned spare_id() { return writing().spare(); }
+  [[nodiscard]] unsigned unused_id() { return writing().spare(); }
   /// Records the number of an object that is being read. Throws YAML::InvalidScalar for anything
   /// but an unsigned decimal number, and YAML::RepresentationException for a number that another
   /// object has.

@@ -37,7 +37,7 @@ std::string digest_of_file(const std::string& path) {
 /// The document as text with the paths of pictures relative to the layout's folder, since the
 /// folder may be moved.
 std::string portable_text() {
-  const PicturePath::FromLayout from_layout;
+  const PicturePath::AsInLayoutFile from_layout;
   return DocumentText::whole();
 }
 

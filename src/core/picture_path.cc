@@ -45,7 +45,7 @@ PicturePath::PicturePath(const std::string& path) : path_(path) {
   if (!path.empty()) folder_ = given_for_ ? *given_for_ : layout_folder();
 }
 
-PicturePath::GivenFor::GivenFor(const std::string& layout) : former_(given_for_) {
+PicturePath::RelativeTo::RelativeTo(const std::string& layout) : former_(given_for_) {
   if (layout.empty()) return;
   folder_ = Glib::path_get_dirname(layout);
   given_for_ = &folder_;

@@ -29,23 +29,23 @@ class PicturePath {
 
   /// While one exists, paths are written as in a layout file even in the private form: for a text
   /// that is moved together with the layout file.
-  class FromLayout {
+  class AsInLayoutFile {
    public:
-    FromLayout() { ++depth_; }
-    ~FromLayout() { --depth_; }
-    FromLayout(const FromLayout&) = delete;
-    FromLayout& operator=(const FromLayout&) = delete;
+    AsInLayoutFile() { ++depth_; }
+    ~AsInLayoutFile() { --depth_; }
+    AsInLayoutFile(const AsInLayoutFile&) = delete;
+    AsInLayoutFile& operator=(const AsInLayoutFile&) = delete;
   };
 
   /// While one exists, new relative paths start from the folder of the layout file `layout`, not of
   /// the open one: for reading a text that belongs to another layout. An empty `layout` changes
   /// nothing.
-  class GivenFor {
+  class RelativeTo {
    public:
-    explicit GivenFor(const std::string& layout);
-    ~GivenFor() { given_for_ = former_; }
-    GivenFor(const GivenFor&) = delete;
-    GivenFor& operator=(const GivenFor&) = delete;
+    explicit RelativeTo(const std::string& layout);
+    ~RelativeTo() { given_for_ = former_; }
+    RelativeTo(const RelativeTo&) = delete;
+    RelativeTo& operator=(const RelativeTo&) = delete;
 
    private:
     std::string folder_;

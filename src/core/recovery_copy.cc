@@ -71,7 +71,7 @@ RecoveryCopy::~RecoveryCopy() {
 void RecoveryCopy::start(const std::string& wanted) {
   TemporaryFile::remove_left_behind();
   if (const auto problem = folder_.problem(); !problem.empty()) {
-    trouble_.offer(trouble_message(problem));
+    trouble_.show_when_free(trouble_message(problem));
   }
   folder_.clean_up();
   report_damaged(folder_.set_damaged_aside());
@@ -112,13 +112,13 @@ void RecoveryCopy::check() {
 void RecoveryCopy::report_outcome() {
   const auto outcome = writer_.take_outcome();
   if (!outcome) return;
-  if (outcome->empty()) return trouble_.take_back();
+  if (outcome->empty()) return trouble_.clear();
   written_.reset();
   report_trouble(*outcome);
 }
 
 void RecoveryCopy::report_trouble(const Glib::ustring& problem) {
-  trouble_.tell(trouble_message(problem));
+  trouble_.show(trouble_message(problem));
 }
 
 void RecoveryCopy::begin_pass() {
@@ -436,7 +436,7 @@ void RecoveryCopy::open(const std::string& file) {
     return refresh();
   }
   const auto name = display_name(kept->layout);
-  const PicturePath::GivenFor pictures(kept->layout);
+  const PicturePath::RelativeTo pictures(kept->layout);
   opening_ = true;
   const bool opened = Layout::open_copy(kept->text, kept->in_private_form(),
                                         Glib::ustring::compose(_("what was kept of %1"), name));

@@ -112,17 +112,17 @@ void StatusNote::show() {
   put(message_, this);
 }
 
-void StatusNote::tell(const Glib::ustring& message) {
+void StatusNote::show(const Glib::ustring& message) {
   if (store(message)) show();
 }
 
-void StatusNote::offer(const Glib::ustring& message) {
+void StatusNote::show_when_free(const Glib::ustring& message) {
   if (!store(message)) return;
   if (line().text.empty() || line().shown == this) return show();
   due_ = true;
 }
 
-void StatusNote::take_back() {
+void StatusNote::clear() {
   if (message_.empty()) return;
   message_.clear();
   due_ = false;

@@ -46,16 +46,16 @@ sigc::signal<void>& signal_status_changed();
 class StatusNote {
  public:
   StatusNote() = default;
-  ~StatusNote() { take_back(); }
+  ~StatusNote() { clear(); }
   StatusNote(const StatusNote&) = delete;
   StatusNote& operator=(const StatusNote&) = delete;
 
   /// Puts the message in the status line. Does nothing when this note's last message was the same.
-  void tell(const Glib::ustring& message);
+  void show(const Glib::ustring& message);
   /// The same, but waits while the line shows a text that is not of this note.
-  void offer(const Glib::ustring& message);
+  void show_when_free(const Glib::ustring& message);
   /// Call when the trouble is over. Clears the line if it shows this note.
-  void take_back();
+  void clear();
   [[nodiscard]] bool is_active() const { return !message_.empty(); }
 
  private:

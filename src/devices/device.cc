@@ -42,7 +42,7 @@ void Device::on_deleting() {
 }
 
 void Device::leave_service_for_good() {
-  link_note_.take_back();
+  link_note_.clear();
   active_ = false;
   activating_ = false;
   release(round_);
@@ -167,11 +167,11 @@ void Device::report_link() {
   const bool silent = link_.phase == LinkPhase::in_service ||
                       link_.phase == LinkPhase::looking_for_hardware || link_.why.empty();
   if (silent) {
-    link_note_.take_back();
+    link_note_.clear();
   } else if (link_.phase == LinkPhase::lost || link_.phase == LinkPhase::waiting_for_answer) {
-    link_note_.tell(link_.why);
+    link_note_.show(link_.why);
   } else {
-    link_note_.offer(link_.why);
+    link_note_.show_when_free(link_.why);
   }
 }
 

@@ -53,7 +53,7 @@ void RefusedItems::refuse(Address address, const DecoderUpdate& sent, std::chron
   entry.value = sent.value_of(sent.mask);
   entry.refused = entry.waits = true;
   entry.pause = pause;
-  entry.note.tell(message);
+  entry.note.show(message);
   entry.timer = Timeout::once(pause, [this, key] { ask_again(key); });
 }
 

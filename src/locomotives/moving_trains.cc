@@ -107,7 +107,7 @@ bool StandStill::begin(std::function<void()> then, const Device* device) {
     return true;
   }
   stop_trains(device);
-  const auto end = Clock::now() + patience;
+  const auto end = Clock::now() + answer_limit;
   poll_timer_ = Timeout::every(poll_interval, [device, end, then = std::move(then)] {
     if (any_train_moves(device) && Clock::now() < end) {
       stop_trains(device);

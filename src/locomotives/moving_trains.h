@@ -36,10 +36,11 @@ void stop_before_leaving_default(Device& station);
 class StandStill {
  public:
   /// How long the hardware may take to answer.
-  static constexpr std::chrono::seconds patience{1};
+  static constexpr std::chrono::seconds answer_limit{1};
 
-  /// Calls `then` at once if no locomotive moves, else when all stops are delivered or `patience`
-  /// has passed. While another wait is under way, returns false and does not call `then`.
+  /// Calls `then` at once if no locomotive moves, else when all stops are delivered or
+  /// `answer_limit` has passed. While another wait is under way, returns false and does not call
+  /// `then`.
   bool begin(std::function<void()> then, const Device* device = nullptr);
   [[nodiscard]] bool under_way() const { return poll_timer_.armed(); }
 

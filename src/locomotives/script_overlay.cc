@@ -48,7 +48,7 @@ void ScriptOverlay::withdraw() {
 }
 
 // A handler may end objects, which then remove their entries here, and withdraw other levels.
-void ScriptOverlay::take_back() {
+void ScriptOverlay::remove() {
   withdraw();
   const auto refresh_all = [](auto& entries, auto refresh) {
     while (!entries.empty()) {

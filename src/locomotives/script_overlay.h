@@ -23,7 +23,7 @@ class ScriptOverlay {
 
   /// Removes the level from the list. Then each of its objects computes and sends its new value in
   /// force: speeds, directions, states.
-  void take_back();
+  void remove();
 
   std::map<Lok*, unsigned> speeds;  ///< 0 to 126
   std::map<Lok*, Direction> directions;

@@ -97,7 +97,7 @@ void TrainGuard::on_ended(int status) {
   has_ended_ = true;
   ended_ = Clock::now();
   if (status == GuardProcess::has_stopped) {
-    stopped_.tell(Glib::ustring::compose(
+    stopped_.show(Glib::ustring::compose(
         dngettext(
             GETTEXT_PACKAGE,
             "The guard has switched the track power off: Zemblar had done nothing for %1 second.",
@@ -110,7 +110,7 @@ void TrainGuard::on_ended(int status) {
 }
 
 void TrainGuard::report_missing(const Glib::ustring& why) {
-  missing_.tell(Glib::ustring::compose(
+  missing_.show(Glib::ustring::compose(
       _("There is no guard: trains drive on if Zemblar ends by itself. %1 cannot be started: %2"),
       readable(program_), why));
 }
@@ -118,10 +118,10 @@ void TrainGuard::report_missing(const Glib::ustring& why) {
 // Waits, because the station reports the end of its track power some time after the guard has
 // ended.
 void TrainGuard::follow_power() {
-  if (process_ && Clock::now() - started_ > shortest_life) missing_.take_back();
+  if (process_ && Clock::now() - started_ > shortest_life) missing_.clear();
   if (!stopped_.is_active() || Clock::now() - ended_ < shortest_life) return;
   const auto is_on = [](const auto& one) { return one.first->track_power(); };
-  if (std::ranges::any_of(sent_, is_on)) stopped_.take_back();
+  if (std::ranges::any_of(sent_, is_on)) stopped_.clear();
 }
 
 void TrainGuard::end_process() {

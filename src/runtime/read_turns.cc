@@ -21,7 +21,7 @@ bool ReadTurns::is_used_up() {
 
 // Counts only the time since any reader's last read: during the rest another reader may have used
 // the loop.
-void ReadTurns::rested(Clock::duration waited) {
+void ReadTurns::note_wait(Clock::duration waited) {
   if (std::min(waited, Clock::now() - last_of_all_) >= rest) reads_ = 0;
 }
 

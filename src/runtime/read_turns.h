@@ -11,7 +11,7 @@ namespace zemblar {
 ///
 ///     turns.take([this] { try_to_read(); });
 ///     ...
-///     turns.rested(time_that_the_read_has_waited_for_bytes);
+///     turns.note_wait(time_that_the_read_has_waited_for_bytes);
 ///
 /// Reads come in portions. A portion is used up after the time `portion`. It starts anew at a read
 /// that had to wait for its bytes for the time `rest`, since the main loop was free meanwhile.
@@ -42,7 +42,7 @@ class ReadTurns {
   /// it.
   void wait(std::function<void()> read);
   /// Reports how long the last read has waited for its bytes.
-  void rested(Clock::duration waited);
+  void note_wait(Clock::duration waited);
   /// Drops the waiting read.
   void cancel() { waiting_ = nullptr; }
 

@@ -40,14 +40,14 @@ void ScriptContext::pop() {
   if (overlays.empty()) return;
   const auto last = std::move(overlays.back());
   overlays.pop_back();
-  last->take_back();
+  last->remove();
 }
 
 void ScriptContext::take_all_back() {
   while (!overlays.empty()) {
     const auto oldest = std::move(overlays.front());
     overlays.pop_front();
-    oldest->take_back();
+    oldest->remove();
   }
 }
 

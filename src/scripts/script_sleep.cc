@@ -16,11 +16,11 @@ StatusNote& note() {
 
 // Says how many scripts sleep, unless Open itself has put a text in the status line.
 void report_sleeping() {
-  note().take_back();
+  note().clear();
   signal_sleeping_changed().emit();
   const auto count = sleeping_scripts();
   if (count == 0 || !get_status().empty()) return;
-  note().tell(Glib::ustring::compose(
+  note().show(Glib::ustring::compose(
       dngettext(GETTEXT_PACKAGE,
                 "One script sleeps; “Start Scripts” in the Scripts panel wakes it.",
                 "%1 scripts sleep; “Start Scripts” in the Scripts panel wakes them.", count),
@@ -30,7 +30,7 @@ void report_sleeping() {
 [[maybe_unused]] const auto opened =
     Layout::signal_replaced().connect(sigc::ptr_fun(&report_sleeping));
 [[maybe_unused]] const auto woken = signal_sleeping_changed().connect([] {
-  if (note().is_active() && sleeping_scripts() == 0) note().take_back();
+  if (note().is_active() && sleeping_scripts() == 0) note().clear();
 });
 
 // A run may end scripts, so each step asks for the child again.

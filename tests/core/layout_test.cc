@@ -230,7 +230,7 @@ TEST_F(LayoutFile, that_was_saved_is_told_without_hiding_a_warning) {
   EXPECT_EQ(get_status().raw(), "Saved layout.zblt. The name “Quay” is taken.");
   Layout::dialogs().finish_edits = {};
   StatusNote trouble;
-  trouble.tell("The station does not answer.");
+  trouble.show("The station does not answer.");
   set_status("Something else.");
   layout().save();
   EXPECT_EQ(get_status().raw(), "Saved layout.zblt");

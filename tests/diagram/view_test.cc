@@ -160,7 +160,7 @@ TEST(PicturePath, means_the_same_picture_wherever_the_layout_goes) {
   all_found();
   Layout::get().new_document(true);
   {
-    const PicturePath::GivenFor pictures(top + "/b/c/two.zblt");
+    const PicturePath::RelativeTo pictures(top + "/b/c/two.zblt");
     ASSERT_TRUE(Layout::open_copy(bytes, false, "another file's bytes")) << get_status();
   }
   all_found();

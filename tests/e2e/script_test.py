@@ -56,6 +56,7 @@ class Scripts(DemonstrationTest):
         objects.select_row(name)
         editor.find('push button', 'Edit Script').press()
         self.window = self.program.window(TITLE)
+        wait_for(lambda: self.window.has('active'), f'{TITLE} in front')
         self.sentences = self.window.find('tree table', 'Event/Command')
         self.expect('Add Condition…', 'Add Command…')
 

@@ -99,7 +99,7 @@ TEST(ReadTurnsTest, shares_the_loop_with_others_however_many_sources_never_run_d
                           [&] {
                             clock.advance(2ms);
                             reading.take([] {});
-                            waiting.rested(2ms);
+                            waiting.note_wait(2ms);
                           }),
             60);
 }
@@ -110,7 +110,7 @@ TEST(ReadTurnsTest, does_not_wait_where_the_source_runs_dry) {
     ReadTurns turns;
     const int at_once = taken_at_once(turns, [&] {
       clock.advance(1ms);
-      turns.rested(pause);
+      turns.note_wait(pause);
     });
     EXPECT_EQ(pause >= ReadTurns::rest, at_once == 60) << pause.count() << " ms, " << at_once;
   }

@@ -126,7 +126,7 @@ TEST_F(TrainConditionTest, tells_of_scripts_lost_places_and_blocks_that_are_held
     slow.speeds[lok] = 0;
     lok->apply_speed_overlay();
     EXPECT_EQ(told(lok), "A script has stopped it");
-    slow.take_back();
+    slow.remove();
   }
   EXPECT_TRUE(unplaced_trains(layout().get_loks()).empty());
   zones[1]->set_lok(lok);

@@ -210,13 +210,13 @@ TEST_F(StatusBarTest, the_last_fifty_messages_can_be_read_again) {
   clock.advance(61s);
   EXPECT_TRUE(is_grey());
   StatusNote trouble;
-  trouble.tell("The station is lost.");
+  trouble.show("The station is lost.");
   set_status("Saved.");
   EXPECT_EQ(status_history()[1].text, "The station is lost.");
   clear_status();
   clock.advance(61s);
   EXPECT_FALSE(is_grey());
-  trouble.take_back();
+  trouble.clear();
   StatusHistory::open();
   auto* window = find_window("Messages");
   ASSERT_TRUE(window);

@@ -10,7 +10,7 @@ namespace zemblar {
 namespace {
 
 /// Time after which hardware with a lost line is given up.
-constexpr std::chrono::seconds patience(2);
+constexpr std::chrono::seconds rescan_delay(2);
 
 std::unique_ptr<HWSource>& chosen_source() {
   static std::unique_ptr<HWSource> source;
@@ -129,7 +129,7 @@ bool HWList::drop_all_but(const std::vector<HWDevice>& present) {
 // Scans later: usually the system is about to report the removal, and a line that was only
 // disturbed works again.
 void HWList::rescan_soon() {
-  if (!rescan_.armed()) rescan_ = Timeout::once(patience, [this] { rescan(); });
+  if (!rescan_.armed()) rescan_ = Timeout::once(rescan_delay, [this] { rescan(); });
 }
 
 void HWList::add(const HWDevice& record) {

@@ -222,7 +222,7 @@ void SerialPort::try_or_wait(const Cancel& cancel, milliseconds limit) {
   if (try_transfer()) return;
   if (limit != no_limit) {
     transfer_->timeout = Timeout::once(limit, [this] {
-      turns_.rested(Clock::now() - waits_since_);
+      turns_.note_wait(Clock::now() - waits_since_);
       end_transfer()->succeed(0);
     });
   }
@@ -242,7 +242,7 @@ void SerialPort::try_or_wait(const Cancel& cancel, milliseconds limit) {
 void SerialPort::wait_until_ready() {
   line_->watch(transfer_->awaited, [this] {
     if (transfer_->awaited == SerialLine::Awaited::bytes) {
-      turns_.rested(Clock::now() - waits_since_);
+      turns_.note_wait(Clock::now() - waits_since_);
     }
     if (!try_transfer()) wait_until_ready();
   });

@@ -193,7 +193,7 @@ gssize Socket::read(void* buffer, gsize count, const Cancel& cancel) {
   if (got) return *got;
   const auto began = Clock::now();
   for (; !got; got = read_at_once(*stream.operator->(), buffer, count, cancel)) watch->wait(cancel);
-  turns_.rested(Clock::now() - began);
+  turns_.note_wait(Clock::now() - began);
   return *got;
 }
 

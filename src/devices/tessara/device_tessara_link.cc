@@ -8,7 +8,7 @@ namespace zemblar {
 namespace {
 
 /// Time without an answer until it is reported.
-constexpr std::chrono::seconds patience(1);
+constexpr std::chrono::seconds answer_limit(1);
 
 }  // namespace
 
@@ -61,11 +61,11 @@ void DeviceTessara::note_answer() {
 
 void DeviceTessara::note_silence() {
   if (!silent_since_) silent_since_ = Clock::now();
-  if (Clock::now() - *silent_since_ >= patience) note_late_answer(*silent_since_);
+  if (Clock::now() - *silent_since_ >= answer_limit) note_late_answer(*silent_since_);
 }
 
 Timeout DeviceTessara::when_answer_is_late() {
-  return Timeout::once(patience, [this, alive = liveness(), asked = Clock::now()] {
+  return Timeout::once(answer_limit, [this, alive = liveness(), asked = Clock::now()] {
     if (*alive) note_late_answer(asked);
   });
 }

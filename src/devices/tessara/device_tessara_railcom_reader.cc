@@ -107,7 +107,7 @@ void DeviceTessaraRailComReader::save(YAML::Emitter& out) const {
 
 // A missing input is written with an unused number, because a file has one for each input.
 void DeviceTessaraRailComReader::save_input(YAML::Emitter& out, const Input* input) const {
-  const auto id = input ? Layout::get().get_id(input) : Layout::get().spare_id();
+  const auto id = input ? Layout::get().get_id(input) : Layout::get().unused_id();
   out << YAML::BeginMap << YAML::Key << "id" << YAML::Value << id;
   if (input) write_private(out, "name", input->get_name());
   out << YAML::EndMap;

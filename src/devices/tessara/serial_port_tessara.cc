@@ -42,8 +42,8 @@ SerialPortTessara::SerialPortTessara(const HWDevice& record, std::unique_ptr<Ser
   set_baud(115200);
   signal_removed().connect([this] {
     retry_.cancel();
-    unopened_.take_back();
-    unknown_.take_back();
+    unopened_.clear();
+    unknown_.clear();
   });
 }
 
@@ -71,7 +71,7 @@ void SerialPortTessara::find_owner() {
   do {
     offer_again_ = false;
     if (!can_be_opened()) break;
-    if (signal_attached().emit(this) || make_device()) unknown_.take_back();
+    if (signal_attached().emit(this) || make_device()) unknown_.clear();
   } while (offer_again_ && !is_held() && !is_removed());
   offering_ = false;
 }
@@ -81,7 +81,7 @@ bool SerialPortTessara::can_be_opened() {
   try {
     open();
     close();
-    unopened_.take_back();
+    unopened_.clear();
     return true;
   } catch (const Gio::Error& error) {
     try_later(unopened_, why_not_opened(_("The Tessara bus"), *this, error));
@@ -92,7 +92,7 @@ bool SerialPortTessara::can_be_opened() {
 void SerialPortTessara::try_later(StatusNote& note, const Glib::ustring& why) {
   if (is_removed()) return;
   retry_ = Timeout::once(retry_time, [this] { offer(); });
-  note.tell(why);
+  note.show(why);
 }
 
 /// Makes a new device for the port. True on success.

@@ -112,7 +112,7 @@ Application::Application(StartOptions options) {
   CommandStation::signal_leaving_default().connect(sigc::ptr_fun(&stop_before_leaving_default));
   HWList::get();
   tray_ = std::make_unique<Tray>(Layout::get());
-  tray_->watch_for_a_place();
+  tray_->check_place_later();
   open_first_windows(options);
   first_windows_ = Timeout::once(std::chrono::milliseconds(first_window_delay), [] {});
 }

@@ -15,7 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // A desktop panel needs some time to show an icon.
-constexpr auto patience = 6s;
+constexpr auto place_check_delay = 6s;
 
 }  // namespace
 
@@ -43,8 +43,8 @@ void Tray::append_document_items(Layout& layout) {
   });
 }
 
-void Tray::watch_for_a_place() {
-  place_check_ = Timeout::once(patience, [icon = icon_] {
+void Tray::check_place_later() {
+  place_check_ = Timeout::once(place_check_delay, [icon = icon_] {
     if (icon->is_embedded() || !get_status().empty()) return;
     set_status(
         _("This desktop shows no status icons, so Zemblar's menu has no place there. Open "

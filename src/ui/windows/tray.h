@@ -18,7 +18,7 @@ class Tray {
   explicit Tray(Layout& layout);
 
   /// Checks after some seconds whether the desktop shows the icon; if not, the status line says so.
-  void watch_for_a_place();
+  void check_place_later();
 
  private:
   void append_document_items(Layout& layout);
