@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include "devices/railcom/detector.h"
@@ -33,7 +34,8 @@ class ToldDetector : public Detector {
   /// The second half of `see`: reports the state.
   void report(Lok* lok) {
     signal_changed().emit();
-    signal_arrived().emit(lok);
+    // A handler may have ended the locomotive, which this detector has then lost.
+    if (std::ranges::find(seen_, lok) != seen_.end()) signal_arrived().emit(lok);
   }
   void lose(Lok* lok) {
     std::erase(seen_, lok);
