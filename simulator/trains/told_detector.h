@@ -23,7 +23,9 @@ class ToldDetector : public Detector {
   /// Reports as readers do: the occupancy first, then the locomotive.
   void see(Lok* lok, unsigned orientation = 1) {
     note(lok, orientation);
-    report(lok);
+    signal_changed().emit();
+    // A handler may have ended the locomotive, which this detector has then lost.
+    if (std::ranges::find(seen_, lok) != seen_.end()) signal_arrived().emit(lok);
   }
   /// The first half of `see`: sets the state and reports nothing.
   void note(Lok* lok, unsigned orientation) {
@@ -34,8 +36,7 @@ class ToldDetector : public Detector {
   /// The second half of `see`: reports the state.
   void report(Lok* lok) {
     signal_changed().emit();
-    // A handler may have ended the locomotive, which this detector has then lost.
-    if (std::ranges::find(seen_, lok) != seen_.end()) signal_arrived().emit(lok);
+    signal_arrived().emit(lok);
   }
   void lose(Lok* lok) {
     std::erase(seen_, lok);
