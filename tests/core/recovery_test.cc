@@ -201,10 +201,12 @@ TEST_F(RecoveryTest, keeps_what_somebody_else_has_written_before_save_replaces_i
   EXPECT_TRUE(copy->offered().empty());
 
   add_zone("Mine");
-  foreign("Theirs");
-  layout().save();
-  EXPECT_TRUE(says("Saved harbour.zblt. Somebody else had changed it")) << get_status();
-  ASSERT_EQ(copy->offered().size(), 1u);
+  for (const auto* name : {"First", "Theirs"}) {
+    foreign(name);
+    layout().save();
+    EXPECT_TRUE(says("Saved harbour.zblt. Somebody else had changed it")) << get_status();
+  }
+  ASSERT_EQ(copy->offered().size(), 2u) << "each of them";
   layout().save();
   EXPECT_EQ(get_status(), "Saved harbour.zblt");
   open_newest();

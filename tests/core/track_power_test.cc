@@ -1,3 +1,4 @@
+#include "devices/track_power.h"
 #include "tests/support/fake_station.h"
 
 namespace zemblar::test {
@@ -44,6 +45,19 @@ TEST_F(TrackPower, is_on_when_every_device_that_can_switch_it_reports_it) {
   late->destroy();
   station->destroy();
   EXPECT_FALSE(layout().get_track_power());
+}
+
+TEST_F(TrackPower, is_shown_as_different_while_a_station_is_out_of_reach) {
+  auto& devices = layout().get_devices();
+  EXPECT_EQ(power_state(devices), PowerState::no_station);
+  supply(2);
+  auto* other = supply(2);
+  EXPECT_EQ(power_state(devices), PowerState::off);
+  layout().set_track_power(true);
+  EXPECT_EQ(power_state(devices), PowerState::on);
+  other->set_active(false);
+  EXPECT_EQ(other->link_state().phase, LinkPhase::lost);
+  EXPECT_EQ(power_state(devices), PowerState::differs);
 }
 
 }  // namespace

@@ -103,7 +103,13 @@ TEST_F(ECoSTest, drives_through_the_default_device_all_stations_that_are_marked_
   EXPECT_EQ(10u, speed(station));
   EXPECT_EQ(10u, speed(second));
 
+  std::vector<Glib::ustring> told;
+  const ScopedConnection leaving = CommandStation::signal_leaving_default().connect(
+      [&](Device& device) { told.push_back("leaves " + device.get_name()); });
+  const ScopedConnection coming = Device::signal_in_service().connect(
+      [&](Device& device) { told.push_back("comes " + device.get_name()); });
   other->set_use_as_default(false);
+  EXPECT_EQ(told, std::vector{"leaves " + other->get_name()});
   decoder->want_speed(20);
   clock.advance(50ms);
   EXPECT_EQ(20u, speed(station));

@@ -344,6 +344,12 @@ TEST_F(DiagramTest, nodes_take_their_direction_from_neighbours_and_partners) {
   EXPECT_FALSE(node.is_locked());
   const auto third = (node.pos - end(*b, "left").pos).length() / 3;
   EXPECT_DOUBLE_EQ(node.left, third);
+
+  // One of two segments, straight and curved, that become one.
+  b->add_node(0);
+  b->make_straight(b->segments()[0]);
+  b->delete_node(0);
+  EXPECT_FALSE(*b->segments()[0].straight);
 }
 
 TEST_F(DiagramTest, every_straight_leg_of_a_point_sets_the_direction_of_its_end) {

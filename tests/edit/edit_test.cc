@@ -97,6 +97,8 @@ TEST_F(EditTest, what_was_deleted_comes_back_with_all_that_refers_to_it) {
   zone->left.connect(point->state_link(point->states()[1]));
   auto* label = &draw<ViewLabel>(*zone, {10, 10});
   label->set_align(Anchor::TopLeft);
+  label->set_align(Anchor::Centre);
+  EXPECT_EQ(label->get_align(), Anchor::TopLeft) << "a label stands beside its zone";
   auto* horn = lok->add(new Function(lok));
   auto* script = layout().get_scripts().add(new Script);
   auto* occupied = new ScriptEventOccupied;

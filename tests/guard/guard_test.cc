@@ -1,5 +1,6 @@
 #include <glibmm/main.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <atomic>
 #include <thread>
@@ -7,9 +8,10 @@
 #include "devices/liusb/device_liusb.h"
 #include "guard/station_guard.h"
 #include "guard/station_stopper.h"
+#include "locomotives/train_guard.h"
 #include "simulator/stations/liusb_interface.h"
 #include "simulator/stations/pseudo_terminal.h"
-#include "tests/support/layout_fixture.h"
+#include "tests/support/fake_station.h"
 
 namespace zemblar::guard {
 namespace {
@@ -103,6 +105,75 @@ TEST_F(GuardedLineTest, is_let_be_when_the_program_takes_leave_or_the_station_ha
   { const auto gone = std::move(program); }
   EXPECT_EQ(End::leave, guard.watch());
   EXPECT_TRUE(guard.stations().empty());
+}
+
+/// A program that first ends at once as a guard does that has switched track power off. Later ones
+/// write down what they are told.
+class GuardedTest : public test::LayoutTest {
+ protected:
+  class Station : public test::FakeStation {
+   public:
+    Station() : Glib::ObjectBase("GuardedStation"), FakeStation(2) {}
+    [[nodiscard]] std::optional<StopOrder> stop_order() const override {
+      return StopOrder{.host = "127.0.0.1", .port = 1, .bytes = "stop"};
+    }
+  };
+
+  GuardedTest() { ::chmod(program_.c_str(), 0700); }
+
+  Station* add_station(const char* name) {
+    auto* station = layout().get_devices().add(new Station);
+    station->set_name(name);
+    station->set_active(true);
+    return station;
+  }
+  /// Waits until the guard has been told so often.
+  [[nodiscard]] bool is_told(const std::string& what, int times) const {
+    for (int i = 0; i < 500; ++i) {
+      const auto told = test::bytes_of(log_);
+      int found = 0;
+      for (auto at = told.find(what); at != told.npos; at = told.find(what, at + 1)) ++found;
+      if (found >= times) return found == times;
+      g_usleep(10'000);
+    }
+    return false;
+  }
+
+  VirtualClock clock_;
+  std::string log_ = folder.write("log", "");
+  std::string program_ = folder.write(
+      "guard", "#!/bin/sh\ncd " + folder.path() +
+                   "\necho begun >> log\nif mkdir before; then exit 3; fi\nexec cat <&3 >> log\n");
+  TrainGuard guard_{program_};
+};
+
+TEST_F(GuardedTest, is_told_once_of_each_station_and_is_begun_again_when_it_has_acted) {
+  clock_.advance(1s);
+  EXPECT_EQ(test::bytes_of(log_), "") << "there is nothing to guard";
+  auto* station = add_station("Harbour");
+  for (int i = 0; i < 500 && get_status().empty(); ++i) {
+    Glib::MainContext::get_default()->iteration(false);
+    g_usleep(10'000);
+  }
+  EXPECT_NE(get_status().find("The guard has switched the track power off"), std::string::npos);
+  clock_.advance(5s);
+  EXPECT_NE(get_status(), "") << "the track power is still off";
+  station->set_track_power(true);
+  clock_.advance(1s);
+  EXPECT_EQ(get_status(), "");
+
+  EXPECT_TRUE(is_told("begun", 2));
+  EXPECT_TRUE(is_told("station", 1));
+  auto* other = add_station("Yard");
+  station->set_name("Quay");
+  clock_.advance(1s);
+  EXPECT_TRUE(is_told("station", 3)) << "of the new one, and of the new name";
+  other->destroy();
+  clock_.advance(1s);
+  EXPECT_TRUE(is_told("gone", 1));
+  guard_.take_leave();
+  EXPECT_TRUE(is_told("leave", 1));
+  EXPECT_TRUE(is_told("station", 3));
 }
 
 TEST(StationStopper, gives_up_on_a_station_that_does_not_answer) {

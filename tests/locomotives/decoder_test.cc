@@ -56,6 +56,10 @@ TEST_F(DecoderTest, records_but_does_not_send_movement_while_commands_are_disabl
   EXPECT_EQ(station->sent(), Log{"3 f0 on"});
   EXPECT_EQ(decoder->get_speed(), 9u);
   EXPECT_EQ(decoder->get_direction(), Direction::Reverse);
+  decoder->mark_out_of_date(DecoderUpdate::speed_bit | DecoderUpdate::function_bit(0));
+  EXPECT_EQ(decoder->state().mask, DecoderUpdate::function_bit(0));
+  decoder->complete({});
+  EXPECT_EQ(station->sent(), Log{"3 f0 on"}) << "what the station has lost";
   decoder->set_commands_enabled(true);
   EXPECT_EQ(station->sent(), Log{});
 }

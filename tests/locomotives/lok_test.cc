@@ -134,6 +134,9 @@ TEST_F(LokTest, turns_round_with_the_direction_in_force) {
     EXPECT_EQ(lok->get_direction_overlay(), Direction::Reverse);
     EXPECT_EQ(lok->front, i == 0 ? &leading : &trailing);
   }
+
+  first.remove();
+  EXPECT_EQ(station->sent(), Log{"3 forwards"}) << "as it was told meanwhile";
 }
 
 TEST_F(LokTest, commands_each_decoder_by_its_own_rules) {

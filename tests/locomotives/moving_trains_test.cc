@@ -85,10 +85,11 @@ TEST_F(MovingTrainsTest, are_waited_for_until_they_stand_or_the_station_is_mute_
   begin();
   EXPECT_EQ(station->sent(), Log{"3 speed 0"});
   EXPECT_EQ(lok->get_speed(), 0u) << "the throttle shows it";
+  lok->set_speed(30);  // by a script that still runs
   clock.advance(500ms);
+  EXPECT_EQ(lok->get_speed(), 0u);
   EXPECT_EQ(done, 1);
-  station->answer();
-  clock.advance(20ms);
+  for (int i = 0; i < 2; ++i) station->answer(), clock.advance(20ms);
   EXPECT_EQ(done, 2) << "the second one was dropped";
 
   station->hold_answers = false;
@@ -106,6 +107,25 @@ TEST_F(MovingTrainsTest, are_waited_for_until_they_stand_or_the_station_is_mute_
   layout().get_default_device().remove_device(station);
   begin();
   EXPECT_EQ(done, 4) << "nobody reaches it";
+  auto* own = FakeStation::in_service(false);
+  lok->get_decoders()[0]->set_device(own);
+  lok->set_speed(50);
+  own->set_active(false);
+  begin();
+  EXPECT_EQ(done, 5) << "nor its own station";
+}
+
+TEST_F(MovingTrainsTest, are_stopped_again_when_their_station_did_not_get_the_order) {
+  const auto attempts = [this](unsigned failures) {
+    auto* lok = add_lok(60);
+    station->failures = failures;
+    LastStop::send_to(*station, *lok->get_decoders()[0].operator->());
+    clock.advance(1min);
+    return station->sent().size();
+  };
+  EXPECT_EQ(attempts(0), 1u);
+  EXPECT_EQ(attempts(3), 4u);
+  EXPECT_EQ(attempts(1000), 20u) << "a station that never obeys is left alone";
 }
 
 }  // namespace

@@ -35,6 +35,8 @@ class FakeStation : public Device {
   /// What was asked for since the last call.
   Log sent() { return std::exchange(sent_, {}); }
 
+  /// How many of the next items it gives up before they have reached the track.
+  unsigned failures = 0;
   /// Keeps the answers back until `answer`.
   bool hold_answers = false;
   void answer() {
@@ -85,6 +87,10 @@ class FakeStation : public Device {
     sent_.push_back(std::to_string(decoder->get_address().get_addr()) + " " + text(delivered));
     const auto alive = liveness();
     if (hold_answers) fiber::yield([this](fiber* f) { waiting_.push_back(f); });
+    if (*alive && failures != 0) {
+      --failures;
+      return;
+    }
     if (*alive) task.finish(delivered);
   }
 
