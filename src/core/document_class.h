@@ -36,21 +36,22 @@ struct DocumentClass {
 
 /// The registration of a class T that has a default constructor and one from a YAML node.
 template <typename T>
-DocumentClass document_class(const char* tag, Section section) {
-  return {tag, section, [](const YAML::Node& node) -> Object* { return new T(node); },
-          []() -> Object* { return new T; }};
+DocumentClass document_class(const char* tag, Section section,
+                             const char* (*menu_text)() = nullptr) {
+  return {.tag = tag,
+          .section = section,
+          .load = [](const YAML::Node& node) -> Object* { return new T(node); },
+          .make = []() -> Object* { return new T; },
+          .menu_text = menu_text};
 }
 
 /// The same for a class that has no entry in a layout file.
 template <typename T>
 DocumentClass private_class(const char* tag, Section section,
                             const char* (*menu_text)() = nullptr) {
-  return {tag,
-          section,
-          [](const YAML::Node& node) -> Object* { return new T(node); },
-          []() -> Object* { return new T; },
-          false,
-          menu_text};
+  auto without_entry = document_class<T>(tag, section, menu_text);
+  without_entry.in_files = false;
+  return without_entry;
 }
 
 /// The class with this tag; null for an unknown tag, and outside the private form for a class that
