@@ -59,6 +59,12 @@ void Lok::announce(std::initializer_list<Change> changes) {
     if (alive && change.signal) (this->*change.signal).emit();
     if (!alive) return;
   }
+  signal_condition_changed().emit(*this);
+}
+
+sigc::signal<void, Lok&>& Lok::signal_condition_changed() {
+  static auto* signal = new sigc::signal<void, Lok&>;  // never destroyed: layouts end at exit
+  return *signal;
 }
 
 bool Lok::can_contain(Object* child) const {

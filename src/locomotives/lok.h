@@ -147,6 +147,8 @@ class Lok : public Object {
   sigc::signal<void>& signal_actual_speed_changed() { return signal_actual_speed_changed_; }
   /// `front`, `back` or `orientation_known` has changed, and block control has finished.
   sigc::signal<void>& signal_place_changed() { return signal_place_changed_; }
+  /// What any locomotive does may have changed: its speed, brake, emergency stop or place.
+  static sigc::signal<void, Lok&>& signal_condition_changed();
   sigc::signal<void>& signal_top_speed_changed() { return signal_top_speed_changed_; }
 
  protected:

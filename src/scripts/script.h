@@ -6,7 +6,9 @@
 #include <vector>
 
 #include "core/object.h"
+#include "core/status.h"
 #include "runtime/scoped_connection.h"
+#include "runtime/timer.h"
 #include "scripts/script_command.h"
 #include "scripts/script_event.h"
 
@@ -72,6 +74,14 @@ class Script : public Object {
   void stop();
   /// True if `start` would arm a condition.
   [[nodiscard]] bool sleeps() const;
+  /// True while any script evaluates its conditions, or a run that this has started is executing.
+  [[nodiscard]] static bool is_evaluating();
+  /// Shows in the status line that the script is set off again and again, and is slowed down.
+  void report_circle();
+  /// Runs the commands once for an instance, whatever the conditions say. With "While" the changes
+  /// are taken back after the last command. False, and nothing is done, if the script has just been
+  /// started in this way and its run is still at a command that does not wait.
+  bool run_once(const EventInstance& instance);
   /// Number of runs of this script that have not ended.
   [[nodiscard]] unsigned num_runs() const { return *runs_; }
 
@@ -126,7 +136,7 @@ class Script : public Object {
   void complete(const EventInstance& instance);
   [[nodiscard]] std::vector<EventInstance> take_finished();
   void on_ended(const EventInstance& instance);
-  void run_instance(const EventInstance& instance);
+  void run_instance(const EventInstance& instance, bool by_condition);
 
   std::vector<std::unique_ptr<ScriptEvent>> conditions;
   std::vector<std::unique_ptr<ScriptCommand>> commands;
@@ -148,7 +158,10 @@ class Script : public Object {
   bool mark_ = false;       // the mark of the present sweep; alternates
   std::size_t marked_ = 0;  // number of instances that have `mark_`
   Instances::iterator expected_ = instances.end();
+  StatusNote circle_;
+  Timeout circle_over_;
   bool evaluating_ = false;
+  bool starting_ = false;  // within `run_once`
   bool again_ = false;
   bool waiting_ = false;    // an evaluation waits for the end of the BlockControlTurn
   bool unsettled_ = false;  // an evaluation waits for a line whose block is ending

@@ -38,7 +38,7 @@ std::vector<Function*> functions_of(const Lok& lok) {
 
 ScriptCommandSetFunction::ScriptCommandSetFunction(Script& owner) : ScriptCommand(owner) {
   function.signal_changing().connect(signal_changing().make_slot());
-  function.signal_changed().connect([this] { announce_subject(); });
+  function.signal_changed().connect([this] { announce_first_two(); });
 }
 
 ScriptCommandSetFunction::ScriptCommandSetFunction(Script& owner, const YAML::Node& entry)
@@ -59,17 +59,10 @@ ScriptCommandSetFunction::ScriptCommandSetFunction(Script& owner, const YAML::No
       [this] {
         function.want(std::exchange(read_lok_, nullptr), read_name_);
         function.set_function(std::exchange(read_, nullptr));
-        announce_subject();
+        announce_first_two();
         return true;
       },
       *this));
-}
-
-void ScriptCommandSetFunction::announce_subject() {
-  const auto tell_second =
-      sigc::slot<void>(sigc::track_obj([this] { signal_line_changed().emit(2); }, *this));
-  signal_line_changed().emit(1);
-  tell_second();
 }
 
 void ScriptCommandSetFunction::save(YAML::Emitter& out) const {
@@ -146,7 +139,7 @@ void ScriptCommandSetFunction::set_lok(Lok* lok) {
   signal_changing().emit();
   this_lok = false;
   function.set_lok(lok);
-  announce_subject();
+  announce_first_two();
 }
 
 void ScriptCommandSetFunction::set_this_lok() {
@@ -158,7 +151,7 @@ void ScriptCommandSetFunction::set_function(Function* chosen) {
   signal_changing().emit();
   this_lok = false;
   function.set_function(chosen);
-  announce_subject();
+  announce_first_two();
 }
 
 void ScriptCommandSetFunction::set_function_name(const Glib::ustring& name) {
@@ -166,7 +159,7 @@ void ScriptCommandSetFunction::set_function_name(const Glib::ustring& name) {
   signal_changing().emit();
   this_lok = true;
   function.set_name(name);
-  announce_subject();
+  announce_first_two();
 }
 
 void ScriptCommandSetFunction::set_state(bool on) {

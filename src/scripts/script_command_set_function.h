@@ -34,8 +34,6 @@ class ScriptCommandSetFunction : public ScriptCommand {
   [[nodiscard]] Glib::ustring function_text() const;
   void save_wanted(YAML::Emitter& out) const;
   void read_wanted(const YAML::Node& entry);
-  /// Announces that the first two arguments have changed.
-  void announce_subject();
 
   FuncHolder function;
   Function* read_ = nullptr;  // between reading and resolving

@@ -2,15 +2,23 @@
 
 #include <utility>
 
+#include "core/i18n.h"
+#include "core/status.h"
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "scripts/script.h"
+#include "track/point_base.h"
 
 namespace zemblar {
 
 // Cancelling may end a waiting run and so destroy this context, hence `held`.
 ScriptContext::ScriptContext(Script& owner, const EventInstance& of)
-    : cancellable(Gio::Cancellable::create()), instance(of), script(&owner), lok_(of.lok) {
+    : cancellable(Gio::Cancellable::create()),
+      instance(of),
+      script(&owner),
+      block_(of.block),
+      lok_(of.lok) {
+  if (block_) block_deleted_ = block_->signal_deleted().connect([this] { block_ = nullptr; });
   if (lok_) lok_deleted_ = lok_->signal_deleted().connect([this] { lok_ = nullptr; });
   script_deleted_ = owner.signal_deleted().connect([this] {
     script = nullptr;
@@ -32,22 +40,39 @@ Lok* ScriptContext::lok() const {
   return lok_ && !lok_->is_deleting() ? lok_ : nullptr;
 }
 
+Block* ScriptContext::block() const {
+  return block_ && !block_->is_deleting() ? block_ : nullptr;
+}
+
+void ScriptContext::give_up(const Glib::ustring& why) {
+  set_status(script ? Glib::ustring::compose(_("%1 stops: %2"), script->get_name(), why) : why);
+  const auto held = cancellable;
+  held->cancel();
+}
+
 void ScriptContext::push() {
   overlays.push_back(std::make_unique<ScriptOverlay>());
+  point_overlays.push_back(std::make_unique<PointOverlay>());
 }
 
 void ScriptContext::pop() {
   if (overlays.empty()) return;
   const auto last = std::move(overlays.back());
   overlays.pop_back();
+  const auto last_points = std::move(point_overlays.back());
+  point_overlays.pop_back();
   last->remove();
+  last_points->remove();
 }
 
 void ScriptContext::take_all_back() {
   while (!overlays.empty()) {
     const auto oldest = std::move(overlays.front());
     overlays.pop_front();
+    const auto oldest_points = std::move(point_overlays.front());
+    point_overlays.pop_front();
     oldest->remove();
+    oldest_points->remove();
   }
 }
 
@@ -68,6 +93,11 @@ void ScriptContext::set_state(Function& function, bool state) {
   if (function.get_type() == Function::Type::Pulse) return function.set_state(true);
   overlays.back()->states[&function] = state;
   function.apply_state_overlay();
+}
+
+void ScriptContext::set_point(PointBase& point, PointState& state) {
+  if (overlays.empty()) return point.set_state(&state);
+  point_overlays.back()->set(point, state);
 }
 
 }  // namespace zemblar

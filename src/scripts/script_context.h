@@ -7,12 +7,16 @@
 
 #include "core/direction.h"
 #include "locomotives/script_overlay.h"
+#include "track/point_overlay.h"
 #include "runtime/scoped_connection.h"
 #include "scripts/script_event.h"
 
 namespace zemblar {
 
+class Block;
 class Function;
+class PointBase;
+class PointState;
 
 /// The state of one run of a script, on the run's fiber.
 ///
@@ -20,8 +24,8 @@ class Function;
 /// takes back all remaining levels of temporary changes, oldest first. When the script ends this
 /// happens at once, since the layout may be destroyed before a waiting run continues.
 ///
-/// `lok` is null when the locomotive has ended, although `instance` still has its address for
-/// comparisons.
+/// `lok` and `block` are null when the object has ended, although `instance` still has its address
+/// for comparisons.
 struct ScriptContext {
   ScriptContext(Script& script, const EventInstance& instance);
   ~ScriptContext();
@@ -29,6 +33,7 @@ struct ScriptContext {
   ScriptContext& operator=(const ScriptContext&) = delete;
 
   std::deque<std::unique_ptr<ScriptOverlay>> overlays;  ///< used as a stack
+  std::deque<std::unique_ptr<PointOverlay>> point_overlays;  ///< one for each of `overlays`
   Glib::RefPtr<Gio::Cancellable> cancellable;
   const EventInstance instance;
   Script* script;  ///< null when it has ended
@@ -46,11 +51,19 @@ struct ScriptContext {
   void set_direction(Lok& lok, Direction direction);
   /// With a level, a function of type Pulse pulses for either value of `state`.
   void set_state(Function& function, bool state);
+  void set_point(PointBase& point, PointState& state);
+
+  /// The block of the instance; null when it has ended or there is none.
+  [[nodiscard]] Block* block() const;
+  /// Ends the run after the present command, and says why in the status line.
+  void give_up(const Glib::ustring& why);
 
  private:
   void take_all_back();
 
+  Block* block_;
   Lok* lok_;
+  ScopedConnection block_deleted_;
   ScopedConnection lok_deleted_;
   ScopedConnection script_deleted_;
   ScopedConnection commands_changed_;

@@ -2,7 +2,8 @@
 
 #include <cassert>
 
-#include "core/object.h"
+#include "core/layout.h"
+#include "scripts/point_subject.h"
 #include "scripts/script_entry.h"
 
 namespace zemblar {
@@ -90,6 +91,43 @@ ScriptLine::Argument ScriptLine::speed_argument(unsigned arg, SpeedArg& speed) {
               [this, arg, &speed](const ArgumentEditor& editor) {
                 change(arg, speed, dynamic_cast<const SpeedEditor&>(editor).value());
               }};
+}
+
+void ScriptLine::announce_first_two() {
+  const sigc::slot<void> tell_second =
+      sigc::track_obj([this] { signal_line_changed().emit(2); }, *this);
+  signal_line_changed().emit(1);
+  tell_second();
+}
+
+std::vector<ScriptLine::Argument> ScriptLine::point_arguments(
+    const PointSubject& subject, const std::function<void(PointBase*)>& choose_point,
+    const std::function<void(PointState*)>& choose_state) {
+  const auto points = [this, choose_point] {
+    std::vector<PointBase*> found;
+    collect(Layout::get(), found);
+    std::vector<ScriptChoice> all;
+    for (auto* point : found) {
+      all.push_back(choice(
+          point->get_name(), [choose_point, point] { choose_point(point); }, point));
+    }
+    return all;
+  };
+  const auto states = [this, &subject, choose_state] {
+    std::vector<ScriptChoice> all;
+    if (!subject.get_point()) return all;
+    for (auto* state : subject.get_point()->states()) {
+      all.push_back(choice(
+          state->get_name(), [choose_state, state] { choose_state(state); }, state));
+    }
+    return all;
+  };
+  return {{.type = ArgType::menu,
+           .text = [&subject] { return subject.point_text(); },
+           .choices = points},
+          {.type = ArgType::menu,
+           .text = [&subject] { return subject.state_text(); },
+           .choices = states}};
 }
 
 ScriptChoice ScriptLine::choice(const Glib::ustring& text, const std::function<void()>& choose,

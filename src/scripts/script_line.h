@@ -19,6 +19,9 @@ class Node;
 namespace zemblar {
 
 class Object;
+class PointBase;
+class PointState;
+class PointSubject;
 
 /// The range and the present value of a number argument.
 struct SpinRange {
@@ -116,6 +119,12 @@ class ScriptLine : public sigc::trackable {
                   return choices;
                 }};
   }
+  /// Announces the first two arguments, while the line exists.
+  void announce_first_two();
+  /// The first two arguments: a point or signal, and one of its states.
+  [[nodiscard]] std::vector<Argument> point_arguments(
+      const PointSubject& subject, const std::function<void(PointBase*)>& choose_point,
+      const std::function<void(PointState*)>& choose_state);
   /// The argument with this number: a speed.
   [[nodiscard]] Argument speed_argument(unsigned arg, SpeedArg& speed);
 

@@ -14,13 +14,18 @@ class Node;
 
 namespace zemblar {
 
-/// One kind of command. Menus have the kinds in the order of their keys.
+/// Where a kind stands in the menus: the additions follow those that every layout file may have.
+/// Within a part the kinds have the order of their keys.
+enum class MenuPart { basic, additions };
+
+/// One kind of command.
 struct ScriptCmdKind {
   std::string key;
   const char* name;  ///< before translation
   ScriptCommand* (*create)(Script& script);
   /// Reads the whole entry of a layout file. Throws as Script does.
   ScriptCommand* (*load)(Script& script, const YAML::Node& entry);
+  MenuPart menu_part = MenuPart::basic;
 
   [[nodiscard]] Glib::ustring display_name() const;
 };
@@ -31,6 +36,7 @@ struct ScriptEventKind {
   const char* name;
   ScriptEvent* (*create)();
   ScriptEvent* (*load)(const YAML::Node& entry);
+  MenuPart menu_part = MenuPart::basic;
 
   [[nodiscard]] Glib::ustring display_name() const;
 };
@@ -57,23 +63,27 @@ void add_script_command_kind(const std::string& suffix, std::type_index type, Sc
 void add_script_event_kind(const std::string& suffix, std::type_index type, ScriptEventKind kind);
 
 template <typename Line>
-void register_script_command(const std::string& suffix, const char* name) {
+void register_script_command(const std::string& suffix, const char* name,
+                             MenuPart menu_part = MenuPart::basic) {
   add_script_command_kind(suffix, typeid(Line),
                           {{},
                            name,
                            [](Script& script) -> ScriptCommand* { return new Line(script); },
                            [](Script& script, const YAML::Node& entry) -> ScriptCommand* {
                              return new Line(script, entry);
-                           }});
+                           },
+                           menu_part});
 }
 
 template <typename Line>
-void register_script_event(const std::string& suffix, const char* name) {
+void register_script_event(const std::string& suffix, const char* name,
+                           MenuPart menu_part = MenuPart::basic) {
   add_script_event_kind(suffix, typeid(Line),
                         {{},
                          name,
                          []() -> ScriptEvent* { return new Line; },
-                         [](const YAML::Node& entry) -> ScriptEvent* { return new Line(entry); }});
+                         [](const YAML::Node& entry) -> ScriptEvent* { return new Line(entry); },
+                         menu_part});
 }
 
 }  // namespace zemblar

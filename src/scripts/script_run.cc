@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/alive_guard.h"
+#include "core/i18n.h"
 #include "core/layout.h"
 #include "locomotives/lok.h"
 #include "runtime/fiber.h"
@@ -29,7 +30,30 @@ class RunCount {
   std::shared_ptr<unsigned> count_;
 };
 
+/// Says while it exists that a script is being evaluated. It never outlives a suspension of its
+/// fiber: an evaluation does not wait for the runs that it starts.
+class Evaluation {
+ public:
+  Evaluation() { ++depth; }
+  ~Evaluation() { --depth; }
+  Evaluation(const Evaluation&) = delete;
+  Evaluation& operator=(const Evaluation&) = delete;
+
+  static inline unsigned depth = 0;
+};
+
 }  // namespace
+
+bool Script::is_evaluating() {
+  return Evaluation::depth != 0;
+}
+
+void Script::report_circle() {
+  circle_.show(Glib::ustring::compose(
+      _("%1 is set off again and again, perhaps by itself or another script: it is slowed down."),
+      get_name()));
+  circle_over_ = Timeout::once(std::chrono::seconds(5), [this] { circle_.clear(); });
+}
 
 bool Script::is_in_use() const {
   if (is_deleting() || !Layout::exists()) return false;
@@ -67,6 +91,7 @@ void Script::evaluate() {
   unsettled_ = !is_settled();
   if (evaluating_ || unsettled_) return;
   evaluating_ = true;
+  const Evaluation evaluation;
   const AliveGuard alive(*this);
   while (again_ && !unsettled_ && is_in_use()) {
     again_ = false;
@@ -97,7 +122,7 @@ void Script::sweep() {
     if (!is_in_use()) return;
     // A run that has just started may have ended this instance's objects.
     if (!instances.contains(instance)) continue;
-    fiber::spawn([this, instance] { run_instance(instance); });
+    fiber::spawn([this, instance] { run_instance(instance, true); });
     if (!alive) return;
   }
 }
@@ -156,14 +181,23 @@ std::vector<EventInstance> Script::take_finished() {
 
 // --- Runs ---
 
+bool Script::run_once(const EventInstance& instance) {
+  if (starting_ || !is_in_use()) return false;
+  const AliveGuard alive(*this);
+  starting_ = true;
+  fiber::spawn([this, instance] { run_instance(instance, false); });
+  if (alive) starting_ = false;
+  return true;
+}
+
 // The run is cancelled before the script or one of its lines ends; after that neither is used.
-void Script::run_instance(const EventInstance& instance) {
+void Script::run_instance(const EventInstance& instance, bool by_condition) {
   const RunCount count(runs_);
   ScriptContext context(*this, instance);
   std::unique_ptr<ScriptCommand> last;
   if (while_mode) {
     context.push();
-    last = std::make_unique<ScriptCommandWaitInitEvent>(*this);
+    if (by_condition) last = std::make_unique<ScriptCommandWaitInitEvent>(*this);
   }
   for (std::size_t i = 0; i < commands.size(); ++i) {
     commands[i]->run(context);

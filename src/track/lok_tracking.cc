@@ -85,7 +85,10 @@ void Lok::handle(void (Lok::*handler)()) {
 // Emits once for all changes of the place in one handler.
 void Lok::notify_place() {
   const Place place{front, back, orientation_known};
-  if (std::exchange(notified_place_, place) != place) signal_place_changed_.emit();
+  if (std::exchange(notified_place_, place) == place) return;
+  const AliveGuard alive(*this);
+  signal_place_changed_.emit();
+  if (alive) signal_condition_changed().emit(*this);
 }
 
 // --- The place and what is watched around it ---

@@ -11,31 +11,41 @@ namespace {
 
 using Added = std::function<void(ScriptLine&)>;
 
+/// Calls `visit` with the key and the kind of each entry of a menu, in its order.
+template <typename Kinds, typename Visit>
+void for_each_kind(const Kinds& kinds, const Visit& visit) {
+  for (const auto part : {MenuPart::basic, MenuPart::additions}) {
+    for (const auto& [key, kind] : kinds) {
+      if (kind.menu_part == part) visit(key, kind);
+    }
+  }
+}
+
 std::vector<ScriptChoice> condition_choices(Script& script, const Added& added) {
   std::vector<ScriptChoice> choices;
-  for (const auto& [key, kind] : script_events()) {
-    const auto add = [&script, added, key = key] {
+  for_each_kind(script_events(), [&](const std::string& key, const ScriptEventKind& kind) {
+    const auto add = [&script, added, key] {
       auto* line = create_script_event(key);
       if (!line) return;
       script.add_condition(line);
       added(*line);
     };
     choices.push_back({.text = kind.display_name(), .choose = sigc::track_obj(add, script)});
-  }
+  });
   return choices;
 }
 
 std::vector<ScriptChoice> command_choices(Script& script, const Added& added) {
   std::vector<ScriptChoice> choices;
-  for (const auto& [key, kind] : script_cmds()) {
-    const auto add = [&script, added, key = key] {
+  for_each_kind(script_cmds(), [&](const std::string& key, const ScriptCmdKind& kind) {
+    const auto add = [&script, added, key] {
       auto* line = create_script_command(key, script);
       if (!line) return;
       script.add_command(line);
       added(*line);
     };
     choices.push_back({.text = kind.display_name(), .choose = sigc::track_obj(add, script)});
-  }
+  });
   return choices;
 }
 

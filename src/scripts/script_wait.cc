@@ -1,0 +1,62 @@
+#include "scripts/script_wait.h"
+
+#include <memory>
+#include <utility>
+
+#include "runtime/fiber.h"
+#include "runtime/timer.h"
+#include "scripts/script_context.h"
+#include "track/block_control_turn.h"
+
+namespace zemblar {
+namespace {
+
+/// A wait in progress. Slots share it, so that one which is called too late finds `waiter` null.
+struct Wait {
+  std::function<bool()> holds;
+  fiber* waiter = nullptr;
+  bool is_queued = false;  // a look waits for the end of the turn
+  std::vector<ScopedConnection> watches{};
+  ScopedConnection cancelled{};
+  Timeout limit{};
+};
+
+void end(const std::shared_ptr<Wait>& wait) {
+  auto* const waiter = std::exchange(wait->waiter, nullptr);
+  if (!waiter) return;
+  wait->watches.clear();
+  wait->cancelled.disconnect();
+  wait->limit.cancel();
+  fiber::resume(waiter, 0);
+}
+
+void look(const std::shared_ptr<Wait>& wait) {
+  if (!wait->waiter) return;
+  if (!BlockControlTurn::is_running()) {
+    if (wait->holds()) end(wait);
+    return;
+  }
+  if (std::exchange(wait->is_queued, true)) return;
+  BlockControlTurn::afterwards([wait] {
+    wait->is_queued = false;
+    look(wait);
+  });
+}
+
+}  // namespace
+
+void wait_until(ScriptContext& context, const std::function<bool()>& holds,
+                const std::function<std::vector<ScopedConnection>(const sigc::slot<void>&)>& connect,
+                std::chrono::milliseconds limit) {
+  if (context.is_cancelled() || holds()) return;
+  const auto wait = std::make_shared<Wait>();
+  wait->holds = [&context, &holds] { return context.is_cancelled() || holds(); };
+  fiber::yield([&](fiber* waiter) {
+    wait->waiter = waiter;
+    wait->watches = connect([wait] { look(wait); });
+    wait->cancelled = context.cancellable->signal_cancelled().connect([wait] { end(wait); });
+    if (limit.count() > 0) wait->limit = Timeout::once(limit, [wait] { end(wait); });
+  });
+}
+
+}  // namespace zemblar

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <vector>
+
+#include "runtime/scoped_connection.h"
+#include "runtime/timer.h"
+#include "scripts/script_event.h"
+
+namespace zemblar {
+
+/// A condition that watches something, from the moment that its subject is chosen.
+///
+/// Scripts change what such a condition is about. A change in the midst of an evaluation triggers
+/// the condition in the next iteration of the main loop, so that scripts which set each other off
+/// in a circle do not keep the loop from its other work. The scripts of a circle are slowed down,
+/// and the status line names them.
+class WatchingEvent : public ScriptEvent {
+ public:
+  [[nodiscard]] bool is_armed() const override;
+  [[nodiscard]] bool sleeps() const override;
+  [[nodiscard]] bool is_awake() const override { return awake_; }
+  void arm() override;
+  void disarm() override;
+  [[nodiscard]] Glib::ustring asleep_because() const override;
+
+ protected:
+  using Watches = std::vector<ScopedConnection>;
+
+  /// Connects everything on which the condition depends to `fire`. Nothing for a subject that the
+  /// lines before find, and without a subject.
+  [[nodiscard]] virtual Watches watch() = 0;
+  /// True if `watch` would have something to watch.
+  [[nodiscard]] virtual bool has_subject() const = 0;
+  /// True if the condition is about what the lines before find.
+  [[nodiscard]] virtual bool depends_on_lines_before() const { return false; }
+  /// Why it can never hold, when it has no subject.
+  [[nodiscard]] virtual Glib::ustring no_subject_words() const = 0;
+
+  /// Call when the user has chosen the subject: watches it, and evaluates the script.
+  void watch_chosen();
+  /// Call when the subject has ended or is another one without a choice of the user.
+  void follow_subject();
+  /// An argument has changed: announces all, and evaluates the script.
+  void announce();
+  /// What the condition is about has changed.
+  void fire();
+
+ private:
+  void fire_later();
+
+  Watches watches_;
+  bool awake_ = false;
+  Timeout later_;
+  unsigned rounds_ = 0;  // deferred triggers within the present second
+  Clock::time_point counted_since_{};
+};
+
+}  // namespace zemblar
