@@ -21,8 +21,8 @@ void register_script_command_wait_point() {
   register_script_command<ScriptCommandWaitPoint>(
       "wait_point", N_("Wait until point or signal is…"), MenuPart::additions);
 }
-[[maybe_unused]] const bool registered = (register_script_command_wait_block(),
-                                          register_script_command_wait_point(), true);
+[[maybe_unused]] const bool registered =
+    (register_script_command_wait_block(), register_script_command_wait_point(), true);
 
 constexpr auto this_word = "This";
 constexpr auto free_word = "free";
@@ -63,8 +63,8 @@ ScriptLine::Argument ScriptCommandWaitUntil::limit_argument(unsigned arg) {
           .set_number =
               [this, arg](double seconds) {
                 change(arg, limit_,
-                       static_cast<unsigned>(std::clamp(std::round(seconds), 0.0,
-                                                        static_cast<double>(longest))));
+                       static_cast<unsigned>(
+                           std::clamp(std::round(seconds), 0.0, static_cast<double>(longest))));
               }};
 }
 

@@ -7,9 +7,9 @@
 
 #include "core/direction.h"
 #include "locomotives/script_overlay.h"
-#include "track/point_overlay.h"
 #include "runtime/scoped_connection.h"
 #include "scripts/script_event.h"
+#include "track/point_overlay.h"
 
 namespace zemblar {
 
@@ -32,7 +32,7 @@ struct ScriptContext {
   ScriptContext(const ScriptContext&) = delete;
   ScriptContext& operator=(const ScriptContext&) = delete;
 
-  std::deque<std::unique_ptr<ScriptOverlay>> overlays;  ///< used as a stack
+  std::deque<std::unique_ptr<ScriptOverlay>> overlays;       ///< used as a stack
   std::deque<std::unique_ptr<PointOverlay>> point_overlays;  ///< one for each of `overlays`
   Glib::RefPtr<Gio::Cancellable> cancellable;
   const EventInstance instance;

@@ -45,9 +45,10 @@ void look(const std::shared_ptr<Wait>& wait) {
 
 }  // namespace
 
-void wait_until(ScriptContext& context, const std::function<bool()>& holds,
-                const std::function<std::vector<ScopedConnection>(const sigc::slot<void>&)>& connect,
-                std::chrono::milliseconds limit) {
+void wait_until(
+    ScriptContext& context, const std::function<bool()>& holds,
+    const std::function<std::vector<ScopedConnection>(const sigc::slot<void>&)>& connect,
+    std::chrono::milliseconds limit) {
   if (context.is_cancelled() || holds()) return;
   const auto wait = std::make_shared<Wait>();
   wait->holds = [&context, &holds] { return context.is_cancelled() || holds(); };

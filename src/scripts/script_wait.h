@@ -18,8 +18,9 @@ struct ScriptContext;
 ///
 /// A change within a turn of block control counts when the turn is over. The command may have ended
 /// when the run has been cancelled.
-void wait_until(ScriptContext& context, const std::function<bool()>& holds,
-                const std::function<std::vector<ScopedConnection>(const sigc::slot<void>&)>& connect,
-                std::chrono::milliseconds limit);
+void wait_until(
+    ScriptContext& context, const std::function<bool()>& holds,
+    const std::function<std::vector<ScopedConnection>(const sigc::slot<void>&)>& connect,
+    std::chrono::milliseconds limit);
 
 }  // namespace zemblar

@@ -140,8 +140,10 @@ class RandomEdits : public EditTest {
   void alter_script() {
     auto* script = some<Script>(Section::scripts);
     if (!script || below(8) == 0) return static_cast<void>(layout().get_scripts().add(new Script));
-    const auto command = std::next(script_cmds().begin(), below(8));
-    const auto event = std::next(script_events().begin(), below(2));
+    const auto command =
+        std::next(script_cmds().begin(), below(static_cast<unsigned>(script_cmds().size())));
+    const auto event =
+        std::next(script_events().begin(), below(static_cast<unsigned>(script_events().size())));
     auto* condition = script->get_condition(below(4));
     one_of({
         [&] { script->set_while(below(2)); },

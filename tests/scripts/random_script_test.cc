@@ -4,6 +4,8 @@
 
 #include "scripts/script_command_wait.h"
 #include "tests/scripts/script_scene.h"
+#include "track/point.h"
+#include "track/signal.h"
 
 namespace zemblar::test {
 namespace {
@@ -19,6 +21,8 @@ class RandomScripts : public ScriptScene {
     calm_ = false;
     layout().new_document(false);
     for (unsigned i = 0; i < block_count; ++i) add_block();
+    layout().get_blocks().add(new Signal);
+    layout().get_points().add(new Point);
     for (unsigned i = 0; i < lok_count; ++i) add_lok();
     for (unsigned i = 0; i < script_count; ++i) add_script();
   }
@@ -32,6 +36,9 @@ class RandomScripts : public ScriptScene {
   void end() {
     const bool by_edit = below(2) == 0;
     calm_ = true;
+    for (auto* made : scripts()) {
+      for (unsigned i = 0; i < made->get_num_conditions(); ++i) made->get_condition(i)->disarm();
+    }
     for (auto* made : scripts()) {
       if (by_edit) {
         command(*made, "save");
@@ -72,6 +79,7 @@ class RandomScripts : public ScriptScene {
   }
   static std::vector<Script*> scripts() { return all<Script>(layout().get_scripts()); }
   static std::vector<Zone*> blocks() { return all<Zone>(layout().get_blocks()); }
+  static std::vector<PointBase*> points() { return all<PointBase>(layout()); }
   static std::vector<Lok*> loks() { return all<Lok>(layout().get_loks()); }
   static std::vector<Function*> functions() { return all<Function>(layout().get_loks()); }
 
@@ -104,15 +112,19 @@ class RandomScripts : public ScriptScene {
     made->start();
   }
   void add_condition(Script& made) {
-    auto* line = create_script_event(below(12) ? "occupied" : "lok-speed");
+    static const char* const keys[] = {"occupied",    "occupied",  "occupied",    "occupied",
+                                       "point-state", "lok-state", "track-power", "lok-speed"};
+    auto* line = create_script_event(keys[below(std::size(keys))]);
     line->set_or_flag(below(2));
     made.add_condition(line);
     alter(*line);
   }
   void add_command(Script& made) {
     static const char* const keys[] = {
-        "set-speed", "set-speed",       "set-function", "set-direction", "wait",
-        "wait",      "wait-init-event", "save",         "restore",       "set-function"};
+        "set-speed",  "set-speed",    "set-function",    "set-direction",
+        "wait",       "wait",         "wait-init-event", "save",
+        "restore",    "set-function", "set-point",       "set-point",
+        "wait-block", "wait-point",   "run-script",      "say"};
     auto* line = create_script_command(keys[below(std::size(keys))], made);
     if (auto* delay = dynamic_cast<ScriptCommandWait*>(line)) {
       delay->set_spin_value(1, below(50) / 10.0);
@@ -156,7 +168,13 @@ class RandomScripts : public ScriptScene {
         [&] { at(block).lose(lok); },
         [&] { at(block).occupy(below(2)); },
         [&] { at(block).occupy(below(2)); },
+        [&] { switch_point(); },
+        [&] { switch_point(); },
     });
+  }
+  void switch_point() {
+    auto* point = any(points());
+    if (point) point->set_state(any(point->states()));
   }
   void drive() {
     auto* lok = any(loks());
@@ -199,6 +217,8 @@ class RandomScripts : public ScriptScene {
         [&] { end(any(scripts()), [this] { add_script(); }); },
         [&] { end(any(scripts()), [this] { add_script(); }); },
         [&] { button ? button->destroy() : void(); },
+        [&] { end(any(points()), [this] { layout().get_blocks().add(new Signal); }); },
+        [&] { end_state(); },
         [&] { end(block, [this] { add_block(); }); },
         [&] {
           for (auto* each : lok && !lok->is_deleting() ? blocks() : std::vector<Zone*>()) {
@@ -207,6 +227,12 @@ class RandomScripts : public ScriptScene {
           end(lok, [this] { add_lok(); });
         },
     });
+  }
+  void end_state() {
+    auto* point = any(points());
+    auto* state = point ? any(point->states()) : nullptr;
+    if (state && point->states().size() > 2) state->destroy();
+    if (point) point->add_state();
   }
   /// Another one comes in the place of the object.
   template <typename Add>

@@ -1,0 +1,341 @@
+// Lines about points, signals, trains and track power, and the commands that wait for them.
+
+#include "tests/scripts/script_scene.h"
+#include "tests/support/fake_station.h"
+#include "track/signal.h"
+
+namespace zemblar::test {
+namespace {
+
+class RailwayLines : public ScriptScene {
+ protected:
+  RailwayLines() : signal(layout().get_blocks().add(new Signal)), lok(new_lok("x")) {
+    signal->set_name("Exit");
+    for (const auto* name : {"A", "B"}) zone(name);
+    stop = signal->states()[0];
+    go = signal->states()[1];
+    stop->set_name("red");
+    go->set_name("green");
+  }
+  static ScriptEvent& condition_of(Script& script, const char* key,
+                                   const std::vector<std::string>& choices) {
+    auto* line = create_script_event(key);
+    script.add_condition(line);
+    pick_all(*line, choices);
+    return *line;
+  }
+  static Zone& block(const char* name) {
+    return dynamic_cast<Zone&>(*layout().get_blocks().find_child(name));
+  }
+  static void fill(const char* name, bool full = true) { at(&block(name)).occupy(full); }
+  void report(Script& script, const char* text) {
+    act(script, [this, text](ScriptContext&) { told.emplace_back(text); });
+  }
+  std::vector<std::string> news() {
+    clock.advance(0ms);
+    return std::exchange(told, {});
+  }
+  using News = std::vector<std::string>;
+
+  Signal* signal;
+  PointState* stop;
+  PointState* go;
+  Lok* lok;
+  News told;
+};
+
+TEST_F(RailwayLines, a_signal_that_changes_starts_its_scripts_and_keeps_what_lines_before_found) {
+  auto* made = script();
+  auto& line = condition_of(*made, "point-state", {"Exit", "green"});
+  EXPECT_EQ(sentence(line), "Exit is green");
+  EXPECT_TRUE(line.is_armed());
+  report(*made, "green");
+  signal->set_state(go);
+  EXPECT_EQ(told, News{"green"}) << "at once";
+  signal->set_state(stop);
+  signal->set_state(go);
+  EXPECT_EQ(news(), (News{"green", "green"}));
+
+  auto* both = script_on("A");
+  condition_of(*both, "point-state", {"Exit", "red"});
+  act(*both, [this](ScriptContext& context) {
+    told.push_back(context.block() ? context.block()->get_name() : "no block");
+  });
+  fill("A");
+  EXPECT_EQ(news(), News{});
+  signal->set_state(stop);
+  EXPECT_EQ(news(), News{"A"});
+
+  go->destroy();
+  EXPECT_EQ(sentence(line), "Exit is (No State Selected)");
+  EXPECT_EQ(news(), News{});
+  signal->destroy();
+  EXPECT_EQ(sentence(line), "(No Point or Signal Selected) is (No State Selected)");
+  EXPECT_FALSE(line.is_armed());
+  EXPECT_FALSE(line.sleeps());
+}
+
+TEST_F(RailwayLines, trains_that_are_held_stand_drive_or_are_lost_start_scripts) {
+  const std::pair<const char*, const char*> states[] = {{"is held", "held"},
+                                                        {"is standing", "stands"},
+                                                        {"is driving", "drives"},
+                                                        {"has no place", "lost"}};
+  for (const auto& [choice, text] : states) {
+    auto* made = script();
+    report(*made, text);
+    condition_of(*made, "lok-state", {"Any Locomotive", choice});
+  }
+  EXPECT_EQ(news(), (News{"stands", "lost"}));
+  lok->set_speed(40);
+  EXPECT_EQ(news(), News{"drives"});
+  lok->set_brake(true);
+  EXPECT_EQ(news(), (News{"held", "stands"}));
+  lok->set_brake(false);
+  EXPECT_EQ(news(), News{"drives"});
+  lok->set_emergency_stop(true);
+  EXPECT_EQ(news(), News{"stands"});
+  at(&block("A")).see(lok, 2);
+  at(&block("A")).occupy(false);
+  EXPECT_EQ(news(), News{"lost"}) << "after it had a place";
+
+  auto* shadow = script(true);
+  condition_of(*shadow, "lok-state", {"x", "is standing"});
+  set_speed(*shadow, "This Locomotive", 100);
+  EXPECT_EQ(sentence(*shadow->get_condition(0)), "x is standing");
+  lok->destroy();
+  EXPECT_EQ(sentence(*shadow->get_condition(0)), "(No Locomotive Selected) is standing");
+  EXPECT_EQ(shadow->num_runs(), 0u);
+}
+
+TEST_F(RailwayLines, track_power_starts_scripts) {
+  auto* made = script();
+  report(*made, "off");
+  auto& line = condition_of(*made, "track-power", {"Off"});
+  EXPECT_EQ(sentence(line), "Track Power is Off");
+  EXPECT_EQ(news(), News{"off"}) << "no station is there";
+  FakeStation::in_service();
+  auto* station = layout().get_devices().add(new FakeStation(2));
+  station->set_active(true);
+  layout().set_track_power(true);
+  EXPECT_EQ(news(), News{});
+  layout().set_track_power(false);
+  EXPECT_EQ(news(), News{"off"});
+}
+
+TEST_F(RailwayLines, a_state_that_was_set_for_a_time_is_taken_back_whatever_order_scripts_end_in) {
+  auto* caution = &signal->add_state();
+  caution->set_name("yellow");
+  signal->set_state(stop);
+  auto* older = script_on("A", true);
+  command(*older, "set-point", {"Exit", "green"});
+  auto* newer = script_on("B", true);
+  command(*newer, "set-point", {"Exit", "yellow"});
+  const auto now = [this] { return signal->get_state()->get_name().raw(); };
+  fill("A");
+  EXPECT_EQ(now(), "green");
+  fill("B");
+  EXPECT_EQ(now(), "yellow");
+  fill("A", false);
+  EXPECT_EQ(now(), "yellow") << "the newer one stays";
+  fill("B", false);
+  EXPECT_EQ(now(), "red");
+
+  fill("A"), fill("B"), fill("B", false);
+  EXPECT_EQ(now(), "green") << "the older one returns";
+  signal->set_state(caution);
+  fill("A", false);
+  EXPECT_EQ(now(), "yellow") << "as somebody has set it meanwhile";
+
+  fill("A"), fill("B");
+  go->destroy();
+  fill("B", false);
+  EXPECT_EQ(now(), "yellow") << "what it would go back to has ended";
+  fill("B");
+  signal->destroy();
+  fill("A", false), fill("B", false);
+  EXPECT_EQ(older->num_runs() + newer->num_runs(), 0u);
+}
+
+TEST_F(RailwayLines, a_run_waits_for_a_block_or_a_signal_and_no_longer_than_it_is_told) {
+  auto* made = script_on("A");
+  auto& until_free = command(*made, "wait-block", {"B", "free"});
+  EXPECT_EQ(sentence(until_free), "Wait until B is free (for any time)");
+  report(*made, "free");
+  auto& until_green = command(*made, "wait-point", {"Exit", "green"});
+  until_green.set_spin_value(3, 5);
+  EXPECT_EQ(sentence(until_green), "Wait until Exit is green (5 seconds at most)");
+  report(*made, "green");
+
+  block("B").replace_lok(lok);
+  fill("A");
+  clock.advance(1h);
+  EXPECT_EQ(news(), News{});
+  fill("B");
+  block("B").replace_lok(nullptr);
+  EXPECT_EQ(news(), News{}) << "still occupied";
+  fill("B", false);
+  EXPECT_EQ(news(), News{"free"});
+  signal->set_state(go);
+  EXPECT_EQ(news(), News{"green"});
+  EXPECT_EQ(made->num_runs(), 0u);
+
+  signal->set_state(stop);
+  fill("A", false), fill("A");
+  EXPECT_EQ(news(), News{"free"});
+  clock.advance(4900ms);
+  EXPECT_EQ(news(), News{});
+  clock.advance(200ms);
+  EXPECT_EQ(news(), News{"green"}) << "the time is over";
+}
+
+TEST_F(RailwayLines, a_wait_for_what_ends_ends_the_run_and_says_so) {
+  const std::pair<const char*, std::function<void()>> ends[] = {
+      {"the block", [] { block("B").destroy(); }},
+      {"the state", [this] { go->destroy(); }},
+  };
+  fill("B");
+  for (const auto& [what, end] : ends) {
+    auto* made = script_on("A", true);
+    set_speed(*made, "x", 50);
+    if (made->get_position() == 0) {
+      command(*made, "wait-block", {"B", "free"});
+    } else {
+      command(*made, "wait-point", {"Exit", "green"});
+    }
+    report(*made, "went on");
+    fill("A");
+    EXPECT_NE(lok->get_speed_overlay(), 0u);
+    clear_status();
+    end();
+    EXPECT_EQ(news(), News{}) << what;
+    EXPECT_EQ(get_status(), made->get_name() + " stops: What it waits for is not there.");
+    EXPECT_EQ(made->num_runs(), 0u);
+    EXPECT_EQ(lok->get_speed_overlay(), 0u) << "taken back";
+    fill("A", false);
+  }
+}
+
+TEST_F(RailwayLines, waits_end_with_their_script_and_their_line) {
+  auto* edited = script_on("A");
+  command(*edited, "wait-block", {"This Block", "free"});
+  report(*edited, "went on");
+  auto* deleted = script_on("A");
+  command(*deleted, "wait-point", {"Exit", "green"});
+  report(*deleted, "went on");
+  fill("A");
+  EXPECT_EQ(edited->num_runs() + deleted->num_runs(), 2u);
+  edited->remove_command(0);
+  deleted->destroy();
+  signal->set_state(go);
+  fill("A", false);
+  EXPECT_EQ(news(), News{});
+  EXPECT_EQ(edited->num_runs(), 0u);
+}
+
+TEST_F(RailwayLines, a_script_runs_another_for_its_own_block_and_never_itself_without_end) {
+  auto* worker = script();
+  act(*worker, [this](ScriptContext& context) {
+    told.push_back(context.block()->get_name() + (context.lok() ? " with x" : ""));
+  });
+  auto* caller = script_on("A");
+  command(*caller, "run-script", {worker->get_name()});
+  at(&block("A")).see(lok, 2);
+  EXPECT_EQ(news().back(), "A with x");
+
+  auto* first = script_on("B");
+  auto* second = script();
+  command(*first, "run-script", {second->get_name()});
+  command(*second, "run-script", {first->get_name()});
+  report(*first, "done");
+  fill("B");
+  EXPECT_NE(get_status().find("without a wait in between"), std::string::npos);
+  EXPECT_LE(news().size(), 2u);
+  EXPECT_EQ(first->num_runs() + second->num_runs(), 0u);
+
+  second->remove_command(0);
+  wait(*second, 1);
+  command(*second, "run-script", {first->get_name()});
+  fill("B", false), fill("B");
+  clock.advance(10500ms);
+  EXPECT_EQ(news().size(), 11u) << "once a second";
+}
+
+TEST_F(RailwayLines, scripts_that_set_each_other_off_for_ever_are_slowed_down_and_named) {
+  auto* other = layout().get_blocks().add(new Signal);
+  other->set_name("Entry");
+  other->states()[0]->set_name("red");
+  other->states()[1]->set_name("green");
+  const struct {
+    const char *from, *state, *to, *next;
+  } circle[] = {{"Exit", "green", "Entry", "green"},
+                {"Entry", "green", "Exit", "red"},
+                {"Exit", "red", "Entry", "red"},
+                {"Entry", "red", "Exit", "green"}};
+  for (const auto& [from, state, to, next] : circle) {
+    auto* made = script();
+    command(*made, "set-point", {to, next});
+    condition_of(*made, "point-state", {from, state});
+  }
+  unsigned changes = 0;
+  signal->signal_state_changed().connect([&] { ++changes; });
+  for (auto* state : {stop, go}) signal->set_state(state), clock.advance(0ms);
+  clock.advance(10s);
+  EXPECT_LT(changes, 1000u);
+  EXPECT_GT(changes, 30u);
+  EXPECT_NE(get_status().find("is set off again and again"), std::string::npos) << get_status();
+  layout().get_scripts().child_at(1)->destroy();
+  clock.advance(10s);
+  EXPECT_EQ(get_status(), "");
+}
+
+TEST_F(RailwayLines, a_text_is_said_in_the_status_line) {
+  auto* made = script_on("A");
+  auto& line = command(*made, "say");
+  line.set_text(1, "The express has passed");
+  EXPECT_EQ(sentence(line), "Say “The express has passed”");
+  line.set_text(1, "");
+  fill("A");
+  EXPECT_EQ(get_status(), "The express has passed");
+}
+
+TEST_F(RailwayLines, come_back_from_a_file_without_states_of_other_points) {
+  const auto file = [](const char* state) {
+    return std::string(
+               "%YAML 1.2\ntitle: T\nobjects:\n"
+               "  - !signal\n    name: S\n    id: 1\n    outputs: []\n    states:\n"
+               "      - {name: red, id: 2, outputs: []}\n"
+               "      - {name: green, id: 3, outputs: []}\n"
+               "  - !signal\n    name: T\n    id: 4\n    outputs: []\n    states:\n"
+               "      - {name: red, id: 5, outputs: []}\n"
+               "      - {name: green, id: 6, outputs: []}\n"
+               "  - !script\n    name: All\n    id: 7\n    conditions:\n"
+               "      - [When, point-state, 1, ") +
+           state +
+           "]\n      - [And, lok-state, Any, lost]\n      - [And, track-power, false]\n"
+           "    commands:\n      - [set-point, 4, 6]\n      - [wait-block, This, free, 30]\n"
+           "      - [wait-point, 1, 3, 0]\n      - [run-script, 7]\n      - [say, \"A: b\"]\n";
+  };
+  for (const auto* state : {"3", "6", "~"}) {
+    ASSERT_TRUE(Layout::open_bytes("scripts.zblt", file(state))) << get_status();
+    const auto& read = dynamic_cast<Script&>(*layout().get_scripts().child_at(0));
+    EXPECT_EQ(sentence(*read.get_condition(0)),
+              state == std::string("3") ? "S is green" : "S is (No State Selected)");
+    EXPECT_TRUE(read.get_condition(0)->sleeps());
+    EXPECT_EQ(sentence(*read.get_command(1)), "Wait until This Block is free (30 seconds at most)");
+    EXPECT_EQ(sentence(*read.get_command(3)), "Run All");
+    const auto saved = layout().serialize();
+    ASSERT_TRUE(Layout::open_bytes("scripts.zblt", saved));
+    EXPECT_EQ(layout().serialize(), saved);
+  }
+  for (const auto* bad : {"[wait-block, This, full, 0]", "[wait-block, This, free, 3601]",
+                          "[wait-block, This, free]", "[wait-point, 1, 3, -1]", "[say]"}) {
+    const auto text =
+        "%YAML 1.2\ntitle: T\nobjects:\n  - !script\n    name: S\n    id: 1\n"
+        "    commands:\n      - " +
+        std::string(bad) + "\n";
+    EXPECT_FALSE(Layout::open_bytes("bad.zblt", text)) << bad;
+  }
+}
+
+}  // namespace
+}  // namespace zemblar::test
