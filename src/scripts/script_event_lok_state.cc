@@ -4,6 +4,7 @@
 
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/yaml_io.h"
 #include "devices/decoder_update.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_registry.h"

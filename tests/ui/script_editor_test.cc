@@ -212,7 +212,9 @@ TEST_F(Editor, writes_a_script_by_keys_alone) {
   Window window(script);
   EXPECT_THAT(window.rows(), ElementsAre("Add Condition…", "Add Command…"));
   window.press({GDK_Return});
-  EXPECT_THAT(offered(), ElementsAre("Locomotive Speed Is…", "Block is (un)occupied"));
+  EXPECT_THAT(offered(), ElementsAre("Locomotive Speed Is…", "Block is (un)occupied",
+                                     "Locomotive Is Held, Stands, Drives…", "Point or Signal Is…",
+                                     "Track Power Is…"));
   choose("Block is (un)occupied");
   EXPECT_THAT(offered(), ElementsAre("Any Block", "This Block", "", "Station"));
   choose("Station");
