@@ -331,9 +331,10 @@ TEST_F(ThrottleTest, arrows_drive_in_the_scale_and_choose_among_the_functions) {
 
 TEST_F(ThrottleTest, functions_that_are_higher_than_the_screen_scroll_and_the_marked_one_is_seen) {
   auto* lok = add_lok("Express");
+  for (unsigned number = 0; number < 190; ++number) add_function(lok, number % 29);
   auto& window = open_window(lok);
   const int screen = window.get_screen()->get_height();
-  for (unsigned number = 0; number < 200; ++number) add_function(lok, number % 29);
+  for (unsigned number = 0; number < 10; ++number) add_function(lok, number);
   handle_events();
   EXPECT_LT(window.get_height(), screen);
   auto& functions = get_widget<LokController>(window).functions();
