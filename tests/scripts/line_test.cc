@@ -55,6 +55,8 @@ TEST_F(Lines, menus_offer_what_the_layout_has) {
   EXPECT_EQ(menu(direction, 1), "This Locomotive");
   EXPECT_EQ(direction.get_menu(1), nullptr) << "without an interface";
 
+  EXPECT_EQ(menu(direction, 2), "Forwards; Reverse");
+
   // A menu may stay open longer than what it is about.
   const auto late = occupied.choices(1);
   layout().get_blocks().find_child("A")->destroy();
@@ -91,6 +93,36 @@ TEST_F(Lines, a_locomotive_that_ends_leaves_nobody_selected) {
   function(other, "horn");
   pick(blow, 1, "y");
   EXPECT_EQ(sentence(blow), "Set y horn On");
+}
+
+TEST_F(Lines, a_choice_is_told_before_it_is_made_and_after_and_not_when_it_is_the_present_one) {
+  zone("A");
+  zone("B");
+  new_lok("y");
+  function(lok, "horn");
+  for (const auto& [key, kind] : script_events()) made->add_condition(kind.create());
+  for (const auto& [key, kind] : script_cmds()) made->add_command(kind.create(*made));
+  const auto try_all = [](ScriptLine& line) {
+    int changing = 0;
+    int changed = 0;
+    line.signal_changing().connect([&] { ++changing; });
+    line.signal_line_changed().connect([&](unsigned) { ++changed; });
+    for (unsigned arg = 1; arg <= 5; ++arg) {
+      if (line.get_arg_type(arg) != ScriptLine::ArgType::menu) continue;
+      for (const auto& choice : line.choices(arg)) {
+        if (choice.separator || choice.text == line.get_arg_text(arg)) continue;
+        changing = changed = 0;
+        choice.choose();
+        EXPECT_EQ(changing, 1) << sentence(line);
+        EXPECT_GE(changed, 1) << sentence(line);
+        changing = 0;
+        EXPECT_TRUE(pick(line, arg, line.get_arg_text(arg).raw())) << sentence(line);
+        EXPECT_EQ(changing, 0) << sentence(line);
+      }
+    }
+  };
+  for (unsigned i = 0; i < made->get_num_conditions(); ++i) try_all(*made->get_condition(i));
+  for (unsigned i = 0; i < made->get_num_commands(); ++i) try_all(*made->get_command(i));
 }
 
 TEST_F(Lines, a_wait_is_of_tenths_of_a_second_and_an_hour_at_most) {

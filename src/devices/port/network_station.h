@@ -99,7 +99,7 @@ class NetworkStation : public CommandStation {
   void on_failed_talk() override;
 
   // The protocol. All functions from `log_on` to `send_output` run on a fiber inside a BusyLock,
-  // and throw CmdFailed for a refusal.
+  // and throw CmdFailed for a refusal, except `send_power`.
 
   [[nodiscard]] virtual std::unique_ptr<Reader> make_reader() = 0;
   /// The reason of the last CmdFailed in the station's words.
