@@ -105,8 +105,8 @@ TEST_F(Lines, a_choice_is_told_before_it_is_made_and_after_and_not_when_it_is_th
   const auto try_all = [](ScriptLine& line) {
     int changing = 0;
     int changed = 0;
-    line.signal_changing().connect([&] { ++changing; });
-    line.signal_line_changed().connect([&](unsigned) { ++changed; });
+    const ScopedConnection before = line.signal_changing().connect([&] { ++changing; });
+    const ScopedConnection after = line.signal_line_changed().connect([&](unsigned) { ++changed; });
     for (unsigned arg = 1; arg <= 5; ++arg) {
       if (line.get_arg_type(arg) != ScriptLine::ArgType::menu) continue;
       for (const auto& choice : line.choices(arg)) {
