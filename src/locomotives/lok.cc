@@ -59,7 +59,6 @@ void Lok::announce(std::initializer_list<Change> changes) {
     if (alive && change.signal) (this->*change.signal).emit();
     if (!alive) return;
   }
-  signal_condition_changed().emit(*this);
 }
 
 sigc::signal<void, Lok&>& Lok::signal_condition_changed() {
@@ -105,15 +104,18 @@ void Lok::set_speed(unsigned speed) {
   assert(speed <= 126);
   if (speed == speed_) return;
   speed_ = speed;
+  const AliveGuard alive(*this);
   if (!brake_) compute_and_send_speed();
   announce({{"speed", &Lok::signal_speed_changed_},
             {"speed-overlay"},
             {"emergency-stop", &Lok::signal_emergency_stop_changed_}});
+  if (alive) signal_condition_changed().emit(*this);
 }
 
 void Lok::set_emergency_stop(bool on) {
   if (on == get_emergency_stop()) return;
   const Change emergency{"emergency-stop", &Lok::signal_emergency_stop_changed_};
+  const AliveGuard alive(*this);
   speed_ = speed_overlay_ = on ? stopped : 0;
   if (on) {
     send_speed(stopped);
@@ -124,6 +126,7 @@ void Lok::set_emergency_stop(bool on) {
     compute_and_send_speed();
     announce({{"speed-overlay"}, emergency});
   }
+  if (alive) signal_condition_changed().emit(*this);
 }
 
 void Lok::set_brake(bool brake) {
@@ -132,12 +135,15 @@ void Lok::set_brake(bool brake) {
   const AliveGuard alive(*this);
   announce({{"brake", &Lok::signal_brake_changed_}});
   if (alive) send_speed(brake_ ? 0 : speed_overlay_);
+  if (alive) signal_condition_changed().emit(*this);
 }
 
 void Lok::apply_speed_overlay() {
   if (brake_) return;
+  const AliveGuard alive(*this);
   compute_and_send_speed();
   notify_property(*this, "speed-overlay");
+  if (alive) signal_condition_changed().emit(*this);
 }
 
 // --- Direction ---

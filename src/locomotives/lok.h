@@ -147,7 +147,8 @@ class Lok : public Object {
   sigc::signal<void>& signal_actual_speed_changed() { return signal_actual_speed_changed_; }
   /// `front`, `back` or `orientation_known` has changed, and block control has finished.
   sigc::signal<void>& signal_place_changed() { return signal_place_changed_; }
-  /// What any locomotive does may have changed: its speed, brake, emergency stop or place.
+  /// A locomotive may do something else now: its speed in force, its brake, its emergency stop or
+  /// its place has changed, and the decoders have their new commands.
   static sigc::signal<void, Lok&>& signal_condition_changed();
   sigc::signal<void>& signal_top_speed_changed() { return signal_top_speed_changed_; }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <chrono>
 #include <map>
 #include <memory>
 #include <vector>
@@ -74,10 +75,10 @@ class Script : public Object {
   void stop();
   /// True if `start` would arm a condition.
   [[nodiscard]] bool sleeps() const;
-  /// True while any script evaluates its conditions, or a run that this has started is executing.
-  [[nodiscard]] static bool is_evaluating();
-  /// Shows in the status line that the script is set off again and again, and is slowed down.
-  void report_circle();
+  /// How long the script waits before it takes notice of what another script has just changed: no
+  /// time, or a while if that happens again and again, which the status line says. Counts the
+  /// calls.
+  [[nodiscard]] std::chrono::milliseconds round_delay();
   /// Runs the commands once for an instance, whatever the conditions say. With "While" the changes
   /// are taken back after the last command. False, and nothing is done, if the script has just been
   /// started in this way and its run is still at a command that does not wait.
@@ -158,6 +159,8 @@ class Script : public Object {
   bool mark_ = false;       // the mark of the present sweep; alternates
   std::size_t marked_ = 0;  // number of instances that have `mark_`
   Instances::iterator expected_ = instances.end();
+  unsigned rounds_ = 0;  // calls of `round_delay` within the present second
+  Clock::time_point rounds_since_{};
   StatusNote circle_;
   Timeout circle_over_;
   bool evaluating_ = false;

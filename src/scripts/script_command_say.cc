@@ -38,7 +38,7 @@ Glib::ustring ScriptCommandSay::get_format() const {
 
 std::vector<ScriptLine::Argument> ScriptCommandSay::arguments() {
   return {{.type = ArgType::text,
-           .text = [this] { return text_; },
+           .text = [this] { return text_.empty() ? Glib::ustring("…") : text_; },
            .variable_type = no_variable,
            .set_text =
                [this](const Glib::ustring& text) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/object.h"
+#include "core/yaml_io.h"  // else a line without it writes a pointer to an object as a bool
 #include "scripts/script_ui.h"
 
 namespace zemblar {

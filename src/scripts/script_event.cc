@@ -23,10 +23,6 @@ bool ScriptEvent::opens_alternative() const {
   return script_ && (or_flag_ || script_->find_condition(this) == 0);
 }
 
-void ScriptEvent::report_circle() const {
-  if (script_) script_->report_circle();
-}
-
 // A generator passes only 32 bits, so the instance goes through the walk.
 void ScriptEvent::yield(const EventInstance& instance) {
   assert(walking);

@@ -67,8 +67,8 @@ class ScriptEvent : public ScriptLine {
  protected:
   /// Call in `generate_instances` only.
   static void yield(const EventInstance& instance);
-  /// Tells the user that the script is set off again and again.
-  void report_circle() const;
+  /// The owner; null before the line is added.
+  [[nodiscard]] Script* script() const { return script_; }
   /// True if the condition is the first of its alternative.
   [[nodiscard]] bool opens_alternative() const;
 
@@ -77,7 +77,7 @@ class ScriptEvent : public ScriptLine {
   friend class InstanceWalk;
 
   bool or_flag_ = false;
-  Script* script_ = nullptr;  // the owner
+  Script* script_ = nullptr;
   sigc::signal<void> signal_triggered_;
   sigc::signal<void> signal_or_changed_;
 };

@@ -12,6 +12,7 @@
 #include "scripts/script.h"
 #include "scripts/script_command_wait.h"
 #include "scripts/script_context.h"
+#include "scripts/script_turn.h"
 #include "track/block.h"
 #include "track/block_control_turn.h"
 
@@ -30,29 +31,26 @@ class RunCount {
   std::shared_ptr<unsigned> count_;
 };
 
-/// Says while it exists that a script is being evaluated. It never outlives a suspension of its
-/// fiber: an evaluation does not wait for the runs that it starts.
-class Evaluation {
- public:
-  Evaluation() { ++depth; }
-  ~Evaluation() { --depth; }
-  Evaluation(const Evaluation&) = delete;
-  Evaluation& operator=(const Evaluation&) = delete;
-
-  static inline unsigned depth = 0;
-};
+/// How often in a second scripts may set off one script before it is slowed down.
+constexpr unsigned most_rounds = 50;
+constexpr std::chrono::seconds counting_time(1);
+constexpr std::chrono::milliseconds slow_round(200);
+constexpr std::chrono::seconds note_time(5);
 
 }  // namespace
 
-bool Script::is_evaluating() {
-  return Evaluation::depth != 0;
-}
-
-void Script::report_circle() {
+std::chrono::milliseconds Script::round_delay() {
+  const auto now = Clock::now();
+  if (now - rounds_since_ > counting_time) {
+    rounds_ = 0;
+    rounds_since_ = now;
+  }
+  if (++rounds_ <= most_rounds) return {};
   circle_.show(Glib::ustring::compose(
       _("%1 is set off again and again, perhaps by itself or another script: it is slowed down."),
       get_name()));
-  circle_over_ = Timeout::once(std::chrono::seconds(5), [this] { circle_.clear(); });
+  circle_over_ = Timeout::once(note_time, [this] { circle_.clear(); });
+  return slow_round;
 }
 
 bool Script::is_in_use() const {
@@ -91,7 +89,7 @@ void Script::evaluate() {
   unsettled_ = !is_settled();
   if (evaluating_ || unsettled_) return;
   evaluating_ = true;
-  const Evaluation evaluation;
+  const ScriptTurn turn;
   const AliveGuard alive(*this);
   while (again_ && !unsettled_ && is_in_use()) {
     again_ = false;

@@ -5,7 +5,9 @@
 
 #include "runtime/fiber.h"
 #include "runtime/timer.h"
+#include "scripts/script.h"
 #include "scripts/script_context.h"
+#include "scripts/script_turn.h"
 #include "track/block_control_turn.h"
 
 namespace zemblar {
@@ -14,8 +16,10 @@ namespace {
 /// A wait in progress. Slots share it, so that one which is called too late finds `waiter` null.
 struct Wait {
   std::function<bool()> holds;
+  Script* script = nullptr;  // exists while `waiter` is set
   fiber* waiter = nullptr;
-  bool is_queued = false;  // a look waits for the end of the turn
+  bool is_queued = false;  // a look waits for the end of a turn of block control
+  Timeout later{};         // a look waits for the end of a ScriptTurn
   std::vector<ScopedConnection> watches{};
   ScopedConnection cancelled{};
   Timeout limit{};
@@ -26,21 +30,25 @@ void end(const std::shared_ptr<Wait>& wait) {
   if (!waiter) return;
   wait->watches.clear();
   wait->cancelled.disconnect();
+  wait->later.cancel();
   wait->limit.cancel();
+  const ScriptTurn turn;
   fiber::resume(waiter, 0);
 }
 
 void look(const std::shared_ptr<Wait>& wait) {
-  if (!wait->waiter) return;
-  if (!BlockControlTurn::is_running()) {
-    if (wait->holds()) end(wait);
-    return;
+  if (!wait->waiter || wait->is_queued || wait->later.armed()) return;
+  if (BlockControlTurn::is_running()) {
+    wait->is_queued = true;
+    BlockControlTurn::afterwards([wait] {
+      wait->is_queued = false;
+      look(wait);
+    });
+  } else if (ScriptTurn::is_running()) {
+    wait->later = Timeout::once(wait->script->round_delay(), [wait] { look(wait); });
+  } else if (wait->holds()) {
+    end(wait);
   }
-  if (std::exchange(wait->is_queued, true)) return;
-  BlockControlTurn::afterwards([wait] {
-    wait->is_queued = false;
-    look(wait);
-  });
 }
 
 }  // namespace
@@ -51,6 +59,7 @@ void wait_until(
     std::chrono::milliseconds limit) {
   if (context.is_cancelled() || holds()) return;
   const auto wait = std::make_shared<Wait>();
+  wait->script = context.script;
   wait->holds = [&context, &holds] { return context.is_cancelled() || holds(); };
   fiber::yield([&](fiber* waiter) {
     wait->waiter = waiter;

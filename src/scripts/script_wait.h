@@ -16,7 +16,8 @@ struct ScriptContext;
 /// cancelled. `connect` connects everything on which that depends to the slot that it is given; it
 /// is called only if the run has to wait. `holds` must not end the run itself.
 ///
-/// A change within a turn of block control counts when the turn is over. The command may have ended
+/// A change within a turn of block control counts when the turn is over, one within a ScriptTurn
+/// after Script::round_delay. The command may have ended
 /// when the run has been cancelled.
 void wait_until(
     ScriptContext& context, const std::function<bool()>& holds,

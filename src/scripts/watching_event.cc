@@ -2,17 +2,9 @@
 
 #include "core/i18n.h"
 #include "scripts/script.h"
+#include "scripts/script_turn.h"
 
 namespace zemblar {
-namespace {
-
-/// How often scripts may set each other off before they are slowed down.
-constexpr unsigned most_rounds = 50;
-constexpr std::chrono::seconds counting_time(1);
-constexpr std::chrono::milliseconds slow_round(200);
-
-}  // namespace
-
 bool WatchingEvent::is_armed() const {
   if (depends_on_lines_before()) return !opens_alternative();
   return !watches_.empty();
@@ -60,22 +52,12 @@ void WatchingEvent::announce() {
 }
 
 void WatchingEvent::fire() {
-  if (Script::is_evaluating()) return fire_later();
-  later_.cancel();
-  signal_triggered().emit();
-}
-
-void WatchingEvent::fire_later() {
-  if (later_.armed()) return;
-  const auto now = Clock::now();
-  if (now - counted_since_ > counting_time) {
-    rounds_ = 0;
-    counted_since_ = now;
+  if (!ScriptTurn::is_running() || !script()) {
+    later_.cancel();
+    signal_triggered().emit();
+  } else if (!later_.armed()) {
+    later_ = Timeout::once(script()->round_delay(), [this] { signal_triggered().emit(); });
   }
-  const bool circles = ++rounds_ > most_rounds;
-  if (circles) report_circle();
-  later_ = Timeout::once(circles ? slow_round : std::chrono::milliseconds(0),
-                         [this] { signal_triggered().emit(); });
 }
 
 }  // namespace zemblar

@@ -10,10 +10,8 @@ namespace zemblar {
 
 /// A condition that watches something, from the moment that its subject is chosen.
 ///
-/// Scripts change what such a condition is about. A change in the midst of an evaluation triggers
-/// the condition in the next iteration of the main loop, so that scripts which set each other off
-/// in a circle do not keep the loop from its other work. The scripts of a circle are slowed down,
-/// and the status line names them.
+/// Scripts change what such a condition is about. A change within a ScriptTurn triggers the
+/// condition after Script::round_delay.
 class WatchingEvent : public ScriptEvent {
  public:
   [[nodiscard]] bool is_armed() const override;
@@ -46,13 +44,9 @@ class WatchingEvent : public ScriptEvent {
   void fire();
 
  private:
-  void fire_later();
-
   Watches watches_;
   bool awake_ = false;
   Timeout later_;
-  unsigned rounds_ = 0;  // deferred triggers within the present second
-  Clock::time_point counted_since_{};
 };
 
 }  // namespace zemblar

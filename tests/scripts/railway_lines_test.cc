@@ -288,6 +288,57 @@ TEST_F(RailwayLines, scripts_that_set_each_other_off_for_ever_are_slowed_down_an
   EXPECT_EQ(get_status(), "");
 }
 
+TEST_F(RailwayLines, runs_that_wait_for_each_other_for_ever_are_slowed_down_and_named) {
+  auto* other = layout().get_blocks().add(new Signal);
+  other->set_name("Entry");
+  other->states()[0]->set_name("red");
+  other->states()[1]->set_name("green");
+  // Each waits for red, makes that green, starts its successor, and makes the other one red.
+  const std::pair<const char*, const char*> signals[] = {{"Exit", "Entry"}, {"Entry", "Exit"}};
+  signal->set_state(go);
+  other->set_state(other->states()[1]);
+  for (const auto& [mine, others] : signals) {
+    auto* made = script_on("A");
+    command(*made, "wait-point", {mine, "red"});
+    command(*made, "set-point", {mine, "green"});
+    command(*made, "run-script", {made->get_name()});
+    command(*made, "set-point", {others, "red"});
+  }
+  fill("A");
+  unsigned changes = 0;
+  signal->signal_state_changed().connect([&] { ++changes; });
+  signal->set_state(stop);
+  EXPECT_LT(changes, 10u) << "the loop has its turn";
+  clock.advance(10s);
+  EXPECT_LT(changes, 1000u);
+  EXPECT_GT(changes, 30u);
+  EXPECT_NE(get_status().find("is set off again and again"), std::string::npos) << get_status();
+}
+
+TEST_F(RailwayLines, a_train_that_a_script_stops_stands_and_a_brake_is_sent_before_a_script_hears) {
+  auto* station = FakeStation::in_service();
+  lok->set_speed(40);
+  auto* slow = script_on("A", true);
+  set_speed(*slow, "x", 0);
+  auto* hears = script();
+  condition_of(*hears, "lok-state", {"x", "is standing"});
+  report(*hears, "stands");
+  fill("A");
+  EXPECT_EQ(news(), News{"stands"});
+  fill("A", false);
+  EXPECT_EQ(news(), News{});
+  station->sent();
+  auto* held = script();
+  condition_of(*held, "lok-state", {"x", "is held"});
+  act(*held, [&](ScriptContext&) { EXPECT_EQ(station->sent(), Log{"3 speed 0"}); });
+  report(*held, "held");
+  lok->set_brake(true);
+  EXPECT_EQ(news(), (News{"stands", "held"}));
+  lok->set_actual_speed(40);
+  lok->set_top_speed(200);
+  EXPECT_EQ(news(), News{});
+}
+
 TEST_F(RailwayLines, a_text_is_said_in_the_status_line) {
   auto* made = script_on("A");
   auto& line = command(*made, "say");
