@@ -60,10 +60,12 @@ RC
 mkdir "$home/config/openbox"
 echo '<openbox_menu><menu id="root-menu" label=""/></openbox_menu>' >"$home/config/openbox/menu.xml"
 status=0
+# Without -noreset the X server begins anew whenever its last client leaves, and refuses those who
+# come meanwhile: a window manager would not start beside a short look at the root window.
 env -u DBUS_SESSION_BUS_ADDRESS -u WAYLAND_DISPLAY \
   HOME="$home" XDG_CONFIG_HOME="$home/config" XDG_DATA_HOME="$home/data" \
   XDG_CACHE_HOME="$home/cache" XDG_RUNTIME_DIR="$home/run" GIO_USE_VFS=local \
   LANG="${ZEMBLAR_LANG:-C.UTF-8}" LC_ALL= ZEMBLAR_SESSION_STEP=inside \
-  xvfb-run -a -s "-screen 0 ${ZEMBLAR_SCREEN:-1280x800x24}" \
+  xvfb-run -a -s "-screen 0 ${ZEMBLAR_SCREEN:-1280x800x24} -noreset" \
   dbus-run-session -- "$0" "$@" || status=$?
 exit "$status"
