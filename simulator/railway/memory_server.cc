@@ -90,6 +90,7 @@ class MemoryServer::MemorySocket : public Socket {
   ~MemorySocket() override { drop(); }
 
   bool is_connected() const override { return link_ != nullptr; }
+  std::optional<Peer> peer() const override { return server_.peer; }
 
   bool connect(const Glib::RefPtr<Gio::SocketConnectable>&, const Cancel& cancel) override {
     if (link_) throw Gio::Error(Gio::Error::BUSY, "Already Connected");

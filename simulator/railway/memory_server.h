@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,8 +30,9 @@ class MemoryServer {
   /// A socket that connects to the hub. The server must outlive its use.
   Glib::RefPtr<Socket> socket();
 
-  bool up = true;           // accepts connections
-  Milliseconds latency{1};  // of bytes, each way
+  bool up = true;                      // accepts connections
+  std::optional<Socket::Peer> peer{};  // the address that its sockets tell
+  Milliseconds latency{1};             // of bytes, each way
   Milliseconds keep_alive{14'000};
   Milliseconds write_time{0};                 // until a write is reported complete
   std::size_t write_limit = 1024;             // bytes that one write takes

@@ -8,12 +8,15 @@
 
 namespace zemblar::simulator {
 
+/// The hub of a MemoryStation: a base, so that it exists before the server and ends after it.
+struct EcosHubOnClock {
+  EcosHub hub{after_on_clock};
+};
+
 /// A simulated ECoS station, and the sockets that lead to it through memory.
-class MemoryStation : public MemoryServer {
+class MemoryStation : public EcosHubOnClock, public MemoryServer {
  public:
   MemoryStation() : MemoryServer(hub) {}
-
-  EcosHub hub{after_on_clock};
 
   /// Adds a locomotive at the station's own panel.
   void add_locomotive(unsigned address, const std::string& name) {

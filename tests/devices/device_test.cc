@@ -433,6 +433,12 @@ TEST_F(DeviceTest, default_device_can_go_with_its_layout_while_a_fan_out_waits) 
   EXPECT_EQ(1u, decoder->answers.size());
   fiber::resume(suspended, 0);
   EXPECT_EQ(1u, decoder->answers.size());
+
+  Log ends;
+  add_device()->on_stop = [&] { ends.push_back("a device"); };
+  default_device().signal_deleted().connect([&] { ends.push_back("the default device"); });
+  layout().destroy();
+  EXPECT_EQ((Log{"a device", "the default device"}), ends);
 }
 
 TEST(DecoderProxyTest, keeps_what_every_answer_delivered) {

@@ -54,7 +54,7 @@ TEST_F(ECoSTest, lets_everybody_else_go_first_when_a_station_refuses_one_item) {
   EXPECT_EQ("set(1000,func[2,0])", values_of(station.take_commands()).at(0));
   station.hub.faults().clear();
   loks[0]->get_decoders().front()->set_function(2, true);
-  clock.advance(5s);
+  clock.advance(500ms);  // the refusal of the last wish has not expired
   EXPECT_TRUE(station.locomotive(3).functions[2]);
   EXPECT_EQ("", get_status());
 
@@ -146,6 +146,32 @@ TEST_F(ECoSTest, stops_others_before_a_locomotive_that_the_station_has_refused) 
   for (auto* lok : loks) lok->set_emergency_stop(true);
   clock.advance(1s);
   EXPECT_EQ(0u, station.locomotive(4).speed);
+}
+
+TEST_F(ECoSTest, tries_a_refused_speed_again_after_the_functions_that_others_wait_for) {
+  add_started_ecos();
+  for (const auto address : {4u, 5u}) station.add_locomotive(address, "Other");
+  std::vector<Decoder*> decoders;
+  for (const auto address : {3u, 4u, 5u}) {
+    auto* lok = layout().get_loks().add(new Lok);
+    decoders.push_back(lok->get_decoders().front().operator->());
+    decoders.back()->set_address(Address(address));
+    lok->set_speed(50);
+  }
+  clock.advance(100ms);
+  station.hub.faults().fail("set(1000,speed[60", 25);
+  decoders[0]->set_speed(60);
+  clock.advance(1995ms);
+  station.take_commands();
+  station.latency = 20ms;
+  for (unsigned fn = 1; fn <= 5; ++fn) {
+    decoders[1]->set_function(fn, true);
+    decoders[2]->set_function(fn, true);
+  }
+  clock.advance(5s);
+  const auto values = values_of(station.take_commands());
+  EXPECT_EQ(11u, values.size());
+  EXPECT_EQ("set(1000,speed[60])", values.back());
 }
 
 TEST_F(ECoSTest, sends_a_stop_again_at_once_that_a_person_has_cut_off) {

@@ -310,6 +310,7 @@ TEST_F(ECoSTest, does_not_hammer_a_station_that_refuses_control) {
 // --- Another host ---
 
 TEST_F(ECoSTest, keeps_an_established_connection_when_the_host_changes) {
+  station.peer = Socket::Peer{.host = "10.0.0.1", .port = 15471};
   auto* ecos = add_started_ecos();
   int notified = 0;
   ecos->property_host().signal_changed().connect([&] { ++notified; });
@@ -326,24 +327,37 @@ TEST_F(ECoSTest, keeps_an_established_connection_when_the_host_changes) {
   // While it waits for its next attempt, a new host is tried at once.
   clock.advance(300ms);
   const auto before = station.attempts.size();
+  EXPECT_TRUE(ecos->stop_order()) << "the trains of the lost station drive on";
   ecos->set_host("third");
+  EXPECT_FALSE(ecos->stop_order());
   clock.advance(1ms);
   EXPECT_EQ(before + 1, station.attempts.size());
   station.up = true;
   clock.advance(2s);
   EXPECT_TRUE(ecos->active());
+  ASSERT_TRUE(ecos->stop_order());
+  EXPECT_EQ("10.0.0.1", ecos->stop_order()->host);
+  station.peer.reset();
+  ecos->reconnect();
+  clock.advance(20ms);
+  EXPECT_FALSE(ecos->stop_order()) << "not that of another connection";
 }
 
 TEST_F(ECoSTest, tries_another_host_at_once_and_asks_it_for_its_own_numbers) {
-  station.hub.faults().silence("request(1,view)");
   auto* ecos = add_ecos();
-  clock.advance(60s);
-  EXPECT_EQ(LinkPhase::waiting_for_answer, ecos->link_state().phase);
-  EXPECT_THAT(get_status().raw(), HasSubstr("does not answer"));
-  station.hub.faults().clear();
-  ecos->set_host("corrected");
-  clock.advance(20ms);
-  EXPECT_TRUE(ecos->active());
+  const std::function<void()> begins[] = {[&] { ecos->set_host("corrected"); },
+                                          [&] { ecos->reconnect(); }};
+  for (const auto& begin_anew : begins) {
+    station.hub.faults().silence("request(1,view)");
+    station.hub.drop_all();
+    clock.advance(60s);
+    EXPECT_EQ(LinkPhase::waiting_for_answer, ecos->link_state().phase);
+    EXPECT_THAT(get_status().raw(), HasSubstr("does not answer"));
+    station.hub.faults().clear();
+    begin_anew();
+    clock.advance(20ms);
+    EXPECT_EQ(LinkPhase::in_service, ecos->link_state().phase);
+  }
 
   const auto decoder = TestDecoder::create(*ecos);
   resend_in_service(decoder);

@@ -2,9 +2,10 @@
 
 #include "devices/port/hw_list.h"
 
-#include <gtest/gtest.h>
+#include <glibmm/main.h>
 
 #include "runtime/timer.h"
+#include "support/layout_fixture.h"
 
 namespace zemblar::test {
 namespace {
@@ -132,6 +133,22 @@ TEST(HWListTest, looks_again_at_what_has_lost_its_line) {
     clock.advance(1s);
     EXPECT_EQ(told, comes_back ? Log{} : replaced);
   }
+}
+
+TEST(HWListTest, offers_what_is_plugged_in_to_each_document_that_begins) {
+  HWList::get();
+  auto owned = std::make_unique<Bench>();
+  owned->plug("tty0", "TEST\\GADGET");
+  HWList::use_source(std::move(owned));
+  told.clear();
+  const auto bytes = fresh_layout().serialize();
+  EXPECT_EQ(told, Log{}) << "its port is free a turn of the loop later";
+  while (Glib::MainContext::get_default()->iteration(false)) continue;
+  EXPECT_EQ(std::exchange(told, {}), Log{"/dev/tty0 offered"});
+  ASSERT_TRUE(Layout::open_bytes("layout.zblt", bytes));
+  EXPECT_EQ(told, Log{"/dev/tty0 offered"});
+  Layout::get().destroy();
+  HWList::use_source(make_udev_source());
 }
 
 }  // namespace

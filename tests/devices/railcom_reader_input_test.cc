@@ -154,6 +154,16 @@ TEST_F(RailComReaderInputTest, follows_an_address_to_its_new_owner) {
   EXPECT_EQ(reader->get_dcc_device(), nullptr);
   hear(4);
   EXPECT_THAT(take(), ElementsAre("occupied", "arrived lok 4"));
+
+  on_line = [this] {
+    if (log.size() > 1) return;
+    own(5, owner(4));
+    hear(5);
+  };
+  hear(5);
+  EXPECT_THAT(take(),
+              ElementsAre("occupied", "left lok 5", "occupied", "occupied", "arrived lok 4"))
+      << "before its arrival was told";
 }
 
 // Each answer names another locomotive, and the time between two is long enough to forget it.

@@ -116,7 +116,6 @@ void NetworkStation::answered() {
 void NetworkStation::run(Exchange& exchange, const std::string& bytes) {
   const auto alive = liveness();
   if (!active()) throw DeviceInactiveException();
-  if (exchange_) throw CmdFailed();
   // The answer may be read before the send is reported complete, so it is expected from here on.
   exchange.sent = Clock::now();
   exchange_ = &exchange;

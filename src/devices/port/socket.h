@@ -48,7 +48,7 @@ class Socket : public Glib::Object {
   [[nodiscard]] virtual bool is_connected() const { return static_cast<bool>(connection_); }
   /// The resolved address of the far end; no value without a connection, or if it is not on a
   /// network.
-  [[nodiscard]] std::optional<Peer> peer() const;
+  [[nodiscard]] virtual std::optional<Peer> peer() const;
   /// Resolves the address and connects, with TCP_NODELAY. True on success.
   virtual bool connect(const Glib::RefPtr<Gio::SocketConnectable>& address,
                        const Cancel& cancel = {});
