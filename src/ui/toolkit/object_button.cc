@@ -79,6 +79,7 @@ ObjectChoices ObjectButton::choices() const {
 }
 
 void ObjectButton::on_clicked() {
+  grab_focus();  // an access key does not, and Tab would go on from elsewhere
   picker_.ask(
       dynamic_cast<Gtk::Window*>(get_toplevel()), this, choices(),
       [this](Object* object) { set_object(object); }, true);
