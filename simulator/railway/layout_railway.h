@@ -26,6 +26,9 @@ class LayoutRailway {
   std::vector<const Train*> build();
   /// Wires the blocks again, after blocks or inputs were added or changed.
   void wire_blocks();
+  /// Puts the train of a locomotive in a block, facing its right end. Null if the open layout does
+  /// not have both.
+  const Train* put(const char* lok, const char* block, TrainOptions options);
   /// The train of that name, or null.
   [[nodiscard]] Train* find_train(std::string_view name) const;
 
@@ -34,7 +37,6 @@ class LayoutRailway {
 
  private:
   void add_readers();
-  const Train* put(const char* lok, const char* block, TrainOptions options);
 
   std::set<std::uint8_t> readers_;  // by address
 };

@@ -22,6 +22,8 @@ const char* title(LapsFault fault) {
       return "with a train at the end of the track";
     case LapsFault::too_few:
       return "with too few laps";
+    case LapsFault::reserved:
+      return "with a block that stays reserved";
   }
   return "";
 }

@@ -4,9 +4,12 @@
 #include <numeric>
 #include <vector>
 
+#include "core/collections.h"
 #include "scripts/script.h"
+#include "scripts/script_template.h"
 #include "simulator/railway/sample_railway.h"
 #include "track/block.h"
+#include "track/point_state.h"
 
 namespace zemblar::simulator {
 namespace {
@@ -15,10 +18,13 @@ using namespace std::chrono_literals;
 using Seconds = std::chrono::duration<double>;
 using Hours = std::chrono::duration<double, std::ratio<3600>>;
 
+constexpr auto until_seen = 5s;
 constexpr auto longest_pause = 40s;  // between two starts
 constexpr auto look_interval = 500ms;
 constexpr Seconds longest_stand = 3min;
-constexpr double standstill = 1;  // mm
+constexpr double standstill = 1;       // mm
+constexpr auto longest_stop = 40s;     // by hand
+constexpr unsigned stops_every = 240;  // looks at each train
 constexpr double laps_an_hour = 10;
 constexpr unsigned slowest = 60;  // speed step
 constexpr unsigned fastest = 126;
@@ -33,12 +39,58 @@ using Starts = std::vector<Start>;
 struct Evening {
   std::string file;
   Starts starts;
+  void (*prepare)(SampleRailway& scene) = nullptr;
+  bool stops_by_hand = false;
 };
+
+Block* block(const char* name) {
+  return dynamic_cast<Block*>(Layout::get().get_blocks().find_child(name));
+}
+
+PointState* state(const char* signal, const char* name) {
+  return dynamic_cast<PointState*>(Layout::get().get_points().find_child(signal)->find_child(name));
+}
+
+/// In the place of the scripts that the sample has. The line gets a third train.
+void write_by_templates(SampleRailway& scene) {
+  scene.railway.put("Goods 1200", "East Approach", {.length = 400, .top_speed = 250});
+  scene.clock.advance(until_seen);
+  auto& scripts = Layout::get().get_scripts();
+  while (scripts.child_count() != 0) scripts.child_at(0)->destroy();
+  auto* exit = block("East Curve");
+  auto* stop = state("Exit Signal 1", "Stop");
+  auto* go = state("Exit Signal 1", "Go");
+  const auto make = [](const char* name, const ScriptTemplate::Answers& answers) {
+    const auto& all = script_templates();
+    std::ranges::find(all, std::string_view(name), &ScriptTemplate::name)->make(answers);
+  };
+  make("Crossing Guard", {{.block = block("Branch Crossing")},
+                          {.block = block("East Approach")},
+                          {.block = block("North Approach")},
+                          {.block = block("South Approach")},
+                          {}});
+  make("Block Signal", {{.block = exit}, {.state = stop}, {.state = go}});
+  make("Stop at a Signal",
+       {{.block = block("Station 1")}, {.state = stop}, {.state = go}, {.block = exit}});
+  make("Station Stop", {{.block = block("Station 1")}, {.block = exit}, {.number = 6}});
+  make("Shuttle", {{.lok = &SampleRailway::lok("Railcar 5")},
+                   {.block = block("Branch North")},
+                   {.block = block("North Approach")},
+                   {.block = block("Branch South")},
+                   {.block = block("South Approach")},
+                   {.number = 5},
+                   {.number = 60}});
+}
 
 const std::map<std::string, Evening>& evenings() {
   static const std::map<std::string, Evening> all{
       {"sample", {"sample.zblt", {{"Express 103"}, {"Local 24"}, {"Railcar 5", true}}}},
       {"sample, scripts asleep", {"sample.zblt", {{"Express 103"}, {"Local 24"}}}},
+      {"sample, scripts by templates",
+       {"sample.zblt",
+        {{"Express 103"}, {"Local 24"}, {"Goods 1200"}, {"Railcar 5", true}},
+        write_by_templates,
+        true}},
       {"club", {"club.zblt", {{"Express 103"}, {"Local 24"}, {"Goods 1200"}, {"Local 64"}}}}};
   return all;
 }
@@ -59,6 +111,8 @@ struct Started {
   unsigned laps = 0;
   double travelled = 0;
   Clock::time_point moved = Clock::now();
+  unsigned stopped_speed = 0;  // before it was stopped by hand
+  Clock::time_point goes_on{};
 };
 
 class LapsRun {
@@ -68,6 +122,7 @@ class LapsRun {
         evening_(evenings().at(options.evening)),
         chance_(options.seed),
         scene_(options.folder + "/" + evening_.file, options.seed) {
+    if (evening_.prepare) evening_.prepare(scene_);
     scene_.railway.track.signal_event().connect([this](const TrackEvent& event) { judge(event); });
   }
   LapsRun(const LapsRun&) = delete;
@@ -80,8 +135,11 @@ class LapsRun {
       begin(start);
       pass(chance_.between(0s, longest_pause));
     }
+    // Until now some may have waited for others that had not been started.
+    for (auto& one : started_) one.moved = scene_.clock.now();
     while (scene_.clock.now() < end && result_.trouble.empty()) pass(look_interval);
     count_laps();
+    look_for_reservations();
     return result_;
   }
 
@@ -100,7 +158,25 @@ class LapsRun {
   void pass(std::chrono::milliseconds time) {
     for (; time > 0ms && result_.trouble.empty(); time -= look_interval) {
       scene_.clock.advance(look_interval);
+      if (evening_.stops_by_hand) stop_by_hand();
       for (auto& one : started_) look(one);
+    }
+  }
+
+  /// Somebody stops a train, anywhere, and lets it go on after a while.
+  void stop_by_hand() {
+    const auto now = scene_.clock.now();
+    for (auto& one : started_) {
+      auto& lok = SampleRailway::lok(name(one));
+      if (lok.get_brake()) continue;  // the decoder would not hear of it
+      if (one.stopped_speed != 0 && now >= one.goes_on) {
+        lok.set_speed(std::exchange(one.stopped_speed, 0));
+      } else if (one.stopped_speed == 0 && lok.get_speed() != 0 &&
+                 one.train->leading_link()->is_connected() && chance_.below(stops_every) == 0) {
+        one.stopped_speed = lok.get_speed();
+        one.goes_on = now + chance_.between(1s, longest_stop);
+        lok.set_speed(0);
+      }
     }
   }
 
@@ -139,6 +215,16 @@ class LapsRun {
         fail(LapsFault::too_few,
              name(one) + " has come round " + std::to_string(one.laps) + " times");
       }
+    }
+  }
+
+  /// None outlives the runs of the scripts.
+  void look_for_reservations() {
+    stop_scripts();
+    for (auto* member : Layout::get().get_all_blocks().members()) {
+      auto* one = static_cast<Block*>(member);
+      if (one->get_reservations().empty()) continue;
+      fail(LapsFault::reserved, one->get_name().raw() + " is reserved by no script");
     }
   }
 

@@ -7,7 +7,8 @@
 
 namespace zemblar::simulator {
 
-/// A run of a sample layout without a user: each train and the scripts are started once. Over the
+/// A run of a sample layout without a user: each train and the scripts are started once; in some,
+/// trains are stopped by hand now and then. Over the
 /// program's own drivers, a simulated ECoS and a simulated Tessara bus, in virtual time.
 struct LapsOptions {
   std::string folder{};  ///< of the sample layouts
@@ -18,7 +19,7 @@ struct LapsOptions {
   unsigned order = 0;  ///< of the starts, counted through all of them
 };
 
-enum class LapsFault { none, collision, stands, ran_off, too_few };
+enum class LapsFault { none, collision, stands, ran_off, too_few, reserved };
 
 struct LapsResult {
   LapsFault fault = LapsFault::none;

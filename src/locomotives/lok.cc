@@ -88,6 +88,12 @@ void Lok::compute_and_send_speed() {
   send_speed(speed_overlay_);
 }
 
+// For a brake that is about to be released: computes what was set under it.
+void Lok::renew_speed() {
+  speed_overlay_ = ScriptOverlay::apply(this, speed_);
+  notify_property(*this, "speed-overlay");
+}
+
 unsigned Lok::get_speed() const {
   return speed_ == stopped ? 0 : speed_;
 }

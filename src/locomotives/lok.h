@@ -27,7 +27,8 @@ class Function;
 ///
 /// Under the brake a new speed is recorded, but the speed in force is neither computed nor sent.
 /// Releasing the brake sends the speed that was in force before; the next change of speed computes
-/// it anew. Braking during an emergency stop sends 0 to the decoders.
+/// it anew; so does the release of a block that a script had reserved for another locomotive.
+/// Braking during an emergency stop sends 0 to the decoders.
 ///
 /// `apply_direction_overlay` does not record the direction in force, so that the next call compares
 /// with the older one. So a direction that a script has set stays when the script ends, and each
@@ -96,8 +97,9 @@ class Lok : public Object {
   bool orientation_known = false;
 
   // Block control, defined in track/. It follows the occupancy of the blocks around the locomotive
-  // and commands only `brake`. It neither throws points nor reserves blocks. A trigger that arises
-  // while a handler runs waits until the handler has returned.
+  // and commands only `brake`. It neither throws points nor reserves blocks; before a block that a
+  // script has reserved for another locomotive it brakes. A trigger that arises while a handler
+  // runs waits until the handler has returned.
   //
   // A RailCom report moves an end of the span, block by block, to the reported block, and claims
   // the blocks on the way. The move stops before a block that any locomotive holds, this one
@@ -121,6 +123,8 @@ class Lok : public Object {
   /// 1 if two links, in the order of the decoder's ends, run in the direction from `back` to
   /// `front`, -1 if in the opposite one, 0 if unknown.
   [[nodiscard]] int travel_sign(const BlockLink* front_, const BlockLink* back_) const;
+  /// True if the block is in the span.
+  [[nodiscard]] bool spans(const Block* block) const;
   /// The blocks that have this locomotive as their `lok`.
   [[nodiscard]] const std::vector<Block*>& get_blocks() const { return blocks_; }
 
@@ -179,10 +183,12 @@ class Lok : public Object {
   void send(const Command& command);
   void send_speed(unsigned speed);
   void compute_and_send_speed();
+  void renew_speed();
   void turn_round(Direction direction);
 
   // Block control, defined in track/.
   friend class Block;
+  friend class ReservationQueue;
   void watch(std::size_t place, sigc::signal<void>& signal, void (Lok::*handler)());
   void on_track_event(void (Lok::*handler)());
   void handle(void (Lok::*handler)());
@@ -192,6 +198,10 @@ class Lok : public Object {
   void on_ahead_occupied();
   void on_behind_occupied();
   void on_ahead_route();
+  void on_ahead_reserved();
+  [[nodiscard]] bool must_wait() const;
+  void heed_reservation();
+  [[nodiscard]] bool is_in_the_way(const Block* next) const;
   void on_block_ending(Block* block);
   void on_link_ending(const BlockLink* link);
   void place_detected(BlockLink* front_, BlockLink* back_, bool certain);
@@ -199,7 +209,6 @@ class Lok : public Object {
   template <typename Check>
   bool walk(BlockLink*& end, BlockLink* target, const Check& check);
   [[nodiscard]] Block* find_rear_detector() const;
-  [[nodiscard]] bool spans(const Block* block) const;
   bool release_undetected_tail();
   void lose_track();
   void leave_track();
@@ -214,8 +223,8 @@ class Lok : public Object {
   void set_attributes(const Attributes& wanted);
 
   /// Signals of the watched blocks, in the order front, rear detector, ahead (occupied, route),
-  /// behind (occupied, route).
-  std::array<ScopedConnection, 6> watches_;
+  /// behind (occupied, route), ahead (reserved).
+  std::array<ScopedConnection, 7> watches_;
   ScopedConnection block_ending_;
   ScopedConnection link_ending_;
   std::vector<Block*> blocks_;

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "core/i18n.h"
-#include "core/layout.h"
+#include "locomotives/lok.h"
 #include "scripts/script_context.h"
 #include "scripts/script_entry.h"
 #include "scripts/script_registry.h"
@@ -24,7 +24,6 @@ void register_script_command_wait_point() {
 [[maybe_unused]] const bool registered =
     (register_script_command_wait_block(), register_script_command_wait_point(), true);
 
-constexpr auto this_word = "This";
 constexpr auto free_word = "free";
 constexpr auto occupied_word = "occupied";
 constexpr unsigned longest = 3600;  // seconds
@@ -82,29 +81,15 @@ ScriptCommandWaitBlock::ScriptCommandWaitBlock(Script& owner) : ScriptCommandWai
 
 ScriptCommandWaitBlock::ScriptCommandWaitBlock(Script& owner, const YAML::Node& entry)
     : ScriptCommandWaitBlock(owner) {
-  const auto subject = element(entry, 1);
+  block_.load(entry, 1);
   const auto state = element(entry, 2);
   occupied_ = is_word(state, occupied_word);
   if (!occupied_ && !is_word(state, free_word)) throw YAML::InvalidScalar(state.Mark());
   read_limit(element(entry, 3));
-  is_this_ = is_word(subject, this_word);
-  if (is_this_) return;
-  block_.read(subject);
-  Layout::get().signal_post_resolve().connect(sigc::track_obj(
-      [this] {
-        block_.take_read();
-        signal_line_changed().emit(1);
-        return true;
-      },
-      *this));
 }
 
 void ScriptCommandWaitBlock::save(YAML::Emitter& out) const {
-  if (is_this_) {
-    out << this_word;
-  } else {
-    out << static_cast<const Object*>(block_.get());
-  }
+  block_.save(out);
   out << (occupied_ ? occupied_word : free_word) << get_limit();
 }
 
@@ -113,53 +98,28 @@ Glib::ustring ScriptCommandWaitBlock::get_format() const {
 }
 
 std::vector<ScriptLine::Argument> ScriptCommandWaitBlock::arguments() {
-  const auto subject = [this]() -> Glib::ustring {
-    if (is_this_) return _("This Block");
-    return block_.get() ? block_.get()->get_name() : _("(No Block Selected)");
-  };
-  const auto subjects = [this] {
-    std::vector<Block*> blocks;
-    collect(Layout::get(), blocks);
-    std::vector<ScriptChoice> all;
-    all.push_back(choice(_("This Block"), [this] { choose(nullptr, true); }));
-    if (!blocks.empty()) all.push_back({.text = {}, .choose = {}, .separator = true});
-    for (auto* block : blocks) {
-      all.push_back(choice(
-          block->get_name(), [this, block] { choose(block, false); }, block));
-    }
-    return all;
-  };
-  return {{.type = ArgType::menu, .text = subject, .choices = subjects},
-          one_of(2, occupied_, {false, true}, occupied_text),
+  return {block_argument(1, block_), one_of(2, occupied_, {false, true}, occupied_text),
           limit_argument(3)};
 }
 
-void ScriptCommandWaitBlock::choose(Block* block, bool is_this) {
-  if (block == block_.get() && is_this == is_this_) return;
-  signal_changing().emit();
-  is_this_ = is_this;
-  block_.set(block);
-  signal_line_changed().emit(1);
-}
-
-Block* ScriptCommandWaitBlock::target(const ScriptContext& context) const {
-  auto* block = is_this_ ? context.block() : block_.get();
-  return block && !block->is_deleting() ? block : nullptr;
-}
-
 ScriptCommandWaitUntil::Outlook ScriptCommandWaitBlock::look(const ScriptContext& context) const {
-  const auto* block = target(context);
+  const auto* block = block_.target(context);
   if (!block) return Outlook::gone;
-  const bool is_occupied = block->get_lok() || block->occupied();
+  const auto* holder = block->get_lok();
+  if (!occupied_ && holder && holder == context.lok()) {
+    return holder->get_brake() ? Outlook::waits : Outlook::holds;
+  }
+  const bool is_occupied = holder || block->occupied();
   return is_occupied == occupied_ ? Outlook::holds : Outlook::waits;
 }
 
 ScriptCommandWaitUntil::Watches ScriptCommandWaitBlock::watch(const ScriptContext& context,
                                                               const sigc::slot<void>& changed) {
-  auto* block = target(context);
+  auto* block = block_.target(context);
   Watches watches;
   watches.emplace_back(block->signal_occupied().connect(changed));
   watches.emplace_back(block->signal_lok_changed().connect(changed));
+  if (auto* lok = context.lok()) watches.emplace_back(lok->signal_brake_changed().connect(changed));
   watches.emplace_back(block->signal_deleted().connect(changed));
   return watches;
 }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "scripts/object_subject.h"
+#include "scripts/block_subject.h"
 #include "scripts/point_subject.h"
 #include "scripts/script_command.h"
-#include "track/block.h"
 
 namespace zemblar {
 
@@ -36,7 +35,9 @@ class ScriptCommandWaitUntil : public ScriptCommand {
 };
 
 /// "Wait until %1 is %2 (%3)": a block, or the block of the run, is free or occupied. A block that
-/// a locomotive holds is occupied.
+/// a locomotive holds is occupied. To the locomotive of the run, one that it holds itself is free
+/// as long as block control does not hold the locomotive back: a level that is taken back under
+/// the brake would not be sent.
 ///
 /// In a layout file `This`, the block's number or null, then `free` or `occupied`.
 class ScriptCommandWaitBlock : public ScriptCommandWaitUntil {
@@ -54,11 +55,7 @@ class ScriptCommandWaitBlock : public ScriptCommandWaitUntil {
                               const sigc::slot<void>& changed) override;
 
  private:
-  [[nodiscard]] Block* target(const ScriptContext& context) const;
-  void choose(Block* block, bool is_this);
-
-  ObjectSubject<Block> block_;
-  bool is_this_ = true;
+  BlockSubject block_;
   bool occupied_ = false;
 };
 

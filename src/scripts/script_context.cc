@@ -1,5 +1,6 @@
 #include "scripts/script_context.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "core/i18n.h"
@@ -7,6 +8,7 @@
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "scripts/script.h"
+#include "scripts/script_turn.h"
 #include "track/point_base.h"
 
 namespace zemblar {
@@ -34,6 +36,19 @@ ScriptContext::ScriptContext(Script& owner, const EventInstance& of)
 
 ScriptContext::~ScriptContext() {
   take_all_back();
+}
+
+// What ends may wake a run, and the last handler of `signal_over_` may end this one.
+void ScriptContext::follow_instance() {
+  instance_finished_ =
+      script->signal_instance_finished().connect([this](const EventInstance& finished) {
+        if (finished != instance || is_over_) return;
+        is_over_ = true;
+        const auto over = signal_over_;
+        const ScriptTurn turn;
+        end_reservations();
+        over.emit();
+      });
 }
 
 Lok* ScriptContext::lok() const {
@@ -65,7 +80,9 @@ void ScriptContext::pop() {
   last_points->remove();
 }
 
+// No run that waits for what changes here goes on meanwhile, perhaps one of the same ending script.
 void ScriptContext::take_all_back() {
+  const ScriptTurn turn;
   while (!overlays.empty()) {
     const auto oldest = std::move(overlays.front());
     overlays.pop_front();
@@ -73,6 +90,31 @@ void ScriptContext::take_all_back() {
     point_overlays.pop_front();
     oldest->remove();
     oldest_points->remove();
+  }
+  end_reservations();
+}
+
+void ScriptContext::end_reservations() {
+  while (!reservations_.empty()) {
+    const auto first = std::move(reservations_.front());
+    reservations_.pop_front();
+  }
+}
+
+// What is over is dropped here, so that a run which goes on for long keeps no more than it needs.
+Reservation& ScriptContext::reserve(Block& block, Lok& lok) {
+  std::erase_if(reservations_,
+                [](const auto& one) { return one->get_state() == Reservation::State::over; });
+  return *reservations_.emplace_back(std::make_unique<Reservation>(block, lok));
+}
+
+void ScriptContext::release(const Block& block) {
+  for (;;) {
+    const auto found = std::ranges::find_if(
+        reservations_, [&](const auto& one) { return one->get_block() == &block; });
+    if (found == reservations_.end()) return;
+    const auto released = std::move(*found);
+    reservations_.erase(found);
   }
 }
 

@@ -10,6 +10,7 @@
 #include "runtime/scoped_connection.h"
 #include "scripts/script_event.h"
 #include "track/point_overlay.h"
+#include "track/reservation.h"
 
 namespace zemblar {
 
@@ -21,8 +22,12 @@ class PointState;
 /// The state of one run of a script, on the run's fiber.
 ///
 /// The run is cancelled when the script ends and when its list of commands changes. The destructor
-/// takes back all remaining levels of temporary changes, oldest first. When the script ends this
+/// takes back all remaining levels of temporary changes, oldest first, and ends what the run has
+/// reserved. When the script ends this
 /// happens at once, since the layout may be destroyed before a waiting run continues.
+///
+/// In a run that lasts as long as its condition, what is reserved ends with the condition, whatever
+/// command the run is at.
 ///
 /// `lok` and `block` are null when the object has ended, although `instance` still has its address
 /// for comparisons.
@@ -42,6 +47,12 @@ struct ScriptContext {
   [[nodiscard]] Lok* lok() const;
   [[nodiscard]] bool is_cancelled() const { return cancellable->is_cancelled(); }
 
+  /// Call at the beginning of a run that lasts as long as its instance.
+  void follow_instance();
+  /// True if the instance has finished in such a run. No command needs to wait any more.
+  [[nodiscard]] bool is_over() const { return is_over_; }
+  sigc::signal<void>& signal_over() { return signal_over_; }
+
   void push();
   /// Takes back the last level; does nothing without a level.
   void pop();
@@ -53,6 +64,11 @@ struct ScriptContext {
   void set_state(Function& function, bool state);
   void set_point(PointBase& point, PointState& state);
 
+  /// Reserves a block until the run ends or releases it; see Reservation.
+  Reservation& reserve(Block& block, Lok& lok);
+  /// Ends the reservations of this run for the block.
+  void release(const Block& block);
+
   /// The block of the instance; null when it has ended or there is none.
   [[nodiscard]] Block* block() const;
   /// Ends the run after the present command, and says why in the status line.
@@ -60,13 +76,18 @@ struct ScriptContext {
 
  private:
   void take_all_back();
+  void end_reservations();
 
+  std::deque<std::unique_ptr<Reservation>> reservations_;
   Block* block_;
   Lok* lok_;
   ScopedConnection block_deleted_;
   ScopedConnection lok_deleted_;
   ScopedConnection script_deleted_;
   ScopedConnection commands_changed_;
+  ScopedConnection instance_finished_;
+  bool is_over_ = false;
+  sigc::signal<void> signal_over_;
 };
 
 }  // namespace zemblar

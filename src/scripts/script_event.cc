@@ -4,6 +4,7 @@
 
 #include "runtime/generator.h"
 #include "scripts/script.h"
+#include "scripts/script_turn.h"
 
 namespace zemblar {
 namespace {
@@ -21,6 +22,15 @@ void ScriptEvent::set_or_flag(bool on) {
 
 bool ScriptEvent::opens_alternative() const {
   return script_ && (or_flag_ || script_->find_condition(this) == 0);
+}
+
+void ScriptEvent::trigger() {
+  if (!ScriptTurn::is_running() || !script_) {
+    later_.cancel();
+    signal_triggered_.emit();
+  } else if (!later_.armed()) {
+    later_ = Timeout::once(script_->round_delay(), [this] { signal_triggered_.emit(); });
+  }
 }
 
 // A generator passes only 32 bits, so the instance goes through the walk.

@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 
+#include "runtime/timer.h"
 #include "scripts/script_line.h"
 
 namespace zemblar {
@@ -71,6 +72,11 @@ class ScriptEvent : public ScriptLine {
   [[nodiscard]] Script* script() const { return script_; }
   /// True if the condition is the first of its alternative.
   [[nodiscard]] bool opens_alternative() const;
+  /// What the condition is about has changed, perhaps by a script. Triggers it; a change within a
+  /// ScriptTurn does so after Script::round_delay.
+  void trigger();
+  /// Forgets a change that has not triggered the condition yet.
+  void cancel_trigger() { later_.cancel(); }
 
  private:
   friend class Script;
@@ -80,6 +86,7 @@ class ScriptEvent : public ScriptLine {
   Script* script_ = nullptr;
   sigc::signal<void> signal_triggered_;
   sigc::signal<void> signal_or_changed_;
+  Timeout later_;
 };
 
 /// Iterates over the instances that a condition yields. Always call `next` until it returns null.

@@ -30,11 +30,12 @@ struct StateWords {
   const char* word;  // in a layout file
   const char* text;
 };
-constexpr std::array<StateWords, 4> all_states{{
+constexpr std::array<StateWords, 5> all_states{{
     {State::held, "held", N_("is held")},
     {State::standing, "standing", N_("is standing")},
     {State::driving, "driving", N_("is driving")},
     {State::lost, "lost", N_("has no place")},
+    {State::here, "here", N_("is in This Block")},
 }};
 
 const StateWords& words_of(State state) {
@@ -48,7 +49,7 @@ State read_state(const YAML::Node& node) {
   throw YAML::InvalidScalar(node.Mark());
 }
 
-bool is_in(const Lok& lok, State state) {
+bool holds(State state, const Lok& lok, const Block* found) {
   const auto speed = lok.get_speed_overlay();
   const bool stands = lok.get_brake() || lok.get_emergency_stop() || speed == 0;
   switch (state) {
@@ -60,6 +61,8 @@ bool is_in(const Lok& lok, State state) {
       return !stands;
     case State::lost:
       return !lok.front;
+    case State::here:
+      return found && lok.spans(found);
   }
   return false;
 }
@@ -138,11 +141,21 @@ void ScriptEventLokState::choose_state(State state) {
   announce();
 }
 
+/// True if it asks for a block that no line before it finds.
+bool ScriptEventLokState::lacks_block() const {
+  return state_ == State::here && opens_alternative();
+}
+
+bool ScriptEventLokState::is_armed() const {
+  return !lacks_block() && WatchingEvent::is_armed();
+}
+
 bool ScriptEventLokState::has_subject() const {
-  return whose_ == Whose::any || lok_.get_lok();
+  return (whose_ == Whose::any || lok_.get_lok()) && !lacks_block();
 }
 
 Glib::ustring ScriptEventLokState::no_subject_words() const {
+  if (lacks_block()) return _("No line before this one finds a block that it could be about.");
   return whose_ == Whose::this_one
              ? _("No line before this one finds a locomotive that it could be about.")
              : _("No locomotive is chosen: this condition never holds.");
@@ -151,17 +164,17 @@ Glib::ustring ScriptEventLokState::no_subject_words() const {
 WatchingEvent::Watches ScriptEventLokState::watch() {
   Watches watches;
   if (whose_ == Whose::any) {
-    watches.emplace_back(Lok::signal_condition_changed().connect([this](Lok&) { fire(); }));
+    watches.emplace_back(Lok::signal_condition_changed().connect([this](Lok&) { trigger(); }));
   } else if (auto* lok = lok_.get_lok()) {
     watches.emplace_back(Lok::signal_condition_changed().connect([this, lok](Lok& changed) {
-      if (&changed == lok) fire();
+      if (&changed == lok) trigger();
     }));
   }
   return watches;
 }
 
 void ScriptEventLokState::test(Lok* lok, const EventInstance& partial) const {
-  if (lok && !lok->is_deleting() && is_in(*lok, state_)) yield({partial.block, lok});
+  if (lok && !lok->is_deleting() && holds(state_, *lok, partial.block)) yield({partial.block, lok});
 }
 
 void ScriptEventLokState::generate_instances(const EventInstance& partial) {

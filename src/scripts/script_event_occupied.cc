@@ -129,6 +129,7 @@ void ScriptEventOccupied::arm() {
 
 void ScriptEventOccupied::disarm() {
   awake_ = false;
+  cancel_trigger();
   if (!occupied_changed_.connected()) return;
   occupied_changed_.disconnect();
   lok_changed_.disconnect();
@@ -167,7 +168,7 @@ void ScriptEventOccupied::choose_any() {
   awake_ = true;
   auto& all = Layout::get().get_all_blocks();
   occupied_changed_ = all.signal_changed().connect([this] { fire(); });
-  lok_changed_ = all.signal_lok_changed().connect([this] { fire(); });
+  lok_changed_ = all.signal_lok_changed().connect([this] { trigger(); });
   announce(1);
 }
 
@@ -181,7 +182,7 @@ void ScriptEventOccupied::choose(Block* chosen) {
   awake_ = true;
   follow();
   occupied_changed_ = chosen->signal_occupied().connect([this] { fire(); });
-  lok_changed_ = chosen->signal_lok_changed().connect([this] { fire(); });
+  lok_changed_ = chosen->signal_lok_changed().connect([this] { trigger(); });
   announce(1);
 }
 

@@ -56,7 +56,7 @@ void ScriptEventPointState::choose_state(PointState* state) {
 WatchingEvent::Watches ScriptEventPointState::watch() {
   Watches watches;
   if (auto* point = subject_.get_point()) {
-    watches.emplace_back(point->signal_state_changed().connect([this] { fire(); }));
+    watches.emplace_back(point->signal_state_changed().connect([this] { trigger(); }));
   }
   return watches;
 }

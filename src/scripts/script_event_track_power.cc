@@ -47,7 +47,7 @@ void ScriptEventTrackPower::choose(bool on) {
 WatchingEvent::Watches ScriptEventTrackPower::watch() {
   Watches watches;
   watches.emplace_back(Layout::get().connect_property_changed_with_return(
-      "track-power", sigc::mem_fun(*this, &ScriptEventTrackPower::fire)));
+      "track-power", sigc::mem_fun(*this, &ScriptEventTrackPower::trigger)));
   return watches;
 }
 

@@ -2,7 +2,9 @@
 
 #include <cassert>
 
+#include "core/i18n.h"
 #include "core/layout.h"
+#include "scripts/block_subject.h"
 #include "scripts/point_subject.h"
 #include "scripts/script_entry.h"
 
@@ -128,6 +130,34 @@ std::vector<ScriptLine::Argument> ScriptLine::point_arguments(
           {.type = ArgType::menu,
            .text = [&subject] { return subject.state_text(); },
            .choices = states}};
+}
+
+ScriptLine::Argument ScriptLine::block_argument(unsigned arg, BlockSubject& subject) {
+  const auto choose_this = [this, arg, &subject] {
+    if (subject.is_this()) return;
+    signal_changing().emit();
+    subject.set_this();
+    signal_line_changed().emit(arg);
+  };
+  const auto choose = [this, arg, &subject](Block* block) {
+    if (!subject.is_this() && block == subject.get_block()) return;
+    signal_changing().emit();
+    subject.set_block(block);
+    signal_line_changed().emit(arg);
+  };
+  const auto choices = [this, choose_this, choose] {
+    std::vector<Block*> blocks;
+    collect(Layout::get(), blocks);
+    std::vector<ScriptChoice> all;
+    all.push_back(choice(_("This Block"), choose_this));
+    if (!blocks.empty()) all.push_back({.text = {}, .choose = {}, .separator = true});
+    for (auto* block : blocks) {
+      all.push_back(choice(
+          block->get_name(), [choose, block] { choose(block); }, block));
+    }
+    return all;
+  };
+  return {.type = ArgType::menu, .text = [&subject] { return subject.text(); }, .choices = choices};
 }
 
 ScriptChoice ScriptLine::choice(const Glib::ustring& text, const std::function<void()>& choose,

@@ -18,6 +18,7 @@ class Node;
 
 namespace zemblar {
 
+class BlockSubject;
 class Object;
 class PointBase;
 class PointState;
@@ -125,6 +126,8 @@ class ScriptLine : public sigc::trackable {
   [[nodiscard]] std::vector<Argument> point_arguments(
       const PointSubject& subject, const std::function<void(PointBase*)>& choose_point,
       const std::function<void(PointState*)>& choose_state);
+  /// The argument with this number: "This Block", or a block.
+  [[nodiscard]] Argument block_argument(unsigned arg, BlockSubject& subject);
   /// The argument with this number: a speed.
   [[nodiscard]] Argument speed_argument(unsigned arg, SpeedArg& speed);
 

@@ -195,7 +195,10 @@ void Script::run_instance(const EventInstance& instance, bool by_condition) {
   std::unique_ptr<ScriptCommand> last;
   if (while_mode) {
     context.push();
-    if (by_condition) last = std::make_unique<ScriptCommandWaitInitEvent>(*this);
+    if (by_condition) {
+      context.follow_instance();
+      last = std::make_unique<ScriptCommandWaitInitEvent>(*this);
+    }
   }
   for (std::size_t i = 0; i < commands.size(); ++i) {
     commands[i]->run(context);

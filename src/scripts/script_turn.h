@@ -6,7 +6,7 @@ namespace zemblar {
 ///
 /// What a script changes meanwhile sets off no other script on the same stack, but in a later
 /// iteration of the main loop. So scripts that set each other off in a circle leave the loop to its
-/// other work. (Reports from blocks are the exception; no script makes them.)
+/// other work. (Reports of detectors are the exception; no script makes them.)
 class ScriptTurn {
  public:
   ScriptTurn() { ++depth_; }

@@ -22,6 +22,7 @@ struct Wait {
   Timeout later{};         // a look waits for the end of a ScriptTurn
   std::vector<ScopedConnection> watches{};
   ScopedConnection cancelled{};
+  ScopedConnection over{};
   Timeout limit{};
 };
 
@@ -30,6 +31,7 @@ void end(const std::shared_ptr<Wait>& wait) {
   if (!waiter) return;
   wait->watches.clear();
   wait->cancelled.disconnect();
+  wait->over.disconnect();
   wait->later.cancel();
   wait->limit.cancel();
   const ScriptTurn turn;
@@ -58,6 +60,7 @@ void wait_until(
     const std::function<std::vector<ScopedConnection>(const sigc::slot<void>&)>& connect,
     std::chrono::milliseconds limit) {
   if (context.is_cancelled() || holds()) return;
+  if (context.is_over()) return context.cancellable->cancel();
   const auto wait = std::make_shared<Wait>();
   wait->script = context.script;
   wait->holds = [&context, &holds] { return context.is_cancelled() || holds(); };
@@ -65,6 +68,9 @@ void wait_until(
     wait->waiter = waiter;
     wait->watches = connect([wait] { look(wait); });
     wait->cancelled = context.cancellable->signal_cancelled().connect([wait] { end(wait); });
+    wait->over = context.signal_over().connect([wait, cancellable = context.cancellable] {
+      if (wait->waiter) cancellable->cancel();
+    });
     if (limit.count() > 0) wait->limit = Timeout::once(limit, [wait] { end(wait); });
   });
 }

@@ -1,10 +1,9 @@
 #include "scripts/watching_event.h"
 
 #include "core/i18n.h"
-#include "scripts/script.h"
-#include "scripts/script_turn.h"
 
 namespace zemblar {
+
 bool WatchingEvent::is_armed() const {
   if (depends_on_lines_before()) return !opens_alternative();
   return !watches_.empty();
@@ -20,7 +19,7 @@ void WatchingEvent::arm() {
 
 void WatchingEvent::disarm() {
   awake_ = false;
-  later_.cancel();
+  cancel_trigger();
   if (watches_.empty()) return;
   watches_.clear();
   signal_line_changed().emit(1);
@@ -46,18 +45,9 @@ void WatchingEvent::follow_subject() {
 
 // A handler of the announcement may end the line.
 void WatchingEvent::announce() {
-  const sigc::slot<void> then = sigc::mem_fun(*this, &WatchingEvent::fire);
+  const sigc::slot<void> then = sigc::mem_fun(*this, &WatchingEvent::trigger);
   announce_first_two();
   then();
-}
-
-void WatchingEvent::fire() {
-  if (!ScriptTurn::is_running() || !script()) {
-    later_.cancel();
-    signal_triggered().emit();
-  } else if (!later_.armed()) {
-    later_ = Timeout::once(script()->round_delay(), [this] { signal_triggered().emit(); });
-  }
 }
 
 }  // namespace zemblar

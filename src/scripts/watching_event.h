@@ -3,15 +3,13 @@
 #include <vector>
 
 #include "runtime/scoped_connection.h"
-#include "runtime/timer.h"
 #include "scripts/script_event.h"
 
 namespace zemblar {
 
 /// A condition that watches something, from the moment that its subject is chosen.
 ///
-/// Scripts change what such a condition is about. A change within a ScriptTurn triggers the
-/// condition after Script::round_delay.
+/// Scripts change what such a condition is about.
 class WatchingEvent : public ScriptEvent {
  public:
   [[nodiscard]] bool is_armed() const override;
@@ -24,8 +22,8 @@ class WatchingEvent : public ScriptEvent {
  protected:
   using Watches = std::vector<ScopedConnection>;
 
-  /// Connects everything on which the condition depends to `fire`. Nothing for a subject that the
-  /// lines before find, and without a subject.
+  /// Connects everything on which the condition depends to `trigger`. Nothing for a subject that
+  /// the lines before find, and without a subject.
   [[nodiscard]] virtual Watches watch() = 0;
   /// True if `watch` would have something to watch.
   [[nodiscard]] virtual bool has_subject() const = 0;
@@ -40,13 +38,10 @@ class WatchingEvent : public ScriptEvent {
   void follow_subject();
   /// An argument has changed: announces all, and evaluates the script.
   void announce();
-  /// What the condition is about has changed.
-  void fire();
 
  private:
   Watches watches_;
   bool awake_ = false;
-  Timeout later_;
 };
 
 }  // namespace zemblar

@@ -52,6 +52,7 @@ void Block::on_deleting() {
   for (auto& connection : input_signals_) connection.disconnect();
   const auto links = links_;
   for (auto* link : links) link->disconnect();
+  reservations_.end_all();
   if (lok_) replace_lok(nullptr);
 }
 
@@ -92,7 +93,9 @@ std::vector<Lok*> Block::detections() const {
 }
 
 void Block::on_occupied() {
-  signal_occupied_.emit();
+  const AliveGuard alive(*this);
+  reservations_.look();
+  if (alive) signal_occupied_.emit();
 }
 
 void Block::on_detected(Lok* lok) {
@@ -112,12 +115,15 @@ void Block::set_invert(bool invert) {
 
 // --- Holder ---
 
+// A block that somebody waits for has its next holder before scripts hear that it is released: for
+// them it has never been free.
 void Block::set_holder(Lok* lok) {
   if (lok_) lok_->forget_block(this);
   lok_ = lok;
   if (lok_) lok_->remember_block(this);
   const AliveGuard alive(*this);
   notify_property(*this, "lok");
+  if (alive) reservations_.look();
   if (alive) signal_lok_changed_.emit();
 }
 
@@ -126,7 +132,14 @@ void Block::set_lok(Lok* lok) {
 }
 
 void Block::clear_lok(Lok* lok) {
-  if (lok && lok_ == lok) set_holder(nullptr);
+  if (lok && lok_ == lok && !reservations_.keeps_for(*lok)) set_holder(nullptr);
+}
+
+void Block::leave(Lok* lok) {
+  const AliveGuard alive(*this);
+  const AliveGuard lok_lives(*lok);
+  reservations_.let_pass(*lok);
+  if (alive && lok_lives) clear_lok(lok);
 }
 
 void Block::replace_lok(Lok* lok) {

@@ -8,6 +8,7 @@
 #include "core/object.h"
 #include "runtime/scoped_connection.h"
 #include "track/block_link.h"
+#include "track/reservation.h"
 
 namespace zemblar {
 
@@ -22,6 +23,8 @@ class Lok;
 /// detects in it. Several blocks may share a detector. `lok` is the locomotive that block control
 /// has placed here; the first one that claims the block holds it until released. Writing the
 /// property replaces the holder without that check, so that the operator can free a stuck block.
+///
+/// A script can reserve a block for a locomotive, which makes that one the `lok`; see Reservation.
 ///
 /// A locomotive that ends releases all its blocks. A block that ends disconnects its links and its
 /// detector, and every locomotive that stands on it loses its place.
@@ -42,10 +45,20 @@ class Block : public Object {
   [[nodiscard]] Lok* get_lok() const { return lok_; }
   /// Sets the holder if the block has none.
   void set_lok(Lok* lok);
-  /// Releases the block if this locomotive holds it.
+  /// Releases the block if this locomotive holds it, and no reservation keeps it for the
+  /// locomotive.
   void clear_lok(Lok* lok);
+  /// The tail of the locomotive has left: releases the block, reserved or not.
+  void leave(Lok* lok);
   /// Sets the holder unconditionally, for the operator; null frees the block.
   void replace_lok(Lok* lok);
+
+  [[nodiscard]] ReservationQueue& get_reservations() { return reservations_; }
+  [[nodiscard]] const ReservationQueue& get_reservations() const { return reservations_; }
+  /// True if the block is reserved, and this locomotive does not hold it. Then it must not enter.
+  [[nodiscard]] bool is_kept_from(const Lok& lok) const {
+    return !reservations_.empty() && lok_ != &lok;
+  }
 
   void restore(const EntryChange& change) override;
 
@@ -72,6 +85,8 @@ class Block : public Object {
   /// The detector detects a locomotive, or no longer detects it.
   sigc::signal<void, Lok*>& signal_detected() { return signal_detected_; }
   sigc::signal<void, Lok*>& signal_lost() { return signal_lost_; }
+  /// A reservation has come to its turn or has to wait, or one has ended.
+  sigc::signal<void>& signal_reserved() { return signal_reserved_; }
   /// Faster than the notification of the property.
   sigc::signal<void>& signal_lok_changed() { return signal_lok_changed_; }
 
@@ -121,6 +136,8 @@ class Block : public Object {
   sigc::signal<void, Lok*> signal_detected_;
   sigc::signal<void, Lok*> signal_lost_;
   sigc::signal<void> signal_lok_changed_;
+  sigc::signal<void> signal_reserved_;
+  ReservationQueue reservations_{*this};
   ScopedConnection input_deleted_;
   std::vector<BlockLink*> links_;       // the block's own, in the order of construction
   std::vector<SavedLink> saved_links_;  // between reading and attaching

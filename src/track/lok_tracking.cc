@@ -29,25 +29,34 @@ bool is_occupied(const Block* block) {
   return block && block->occupied();
 }
 
+/// True if a reservation keeps the block for the locomotive, and it has not come yet.
+bool awaits(const Lok& lok, const Block& block) {
+  return block.get_reservations().keeps_for(lok) && !lok.spans(&block);
+}
+
 /// The blocks that one walk has passed. A walk claims the blocks that it passes, so it must stop
 /// before a passed block as before any held one. This class makes it stop even while it only looks
 /// ahead and claims nothing. A walk can reach a crossing or a scissor a second time through other
-/// links.
+/// links. A block that a reservation keeps for the locomotive ahead of its coming is passed like a
+/// free one.
 class PassedBlocks {
  public:
+  explicit PassedBlocks(const Lok& lok) : lok_(lok) {}
+
   /// Adds the block. False if the walk must stop before it.
   [[nodiscard]] bool try_pass(const Block* block) {
-    return !block->get_lok() && passed_.insert(block).second;
+    return (!block->get_lok() || awaits(lok_, *block)) && passed_.insert(block).second;
   }
 
  private:
+  const Lok& lok_;
   std::set<const Block*> passed_;
 };
 
-/// True if a walk from `link` reaches `target`, or a block that stops it, before a dead end or a
-/// point set against the train.
-bool way_is_open(BlockLink* link, const BlockLink* target) {
-  PassedBlocks passed;
+/// True if a walk of the locomotive from `link` reaches `target`, or a block that stops it, before
+/// a dead end or a point set against the train.
+bool way_is_open(const Lok& lok, BlockLink* link, const BlockLink* target) {
+  PassedBlocks passed(lok);
   for (;;) {
     auto* near = link->get_partner();
     if (!near) return false;
@@ -79,7 +88,22 @@ void Lok::on_track_event(void (Lok::*handler)()) {
 void Lok::handle(void (Lok::*handler)()) {
   const AliveGuard alive(*this);
   (this->*handler)();
+  if (alive) heed_reservation();
   if (alive) notify_place();
+}
+
+// Whatever has moved the front, it must not pass into a block that is reserved for somebody else. A
+// report that exchanges the ends leaves the other watches where they are.
+void Lok::heed_reservation() {
+  if (!must_wait()) return;
+  watch(6, neighbour(front)->signal_reserved(), &Lok::on_ahead_reserved);
+  set_brake(true);
+}
+
+/// True if the block ahead is reserved, and not for this locomotive.
+bool Lok::must_wait() const {
+  const auto* ahead = neighbour(front);
+  return ahead && ahead->is_kept_from(*this);
 }
 
 // Emits once for all changes of the place in one handler.
@@ -114,6 +138,7 @@ void Lok::reconnect() {
   if (auto* ahead = neighbour(front)) {
     watch(2, ahead->signal_occupied(), &Lok::on_ahead_occupied);
     watch(3, ahead->signal_route(), &Lok::on_ahead_route);
+    watch(6, ahead->signal_reserved(), &Lok::on_ahead_reserved);
   }
   if (auto* behind = neighbour(back)) {
     watch(4, behind->signal_occupied(), &Lok::on_behind_occupied);
@@ -180,9 +205,11 @@ void Lok::forget_block(const Block* block) {
 
 void Lok::reverse_place() {
   const auto reverse = [this] {
+    const AliveGuard alive(*this);
     std::swap(front, back);
     reconnect();
-    notify_place();
+    heed_reservation();
+    if (alive) notify_place();
   };
   BlockControlTurn::run(reverse, [&] { return sigc::track_obj(reverse, *this); });
 }
@@ -199,10 +226,11 @@ void Lok::on_ahead_occupied() {
     if (near == back || guard.came_round(near)) break;
     auto* block = near->get_block();
     if (block->has_input() && !block->occupied()) {
-      set_brake(false);
+      set_brake(block->is_kept_from(*this));
       break;
     }
-    if (block->get_lok() && block->get_lok() != this) {
+    const bool is_held = block->get_lok() && block->get_lok() != this;
+    if (is_held || (!block->has_input() && block->is_kept_from(*this))) {
       set_brake(true);
       break;
     }
@@ -244,7 +272,7 @@ void Lok::on_front_occupied() {
     front = former;
   }
   if (!moved) return;
-  set_brake(false);
+  set_brake(must_wait());
   if (alive) reconnect();
 }
 
@@ -257,7 +285,7 @@ void Lok::on_rear_occupied() {
   for (;;) {
     auto* block = back->get_block();
     if (!block->has_input() || block->occupied()) break;
-    block->clear_lok(this);
+    block->leave(this);
     if (!alive || !back) return;
     auto* far = back->get_opposite();
     auto* next = far && far != front ? far->get_partner() : nullptr;
@@ -292,7 +320,7 @@ bool Lok::release_undetected_tail() {
   const AliveGuard alive(*this);
   CircleGuard releasing;
   while (back && !back->get_block()->has_input()) {
-    back->get_block()->clear_lok(this);
+    back->get_block()->leave(this);
     if (!alive) return false;
     if (back) back = one_block_on(back);
     if (back && releasing.came_round(back)) back = nullptr;
@@ -305,8 +333,26 @@ void Lok::on_ahead_route() {
   if (!front) return;
   const auto* ahead = neighbour(front);
   const AliveGuard alive(*this);
-  set_brake(!ahead || ahead->occupied());
+  set_brake(!ahead || ahead->occupied() || ahead->is_kept_from(*this));
   if (alive) reconnect();
+}
+
+// Before an occupied block no brake is released, since this signal proves nobody to have moved. A
+// train whose turn has come goes on with the speed that was wished for while it waited.
+void Lok::on_ahead_reserved() {
+  const auto* ahead = neighbour(front);
+  if (!ahead || ahead->occupied()) return;
+  const AliveGuard alive(*this);
+  if (brake_ && !must_wait()) renew_speed();
+  if (alive) on_ahead_occupied();
+  if (alive && brake_ && !is_in_the_way(neighbour(front))) set_brake(false);
+}
+
+/// True if the next block is not free for this locomotive. At the end of the track nothing is.
+bool Lok::is_in_the_way(const Block* next) const {
+  if (!next) return false;
+  const auto* holder = next->get_lok();
+  return next->occupied() || (holder && holder != this) || next->is_kept_from(*this);
 }
 
 // --- RailCom ---
@@ -316,6 +362,7 @@ void Lok::detected(BlockLink* front_, BlockLink* back_, bool certain) {
   const auto place = [=, this] {
     const AliveGuard alive(*this);
     place_detected(front_, back_, certain);
+    if (alive) heed_reservation();
     if (alive) notify_place();
   };
   BlockControlTurn::run(place, [&] { return sigc::track_obj(place, *this, *front_->get_block()); });
@@ -323,7 +370,7 @@ void Lok::detected(BlockLink* front_, BlockLink* back_, bool certain) {
 
 void Lok::place_detected(BlockLink* front_, BlockLink* back_, bool certain) {
   auto* block = front_->get_block();
-  auto* holder = block->get_lok();
+  auto* holder = awaits(*this, *block) ? nullptr : block->get_lok();
   if (is_deleting() || block->is_deleting() || (holder && holder != this)) return;
   if (holder) {
     if (!certain) return;
@@ -381,9 +428,9 @@ void Lok::move_to_detected(BlockLink* front_, BlockLink* back_, bool certain) {
 template <typename Check>
 bool Lok::walk(BlockLink*& end, BlockLink* target, const Check& check) {
   if (end == target) return true;
-  if (!way_is_open(end, target)) return false;
+  if (!way_is_open(*this, end, target)) return false;
   const AliveGuard alive(*this);
-  PassedBlocks passed;
+  PassedBlocks passed(*this);
   do {
     auto* near = end->get_partner();
     if (!near || !passed.try_pass(near->get_block())) return false;

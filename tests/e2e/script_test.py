@@ -10,6 +10,8 @@ import time
 import unittest
 
 from demonstration import DemonstrationTest
+from picture import pointer
+from two_trains import choose_locomotive
 from zemblar_ui import SPLASH, NotSeen, pixels, press_keys, type_keys, wait_for
 
 DEMONSTRATION, LAYOUT = sys.argv[1:3]
@@ -67,11 +69,16 @@ class Scripts(DemonstrationTest):
     def menu_item(self, name):
         return self.program.application().find('menu item', name)
 
+    def is_shown(self, role, name):
+        """Items of menus that are not open have the same names."""
+        return any(item.has('showing') for item in self.program.application().find_all(role, name))
+
     def choose_by_keys(self, name):
         """In the menu that is open."""
-        wait_for(lambda: self.menu_item(name).has('showing'), f'a menu with {name}')
+        wait_for(lambda: self.is_shown('menu item', name), f'a menu with {name}')
         for _ in range(40):
-            if self.menu_item(name).has('focused'):
+            if any(item.has('focused')
+                   for item in self.program.application().find_all('menu item', name)):
                 return press_keys('Return')
             press_keys('Down')
             time.sleep(0.05)
@@ -180,6 +187,58 @@ class Scripts(DemonstrationTest):
                     *(line.format('Forwards') for line in lines))
         for end in ('South', 'North', 'South'):
             self.log.wait_for(f'Railcar 5 enters Branch {end}')
+
+    def choose_object_by_keys(self, key, kind, *steps):
+        """In the submenu of that kind. Assistive technology does not tell when its entries show."""
+        press_keys(key)
+        wait_for(lambda: self.is_shown('menu', kind), f'a menu with {kind}')
+        press_keys(*steps, 'Return')
+        wait_for(lambda: not self.is_shown('menu', kind), 'the menu to be closed')
+        time.sleep(0.3)  # until the dialog has the keys again
+
+    def test_a_click_on_an_entry_signal_sets_the_way_of_a_train(self):
+        """Written by keys alone, line by line and once more from the template."""
+        press_keys('Down', 'Return')
+        self.choose_by_keys('Set Point or Signal')
+        press_keys('Return')
+        self.choose_by_keys('West Point')
+        press_keys('Right', 'Return')
+        self.choose_by_keys('Curved')
+        press_keys('Home', 'Return')
+        self.choose_by_keys('Point or Signal Is…')
+        self.choose_by_keys('Exit Signal 2')
+        press_keys('Right', 'Return')
+        self.choose_by_keys('Go')
+        self.expect('When Exit Signal 2 is Go', 'Add Condition…', 'Set West Point to Curved',
+                    'Add Command…')
+        press_keys('ctrl+w')
+        self.program.gone(TITLE)
+
+        editor = self.program.window('Zemblar 0.1 — Track Editor')
+        objects = editor.find('tree table', 'Objects')
+        objects.select_row('Scripts')
+        pointer('search', '--name', editor.name, 'windowactivate', '--sync')
+        wait_for(lambda: editor.has('active'), 'the track editor in front')
+        press_keys('alt+t')
+        self.choose_by_keys('Route by Entry Signal')
+        dialog = self.program.window('Route by Entry Signal')
+        wait_for(lambda: dialog.has('active'), 'the dialog in front')
+        self.choose_object_by_keys('alt+s', 'Points & Signals', 'Down', 'Right', *4 * ['Down'])
+        press_keys('Tab', 'Down')
+        self.choose_object_by_keys('alt+f', 'Points & Signals', 'Down', 'Right')
+        press_keys('Tab', 'Down')
+        self.choose_object_by_keys('alt+b', 'Blocks', 'Down', 'Down', 'Right', 'Down')
+        press_keys('alt+e')
+        wait_for(lambda: 'Route by Exit Signal 2' in objects.rows(), 'the script')
+
+        throttle = self.program.window('Throttle')
+        choose_locomotive(self.program, throttle, 'Local 24')
+        throttle.find('slider', 'Speed').set_value(60)
+        view = self.program.window('Zemblar 0.1 — Track View').find('drawing area', 'Station')
+        [signal] = [item for item in view.children() if item.name.startswith('Exit Signal 2')]
+        signal.press()
+        self.log.wait_for('Local 24 enters Station 2')
+        wait_for(lambda: signal.name.endswith('Stop'), f'a signal at stop, not {signal.name}')
 
 
 unittest.main(argv=sys.argv[:1], verbosity=2)

@@ -98,6 +98,22 @@ TEST_F(RailwayLines, trains_that_are_held_stand_drive_or_are_lost_start_scripts)
   at(&block("A")).occupy(false);
   EXPECT_EQ(news(), News{"lost"}) << "after it had a place";
 
+  auto* here = script_on("B");
+  condition_of(*here, "lok-state", {"x", "is in This Block"});
+  report(*here, "here");
+  auto* nowhere = script();
+  condition_of(*nowhere, "lok-state", {"x", "is in This Block"});
+  report(*nowhere, "nowhere");
+  EXPECT_FALSE(nowhere->get_condition(0)->is_armed());
+  EXPECT_FALSE(nowhere->sleeps());
+  auto* y = new_lok("y");
+  at(&block("B")).see(y, 2);
+  EXPECT_EQ(news(), News{"stands"}) << "the new one";
+  y->destroy();
+  at(&block("B")).occupy(false);
+  at(&block("B")).see(lok, 2);
+  EXPECT_EQ(news(), News{"here"});
+
   auto* shadow = script(true);
   condition_of(*shadow, "lok-state", {"x", "is standing"});
   set_speed(*shadow, "This Locomotive", 100);
@@ -339,6 +355,97 @@ TEST_F(RailwayLines, a_train_that_a_script_stops_stands_and_a_brake_is_sent_befo
   EXPECT_EQ(news(), News{});
 }
 
+TEST_F(RailwayLines, a_block_is_reserved_by_one_run_after_another_and_never_for_longer) {
+  auto* x = lok;
+  auto* y = new_lok("y");
+  const auto guard = [this](const char* approach) {
+    auto* made = script_on(approach, true);
+    auto& line = command(*made, "reserve", {"This Locomotive", "C"});
+    EXPECT_EQ(sentence(line), "Reserve C for This Locomotive");
+    report(*made, approach);
+    return made;
+  };
+  auto* c = zone("C");
+  auto* first = guard("A");
+  auto* second = guard("B");
+  at(c).occupy();
+  at(&block("A")).see(x, 2);
+  EXPECT_EQ(news(), News{});
+  EXPECT_EQ(get_status(), "x waits for C.");
+  at(&block("B")).see(y, 2);
+  at(c).occupy(false);
+  EXPECT_EQ(news(), News{"A"});
+  EXPECT_EQ(c->get_lok(), x);
+  EXPECT_EQ(get_status(), "y waits for C.");
+  first->set_while(true);
+  command(*first, "say");  // an edit ends the run
+  EXPECT_EQ(news(), News{"B"});
+  EXPECT_NE(get_status(), "y waits for C.");
+  second->destroy();
+  EXPECT_EQ(c->get_lok(), nullptr);
+
+  auto* releases = script_on("A");
+  command(*releases, "reserve", {"y", "C"});
+  command(*releases, "release", {"C"});
+  wait(*releases, 1);
+  report(*releases, "done");
+  fill("A", false), fill("A");
+  EXPECT_EQ(releases->num_runs(), 1u);
+  EXPECT_EQ(c->get_lok(), nullptr);
+  clock.advance(1s);
+  EXPECT_EQ(news(), News{"done"});
+
+  at(c).occupy();
+  releases->remove_command(1);
+  fill("A", false), fill("A");
+  c->destroy();
+  EXPECT_EQ(get_status(), releases->get_name() + " stops: What it reserves is not there.");
+  EXPECT_EQ(releases->num_runs(), 0u);
+}
+
+TEST_F(RailwayLines, what_is_reserved_ends_with_the_condition_of_the_run) {
+  const auto zones = row({"Z", "N", "C"});
+  auto* guard = script_on("N", true);
+  const auto comes = [&] {
+    auto* train = new_lok_in(zones[0], "train");
+    at(zones[1]).occupy();
+    at(zones[0]).occupy(false);
+    clock.advance(0ms);
+    return train;
+  };
+  const auto turns_away = [&](Lok* train) {
+    train->set_direction(Direction::Reverse);
+    at(zones[0]).occupy();
+    at(zones[1]).occupy(false);
+    clock.advance(0ms);
+  };
+  command(*guard, "reserve", {"This Locomotive", "C"});
+  at(zones[2]).see(new_lok("other"), 2);
+  auto* train = comes();
+  EXPECT_EQ(get_status(), "train waits for C.");
+  turns_away(train);
+  EXPECT_EQ(guard->num_runs(), 0u);
+  EXPECT_EQ(get_status(), "");
+  zones[2]->replace_lok(nullptr);
+  at(zones[2]).occupy(false);
+  EXPECT_EQ(zones[2]->get_lok(), nullptr) << "it has gone";
+  train->destroy();
+
+  for (const bool waits_first : {false, true}) {
+    wait(*guard, 5);
+    if (waits_first) guard->move_command(1, 0);
+    train = comes();
+    EXPECT_EQ(zones[2]->get_lok(), waits_first ? nullptr : train);
+    turns_away(train);
+    EXPECT_EQ(zones[2]->get_lok(), nullptr) << "while the run waits for something else";
+    clock.advance(1min);
+    EXPECT_EQ(zones[2]->get_lok(), nullptr) << "and afterwards";
+    EXPECT_TRUE(zones[2]->get_reservations().empty());
+    train->destroy();
+    guard->remove_command(waits_first ? 0 : 1);
+  }
+}
+
 TEST_F(RailwayLines, a_text_is_said_in_the_status_line) {
   auto* made = script_on("A");
   auto& line = command(*made, "say");
@@ -364,7 +471,8 @@ TEST_F(RailwayLines, come_back_from_a_file_without_states_of_other_points) {
            state +
            "]\n      - [And, lok-state, Any, lost]\n      - [And, track-power, false]\n"
            "    commands:\n      - [set-point, 4, 6]\n      - [wait-block, This, free, 30]\n"
-           "      - [wait-point, 1, 3, 0]\n      - [run-script, 7]\n      - [say, \"A: b\"]\n";
+           "      - [wait-point, 1, 3, 0]\n      - [run-script, 7]\n      - [say, \"A: b\"]\n"
+           "      - [reserve, This, This]\n      - [release, ~]\n";
   };
   for (const auto* state : {"3", "6", "~"}) {
     ASSERT_TRUE(Layout::open_bytes("scripts.zblt", file(state))) << get_status();
@@ -378,8 +486,9 @@ TEST_F(RailwayLines, come_back_from_a_file_without_states_of_other_points) {
     ASSERT_TRUE(Layout::open_bytes("scripts.zblt", saved));
     EXPECT_EQ(layout().serialize(), saved);
   }
-  for (const auto* bad : {"[wait-block, This, full, 0]", "[wait-block, This, free, 3601]",
-                          "[wait-block, This, free]", "[wait-point, 1, 3, -1]", "[say]"}) {
+  for (const auto* bad :
+       {"[wait-block, This, full, 0]", "[wait-block, This, free, 3601]", "[wait-block, This, free]",
+        "[wait-point, 1, 3, -1]", "[say]", "[reserve, This]"}) {
     const auto text =
         "%YAML 1.2\ntitle: T\nobjects:\n  - !script\n    name: S\n    id: 1\n"
         "    commands:\n      - " +

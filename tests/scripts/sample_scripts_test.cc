@@ -23,5 +23,16 @@ TEST_F(SampleLaps, end_in_a_collision_when_the_railcar_does_not_wait_for_the_lin
   EXPECT_NE(bad.trouble.find(" has run into "), std::string::npos) << bad.trouble;
 }
 
+// With a third train and a person who stops trains, who would meet the railcar by times alone.
+TEST_F(SampleLaps, go_on_with_the_scripts_of_the_templates) {
+  folder.write("sample.zblt", test::bytes_of(ZEMBLAR_SOURCE_DIR "/data/layouts/sample.zblt"));
+  const auto laps = simulator::run_laps({.folder = folder.path(),
+                                         .evening = "sample, scripts by templates",
+                                         .hours = 0.15,
+                                         .order = 1});
+  EXPECT_EQ("", laps.trouble);
+  EXPECT_EQ(laps.laps.size(), 4u);
+}
+
 }  // namespace
 }  // namespace zemblar

@@ -1,11 +1,16 @@
 #include "ui/panels/script_properties.h"
 
+#include <gtkmm/menu.h>
+
 #include "core/i18n.h"
 #include "core/toplevel.h"
 #include "scripts/script.h"
+#include "scripts/script_template.h"
 #include "ui/scripts/script_editor.h"
+#include "ui/scripts/template_dialog.h"
 #include "ui/toolkit/edit_history.h"
 #include "ui/toolkit/new_button.h"
+#include "ui/toolkit/popup.h"
 
 namespace zemblar {
 namespace {
@@ -14,8 +19,11 @@ namespace {
 class ScriptToplevelProperties : public Form {
  public:
   ScriptToplevelProperties(ScriptToplevel& scripts, const Labels& labels)
-      : Form(labels), start_(_("_Start Scripts"), true) {
+      : Form(labels),
+        templates_(_("New Script from _Template…"), true),
+        start_(_("_Start Scripts"), true) {
     add_new_button<Script>(*this, _("_New Script"), scripts);
+    offer_templates();
     add_wide(start_);
     start_.set_tooltip_text(
         _("Scripts of an opened file sleep, so that no file moves a train by itself. This wakes "
@@ -28,6 +36,23 @@ class ScriptToplevelProperties : public Form {
  private:
   void follow() { start_.set_sensitive(sleeping_scripts() != 0); }
 
+  void offer_templates() {
+    for (const auto& offered : script_templates()) {
+      auto* item = Gtk::manage(new Gtk::MenuItem(_(offered.name)));
+      item->set_tooltip_text(_(offered.purpose));
+      item->signal_activate().connect(
+          [this, &offered] { TemplateDialog::run(offered, templates_); });
+      menu_.append(*item);
+    }
+    menu_.show_all();
+    templates_.set_tooltip_text(
+        _("Asks for blocks, signals and trains, and writes scripts that you can read and change"));
+    templates_.signal_clicked().connect([this] { popup_below(menu_, templates_); });
+    add_wide(templates_);
+  }
+
+  Gtk::Menu menu_;
+  Gtk::Button templates_;
   Gtk::Button start_;
   ScopedConnection sleeping_changed_;
 };

@@ -19,6 +19,7 @@ class ComboBoxText : public Gtk::ComboBox, public Gtk::CellEditable {
   explicit ComboBoxText(bool has_entry = false);
 
   void append(const Glib::ustring& text);
+  void remove_all() { texts_->clear(); }
   /// The chosen or typed text; empty if there is none.
   [[nodiscard]] Glib::ustring get_text() const;
   /// Without an entry, selects the text if it is in the list, else nothing.
