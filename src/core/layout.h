@@ -98,6 +98,8 @@ class Layout : public Object {
   /// Resolves the references of the entries that have just been read: emits `signal_resolve`, then
   /// `signal_post_resolve`. False if a slot of the second one has failed.
   bool resolve();
+  /// Forgets the references of entries that could not be read.
+  void drop_references();
 
   [[nodiscard]] const Glib::RefPtr<Gio::File>& get_file() const { return file_; }
   /// The file's path; empty when there is no file.

@@ -100,8 +100,7 @@ bool Layout::replace_by(Layout* opened, const std::function<void()>& load,
   }
   if (problem) {
     get(previous);
-    opened->signal_resolve_.clear();
-    opened->signal_post_resolve_.clear();
+    opened->drop_references();
     opened->destroy();
     set_status(Glib::ustring::compose(_("Couldn't open %1: %2"), name, *problem));
     return false;
@@ -138,6 +137,11 @@ bool Layout::resolve() {
   const bool consistent = signal_post_resolve_.emit();
   signal_post_resolve_.clear();
   return consistent;
+}
+
+void Layout::drop_references() {
+  signal_resolve_.clear();
+  signal_post_resolve_.clear();
 }
 
 void Layout::read_title(const YAML::Node& node) {

@@ -5,6 +5,8 @@
 
 namespace zemblar {
 
+class NamedForm;
+
 /// While one exists, entries are written and read in a form for this program alone, for undo and
 /// backup copies. It uses the numbers given to the constructor. Every kind of object has an entry,
 /// also those that a layout file cannot hold. An entry has all settings of its object, some under
@@ -22,6 +24,7 @@ class PrivateForm {
  private:
   static inline unsigned depth_ = 0;
   ObjectNumbers* former_;
+  NamedForm* former_named_;  // does not apply to entries within this form
 };
 
 /// Writes the key in the private form only.

@@ -8,6 +8,7 @@
 
 #include "core/i18n.h"
 #include "core/layout.h"
+#include "core/named_form.h"
 #include "core/object.h"
 #include "core/private_form.h"
 
@@ -48,6 +49,10 @@ YAML::Emitter& operator<<(YAML::Emitter& out, const Object& object) {
 
 YAML::Emitter& operator<<(YAML::Emitter& out, const Object* object) {
   if (!object) return out << YAML::Null;
+  if (NamedForm::used()) {
+    NamedForm::write(out, *object);
+    return out;
+  }
   return out << Layout::get().get_id(object);
 }
 
@@ -135,8 +140,15 @@ YAML::_Tag unwritable_tag(const std::string& tag) {
   return YAML::LocalTag(PrivateForm::is_used() ? tag : "!" + tag);
 }
 
-void resolve_later(unsigned id, std::function<bool(Object*)> assign) {
+void resolve_later(const YAML::Node& node, std::function<bool(Object*)> assign) {
   auto& layout = Layout::get();
+  if (auto* form = NamedForm::used()) {
+    layout.signal_resolve().connect(
+        [find = form->read(node), assign = std::move(assign)] { return assign(find()); });
+    return;
+  }
+  unsigned id = 0;
+  node >> id;
   layout.signal_resolve().connect(
       [&layout, id, assign = std::move(assign)] { return assign(layout.find_id(id)); });
 }

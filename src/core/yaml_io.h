@@ -53,9 +53,10 @@ YAML::Node required(const YAML::Node& node, const char* key);
 void write_bytes(YAML::Emitter& out, const std::string& bytes);
 [[nodiscard]] std::string read_bytes(const YAML::Node& node);
 
-/// When everything has been read, the current layout calls `assign` with the object that has this
-/// number, or with null when there is none. `assign` returns true if it uses the object.
-void resolve_later(unsigned id, std::function<bool(Object*)> assign);
+/// Reads a reference that is not null. When everything has been read, the current layout calls
+/// `assign` with the object that has this number, or with null when there is none. `assign` returns
+/// true if it uses the object.
+void resolve_later(const YAML::Node& node, std::function<bool(Object*)> assign);
 
 /// Reads a reference. A null is stored at once. A number is looked up when the whole file has been
 /// read; an unknown number, or an object of another class, leaves null. `target` must exist until
@@ -66,9 +67,7 @@ requires std::is_class_v<T>
 void operator>>(const YAML::Node& node, T*& target) {
   target = nullptr;
   if (node.IsNull()) return;
-  unsigned id = 0;
-  node >> id;
-  resolve_later(id, [&target](Object* object) {
+  resolve_later(node, [&target](Object* object) {
     target = dynamic_cast<T*>(object);
     return target != nullptr;
   });

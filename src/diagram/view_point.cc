@@ -42,9 +42,7 @@ ViewPoint::ViewPoint(const YAML::Node& node) : ViewPoint() {
     auto& leg = add_leg();
     leg.node.load(entry.second);
     if (entry.first.IsNull()) continue;
-    unsigned id = 0;
-    entry.first >> id;
-    resolve_later(id, [this, &leg](zemblar::Object* object) {
+    resolve_later(entry.first, [this, &leg](zemblar::Object* object) {
       auto* state = dynamic_cast<PointState*>(object);
       if (state && point_ && state->get_owner() == point_) set_state(leg, *state);
       return state != nullptr;

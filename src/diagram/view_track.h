@@ -109,9 +109,7 @@ void load_shown(const YAML::Node& node, const char* key, const std::function<voi
   const auto value = node[key];
   if (!value) throw YAML::TypedKeyNotFound<std::string>(node.Mark(), key);
   if (value.IsNull()) return;
-  unsigned id = 0;
-  value >> id;
-  resolve_later(id, [attach](zemblar::Object* object) {
+  resolve_later(value, [attach](zemblar::Object* object) {
     auto* shown = dynamic_cast<T*>(object);
     if (shown) attach(*shown);
     return shown != nullptr;

@@ -83,8 +83,8 @@ void Script::set_while(bool on) {
 
 // --- Conditions ---
 
-void Script::adopt(ScriptEvent* line) {
-  conditions.emplace_back(line);
+void Script::adopt(ScriptEvent* line, std::size_t place) {
+  conditions.emplace(conditions.begin() + static_cast<std::ptrdiff_t>(place), line);
   line->script_ = this;
   line->signal_changing().connect(sigc::mem_fun(*this, &Script::on_changing));
   line->signal_triggered().connect(sigc::mem_fun(*this, &Script::on_triggered));
@@ -99,8 +99,8 @@ void Script::on_changing() {
 
 unsigned Script::add_condition(ScriptEvent* line) {
   before_change();
-  adopt(line);
-  const auto index = get_num_conditions() - 1;
+  const auto index = get_num_conditions();
+  adopt(line, index);
   condition_added_.emit(index);
   signal_sleeping_changed().emit();
   return index;
@@ -137,17 +137,47 @@ int Script::find_condition(const ScriptEvent* line) const {
   return place_of(conditions, line);
 }
 
+bool Script::has_only_off_conditions() const {
+  return !conditions.empty() &&
+         std::ranges::all_of(conditions, [](const auto& line) { return line->is_off(); });
+}
+
+bool Script::opens_alternative(const ScriptEvent& line) const {
+  const auto place = find_condition(&line);
+  if (place < 0) return false;
+  for (auto i = static_cast<std::size_t>(place); i > 0; --i) {
+    if (conditions[i]->get_or_flag()) return true;
+    if (!conditions[i - 1]->is_off()) return false;
+  }
+  return true;
+}
+
+void Script::set_off(ScriptLine& line, bool off) {
+  if (line.off_ == off) return;
+  on_changing();
+  line.off_ = off;
+  const sigc::slot<void> announce =
+      sigc::track_obj([&line] { line.signal_line_changed().emit(0); }, line);
+  const AliveGuard alive(*this);
+  if (find_condition(dynamic_cast<ScriptEvent*>(&line)) < 0) {
+    announce_commands_changed();
+  } else {
+    finish_instances();
+  }
+  if (alive) announce();
+}
+
 // --- Commands ---
 
-void Script::adopt(ScriptCommand* line) {
-  commands.emplace_back(line);
+void Script::adopt(ScriptCommand* line, std::size_t place) {
+  commands.emplace(commands.begin() + static_cast<std::ptrdiff_t>(place), line);
   line->signal_changing().connect(sigc::mem_fun(*this, &Script::on_changing));
 }
 
 unsigned Script::add_command(ScriptCommand* line) {
   before_change();
-  adopt(line);
-  const auto index = get_num_commands() - 1;
+  const auto index = get_num_commands();
+  adopt(line, index);
   command_added_.emit(index);
   announce_commands_changed();
   return index;

@@ -27,6 +27,9 @@ namespace zemblar {
 /// edit of its commands, cancels all runs: each stops after its present command, at once if that
 /// command waits.
 ///
+/// A line can be switched off. Switching a condition off or on starts no run, but finishes the
+/// instances that no longer hold. An alternative whose conditions are all off never holds.
+///
 /// A change during a BlockControlTurn is evaluated after the turn; a change caused by an
 /// evaluation, after that evaluation. A script does nothing if it is not in the current layout, or
 /// if that is being emptied.
@@ -61,6 +64,23 @@ class Script : public Object {
   [[nodiscard]] unsigned get_num_commands() const;
   [[nodiscard]] ScriptCommand* get_command(unsigned index) const;
   [[nodiscard]] int find_command(const ScriptCommand* line) const;
+
+  /// Adds the lines of an entry: conditions before the line `before` if that is a condition,
+  /// commands if it is a command, else at the end. With `wake`, and unless the script sleeps, the
+  /// conditions are armed when their references have been resolved. The words "When" and "While"
+  /// set the mode of a script without conditions, and stand for "Or" in another one. Returns the
+  /// first line added; null if the entry has none. Throws as the constructor does, and also for
+  /// unknown lines, and adds nothing then.
+  ScriptLine* insert_lines(const YAML::Node& entry, const ScriptLine* before, bool wake = true);
+  /// Writes all lines as the constructor reads them, or only one.
+  void save_lines(YAML::Emitter& out, const ScriptLine* only = nullptr) const;
+  /// Switches a line of this script off or on.
+  void set_off(ScriptLine& line, bool off);
+  /// True if there are conditions, and all of them are switched off.
+  [[nodiscard]] bool has_only_off_conditions() const;
+  /// True if no condition of the alternative stands before this one, apart from some that are
+  /// switched off.
+  [[nodiscard]] bool opens_alternative(const ScriptEvent& line) const;
 
   /// Claims a name for a line. False for type 0, and if the name has another type already.
   bool add_variable(const Glib::ustring& name, int type);
@@ -113,15 +133,14 @@ class Script : public Object {
 
   void load_conditions(const YAML::Node& node);
   void load_commands(const YAML::Node& node);
-  void save_conditions(YAML::Emitter& out) const;
-  void save_commands(YAML::Emitter& out) const;
   void restore_conditions(const YAML::Node& now, const YAML::Node& entry);
   void restore_commands(const YAML::Node& now, const YAML::Node& entry);
   void insert_condition(unsigned index, const YAML::Node& entry, bool arm);
   void restore_words(const YAML::Node& list);
   void restore_mode(const EntryChange& change);
-  void adopt(ScriptEvent* line);
-  void adopt(ScriptCommand* line);
+  static void arm_when_resolved(ScriptEvent* line);
+  void adopt(ScriptEvent* line, std::size_t place);
+  void adopt(ScriptCommand* line, std::size_t place);
   void on_changing();
   void announce_commands_changed();
   /// True if the script is in the current layout and that is not being emptied.
@@ -132,8 +151,10 @@ class Script : public Object {
   [[nodiscard]] bool is_settled() const;
   void on_line_changed();
   void evaluate();
+  void finish_instances();
   void sweep();
-  void match(std::size_t position, const EventInstance& instance, bool first);
+  [[nodiscard]] std::size_t next_in_alternative(std::size_t position, bool opens) const;
+  void match(std::size_t position, const EventInstance& instance);
   void complete(const EventInstance& instance);
   [[nodiscard]] std::vector<EventInstance> take_finished();
   void on_ended(const EventInstance& instance);
@@ -164,7 +185,8 @@ class Script : public Object {
   StatusNote circle_;
   Timeout circle_over_;
   bool evaluating_ = false;
-  bool starting_ = false;  // within `run_once`
+  bool only_finishes_ = false;  // instances that come to hold are left to the next evaluation
+  bool starting_ = false;       // within `run_once`
   bool again_ = false;
   bool waiting_ = false;    // an evaluation waits for the end of the BlockControlTurn
   bool unsettled_ = false;  // an evaluation waits for a line whose block is ending

@@ -21,7 +21,7 @@ void ScriptEvent::set_or_flag(bool on) {
 }
 
 bool ScriptEvent::opens_alternative() const {
-  return script_ && (or_flag_ || script_->find_condition(this) == 0);
+  return script_ && script_->opens_alternative(*this);
 }
 
 void ScriptEvent::trigger() {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "core/entry_change.h"
@@ -16,6 +17,9 @@
 namespace zemblar {
 namespace {
 
+constexpr auto conditions_key = "conditions";
+constexpr auto commands_key = "commands";
+
 constexpr auto when_word = "When";
 constexpr auto while_word = "While";
 constexpr auto and_word = "And";
@@ -25,8 +29,41 @@ constexpr auto or_word = "Or";
 constexpr auto mode_key = "while";
 constexpr auto first_or_key = "first-or";
 
-bool is_line(const YAML::Node& entry, std::size_t least) {
-  return entry.IsSequence() && entry.size() >= least;
+// Behind the arguments of a line that is switched off stands `{off: true}`.
+constexpr auto off_key = "off";
+
+/// What the entry of a line has before its arguments.
+constexpr std::size_t condition_head = 2;
+constexpr std::size_t command_head = 1;
+
+/// The entry of a line as its kind reads it.
+struct LineEntry {
+  YAML::Node node;
+  bool off = false;
+};
+
+/// No value for what is no line.
+std::optional<LineEntry> line_entry(const YAML::Node& entry, std::size_t least) {
+  if (!entry.IsSequence() || entry.size() < least) return std::nullopt;
+  const auto last = entry[entry.size() - 1];
+  if (entry.size() == least || !last.IsMap()) return LineEntry{.node = entry};
+  LineEntry line;
+  read_key(last, off_key, line.off);
+  for (std::size_t i = 0; i + 1 < entry.size(); ++i) line.node.push_back(entry[i]);
+  return line;
+}
+
+/// Null for an unknown kind.
+std::unique_ptr<ScriptEvent> load_condition(const LineEntry& line) {
+  return std::unique_ptr<ScriptEvent>(load_script_event(scalar_of(line.node[1]), line.node));
+}
+std::unique_ptr<ScriptCommand> load_command(Script& script, const LineEntry& line) {
+  return std::unique_ptr<ScriptCommand>(
+      load_script_command(scalar_of(line.node[0]), script, line.node));
+}
+
+bool is_mode(const std::string& word) {
+  return word == when_word || word == while_word;
 }
 
 /// The list under a key; empty when it is missing.
@@ -85,27 +122,78 @@ void rearrange(std::vector<std::string> is, const std::vector<std::string>& want
 
 void Script::load_conditions(const YAML::Node& node) {
   bool is_first = true;
-  for (const auto& entry : list_at(node, "conditions")) {
-    if (!is_line(entry, 2)) continue;
+  for (const auto& entry : list_at(node, conditions_key)) {
+    const auto read = line_entry(entry, condition_head);
+    if (!read) continue;
     const auto& word = scalar_of(entry[0]);
-    if (std::exchange(is_first, false) && (word == when_word || word == while_word)) {
-      while_mode = word == while_word;
-    }
-    auto* line = load_script_event(scalar_of(entry[1]), entry);
+    if (std::exchange(is_first, false) && is_mode(word)) while_mode = word == while_word;
+    auto line = load_condition(*read);
     if (!line) continue;
     line->or_flag_ = conditions.empty() || word == or_word;
-    adopt(line);
+    line->off_ = read->off;
+    adopt(line.release(), conditions.size());
   }
   read_private(node, mode_key, while_mode);
   if (!conditions.empty()) read_private(node, first_or_key, conditions.front()->or_flag_);
 }
 
 void Script::load_commands(const YAML::Node& node) {
-  for (const auto& entry : list_at(node, "commands")) {
-    if (!is_line(entry, 1)) continue;
-    auto* line = load_script_command(scalar_of(entry[0]), *this, entry);
-    if (line) adopt(line);
+  for (const auto& entry : list_at(node, commands_key)) {
+    const auto read = line_entry(entry, command_head);
+    if (!read) continue;
+    auto line = load_command(*this, *read);
+    if (!line) continue;
+    line->off_ = read->off;
+    adopt(line.release(), commands.size());
   }
+}
+
+ScriptLine* Script::insert_lines(const YAML::Node& entry, const ScriptLine* before, bool wake) {
+  std::vector<std::unique_ptr<ScriptEvent>> events;
+  std::vector<std::unique_ptr<ScriptCommand>> cmds;
+  std::optional<bool> mode;
+  for (const auto& one : list_at(entry, conditions_key)) {
+    const auto read = line_entry(one, condition_head);
+    auto line = read ? load_condition(*read) : nullptr;
+    if (!line) throw YAML::InvalidScalar(one.Mark());
+    const auto& word = scalar_of(one[0]);
+    if (events.empty() && is_mode(word)) mode = word == while_word;
+    line->or_flag_ = is_mode(word) || word == or_word;
+    line->off_ = read->off;
+    events.push_back(std::move(line));
+  }
+  for (const auto& one : list_at(entry, commands_key)) {
+    const auto read = line_entry(one, command_head);
+    auto line = read ? load_command(*this, *read) : nullptr;
+    if (!line) throw YAML::InvalidScalar(one.Mark());
+    line->off_ = read->off;
+    cmds.push_back(std::move(line));
+  }
+  if (events.empty() && cmds.empty()) return nullptr;
+  ScriptLine* const first =
+      events.empty() ? static_cast<ScriptLine*>(cmds.front().get()) : events.front().get();
+  const auto place_of = [](int found, std::size_t count) {
+    return found < 0 ? count : static_cast<std::size_t>(found);
+  };
+  const auto event_place =
+      place_of(find_condition(dynamic_cast<const ScriptEvent*>(before)), conditions.size());
+  const auto cmd_place =
+      place_of(find_command(dynamic_cast<const ScriptCommand*>(before)), commands.size());
+  before_change();
+  if (mode && conditions.empty()) set_while(*mode);
+  const bool arms = wake && !sleeps();
+  for (std::size_t i = 0; i < events.size(); ++i) {
+    if (arms) arm_when_resolved(events[i].get());
+    adopt(events[i].release(), event_place + i);
+    condition_added_.emit(static_cast<unsigned>(event_place + i));
+  }
+  for (std::size_t i = 0; i < cmds.size(); ++i) {
+    adopt(cmds[i].release(), cmd_place + i);
+    command_added_.emit(static_cast<unsigned>(cmd_place + i));
+  }
+  signal_sleeping_changed().emit();
+  if (!cmds.empty()) announce_commands_changed();
+  return first;
 }
 
 // --- Writing ---
@@ -113,34 +201,36 @@ void Script::load_commands(const YAML::Node& node) {
 void Script::save(YAML::Emitter& out) const {
   out << YAML::LocalTag("script") << YAML::BeginMap;
   save_identity(out);
-  if (!conditions.empty()) save_conditions(out);
-  if (!commands.empty()) save_commands(out);
+  save_lines(out);
   write_private(out, mode_key, while_mode);
   if (!conditions.empty()) write_private(out, first_or_key, conditions.front()->or_flag_);
   out << YAML::EndMap;
 }
 
-void Script::save_conditions(YAML::Emitter& out) const {
-  out << YAML::Key << "conditions" << YAML::Value << YAML::BeginSeq;
-  for (const auto& line : conditions) {
-    const auto* word = line == conditions.front() ? (while_mode ? while_word : when_word)
-                       : line->get_or_flag()      ? or_word
-                                                  : and_word;
-    out << YAML::Flow << YAML::BeginSeq << word << key_of(*line);
-    line->save(out);
+void Script::save_lines(YAML::Emitter& out, const ScriptLine* only) const {
+  const auto save_list = [&](const char* key, const auto& lines, const auto& save_head) {
+    const auto is_saved = [only](const auto& line) { return !only || line.get() == only; };
+    if (std::ranges::none_of(lines, is_saved)) return;
+    out << YAML::Key << key << YAML::Value << YAML::BeginSeq;
+    for (const auto& line : lines) {
+      if (!is_saved(line)) continue;
+      out << YAML::Flow << YAML::BeginSeq;
+      save_head(*line);
+      line->save(out);
+      if (line->is_off()) {
+        out << YAML::Flow << YAML::BeginMap << YAML::Key << off_key << YAML::Value << true
+            << YAML::EndMap;
+      }
+      out << YAML::EndSeq;
+    }
     out << YAML::EndSeq;
-  }
-  out << YAML::EndSeq;
-}
-
-void Script::save_commands(YAML::Emitter& out) const {
-  out << YAML::Key << "commands" << YAML::Value << YAML::BeginSeq;
-  for (const auto& line : commands) {
-    out << YAML::Flow << YAML::BeginSeq << key_of(*line);
-    line->save(out);
-    out << YAML::EndSeq;
-  }
-  out << YAML::EndSeq;
+  };
+  save_list(conditions_key, conditions, [&](const ScriptEvent& line) {
+    const bool has_mode = !only && &line == conditions.front().get();
+    const auto* mode = while_mode ? while_word : when_word;
+    out << (has_mode ? mode : line.get_or_flag() ? or_word : and_word) << key_of(line);
+  });
+  save_list(commands_key, commands, [&](const ScriptCommand& line) { out << key_of(line); });
 }
 
 // --- Taking back ---
@@ -151,15 +241,15 @@ void Script::restore(const EntryChange& change) {
   YAML::Emitter out;
   save(out);
   const auto now = YAML::Load(out.c_str());
-  if (change.differs("conditions")) restore_conditions(now, change.entry());
-  if (change.differs("commands")) restore_commands(now, change.entry());
+  if (change.differs(conditions_key)) restore_conditions(now, change.entry());
+  if (change.differs(commands_key)) restore_commands(now, change.entry());
   restore_mode(change);
 }
 
 // A condition that replaces an armed one is armed.
 void Script::restore_conditions(const YAML::Node& now, const YAML::Node& entry) {
-  const auto later = list_at(entry, "conditions");
-  rearrange(texts_of(list_at(now, "conditions"), 1), texts_of(later, 1),
+  const auto later = list_at(entry, conditions_key);
+  rearrange(texts_of(list_at(now, conditions_key), 1), texts_of(later, 1),
             {[this](unsigned index) { remove_condition(index); },
              [this](unsigned from, unsigned to) { move_condition(from, to); },
              [&](unsigned index, bool replaces) {
@@ -172,17 +262,22 @@ void Script::restore_conditions(const YAML::Node& now, const YAML::Node& entry) 
 
 void Script::restore_mode(const EntryChange& change) {
   change.read<bool>(mode_key, [this](bool on) { set_while(on); });
-  if (conditions.empty() || !(change.differs("conditions") || change.differs(first_or_key))) return;
+  if (conditions.empty() || !(change.differs(conditions_key) || change.differs(first_or_key)))
+    return;
   bool is_or = conditions.front()->get_or_flag();
   read_private(change.entry(), first_or_key, is_or);
   conditions.front()->set_or_flag(is_or);
 }
 
-// Arms the line after its references have been resolved.
 void Script::insert_condition(unsigned index, const YAML::Node& entry, bool arm) {
-  auto* line = load_script_event(scalar_of(entry[1]), entry);
+  const auto read = line_entry(entry, condition_head);
+  auto* line = load_condition(*read).release();
+  line->off_ = read->off;
+  if (arm) arm_when_resolved(line);
   move_condition(add_condition(line), index);
-  if (!arm) return;
+}
+
+void Script::arm_when_resolved(ScriptEvent* line) {
   Layout::get().signal_post_resolve().connect(sigc::track_obj(
       [line] {
         line->arm();
@@ -198,15 +293,16 @@ void Script::restore_words(const YAML::Node& list) {
 }
 
 void Script::restore_commands(const YAML::Node& now, const YAML::Node& entry) {
-  const auto later = list_at(entry, "commands");
-  rearrange(texts_of(list_at(now, "commands"), 0), texts_of(later, 0),
+  const auto later = list_at(entry, commands_key);
+  rearrange(texts_of(list_at(now, commands_key), 0), texts_of(later, 0),
             {[this](unsigned index) { remove_command(index); },
              [this](unsigned from, unsigned to) { move_command(from, to); },
              [&](unsigned index, bool replaces) {
                if (replaces) remove_command(index);
-               const auto line_entry = later[index];
-               auto* line = load_script_command(scalar_of(line_entry[0]), *this, line_entry);
-               move_command(add_command(line), index);
+               const auto read = line_entry(later[index], command_head);
+               auto line = load_command(*this, *read);
+               line->off_ = read->off;
+               move_command(add_command(line.release()), index);
              }});
 }
 

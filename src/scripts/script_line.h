@@ -52,6 +52,8 @@ class ScriptLine : public sigc::trackable {
 
   /// Writes the arguments as elements of the sequence that represents the line in a layout file.
   virtual void save(YAML::Emitter& out) const;
+  /// True if the line is switched off: the script does as if it were not there.
+  [[nodiscard]] bool is_off() const { return off_; }
   /// The sentence, with `%1`, `%2`, ... for the arguments.
   [[nodiscard]] virtual Glib::ustring get_format() const = 0;
   [[nodiscard]] virtual Glib::ustring get_arg_text(unsigned arg) const;
@@ -136,8 +138,11 @@ class ScriptLine : public sigc::trackable {
                                     Object* object = nullptr);
 
  private:
+  friend class Script;
+
   [[nodiscard]] Argument argument(unsigned arg) const;
 
+  bool off_ = false;
   sigc::signal<void, unsigned> signal_line_changed_;
   sigc::signal<void> signal_changing_;
 };

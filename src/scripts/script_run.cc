@@ -95,8 +95,18 @@ void Script::evaluate() {
     again_ = false;
     sweep();
     if (!alive) return;
+    only_finishes_ = false;
   }
   evaluating_ = false;
+}
+
+// An edit: what comes to hold by it starts with the next evaluation.
+void Script::finish_instances() {
+  if (evaluating_) return;
+  const AliveGuard alive(*this);
+  only_finishes_ = true;
+  evaluate();
+  if (alive) only_finishes_ = false;
 }
 
 // All instances that the last sweep found have its mark. Alternating the mark makes them unmarked
@@ -106,7 +116,9 @@ void Script::sweep() {
   marked_ = 0;
   expected_ = instances.begin();
   for (std::size_t i = 0; i < conditions.size(); ++i) {
-    if (i == 0 || conditions[i]->get_or_flag()) match(i, {}, true);
+    if (i != 0 && !conditions[i]->get_or_flag()) continue;
+    const auto first = next_in_alternative(i, true);
+    if (first < conditions.size()) match(first, {});
   }
   const auto finished = take_finished();
   const auto starting = std::exchange(to_start_, {});
@@ -125,12 +137,21 @@ void Script::sweep() {
   }
 }
 
-void Script::match(std::size_t position, const EventInstance& instance, bool first) {
-  const bool opens_next = !first && position != 0 && position < conditions.size() &&
-                          conditions[position]->get_or_flag();
-  if (position == conditions.size() || opens_next) return complete(instance);
+// The first condition from `position` on that is not switched off; the number of conditions if the
+// alternative has no more. `opens`: the alternative begins at `position`.
+std::size_t Script::next_in_alternative(std::size_t position, bool opens) const {
+  for (; position < conditions.size(); ++position, opens = false) {
+    if (!opens && conditions[position]->get_or_flag()) break;
+    if (!conditions[position]->is_off()) return position;
+  }
+  return conditions.size();
+}
+
+void Script::match(std::size_t position, const EventInstance& instance) {
+  if (position == conditions.size()) return complete(instance);
+  const auto next = next_in_alternative(position + 1, false);
   InstanceWalk walk(*conditions[position], instance);
-  while (const auto* found = walk.next()) match(position + 1, *found, false);
+  while (const auto* found = walk.next()) match(next, *found);
 }
 
 // Most instances are known and come in the order of the map, so `expected_` usually avoids a
@@ -139,6 +160,7 @@ void Script::complete(const EventInstance& instance) {
   auto entry = expected_;
   bool is_new = false;
   if (entry == instances.end() || entry->first != instance) {
+    if (only_finishes_ && !instances.contains(instance)) return;
     std::tie(entry, is_new) = instances.try_emplace(instance, !mark_);
   }
   expected_ = std::next(entry);
@@ -201,6 +223,7 @@ void Script::run_instance(const EventInstance& instance, bool by_condition) {
     }
   }
   for (std::size_t i = 0; i < commands.size(); ++i) {
+    if (commands[i]->is_off()) continue;
     commands[i]->run(context);
     if (context.is_cancelled()) return;
   }

@@ -12,10 +12,13 @@ struct Condition {
   const char* word;  // of alternatives: "And" or "Or"
   const char* block;
   bool occupied = true;
+  bool off = false;
 };
 
 struct Step {
-  const char* event;  // "A" fills block A, "-A" empties it, "A+x" and "A-x" place and remove lok x
+  // "A" fills block A, "-A" empties it, "A+x" and "A-x" place and remove lok x, "!0" switches the
+  // first condition off or on
+  const char* event;
   const char* log;
 };
 
@@ -36,6 +39,7 @@ class Evaluation : public ScriptScene {
     auto* made = script();
     for (const auto& line : conditions) {
       condition(*made, line.block, line.occupied, std::string(line.word) == "Or");
+      made->set_off(*made->get_condition(made->get_num_conditions() - 1), line.off);
     }
     follow(*made);
     return made;
@@ -60,6 +64,11 @@ class Evaluation : public ScriptScene {
   }
 
   void happen(const std::string& event) {
+    if (event[0] == '!') {
+      auto& made = dynamic_cast<Script&>(*layout().get_scripts().child_at(0));
+      auto& line = *made.get_condition(static_cast<unsigned>(event[1] - '0'));
+      return made.set_off(line, !line.is_off());
+    }
     const bool empties = event[0] == '-';
     auto* block =
         dynamic_cast<Block*>(layout().get_blocks().find_child(std::string(1, event[empties])));
@@ -133,6 +142,21 @@ const std::vector<Case> cases = {
     {"or: a new alternative has found nothing yet",
      {{"When", "A"}, {"Or", "This Block"}},
      {{"A", "start A"}, {"-A", "end A"}}},
+    {"off: as if the line were not there",
+     {{"When", "A"}, {"And", "B", true, true}, {"Or", "C", true, true}, {"And", "D"}},
+     {{"A", "start A"}, {"D", "start D"}, {"!2", "end D"}, {"C", "start D"}, {"!1", "end A"}}},
+    {"off: what is left of an alternative is nothing",
+     {{"When", "A", true, true}, {"Or", "B", true, true}, {"And", "C", true, true}},
+     {{"A", ""}, {"B", ""}, {"C", ""}}},
+    {"off: ends at once, and begins with the next trigger",
+     {{"When", "A"}},
+     {{"A", "start A"}, {"!0", "end A"}, {"!0", ""}, {"-A", ""}, {"A", "start A"}}},
+    {"off: fewer conditions start nothing by themselves",
+     {{"When", "A"}, {"And", "B"}},
+     {{"A", ""}, {"!1", ""}, {"B", "start A"}, {"!1", "end A"}}},
+    {"off: this block, with nothing before it",
+     {{"When", "A", true, true}, {"And", "This Block"}},
+     {{"A", ""}, {"!0", ""}, {"-A", ""}, {"A", "start A"}}},
     {"this block, with nothing before it", {{"When", "This Block"}, {"And", "A"}}, {{"A", ""}}},
 };
 

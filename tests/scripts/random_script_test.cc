@@ -3,6 +3,7 @@
 #include <random>
 
 #include "scripts/script_command_wait.h"
+#include "scripts/script_text.h"
 #include "tests/scripts/script_scene.h"
 #include "track/point.h"
 #include "track/signal.h"
@@ -212,8 +213,15 @@ class RandomScripts : public ScriptScene {
         [&] { condition_line ? condition_line->set_or_flag(below(2)) : void(); },
         [&] { command_line ? alter(*command_line) : void(); },
         [&] { condition_line ? alter(*condition_line) : void(); },
+        [&] { command_line ? made->set_off(*command_line, below(2)) : void(); },
+        [&] { condition_line ? made->set_off(*condition_line, below(2)) : void(); },
+        [&] { command_line ? paste(*made, command_line, any(scripts())) : void(); },
+        [&] { condition_line ? paste(*made, condition_line, any(scripts())) : void(); },
         [&] { made->start(); },
     });
+  }
+  static void paste(const Script& from, const ScriptLine* line, Script* to) {
+    paste_lines(*to, copy_script(from, line), to->get_command(0));
   }
   void end_something() {
     auto* lok = any(loks());

@@ -1,5 +1,8 @@
 // Scripts in layout files.
 
+#include <gmock/gmock.h>
+
+#include "scripts/script_text.h"
 #include "tests/scripts/script_scene.h"
 
 namespace zemblar::test {
@@ -29,8 +32,8 @@ class ScriptFile : public ScriptScene {
     return dynamic_cast<Script&>(*layout().get_scripts().child_at(0));
   }
   /// The sentences, one to a line.
-  static std::string sentences() {
-    auto& made = read_script();
+  static std::string sentences() { return sentences(read_script()); }
+  static std::string sentences(const Script& made) {
     std::string all = made.get_while() ? "While " : "When ";
     for (unsigned i = 0; i < made.get_num_conditions(); ++i) {
       const auto& line = *made.get_condition(i);
@@ -185,6 +188,79 @@ TEST_F(ScriptFile, what_is_unknown_or_too_short_is_left_out) {
   }
   EXPECT_EQ(get_status(), "");
   EXPECT_EQ(written(), "!script\n    name: Test\n    id: 3\n") << "empty lists are left out";
+}
+
+TEST_F(ScriptFile, lines_pass_through_text_into_another_script_and_another_layout) {
+  ASSERT_TRUE(open(
+      R"([[While, occupied, Any, true], [And, lok-state, 7, held, {off: true}], [Or, occupied, 9, true]])",
+      R"([[set-function, 8, true], [wait, 2, {off: true}], [set-function, This, horn, false],
+          [wait-block, 9, free, 4], [reserve, 7, 9], [run-script, 3], [say, "# 9: [no]"]])"))
+      << get_status();
+  const auto saved = written();
+  EXPECT_THAT(saved, testing::HasSubstr("- [wait, 2, {off: true}]\n"));
+  auto& original = read_script();
+  auto* horn = layout().get_loks().child_at(0)->child_at(0);
+  auto& wants = command(original, "set-function", {"x"});
+  horn->destroy();
+  EXPECT_EQ(sentence(wants), "Set x (No Functions) On");
+  const auto text = copy_script(original, nullptr);
+  auto* copy = paste_script(text);
+  ASSERT_TRUE(copy) << text;
+  EXPECT_EQ(copy->get_name().raw(), "Test 2");
+  EXPECT_EQ(sentences(*copy), sentences());
+  EXPECT_EQ(get_status(), "“Test 2” sleeps; “Start Script” in its panel wakes it.");
+  EXPECT_TRUE(copy->get_condition(1)->is_off() && copy->get_command(1)->is_off());
+  const auto lines_in = [](const std::string& all) { return all.substr(all.find("conditions")); };
+  EXPECT_EQ(lines_in(copy_script(*copy, nullptr)), lines_in(text));
+
+  auto* other = script();
+  ASSERT_TRUE(paste_lines(*other, copy_script(*copy, copy->get_condition(2)), nullptr));
+  ASSERT_TRUE(paste_lines(*other, text, other->get_condition(0)));
+  EXPECT_EQ(sentences(*other), sentences()
+                                   .replace(0, 5, "When")
+                                   .replace(sentences().find("Set") - 1, 0, "Or A is Occupied\n"));
+  EXPECT_FALSE(other->get_while()) << "it had a condition";
+  EXPECT_TRUE(other->get_condition(0)->is_armed()) << "nothing of it slept";
+
+  layout().new_document(true);
+  zone("B");
+  ASSERT_TRUE(paste_script(text));
+  EXPECT_EQ(get_status(), "This layout does not have: x, A.");
+  EXPECT_THAT(sentences(), testing::HasSubstr("Or This Block is Occupied\n"));
+
+  const auto count = layout().get_scripts().child_count();
+  const auto entry = [](const std::string& lines) { return "objects: [{name: X, " + lines + "}]"; };
+  for (const auto& bad :
+       {std::string(), std::string("Set x Speed to 40%"), std::string("objects: [1]"),
+        std::string(100000, '['), std::string("objects: [{name: X}, {name: Y}]"),
+        entry("commands: [[whistle]]"), entry("commands: [save, [wait, 1]]"),
+        entry("conditions: [[When, occupied, Any, true], [And, occupied, 1, true]]"),
+        entry("commands: [[wait, 1], [set-speed, [trains, x], 40, km/h]]"),
+        entry("commands: [[reserve, [locomotives], This], [wait, never]]"),
+        entry("commands: [[wait, 1, {off: perhaps}]]")}) {
+    set_status("");
+    EXPECT_FALSE(paste_lines(read_script(), bad, nullptr)) << bad;
+    EXPECT_FALSE(paste_script(bad)) << bad;
+    EXPECT_EQ(get_status(), "The clipboard has no lines of a script that can be read.");
+    layout().resolve();
+  }
+  EXPECT_EQ(layout().get_scripts().child_count(), count);
+}
+
+TEST_F(ScriptFile, a_command_that_is_switched_off_is_passed_over_and_ends_the_runs_at_it) {
+  zone("A");
+  auto* made = script_on("A", true);
+  wait(*made, 5);
+  set_speed(*made, "", 40);
+  act(*made, [](ScriptContext&) { set_status("done"); });
+  made->set_off(*made->get_command(0), true);
+  at(dynamic_cast<Block*>(layout().get_blocks().child_at(0))).occupy();
+  EXPECT_EQ(get_status(), "done");
+  EXPECT_EQ(made->num_runs(), 1u);
+  made->set_off(*made->get_command(2), true);
+  EXPECT_EQ(made->num_runs(), 0u);
+  EXPECT_EQ(get_status(),
+            "“Script 1” was at work and has ended; it starts again when its condition returns.");
 }
 
 // Nothing that was read moves a train until somebody has chosen or pressed something.

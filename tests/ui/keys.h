@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/ui/widget_search.h"
+#include "ui/toolkit/edit_history.h"
 
 namespace zemblar::test {
 
@@ -34,7 +35,7 @@ inline void press_key(Gtk::Window& window, guint key, unsigned modifiers = 0,
   event.key.state = modifiers;
   if (keys[0].level != 0) event.key.state |= GDK_SHIFT_MASK;
   g_free(keys);
-  gtk_main_do_event(&event);
+  EditHistory::dispatch(&event);
   handle_events();
 }
 

@@ -6,9 +6,12 @@
 #include "core/toplevel.h"
 #include "scripts/script.h"
 #include "scripts/script_template.h"
+#include "scripts/script_text.h"
+#include "ui/scripts/script_clipboard.h"
 #include "ui/scripts/script_editor.h"
 #include "ui/scripts/template_dialog.h"
 #include "ui/toolkit/edit_history.h"
+#include "ui/toolkit/made_object.h"
 #include "ui/toolkit/new_button.h"
 #include "ui/toolkit/popup.h"
 
@@ -21,9 +24,19 @@ class ScriptToplevelProperties : public Form {
   ScriptToplevelProperties(ScriptToplevel& scripts, const Labels& labels)
       : Form(labels),
         templates_(_("New Script from _Template…"), true),
+        paste_(_("_Paste Script"), true),
         start_(_("_Start Scripts"), true) {
     add_new_button<Script>(*this, _("_New Script"), scripts);
     offer_templates();
+    add_wide(paste_);
+    paste_.set_tooltip_text(
+        _("Makes a script of what “Copy Script” has put on the clipboard, also in another layout. "
+          "It sleeps until it is started"));
+    paste_.signal_clicked().connect([this] {
+      clipboard_.ask([](const Glib::ustring& text) {
+        if (auto* script = paste_script(text)) signal_object_made().emit(*script);
+      });
+    });
     add_wide(start_);
     start_.set_tooltip_text(
         _("Scripts of an opened file sleep, so that no file moves a train by itself. This wakes "
@@ -53,7 +66,9 @@ class ScriptToplevelProperties : public Form {
 
   Gtk::Menu menu_;
   Gtk::Button templates_;
+  Gtk::Button paste_;
   Gtk::Button start_;
+  ClipboardReader clipboard_;
   ScopedConnection sleeping_changed_;
 };
 
@@ -67,9 +82,17 @@ SProps::SProps(Script& script, const Labels& labels)
       script_(&script),
       name_(script),
       edit_(_("_Edit Script"), true),
+      copy_(_("_Copy Script"), true),
       start_(_("_Start Script"), true) {
   add_row(_("_Name:"), name_);
   add_wide(edit_);
+  add_wide(copy_);
+  copy_.set_tooltip_text(
+      _("Puts the script on the clipboard as text; “Paste Script” in the panel of Scripts makes "
+        "another one of it"));
+  copy_.signal_clicked().connect([this] {
+    if (script_) copy_to_clipboard(*script_, nullptr);
+  });
   add_wide(start_);
   start_.set_tooltip_text(
       _("Wakes the conditions of this script: from now on they watch the "

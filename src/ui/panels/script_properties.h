@@ -20,6 +20,7 @@ class SProps : public Form {
   ObjectRef<Script> script_;
   NameEntry name_;
   Gtk::Button edit_;
+  Gtk::Button copy_;
   Gtk::Button start_;
   ScopedConnection sleeping_changed_;
 };

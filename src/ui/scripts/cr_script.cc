@@ -90,7 +90,7 @@ CRScript::Look::Look(const CRScript& cell, Gtk::Widget& widget, Gtk::CellRendere
   text = from(style->get_text(state));
   chosen = mix(link_colour(widget), from(style->get_text(Gtk::STATE_NORMAL)), own_link);
   link = selected ? text : chosen;
-  if (selected || !cell.row_.sleeps()) return;
+  if (selected || !(cell.row_.sleeps() || cell.row_.is_off())) return;
   text = mix(text, base, dimmed_text);
   link = mix(link, base, dimmed_link);
 }
@@ -126,7 +126,10 @@ CRScript::Layout CRScript::lay_out(Gtk::Widget& widget, const Look& look) const 
   const auto sentence = this->sentence();
   Pango::AttrList attributes;
   insert_colour(attributes, look.text, 0, sentence.text().bytes());
-  if (row_.sleeps()) {
+  if (row_.is_off()) {
+    insert(attributes, Pango::Attribute::create_attr_strikethrough(true), 0,
+           sentence.text().bytes());
+  } else if (row_.sleeps()) {
     insert(attributes, Pango::Attribute::create_attr_style(Pango::STYLE_ITALIC), 0,
            sentence.text().bytes());
   }

@@ -43,6 +43,8 @@ ScriptEditor::ScriptEditor(Script& script)
       rows_(script),
       column_(_("Event/Command")),
       list_(rows_.store()),
+      line_menu_([this] { return selected(); }, [this] { remove_selected(); },
+                 [this](ScriptLine& line) { select(line); }),
       up_(Gtk::Stock::GO_UP),
       down_(Gtk::Stock::GO_DOWN),
       delete_(_("Delete")),
@@ -159,6 +161,7 @@ void ScriptEditor::on_hide() {
 // Removing the rows cancels the editing while the lines still exist.
 void ScriptEditor::on_script_deleted() {
   cell_.close_menu();
+  line_menu_.close();
   open_menu_.disconnect();
   rows_.clear();
   hide();
@@ -183,8 +186,11 @@ bool ScriptEditor::on_list_pressed(GdkEventButton* event) {
   list_.grab_focus();
   int cell_x = 0;
   const auto row = row_at(static_cast<int>(event->x), static_cast<int>(event->y), cell_x);
-  if (row) list_.set_cursor(rows_.store()->get_path(row));
-  return false;
+  if (!row) return false;
+  list_.set_cursor(rows_.store()->get_path(row));
+  if (event->button != 3) return false;
+  line_menu_.pop_up(*event);
+  return true;
 }
 
 bool ScriptEditor::on_list_moved(GdkEventMotion* event) {
@@ -253,7 +259,11 @@ bool ScriptEditor::on_list_key(GdkEventKey* event) {
   const auto modifiers = event->state & gtk_accelerator_get_default_mod_mask();
   if (is_editing()) return on_editor_key(event->keyval);
   if (modifiers == GDK_MOD1_MASK) return on_move_key(event->keyval);
-  if (modifiers != 0) return false;
+  if (event->keyval == GDK_Menu || (modifiers == GDK_SHIFT_MASK && event->keyval == GDK_F10)) {
+    show_line_menu();
+    return true;
+  }
+  if (modifiers != 0) return line_menu_.on_key(*event);
   switch (event->keyval) {
     case GDK_Left:
     case GDK_KP_Left:
@@ -300,6 +310,17 @@ bool ScriptEditor::on_move_key(guint key) {
   return true;
 }
 
+void ScriptEditor::show_line_menu() {
+  const auto row = list_.get_selection()->get_selected();
+  if (!row) return;
+  Gdk::Rectangle area;
+  list_.get_cell_area(rows_.store()->get_path(row), column_, area);
+  int x = 0;
+  int y = 0;
+  list_.get_bin_window()->get_origin(x, y);
+  line_menu_.pop_up({x + area.get_x(), y + area.get_y(), 1, area.get_height()});
+}
+
 void ScriptEditor::choose_next(int step) {
   const auto row = list_.get_selection()->get_selected();
   if (!row) return;
@@ -320,6 +341,10 @@ void ScriptEditor::edit_chosen() {
 ScriptRow ScriptEditor::selected() {
   const auto row = list_.get_selection()->get_selected();
   return row ? ScriptRows::at(*row) : ScriptRow{};
+}
+
+void ScriptEditor::select(const ScriptLine& line) {
+  if (const auto row = rows_.find(line)) list_.set_cursor(rows_.store()->get_path(row));
 }
 
 // For a condition, opens the menu of its subject, as soon as the menu in which the condition was
@@ -428,7 +453,10 @@ Glib::ustring ScriptEditor::hint() const {
     return _(
         "“Add Condition…” says when the script is to start, “Add Command…” what it then does.");
   }
-  return _("Click a coloured word to change it.");
+  if (script_->has_only_off_conditions()) {
+    return _("All conditions are switched off: the script never starts.");
+  }
+  return _("Click a coloured word to change it, or a line with the right button to copy it.");
 }
 
 void ScriptEditor::follow_name() {

@@ -8,6 +8,7 @@
 #include <gtkmm/window.h>
 
 #include "ui/scripts/cr_script.h"
+#include "ui/scripts/line_menu.h"
 #include "ui/scripts/script_rows.h"
 #include "ui/toolkit/object_ref.h"
 
@@ -20,8 +21,9 @@ namespace zemblar {
 /// or because the script ends.
 ///
 /// Keys: Up and Down select a row, Left and Right an argument in it; Return or Space edits the
-/// argument, Escape cancels, Delete removes the line, Alt with Up or Down moves it. Undo and redo
-/// have the same keys and the same steps as in the window from which this one was opened.
+/// argument, Escape cancels, Delete removes the line, Alt with Up or Down moves it. The keys of the
+/// LineMenu copy it and switch it off; the menu key or the other pointer button opens that. Undo
+/// and redo have the same keys and the same steps as in the window from which this one was opened.
 class ScriptEditor : public Gtk::Window {
  public:
   explicit ScriptEditor(Script& script);
@@ -39,6 +41,8 @@ class ScriptEditor : public Gtk::Window {
   bool on_list_key(GdkEventKey* event);
   bool on_editor_key(guint key);
   bool on_move_key(guint key);
+  void show_line_menu();
+  void select(const ScriptLine& line);
   bool on_list_tooltip(int x, int y, bool keyboard, const Glib::RefPtr<Gtk::Tooltip>& tooltip);
   bool on_key_press_event(GdkEventKey* event) override;
   bool step_back(const GdkEventKey& event);
@@ -70,6 +74,7 @@ class ScriptEditor : public Gtk::Window {
   Gtk::CellRendererText spoken_;
   Gtk::TreeViewColumn column_;
   Gtk::TreeView list_;
+  LineMenu line_menu_;
   Gtk::TreeRowReference cursor_;
   int chosen_place_ = 0;       // index of the row that was selected last
   Glib::ustring chosen_text_;  // its sentence

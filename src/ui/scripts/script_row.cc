@@ -97,6 +97,7 @@ std::vector<unsigned> ScriptRow::editable_args() const {
 }
 
 Glib::ustring ScriptRow::asleep_because() const {
+  if (is_off()) return _("Switched off: the script does as if this line were not there.");
   const auto* event = dynamic_cast<const ScriptEvent*>(line);
   return event ? event->asleep_because() : Glib::ustring();
 }

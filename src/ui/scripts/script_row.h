@@ -33,9 +33,11 @@ struct ScriptRow {
   [[nodiscard]] ScriptLine::ArgType arg_type(unsigned arg) const;
   /// The arguments that the user can change, in reading order.
   [[nodiscard]] std::vector<unsigned> editable_args() const;
-  /// A sentence why the condition is not armed; empty if it is, and for other rows.
+  /// A sentence why the line does nothing: it is switched off, or a condition that is not armed.
+  /// Empty for other rows.
   [[nodiscard]] Glib::ustring asleep_because() const;
   [[nodiscard]] bool sleeps() const;
+  [[nodiscard]] bool is_off() const { return line && line->is_off(); }
 
   /// A new menu for an argument of type `menu`, owned by the caller. `added` is called with a line
   /// that the user has added.

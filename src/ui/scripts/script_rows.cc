@@ -2,6 +2,7 @@
 
 #include <glibmm/main.h>
 
+#include "core/i18n.h"
 #include "core/layout.h"
 #include "scripts/script.h"
 
@@ -114,8 +115,14 @@ void ScriptRows::move(unsigned from, unsigned to) {
   refresh_soon();
 }
 
+Glib::ustring ScriptRows::text_of(const Gtk::TreeRow& row) {
+  const auto shown = at(row);
+  const auto text = shown.sentence().text();
+  return shown.is_off() ? Glib::ustring::compose(_("%1 (switched off)"), text) : text;
+}
+
 void ScriptRows::refresh(const Gtk::TreeRow& row) {
-  row[columns().text] = at(row).sentence().text();
+  row[columns().text] = text_of(row);
   row[columns().refresh] = row.get_value(columns().refresh) + 1;
 }
 
@@ -127,7 +134,7 @@ void ScriptRows::refresh_line(ScriptLine* line) {
 // Writes only changed rows, because writing a row ends its editor.
 void ScriptRows::refresh_changed() {
   for (const auto& row : store_->children()) {
-    if (at(row).sentence().text().raw() != row.get_value(columns().text).raw()) refresh(row);
+    if (text_of(row).raw() != row.get_value(columns().text).raw()) refresh(row);
   }
   signal_refreshed_.emit();
 }

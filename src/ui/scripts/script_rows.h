@@ -53,6 +53,7 @@ class ScriptRows : public sigc::trackable {
   void refresh_changed();
   void refresh_soon();
   static void refresh(const Gtk::TreeRow& row);
+  [[nodiscard]] static Glib::ustring text_of(const Gtk::TreeRow& row);
 
   Script* script_;  // null after `clear`
   Glib::RefPtr<Gtk::TreeStore> store_;
