@@ -18,6 +18,7 @@ namespace {
 constexpr auto group = "zemblar";
 constexpr auto layout_key = "layout";
 constexpr auto trains_key = "trains-go-on";
+constexpr auto points_key = "points-protected";
 constexpr auto grid_key = "grid";
 
 std::string folder() {
@@ -40,6 +41,8 @@ GlobalOptions::GlobalOptions() : Glib::ObjectBase("GlobalOptions") {
                                  &GlobalOptions::set_layout);
   register_property<bool>(this, "trains-go-on", &GlobalOptions::get_trains_go_on,
                           &GlobalOptions::set_trains_go_on);
+  register_property<bool>(this, "points-protected", &GlobalOptions::get_points_protected,
+                          &GlobalOptions::set_points_protected);
   register_property<unsigned>(this, "grid", &GlobalOptions::get_grid, &GlobalOptions::set_grid);
   load();
 }
@@ -49,6 +52,13 @@ void GlobalOptions::set_trains_go_on(bool go_on) {
   trains_go_on_ = go_on;
   store();
   notify_property(*this, "trains-go-on");
+}
+
+void GlobalOptions::set_points_protected(bool is_protected) {
+  if (is_protected == points_protected_) return;
+  points_protected_ = is_protected;
+  store();
+  notify_property(*this, "points-protected");
 }
 
 void GlobalOptions::set_grid(unsigned step) {
@@ -71,6 +81,7 @@ void GlobalOptions::load() try {
   const auto uri = file.get_string(group, layout_key).raw();
   if (!uri.empty()) layout_ = Glib::filename_from_uri(uri);
   if (file.has_key(group, trains_key)) trains_go_on_ = file.get_boolean(group, trains_key);
+  if (file.has_key(group, points_key)) points_protected_ = file.get_boolean(group, points_key);
   if (!file.has_key(group, grid_key)) return;
   const auto step = file.get_integer(group, grid_key);
   grid_ = static_cast<unsigned>(std::clamp(step, 0, static_cast<int>(widest_grid)));
@@ -82,6 +93,7 @@ void GlobalOptions::store() const try {
   Glib::KeyFile file;
   file.set_string(group, layout_key, layout_.empty() ? "" : Glib::filename_to_uri(layout_));
   if (trains_go_on_) file.set_boolean(group, trains_key, true);
+  if (points_protected_) file.set_boolean(group, points_key, true);
   if (grid_ != usual_grid) file.set_integer(group, grid_key, static_cast<int>(grid_));
   g_mkdir_with_parents(folder().c_str(), 0700);
   write_safely(Gio::File::create_for_path(options_file()), file.to_data());

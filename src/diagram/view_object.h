@@ -53,8 +53,9 @@ class ViewObj : public Glib::Object {
   /// Paints only the tags of parts that can be clicked on the operating display.
   virtual void draw_runtime_tags(const Context& /*context*/, SelectionTable& /*table*/) {}
 
-  /// A click of the left button on the operating display.
-  virtual void click(const ViewTag& /*tag*/) {}
+  /// A click of the left button on the operating display; `insists` if Shift was held, see
+  /// point_guard.h.
+  virtual void click(const ViewTag& /*tag*/, bool /*insists*/) {}
   /// A part of the object is dragged from a place to others. A tag that is no part drags the whole
   /// object.
   virtual void drag_start(const ViewTag& tag, const Vector& position);

@@ -133,7 +133,7 @@ Vector ViewSignal::picture_size() {
   return {static_cast<double>(shown->get_width()), static_cast<double>(shown->get_height())};
 }
 
-void ViewSignal::click(const ViewTag& /*tag*/) {
+void ViewSignal::click(const ViewTag& /*tag*/, bool /*insists*/) {
   if (!signal_) return;
   const auto states = signal_->states();
   if (states.empty()) return;

@@ -30,7 +30,7 @@ class ViewSignal : public ViewObj {
   [[nodiscard]] zemblar::Object* get_object() const override { return signal_; }
   [[nodiscard]] PixelBox runtime_box(const Context& context) override;
   void draw_runtime_tags(const Context& context, SelectionTable& table) override;
-  void click(const ViewTag& tag) override;
+  void click(const ViewTag& tag, bool insists) override;
   void show_menu(const ViewTag& tag, guint32 time) override;
 
   [[nodiscard]] Anchor get_anchor() const { return anchor_; }

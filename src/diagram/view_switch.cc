@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "track/point_guard.h"
+
 namespace zemblar {
 namespace {
 
@@ -72,10 +74,9 @@ void ViewSwitch::draw_body_tags(const Context& context, bool /*selected*/, Selec
 }
 
 // Setting the state sends its outputs and emits the signal that redraws the display.
-void ViewSwitch::click(const ViewTag& tag) {
+void ViewSwitch::click(const ViewTag& tag, bool insists) {
   const auto* clicked = dynamic_cast<const StateTag*>(&tag);
-  if (!clicked || !point_ || clicked->state == point_->get_state()) return;
-  point_->set_state(clicked->state);
+  if (clicked && clicked->state && point_) set_by_hand(*point_, *clicked->state, insists);
 }
 
 void ViewSwitch::show_menu(const ViewTag& tag, guint32 time) {

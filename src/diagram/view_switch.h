@@ -19,7 +19,7 @@ class ViewSwitch : public ViewTrack {
 
   [[nodiscard]] zemblar::Object* get_object() const override { return point_; }
   void draw_runtime_tags(const Context& context, SelectionTable& table) override;
-  void click(const ViewTag& tag) override;
+  void click(const ViewTag& tag, bool insists) override;
   void show_menu(const ViewTag& tag, guint32 time) override;
   [[nodiscard]] std::vector<ViewSegment> segments() override;
   [[nodiscard]] std::vector<ViewSegment> stretches_of(const ViewTag& tag) override;

@@ -10,6 +10,7 @@
 #include "scripts/script.h"
 #include "scripts/script_turn.h"
 #include "track/point_base.h"
+#include "track/point_guard.h"
 
 namespace zemblar {
 
@@ -138,7 +139,10 @@ void ScriptContext::set_state(Function& function, bool state) {
 }
 
 void ScriptContext::set_point(PointBase& point, PointState& state) {
-  if (overlays.empty()) return point.set_state(&state);
+  if (overlays.empty()) {
+    if (lets_script_set(point, state)) point.set_state(&state);
+    return;
+  }
   point_overlays.back()->set(point, state);
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "track/point_base.h"
+#include "track/point_guard.h"
 
 namespace zemblar {
 namespace {
@@ -60,6 +61,7 @@ PointOverlay::Entry* PointOverlay::find_above(const PointBase& point) {
 // Under a later level, the state is only what the point goes back to when that one is removed.
 void PointOverlay::set(PointBase& point, PointState& state) {
   auto* above = find_above(point);
+  if (!above && !lets_script_set(point, state)) return;
   auto* entry = find(point);
   if (!entry) {
     entry = &entries_.emplace_back(point);
@@ -81,7 +83,8 @@ void PointOverlay::remove() {
   withdraw();
   for (const auto& entry : entries_) {
     const bool is_in_force = entry.point && entry.state && entry.point->get_state() == entry.state;
-    if (is_in_force && entry.former) entry.point->set_state(entry.former);
+    if (!is_in_force || !entry.former || !lets_script_set(*entry.point, *entry.former)) continue;
+    entry.point->set_state(entry.former);
   }
 }
 

@@ -13,7 +13,8 @@ class PointState;
 ///
 /// Levels are ordered by the time at which they were made. When a level is removed, each of its
 /// points goes back to the state that the level before has given it, or that it had before any. A
-/// point that somebody else has set meanwhile stays as it is.
+/// point that somebody else has set meanwhile stays as it is, and so does a protected one; see
+/// point_guard.h.
 class PointOverlay {
  public:
   PointOverlay();

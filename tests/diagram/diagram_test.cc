@@ -547,7 +547,7 @@ TEST_F(DiagramTest, a_point_shows_its_way_on_top_and_is_set_by_a_click) {
   // Only the way that is not set has a halo, below the other one.
   EXPECT_EQ(Picture(*view).at(15, -3), paper);
   EXPECT_EQ(Picture(*view).at(15, 19), white);
-  points->click(ViewSwitch::StateTag(points, states[1]));
+  points->click(ViewSwitch::StateTag(points, states[1]), false);
   EXPECT_EQ(shown_point->get_state(), states[1]);
   EXPECT_EQ(Picture(*view).at(15, 0), grey);
   EXPECT_EQ(Picture(*view).at(15, 16), black);
@@ -592,7 +592,7 @@ TEST_F(DiagramTest, a_signal_keeps_its_size_and_its_angle_at_any_zoom) {
   const auto& shown_signal = dynamic_cast<Signal&>(*aspect->get_object());
   const auto states = shown_signal.states();
   for (std::size_t i = 1; i <= states.size(); ++i) {
-    aspect->click(ViewTag(aspect));
+    aspect->click(ViewTag(aspect), false);
     EXPECT_EQ(shown_signal.get_state(), states[i % states.size()]);
   }
 }

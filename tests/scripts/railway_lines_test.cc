@@ -1,7 +1,10 @@
 // Lines about points, signals, trains and track power, and the commands that wait for them.
 
+#include "core/global_options.h"
 #include "tests/scripts/script_scene.h"
 #include "tests/support/fake_station.h"
+#include "track/point.h"
+#include "track/point_guard.h"
 #include "track/signal.h"
 
 namespace zemblar::test {
@@ -170,6 +173,52 @@ TEST_F(RailwayLines, a_state_that_was_set_for_a_time_is_taken_back_whatever_orde
   signal->destroy();
   fill("A", false), fill("B", false);
   EXPECT_EQ(older->num_runs() + newer->num_runs(), 0u);
+}
+
+TEST_F(RailwayLines, a_point_under_a_train_is_protected_if_that_is_wanted) {
+  auto* point = layout().get_points().add(new Point);
+  auto& detector = *layout().get_devices().add(new Detector);
+  point->set_input(&detector);
+  const auto name = point->get_name().raw();
+  const auto is_curved = [&] { return point->get_state() == point->states()[1]; };
+  auto* sets = script_on("A");
+  command(*sets, "set-point", {name, "Curved"});
+  auto* lends = script_on("B", true);
+  command(*lends, "set-point", {name, "Curved"});
+  const auto again = [](const char* block) { fill(block, false), fill(block); };
+  detector.occupy();
+  again("A");
+  EXPECT_TRUE(is_curved()) << "nobody has asked for it";
+
+  GlobalOptions::get().set_points_protected(true);
+  const auto reset = [&] { point->set_state(point->states()[0]); };
+  reset();
+  again("A");
+  EXPECT_FALSE(is_curved());
+  EXPECT_EQ(get_status(), name + " stays as it is: its block is occupied.");
+  again("B");
+  point->set_state(point->states()[1]);
+  fill("B", false);
+  EXPECT_TRUE(is_curved()) << "this run has not set it";
+  reset();
+  detector.occupy(false);
+  fill("B");
+  EXPECT_TRUE(is_curved());
+  point->set_lok(lok);
+  fill("B", false);
+  EXPECT_TRUE(is_curved()) << "it is not thrown back under a train either";
+  EXPECT_EQ(get_status(), name + " stays as it is: x is there.");
+  point->clear_lok(lok);
+  reset();
+  const Reservation awaited(*point, *lok);
+  EXPECT_EQ(point->get_lok(), lok);
+  again("A");
+  EXPECT_TRUE(is_curved()) << "its way is chosen before the train comes";
+  again("B");
+  signal->set_state(stop);
+  set_by_hand(*signal, *go, false);
+  EXPECT_EQ(signal->get_state(), go);
+  GlobalOptions::get().set_points_protected(false);
 }
 
 TEST_F(RailwayLines, a_run_waits_for_a_block_or_a_signal_and_no_longer_than_it_is_told) {

@@ -3,11 +3,13 @@
 #include <gdkmm/pixbuf.h>
 #include <gmock/gmock.h>
 #include <gtkmm/adjustment.h>
+#include <gtkmm/comboboxtext.h>
 #include <gtkmm/scrolledwindow.h>
 #include <gtkmm/window.h>
 
 #include <functional>
 
+#include "core/global_options.h"
 #include "diagram/view_crossing.h"
 #include "diagram/view_label.h"
 #include "diagram/view_link_node.h"
@@ -17,6 +19,7 @@
 #include "diagram/view_zone.h"
 #include "tests/support/small_railway.h"
 #include "tests/ui/keys.h"
+#include "tests/ui/panel_of.h"
 #include "tests/ui/pixels.h"
 #include "tests/ui/widget_search.h"
 #include "ui/canvas/runtime_view.h"
@@ -79,11 +82,14 @@ class CanvasTest : public SmallRailway {
     fill(sent);
     gdk_event_put(event.get());
   }
-  void button(GdkEventType type, const Vector& place, unsigned number = 1) {
-    send<GdkEventButton>(type, place, [number](auto& event) { event.button = number; });
+  void button(GdkEventType type, const Vector& place, unsigned number = 1, unsigned held = 0) {
+    send<GdkEventButton>(type, place, [number, held](auto& event) {
+      event.button = number;
+      event.state = held;
+    });
   }
-  void press(const Vector& place) {
-    button(GDK_BUTTON_PRESS, place);
+  void press(const Vector& place, unsigned held = 0) {
+    button(GDK_BUTTON_PRESS, place, 1, held);
     button(GDK_BUTTON_RELEASE, place);
     handle_events();
   }
@@ -200,6 +206,33 @@ TEST_F(CanvasTest, what_is_clicked_is_what_is_seen_however_it_is_zoomed_and_pann
     press({-5, 10000});
     EXPECT_EQ(signal->get_state(), states.at(shown));
   }
+}
+
+TEST_F(CanvasTest, a_protected_point_is_set_by_shift_alone) {
+  GlobalOptions::get().set_points_protected(true);
+  scissors->remove();
+  point->set_lok(lok);
+  const auto leg = on_canvas(common() * 0.3 + points->get_link_node(way("Curved"))->pos * 0.7);
+  press(leg);
+  EXPECT_EQ(point->get_state(), state("Straight"));
+  EXPECT_EQ(get_status(), point->get_name() +
+                              " stays as it is: Express is there. With Shift held it is set all "
+                              "the same.");
+  press(leg, GDK_SHIFT_MASK);
+  EXPECT_EQ(point->get_state(), state("Curved"));
+  while (canvas.get_marked() != points) press_key(window, GDK_KEY_Tab);
+  press_key(window, GDK_KEY_space);
+  EXPECT_EQ(point->get_state(), state("Curved"));
+  press_key(window, GDK_KEY_space, GDK_SHIFT_MASK);
+  EXPECT_EQ(point->get_state(), state("Straight"));
+
+  const auto panel = panel_of(*point);
+  auto& choice = get_widget<Gtk::ComboBoxText>(*panel);
+  choice.set_active(1);
+  EXPECT_EQ(choice.get_active_text(), "Straight");
+  GlobalOptions::get().set_points_protected(false);
+  choice.set_active(1);
+  EXPECT_EQ(point->get_state(), state("Curved"));
 }
 
 TEST_F(CanvasTest, what_is_under_the_pointer_stays_there_and_returns) {

@@ -83,7 +83,8 @@ bool RuntimeView::on_button_press_event(GdkEventButton* event) {
   grab_focus();
   mark(nullptr);
   update();
-  if (const auto tag = hit(event->x, event->y)) tag->object->click(*tag);
+  const bool insists = (event->state & GDK_SHIFT_MASK) != 0;
+  if (const auto tag = hit(event->x, event->y)) tag->object->click(*tag, insists);
   return true;
 }
 
@@ -123,20 +124,21 @@ bool RuntimeView::mark_next(bool back) {
 }
 
 // If the marked switch is not visible, the first press only scrolls it into the visible part.
-void RuntimeView::press_marked() {
+void RuntimeView::press_marked(bool insists) {
   const auto box = box_on_canvas(*marked_);
   if (!box.meets(visible_box())) return bring_into_sight(box);
-  click_next(*marked_);
+  click_next(*marked_, insists);
 }
 
 bool RuntimeView::on_key_press_event(GdkEventKey* event) {
-  const bool plain = (event->state & gtk_accelerator_get_default_mod_mask()) == 0;
-  if (!plain || !marked_) return DiagramCanvas::on_key_press_event(event);
+  const auto modifiers = event->state & gtk_accelerator_get_default_mod_mask();
+  const bool insists = modifiers == GDK_SHIFT_MASK;
+  if ((modifiers != 0 && !insists) || !marked_) return DiagramCanvas::on_key_press_event(event);
   switch (event->keyval) {
     case GDK_KEY_Return:
     case GDK_KEY_KP_Enter:
     case GDK_KEY_space:
-      press_marked();
+      press_marked(insists);
       return true;
     case GDK_KEY_Escape:
       mark(nullptr);

@@ -35,7 +35,7 @@ class RuntimeView : public DiagramCanvas {
 
  private:
   bool mark_next(bool back);
-  void press_marked();
+  void press_marked(bool insists);
   void draw_ring(const GdkEventExpose& event);
 
   ViewObj* marked_ = nullptr;

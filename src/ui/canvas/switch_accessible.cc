@@ -57,7 +57,7 @@ gint place_of_switch(AtkObject* accessible) {
 gboolean click_switch(AtkAction* accessible, gint action) {
   auto& self = switch_of(accessible);
   if (!self.all || action != 0) return FALSE;
-  click_next(*self.drawn);
+  click_next(*self.drawn, false);
   return TRUE;
 }
 

@@ -63,18 +63,18 @@ std::vector<ViewObj*> switches_of(const View& view) {
   return switches;
 }
 
-void click_next(ViewObj& drawn) {
+void click_next(ViewObj& drawn, bool insists) {
   const auto* point = dynamic_cast<PointBase*>(drawn.get_object());
   const auto tags = tags_of(measuring_context(), drawn);
   if (!point || tags.empty()) return;
   if (!dynamic_cast<const ViewSwitch::StateTag*>(tags.front().get())) {
-    return drawn.click(*tags.front());
+    return drawn.click(*tags.front(), insists);
   }
   auto states = point->states();
   const auto current = std::ranges::find(states, point->get_state());
   if (current != states.end()) std::rotate(states.begin(), current + 1, states.end());
   for (const auto* state : states) {
-    if (const auto* tag = tag_of(tags, state)) return drawn.click(*tag);
+    if (const auto* tag = tag_of(tags, state)) return drawn.click(*tag, insists);
   }
 }
 

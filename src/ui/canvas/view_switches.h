@@ -13,8 +13,8 @@ namespace zemblar {
 [[nodiscard]] std::vector<ViewObj*> switches_of(const View& view);
 
 /// Clicks a switch: a signal or a point gets the state after its current one, and after the last
-/// one the first.
-void click_next(ViewObj& drawn);
+/// one the first. See ViewObj::click.
+void click_next(ViewObj& drawn, bool insists);
 
 /// The name and the current state, such as "Point 3: Curved".
 [[nodiscard]] Glib::ustring describe_switch(const ViewObj& drawn);

@@ -9,11 +9,13 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "track/point.h"
+#include "track/point_guard.h"
 #include "track/scissor.h"
 #include "track/signal.h"
 #include "ui/panels/point_output_properties.h"
 #include "ui/panels/point_state_properties.h"
 #include "ui/toolkit/focus_place.h"
+#include "ui/toolkit/key_place.h"
 #include "ui/toolkit/new_button.h"
 #include "ui/toolkit/update_guard.h"
 #include "ui/toolkit/widget_end.h"
@@ -107,7 +109,9 @@ void PointProperties::connect() {
     const int row = state_.get_active_row_number();
     if (!point_ || updating_ || row < 0) return;
     const auto states = point_->states();
-    if (static_cast<unsigned>(row) < states.size()) states[static_cast<unsigned>(row)]->activate();
+    if (static_cast<unsigned>(row) >= states.size()) return;
+    set_by_hand(*point_, *states[static_cast<unsigned>(row)], is_shift_held());
+    follow_state();  // a protected point has stayed as it is
   });
   send_again_.signal_clicked().connect([this] {
     if (point_ && point_->get_state()) point_->get_state()->send();

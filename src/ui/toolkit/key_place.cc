@@ -1,6 +1,7 @@
 #include "ui/toolkit/key_place.h"
 
 #include <gdk/gdkkeysyms.h>
+#include <gtk/gtkmain.h>
 
 #include <algorithm>
 #include <array>
@@ -69,6 +70,11 @@ std::optional<unsigned> digit_of(const GdkEventKey& event) {
   }
   if (!other && is_digit(event.keyval)) other = event.keyval - GDK_KEY_0;
   return other;
+}
+
+bool is_shift_held() {
+  GdkModifierType state{};
+  return gtk_get_current_event_state(&state) && (state & GDK_SHIFT_MASK) != 0;
 }
 
 }  // namespace zemblar

@@ -15,4 +15,7 @@ namespace zemblar {
 /// Shift.
 [[nodiscard]] std::optional<unsigned> digit_of(const GdkEventKey& event);
 
+/// True if Shift was held at the event that is being handled.
+[[nodiscard]] bool is_shift_held();
+
 }  // namespace zemblar

@@ -36,12 +36,20 @@ void save_layout_as() {
   Layout::get().save_as();
 }
 
-void append_trains_item(Gtk::MenuShell& menu) {
-  auto& options = GlobalOptions::get();
-  auto* item = Gtk::manage(new Gtk::CheckMenuItem(_("_Trains Go On When I Quit"), true));
-  item->set_tooltip_text(_("Otherwise all locomotives that drive are sent a speed of 0 first"));
-  bind_property(options, "trains-go-on", *item, "active");
+void append_option(Gtk::MenuShell& menu, const char* property, const Glib::ustring& label,
+                   const Glib::ustring& tooltip) {
+  auto* item = Gtk::manage(new Gtk::CheckMenuItem(label, true));
+  item->set_tooltip_text(tooltip);
+  bind_property(GlobalOptions::get(), property, *item, "active");
   menu.append(*item);
+}
+
+void append_options(Gtk::MenuShell& menu) {
+  append_option(menu, "points-protected", _("_Protect Points Under Trains"),
+                _("Clicks, panels and scripts do not set a point whose block is occupied or has a "
+                  "locomotive. With Shift held you set it all the same"));
+  append_option(menu, "trains-go-on", _("_Trains Go On When I Quit"),
+                _("Otherwise all locomotives that drive are sent a speed of 0 first"));
 }
 
 void append_separator(Gtk::MenuShell& menu) {
@@ -99,7 +107,7 @@ void append_file_menu(Gtk::MenuShell& bar, Gtk::Window& window) {
   append_stock_item(menu, Gtk::Stock::SAVE_AS, sigc::ptr_fun(save_layout_as), keys);
   append_separator(menu);
   menu.append(*Gtk::manage(new RecoveryMenuItem));
-  append_trains_item(menu);
+  append_options(menu);
   append_separator(menu);
   append_stock_item(menu, Gtk::Stock::CLOSE, sigc::mem_fun(window, &Gtk::Window::hide), keys);
   append_stock_item(menu, Gtk::Stock::QUIT, sigc::ptr_fun(quit), keys);
