@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <list>
 #include <map>
 #include <memory>
 #include <vector>
@@ -14,6 +15,8 @@
 #include "scripts/script_event.h"
 
 namespace zemblar {
+
+struct ScriptContext;
 
 /// Reacts to the state of the railway: a list of conditions and a list of commands.
 ///
@@ -103,8 +106,20 @@ class Script : public Object {
   /// are taken back after the last command. False, and nothing is done, if the script has just been
   /// started in this way and its run is still at a command that does not wait.
   bool run_once(const EventInstance& instance);
-  /// Number of runs of this script that have not ended.
-  [[nodiscard]] unsigned num_runs() const { return *runs_; }
+  /// A run that has not ended.
+  struct Run {
+    const ScriptContext* context = nullptr;
+    const ScriptCommand* command = nullptr;  ///< the present one; null after the last one
+  };
+  [[nodiscard]] const std::list<Run>& runs() const { return *runs_; }
+  [[nodiscard]] unsigned num_runs() const { return static_cast<unsigned>(runs_->size()); }
+  /// A run has begun, has come to another command, or has ended. Handlers change nothing of the
+  /// document.
+  sigc::signal<void>& signal_runs_changed() { return runs_changed_; }
+  /// True if the script has been started for this instance, which has held since then.
+  [[nodiscard]] bool has_started_for(const EventInstance& instance) const {
+    return instances.contains(instance);
+  }
 
   sigc::signal<void>& signal_mode_changed() { return mode_changed_; }
   sigc::signal<void, unsigned>& signal_condition_added() { return condition_added_; }
@@ -192,7 +207,8 @@ class Script : public Object {
   bool unsettled_ = false;  // an evaluation waits for a line whose block is ending
   std::vector<EventInstance> to_start_;
   std::vector<EventInstance> departed_;  // instances whose objects have ended since the last sweep
-  std::shared_ptr<unsigned> runs_ = std::make_shared<unsigned>(0);
+  std::shared_ptr<std::list<Run>> runs_ = std::make_shared<std::list<Run>>();
+  sigc::signal<void> runs_changed_;
   std::map<EventInstance, Watches> watches_;  // watch the ends of the objects in `instances`
 };
 

@@ -19,16 +19,28 @@
 namespace zemblar {
 namespace {
 
-/// Counts a run while it exists. The script may end before it, so the count is shared.
-class RunCount {
+/// The entry of a run in the list of its script, while it exists. The script may end before it, so
+/// the list is shared.
+class RunEntry {
  public:
-  explicit RunCount(std::shared_ptr<unsigned> count) : count_(std::move(count)) { ++*count_; }
-  ~RunCount() { --*count_; }
-  RunCount(const RunCount&) = delete;
-  RunCount& operator=(const RunCount&) = delete;
+  RunEntry(std::shared_ptr<std::list<Script::Run>> list, const sigc::signal<void>& changed)
+      : list_(std::move(list)), entry_(list_->emplace(list_->end())), changed_(changed) {}
+  ~RunEntry() {
+    list_->erase(entry_);
+    changed_.emit();
+  }
+  RunEntry(const RunEntry&) = delete;
+  RunEntry& operator=(const RunEntry&) = delete;
+
+  void enter(const ScriptContext& context, const ScriptCommand* command) {
+    *entry_ = {.context = &context, .command = command};
+    changed_.emit();
+  }
 
  private:
-  std::shared_ptr<unsigned> count_;
+  std::shared_ptr<std::list<Script::Run>> list_;
+  std::list<Script::Run>::iterator entry_;
+  sigc::signal<void> changed_;  // a copy, since the script may be destroyed
 };
 
 /// How often in a second scripts may set off one script before it is slowed down.
@@ -212,7 +224,7 @@ bool Script::run_once(const EventInstance& instance) {
 
 // The run is cancelled before the script or one of its lines ends; after that neither is used.
 void Script::run_instance(const EventInstance& instance, bool by_condition) {
-  const RunCount count(runs_);
+  RunEntry entry(runs_, runs_changed_);
   ScriptContext context(*this, instance);
   std::unique_ptr<ScriptCommand> last;
   if (while_mode) {
@@ -224,9 +236,11 @@ void Script::run_instance(const EventInstance& instance, bool by_condition) {
   }
   for (std::size_t i = 0; i < commands.size(); ++i) {
     if (commands[i]->is_off()) continue;
+    entry.enter(context, commands[i].get());
     commands[i]->run(context);
     if (context.is_cancelled()) return;
   }
+  entry.enter(context, nullptr);
   if (last) last->run(context);
 }
 

@@ -3,6 +3,7 @@
 #include <yaml-cpp/yaml.h>
 
 #include "core/private_form.h"
+#include "scripts/condition_answers.h"
 #include "tests/scripts/script_scene.h"
 
 namespace zemblar::test {
@@ -75,6 +76,17 @@ class Evaluation : public ScriptScene {
     auto* lok = dynamic_cast<Lok*>(layout().get_loks().find_child("x"));
     if (event.size() < 3) return at(block).occupy(!empties);
     event[1] == '+' ? block->set_lok(lok) : block->clear_lok(lok);
+  }
+
+  /// Where all alternatives were evaluated, what is answered to a person is what has started.
+  static void answers_agree(const Script& tested, bool was_edited) {
+    for (const auto& answer : ask_conditions(tested)) {
+      EXPECT_EQ(answer.instances.empty(), answer.kind != ConditionAnswer::Kind::holds &&
+                                              answer.kind != ConditionAnswer::Kind::holds_alone);
+      for (const auto& instance : answer.instances) {
+        EXPECT_TRUE(was_edited || !answer.completes || tested.has_started_for(instance));
+      }
+    }
   }
 
   /// Since the last call. What begins or ends together has no order that a person could name.
@@ -167,6 +179,7 @@ TEST_F(Evaluation, starts_on_the_rising_edge_of_each_instance_after_what_is_fini
     for (const auto& [event, expected] : one.steps) {
       happen(event);
       EXPECT_EQ(log(), expected) << one.name << ", at " << event;
+      answers_agree(*tested, event[0] == '!');
     }
     tested->destroy();
     for (const auto* event : {"A-x", "-A", "-B", "-C", "-D"}) happen(event);

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtkmm/radiobutton.h>
 #include <gtkmm/spinbutton.h>
+#include <gtkmm/togglebutton.h>
 
 #include "scripts/script_command_set_speed.h"
 #include "tests/ui/script_window.h"
@@ -294,6 +295,33 @@ TEST_F(Editor, says_of_a_condition_that_sleeps_why_until_it_is_armed) {
   choose("Any Block");
   EXPECT_FALSE(shows(*window, reason));
   EXPECT_FALSE(window.has_tooltip(0));
+}
+
+TEST_F(Editor, says_where_runs_are_and_why_a_condition_does_not_hold) {
+  add_occupied().choose(&zone);
+  add_occupied().choose(layout().get_blocks().add(new Zone));
+  add_wait(600);
+  add_occupied().set_or_flag(true);
+  Window window(script);
+  get_widget<Gtk::ToggleButton>(*window, "_Why Not?").set_active(true);
+  const auto says = [&](unsigned row, const std::string& text) {
+    window.select(row);
+    for (int i = 0; i < 300 && !shows(*window, text); ++i) {
+      handle_events();
+      g_usleep(10'000);
+    }
+    EXPECT_TRUE(shows(*window, text)) << text;
+  };
+  says(0, "✗ does not hold");
+  says(1, "–");
+  zone.set_lok(&lok);
+  EXPECT_EQ(script.num_runs(), 1u) << "by the other alternative";
+  says(0, "✓ Express %1 in Station");
+  says(1, "✗ does not hold");
+  says(2,
+       "✓ Express %1 in Station (has started). This condition sleeps: choose its block, or "
+       "“Start Scripts”, and it watches the railway.");
+  says(4, "Express %1 in Station");
 }
 
 TEST_F(Editor, gives_up_what_is_edited_when_the_line_or_the_script_ends) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <utility>
 
 #include "core/property.h"
@@ -15,7 +16,13 @@
 namespace zemblar {
 namespace {
 
-constexpr int margin = 6;       // on both sides of the sentence
+using Colour = std::array<double, 3>;  // red, green and blue, 0 to 1
+
+constexpr int margin = 6;
+constexpr int left_margin = 18;  // of the sentence; a lamp is in it
+constexpr double lamp_radius = 4;
+constexpr Colour lamp_colour = {0.16, 0.63, 0.16};
+constexpr int least_note = 40;  // pixels; a narrower note is not drawn
 constexpr int chip_margin = 3;  // around the chosen argument
 // Colour fractions: what the text and the links of a sleeping line keep, and the share of the link
 // colour in a link.
@@ -25,8 +32,6 @@ constexpr double own_link = 0.65;
 
 /// Placeholder text for an argument whose editor is shown instead.
 constexpr auto gap_text = "\uFFFC";
-
-using Colour = std::array<double, 3>;  // red, green and blue, 0 to 1
 
 Colour from(const Gdk::Color& colour) {
   return {colour.get_red_p(), colour.get_green_p(), colour.get_blue_p()};
@@ -167,10 +172,10 @@ std::pair<int, int> CRScript::unshifted_extents(const Layout& layout, unsigned a
   const auto sentence = this->sentence();
   const auto& arguments = sentence.arguments();
   const auto found = std::ranges::find(arguments, arg, &Sentence::Argument::number);
-  if (found == arguments.end()) return {margin, 0};
+  if (found == arguments.end()) return {left_margin, 0};
   const int begin = layout->index_to_pos(static_cast<int>(found->begin)).get_x();
   const int end = layout->index_to_pos(static_cast<int>(found->end)).get_x();
-  return {margin + std::min(begin, end) / Pango::SCALE, std::abs(end - begin) / Pango::SCALE};
+  return {left_margin + std::min(begin, end) / Pango::SCALE, std::abs(end - begin) / Pango::SCALE};
 }
 
 std::pair<int, int> CRScript::place_of(Gtk::Widget& widget, unsigned arg) const {
@@ -193,7 +198,7 @@ void CRScript::get_size_vfunc(Gtk::Widget& widget, const Gdk::Rectangle* cell_ar
   int text_height = 0;
   lay_out(widget, Look(*this, widget, {}))->get_pixel_size(text_width, text_height);
   const int full_height = std::max(text_height, editor_height_) + chip_margin;
-  if (width) *width = text_width + 2 * margin;
+  if (width) *width = left_margin + text_width + margin;
   if (height) *height = full_height;
   if (x_offset) *x_offset = 0;
   if (y_offset)
@@ -221,9 +226,10 @@ void CRScript::render_vfunc(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widg
   } else if (const auto chosen = chosen_arg(); chosen && look.shows_chosen()) {
     draw_chosen(window, widget, area_of(*chosen));
   }
+  if (!is_editing()) draw_note(window, widget, cell_area, left_margin + width + margin, look);
   gtk_paint_layout(widget.get_style()->gobj(), GDK_WINDOW(window->gobj()),
                    static_cast<GtkStateType>(look.state), TRUE, expose_area.gobj(), widget.gobj(),
-                   "cellrenderertext", cell_area.get_x() + margin - shift(layout), y,
+                   "cellrenderertext", cell_area.get_x() + left_margin - shift(layout), y,
                    layout->gobj());
 }
 
@@ -233,6 +239,32 @@ void CRScript::draw_behind(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widge
   gtk_paint_flat_box(widget.get_style()->gobj(), GDK_WINDOW(window->gobj()), GTK_STATE_NORMAL,
                      GTK_SHADOW_NONE, expose_area.gobj(), widget.gobj(), "cell_even", area.get_x(),
                      area.get_y(), area.get_width(), area.get_height());
+}
+
+// The lamp is before the sentence, the text at the right end of the row, as far as there is room.
+void CRScript::draw_note(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widget& widget,
+                         const Gdk::Rectangle& area, int sentence_width, const Look& look) const {
+  const auto note = notes_ && row_.line ? notes_(row_.line) : LineNote();
+  const double middle = area.get_y() + area.get_height() / 2.0;
+  const auto cairo = window->create_cairo_context();
+  if (note.lamp) {
+    cairo->set_source_rgb(lamp_colour[0], lamp_colour[1], lamp_colour[2]);
+    cairo->arc(area.get_x() + left_margin / 2.0, middle, lamp_radius, 0, 2 * M_PI);
+    cairo->fill();
+  }
+  const int room = area.get_width() - sentence_width - 2 * margin;
+  if (note.text.empty() || room < least_note) return;
+  auto layout = widget.create_pango_layout(note.text);
+  layout->set_ellipsize(Pango::ELLIPSIZE_END);
+  layout->set_width(room * Pango::SCALE);
+  layout->set_alignment(Pango::ALIGN_RIGHT);
+  int width = 0;
+  int height = 0;
+  layout->get_pixel_size(width, height);
+  cairo->set_source_rgb(look.text[0], look.text[1], look.text[2]);
+  cairo->move_to(area.get_x() + area.get_width() - margin - room,
+                 std::floor(middle - height / 2.0));
+  layout->show_in_cairo_context(cairo);
 }
 
 void CRScript::draw_chosen(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widget& widget,

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "scripts/script.h"  // complete type, so that its pointer is an object property
+#include "ui/scripts/line_notes.h"
 #include "ui/scripts/script_menu.h"
 #include "ui/scripts/script_row.h"
 
@@ -37,6 +38,9 @@ class CRScript : public Gtk::CellRenderer {
   Glib::PropertyProxy<ScriptLine*> property_script_line() { return {this, "script-line"}; }
   /// Increased to make the tree measure the row again.
   Glib::PropertyProxy<unsigned> property_refresh() { return {this, "refresh"}; }
+
+  /// What is drawn beside the sentence of a line.
+  void set_notes(std::function<LineNote(const ScriptLine*)> notes) { notes_ = std::move(notes); }
 
   /// The row with the present property values.
   [[nodiscard]] const ScriptRow& row() const { return row_; }
@@ -100,6 +104,8 @@ class CRScript : public Gtk::CellRenderer {
   [[nodiscard]] int shift(const Layout& layout) const;
   void draw_behind(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widget& widget,
                    const Gdk::Rectangle& expose_area, const Gdk::Rectangle& area) const;
+  void draw_note(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widget& widget,
+                 const Gdk::Rectangle& area, int sentence_width, const Look& look) const;
   void draw_chosen(const Glib::RefPtr<Gdk::Drawable>& window, Gtk::Widget& widget,
                    const Gdk::Rectangle& area) const;
 
@@ -117,6 +123,7 @@ class CRScript : public Gtk::CellRenderer {
   unsigned chosen_ = 0;
   std::optional<Editing> editing_;
   mutable int editor_height_ = 0;  // minimum height of all rows; 0 before it is measured
+  std::function<LineNote(const ScriptLine*)> notes_;
   ScriptMenu menu_;
   sigc::signal<void, ScriptLine&> signal_line_added_;
 };

@@ -13,6 +13,7 @@
 #include <map>
 
 #include "core/i18n.h"
+#include "core/status.h"
 #include "scripts/script.h"
 #include "ui/toolkit/edit_history.h"
 #include "ui/toolkit/type_size.h"
@@ -41,6 +42,7 @@ void with_place(Script& script, const ScriptLine* line, const Act& act) {
 ScriptEditor::ScriptEditor(Script& script)
     : script_(&script),
       rows_(script),
+      notes_(script),
       column_(_("Event/Command")),
       list_(rows_.store()),
       line_menu_([this] { return selected(); }, [this] { remove_selected(); },
@@ -48,6 +50,7 @@ ScriptEditor::ScriptEditor(Script& script)
       up_(Gtk::Stock::GO_UP),
       down_(Gtk::Stock::GO_DOWN),
       delete_(_("Delete")),
+      why_not_(_("_Why Not?"), true),
       close_(Gtk::Stock::CLOSE) {
   set_title(_("Script Editor"));
   set_border_width(margin);
@@ -123,6 +126,9 @@ Gtk::Widget& ScriptEditor::make_bottom_buttons() {
   delete_.set_image(*Gtk::manage(new Gtk::Image(Gtk::Stock::DELETE, Gtk::ICON_SIZE_BUTTON)));
   delete_.set_tooltip_text(_("Remove the line from the script (Delete)"));
   box->pack_start(delete_);
+  why_not_.set_tooltip_text(
+      _("Says beside each condition whether it holds now, and for which block and locomotive"));
+  box->pack_start(why_not_);
   box->pack_start(close_);
   box->set_child_secondary(delete_);
   return *box;
@@ -142,6 +148,9 @@ void ScriptEditor::connect() {
   rows_.signal_refreshed().connect(sigc::mem_fun(*this, &ScriptEditor::keep_chosen));
   rows_.signal_refreshed().connect(sigc::mem_fun(*this, &ScriptEditor::follow_selection));
   cell_.signal_line_added().connect(sigc::mem_fun(*this, &ScriptEditor::on_line_added));
+  cell_.set_notes([this](const ScriptLine* line) { return notes_.of(line); });
+  notes_.signal_changed().connect(sigc::mem_fun(*this, &ScriptEditor::follow_selection));
+  why_not_.signal_toggled().connect([this] { notes_.set_asking(why_not_.get_active()); });
   up_.signal_clicked().connect([this] { move_selected(-1); });
   down_.signal_clicked().connect([this] { move_selected(1); });
   delete_.signal_clicked().connect(sigc::mem_fun(*this, &ScriptEditor::remove_selected));
@@ -163,6 +172,7 @@ void ScriptEditor::on_script_deleted() {
   cell_.close_menu();
   line_menu_.close();
   open_menu_.disconnect();
+  notes_.stop();
   rows_.clear();
   hide();
 }
@@ -443,7 +453,9 @@ void ScriptEditor::follow_selection() {
   delete_.set_sensitive(row.line != nullptr);
   up_.set_sensitive(can_move(-1));
   down_.set_sensitive(can_move(1));
-  const auto reason = row.asleep_because();
+  auto reason = row.asleep_because();
+  const auto note = row.line ? notes_.of(row.line).text : Glib::ustring();
+  if (!note.empty()) reason = reason.empty() ? note : with_sentence(note, reason);
   hint_.set_text(reason.empty() ? hint() : reason);
   list_.queue_draw();
 }

@@ -3,18 +3,21 @@
 #include <gtkmm/button.h>
 #include <gtkmm/cellrenderertext.h>
 #include <gtkmm/label.h>
+#include <gtkmm/togglebutton.h>
 #include <gtkmm/treerowreference.h>
 #include <gtkmm/treeview.h>
 #include <gtkmm/window.h>
 
 #include "ui/scripts/cr_script.h"
 #include "ui/scripts/line_menu.h"
+#include "ui/scripts/line_notes.h"
 #include "ui/scripts/script_rows.h"
 #include "ui/toolkit/object_ref.h"
 
 namespace zemblar {
 
-/// The window for editing a script: each line is a sentence whose arguments can be clicked.
+/// The window for editing a script: each line is a sentence whose arguments can be clicked. A lamp
+/// is at each line where a run is. "Why Not?" tells beside each condition whether it holds now.
 ///
 /// Every change is applied to the script at once, so closing the window loses nothing. One script
 /// may have several editors. Make it with `new`: it deletes itself when it is closed, by the user
@@ -70,6 +73,7 @@ class ScriptEditor : public Gtk::Window {
 
   ObjectRef<Script> script_;
   ScriptRows rows_;
+  LineNotes notes_;
   CRScript cell_;
   Gtk::CellRendererText spoken_;
   Gtk::TreeViewColumn column_;
@@ -83,6 +87,7 @@ class ScriptEditor : public Gtk::Window {
   Gtk::Button up_;
   Gtk::Button down_;
   Gtk::Button delete_;
+  Gtk::ToggleButton why_not_;
   Gtk::Button close_;
   ScopedConnection renamed_;
   ScopedConnection deleted_;

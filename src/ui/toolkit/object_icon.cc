@@ -9,6 +9,7 @@
 #include "devices/device.h"
 #include "devices/track_power.h"
 #include "diagram/view_class.h"
+#include "scripts/script.h"
 #include "ui/toolkit/stock.h"
 
 namespace zemblar {
@@ -38,6 +39,8 @@ Gtk::StockID object_icon(const Object& object) {
     if (!device->active()) return stock::disconnect;
     return switches_power(*device) && !device->track_power() ? stock::no_power : stock::connect;
   }
+  const auto* script = dynamic_cast<const Script*>(&object);
+  if (script && script->num_runs() != 0) return stock::connect;
   if (dynamic_cast<const Toplevel*>(&object)) return Gtk::Stock::DIRECTORY;
   for (const auto& kind : ViewClass::all()) {
     if (kind.shows(object)) return Gtk::StockID(kind.stock_id());

@@ -4,10 +4,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "core/property.h"
 #include "core/toplevel.h"
 #include "devices/device.h"
+#include "scripts/script.h"
 #include "ui/toolkit/object_icon.h"
 
 namespace zemblar {
@@ -20,6 +22,7 @@ using RealClock = std::chrono::steady_clock;
 constexpr auto slice = 4ms;
 /// Rank of an object whose name does not contain the text; above all other ranks.
 constexpr int misses = 6;
+constexpr unsigned running_delay = 200;  // ms
 
 }  // namespace
 
@@ -40,6 +43,7 @@ ObjectRows::ObjectRows() {
 
 void ObjectRows::fill(Object& root, const Glib::ustring& text, const Object* kept) {
   unfilled_.clear();
+  changed_.clear();
   rows_.clear();
   hits_.clear();
   clear();
@@ -121,6 +125,8 @@ void ObjectRows::set_row(Object& object, const Gtk::TreeIter& row) {
     const auto follow = [this, &object] { refresh(object); };
     service[0] = device->property_active().signal_changed().connect(follow);
     service[1] = device->property_track_power().signal_changed().connect(follow);
+  } else if (auto* script = dynamic_cast<Script*>(&object)) {
+    service[0] = script->signal_runs_changed().connect([this, &object] { refresh_soon(object); });
   }
 }
 
@@ -164,6 +170,18 @@ bool ObjectRows::refresh(const Object& object) {
   return !text_.empty() && has_text(object) != hits_.contains(&object);
 }
 
+// Runs come and go faster than anybody sees.
+void ObjectRows::refresh_soon(const Object& object) {
+  changed_.insert(&object);
+  if (refreshing_.connected()) return;
+  refreshing_ = Glib::signal_timeout().connect(
+      [this] {
+        for (const auto* one : std::exchange(changed_, {})) refresh(*one);
+        return false;
+      },
+      running_delay);
+}
+
 void ObjectRows::remove(const Object& object) {
   const auto row = row_of(object);
   forget(object);
@@ -175,6 +193,7 @@ void ObjectRows::remove(const Object& object) {
 
 void ObjectRows::forget(const Object& object) {
   std::erase(unfilled_, &object);
+  changed_.erase(&object);
   if (rows_.erase(&object) == 0) return;
   for (const auto* child : object) forget(*child);
 }

@@ -80,7 +80,7 @@ class ObjectRows : public Gtk::TreeStore {
   struct Row {
     Gtk::TreeIter iter;
     std::array<ScopedConnection, 2>
-        service{};  // for a device: property "active", and its track power
+        service{};  // for a device: property "active", and its track power; for a script: runs
   };
   /// The place where a row is dropped.
   struct Place {
@@ -100,6 +100,7 @@ class ObjectRows : public Gtk::TreeStore {
   Gtk::TreeIter insert_row(Object& object);
   void set_row(Object& object, const Gtk::TreeIter& row);
   void forget(const Object& object);
+  void refresh_soon(const Object& object);
   bool fill_slice();
   /// False if `is_over` became true before all children had rows.
   template <typename IsOver>
@@ -112,6 +113,8 @@ class ObjectRows : public Gtk::TreeStore {
   std::unordered_map<const Object*, Row> rows_;
   std::deque<Object*> unfilled_;
   ScopedConnection filling_;
+  std::unordered_set<const Object*> changed_;  // scripts whose lamp may have changed
+  ScopedConnection refreshing_;
 };
 
 }  // namespace zemblar
