@@ -6,10 +6,12 @@
 #include "benchmarks/ratio.h"
 #include "benchmarks/track_scene.h"
 #include "core/collections.h"
+#include "locomotives/lok.h"
 #include "runtime/timer.h"
 #include "scripts/script.h"
 #include "scripts/script_command_wait.h"
 #include "scripts/script_event_occupied.h"
+#include "scripts/script_registry.h"
 
 namespace zemblar::bench {
 namespace {
@@ -65,34 +67,49 @@ double idle_loop(std::chrono::milliseconds duration) {
   return processor_ms() - before;
 }
 
-void start_waiting() {
-  const auto zones = row_of_zones(1);
-  detector_of(zones[0]).occupy(true);
+ScriptCommand* wait_for_an_hour(Script& script) {
+  auto* wait = new ScriptCommandWait(script);
+  wait->set_spin_value(1, 3600);
+  return wait;
+}
+
+/// Waits for its turn at the second block, which another train has.
+ScriptCommand* reserve_second(Script& script) {
+  auto* reserve = create_script_command("reserve", script);
+  reserve->choices(2).back().choose();
+  return reserve;
+}
+
+void start_waiting(ScriptCommand* (*waits)(Script& script)) {
+  const auto zones = row_of_zones(2);
+  for (auto* zone : zones) zone->set_lok(Layout::get().get_loks().add(new Lok));
   for (std::size_t i = 0; i < script_count; ++i) {
     auto* script = Layout::get().get_scripts().add(new Script);
-    auto* wait = new ScriptCommandWait(*script);
-    script->add_command(wait);
-    wait->set_spin_value(1, 3600);
+    script->add_command(waits(*script));
     auto* line = new ScriptEventOccupied;
     script->add_condition(line);
     line->choose(zones[0]);
   }
 }
 
+Round idle_beside(ScriptCommand* (*waits)(Script& script), Effort effort) {
+  const auto duration = effort.quick ? 50ms : 500ms;
+  return [waits, duration] {
+    Sample sample;
+    row_of_zones(1);
+    sample.floor = idle_loop(duration);
+    start_waiting(waits);
+    sample.figure = idle_loop(duration);
+    row_of_zones(1);
+    idle_loop(10ms);  // what waited ends
+    return sample;
+  };
+}
+
 const Figure waiting("script: an idle main loop with 1,000 scripts that wait, to none", "ms", 1.5,
-                     [](Effort effort) {
-                       const auto duration = effort.quick ? 50ms : 500ms;
-                       return [duration] {
-                         Sample sample;
-                         row_of_zones(1);
-                         sample.floor = idle_loop(duration);
-                         start_waiting();
-                         sample.figure = idle_loop(duration);
-                         row_of_zones(1);
-                         idle_loop(10ms);  // what waited ends
-                         return sample;
-                       };
-                     });
+                     [](Effort effort) { return idle_beside(wait_for_an_hour, effort); });
+const Figure reserving("script: an idle main loop with 1,000 scripts that reserve, to none", "ms",
+                       1.5, [](Effort effort) { return idle_beside(reserve_second, effort); });
 
 }  // namespace
 }  // namespace zemblar::bench

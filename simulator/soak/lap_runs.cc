@@ -24,6 +24,8 @@ const char* title(LapsFault fault) {
       return "with too few laps";
     case LapsFault::reserved:
       return "with a block that stays reserved";
+    case LapsFault::signal:
+      return "with a signal that does not follow";
   }
   return "";
 }

@@ -1,14 +1,18 @@
 #include "simulator/soak/soak_laps.h"
 
 #include <algorithm>
+#include <array>
 #include <numeric>
 #include <vector>
 
 #include "core/collections.h"
+#include "core/global_options.h"
 #include "scripts/script.h"
 #include "scripts/script_template.h"
 #include "simulator/railway/sample_railway.h"
 #include "track/block.h"
+#include "track/point_base.h"
+#include "track/point_guard.h"
 #include "track/point_state.h"
 
 namespace zemblar::simulator {
@@ -25,13 +29,16 @@ constexpr Seconds longest_stand = 3min;
 constexpr double standstill = 1;       // mm
 constexpr auto longest_stop = 40s;     // by hand
 constexpr unsigned stops_every = 240;  // looks at each train
+constexpr unsigned clicks_every = 6;   // looks
 constexpr double laps_an_hour = 10;
 constexpr unsigned slowest = 60;  // speed step
 constexpr unsigned fastest = 126;
 
 /// Something that a person starts: a train by its throttle, or the scripts, which start a train.
+constexpr auto third_train = "Goods 1200";
+
 struct Start {
-  const char* train;
+  std::string_view train;
   bool by_scripts = false;
 };
 using Starts = std::vector<Start>;
@@ -39,58 +46,98 @@ using Starts = std::vector<Start>;
 struct Evening {
   std::string file;
   Starts starts;
-  void (*prepare)(SampleRailway& scene) = nullptr;
-  bool stops_by_hand = false;
+  /// Scripts by these templates take the place of those in the file.
+  std::vector<std::string> templates{};
+  /// Somebody stops trains, and sets signals and the ways behind them.
+  bool has_visitor = false;
+  bool in_all_orders = true;
 };
 
 Block* block(const char* name) {
   return dynamic_cast<Block*>(Layout::get().get_blocks().find_child(name));
 }
 
-PointState* state(const char* signal, const char* name) {
-  return dynamic_cast<PointState*>(Layout::get().get_points().find_child(signal)->find_child(name));
+PointState* state(const char* point, const char* name) {
+  return dynamic_cast<PointState*>(Layout::get().get_points().find_child(point)->find_child(name));
 }
 
-/// In the place of the scripts that the sample has. The line gets a third train.
-void write_by_templates(SampleRailway& scene) {
-  scene.railway.put("Goods 1200", "East Approach", {.length = 400, .top_speed = 250});
-  scene.clock.advance(until_seen);
-  auto& scripts = Layout::get().get_scripts();
-  while (scripts.child_count() != 0) scripts.child_at(0)->destroy();
-  auto* exit = block("East Curve");
-  auto* stop = state("Exit Signal 1", "Stop");
-  auto* go = state("Exit Signal 1", "Go");
-  const auto make = [](const char* name, const ScriptTemplate::Answers& answers) {
-    const auto& all = script_templates();
-    std::ranges::find(all, std::string_view(name), &ScriptTemplate::name)->make(answers);
-  };
-  make("Crossing Guard", {{.block = block("Branch Crossing")},
-                          {.block = block("East Approach")},
-                          {.block = block("North Approach")},
-                          {.block = block("South Approach")},
-                          {}});
-  make("Block Signal", {{.block = exit}, {.state = stop}, {.state = go}});
-  make("Stop at a Signal",
-       {{.block = block("Station 1")}, {.state = stop}, {.state = go}, {.block = exit}});
-  make("Station Stop", {{.block = block("Station 1")}, {.block = exit}, {.number = 6}});
-  make("Shuttle", {{.lok = &SampleRailway::lok("Railcar 5")},
+/// The exits of the station, each with its way.
+struct Exit {
+  const char* signal;
+  const char* platform;
+  const char* way;  // a state of East Point
+};
+constexpr std::array<Exit, 2> exits{
+    {{"Exit Signal 1", "Station 1", "Straight"}, {"Exit Signal 2", "Station 2", "Curved"}}};
+
+/// What a person answers to the questions of the templates, for the sample layout.
+std::vector<ScriptTemplate::Answers> answers_to(const std::string& name) {
+  auto* ahead = block("East Curve");
+  std::vector<ScriptTemplate::Answers> all;
+  if (name == "Crossing Guard") {
+    all.push_back({{.block = block("Branch Crossing")},
+                   {.block = block("East Approach")},
+                   {.block = block("North Approach")},
+                   {.block = block("South Approach")},
+                   {}});
+  } else if (name == "Shuttle") {
+    all.push_back({{.lok = &SampleRailway::lok("Railcar 5")},
                    {.block = block("Branch North")},
                    {.block = block("North Approach")},
                    {.block = block("Branch South")},
                    {.block = block("South Approach")},
                    {.number = 5},
                    {.number = 60}});
+  } else if (name == "Station Stop") {
+    all.push_back({{.block = block("Station 1")}, {.block = ahead}, {.number = 6}});
+  }
+  for (const auto& [signal, platform, way] : exits) {
+    auto* stop = state(signal, "Stop");
+    auto* go = state(signal, "Go");
+    if (name == "Block Signal") all.push_back({{.block = ahead}, {.state = stop}, {.state = go}});
+    if (name == "Stop at a Signal") {
+      all.push_back({{.block = block(platform)}, {.state = stop}, {.state = go}, {.block = ahead}});
+    } else if (name == "Route by Entry Signal") {
+      auto* east = state("East Point", way);
+      all.push_back(
+          {{.state = go}, {.state = east}, {}, {}, {}, {.block = ahead}, {.state = stop}});
+    }
+  }
+  return all;
+}
+
+void write_by_templates(const std::vector<std::string>& names) {
+  auto& scripts = Layout::get().get_scripts();
+  while (scripts.child_count() != 0) scripts.child_at(0)->destroy();
+  for (const auto& name : names) {
+    const auto& all = script_templates();
+    const auto found = std::ranges::find(all, std::string_view(name), &ScriptTemplate::name);
+    for (const auto& answers : answers_to(name)) found->make(answers);
+  }
 }
 
 const std::map<std::string, Evening>& evenings() {
+  const Starts line{{"Express 103"}, {"Local 24"}, {third_train}};
+  const Starts branch{{"Railcar 5", true}};
   static const std::map<std::string, Evening> all{
       {"sample", {"sample.zblt", {{"Express 103"}, {"Local 24"}, {"Railcar 5", true}}}},
       {"sample, scripts asleep", {"sample.zblt", {{"Express 103"}, {"Local 24"}}}},
       {"sample, scripts by templates",
        {"sample.zblt",
-        {{"Express 103"}, {"Local 24"}, {"Goods 1200"}, {"Railcar 5", true}},
-        write_by_templates,
+        {{"Express 103"}, {"Local 24"}, {third_train}, {"Railcar 5", true}},
+        {"Crossing Guard", "Block Signal", "Stop at a Signal", "Station Stop", "Shuttle"},
         true}},
+      {"template Stop at a Signal", {"sample.zblt", line, {"Stop at a Signal"}, true, false}},
+      {"template Block Signal", {"sample.zblt", line, {"Block Signal"}, true, false}},
+      {"template Shuttle", {"sample.zblt", branch, {"Shuttle"}, true, false}},
+      {"template Station Stop", {"sample.zblt", line, {"Station Stop"}, true, false}},
+      {"template Route by Entry Signal",
+       // The third train is too long to stop before these signals.
+       {"sample.zblt",
+        {{"Express 103"}, {"Local 24"}},
+        {"Route by Entry Signal", "Stop at a Signal"},
+        true,
+        false}},
       {"club", {"club.zblt", {{"Express 103"}, {"Local 24"}, {"Goods 1200"}, {"Local 64"}}}}};
   return all;
 }
@@ -122,7 +169,7 @@ class LapsRun {
         evening_(evenings().at(options.evening)),
         chance_(options.seed),
         scene_(options.folder + "/" + evening_.file, options.seed) {
-    if (evening_.prepare) evening_.prepare(scene_);
+    if (!evening_.templates.empty()) prepare();
     scene_.railway.track.signal_event().connect([this](const TrackEvent& event) { judge(event); });
   }
   LapsRun(const LapsRun&) = delete;
@@ -146,20 +193,69 @@ class LapsRun {
  private:
   // --- The evening ---
 
+  /// The line gets a third train, and scripts by templates.
+  void prepare() {
+    if (std::ranges::find(evening_.starts, third_train, &Start::train) != evening_.starts.end()) {
+      scene_.railway.put(third_train, "East Approach", {.length = 400, .top_speed = 250});
+      scene_.clock.advance(until_seen);
+    }
+    write_by_templates(evening_.templates);
+    GlobalOptions::get().set_points_protected(true);
+  }
+  [[nodiscard]] bool has_template(const char* name) const {
+    return std::ranges::count(evening_.templates, name) != 0;
+  }
+
   void begin(const Start& start) {
     auto* train = scene_.railway.find_train(start.train);
     started_.push_back({.train = train, .home = train->leading_link()->get_block()});
     if (start.by_scripts) return start_scripts();
     const auto range = fastest - slowest + 1;
-    SampleRailway::lok(start.train)
+    SampleRailway::lok(std::string(start.train))
         .set_speed(slowest + static_cast<unsigned>(chance_.below(range)));
   }
 
   void pass(std::chrono::milliseconds time) {
     for (; time > 0ms && result_.trouble.empty(); time -= look_interval) {
       scene_.clock.advance(look_interval);
-      if (evening_.stops_by_hand) stop_by_hand();
+      if (evening_.has_visitor) {
+        click();
+        stop_by_hand();
+      }
+      look_at_signal();
       for (auto& one : started_) look(one);
+    }
+  }
+
+  /// Somebody clicks signals and points, if no script sets them, with the care of a person: nobody
+  /// sets another way before a train that is already leaving.
+  void click() {
+    if (has_template("Block Signal") || chance_.below(clicks_every) != 0) return;
+    if (has_template("Route by Entry Signal")) {
+      auto* way = state("West Point", chance_.below(2) == 0 ? "Straight" : "Curved");
+      set_by_hand(*way->get_owner(), *way, false);
+    }
+    const auto chosen = chance_.below(exits.size());
+    const auto shows_go = [](const Exit& exit) {
+      auto* go = state(exit.signal, "Go");
+      return go->get_owner()->get_state() == go;
+    };
+    const auto& exit = exits.at(chosen);
+    const bool is_go = shows_go(exit);
+    if (is_go ? block(exit.platform)->get_lok() != nullptr : shows_go(exits.at(1 - chosen))) return;
+    auto* next = state(exit.signal, is_go ? "Stop" : "Go");
+    set_by_hand(*next->get_owner(), *next, false);
+  }
+
+  /// A signal that follows its block shows what it should.
+  void look_at_signal() {
+    if (!has_template("Block Signal")) return;
+    const auto* behind = block("East Curve");
+    const bool is_taken = behind->get_lok() || behind->occupied();
+    for (const auto& exit : exits) {
+      auto* shown = state(exit.signal, is_taken ? "Stop" : "Go");
+      if (shown->get_owner()->get_state() == shown) continue;
+      fail(LapsFault::signal, std::string(exit.signal) + " is wrong");
     }
   }
 
@@ -169,10 +265,13 @@ class LapsRun {
     for (auto& one : started_) {
       auto& lok = SampleRailway::lok(name(one));
       if (lok.get_brake()) continue;  // the decoder would not hear of it
+      // A train that has come to the end of its line meanwhile is left to its script.
+      const bool has_way = one.train->leading_link()->is_connected();
       if (one.stopped_speed != 0 && now >= one.goes_on) {
-        lok.set_speed(std::exchange(one.stopped_speed, 0));
-      } else if (one.stopped_speed == 0 && lok.get_speed() != 0 &&
-                 one.train->leading_link()->is_connected() && chance_.below(stops_every) == 0) {
+        const auto speed = std::exchange(one.stopped_speed, 0);
+        if (has_way) lok.set_speed(speed);
+      } else if (one.stopped_speed == 0 && lok.get_speed() != 0 && has_way &&
+                 chance_.below(stops_every) == 0) {
         one.stopped_speed = lok.get_speed();
         one.goes_on = now + chance_.between(1s, longest_stop);
         lok.set_speed(0);
@@ -256,6 +355,7 @@ std::vector<std::string> evening_names() {
 
 unsigned count_orders(const std::string& evening) {
   unsigned orders = 1;
+  if (!evenings().at(evening).in_all_orders) return orders;
   const auto starts = evenings().at(evening).starts.size();
   for (std::size_t i = 2; i <= starts; ++i) orders *= static_cast<unsigned>(i);
   return orders;

@@ -19,7 +19,7 @@ struct LapsOptions {
   unsigned order = 0;  ///< of the starts, counted through all of them
 };
 
-enum class LapsFault { none, collision, stands, ran_off, too_few, reserved };
+enum class LapsFault { none, collision, stands, ran_off, too_few, reserved, signal };
 
 struct LapsResult {
   LapsFault fault = LapsFault::none;

@@ -121,8 +121,9 @@ Glib::ustring state_title(const PointState& state) {
   return Glib::ustring::compose("%1: %2", state.get_owner()->get_name(), state.get_name());
 }
 
-// A level that is taken back under the brake is not sent. So the train is let go only when the
-// block ahead is free: then the brake is off.
+// A speed that is set or taken back under the brake is not sent. The brake may be on for a moment
+// after the block ahead has read free: to its own train, the block that it holds is free when the
+// brake is off.
 std::vector<Script*> stop_at_signal(const Answers& answers) {
   auto& before = *answers[0].block;
   auto& stop = *answers[1].state;
@@ -132,10 +133,12 @@ std::vector<Script*> stop_at_signal(const Answers& answers) {
   script.if_block(behind, false);
   script.if_state(stop);
   script.if_block(before);
+  script.wait_until_free(before);
   script.save();
   script.set_speed(0);
   script.wait_until(go);
   script.wait_until_free(behind);
+  script.wait_until_free(before);
   script.restore();
   return {script.finish()};
 }
@@ -174,18 +177,18 @@ std::vector<Script*> shuttle(const Answers& answers) {
 }
 
 // A train that finds the block ahead taken stands here under its brake. Its stop begins when that
-// is off: one that is set or taken back under the brake is not sent.
+// is off.
 std::vector<Script*> station_stop(const Answers& answers) {
   auto& platform = *answers[0].block;
   auto& ahead = *answers[1].block;
   Writer script(titled(_("Station Stop in %1"), platform), false);
   script.if_block(platform);
   script.wait(run_in);
-  script.wait_until_free(ahead);
+  for (auto* block : {&ahead, &platform}) script.wait_until_free(*block);
   script.save();
   script.set_speed(0);
   script.wait(answers[2].number);
-  script.wait_until_free(ahead);
+  for (auto* block : {&ahead, &platform}) script.wait_until_free(*block);
   script.restore();
   return {script.finish()};
 }

@@ -4,13 +4,12 @@
 #include "core/i18n.h"
 #include "core/status.h"
 #include "locomotives/lok.h"
-#include "track/signal.h"
+#include "track/point_base.h"
 
 namespace zemblar {
 
 Glib::ustring why_protected(const PointBase& point) {
   if (!GlobalOptions::get().get_points_protected()) return {};
-  if (dynamic_cast<const Signal*>(&point)) return {};
   const auto* lok = point.get_lok();
   const bool awaited = lok && point.get_reservations().keeps_for(*lok) && !lok->spans(&point);
   if (lok && !awaited) {

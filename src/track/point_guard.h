@@ -11,7 +11,7 @@ class PointState;
 /// thrown under a train derails it. It holds for people and scripts, not for undo and reading.
 ///
 /// A point is protected while it is occupied, and while a locomotive holds it. A reserved point is
-/// not, until its train reaches it: its way is chosen meanwhile. Signals are never protected.
+/// not, until its train reaches it: its way is chosen meanwhile. No train can be on a signal.
 
 /// A sentence why the point is protected now; empty if it is not.
 [[nodiscard]] Glib::ustring why_protected(const PointBase& point);

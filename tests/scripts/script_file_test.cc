@@ -215,12 +215,12 @@ TEST_F(ScriptFile, lines_pass_through_text_into_another_script_and_another_layou
 
   auto* other = script();
   ASSERT_TRUE(paste_lines(*other, copy_script(*copy, copy->get_condition(2)), nullptr));
-  ASSERT_TRUE(paste_lines(*other, text, other->get_condition(0)));
-  EXPECT_EQ(sentences(*other), sentences()
-                                   .replace(0, 5, "When")
-                                   .replace(sentences().find("Set") - 1, 0, "Or A is Occupied\n"));
-  EXPECT_FALSE(other->get_while()) << "it had a condition";
-  EXPECT_TRUE(other->get_condition(0)->is_armed()) << "nothing of it slept";
+  ASSERT_TRUE(paste_lines(*other, text, nullptr));
+  EXPECT_EQ(sentences(*other), "When A is Occupied\n" + sentences().replace(0, 5, "Or"))
+      << "it had a condition, and keeps its mode";
+  EXPECT_TRUE(other->get_condition(1)->is_armed()) << "nothing of it slept";
+  ASSERT_TRUE(paste_lines(*copy, text, copy->get_condition(0)));
+  EXPECT_FALSE(copy->get_condition(0)->is_armed());
 
   layout().new_document(true);
   zone("B");
@@ -236,7 +236,7 @@ TEST_F(ScriptFile, lines_pass_through_text_into_another_script_and_another_layou
         entry("commands: [[whistle]]"), entry("commands: [save, [wait, 1]]"),
         entry("conditions: [[When, occupied, Any, true], [And, occupied, 1, true]]"),
         entry("commands: [[wait, 1], [set-speed, [trains, x], 40, km/h]]"),
-        entry("commands: [[reserve, [locomotives], This], [wait, never]]"),
+        entry("commands: [[reserve, [locomotives], This]]"), entry("commands: [[wait, never]]"),
         entry("commands: [[wait, 1, {off: perhaps}]]")}) {
     set_status("");
     EXPECT_FALSE(paste_lines(read_script(), bad, nullptr)) << bad;
@@ -248,14 +248,19 @@ TEST_F(ScriptFile, lines_pass_through_text_into_another_script_and_another_layou
 }
 
 TEST_F(ScriptFile, a_command_that_is_switched_off_is_passed_over_and_ends_the_runs_at_it) {
-  zone("A");
+  auto& detector = at(zone("A"));
   auto* made = script_on("A", true);
   wait(*made, 5);
   set_speed(*made, "", 40);
   act(*made, [](ScriptContext&) { set_status("done"); });
   made->set_off(*made->get_command(0), true);
-  at(dynamic_cast<Block*>(layout().get_blocks().child_at(0))).occupy();
+  detector.occupy();
   EXPECT_EQ(get_status(), "done");
+  EXPECT_EQ(made->num_runs(), 1u);
+  paste_lines(*made, copy_script(*made, made->get_command(1)), made->get_command(1));
+  EXPECT_EQ(made->num_runs(), 0u);
+  set_status("");
+  for (const bool full : {false, true}) detector.occupy(full);
   EXPECT_EQ(made->num_runs(), 1u);
   made->set_off(*made->get_command(2), true);
   EXPECT_EQ(made->num_runs(), 0u);

@@ -69,8 +69,9 @@ TEST_F(Templates, write_lines_that_can_be_read) {
 
   EXPECT_EQ(made("Stop at a Signal", {{.block = a}, {.state = stop}, {.state = go}, {.block = b}}),
             "Stop at Exit\nWhen B is Unoccupied\nAnd Exit is red\nAnd A is Occupied\n"
+            "Wait until A is free (for any time)\n"
             "Save\nSet This Locomotive Speed to 0%\nWait until Exit is green (for any time)\n"
-            "Wait until B is free (for any time)\nRestore\n");
+            "Wait until B is free (for any time)\nWait until A is free (for any time)\nRestore\n");
   EXPECT_EQ(made("Block Signal", {{.block = b}, {.state = stop}, {.state = go}}),
             "Exit: red\nWhen B is Occupied\nSet Exit to red\n"
             "Exit: green\nWhen B is Unoccupied\nSet Exit to green\n");
@@ -89,11 +90,11 @@ TEST_F(Templates, write_lines_that_can_be_read) {
             "Shuttle Leaves B\nWhen B is Occupied\nAnd x is in This Block\n"
             "Wait 2 seconds\nSet x Speed to 0%\n"
             "Wait 5 seconds\nSet x Reverse\nSet x Speed to 60%\n");
-  EXPECT_EQ(
-      made("Station Stop", {{.block = a}, {.block = b}, {.number = 8}}),
-      "Station Stop in A\nWhen A is Occupied\nWait 2 seconds\n"
-      "Wait until B is free (for any time)\nSave\nSet This Locomotive Speed to 0%\nWait 8 seconds\n"
-      "Wait until B is free (for any time)\nRestore\n");
+  EXPECT_EQ(made("Station Stop", {{.block = a}, {.block = b}, {.number = 8}}),
+            "Station Stop in A\nWhen A is Occupied\nWait 2 seconds\n"
+            "Wait until B is free (for any time)\nWait until A is free (for any time)\n"
+            "Save\nSet This Locomotive Speed to 0%\nWait 8 seconds\n"
+            "Wait until B is free (for any time)\nWait until A is free (for any time)\nRestore\n");
   EXPECT_EQ(made("Route by Entry Signal", {{.state = go},
                                            {.state = point->states()[0]},
                                            {},
@@ -217,6 +218,33 @@ TEST_F(Templates, a_train_goes_on_from_a_signal_that_rises_while_another_one_is_
   at(zones[0]).occupy(false);
   signal->set_state(signal->states()[0]);
   EXPECT_EQ(lok->get_speed_overlay(), 50u) << "its head has passed the signal";
+}
+
+// The block behind the signal and the one between them have one detector: the first one reads free
+// while the brake is still on.
+TEST_F(Templates, a_train_under_its_brake_is_stopped_at_a_signal_when_the_brake_is_off) {
+  const auto zones = row({"Z", "A", "M", "B", "C"});
+  auto* shared = layout().get_devices().add(new Detector);
+  for (const auto i : {2u, 3u}) zones[i]->set_input(shared);
+  auto* signal = layout().get_points().add(new Signal);
+  make_at({nullptr, zones[1], zones[3]}, "Stop", *signal);
+  auto* other = new_lok_in(zones[1], "other");
+  shared->occupy();
+  at(zones[1]).occupy(false);
+  at(zones[4]).occupy();
+  EXPECT_EQ(place(other), "M.left..C.right");
+  auto* lok = new_lok_in(zones[0]);
+  lok->set_speed(50);
+  at(zones[1]).occupy();
+  at(zones[0]).occupy(false);
+  EXPECT_TRUE(lok->get_brake());
+  at(zones[3]).occupy(false);
+  clock.advance(1s);
+  EXPECT_FALSE(lok->get_brake());
+  EXPECT_EQ(lok->get_speed_overlay(), 0u);
+  signal->set_state(signal->states()[1]);
+  clock.advance(0ms);
+  EXPECT_EQ(lok->get_speed_overlay(), 50u);
 }
 
 }  // namespace
