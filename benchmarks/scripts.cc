@@ -42,7 +42,7 @@ struct Watched {
   ScriptEventOccupied* line;
 };
 
-const Figure evaluation("script: evaluate any of 1,000 blocks, to a bare loop over them", "ns", 10,
+const Figure evaluation("script: evaluate any of 1,000 blocks, to a bare loop over them", "ns", 5,
                         [](Effort effort) {
                           const auto scene = std::make_shared<Watched>();
                           const auto count = effort.count(2000);

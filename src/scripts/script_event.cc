@@ -36,8 +36,8 @@ void ScriptEvent::trigger() {
 // A generator passes only 32 bits, so the instance goes through the walk.
 void ScriptEvent::yield(const EventInstance& instance) {
   assert(walking);
-  walking->instance_ = instance;
-  generator::yield(1);
+  walking->found_[walking->count_++] = instance;
+  if (walking->count_ == walking->found_.size()) generator::yield(1);
 }
 
 InstanceWalk::InstanceWalk(ScriptEvent& event, const EventInstance& partial)
@@ -48,11 +48,14 @@ InstanceWalk::~InstanceWalk() {
 }
 
 const EventInstance* InstanceWalk::next() {
+  if (next_ < count_) return &found_[next_++];
   if (!generator_ || generator::finished(generator_)) return nullptr;
+  count_ = 0;
   walking = this;
   generator::next(generator_, 0);
   walking = nullptr;
-  return generator::finished(generator_) ? nullptr : &instance_;
+  next_ = 1;
+  return count_ == 0 ? nullptr : &found_.front();
 }
 
 }  // namespace zemblar

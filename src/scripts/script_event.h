@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <compare>
 #include <functional>
 #include <memory>
@@ -90,6 +91,9 @@ class ScriptEvent : public ScriptLine {
 };
 
 /// Iterates over the instances that a condition yields. Always call `next` until it returns null.
+///
+/// The condition runs ahead by a few instances, since a switch to its generator and back costs more
+/// than most of them.
 class InstanceWalk {
  public:
   InstanceWalk(ScriptEvent& event, const EventInstance& partial);
@@ -104,7 +108,9 @@ class InstanceWalk {
   friend class ScriptEvent;
 
   generator* generator_;
-  EventInstance instance_;
+  std::array<EventInstance, 16> found_;
+  std::size_t count_ = 0;  // of those in `found_`
+  std::size_t next_ = 0;
 };
 
 }  // namespace zemblar
