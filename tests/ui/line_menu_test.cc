@@ -7,6 +7,7 @@
 #include "tests/ui/script_window.h"
 #include "ui/panels/script_properties.h"
 #include "ui/toolkit/edit_history.h"
+#include "ui/toolkit/made_object.h"
 
 namespace zemblar::test {
 namespace {
@@ -115,11 +116,15 @@ TEST_F(LineMenuTest, a_paste_is_one_step_of_undo_also_in_a_window_that_closes_me
   Gtk::VBox box;
   panels.add(box);
   box.pack_start(*Gtk::manage(script.make_properties_panel({})));
-  box.pack_start(*Gtk::manage(layout().get_scripts().make_properties_panel({})));
+  auto* scripts_panel = layout().get_scripts().make_properties_panel({});
+  box.pack_start(*Gtk::manage(scripts_panel));
   const auto click = [&](const char* label) {
     get_widget<Gtk::Button>(box, label).clicked();
     handle_events();
   };
+  // As when the new script is selected.
+  const ScopedConnection selects =
+      signal_object_made().connect([&](Object&) { delete std::exchange(scripts_panel, nullptr); });
   click("_Copy Script");
   click("_Paste Script");
   ASSERT_EQ(layout().get_scripts().child_count(), 2u);

@@ -80,7 +80,8 @@ void PointProperties::add_state_row() {
   under_it->pack_start(send_again_, false, false);
   add_field(*under_it);
   state_.set_tooltip_text(
-      _("How it lies now. Another choice is sent at once, whatever stands on it"));
+      _("How it lies now. Another choice is sent at once, also under a train unless points are "
+        "protected"));
   send_again_.set_tooltip_text(
       _("For a decoder that had no power, or a point that was moved by hand"));
 }

@@ -24,13 +24,15 @@ void copy_to_clipboard(Script& script, const ScriptLine* only) {
 void ClipboardReader::ask(std::function<void(const Glib::ustring&)> take) {
   if (waiting_) return;
   take_ = std::move(take);
-  waiting_.emplace();
+  waiting_ = std::make_unique<EditJournal::Hold>();
   Gtk::Clipboard::get()->request_text(sigc::mem_fun(*this, &ClipboardReader::on_text));
 }
 
+// What is made of the text may be selected, which ends the panel that has asked.
 void ClipboardReader::on_text(const Glib::ustring& text) {
-  take_(text);
-  waiting_.reset();
+  const auto held = std::move(waiting_);
+  const auto take = std::move(take_);
+  take(text);
 }
 
 }  // namespace zemblar

@@ -4,7 +4,7 @@
 #include <sigc++/trackable.h>
 
 #include <functional>
-#include <optional>
+#include <memory>
 
 #include "edit/edit_journal.h"
 
@@ -28,7 +28,7 @@ class ClipboardReader : public sigc::trackable {
   void on_text(const Glib::ustring& text);
 
   std::function<void(const Glib::ustring&)> take_;
-  std::optional<EditJournal::Hold> waiting_;
+  std::unique_ptr<EditJournal::Hold> waiting_;
 };
 
 }  // namespace zemblar
