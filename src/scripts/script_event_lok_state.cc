@@ -161,9 +161,10 @@ Glib::ustring ScriptEventLokState::no_subject_words() const {
              : _("No locomotive is chosen: this condition never holds.");
 }
 
+// The locomotive of the line before may be any one, and nobody tells which.
 WatchingEvent::Watches ScriptEventLokState::watch() {
   Watches watches;
-  if (whose_ == Whose::any) {
+  if (whose_ != Whose::chosen) {
     watches.emplace_back(Lok::signal_condition_changed().connect([this](Lok&) { trigger(); }));
   } else if (auto* lok = lok_.get_lok()) {
     watches.emplace_back(Lok::signal_condition_changed().connect([this, lok](Lok& changed) {
