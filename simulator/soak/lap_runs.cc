@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "simulator/soak/soak_process.h"
+#include "simulator/soak/temporary_home.h"
 
 namespace zemblar::simulator {
 namespace {
@@ -46,6 +47,7 @@ void LapRuns::run(unsigned seeds, std::uint64_t first_seed, double hours) {
 
 void LapRuns::run_evening(const LapsOptions& evening) {
   judge(evening, run_in_process([&evening] {
+          const TemporaryHome home;
           const auto result = run_laps(evening);
           std::cerr << result_mark << static_cast<int>(result.fault) << ' ' << result.longest_stand
                     << ' ' << result.trouble << '\n';

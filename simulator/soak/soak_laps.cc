@@ -172,6 +172,7 @@ class LapsRun {
     if (!evening_.templates.empty()) prepare();
     scene_.railway.track.signal_event().connect([this](const TrackEvent& event) { judge(event); });
   }
+  ~LapsRun() { GlobalOptions::get().set_points_protected(were_protected_); }
   LapsRun(const LapsRun&) = delete;
   LapsRun& operator=(const LapsRun&) = delete;
 
@@ -337,6 +338,7 @@ class LapsRun {
   }
 
   LapsOptions options_;
+  const bool were_protected_ = GlobalOptions::get().get_points_protected();
   const Evening& evening_;
   Chance chance_;
   SampleRailway scene_;
