@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
+#include <utility>
 
 #include "core/layout.h"
 #include "core/object.h"
@@ -34,22 +35,21 @@ void NamedForm::write(YAML::Emitter& out, const Object& object) {
   out << YAML::EndSeq;
 }
 
-std::function<Object*()> NamedForm::read(const YAML::Node& node) {
+std::function<bool()> NamedForm::read(const YAML::Node& node, std::function<bool(Object*)> assign) {
   if (!node.IsSequence() || node.size() < 2) throw YAML::InvalidScalar(node.Mark());
   const auto* const word = std::ranges::find(section_words, scalar_of(node[0]));
   if (word == section_words.end()) throw YAML::InvalidScalar(node.Mark());
   const auto section = static_cast<Section>(std::distance(section_words.begin(), word));
   std::vector<Glib::ustring> path(node.size() - 1);
   for (std::size_t i = 0; i < path.size(); ++i) node[i + 1] >> path[i];
-  return [this, section, path] {
+  return [this, section, path, assign = std::move(assign)] {
     const Object* found = &Layout::get().get_toplevel(section);
     for (const auto& name : path) {
       if (found) found = found->find_child(name);
     }
-    if (!found && std::ranges::find(missing_, path.back()) == missing_.end()) {
-      missing_.push_back(path.back());
-    }
-    return const_cast<Object*>(found);
+    const bool used = assign(const_cast<Object*>(found));
+    if (!used) missing_.insert(path.back().raw());
+    return used;
   };
 }
 

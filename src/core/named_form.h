@@ -1,9 +1,8 @@
 #pragma once
 
-#include <glibmm/ustring.h>
-
 #include <functional>
-#include <vector>
+#include <set>
+#include <string>
 
 #include "core/private_form.h"
 
@@ -25,11 +24,13 @@ class NamedForm {
   [[nodiscard]] static NamedForm* used() { return used_; }
 
   static void write(YAML::Emitter& out, const Object& object);
-  /// A function that looks the object up, to be called while this exists. Throws
+  /// A function that looks the object up and assigns it, to be called while this exists. `assign`
+  /// gets null if there is none, and returns false for an object of another kind. Throws
   /// YAML::InvalidScalar for anything but a list of names.
-  [[nodiscard]] std::function<Object*()> read(const YAML::Node& node);
-  /// The names of the objects that were not found.
-  [[nodiscard]] const std::vector<Glib::ustring>& missing() const { return missing_; }
+  [[nodiscard]] std::function<bool()> read(const YAML::Node& node,
+                                           std::function<bool(Object*)> assign);
+  /// The names of the objects that were not assigned.
+  [[nodiscard]] const std::set<std::string>& missing() const { return missing_; }
 
  private:
   friend class PrivateForm;
@@ -37,7 +38,7 @@ class NamedForm {
   static inline NamedForm* used_ = nullptr;
   ObjectNumbers numbers_;
   PrivateForm form_{numbers_};
-  std::vector<Glib::ustring> missing_;
+  std::set<std::string> missing_;
 };
 
 }  // namespace zemblar

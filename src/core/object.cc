@@ -17,17 +17,14 @@
 #include "core/yaml_io.h"
 
 namespace zemblar {
-namespace {
 
-Glib::ustring without_control_characters(const Glib::ustring& name) {
-  std::string text = name.raw();
-  for (auto& c : text) {
+Glib::ustring without_control_characters(const Glib::ustring& text) {
+  std::string plain = text.raw();
+  for (auto& c : plain) {
     if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) c = ' ';
   }
-  return text;
+  return plain;
 }
-
-}  // namespace
 
 Object::Object(const Glib::ustring& name_format)
     : name_format_(name_format),

@@ -23,6 +23,9 @@ class Widget;
 
 namespace zemblar {
 
+/// The text with a space in the place of each control character.
+[[nodiscard]] Glib::ustring without_control_characters(const Glib::ustring& text);
+
 class EntryChange;
 class SiblingNames;
 

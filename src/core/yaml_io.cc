@@ -143,8 +143,7 @@ YAML::_Tag unwritable_tag(const std::string& tag) {
 void resolve_later(const YAML::Node& node, std::function<bool(Object*)> assign) {
   auto& layout = Layout::get();
   if (auto* form = NamedForm::used()) {
-    layout.signal_resolve().connect(
-        [find = form->read(node), assign = std::move(assign)] { return assign(find()); });
+    layout.signal_resolve().connect(form->read(node, std::move(assign)));
     return;
   }
   unsigned id = 0;

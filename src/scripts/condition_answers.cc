@@ -1,6 +1,6 @@
 #include "scripts/condition_answers.h"
 
-#include <algorithm>
+#include <set>
 
 #include "scripts/script.h"
 
@@ -13,10 +13,11 @@ using Instances = std::vector<EventInstance>;
 /// Without repetitions, in the order in which the condition finds them.
 Instances ask(ScriptEvent& condition, const Instances& found_before) {
   Instances all;
+  std::set<EventInstance> known;
   for (const auto& partial : found_before) {
     InstanceWalk walk(condition, partial);
     while (const auto* found = walk.next()) {
-      if (std::ranges::find(all, *found) == all.end()) all.push_back(*found);
+      if (known.insert(*found).second) all.push_back(*found);
     }
   }
   return all;

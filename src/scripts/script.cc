@@ -9,6 +9,7 @@
 #include "core/i18n.h"
 #include "core/layout.h"
 #include "core/status.h"
+#include "scripts/script_context.h"
 
 namespace zemblar {
 namespace {
@@ -87,7 +88,9 @@ void Script::adopt(ScriptEvent* line, std::size_t place) {
   conditions.emplace(conditions.begin() + static_cast<std::ptrdiff_t>(place), line);
   line->script_ = this;
   line->signal_changing().connect(sigc::mem_fun(*this, &Script::on_changing));
-  line->signal_triggered().connect(sigc::mem_fun(*this, &Script::on_triggered));
+  line->signal_triggered().connect([this, line] {
+    if (!line->is_off()) on_triggered();
+  });
   line->signal_or_changed().connect([] { signal_sleeping_changed().emit(); });
   line->signal_line_changed().connect(sigc::hide(sigc::mem_fun(*this, &Script::on_line_changed)));
 }
@@ -163,8 +166,19 @@ void Script::set_off(ScriptLine& line, bool off) {
     announce_commands_changed();
   } else {
     finish_instances();
+    if (alive) cancel_what_is_over();
   }
   if (alive) announce();
+}
+
+// A run of a "While" script that waits for a time, say, would otherwise go on without its
+// condition.
+void Script::cancel_what_is_over() {
+  std::vector<Glib::RefPtr<Gio::Cancellable>> over;
+  for (const auto& run : *runs_) {
+    if (run.context && run.context->is_over()) over.push_back(run.context->cancellable);
+  }
+  for (const auto& run : over) run->cancel();
 }
 
 // --- Commands ---

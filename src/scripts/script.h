@@ -31,7 +31,8 @@ struct ScriptContext;
 /// command waits.
 ///
 /// A line can be switched off. Switching a condition off or on starts no run, but finishes the
-/// instances that no longer hold. An alternative whose conditions are all off never holds.
+/// instances that no longer hold, and in "While" mode ends their runs. An alternative whose
+/// conditions are all off never holds.
 ///
 /// A change during a BlockControlTurn is evaluated after the turn; a change caused by an
 /// evaluation, after that evaluation. A script does nothing if it is not in the current layout, or
@@ -146,6 +147,8 @@ class Script : public Object {
   };
   using Watches = std::array<ScopedConnection, 2>;
 
+  [[nodiscard]] static std::unique_ptr<ScriptEvent> load_condition(const YAML::Node& entry);
+  [[nodiscard]] std::unique_ptr<ScriptCommand> load_command(const YAML::Node& entry);
   void load_conditions(const YAML::Node& node);
   void load_commands(const YAML::Node& node);
   void restore_conditions(const YAML::Node& now, const YAML::Node& entry);
@@ -167,6 +170,7 @@ class Script : public Object {
   void on_line_changed();
   void evaluate();
   void finish_instances();
+  void cancel_what_is_over();
   void sweep();
   [[nodiscard]] std::size_t next_in_alternative(std::size_t position, bool opens) const;
   void match(std::size_t position, const EventInstance& instance);

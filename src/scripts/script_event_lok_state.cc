@@ -141,24 +141,26 @@ void ScriptEventLokState::choose_state(State state) {
   announce();
 }
 
-/// True if it asks for a block that no line before it finds.
-bool ScriptEventLokState::lacks_block() const {
-  return state_ == State::here && opens_alternative();
+/// True if the condition is about a block or a locomotive that no line before it finds.
+bool ScriptEventLokState::lacks_lines_before() const {
+  return (state_ == State::here || whose_ == Whose::this_one) && opens_alternative();
 }
 
 bool ScriptEventLokState::is_armed() const {
-  return !lacks_block() && WatchingEvent::is_armed();
+  return !lacks_lines_before() && WatchingEvent::is_armed();
 }
 
 bool ScriptEventLokState::has_subject() const {
-  return (whose_ == Whose::any || lok_.get_lok()) && !lacks_block();
+  return (whose_ != Whose::chosen || lok_.get_lok()) && !lacks_lines_before();
 }
 
 Glib::ustring ScriptEventLokState::no_subject_words() const {
-  if (lacks_block()) return _("No line before this one finds a block that it could be about.");
-  return whose_ == Whose::this_one
-             ? _("No line before this one finds a locomotive that it could be about.")
-             : _("No locomotive is chosen: this condition never holds.");
+  if (whose_ == Whose::chosen && !lok_.get_lok()) {
+    return _("No locomotive is chosen: this condition never holds.");
+  }
+  return state_ == State::here
+             ? _("No line before this one finds a block that it could be about.")
+             : _("No line before this one finds a locomotive that it could be about.");
 }
 
 // The locomotive of the line before may be any one, and nobody tells which.

@@ -31,14 +31,13 @@ class ScriptEventLokState : public WatchingEvent {
   [[nodiscard]] std::vector<Argument> arguments() override;
   [[nodiscard]] Watches watch() override;
   [[nodiscard]] bool has_subject() const override;
-  [[nodiscard]] bool depends_on_lines_before() const override { return whose_ == Whose::this_one; }
   [[nodiscard]] Glib::ustring no_subject_words() const override;
 
  private:
   enum class Whose { chosen, any, this_one };
 
   void choose_subject(Lok* named, Whose whose);
-  [[nodiscard]] bool lacks_block() const;
+  [[nodiscard]] bool lacks_lines_before() const;
   void test(Lok* lok, const EventInstance& partial) const;
 
   LokSubject lok_;

@@ -53,13 +53,16 @@ std::optional<LineEntry> line_entry(const YAML::Node& entry, std::size_t least) 
   return line;
 }
 
-/// Null for an unknown kind.
-std::unique_ptr<ScriptEvent> load_condition(const LineEntry& line) {
-  return std::unique_ptr<ScriptEvent>(load_script_event(scalar_of(line.node[1]), line.node));
-}
-std::unique_ptr<ScriptCommand> load_command(Script& script, const LineEntry& line) {
-  return std::unique_ptr<ScriptCommand>(
-      load_script_command(scalar_of(line.node[0]), script, line.node));
+/// Each line as text, from its key on, switched off or not.
+std::vector<std::string> texts_of(const YAML::Node& list, std::size_t head) {
+  std::vector<std::string> texts;
+  for (const auto& entry : list) {
+    const auto read = line_entry(entry, head);
+    YAML::Node line(YAML::NodeType::Sequence);
+    for (auto i = head - 1; i < read->node.size(); ++i) line.push_back(read->node[i]);
+    texts.push_back(YAML::Dump(line));
+  }
+  return texts;
 }
 
 bool is_mode(const std::string& word) {
@@ -72,17 +75,6 @@ YAML::Node list_at(const YAML::Node& entry, const char* key) {
   if (!list || list.IsNull()) return YAML::Node(YAML::NodeType::Sequence);
   if (!list.IsSequence()) throw YAML::InvalidScalar(list.Mark());
   return list;
-}
-
-/// Each line as text, from its key on.
-std::vector<std::string> texts_of(const YAML::Node& list, std::size_t key_place) {
-  std::vector<std::string> texts;
-  for (const auto& entry : list) {
-    YAML::Node line(YAML::NodeType::Sequence);
-    for (auto i = key_place; i < entry.size(); ++i) line.push_back(entry[i]);
-    texts.push_back(YAML::Dump(line));
-  }
-  return texts;
 }
 
 /// The functions that edit a list of lines.
@@ -120,17 +112,33 @@ void rearrange(std::vector<std::string> is, const std::vector<std::string>& want
 
 // --- Reading ---
 
+// Both are null for what is no line, or of an unknown kind.
+std::unique_ptr<ScriptEvent> Script::load_condition(const YAML::Node& entry) {
+  const auto read = line_entry(entry, condition_head);
+  if (!read) return nullptr;
+  std::unique_ptr<ScriptEvent> line(load_script_event(scalar_of(read->node[1]), read->node));
+  if (line) line->off_ = read->off;
+  return line;
+}
+
+std::unique_ptr<ScriptCommand> Script::load_command(const YAML::Node& entry) {
+  const auto read = line_entry(entry, command_head);
+  if (!read) return nullptr;
+  std::unique_ptr<ScriptCommand> line(
+      load_script_command(scalar_of(read->node[0]), *this, read->node));
+  if (line) line->off_ = read->off;
+  return line;
+}
+
 void Script::load_conditions(const YAML::Node& node) {
   bool is_first = true;
   for (const auto& entry : list_at(node, conditions_key)) {
-    const auto read = line_entry(entry, condition_head);
-    if (!read) continue;
+    if (!line_entry(entry, condition_head)) continue;
     const auto& word = scalar_of(entry[0]);
     if (std::exchange(is_first, false) && is_mode(word)) while_mode = word == while_word;
-    auto line = load_condition(*read);
+    auto line = load_condition(entry);
     if (!line) continue;
     line->or_flag_ = conditions.empty() || word == or_word;
-    line->off_ = read->off;
     adopt(line.release(), conditions.size());
   }
   read_private(node, mode_key, while_mode);
@@ -139,12 +147,8 @@ void Script::load_conditions(const YAML::Node& node) {
 
 void Script::load_commands(const YAML::Node& node) {
   for (const auto& entry : list_at(node, commands_key)) {
-    const auto read = line_entry(entry, command_head);
-    if (!read) continue;
-    auto line = load_command(*this, *read);
-    if (!line) continue;
-    line->off_ = read->off;
-    adopt(line.release(), commands.size());
+    auto line = load_command(entry);
+    if (line) adopt(line.release(), commands.size());
   }
 }
 
@@ -153,20 +157,16 @@ ScriptLine* Script::insert_lines(const YAML::Node& entry, const ScriptLine* befo
   std::vector<std::unique_ptr<ScriptCommand>> cmds;
   std::optional<bool> mode;
   for (const auto& one : list_at(entry, conditions_key)) {
-    const auto read = line_entry(one, condition_head);
-    auto line = read ? load_condition(*read) : nullptr;
+    auto line = load_condition(one);
     if (!line) throw YAML::InvalidScalar(one.Mark());
     const auto& word = scalar_of(one[0]);
     if (events.empty() && is_mode(word)) mode = word == while_word;
     line->or_flag_ = is_mode(word) || word == or_word;
-    line->off_ = read->off;
     events.push_back(std::move(line));
   }
   for (const auto& one : list_at(entry, commands_key)) {
-    const auto read = line_entry(one, command_head);
-    auto line = read ? load_command(*this, *read) : nullptr;
+    auto line = load_command(one);
     if (!line) throw YAML::InvalidScalar(one.Mark());
-    line->off_ = read->off;
     cmds.push_back(std::move(line));
   }
   if (events.empty() && cmds.empty()) return nullptr;
@@ -226,9 +226,9 @@ void Script::save_lines(YAML::Emitter& out, const ScriptLine* only) const {
     out << YAML::EndSeq;
   };
   save_list(conditions_key, conditions, [&](const ScriptEvent& line) {
-    const bool has_mode = !only && &line == conditions.front().get();
-    const auto* mode = while_mode ? while_word : when_word;
-    out << (has_mode ? mode : line.get_or_flag() ? or_word : and_word) << key_of(line);
+    const bool is_first = &line == conditions.front().get();
+    const auto* first = only ? and_word : while_mode ? while_word : when_word;
+    out << (is_first ? first : line.get_or_flag() ? or_word : and_word) << key_of(line);
   });
   save_list(commands_key, commands, [&](const ScriptCommand& line) { out << key_of(line); });
 }
@@ -249,7 +249,7 @@ void Script::restore(const EntryChange& change) {
 // A condition that replaces an armed one is armed.
 void Script::restore_conditions(const YAML::Node& now, const YAML::Node& entry) {
   const auto later = list_at(entry, conditions_key);
-  rearrange(texts_of(list_at(now, conditions_key), 1), texts_of(later, 1),
+  rearrange(texts_of(list_at(now, conditions_key), condition_head), texts_of(later, condition_head),
             {[this](unsigned index) { remove_condition(index); },
              [this](unsigned from, unsigned to) { move_condition(from, to); },
              [&](unsigned index, bool replaces) {
@@ -258,6 +258,9 @@ void Script::restore_conditions(const YAML::Node& now, const YAML::Node& entry) 
                insert_condition(index, later[index], arm);
              }});
   restore_words(later);
+  for (unsigned i = 0; i < later.size() && i < conditions.size(); ++i) {
+    set_off(*conditions[i], line_entry(later[i], condition_head)->off);
+  }
 }
 
 void Script::restore_mode(const EntryChange& change) {
@@ -270,9 +273,7 @@ void Script::restore_mode(const EntryChange& change) {
 }
 
 void Script::insert_condition(unsigned index, const YAML::Node& entry, bool arm) {
-  const auto read = line_entry(entry, condition_head);
-  auto* line = load_condition(*read).release();
-  line->off_ = read->off;
+  auto* line = load_condition(entry).release();
   if (arm) arm_when_resolved(line);
   move_condition(add_condition(line), index);
 }
@@ -294,16 +295,16 @@ void Script::restore_words(const YAML::Node& list) {
 
 void Script::restore_commands(const YAML::Node& now, const YAML::Node& entry) {
   const auto later = list_at(entry, commands_key);
-  rearrange(texts_of(list_at(now, commands_key), 0), texts_of(later, 0),
+  rearrange(texts_of(list_at(now, commands_key), command_head), texts_of(later, command_head),
             {[this](unsigned index) { remove_command(index); },
              [this](unsigned from, unsigned to) { move_command(from, to); },
              [&](unsigned index, bool replaces) {
                if (replaces) remove_command(index);
-               const auto read = line_entry(later[index], command_head);
-               auto line = load_command(*this, *read);
-               line->off_ = read->off;
-               move_command(add_command(line.release()), index);
+               move_command(add_command(load_command(later[index]).release()), index);
              }});
+  for (unsigned i = 0; i < later.size() && i < commands.size(); ++i) {
+    set_off(*commands[i], line_entry(later[i], command_head)->off);
+  }
 }
 
 }  // namespace zemblar

@@ -3,6 +3,8 @@
 #include <yaml-cpp/yaml.h>
 
 #include <functional>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "core/document_reader.h"
@@ -16,7 +18,15 @@ namespace zemblar {
 namespace {
 
 constexpr auto name_key = "name";
-constexpr std::size_t longest_text = 1'000'000;  // bytes
+constexpr std::size_t longest_text = 100'000;  // bytes
+constexpr std::size_t most_lines = 1000;
+constexpr std::size_t most_named = 3;
+
+/// What this program has put on the clipboard last; pasted again, it is awake.
+std::string& last_copied() {
+  static std::string text;
+  return text;
+}
 
 /// The entry of the script that the text has; not a map if it has none, or more than one.
 YAML::Node entry_in(const Glib::ustring& text) {
@@ -29,13 +39,29 @@ YAML::Node entry_in(const Glib::ustring& text) {
   return entries.size() == 1 ? entries.front() : YAML::Node();
 }
 
+std::size_t count_lines(const YAML::Node& entry) {
+  std::size_t count = 0;
+  for (const auto& list : entry) count += list.second.IsSequence() ? list.second.size() : 0;
+  return count;
+}
+
 /// Says what the layout does not have. False if nothing is missing.
-bool say_missing(const std::vector<Glib::ustring>& names) {
+bool say_missing(const std::set<std::string>& names) {
   if (names.empty()) return false;
   Glib::ustring all;
-  for (const auto& name : names) all += (all.empty() ? "" : ", ") + name;
+  std::size_t count = 0;
+  for (const auto& name : names) {
+    if (++count <= most_named) all += (all.empty() ? "" : ", ") + name;
+  }
+  if (count > most_named)
+    all = Glib::ustring::compose(_("%1 and %2 more"), all, count - most_named);
   set_status(Glib::ustring::compose(_("This layout does not have: %1."), all));
   return true;
+}
+
+void say_asleep(const Script& script) {
+  set_status(Glib::ustring::compose(_("“%1” sleeps; “Start Script” in its panel wakes it."),
+                                    script.get_name()));
 }
 
 enum class Pasted { none, all, in_part };
@@ -44,11 +70,11 @@ enum class Pasted { none, all, in_part };
 /// throws, returns `none`, and the status line says so.
 Pasted read_text(const Glib::ustring& text, const std::function<bool(const YAML::Node&)>& read) {
   auto& layout = Layout::get();
-  const NamedForm form;
+  NamedForm form;
   bool done = false;
   try {
     const auto entry = entry_in(text);
-    done = entry.IsMap() && read(entry);
+    done = entry.IsMap() && count_lines(entry) <= most_lines && read(entry);
   } catch (const YAML::Exception&) {
     done = false;
   }
@@ -73,23 +99,28 @@ Glib::ustring free_name(const Glib::ustring& name) {
 }  // namespace
 
 Glib::ustring copy_script(const Script& script, const ScriptLine* only) {
-  const NamedForm form;
+  NamedForm form;
   YAML::Emitter out;
   out << YAML::BeginMap << YAML::Key << "objects" << YAML::Value << YAML::BeginSeq
       << YAML::LocalTag("script") << YAML::BeginMap;
   if (!only) out << YAML::Key << name_key << YAML::Value << script.get_name();
   script.save_lines(out, only);
   out << YAML::EndMap << YAML::EndSeq << YAML::EndMap;
-  return Glib::ustring(out.c_str()) + "\n";
+  last_copied() = std::string(out.c_str()) + "\n";
+  return last_copied();
 }
 
 ScriptLine* paste_lines(Script& script, const Glib::ustring& text, const ScriptLine* before) {
+  // Text from elsewhere moves no train by itself.
+  const bool is_own = !last_copied().empty() && text.raw().ends_with(last_copied());
   ScriptLine* first = nullptr;
   const auto pasted = read_text(text, [&](const YAML::Node& entry) {
-    first = script.insert_lines(entry, before);
+    first = script.insert_lines(entry, before, is_own);
     return first != nullptr;
   });
-  return pasted == Pasted::none ? nullptr : first;
+  if (pasted == Pasted::none) return nullptr;
+  if (script.sleeps() && pasted == Pasted::all) say_asleep(script);
+  return first;
 }
 
 Script* paste_script(const Glib::ustring& text) {
@@ -104,10 +135,7 @@ Script* paste_script(const Glib::ustring& text) {
     script->destroy();
     return nullptr;
   }
-  if (script->sleeps() && pasted == Pasted::all) {
-    set_status(Glib::ustring::compose(_("“%1” sleeps; “Start Script” in its panel wakes it."),
-                                      script->get_name()));
-  }
+  if (script->sleeps() && pasted == Pasted::all) say_asleep(*script);
   return script;
 }
 

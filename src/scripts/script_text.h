@@ -12,7 +12,8 @@ class ScriptLine;
 
 /// One line, or with null the whole script.
 [[nodiscard]] Glib::ustring copy_script(const Script& script, const ScriptLine* only);
-/// Adds the lines that the text has, see Script::insert_lines. Returns the first one. When the text
+/// Adds the lines that the text has, see Script::insert_lines. They sleep, unless this program has
+/// copied them last. Returns the first one. When the text
 /// has none, or cannot be read, adds nothing, says so in the status line, and returns null. Also
 /// says which objects the current layout does not have.
 ScriptLine* paste_lines(Script& script, const Glib::ustring& text, const ScriptLine* before);

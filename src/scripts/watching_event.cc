@@ -5,7 +5,6 @@
 namespace zemblar {
 
 bool WatchingEvent::is_armed() const {
-  if (depends_on_lines_before()) return !opens_alternative();
   return !watches_.empty();
 }
 

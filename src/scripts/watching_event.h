@@ -22,13 +22,10 @@ class WatchingEvent : public ScriptEvent {
  protected:
   using Watches = std::vector<ScopedConnection>;
 
-  /// Connects everything on which the condition depends to `trigger`. Nothing for a subject that
-  /// the lines before find, and without a subject.
+  /// Connects everything on which the condition depends to `trigger`. Nothing without a subject.
   [[nodiscard]] virtual Watches watch() = 0;
   /// True if `watch` would have something to watch.
   [[nodiscard]] virtual bool has_subject() const = 0;
-  /// True if the condition is about what the lines before find.
-  [[nodiscard]] virtual bool depends_on_lines_before() const { return false; }
   /// Why it can never hold, when it has no subject.
   [[nodiscard]] virtual Glib::ustring no_subject_words() const = 0;
 

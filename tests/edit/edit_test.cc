@@ -225,6 +225,9 @@ TEST_F(EditTest, an_edit_of_a_script_is_taken_back_line_by_line) {
   }
   const std::vector<std::function<void()>> edits = {
       [&] { made->set_while(true); },
+      [&] { made->set_off(*made->get_condition(0), true); },
+      [&] { made->set_off(*made->get_condition(0), false); },
+      [&] { made->set_off(*made->get_command(0), true); },
       [&] { made->get_condition(1)->set_or_flag(true); },
       [&] { made->move_command(0, 2); },
       [&] { made->remove_command(1); },

@@ -215,20 +215,26 @@ TEST_F(ScriptFile, lines_pass_through_text_into_another_script_and_another_layou
 
   auto* other = script();
   ASSERT_TRUE(paste_lines(*other, copy_script(*copy, copy->get_condition(2)), nullptr));
-  ASSERT_TRUE(paste_lines(*other, text, nullptr));
+  ASSERT_TRUE(paste_lines(*other, copy_script(*copy, nullptr), nullptr));
   EXPECT_EQ(sentences(*other), "When A is Occupied\n" + sentences().replace(0, 5, "Or"))
       << "it had a condition, and keeps its mode";
   EXPECT_TRUE(other->get_condition(1)->is_armed()) << "nothing of it slept";
+  ASSERT_TRUE(paste_lines(*other, text + "\n", other->get_condition(0)));
+  EXPECT_FALSE(other->get_condition(0)->is_armed()) << "from elsewhere";
+  EXPECT_EQ(get_status(), "“Script 1” sleeps; “Start Script” in its panel wakes it.");
   ASSERT_TRUE(paste_lines(*copy, text, copy->get_condition(0)));
   EXPECT_FALSE(copy->get_condition(0)->is_armed());
 
   layout().new_document(true);
   zone("B");
   ASSERT_TRUE(paste_script(text));
-  EXPECT_EQ(get_status(), "This layout does not have: x, A.");
+  EXPECT_EQ(get_status(), "This layout does not have: A, x.");
   EXPECT_THAT(sentences(), testing::HasSubstr("Or This Block is Occupied\n"));
 
   const auto count = layout().get_scripts().child_count();
+  std::string many = "[[save]";
+  for (int i = 0; i < 1000; ++i) many += ", [save]";
+  many += "]";
   const auto entry = [](const std::string& lines) { return "objects: [{name: X, " + lines + "}]"; };
   for (const auto& bad :
        {std::string(), std::string("Set x Speed to 40%"), std::string("objects: [1]"),
@@ -237,7 +243,7 @@ TEST_F(ScriptFile, lines_pass_through_text_into_another_script_and_another_layou
         entry("conditions: [[When, occupied, Any, true], [And, occupied, 1, true]]"),
         entry("commands: [[wait, 1], [set-speed, [trains, x], 40, km/h]]"),
         entry("commands: [[reserve, [locomotives], This]]"), entry("commands: [[wait, never]]"),
-        entry("commands: [[wait, 1, {off: perhaps}]]")}) {
+        entry("commands: [[wait, 1, {off: perhaps}]]"), entry("commands: " + many)}) {
     set_status("");
     EXPECT_FALSE(paste_lines(read_script(), bad, nullptr)) << bad;
     EXPECT_FALSE(paste_script(bad)) << bad;
@@ -245,6 +251,26 @@ TEST_F(ScriptFile, lines_pass_through_text_into_another_script_and_another_layou
     layout().resolve();
   }
   EXPECT_EQ(layout().get_scripts().child_count(), count);
+}
+
+TEST_F(ScriptFile, switching_a_condition_off_ends_a_run_whatever_that_waits_for) {
+  auto& detector = at(zone("A"));
+  auto& other = at(zone("B"));
+  auto* lok = new_lok("x");
+  auto* made = script_on("A", true);
+  condition(*made, "B", true, true);
+  made->get_condition(1)->disarm();
+  wait(*made, 5);
+  set_speed(*made, "x", 50);
+  detector.occupy();
+  made->set_off(*made->get_condition(0), true);
+  clock.advance(0ms);
+  EXPECT_EQ(made->num_runs(), 0u);
+  clock.advance(1min);
+  EXPECT_EQ(lok->get_speed_overlay(), 0u);
+  other.occupy();
+  for (const bool full : {false, true}) detector.occupy(full);
+  EXPECT_EQ(made->num_runs(), 0u) << "what is off sees nothing";
 }
 
 TEST_F(ScriptFile, a_command_that_is_switched_off_is_passed_over_and_ends_the_runs_at_it) {

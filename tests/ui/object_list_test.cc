@@ -1,6 +1,7 @@
 // The list of all objects in the track editor.
 
 #include <gdk/gdkkeysyms.h>
+#include <gtkmm/entry.h>
 #include <yaml-cpp/yaml.h>
 
 #include "devices/tessara/device_tessara_railcom_reader.h"
@@ -8,6 +9,8 @@
 #include "locomotives/function.h"
 #include "locomotives/lok.h"
 #include "locomotives/lok_group.h"
+#include "scripts/script.h"
+#include "scripts/script_registry.h"
 #include "tests/support/layout_fixture.h"
 #include "tests/ui/widget_search.h"
 #include "track/zone.h"
@@ -170,6 +173,34 @@ TEST(ObjectList, moves_what_is_selected_by_keys_and_by_dragging) {
   EXPECT_TRUE(drag(*last, "0:1:0:0"));
   EXPECT_EQ(last->get_position(), 0) << "between two rows: there";
   group->destroy();
+}
+
+TEST(ObjectList, shows_a_lamp_at_a_script_that_runs_but_breaks_no_renaming_off) {
+  auto& layout = fresh_layout();
+  auto* script = layout.get_scripts().add(new Script);
+  script->add_command(create_script_command("wait", *script));
+  Gtk::Window window;
+  window.set_default_size(400, 500);
+  ObjectList list;
+  window.add(list);
+  window.show_all();
+  handle_events();
+  list.select(*script);
+  list.grab_focus();
+  const auto editor = [&window] { return dynamic_cast<Gtk::Entry*>(window.get_focus()); };
+  const auto icon = [&list] {
+    for (int i = 0; i < 40; ++i) g_usleep(10'000), handle_events();
+    return list.get_selection()->get_selected()->get_value(ObjectRows::columns().icon).raw();
+  };
+  const auto before = icon();
+  press_key(list, GDK_KEY_F2);
+  script->run_once({});
+  EXPECT_EQ(icon(), before);
+  ASSERT_TRUE(editor());
+  editor()->editing_done();
+  EXPECT_NE(icon(), before);
+  script->destroy();
+  handle_events();
 }
 
 TEST(ObjectList, renames_by_every_letter_and_says_of_an_input_why_it_does_not) {

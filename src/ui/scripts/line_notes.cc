@@ -2,7 +2,7 @@
 
 #include <glibmm/main.h>
 
-#include <algorithm>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -60,15 +60,15 @@ Glib::ustring answer_text(const Script& script, const ConditionAnswer& answer) {
   return all_started ? Glib::ustring::compose(_("%1 (has started)"), text) : text;
 }
 
-/// The condition by which a run behind the last command still goes on; null if none does.
-const ScriptLine* holding_line(const Script& script, const EventInstance& instance) {
+/// The condition of each instance for which all of an alternative hold.
+std::map<EventInstance, const ScriptLine*> holding_lines(const Script& script) {
+  std::map<EventInstance, const ScriptLine*> lines;
   const auto answers = ask_conditions(script);
   for (unsigned i = 0; i < answers.size(); ++i) {
-    const auto& found = answers[i].instances;
-    const bool holds = answers[i].completes && std::ranges::find(found, instance) != found.end();
-    if (holds) return script.get_condition(i);
+    if (!answers[i].completes) continue;
+    for (const auto& instance : answers[i].instances) lines[instance] = script.get_condition(i);
   }
-  return nullptr;
+  return lines;
 }
 
 }  // namespace
@@ -123,10 +123,14 @@ void LineNotes::look() {
 
 void LineNotes::note_runs(std::map<const ScriptLine*, LineNote>& notes) const {
   std::map<const ScriptLine*, Names> names;
+  std::optional<std::map<EventInstance, const ScriptLine*>> holding;
   for (const auto& run : script_->runs()) {
     if (!run.context) continue;
     const ScriptLine* line = run.command;
-    if (!line) line = holding_line(*script_, run.context->instance);
+    if (!line) {
+      if (!holding) holding = holding_lines(*script_);
+      line = (*holding)[run.context->instance];
+    }
     if (!line) continue;
     notes[line].lamp = true;
     if (run.command) names[line].add(name_of(run.context->block(), run.context->lok()));

@@ -14,7 +14,8 @@ void copy_to_clipboard(Script& script, const ScriptLine* only) {
   Glib::ustring sentences;
   const auto tell = [&](ScriptLine* line) {
     if (only && line != only) return;
-    sentences += "# " + ScriptRow{ScriptRowType::line, &script, line}.sentence().text() + "\n";
+    const auto sentence = ScriptRow{ScriptRowType::line, &script, line}.sentence().text();
+    sentences += "# " + without_control_characters(sentence) + "\n";
   };
   for (unsigned i = 0; i < script.get_num_conditions(); ++i) tell(script.get_condition(i));
   for (unsigned i = 0; i < script.get_num_commands(); ++i) tell(script.get_command(i));

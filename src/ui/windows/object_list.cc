@@ -48,6 +48,7 @@ ObjectList::ObjectList() {
   enable_model_drag_dest(dragged, Gdk::ACTION_MOVE);
   rows_->may_drop = [](Object& object, Object& parent) { return object.can_move_to(parent); };
   rows_->drop = sigc::mem_fun(*this, &ObjectList::drop);
+  rows_->is_editing = [this] { return name_cell_.property_editable().get_value(); };
   set_headers_visible(false);
   set_model(rows_);
   // Disables the toolkit's search for typed letters. Its window grabs all input, permanently if the
@@ -62,6 +63,7 @@ ObjectList::ObjectList() {
 
 ObjectList::~ObjectList() {
   selection_changed_.disconnect();
+  rows_->is_editing = nullptr;
 }
 
 // --- Appearance ---

@@ -176,6 +176,7 @@ void ObjectRows::refresh_soon(const Object& object) {
   if (refreshing_.connected()) return;
   refreshing_ = Glib::signal_timeout().connect(
       [this] {
+        if (is_editing && is_editing()) return true;
         for (const auto* one : std::exchange(changed_, {})) refresh(*one);
         return false;
       },

@@ -63,6 +63,9 @@ class ObjectRows : public Gtk::TreeStore {
   void remove(const Object& object);
   void move(Object& object);
 
+  /// True while a name is being edited: a row that is written would end that. Changes of a lamp
+  /// wait meanwhile.
+  std::function<bool()> is_editing;
   /// Callbacks for dragging a row. `may_drop` tells whether `parent` accepts the object; `drop`
   /// moves it to `parent` before `next`, or to the end for null.
   std::function<bool(Object& object, Object& parent)> may_drop;
