@@ -5,7 +5,7 @@ and a terminus. The branch line is drawn in both views."""
 import sys
 
 from railway import (Crossing, Item, Label, Point, Signal, View, Zone, bus, document,
-                     find_detectors, join_ends, lok, reader)
+                     find_detectors, join_ends, lok, reader, script)
 
 COLOUR = '#d3dae0'
 LIGHT = {'Light': (0, 'Toggle')}
@@ -262,6 +262,105 @@ def branch():
     return view
 
 
+# --- Scripts ---
+
+class Lines:
+    """Lines of scripts about what the views show, by its name."""
+
+    def __init__(self, views):
+        shown = [entry for view in views for entry in view.objects if not isinstance(entry, Label)]
+        self.items = {one.item.name: one.item for one in shown}
+        self.states = {}
+        for one in shown:
+            if isinstance(one, Point):
+                self.states[one.item.name] = {state.name: state for state in one.states}
+            elif isinstance(one, Signal):
+                self.states[one.item.name] = one.aspects
+
+    def occupied(self, *names, free=(), word='When'):
+        """All of them, those that are to be free first: the last one names the train."""
+        said = [(name, False) for name in free] + [(name, True) for name in names]
+        return [[word if i == 0 else 'And', 'occupied', self.items[name], so]
+                for i, (name, so) in enumerate(said)]
+
+    def shows(self, name, state):
+        return [['When', 'point-state', *self.state(name, state)]]
+
+    def state(self, name, state):
+        return self.items[name], self.states[name][state]
+
+    def set(self, name, state):
+        return ['set-point', *self.state(name, state)]
+
+    def reserve(self, name, train='This'):
+        return ['reserve', train, self.items[name]]
+
+
+def block_signal(lines, signal, behind):
+    return [script(f'{signal} Shows Stop', lines.occupied(behind), [lines.set(signal, 'Stop')]),
+            script(f'{signal} Shows Go', lines.occupied(free=[behind]), [lines.set(signal, 'Go')])]
+
+
+def entry_of_central(lines):
+    """The outer line fills track 2 of Central, and track 1 while that is taken. The track is chosen
+    while the train is before the signal, and no train on the point."""
+    signal, point, before = 'Central Entry West Outer', 'Central Outer West', 'Outer West 2'
+    one, two = (['Central 1 West', 'Central 1 East'], ['Central 2 West', 'Central 2 East'])
+    taken = [line for word, block in zip(('When', 'Or'), two)
+             for line in lines.occupied(block, before, free=[*one, point], word=word)]
+    return [
+        script('Central Entry to Track 2', lines.occupied(before, free=[*two, point]),
+               [lines.set(signal, 'Go')]),
+        script('Central Entry to Track 1', taken, [lines.set(signal, 'Slow')]),
+        script('Central Route to Track 2', lines.shows(signal, 'Go'), [lines.set(point, 'Straight')]),
+        script('Central Route to Track 1', lines.shows(signal, 'Slow'), [lines.set(point, 'Curved')]),
+        script('Central Entry Goes Back', lines.occupied(point), [lines.set(signal, 'Stop')]),
+    ]
+
+
+def exit_track(lines, track, way):
+    """Trains of both tracks take turns at the point where these come together."""
+    signal, point, block = f'Exit {track} East', 'Central Outer East', f'{track} East'
+    return script(f'{track} Leaves', lines.occupied(block),
+                  [lines.reserve(point), lines.set(point, way), lines.set(signal, 'Go'),
+                   ['wait-init-event'], lines.set(signal, 'Stop')])
+
+
+def shuttle(lines, train, block, direction, speed, crossing):
+    """At an end of its line, when the whole train has come in. It stands until its brake is off and
+    the crossing is its own."""
+    item = next(one.value['id'] for one in LOKS if one.value['name'] == train)
+    return script(f'{train} Leaves {block}',
+                  lines.occupied(block) + [['And', 'lok-state', item, 'here']],
+                  [['wait', 2], ['set-speed', item, 0, '%'], ['wait', 8],
+                   ['wait-block', lines.items[block], 'free', 0], lines.reserve(crossing, item),
+                   ['set-direction', item, direction], ['set-speed', item, speed, '%'],
+                   ['wait-init-event']])
+
+
+def guard(lines, crossing, *approaches):
+    conditions = [line for i, name in enumerate(approaches)
+                  for line in lines.occupied(name, word='Or' if i else 'While')]
+    return script(f'Guard of {crossing}', conditions, [lines.reserve(crossing)])
+
+
+def make_scripts(views):
+    lines = Lines(views)
+    return [
+        *entry_of_central(lines),
+        exit_track(lines, 'Central 1', 'Curved'),
+        exit_track(lines, 'Central 2', 'Straight'),
+        *block_signal(lines, 'Exit Central 3 East', 'Inner East 1'),
+        *block_signal(lines, 'Exit Hillside 2 West', 'Outer West 1'),
+        *block_signal(lines, 'Exit Hillside 3 West', 'Inner West 1'),
+        guard(lines, 'Junction Crossing', 'Hillside West Outer', 'Branch from Inner'),
+        shuttle(lines, 'Railcar 5', 'Yard Bypass East', 'Reverse', 50, 'Sawmill Crossing'),
+        shuttle(lines, 'Railcar 5', 'Yard Bypass West', 'Forwards', 50, 'Sawmill Crossing'),
+        shuttle(lines, 'Shunter 3', 'Sawmill', 'Reverse', 60, 'Sawmill Crossing'),
+        shuttle(lines, 'Shunter 3', 'Valley 1', 'Forwards', 60, 'Sawmill Crossing'),
+    ]
+
+
 club = Club()
 VIEWS = [main_line(), branch()]
 INPUTS_EACH = 16
@@ -272,4 +371,4 @@ find_detectors(VIEWS)
 READERS = [reader(first // INPUTS_EACH + 1, INPUTS[first:first + INPUTS_EACH])
            for first in range(0, len(INPUTS), INPUTS_EACH)]
 print(len(club.zones), 'zones,', club.addresses, 'accessory outputs', file=sys.stderr)
-sys.stdout.write(document('Club Layout', VIEWS, LOKS, [bus(READERS)]))
+sys.stdout.write(document('Club Layout', VIEWS, LOKS, [bus(READERS)], make_scripts(VIEWS)))

@@ -277,6 +277,7 @@ class Signal:
     def __init__(self, item, pos, angle, anchor, states):
         self.item, self.pos, self.angle, self.anchor = item, pos, angle, anchor
         self.states = states
+        self.aspects = {name: Item(name) for name in states}
 
     def form(self):
         return Tagged('!view-signal', {'signal': self.item, 'pos': Flow(self.pos),
@@ -285,7 +286,7 @@ class Signal:
     def block(self):
         states = []
         for (name, picture), sides in zip(self.states.items(), aspect_outputs(self.states)):
-            state = state_form(Item(name), sides)
+            state = state_form(self.aspects[name], sides)
             state['image'] = picture
             states.append(state)
         return Tagged('!signal', {'name': self.item.name, 'id': self.item,

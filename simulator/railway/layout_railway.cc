@@ -30,11 +30,16 @@ struct Place {
 };
 /// In the sample layouts; those whose block is not in the open one stay away.
 constexpr std::array places{
-    Place{"Local 24", "North Line East", 350, 300},   Place{"Express 103", "Station 1", 500, 420},
-    Place{"Railcar 5", "Branch North", 280, 300},     Place{"Local 24", "Inner East 2", 350, 300},
-    Place{"Express 103", "Central 3 East", 500, 420}, Place{"Local 64", "Outer East 2", 350, 300},
-    Place{"Goods 1200", "Central 2 East", 600, 250},  Place{"Railcar 5", "Valley 2", 250, 280},
-    Place{"Goods 44", "Yard 2 West", 500, 250},       Place{"Shunter 3", "Yard 5", 150, 150},
+    Place{"Local 24", "North Line East", 350, 300},
+    Place{"Express 103", "Station 1", 500, 420},
+    Place{"Railcar 5", "Branch North", 280, 300},
+    Place{"Local 24", "Inner East 2", 350, 300},
+    Place{"Express 103", "Central 3 East", 500, 420},
+    Place{"Local 64", "Outer East 2", 350, 300},
+    Place{"Goods 1200", "Central 2 East", 600, 250},
+    Place{"Railcar 5", "Yard Bypass East", 250, 280},
+    Place{"Goods 44", "Yard 2 West", 500, 250},
+    Place{"Shunter 3", "Sawmill", 150, 150},
 };
 
 template <typename Visit>

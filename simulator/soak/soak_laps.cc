@@ -138,6 +138,17 @@ const std::map<std::string, Evening>& evenings() {
         {"Route by Entry Signal", "Stop at a Signal"},
         true,
         false}},
+      {"club, by scripts",
+       {"club.zblt",
+        {{"Express 103"},
+         {"Local 24"},
+         {"Goods 1200"},
+         {"Local 64"},
+         {"Railcar 5", true},
+         {"Shunter 3", true}},
+        {},
+        false,
+        false}},
       {"club", {"club.zblt", {{"Express 103"}, {"Local 24"}, {"Goods 1200"}, {"Local 64"}}}}};
   return all;
 }
