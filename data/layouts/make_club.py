@@ -252,7 +252,8 @@ def branch():
     club.view.add(Crossing(Item('Sawmill Crossing'),
                            [(-450, -260, 0), (-394, -281, 315), (-436, -239, 315),
                             (-380, -260, 0)]))
-    club.zone('Yard Bypass East', [(-380, -260, 0), (860, -260, 0)], (200, -266))
+    club.zone('Yard Bypass East', [(-380, -260, 0), (240, -260, 0)], (-70, -266))
+    club.zone('Yard Bypass End', [(240, -260, 0), (860, -260, 0)], (550, -266))
     club.zone('Sawmill', [(-436, -239, 135), (-496, -214, 180), (-590, -214, 180)], (-440, -225),
               'TOP LEFT')
     yard(club)
@@ -292,6 +293,12 @@ class Lines:
     def set(self, name, state):
         return ['set-point', *self.state(name, state)]
 
+    def wait_shows(self, name, state):
+        return ['wait-point', *self.state(name, state), 0]
+
+    def wait_free(self, name):
+        return ['wait-block', self.items[name], 'free', 0]
+
     def reserve(self, name, train='This'):
         return ['reserve', train, self.items[name]]
 
@@ -327,15 +334,55 @@ def exit_track(lines, track, way):
 
 
 def shuttle(lines, train, block, direction, speed, crossing):
-    """At an end of its line, when the whole train has come in. It stands until its brake is off and
-    the crossing is its own."""
+    """At an end of its line, when the whole train has come in. A speed that is set under the brake is
+    lost when the brake comes off, so whenever time may have passed it waits for that first."""
     item = next(one.value['id'] for one in LOKS if one.value['name'] == train)
     return script(f'{train} Leaves {block}',
                   lines.occupied(block) + [['And', 'lok-state', item, 'here']],
-                  [['wait', 2], ['set-speed', item, 0, '%'], ['wait', 8],
-                   ['wait-block', lines.items[block], 'free', 0], lines.reserve(crossing, item),
+                  [['wait', 2], lines.wait_free(block), ['set-speed', item, 0, '%'], ['wait', 8],
+                   lines.reserve(crossing, item), lines.wait_free(block),
                    ['set-direction', item, direction], ['set-speed', item, speed, '%'],
                    ['wait-init-event']])
+
+
+YARD_TRACKS = (1, 2, 3)
+
+
+def yard_move(lines, name, conditions, here, ways, arrivals, signal, direction, reserved):
+    """A train stands for a while, and leaves when the way is its own as far as the last point. Its
+    signal goes back where it arrives: until then nobody else gets a part of that way. A block that
+    is only reserved counts as occupied, too, so the train has to be there."""
+    points = [f'Yard East {i + 1}' for i in range(len(ways))]
+    return script(name, conditions + [['And', 'lok-state', 'This', 'here']],
+                  [*(lines.set(entered, 'Stop') for entered in arrivals),
+                   ['wait', 4], lines.wait_free(here), ['set-speed', 'This', 0, '%'], ['wait', 20],
+                   *(lines.reserve(block) for block in
+                     [*reserved, 'Valley Curve', 'Yard Point East', 'Yard Lead East', *points]),
+                   lines.set('Valley Point 1', 'Straight'), lines.set('Valley Point 2', 'Straight'),
+                   lines.set('Yard Point East', 'Curved'),
+                   *(lines.set(point, way) for point, way in zip(points, ways)),
+                   lines.set(signal, 'Go'), lines.wait_free(here),
+                   ['set-direction', 'This', direction], ['set-speed', 'This', 50, '%'],
+                   lines.wait_shows(signal, 'Stop')])
+
+
+def yard_scripts(lines):
+    """Trains go to the valley in the order in which they have come, and each fills the first free
+    track of the yard when it comes back."""
+    valley, exits = 'Exit Valley 2', [f'Yard {i} Exit East' for i in YARD_TRACKS]
+    made = []
+    for track in YARD_TRACKS:
+        ways = ['Straight'] * (track - 1) + ['Curved']
+        taken = [f'Yard {i} East' for i in range(1, track)]
+        made += [
+            yard_move(lines, f'Valley 2 to Yard {track}',
+                      lines.occupied(*taken, 'Valley 2', free=[f'Yard {track} East']),
+                      'Valley 2', ways, exits, valley, 'Reverse', []),
+            yard_move(lines, f'Yard {track} to Valley 2', lines.occupied(f'Yard {track} East'),
+                      f'Yard {track} East', ways, [valley], exits[track - 1], 'Forwards',
+                      ['Valley 2']),
+        ]
+    return made
 
 
 def guard(lines, crossing, *approaches):
@@ -358,6 +405,7 @@ def make_scripts(views):
         shuttle(lines, 'Railcar 5', 'Yard Bypass West', 'Forwards', 50, 'Sawmill Crossing'),
         shuttle(lines, 'Shunter 3', 'Sawmill', 'Reverse', 60, 'Sawmill Crossing'),
         shuttle(lines, 'Shunter 3', 'Valley 1', 'Forwards', 60, 'Sawmill Crossing'),
+        *yard_scripts(lines),
     ]
 
 

@@ -38,7 +38,8 @@ constexpr std::array places{
     Place{"Local 64", "Outer East 2", 350, 300},
     Place{"Goods 1200", "Central 2 East", 600, 250},
     Place{"Railcar 5", "Yard Bypass East", 250, 280},
-    Place{"Goods 44", "Yard 2 West", 500, 250},
+    Place{"Goods 44", "Yard 1 East", 400, 250},
+    Place{"Express 218", "Valley 2", 400, 250},
     Place{"Shunter 3", "Sawmill", 150, 150},
 };
 

@@ -38,7 +38,7 @@ const BlockLink* drawn_partner(const auto& pictures, const std::string& name) {
 
 /// Nothing but that scripts sleep.
 std::string status_of(const std::string& name) {
-  return (name == "sample.zblt" ? "6" : "18") +
+  return (name == "sample.zblt" ? "6" : "24") +
          std::string(" scripts sleep; “Start Scripts” in the Scripts panel wakes them.");
 }
 

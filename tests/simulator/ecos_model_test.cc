@@ -74,22 +74,6 @@ TEST_F(EcosModelTest, answers_questions_about_its_objects) {
   for (const auto& [command, answer] : cases) EXPECT_EQ(answer, ask(1, command)) << command;
 }
 
-TEST_F(EcosModelTest, tells_viewers_alone_when_the_power_changes) {
-  ask(1, "request(1,view)");
-  EXPECT_EQ("", ask(2, "set(1,go)"));
-  EXPECT_EQ(Events{"1: 1 status[GO]|"}, take_events());
-  EXPECT_EQ("1 status[GO]|", ask(2, "get(1,status)"));
-  ask(2, "set(1,go)");
-  EXPECT_EQ(Events{}, take_events());
-
-  note_events(model.press_stop());
-  EXPECT_EQ(Events{"1: 1 status[STOP]|"}, take_events());
-  ask(1, "release(1,view)");
-  note_events(model.press_go());
-  EXPECT_EQ(Events{}, take_events());
-  EXPECT_TRUE(model.track_power());
-}
-
 TEST_F(EcosModelTest, obeys_the_holder_of_control_alone) {
   EXPECT_EQ("=25", ask(1, "set(1000,speed[63])"));
   EXPECT_EQ("", ask(1, "request(1000,control)"));
@@ -126,54 +110,6 @@ TEST_F(EcosModelTest, refuses_a_command_as_a_whole) {
   EXPECT_EQ("=12", ask(1, "set(11,switch[DCC1g],switch[DCC1x])"));
   EXPECT_TRUE(model.switches().empty());
   EXPECT_EQ("=25", ask(2, "release(1000,view,control)"));
-  EXPECT_EQ(Events{}, take_events());
-}
-
-TEST_F(EcosModelTest, tells_viewers_of_a_locomotive_what_changed) {
-  ask(1, "request(1000,control)");
-  ask(2, "request(1000,view)");
-  ask(1, "set(1000,speed[9],dir[0],func[0,1])");
-  ask(1, "set(1000,speed[9])");
-  ask(1, "set(1000,stop)");
-  EXPECT_EQ((Events{"2: 1000 speed[9]|1000 func[0,1]|", "2: 1000 speed[0]|"}), take_events());
-}
-
-TEST_F(EcosModelTest, stops_everything_in_an_emergency) {
-  note_events(model.press_go());
-  for (const auto* line : {"request(1000,control,view)", "set(1000,speed[9])", "request(1,view)"}) {
-    EXPECT_EQ("", ask(1, line)) << line;
-  }
-  take_events();
-  note_events(model.press_emergency());
-  EXPECT_EQ((Events{"1: 1 status[STOP]|", "1: 1000 speed[0]|"}), take_events());
-  EXPECT_EQ(0U, model.locomotive(3)->speed);
-}
-
-TEST_F(EcosModelTest, creates_and_deletes_locomotives) {
-  ask(2, "request(10,view)");
-  EXPECT_EQ("=12", ask(1, "create(10,addr[5],name[\"A\"])"));
-  EXPECT_EQ("=12", ask(1, "create(10,name[\"A\"],append)"));
-  EXPECT_EQ("=15", ask(1, "create(11,addr[5],append)"));
-  EXPECT_EQ("10 id[1002]|", ask(1, R"(create(10,addr[5],name["A ""B"""],append))"));
-  EXPECT_EQ(Events{"2: 10 size[3]|"}, take_events());
-  EXPECT_EQ("1002 name[\"A \"\"B\"\"\"]|1002 addr[5]|", ask(1, "get(1002,name,addr)"));
-
-  EXPECT_EQ("=25", ask(1, "delete(1002)"));
-  ask(1, "request(1002,control,view)");
-  EXPECT_EQ("", ask(1, "delete(1002)"));
-  EXPECT_EQ((Events{"1: 1002 msg[REMOVED]|", "2: 10 size[2]|"}), take_events());
-  EXPECT_EQ("=15", ask(1, "get(1002,addr)"));
-  EXPECT_EQ("10 id[1003]|", ask(1, "create(10,addr[5],append)"));
-}
-
-TEST_F(EcosModelTest, releases_everything_of_a_client_that_leaves) {
-  for (const auto* line : {"request(1000,control,view)", "request(1,view)"}) ask(1, line);
-  ask(2, "request(1001,control)");
-  model.leave(1);
-  EXPECT_EQ("", ask(3, "request(1000,control)"));
-  EXPECT_EQ("=25", ask(3, "request(1001,control)"));
-  ask(3, "set(1000,speed[1])");
-  ask(3, "set(1,go)");
   EXPECT_EQ(Events{}, take_events());
 }
 

@@ -108,39 +108,6 @@ TEST(EcosStation, serves_several_clients_over_loopback) {
   EXPECT_EQ("<EVENT 1>\r\n1 status[GO]\r\n<END 0 (OK)>\r\n", b.messages(1));
 }
 
-TEST(EcosStation, releases_control_when_a_client_goes_away) {
-  EcosStation station;
-  station.listen();
-  station.add_locomotive(3, "V60");
-  {
-    Client client(station.port());
-    client.send("request(1000,control)\n");
-    client.messages(1);
-    EXPECT_TRUE(station.locomotive(3)->holder);
-  }
-  EXPECT_TRUE(run_until([&] { return station.client_count() == 0; }));
-  EXPECT_FALSE(station.locomotive(3)->holder);
-}
-
-TEST(EcosStation, vanishes_and_returns_on_the_same_port) {
-  EcosStation station;
-  const auto port = station.listen();
-  for (int round = 0; round < 3; ++round) {
-    Client client(port);
-    client.send("set(11,switch[DCC17g])\n");
-    client.messages(1);
-    station.stop();
-    EXPECT_TRUE(client.hung_up());
-    EXPECT_FALSE(Client(port).connected());
-    EXPECT_EQ(port, station.listen(port));
-  }
-  EXPECT_EQ('g', station.model().switches().at("DCC17"));
-  EXPECT_EQ(3U, station.log().commands().size());
-
-  EcosStation other;
-  EXPECT_THROW(other.listen(port), std::runtime_error);
-}
-
 TEST(EcosStation, hangs_up_in_the_middle_of_a_command_and_goes_on_listening) {
   EcosStation station;
   station.listen();
@@ -199,17 +166,6 @@ TEST(StationConsole, operates_the_station_by_typed_words) {
   console.run("well");
   EXPECT_EQ(0ms, station.faults().late);
   EXPECT_FALSE(station.faults().hit("get(1,status)"));
-}
-
-TEST(StationConsole, closes_and_opens_the_same_port) {
-  EcosStation station;
-  StationConsole console(station, [] {});
-  const auto port = station.listen();
-  console.run("close");
-  console.run("close");
-  EXPECT_EQ(0U, station.port());
-  console.run("open");
-  EXPECT_EQ(port, station.port());
 }
 
 }  // namespace

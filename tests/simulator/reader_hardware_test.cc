@@ -220,46 +220,5 @@ TEST(ReaderHardware, stays_in_step_with_its_host) {
   }
 }
 
-TEST(ReaderHardware, drops_the_oldest_when_it_is_not_polled) {
-  VirtualClock clock;
-  ReaderHardware reader(2);
-  reader.options.most_records = 5;
-  Listener host(2);
-  (void)reader.execute("\x09");
-  reader.input(1).set_current(true, 1);
-  for (char c = 'a'; c <= 'z'; ++c) reader.input(1).receive("\x03", {&c, 1});
-  host.hear(*reader.execute("\x0a"));
-  EXPECT_EQ(5u, host.records);
-  EXPECT_EQ((std::vector<unsigned>{0, 2}), host.states);
-  ASSERT_EQ(5u, host.heard.size());
-  EXPECT_EQ("v", host.heard.front().bytes);
-  EXPECT_EQ("z", host.heard.back().bytes);
-}
-
-TEST(ReaderHardware, says_nothing_after_a_restart_until_its_stream_is_reset) {
-  VirtualClock clock;
-  ReaderHardware reader(1);
-  (void)reader.execute("\x09");
-  (void)reader.execute(from_hex("04 04"));
-  reader.input(0).set_current(true);
-  reader.restart();
-  EXPECT_EQ(0u, reader.speed());
-  reader.input(0).receive("\x03", "x");
-  EXPECT_EQ("", ask(reader, "0a"));
-  EXPECT_EQ("", ask(reader, "09"));
-  EXPECT_EQ("42 ff 00 ff 02 00 00", ask(reader, "0a"));
-}
-
-TEST(ReaderHardware, garbles_its_answers_as_it_is_told) {
-  VirtualClock clock;
-  ReaderHardware reader(1);
-  (void)reader.execute("\x09");
-  reader.faults.missing_end = 3;
-  EXPECT_EQ("42 ff", ask(reader, "0a"));
-  EXPECT_EQ("", ask(reader, "0a"));
-  reader.faults.garbage = "12345";
-  EXPECT_EQ("31 32", ask(reader, "0a"));
-}
-
 }  // namespace
 }  // namespace zemblar::simulator

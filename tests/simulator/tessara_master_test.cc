@@ -85,25 +85,6 @@ TEST_F(TessaraMasterTest, answers_what_a_host_asks) {
   EXPECT_EQ((std::vector<std::string>{"11 22", "", "ee"}), master.take_messages(5));
 }
 
-TEST_F(TessaraMasterTest, hears_only_what_comes_under_dtr) {
-  auto line = cable.plug();
-  ASSERT_EQ(0, line->open("memory", {}));
-  (void)line->write("\0", 1);
-  clock.advance(std::chrono::milliseconds(100));
-  EXPECT_EQ(0u, master.frame_count());
-  line->set_dtr(true);
-  (void)line->write("\x02", 1);
-  clock.advance(std::chrono::milliseconds(100));
-  EXPECT_FALSE(cable.lines.dsr) << "the frame has not ended";
-  line->set_dtr(false);
-  EXPECT_TRUE(cable.lines.dsr) << "before the first byte of the answer";
-  clock.advance(std::chrono::milliseconds(10));
-  EXPECT_FALSE(cable.lines.dsr);
-  std::string answer(64, '\0');
-  answer.resize(line->read(answer.data(), answer.size()).bytes);
-  EXPECT_EQ(master.options.serial_nr, answer);
-}
-
 TEST_F(TessaraMasterTest, passes_messages_of_any_length_on_in_any_parts) {
   for (const std::size_t capacity : {1u, 2u, 100u, 255u, 256u}) {
     for (const std::size_t length : {1u, 2u, 253u, 254u, 255u, 509u, 600u}) {
@@ -123,27 +104,6 @@ TEST_F(TessaraMasterTest, passes_messages_of_any_length_on_in_any_parts) {
       }
     }
   }
-}
-
-TEST_F(TessaraMasterTest, lets_the_host_wait_for_the_answer_of_a_slow_device) {
-  master.options.device_delay = std::chrono::milliseconds(100);
-  EXPECT_EQ("00 02", ask("0b 05 11"));
-  EXPECT_EQ("01", ask("0c"));
-  clock.advance(std::chrono::milliseconds(50));
-  EXPECT_EQ("00 11", ask("0c"));
-}
-
-TEST_F(TessaraMasterTest, reaches_a_device_only_at_the_speed_where_it_stands) {
-  EXPECT_FALSE(host.relay(5, from_hex("04 03")).error) << "answers before it changes";
-  EXPECT_TRUE(host.relay(5, "\x11").error);
-  EXPECT_EQ("", ask("07 05 03"));
-  EXPECT_FALSE(host.relay(5, "\x11").error);
-  mirror.restart();
-  EXPECT_TRUE(host.relay(5, "\x11").error);
-  EXPECT_EQ("03", ask("06 05"));
-  master.restart();
-  EXPECT_EQ("00", ask("06 05"));
-  EXPECT_FALSE(host.relay(5, "\x11").error);
 }
 
 TEST_F(TessaraMasterTest, misbehaves_as_it_is_told) {
