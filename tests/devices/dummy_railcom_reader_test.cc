@@ -168,25 +168,6 @@ TEST_F(DummyRailComReaderTest, an_input_tells_each_change_once) {
   EXPECT_EQ(one.orientation(), 0U);
 }
 
-TEST_F(DummyRailComReaderTest, notifies_a_property_only_when_it_has_changed) {
-  unsigned notified = 0;
-  const auto count = [&notified] { ++notified; };
-  reader->property_pattern().signal_changed().connect(count);
-  reader->property_railcom().signal_changed().connect(count);
-  reader->property_dcc_device().signal_changed().connect(count);
-  reader->property_address().signal_changed().connect(count);
-  for (int i = 0; i < 2; ++i) {
-    reader->property_pattern().set_value(200);
-    reader->property_railcom().set_value(7);
-    reader->property_dcc_device().set_value(&layout().get_default_device());
-    reader->property_address().set_value(Address(5, true));
-  }
-  EXPECT_EQ(notified, 4U);
-  EXPECT_EQ(reader->get_pattern(), 200);
-  EXPECT_EQ(reader->get_railcom(), 7);
-  EXPECT_EQ(reader->get_address(), Address(5, true));
-}
-
 TEST_F(DummyRailComReaderTest, whoever_listens_may_end_the_reader_or_the_locomotive) {
   for (const bool ends_reader : {true, false}) {
     for (std::size_t line = 1; line <= 10; ++line) {

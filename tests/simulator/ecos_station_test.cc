@@ -108,22 +108,6 @@ TEST(EcosStation, serves_several_clients_over_loopback) {
   EXPECT_EQ("<EVENT 1>\r\n1 status[GO]\r\n<END 0 (OK)>\r\n", b.messages(1));
 }
 
-TEST(EcosStation, hangs_up_in_the_middle_of_a_command_and_goes_on_listening) {
-  EcosStation station;
-  station.listen();
-  Client client(station.port());
-  station.faults().drop_after(1);
-  client.send("get(1,status)\nget(1,status)\nget(1,status)\n");
-  client.messages(3);
-  EXPECT_TRUE(client.hung_up());
-
-  Client second(station.port());
-  second.send("get(1,status)\n");
-  EXPECT_EQ("<REPLY get(1,status)>\r\n1 status[STOP]\r\n<END 0 (OK)>\r\n", second.messages(1));
-  station.drop_all();
-  EXPECT_TRUE(second.hung_up());
-}
-
 TEST(EcosStation, keeps_everything_for_a_client_that_reads_slowly) {
   EcosStation station;
   station.listen();

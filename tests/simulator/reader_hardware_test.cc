@@ -153,27 +153,6 @@ TEST(ReaderHardware, writes_records_of_what_the_rails_tell) {
   }
 }
 
-TEST(ReaderHardware, knows_the_side_only_while_a_decoder_answers) {
-  VirtualClock clock;
-  ReaderHardware reader(1);
-  auto& input = reader.input(0);
-  input.set_current(true, 2);
-  EXPECT_EQ(1u, reader.state(0));
-  input.receive("\x03", "answer");
-  EXPECT_EQ(3u, reader.state(0));
-  clock.advance(900ms);
-  input.receive("\x03", "answer");
-  input.receive("\x03", "");
-  clock.advance(900ms);
-  EXPECT_EQ(3u, reader.state(0));
-  clock.advance(100ms);
-  EXPECT_EQ(1u, reader.state(0));
-  input.receive("\x03", "answer");
-  EXPECT_EQ(3u, reader.state(0));
-  input.set_current(false);
-  EXPECT_EQ(0u, reader.state(0));
-}
-
 // The host understands all, as it was, however seldom it asks; and what it is told last holds also
 // when records were dropped, and after the stream was reset.
 TEST(ReaderHardware, stays_in_step_with_its_host) {
