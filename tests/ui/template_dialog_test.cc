@@ -99,7 +99,7 @@ TEST_F(TemplateDialogTest, two_states_of_one_signal_stay_different) {
   field<ObjectButton>(dialog, "Signal at stop:").set_object(&exit);
   auto& go = field<Gtk::ComboBox>(dialog, "Signal at go:");
   EXPECT_EQ(go.get_active_row_number(), 1);
-  get_widget<Gtk::ComboBox>(dialog).set_active(1);
+  get_widget<Gtk::ComboBox>(dialog, "Signal at stop:").set_active(1);
   EXPECT_EQ(go.get_active_row_number(), 0);
   exit.destroy();
   EXPECT_FALSE(go.get_sensitive());

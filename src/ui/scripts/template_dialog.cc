@@ -1,9 +1,11 @@
 #include "ui/scripts/template_dialog.h"
 
+#include <atkmm/object.h>
 #include <gtkmm/label.h>
 #include <gtkmm/stock.h>
 
 #include <algorithm>
+#include <string>
 #include <utility>
 
 #include "core/i18n.h"
@@ -87,6 +89,10 @@ class TemplateDialog::Field {
       form.add_row(label, *state_);
     } else {
       form.add_row(label, *button_, *state_);
+      // The label belongs to the button alone.
+      std::string name = label;
+      std::erase(name, '_');
+      state_->get_accessible()->set_name(name);
     }
   }
 
