@@ -75,18 +75,30 @@ void GlobalOptions::set_layout(const std::string& path) {
   notify_property(*this, "layout");
 }
 
-void GlobalOptions::load() try {
+void GlobalOptions::load() {
   Glib::KeyFile file;
-  if (!file.load_from_file(options_file())) return;
-  const auto uri = file.get_string(group, layout_key).raw();
-  if (!uri.empty()) layout_ = Glib::filename_from_uri(uri);
-  if (file.has_key(group, trains_key)) trains_go_on_ = file.get_boolean(group, trains_key);
-  if (file.has_key(group, points_key)) points_protected_ = file.get_boolean(group, points_key);
-  if (!file.has_key(group, grid_key)) return;
-  const auto step = file.get_integer(group, grid_key);
-  grid_ = static_cast<unsigned>(std::clamp(step, 0, static_cast<int>(widest_grid)));
-} catch (const Glib::Error&) {
-  // The options file is missing or damaged: start with the defaults.
+  const auto read = [&file](const char* key, const auto& take) {
+    try {
+      take(key);
+    } catch (const Glib::Error&) {
+      // It is missing or damaged.
+    }
+  };
+  try {
+    if (!file.load_from_file(options_file())) return;
+  } catch (const Glib::Error&) {
+    return;  // no such file yet, or one that is damaged as a whole
+  }
+  read(layout_key, [&](const char* key) {
+    const auto uri = file.get_string(group, key).raw();
+    if (!uri.empty()) layout_ = Glib::filename_from_uri(uri);
+  });
+  read(trains_key, [&](const char* key) { trains_go_on_ = file.get_boolean(group, key); });
+  read(points_key, [&](const char* key) { points_protected_ = file.get_boolean(group, key); });
+  read(grid_key, [&](const char* key) {
+    const auto step = file.get_integer(group, key);
+    grid_ = static_cast<unsigned>(std::clamp(step, 0, static_cast<int>(widest_grid)));
+  });
 }
 
 void GlobalOptions::store() const try {

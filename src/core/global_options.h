@@ -19,6 +19,9 @@ class GlobalOptions : public Glib::Object {
   /// The one instance; made on first use and never destroyed.
   static GlobalOptions& get();
 
+  /// Reads the file. A setting that is missing there or damaged stays as it is.
+  void load();
+
   [[nodiscard]] const std::string& get_layout() const { return layout_; }
   void set_layout(const std::string& path);
   Glib::PropertyProxy<std::string> property_layout() { return {this, "layout"}; }
@@ -38,7 +41,6 @@ class GlobalOptions : public Glib::Object {
 
  private:
   GlobalOptions();
-  void load();
   void store() const;
 
   std::string layout_;

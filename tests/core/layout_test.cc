@@ -153,6 +153,25 @@ TEST_F(LayoutFile, that_cannot_be_opened_is_told_and_leaves_the_document_alone) 
   EXPECT_EQ(GlobalOptions::get().get_layout(), "/remembered.zblt");
 }
 
+TEST_F(LayoutFile, options_outlive_the_program_and_a_damaged_one_leaves_the_others) {
+  auto& options = GlobalOptions::get();
+  const auto file = Glib::get_user_config_dir() + "/zemblar/options.ini";
+  options.set_points_protected(true);
+  const auto kept = bytes_of(file);
+  for (const auto& text :
+       {kept, std::string("[zemblar]\npoints-protected=true\n"),
+        std::string("[zemblar]\nlayout=%\ntrains-go-on=perhaps\npoints-protected=true\n")}) {
+    options.set_points_protected(false);
+    options.set_grid(20);
+    Glib::file_set_contents(file, text + "grid=30\n");
+    options.load();
+    EXPECT_TRUE(options.get_points_protected()) << text;
+    EXPECT_EQ(options.get_grid(), 30u) << text;
+  }
+  options.set_points_protected(false);
+  options.set_grid(GlobalOptions::usual_grid);
+}
+
 TEST_F(LayoutFile, has_the_same_bytes_where_numbers_have_commas) {
   const std::string before = setlocale(LC_ALL, nullptr);
   if (!setlocale(LC_ALL, "de_DE.UTF-8")) GTEST_SKIP() << "there is no such locale here";
