@@ -11,13 +11,15 @@ namespace {
 
 class RailwayLines : public ScriptScene {
  protected:
-  RailwayLines() : signal(layout().get_blocks().add(new Signal)), lok(new_lok("x")) {
-    signal->set_name("Exit");
+  RailwayLines() {
     for (const auto* name : {"A", "B"}) zone(name);
-    stop = signal->states()[0];
-    go = signal->states()[1];
-    stop->set_name("red");
-    go->set_name("green");
+  }
+  static Signal* add_signal(const char* name) {
+    auto* made = layout().get_points().add(new Signal);
+    made->set_name(name);
+    made->states()[0]->set_name("red");
+    made->states()[1]->set_name("green");
+    return made;
   }
   static ScriptEvent& condition_of(Script& script, const char* key,
                                    const std::vector<std::string>& choices) {
@@ -39,10 +41,10 @@ class RailwayLines : public ScriptScene {
   }
   using News = std::vector<std::string>;
 
-  Signal* signal;
-  PointState* stop;
-  PointState* go;
-  Lok* lok;
+  Signal* signal = add_signal("Exit");
+  PointState* stop = signal->states()[0];
+  PointState* go = signal->states()[1];
+  Lok* lok = new_lok("x");
   News told;
 };
 
@@ -241,8 +243,11 @@ TEST_F(RailwayLines, a_run_waits_for_a_block_or_a_signal_and_no_longer_than_it_i
   EXPECT_EQ(made->num_runs(), 0u);
 
   signal->set_state(stop);
+  block("B").replace_lok(lok);
   fill("A", false), fill("A");
-  EXPECT_EQ(news(), News{"free"});
+  EXPECT_EQ(news(), News{});
+  block("B").replace_lok(nullptr);
+  EXPECT_EQ(news(), News{"free"}) << "of the train that held it";
   clock.advance(4900ms);
   EXPECT_EQ(news(), News{});
   clock.advance(200ms);
@@ -322,10 +327,7 @@ TEST_F(RailwayLines, a_script_runs_another_for_its_own_block_and_never_itself_wi
 }
 
 TEST_F(RailwayLines, scripts_that_set_each_other_off_for_ever_are_slowed_down_and_named) {
-  auto* other = layout().get_blocks().add(new Signal);
-  other->set_name("Entry");
-  other->states()[0]->set_name("red");
-  other->states()[1]->set_name("green");
+  add_signal("Entry");
   const struct {
     const char *from, *state, *to, *next;
   } circle[] = {{"Exit", "green", "Entry", "green"},
@@ -350,10 +352,7 @@ TEST_F(RailwayLines, scripts_that_set_each_other_off_for_ever_are_slowed_down_an
 }
 
 TEST_F(RailwayLines, runs_that_wait_for_each_other_for_ever_are_slowed_down_and_named) {
-  auto* other = layout().get_blocks().add(new Signal);
-  other->set_name("Entry");
-  other->states()[0]->set_name("red");
-  other->states()[1]->set_name("green");
+  auto* other = add_signal("Entry");
   // Each waits for red, makes that green, starts its successor, and makes the other one red.
   const std::pair<const char*, const char*> signals[] = {{"Exit", "Entry"}, {"Entry", "Exit"}};
   signal->set_state(go);
